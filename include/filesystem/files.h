@@ -1,0 +1,144 @@
+#pragma once
+/// @file
+/// Questions and actions on single files and folders: probes, folder chains,
+/// copying, lock files, the sweep of old files, version resources. Paths are
+/// zero-terminated texts in the process code page. Results of type `int` are
+/// truth values to be tested against zero.
+
+#include <filesystem/export.h>
+#include <filesystem/mfc_text.h>
+
+#include <string>
+
+namespace FileSystem {
+
+/// Whether a file can be opened for reading by somebody who lets others read
+/// and write. A file that is held without sharing counts as missing.
+/// @param filename path, not null; a bare name is looked up along the
+///                 platform's search path too
+/// @return non-zero if found (1, or the length of the path found along the
+///         search path); 0 otherwise, folders included
+FILESYSTEM_API int FileExists(const char* filename);
+
+/// Whether a folder exists. Needs no right to write in it and makes nothing.
+/// @param path folder, with or without trailing separator, of at most 246 bytes
+/// @return 1 or 0; a file gives 0, and so does a longer path
+FILESYSTEM_API int FolderExists(const char* path);
+
+/// Whether somebody holds the file open for writing.
+/// @param filename path of a file
+/// @return 1 if the file cannot be opened for reading with others kept from
+///         writing, for whatever reason, a missing file included; else 0
+FILESYSTEM_API int IsFileLockedWrite(const char* filename);
+
+/// Whether the read-only attribute is set.
+/// @param filename path of a file or folder
+/// @return 1 if it is set or the attributes cannot be read; else 0
+FILESYSTEM_API int IsFileReadOnly(const char* filename);
+
+/// Whether a file can be opened or created. A missing file is created, empty,
+/// and stays; missing folders are not.
+/// @param filename path of a file
+/// @param access   mask of `GENERIC_READ` 0x80000000 and `GENERIC_WRITE` 0x40000000
+/// @return 1 or 0
+FILESYSTEM_API int TestCreate(const char* filename, unsigned long access);
+
+/// Whether an existing file can be opened.
+/// @param filename path of a file
+/// @param access   mask of `GENERIC_READ` 0x80000000 and `GENERIC_WRITE` 0x40000000
+/// @return 1 or 0; nothing is created
+FILESYSTEM_API int TestOpen(const char* filename, unsigned long access);
+
+/// The access that a file allows at this moment.
+/// @param filename path of a file, or null
+/// @return 0xC0000000 (read-write), 0x80000000 (read) or 0 (none). A null, a
+///         missing file and a file held without sharing give read-write.
+FILESYSTEM_API unsigned long AllowedAccess(const char* filename);
+
+/// Last write time of a file, as an OLE automation date (days since
+/// 1899-12-30, local time; the fraction is the time of day).
+/// @param filename path of an existing file
+/// @return the date, or 0.0 if the file is missing, cannot be opened for
+///         reading, or has a time that an automation date cannot hold
+FILESYSTEM_API double fileTime(const std::string& filename);
+
+/// Makes all missing folders of a chain and tests that the last can be used.
+/// @param path folder, with or without trailing separator; its root (drive,
+///             share, or first component of a relative path) is not made; at
+///             most 259 bytes behind the root are looked at
+/// @return the result of IsValidPath on `path`. Folders made before a failure
+///         stay.
+FILESYSTEM_API int EnsurePathExists(const char* path);
+
+/// Whether a folder can take files, tested by a real write that leaves nothing
+/// behind.
+/// @param path folder, with or without trailing separator, of at most 246
+///             bytes; null counts as empty
+/// @return 1 or 0
+FILESYSTEM_API int IsValidPath(const char* path);
+
+/// Removes an empty folder, and then the folders above it for as long as they
+/// are empty too.
+/// @param path folder, with or without trailing `\`; null counts as empty
+/// @return 1 if `path` itself was removed, whatever became of its parents; else 0
+FILESYSTEM_API int DeleteEmptyFolder(const char* path);
+
+/// Copies one file into a folder under its own name.
+/// @param source       path of the file, not null
+/// @param targetFolder folder text that ends in a separator, not null; the name
+///                     is put directly behind it
+/// @param mode         0: always; 1: only if the target is missing; 2: only if
+///                     it exists; 4: if it is missing or older; 6: only if it
+///                     exists and is older
+/// @return non-zero if the file was copied; 0 if the mode or a failure kept it
+///         from being copied. An existing target is replaced whole or not at
+///         all.
+FILESYSTEM_API int CopyFileA(const char* source, const char* targetFolder, unsigned int mode);
+
+/// Copies all that a folder holds, subfolders included, into another folder.
+/// @param source folder text that ends in `\`
+/// @param target folder text that ends in `\`; made if missing; existing files
+///               are overwritten, each whole or not at all
+/// @return number of files copied, a 32-bit value; -4 if `target` cannot be
+///         made or used. A file that cannot be copied is not counted and does
+///         not end the walk.
+FILESYSTEM_API long CopyContent(const std::string& source, const std::string& target);
+
+/// Puts the marker file `<process id>.lock` into a folder. The lock is the
+/// file's presence; no handle is kept.
+/// @param folder folder, with or without trailing `\`; null counts as the
+///               current folder; text of over 258 bytes is cut
+/// @return 1 if the file now exists, else 0
+FILESYSTEM_API int CreateLockFile(const char* folder);
+
+/// Removes the calling process's marker file of CreateLockFile.
+/// @param folder as for CreateLockFile
+/// @return non-zero if the file was deleted, else 0
+FILESYSTEM_API int DeleteLockFile(const char* folder);
+
+/// Deletes old files of a tree, and its empty subfolders whatever their age.
+///
+/// Directly in `folder` only files of the pattern `*.tmp` are candidates, below
+/// it all files. If the tree becomes empty, `folder` goes too, and so do the
+/// folders above it that then are empty. Nothing is deleted through a link.
+/// @param folder folder text that ends in a separator
+/// @param days   age in days from which on a file is old, by its last write
+/// @return number of files deleted
+FILESYSTEM_API unsigned int eraseOldFile(const std::string& folder, unsigned int days);
+
+/// A string value of a file's version resource, from the first language block
+/// of its translation list.
+/// @param filename path of an executable or library in the PE format
+/// @param key      name of the value, such as `ProductVersion`
+/// @param value    filled in on success, else unchanged
+/// @return 1 or 0
+FILESYSTEM_API int VerGetFileInfoString(const char* filename, const char* key, CString& value);
+
+/// Version text of an executable: its `ProductVersion`, followed by a letter A
+/// to Z if its `SpecialBuild` is a number from 1 to 26.
+/// @param filename path of an executable or library in the PE format
+/// @param version  filled in on success, else unchanged
+/// @return 1 or 0
+FILESYSTEM_API int FormatVersion(const char* filename, CString& version);
+
+}  // namespace FileSystem

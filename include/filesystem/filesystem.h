@@ -1,0 +1,15 @@
+#pragma once
+/// @file
+/// Everything the library exports.
+
+#include <filesystem/enumeration.h>
+#include <filesystem/file_information.h>
+#include <filesystem/file_stream.h>
+#include <filesystem/files.h>
+#include <filesystem/frame.h>
+#include <filesystem/path.h>
+#include <filesystem/stream.h>
+#include <filesystem/temporary_storage.h>
+#include <filesystem/xml.h>
+#include <filesystem/zip.h>
+#include <filesystem/zip_archive.h>

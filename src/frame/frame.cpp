@@ -1,0 +1,5 @@
+// The start-up export, on platforms without MFC.
+
+#include <filesystem/frame.h>
+
+void InitFileSystemDLL(void) {}

@@ -1,0 +1,20 @@
+#pragma once
+// Share modes between handles, of one process and of many, as open file
+// description locks on bytes far beyond any file's end.
+
+#include "platform/posix/win32_posix.h"
+
+namespace platform::posix {
+
+enum class ShareResult { Granted, Violation };
+
+// Takes the locks for an open with `access` (GENERIC_READ, GENERIC_WRITE) and
+// `share` mode on `descriptor`, which is open for reading as well whatever
+// `access` says. Where the file system has no locks the answer is Granted. The
+// locks go with the last close of the descriptor; nothing is left on Violation.
+ShareResult acquireShare(int descriptor, DWORD access, DWORD share);
+
+// Whether somebody holds the file without delete sharing.
+bool deletionDenied(int descriptor);
+
+}  // namespace platform::posix

@@ -1,0 +1,127 @@
+#pragma once
+// The zip engine's interface: opaque readers and writers over one archive of
+// the published format (PKWARE APPNOTE). Names are bytes in the OEM code page.
+//
+// A writer is a transaction. Entries that were completed become part of the
+// archive at ZipCloseWriter; until then the file, at every instant, is the
+// archive that it was before. An entry that cannot be completed is taken back
+// alone. A reader or writer that is null is refused by every call.
+
+#include <cstdint>
+
+struct ZipReader;
+struct ZipWriter;
+
+struct ZipGlobalInfo {
+  std::uint32_t entryCount;
+  std::uint32_t commentLength;
+};
+
+// Second, minute, hour, day, month from 0 to 11, year.
+struct ZipDateWords {
+  std::uint32_t second, minute, hour, day, month, year;
+};
+
+struct ZipEntryInfo {
+  std::uint32_t versionMadeBy;
+  std::uint32_t versionNeeded;
+  std::uint32_t flags;
+  std::uint32_t method;
+  std::uint32_t dosDate;
+  std::uint32_t crc;
+  std::uint32_t compressedSize;
+  std::uint32_t uncompressedSize;
+  std::uint32_t nameLength;
+  std::uint32_t centralExtraLength;
+  std::uint32_t commentLength;
+  std::uint32_t diskNumber;
+  std::uint32_t internalAttributes;
+  std::uint32_t externalAttributes;  // bit 0x10: folder
+  ZipDateWords date;
+};
+static_assert(sizeof(ZipEntryInfo) == 80);
+
+struct ZipNewEntryInfo {
+  ZipDateWords date;  // used when dosDate is 0
+  std::uint32_t dosDate;
+  std::uint32_t internalAttributes;
+  std::uint32_t externalAttributes;
+};
+static_assert(sizeof(ZipNewEntryInfo) == 36);
+
+enum ZipWriterMode : int {
+  ZipModeCreate = 0,       // a new archive; an existing file is replaced
+  ZipModeAppendFirst = 1,  // an archive without entries, or an empty file
+  ZipModeAppend = 2,       // an archive with entries
+};
+
+inline constexpr int ZipMethodStored = 0;
+inline constexpr int ZipMethodDeflate = 8;
+inline constexpr int ZipLevelDefault = -1;
+
+// Reading. Status 0 is success.
+
+// Null if the file is missing, held without read sharing, or no sound archive.
+ZipReader* ZipOpenReader(const char* path);
+void ZipCloseReader(ZipReader* reader);
+int ZipReadGlobalInfo(ZipReader* reader, ZipGlobalInfo* info);
+// Copies at most `length` bytes; gives the number copied, negative on failure.
+int ZipReadGlobalComment(ZipReader* reader, char* buffer, std::uint32_t length);
+// Make the first or next entry of the central directory the current one; an
+// entry left open is closed. Non-zero: there is none.
+int ZipFirstEntry(ZipReader* reader);
+int ZipNextEntry(ZipReader* reader);
+// Makes the first entry of exactly that name (length `strlen`) the current one.
+// `caseMode` is 0.
+int ZipLocateEntry(ZipReader* reader, const char* name, int caseMode);
+// Each target may be null with capacity 0. Texts are cut at their capacity and
+// get a terminating zero where there is room for one; an extra field is copied
+// up to its capacity.
+int ZipReadEntryInfo(ZipReader* reader, ZipEntryInfo* info, char* name, std::uint32_t nameCapacity,
+                     void* extra, std::uint32_t extraCapacity, char* comment,
+                     std::uint32_t commentCapacity);
+// Opens the current entry for reading. Refuses what cannot be read: unknown
+// methods, a wrong or missing password, data that lies outside the file or over
+// another entry or the directory, sizes that cannot be true. `raw` non-zero
+// reads the stored bytes. The two pointers behind the reader are null.
+int ZipOpenEntry(ZipReader* reader, int* method, int* level, int raw, const char* password);
+// Bytes read, 0 at the end, negative on failure. The last byte is delivered
+// only if length and CRC-32 of the whole entry are right. At most INT_MAX bytes
+// a call.
+int ZipReadEntry(ZipReader* reader, void* buffer, std::uint32_t size);
+// The local extra field of the open entry: its length for (null, 0), else the
+// number of bytes copied; negative on failure.
+int ZipReadLocalExtra(ZipReader* reader, void* buffer, std::uint32_t size);
+void ZipCloseEntry(ZipReader* reader);
+
+// Writing.
+
+// Null if the file cannot be opened, or is in mode 1 or 2 neither an archive
+// nor empty. In mode 1 entries that the archive has are dropped with the commit.
+ZipWriter* ZipOpenWriter(const char* path, int mode);
+// Begins an entry; one left open is taken back. `method` is 0 or 8 unless
+// `raw`; `level` is -1 or 0 to 9. With `raw` the data come stored as they are
+// to stand in the file (encrypted if the entry is, then `password` non-null
+// only sets the flag). `crc` is that of the plain data if `raw` or `password`
+// is set. The numbers -15, 8, 0 stand for window, memory level and strategy.
+int ZipOpenNewEntry(ZipWriter* writer, const char* name, const ZipNewEntryInfo* info,
+                    const void* localExtra, std::uint32_t localExtraLength,
+                    const void* centralExtra, std::uint32_t centralExtraLength, const char* comment,
+                    int method, int level, int raw, int windowBits, int memoryLevel, int strategy,
+                    const char* password, std::uint32_t crc);
+// Non-zero on failure; ZipCloseNewEntry then fails too.
+int ZipWriteEntry(ZipWriter* writer, const void* data, std::uint32_t length);
+// Completes the entry; on failure it is taken back.
+int ZipCloseNewEntry(ZipWriter* writer);
+// As ZipCloseNewEntry for a raw entry, whose plain size and CRC are told.
+int ZipCloseRawEntry(ZipWriter* writer, std::uint32_t uncompressedSize, std::uint32_t crc);
+// Takes back the open entry, or the completed entry that was written last.
+int ZipCancelNewEntry(ZipWriter* writer);
+// Commits and frees the writer. A null comment keeps the archive's comment in
+// modes 1 and 2. Non-zero: nothing could be committed, and the archive is byte
+// for byte what it was.
+int ZipCloseWriter(ZipWriter* writer, const char* globalComment);
+
+// CRC-32 (ISO 3309) of the data behind those that gave `crc`; (0, null, 0) gives
+// the start value.
+std::uint32_t ZipCrc32(std::uint32_t crc, const void* data, std::uint32_t length);
