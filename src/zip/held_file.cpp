@@ -1,0 +1,18 @@
+// The file that a ZipArchive holds between its calls.
+
+#include "zip/held_file.h"
+
+#include <filesystem/files.h>
+
+void ZipHeldFile::acquire() {
+  if (name.empty() || FileSystem::FileExists(name.c_str()) == 0) return;
+  const DWORD share = (access & GENERIC_WRITE) != 0 ? 0 : FILE_SHARE_READ;
+  handle_.reset(CreateFileA(name.c_str(), access, share, nullptr, OPEN_EXISTING,
+                            FILE_ATTRIBUTE_NORMAL, nullptr));
+}
+
+void ZipHeldFile::setName(const char* newName) {
+  const bool same = !name.empty() && newName != nullptr && lstrcmpiA(name.c_str(), newName) == 0;
+  if (!same) release();
+  name = newName != nullptr ? newName : "";
+}

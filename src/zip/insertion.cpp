@@ -1,0 +1,175 @@
+// ZipArchive: insertion.
+
+#include "zip/insertion.h"
+
+#include <filesystem/zip_archive.h>
+
+#include <optional>
+
+#include "zip/removal.h"
+
+namespace zip {
+namespace {
+
+// Bytes read from a source at once.
+constexpr std::size_t kBlock = std::size_t{256} << 10;
+
+ZipDateWords dateWords(const SYSTEMTIME& time) {
+  return {time.wSecond, time.wMinute, time.wHour, time.wDay, time.wMonth - 1u, time.wYear};
+}
+
+std::uint32_t startCrc() { return ZipCrc32(0, nullptr, 0); }
+
+bool beginEntry(ZipWriter* writer, const std::string& stored, const ZipNewEntryInfo& info,
+                const char* comment, const char* password, std::uint32_t crc) {
+  constexpr int kWindowBits = -15;
+  constexpr int kMemoryLevel = 8;
+  return ZipOpenNewEntry(writer, stored.c_str(), &info, nullptr, 0, nullptr, 0, comment,
+                         ZipMethodDeflate, ZipLevelDefault, 0, kWindowBits, kMemoryLevel, 0,
+                         password, crc) == 0;
+}
+
+// Hands all blocks of a file to `use`; false if a read or `use` fails.
+template <typename Use>
+bool forEachBlock(HANDLE file, std::vector<unsigned char>& block, Use use) {
+  for (;;) {
+    DWORD size = 0;
+    if (ReadFile(file, block.data(), static_cast<DWORD>(block.size()), &size, nullptr) == 0) {
+      return false;
+    }
+    if (size == 0) return true;
+    if (!use(block.data(), size)) return false;
+  }
+}
+
+std::optional<std::uint32_t> crcOfFile(HANDLE file, std::vector<unsigned char>& block) {
+  std::uint32_t crc = startCrc();
+  const bool read = forEachBlock(file, block, [&](const unsigned char* data, DWORD size) {
+    crc = ZipCrc32(crc, data, size);
+    return true;
+  });
+  if (!read || SetFilePointer(file, 0, nullptr, FILE_BEGIN) != 0) return std::nullopt;
+  return crc;
+}
+
+}  // namespace
+
+bool addBytes(ZipWriter* writer, const std::vector<unsigned char>& bytes,
+              const std::string& stored, const std::string& comment, const char* password) {
+  if (bytes.size() > UINT32_MAX) return false;
+  const std::uint32_t size = static_cast<std::uint32_t>(bytes.size());
+  SYSTEMTIME now = {};
+  GetSystemTime(&now);
+  ZipNewEntryInfo info = {};
+  info.date = dateWords(now);
+  std::uint32_t crc = startCrc();
+  if (password != nullptr) crc = ZipCrc32(crc, bytes.data(), size);
+  if (!beginEntry(writer, stored, info, comment.c_str(), password, crc)) return false;
+  ZipWriteEntry(writer, bytes.data(), size);
+  return ZipCloseNewEntry(writer) == 0;
+}
+
+bool addFile(ZipWriter* writer, const char* source, const std::string& stored, const char* comment,
+             const char* password) {
+  const platform::FileHandle file(CreateFileA(source, GENERIC_READ,
+                                              FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                                              OPEN_EXISTING, FILE_ATTRIBUTE_ARCHIVE, nullptr));
+  if (!file) return false;
+  WIN32_FILE_ATTRIBUTE_DATA data = {};
+  FILETIME local = {};
+  SYSTEMTIME time = {};
+  if (GetFileAttributesExA(source, GetFileExInfoStandard, &data) == 0) return false;
+  FileTimeToLocalFileTime(&data.ftLastWriteTime, &local);
+  FileTimeToSystemTime(&local, &time);
+  ZipNewEntryInfo info = {};
+  info.date = dateWords(time);
+  info.externalAttributes = data.dwFileAttributes;
+
+  std::vector<unsigned char> block(kBlock);
+  std::uint32_t crc = startCrc();
+  if (password != nullptr) {
+    const std::optional<std::uint32_t> whole = crcOfFile(file.get(), block);
+    if (!whole) return false;
+    crc = *whole;
+  }
+  if (!beginEntry(writer, stored, info, comment, password, crc)) return false;
+  const bool complete = forEachBlock(file.get(), block, [&](const unsigned char* bytes, DWORD size) {
+    return ZipWriteEntry(writer, bytes, size) == 0;
+  });
+  if (!complete) {
+    ZipCancelNewEntry(writer);
+    return false;
+  }
+  return ZipCloseNewEntry(writer) == 0;
+}
+
+namespace {
+
+// Makes room for a new entry of that name. Entries beyond the last one cannot
+// be removed; the last one is dropped with the commit of the new entry.
+enum class Room { Free, LastEntryStays, Refused };
+
+Room makeRoom(ZipArchive& archive, ZipArchivePrivate& state, const char* name, int overwrite) {
+  if (archive.exist(name) == 0) return Room::Free;
+  if (overwrite == 0) return Room::Refused;
+  const ZipHeldFileGuard guard(state.file);
+  switch (rewriteArchive(state.file.name, {name})) {
+    case RewriteResult::Replaced:
+      return Room::Free;
+    case RewriteResult::NothingLeft:
+      return Room::LastEntryStays;
+    case RewriteResult::Failed:
+      break;
+  }
+  return Room::Refused;
+}
+
+Writer openWriter(const char* path, Room room) {
+  Writer writer(path, room == Room::LastEntryStays ? ZipModeAppendFirst : ZipModeAppend);
+  // A file of no bytes is no archive yet.
+  if (!writer) {
+    WIN32_FILE_ATTRIBUTE_DATA data = {};
+    if (GetFileAttributesExA(path, GetFileExInfoStandard, &data) != 0 && data.nFileSizeLow == 0 &&
+        data.nFileSizeHigh == 0) {
+      writer = Writer(path, ZipModeAppendFirst);
+    }
+  }
+  return writer;
+}
+
+// The frame of both insertions; `add` writes the entry.
+template <typename Add>
+int insertEntry(ZipArchive& archive, ZipArchivePrivate& state, const char* name, int overwrite,
+                Add add) {
+  if (archive.canRead() == 0 || archive.canWrite() == 0) return 0;
+  const Room room = makeRoom(archive, state, name, overwrite);
+  if (room == Room::Refused) return 0;
+  const ZipHeldFileGuard guard(state.file);
+  Writer writer = openWriter(state.file.name.c_str(), room);
+  if (!writer) return 0;
+  const bool added = add(writer.get());
+  if (!writer.commit(nullptr) || !added) return 0;
+  // Reclaims the bytes of the entry that was replaced.
+  if (room == Room::LastEntryStays) rewriteArchive(state.file.name, {});
+  return 1;
+}
+
+}  // namespace
+}  // namespace zip
+
+int ZipArchive::insert(const std::vector<unsigned char>& bytes, const std::string& name,
+                       const std::string& comment, int overwrite) {
+  return zip::insertEntry(*this, *m_private, name.c_str(), overwrite, [&](ZipWriter* writer) {
+    return zip::addBytes(writer, bytes, zip::storedName(name), comment,
+                         m_private->passwordOrNull());
+  });
+}
+
+int ZipArchive::insert(const char* source, const char* name, const char* comment, int overwrite) {
+  const char* const lookup = name != nullptr ? name : source;
+  return zip::insertEntry(*this, *m_private, lookup, overwrite, [&](ZipWriter* writer) {
+    const char* const entry = lookup[0] != '\0' ? lookup : source;
+    return zip::addFile(writer, source, zip::storedName(entry), comment != nullptr ? comment : "",
+                        m_private->passwordOrNull());
+  });
+}
