@@ -1,0 +1,131 @@
+// Making chains of folders, testing a folder by a real write, and removing
+// folders that have become empty.
+
+#include <filesystem/files.h>
+#include <filesystem/path.h>
+
+#include <string>
+#include <string_view>
+
+#include "files/make_folders.h"
+#include "path/characters.h"
+#include "path/fixed_text.h"
+#include "platform/unique_handle.h"
+#include "platform/win32.h"
+
+namespace FileSystem {
+namespace {
+
+constexpr std::string_view kWhiteSpace = " \t\n\v\f\r";
+
+void trim(std::string& text) {
+  text.erase(text.find_last_not_of(kWhiteSpace) + 1);
+  text.erase(0, text.find_first_not_of(kWhiteSpace));
+}
+
+// Cuts the next piece off `rest`; runs of separators count as one. Empty when
+// there is no more.
+std::string_view nextPiece(std::string_view& rest) {
+  std::size_t start = 0;
+  while (start < rest.size() && Detail::isSeparator(rest[start])) ++start;
+  std::size_t end = start;
+  while (end < rest.size() && !Detail::isSeparator(rest[end])) {
+    end += Detail::characterLength(rest, end);
+  }
+  const std::string_view piece = rest.substr(start, end - start);
+  rest.remove_prefix(end);
+  return piece;
+}
+
+bool isFolder(const char* path) {
+  const DWORD attributes = GetFileAttributesA(path);
+  return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+}
+
+void clearReadOnly(const char* path) {
+  const DWORD attributes = GetFileAttributesA(path);
+  if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_READONLY) == 0) return;
+  SetFileAttributesA(path, attributes & ~FILE_ATTRIBUTE_READONLY);
+}
+
+bool makeFolder(const char* path) {
+  if (isFolder(path)) return true;
+  if (CreateDirectoryA(path, nullptr)) {
+    clearReadOnly(path);
+    return true;
+  }
+  // Somebody else may have been faster.
+  return GetLastError() == ERROR_ALREADY_EXISTS;
+}
+
+// A new file of a free name in a folder, gone with its object.
+class ProbeFile {
+ public:
+  explicit ProbeFile(const char* folder) : made_(GetTempFileNameA(folder, "~", 0, name_) != 0) {}
+  ProbeFile(const ProbeFile&) = delete;
+  ProbeFile& operator=(const ProbeFile&) = delete;
+  ~ProbeFile() {
+    if (made_) DeleteFileA(name_);
+  }
+
+  explicit operator bool() const { return made_; }
+  const char* name() const { return name_; }
+
+ private:
+  char name_[MAX_PATH] = {};
+  bool made_;
+};
+
+}  // namespace
+
+bool Detail::makeFolders(const char* path) {
+  if (path == nullptr) return true;
+  CString root;
+  PathRoot(path, root);
+  const char* const rootText = root;
+  std::string folder = rootText;
+  const PathText behindRoot(path + folder.size());
+
+  std::string_view rest = behindRoot.view();
+  for (std::string_view piece = nextPiece(rest); !piece.empty(); piece = nextPiece(rest)) {
+    folder += piece;
+    trim(folder);
+    folder += '\\';
+    if (!makeFolder(folder.c_str())) return false;
+  }
+  return true;
+}
+
+int EnsurePathExists(const char* path) {
+  Detail::makeFolders(path);
+  return IsValidPath(path);
+}
+
+int IsValidPath(const char* path) {
+  if (path == nullptr || *path == '\0') return 0;
+  const ProbeFile probe(path);
+  if (!probe) return 0;
+  // Declared behind the probe, so that the file is closed before it is deleted.
+  const platform::FileHandle file(CreateFileA(probe.name(), GENERIC_READ | GENERIC_WRITE, 0,
+                                              nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_ARCHIVE,
+                                              nullptr));
+  if (!file) return 0;
+
+  constexpr std::string_view kText = "Validated";
+  char back[kText.size()];
+  DWORD count = 0;
+  const BOOL written =
+      WriteFile(file.get(), kText.data(), static_cast<DWORD>(kText.size()), &count, nullptr);
+  // At the end of the file: that the call succeeds is all that is asked.
+  const BOOL read = ReadFile(file.get(), back, sizeof(back), &count, nullptr);
+  return written && read ? 1 : 0;
+}
+
+int DeleteEmptyFolder(const char* path) {
+  if (path == nullptr || !RemoveDirectoryA(path)) return 0;
+  CString folder = ParentDirectory(path);
+  while (RemoveDirectoryA(folder)) folder = ParentDirectory(folder);
+  return 1;
+}
+
+}  // namespace FileSystem

@@ -1,0 +1,94 @@
+// Questions about one path. The answers follow from the rules of opening and
+// sharing, not from a look at a directory entry; nothing stays open.
+
+#include <filesystem/files.h>
+
+#include "path/fixed_text.h"
+#include "path/split_path.h"
+#include "platform/unique_handle.h"
+#include "platform/win32.h"
+
+namespace FileSystem {
+namespace {
+
+constexpr DWORD kReadWrite = GENERIC_READ | GENERIC_WRITE;
+constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE;
+
+bool canOpen(const char* filename, DWORD access, DWORD share, DWORD disposition) {
+  return static_cast<bool>(platform::FileHandle(CreateFileA(
+      filename, access, share, nullptr, disposition, FILE_ATTRIBUTE_NORMAL, nullptr)));
+}
+
+bool sameSecond(const SYSTEMTIME& a, const SYSTEMTIME& b) {
+  return a.wYear == b.wYear && a.wMonth == b.wMonth && a.wDay == b.wDay && a.wHour == b.wHour &&
+         a.wMinute == b.wMinute && a.wSecond == b.wSecond;
+}
+
+}  // namespace
+
+int FileExists(const char* filename) {
+  if (filename == nullptr) return 0;
+  if (canOpen(filename, GENERIC_READ, kShareAll, OPEN_EXISTING)) return 1;
+
+  const Detail::PathParts parts = Detail::splitPath(filename);
+  if (!parts.drive.empty() || !parts.directory.empty()) return 0;
+
+  char found[MAX_PATH];
+  char* filePart = nullptr;
+  return static_cast<int>(
+      SearchPathA(nullptr, filename, nullptr, sizeof(found), found, &filePart));
+}
+
+int FolderExists(const char* path) {
+  // With a unique number of the caller's the platform composes a name and
+  // creates no file, but still fails where the folder is missing.
+  constexpr UINT kComposeOnly = 1;
+  char name[MAX_PATH];
+  return GetTempFileNameA(path, "~", kComposeOnly, name) != 0 ? 1 : 0;
+}
+
+int IsFileLockedWrite(const char* filename) {
+  return canOpen(filename, GENERIC_READ, FILE_SHARE_READ, OPEN_EXISTING) ? 0 : 1;
+}
+
+int IsFileReadOnly(const char* filename) {
+  // The value of a failure has all bits set, so it reads as read-only.
+  return (GetFileAttributesA(filename) & FILE_ATTRIBUTE_READONLY) != 0 ? 1 : 0;
+}
+
+int TestCreate(const char* filename, unsigned long access) {
+  return canOpen(filename, static_cast<DWORD>(access), kShareAll, OPEN_ALWAYS) ? 1 : 0;
+}
+
+int TestOpen(const char* filename, unsigned long access) {
+  return canOpen(filename, static_cast<DWORD>(access), kShareAll, OPEN_EXISTING) ? 1 : 0;
+}
+
+unsigned long AllowedAccess(const char* filename) {
+  if (filename == nullptr || FileExists(filename) == 0) return kReadWrite;
+  if (TestOpen(filename, kReadWrite) != 0) return kReadWrite;
+  if (TestOpen(filename, GENERIC_READ) != 0) return GENERIC_READ;
+  return 0;
+}
+
+double fileTime(const std::string& filename) {
+  if (FileExists(filename.c_str()) == 0) return 0.0;
+
+  WIN32_FILE_ATTRIBUTE_DATA data{};
+  GetFileAttributesExA(filename.c_str(), GetFileExInfoStandard, &data);
+
+  FILETIME local{};
+  SYSTEMTIME parts{};
+  if (!FileTimeToLocalFileTime(&data.ftLastWriteTime, &local)) return 0.0;
+  if (!FileTimeToSystemTime(&local, &parts)) return 0.0;
+
+  double date = 0.0;
+  if (!SystemTimeToVariantTime(&parts, &date)) return 0.0;
+
+  // A time that the date cannot hold comes back as another one.
+  SYSTEMTIME back{};
+  if (!VariantTimeToSystemTime(date, &back) || !sameSecond(parts, back)) return 0.0;
+  return date;
+}
+
+}  // namespace FileSystem

@@ -1,0 +1,21 @@
+#pragma once
+// Stepping through path text by character, so that the second byte of a
+// double-byte character is never taken for a separator or a dot.
+
+#include <cstddef>
+#include <string_view>
+
+#include "platform/win32.h"
+
+namespace FileSystem::Detail {
+
+inline bool isSeparator(char c) { return c == '\\' || c == '/'; }
+
+// Bytes of the character at `position`, which must lie inside the text.
+inline std::size_t characterLength(std::string_view text, std::size_t position) {
+  const bool pair =
+      position + 1 < text.size() && IsDBCSLeadByte(static_cast<BYTE>(text[position])) != FALSE;
+  return pair ? 2 : 1;
+}
+
+}  // namespace FileSystem::Detail

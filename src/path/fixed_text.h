@@ -1,0 +1,47 @@
+#pragma once
+// A text of limited length: what goes beyond the limit is cut without notice,
+// as lstrcpynA does it.
+
+#include <algorithm>
+#include <cstddef>
+#include <cstring>
+#include <string_view>
+
+namespace FileSystem::Detail {
+
+// Size in bytes of the usual buffer for a path, terminator included.
+inline constexpr std::size_t kPathBuffer = 260;
+
+// Holds at most Size - 1 bytes and their terminator.
+template <std::size_t Size>
+class FixedText {
+ public:
+  FixedText() = default;
+  // Null counts as empty. No more than the bytes that are kept are looked at.
+  explicit FixedText(const char* text) {
+    if (text != nullptr) append({text, strnlen(text, Size - 1)});
+  }
+  explicit FixedText(std::string_view text) { append(text); }
+
+  void append(std::string_view text) {
+    const std::size_t count = std::min(text.size(), Size - 1 - size_);
+    text.copy(text_ + size_, count);
+    truncate(size_ + count);
+  }
+  // Keeps the first `size` bytes, which must be there.
+  void truncate(std::size_t size) {
+    size_ = size;
+    text_[size] = '\0';
+  }
+
+  const char* c_str() const { return text_; }
+  std::string_view view() const { return {text_, size_}; }
+
+ private:
+  std::size_t size_ = 0;
+  char text_[Size] = {};
+};
+
+using PathText = FixedText<kPathBuffer>;
+
+}  // namespace FileSystem::Detail

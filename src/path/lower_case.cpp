@@ -1,0 +1,48 @@
+// Lower-casing: a fixed table for accented letters, the global locale for the
+// rest.
+
+#include "path/lower_case.h"
+
+#include <array>
+#include <cstddef>
+#include <locale>
+
+namespace FileSystem::Detail {
+namespace {
+
+// For each byte its folded value, or 0 where the locale decides. The capitals
+// are À Â Ç È É Ê Ë Î Ï Ô Ö Ù Û; their small letters stand 0x20 above them and
+// are taken out of the locale's hands too.
+constexpr std::array<unsigned char, 256> makeAccentTable() {
+  constexpr unsigned char kCapitals[] = {0xC0, 0xC2, 0xC7, 0xC8, 0xC9, 0xCA, 0xCB,
+                                         0xCE, 0xCF, 0xD4, 0xD6, 0xD9, 0xDB};
+  std::array<unsigned char, 256> table{};
+  for (const unsigned char capital : kCapitals) {
+    const unsigned char small = capital | 0x20;
+    table[capital] = small;
+    table[small] = small;
+  }
+  return table;
+}
+
+constexpr std::array<unsigned char, 256> kAccents = makeAccentTable();
+
+}  // namespace
+
+std::string& lowerCase(std::string& text) {
+  const std::locale locale;
+  const auto& letters = std::use_facet<std::ctype<char>>(locale);
+  for (char& c : text) {
+    const unsigned char folded = kAccents[static_cast<unsigned char>(c)];
+    c = folded != 0 ? static_cast<char>(folded) : letters.tolower(c);
+  }
+  return text;
+}
+
+std::string lowerCaseCopy(const std::string& text) {
+  std::string copy = text;
+  lowerCase(copy);
+  return copy;
+}
+
+}  // namespace FileSystem::Detail

@@ -1,0 +1,187 @@
+// The write-buffered stream. What it writes out of its buffer is committed to
+// disk at once, so physical writes are few and large.
+
+#include <filesystem/file_stream.h>
+
+#include <memory>
+#include <utility>
+
+#include "platform/win32.h"
+
+namespace FileSystem {
+namespace {
+
+constexpr unsigned int kDefaultLimit = 0x200000;
+
+// One physical write and its commit. A short write is not told from a whole one.
+bool writeAndCommit(HANDLE file, const std::string& data) {
+  DWORD written = 0;
+  const BOOL done =
+      WriteFile(file, data.data(), static_cast<DWORD>(data.size()), &written, nullptr);
+  FlushFileBuffers(file);
+  return done != FALSE;
+}
+
+// Writes what is pending. Bytes that fail to reach the file are dropped, or
+// they would come up again out of their place.
+void drain(HANDLE file, std::string& pending, unsigned int limit) {
+  if (pending.empty()) return;
+  writeAndCommit(file, pending);
+  pending.clear();
+  // From now on a small write costs no more than a copy.
+  pending.reserve(limit);
+}
+
+bool seekTo(HANDLE file, DWORD method) {
+  LARGE_INTEGER distance{};
+  distance.QuadPart = 0;
+  return SetFilePointerEx(file, distance, nullptr, method) != FALSE;
+}
+
+// Memory for one block of a copying loop, not zero-filled. An unbuffered stream
+// has no block size of its own and takes the default.
+class Block {
+ public:
+  explicit Block(unsigned int limit)
+      : size_(limit != 0 ? limit : kDefaultLimit),
+        bytes_(std::make_unique_for_overwrite<char[]>(size_)) {}
+
+  // The number of bytes that came; 0 at the end of the file and on failure.
+  DWORD readFrom(HANDLE file) {
+    DWORD count = 0;
+    return ReadFile(file, bytes_.get(), size_, &count, nullptr) ? count : 0;
+  }
+  const char* data() const { return bytes_.get(); }
+
+ private:
+  DWORD size_;
+  std::unique_ptr<char[]> bytes_;
+};
+
+}  // namespace
+
+FileStream::FileStream() : m_bufferSize(kDefaultLimit), m_handle(INVALID_HANDLE_VALUE) {}
+
+FileStream::FileStream(const char* path, int flags) : FileStream() { open(path, flags); }
+
+FileStream::FileStream(const FileStream& other) = default;
+
+FileStream& FileStream::operator=(const FileStream& other) = default;
+
+FileStream::~FileStream() {
+  if (is_open()) close();
+}
+
+bool FileStream::open(const char* path, int flags) {
+  DWORD access = 0;
+  DWORD disposition = OPEN_EXISTING;
+  if ((flags & OpenRead) != 0) access |= GENERIC_READ;
+  if ((flags & OpenWrite) != 0) {
+    access |= GENERIC_WRITE;
+    disposition = (flags & OpenTruncate) != 0 ? CREATE_ALWAYS : OPEN_ALWAYS;
+  }
+  m_handle = CreateFileA(path, access, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, disposition,
+                         FILE_ATTRIBUTE_NORMAL, nullptr);
+  if (!is_open()) return false;
+  if ((flags & OpenAppend) != 0) seekEOF();
+  return true;
+}
+
+bool FileStream::close() {
+  if (!is_open()) return false;
+  drain(m_handle, m_buffer, m_bufferSize);
+  CloseHandle(std::exchange(m_handle, INVALID_HANDLE_VALUE));
+  return true;
+}
+
+bool FileStream::is_open() const { return m_handle != INVALID_HANDLE_VALUE; }
+
+bool FileStream::write(const std::string& data) {
+  const std::uint64_t limit = m_bufferSize;
+  const std::uint64_t size = data.size();
+  if (limit > m_buffer.size() + size) {
+    m_buffer += data;
+    return true;
+  }
+  drain(m_handle, m_buffer, m_bufferSize);
+  if (limit > size) {
+    m_buffer = data;
+    return true;
+  }
+  return doWrite(data);
+}
+
+bool FileStream::put(const std::string& data) { return write(data); }
+
+bool FileStream::put(char c) { return write(std::string(1, c)); }
+
+void FileStream::flush() {
+  drain(m_handle, m_buffer, m_bufferSize);
+  FlushFileBuffers(m_handle);
+}
+
+void FileStream::bufferSize(unsigned int n) {
+  m_bufferSize = n;
+  if (n >= m_buffer.size()) return;
+  doWrite(m_buffer);
+  m_buffer.clear();
+}
+
+unsigned int FileStream::bufferSize() const { return m_bufferSize; }
+
+bool FileStream::seekBOF() {
+  drain(m_handle, m_buffer, m_bufferSize);
+  return seekTo(m_handle, FILE_BEGIN);
+}
+
+bool FileStream::seekEOF() {
+  drain(m_handle, m_buffer, m_bufferSize);
+  return seekTo(m_handle, FILE_END);
+}
+
+std::uint64_t FileStream::size() const {
+  LARGE_INTEGER size{};
+  if (!GetFileSizeEx(m_handle, &size)) return 0;
+  return static_cast<std::uint64_t>(size.QuadPart) + m_buffer.size();
+}
+
+void FileStream::swap(FileStream& other) { std::swap(m_handle, other.m_handle); }
+
+void FileStream::truncate() {
+  seekBOF();
+  SetEndOfFile(m_handle);
+}
+
+bool FileStream::read(std::vector<char>& data) {
+  if (!data.empty()) {
+    DWORD count = 0;
+    if (!ReadFile(m_handle, data.data(), static_cast<DWORD>(data.size()), &count, nullptr) ||
+        count == 0) {
+      return false;
+    }
+    data.resize(count);
+    return true;
+  }
+  Block block(m_bufferSize);
+  while (const DWORD count = block.readFrom(m_handle)) {
+    data.insert(data.end(), block.data(), block.data() + count);
+  }
+  return true;
+}
+
+bool FileStream::append(FileStream& source) {
+  source.flush();
+  if (!source.seekBOF()) return false;
+  drain(m_handle, m_buffer, m_bufferSize);
+
+  Block block(m_bufferSize);
+  while (const DWORD count = block.readFrom(source.m_handle)) {
+    DWORD written = 0;
+    WriteFile(m_handle, block.data(), count, &written, nullptr);
+  }
+  return true;
+}
+
+bool FileStream::doWrite(const std::string& data) { return writeAndCommit(m_handle, data); }
+
+}  // namespace FileSystem

@@ -1,0 +1,29 @@
+// The stream operators of FileStream: items in a row, without formatting state
+// and without a sign of failure.
+
+#include <filesystem/file_stream.h>
+
+FileSystem::FileStream& FileSystem::FileStream::operator<<(
+    FileStream& (*manipulator)(FileStream&)) {
+  return manipulator(*this);
+}
+
+FileSystem::FileStream& operator<<(FileSystem::FileStream& out, FileSystem::FileStream& source) {
+  out.append(source);
+  return out;
+}
+
+FileSystem::FileStream& operator<<(FileSystem::FileStream& out, const std::string& text) {
+  out.write(text);
+  return out;
+}
+
+FileSystem::FileStream& operator<<(FileSystem::FileStream& out, long value) {
+  out.write(std::to_string(value));
+  return out;
+}
+
+FileSystem::FileStream& operator<<(FileSystem::FileStream& out, const char* text) {
+  out.write(std::string(text));
+  return out;
+}
