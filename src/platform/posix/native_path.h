@@ -34,4 +34,8 @@ class NativePath {
 // length written without terminator, or 0 if `size` bytes are too few.
 std::size_t displayName(const char* native, char* buffer, std::size_t size);
 
+// The Win32 code of an errno value that a call on `path` gave. Unlike
+// errorFromErrno it tells a missing folder from a missing file in it.
+DWORD errorOnPath(const NativePath& path, int error);
+
 }  // namespace platform::posix

@@ -1,0 +1,153 @@
+// CreateFileA: opening with access, sharing and disposition. A file is changed
+// only after its sharing was granted.
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <utility>
+
+#include "platform/posix/file_handle.h"
+#include "platform/posix/last_error.h"
+#include "platform/posix/native_path.h"
+#include "platform/posix/share_lock.h"
+#include "platform/posix/win32_posix.h"
+
+namespace platform::posix {
+namespace {
+
+// Openings in a row that meet a file which somebody deletes, replaces or makes
+// at the same instant.
+constexpr int kAttempts = 100;
+
+class Descriptor {
+ public:
+  explicit Descriptor(int value) : value_(value) {}
+  Descriptor(Descriptor&& other) noexcept : value_(std::exchange(other.value_, -1)) {}
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+  ~Descriptor() {
+    if (value_ >= 0) ::close(value_);
+  }
+
+  explicit operator bool() const { return value_ >= 0; }
+  int get() const { return value_; }
+  int release() { return std::exchange(value_, -1); }
+
+ private:
+  int value_;
+};
+
+int openRetrying(const char* path, int flags, mode_t mode) {
+  int descriptor;
+  do {
+    descriptor = ::open(path, flags | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, mode);
+  } while (descriptor < 0 && errno == EINTR);
+  return descriptor;
+}
+
+struct Opening {
+  DWORD access;
+  DWORD share;
+  DWORD disposition;
+  mode_t mode;  // of a new file
+
+  bool makesFile() const {
+    return disposition == CREATE_NEW || disposition == CREATE_ALWAYS || disposition == OPEN_ALWAYS;
+  }
+  bool empties() const { return disposition == CREATE_ALWAYS || disposition == TRUNCATE_EXISTING; }
+};
+
+// The locks need a descriptor that reads, so a file is opened for writing alone
+// only if it cannot be opened for both; its sharing is not enforced then.
+Descriptor openExisting(const char* path, DWORD access) {
+  if ((access & GENERIC_WRITE) == 0) return Descriptor(openRetrying(path, O_RDONLY, 0));
+  Descriptor both(openRetrying(path, O_RDWR, 0));
+  if (both || errno != EACCES || (access & GENERIC_READ) != 0) return both;
+  return Descriptor(openRetrying(path, O_WRONLY, 0));
+}
+
+// Opens or makes the file and says which. An exclusive making tells a new file
+// from one that was there.
+Descriptor openOrMake(const char* path, const Opening& opening, bool& made) {
+  made = false;
+  if (opening.disposition != CREATE_NEW) {
+    Descriptor existing = openExisting(path, opening.access);
+    if (existing || errno != ENOENT || !opening.makesFile()) return existing;
+  }
+  made = true;
+  return Descriptor(openRetrying(path, O_RDWR | O_CREAT | O_EXCL, opening.mode));
+}
+
+// Not for good: the file went away or came between two steps.
+bool passing(const Opening& opening, bool making, int error) {
+  return opening.disposition != CREATE_NEW && making && error == EEXIST;
+}
+
+DWORD openError(const Opening& opening, const NativePath& path, int error) {
+  if (opening.disposition == CREATE_NEW && error == EEXIST) return ERROR_FILE_EXISTS;
+  if (error == EEXIST) return ERROR_ACCESS_DENIED;
+  return errorOnPath(path, error);
+}
+
+HANDLE invalid(DWORD error) {
+  SetLastError(error);
+  return INVALID_HANDLE_VALUE;
+}
+
+HANDLE openFile(const NativePath& path, const Opening& opening) {
+  for (int attempt = 1;; ++attempt) {
+    bool made = false;
+    Descriptor file = openOrMake(path.c_str(), opening, made);
+    if (!file) {
+      const int error = errno;
+      if (passing(opening, made, error) && attempt < kAttempts) continue;
+      return invalid(openError(opening, path, error));
+    }
+    const bool shared = opening.access != 0;
+    if (shared && acquireShare(file.get(), opening.access, opening.share) != ShareResult::Granted) {
+      return invalid(ERROR_SHARING_VIOLATION);
+    }
+
+    // Looked at only now, when nobody can delete the file any more.
+    struct stat status;
+    if (fstat(file.get(), &status) != 0) return invalid(errorFromErrno(errno));
+    if (!S_ISREG(status.st_mode)) return invalid(ERROR_ACCESS_DENIED);
+    if (status.st_nlink == 0 && attempt < kAttempts) continue;
+    constexpr mode_t kAnyWrite = S_IWUSR | S_IWGRP | S_IWOTH;
+    const bool changes = (opening.access & GENERIC_WRITE) != 0 || opening.empties();
+    if (changes && !made && (status.st_mode & kAnyWrite) == 0) {
+      return invalid(ERROR_ACCESS_DENIED);
+    }
+    if (opening.empties() && status.st_size != 0 && ftruncate(file.get(), 0) != 0) {
+      return invalid(errorFromErrno(errno));
+    }
+    SetLastError(opening.makesFile() && !made ? ERROR_ALREADY_EXISTS : ERROR_SUCCESS);
+    return makeFileHandle(file.release(), opening.access, status);
+  }
+}
+
+}  // namespace
+}  // namespace platform::posix
+
+HANDLE CreateFileA(const char* path, DWORD access, DWORD share, SECURITY_ATTRIBUTES*,
+                   DWORD disposition, DWORD attributes, HANDLE) {
+  using namespace platform::posix;
+  if (disposition < CREATE_NEW || disposition > TRUNCATE_EXISTING) {
+    return invalid(ERROR_INVALID_PARAMETER);
+  }
+  if (disposition == TRUNCATE_EXISTING && (access & GENERIC_WRITE) == 0) {
+    return invalid(ERROR_INVALID_PARAMETER);
+  }
+  const NativePath native(path);
+  if (!native.valid()) return invalid(native.error());
+  // Only a folder can have a separator behind its name.
+  if (native.hadTrailingSeparator()) return invalid(ERROR_PATH_NOT_FOUND);
+
+  constexpr mode_t kAll = 0666;
+  constexpr mode_t kReadOnly = 0444;
+  return openFile(native, {.access = access & (GENERIC_READ | GENERIC_WRITE),
+                           .share = share,
+                           .disposition = disposition,
+                           .mode = (attributes & FILE_ATTRIBUTE_READONLY) != 0 ? kReadOnly : kAll});
+}
