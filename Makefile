@@ -1,0 +1,49 @@
+# The front door. Each target installs the Debian packages it misses.
+
+BUILD_PACKAGES = cmake g++ ninja-build libboost-dev zlib1g-dev libdeflate-dev libgtest-dev \
+                 libcli11-dev
+TEST_PACKAGES = zip unzip p7zip-full libarchive-tools python3 coreutils diffutils
+BENCH_PACKAGES = libbenchmark-dev
+
+PREFIX ?= /usr/local
+# The folder that `make demo` packs; its files are on every machine that builds this.
+FOLDER ?= /usr/include
+
+.PHONY: help demo test bench install clean
+
+help:
+	@echo "make demo [FOLDER=...]     pack a real folder, unpack it, compare"
+	@echo "make test                  build and run all tests, plain and under the sanitizers"
+	@echo "make bench                 build and run the benchmarks"
+	@echo "make install [PREFIX=...]  install library and headers (default $(PREFIX))"
+	@echo "make clean                 remove everything that was built"
+
+demo:
+	@scripts/install-packages $(BUILD_PACKAGES)
+	@cmake --preset release -DVESK_TESTS=OFF -DVESK_BENCH=OFF >/dev/null
+	@cmake --build --preset release --target vesk-fs
+	@scripts/demo build/release/bin/vesk-fs "$(FOLDER)"
+
+test:
+	@scripts/install-packages $(BUILD_PACKAGES) $(TEST_PACKAGES)
+	cmake --preset release -DVESK_TESTS=ON
+	cmake --build --preset release
+	cmake --preset asan
+	cmake --build --preset asan
+	ctest --preset release
+	ctest --preset asan
+
+bench:
+	@scripts/install-packages $(BUILD_PACKAGES) $(TEST_PACKAGES) $(BENCH_PACKAGES)
+	cmake --preset release -DVESK_BENCH=ON
+	cmake --build --preset release --target bench
+	build/release/bin/bench
+
+install:
+	@scripts/install-packages $(BUILD_PACKAGES)
+	cmake --preset release
+	cmake --build --preset release --target vesk-fs
+	cmake --install build/release --prefix "$(PREFIX)"
+
+clean:
+	rm -rf build

@@ -1,0 +1,78 @@
+// vesk-fs: the library's main jobs from a command line.
+
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <exception>
+#include <string>
+
+#include "commands.h"
+
+namespace {
+
+struct Arguments {
+  std::string folder, zip, file, name, target, password;
+  std::string pattern = "*.*";
+};
+
+void describe(CLI::App& app, Arguments& a) {
+  app.require_subcommand(1);
+
+  CLI::App* command = app.add_subcommand("pack", "Pack all files of a folder into a new archive");
+  command->add_option("FOLDER", a.folder, "folder to pack, with all below it")->required();
+  command->add_option("ZIP", a.zip, "archive to make; an existing file is replaced")->required();
+  command->callback([&a] { pack(a.folder, a.zip); });
+
+  command = app.add_subcommand("unpack", "Unpack an archive into a folder");
+  command->add_option("ZIP", a.zip, "archive to unpack")->required();
+  command->add_option("FOLDER", a.folder, "target; made if missing, its files are replaced")
+      ->required();
+  command->callback([&a] { unpack(a.zip, a.folder); });
+
+  command = app.add_subcommand("list", "Write the names of all entries, one a line");
+  command->add_option("ZIP", a.zip, "archive to list")->required();
+  command->callback([&a] { list(a.zip); });
+
+  command = app.add_subcommand("add", "Add a file to an archive, replacing its entry");
+  command->add_option("ZIP", a.zip, "archive; made if missing")->required();
+  command->add_option("FILE", a.file, "file to add")->required();
+  command->add_option("NAME", a.name, "name of the entry; the file's own if left out");
+  command->add_option("--password", a.password, "encrypt the entry (traditional encryption)");
+  command->callback([&a] { add(a.zip, a.file, a.name, a.password); });
+
+  command = app.add_subcommand("remove", "Take an entry out of an archive");
+  command->add_option("ZIP", a.zip, "archive to change")->required();
+  command->add_option("NAME", a.name, "name of the entry, as `list` writes it")->required();
+  command->callback([&a] { remove(a.zip, a.name); });
+
+  command = app.add_subcommand("extract", "Extract one entry to a file");
+  command->add_option("ZIP", a.zip, "archive to read")->required();
+  command->add_option("NAME", a.name, "name of the entry, as `list` writes it")->required();
+  command->add_option("TARGET", a.target, "file to write; an existing one is replaced")->required();
+  command->add_option("--password", a.password, "password of the entry");
+  command->callback([&a] { extract(a.zip, a.name, a.target, a.password); });
+
+  command = app.add_subcommand("tree", "Write the paths of all files below a folder");
+  command->add_option("FOLDER", a.folder, "folder to walk")->required();
+  command->add_option("PATTERN", a.pattern,
+                      "wildcards * and ? for the file names; all if left out");
+  command->callback([&a] { tree(a.folder, a.pattern); });
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  Arguments arguments;
+  CLI::App app(
+      "Files, folders and zip archives through the Vesk FileSystem library.\n"
+      "The exit status is 0 for success and 1 for failure.");
+  describe(app, arguments);
+  try {
+    app.parse(argc, argv);
+    return 0;
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error) == 0 ? 0 : 1;
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "vesk-fs: %s\n", error.what());
+    return 1;
+  }
+}
