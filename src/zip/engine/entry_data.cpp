@@ -1,0 +1,166 @@
+#include "zip/engine/entry_data.h"
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+
+#include "zip/engine.h"
+
+namespace zip_engine {
+namespace {
+
+// Content up to this size is decoded at once, whatever is asked for first.
+constexpr std::uint64_t kSmall = 4 << 20;
+// The same for a buffer that takes the whole content.
+constexpr std::uint64_t kLargestAtOnce = 64 << 20;
+constexpr std::size_t kInputBlock = 256 << 10;
+
+struct DecompressorDeleter {
+  void operator()(libdeflate_decompressor* decompressor) const {
+    libdeflate_free_decompressor(decompressor);
+  }
+};
+
+// It keeps no state between calls, so one for a thread serves all entries.
+libdeflate_decompressor* decompressor() {
+  thread_local const std::unique_ptr<libdeflate_decompressor, DecompressorDeleter> instance(
+      libdeflate_alloc_decompressor());
+  return instance.get();
+}
+
+}  // namespace
+
+struct EntryData::Inflater {
+  Inflater() { good = inflateInit2(&stream, -MAX_WBITS) == Z_OK; }
+  Inflater(const Inflater&) = delete;
+  Inflater& operator=(const Inflater&) = delete;
+  ~Inflater() { inflateEnd(&stream); }
+
+  z_stream stream{};
+  Bytes input;
+  bool good = false;
+  bool ended = false;
+};
+
+EntryData::EntryData(const ArchiveFile& file, const EntryLayout& layout)
+    : file_(file),
+      layout_(layout),
+      storedLeft_(layout.compressedSize),
+      plainLeft_(layout.raw ? layout.compressedSize : layout.uncompressedSize) {
+  if (layout.password != nullptr && !layout.raw) cipher_.emplace(layout.password);
+}
+
+EntryData::~EntryData() = default;
+
+void EntryData::prefetched(const unsigned char* bytes, std::size_t size) {
+  ahead_.assign(bytes, bytes + std::min<std::uint64_t>(size, layout_.compressedSize));
+}
+
+bool EntryData::begin() {
+  if (!cipher_) return true;
+  unsigned char header[kEncryptionHeaderSize];
+  return storedLeft_ >= sizeof(header) && readStored(header, sizeof(header)) &&
+         header[sizeof(header) - 1] == layout_.checkByte;
+}
+
+int EntryData::read(unsigned char* buffer, std::uint32_t size) {
+  if (failed_) return -1;
+  const std::size_t wanted = static_cast<std::size_t>(std::min<std::uint64_t>(
+      {size, plainLeft_, static_cast<std::uint64_t>(std::numeric_limits<int>::max())}));
+  failed_ = !readDecoded(buffer, wanted);
+  if (failed_) return -1;
+  if (!layout_.raw) crc_ = libdeflate_crc32(crc_, buffer, wanted);
+  plainLeft_ -= wanted;
+  if (plainLeft_ == 0 && !layout_.raw && (crc_ != layout_.crc || !endsHere())) {
+    failed_ = true;
+    return -1;
+  }
+  return static_cast<int>(wanted);
+}
+
+// Takes the next stored bytes, decrypted.
+bool EntryData::readStored(unsigned char* out, std::size_t size) {
+  if (size > storedLeft_) return false;
+  const std::size_t known = std::min(size, ahead_.size() - aheadUsed_);
+  if (known != 0) std::memcpy(out, ahead_.data() + aheadUsed_, known);
+  aheadUsed_ += known;
+  const std::uint64_t position = layout_.position + layout_.compressedSize - storedLeft_ + known;
+  if (known < size && !file_.readAt(position, out + known, size - known)) return false;
+  storedLeft_ -= size;
+  if (cipher_) cipher_->decrypt(out, size);
+  return true;
+}
+
+bool EntryData::readDecoded(unsigned char* out, std::size_t size) {
+  if (size == 0) return true;
+  if (layout_.raw || layout_.method == ZipMethodStored) return readStored(out, size);
+  if (inflater_) return inflate(out, size);
+  if (!whole_.empty()) {
+    std::memcpy(out, whole_.data() + (whole_.size() - plainLeft_), size);
+    return true;
+  }
+  // Not more stored bytes than deflate makes of what it cannot shrink: a lie is
+  // met in small steps.
+  const bool first =
+      plainLeft_ == layout_.uncompressedSize && storedLeft_ <= plainLeft_ + plainLeft_ / 4 + 1024;
+  const bool fits = size == layout_.uncompressedSize && size <= kLargestAtOnce;
+  if (first && fits) return decodeWhole(out);
+  if (first && layout_.uncompressedSize <= kSmall) {
+    whole_.resize(static_cast<std::size_t>(layout_.uncompressedSize));
+    if (!decodeWhole(whole_.data())) return false;
+    std::memcpy(out, whole_.data(), size);
+    return true;
+  }
+  inflater_ = std::make_unique<Inflater>();
+  return inflater_->good && inflate(out, size);
+}
+
+bool EntryData::decodeWhole(unsigned char* out) {
+  const std::size_t size = static_cast<std::size_t>(storedLeft_);
+  const unsigned char* stored = ahead_.data() + aheadUsed_;
+  Bytes loaded;
+  if (cipher_ || ahead_.size() - aheadUsed_ < size) {
+    loaded.resize(size);
+    if (!readStored(loaded.data(), size)) return false;
+    stored = loaded.data();
+  } else {
+    storedLeft_ = 0;
+  }
+  libdeflate_decompressor* const codec = decompressor();
+  return codec != nullptr &&
+         libdeflate_deflate_decompress(codec, stored, size, out,
+                                       static_cast<std::size_t>(layout_.uncompressedSize),
+                                       nullptr) == LIBDEFLATE_SUCCESS;
+}
+
+bool EntryData::inflate(unsigned char* out, std::size_t size) {
+  z_stream& stream = inflater_->stream;
+  stream.next_out = out;
+  stream.avail_out = static_cast<uInt>(size);
+  while (stream.avail_out > 0) {
+    if (inflater_->ended) return false;
+    if (stream.avail_in == 0) {
+      Bytes& input = inflater_->input;
+      input.resize(static_cast<std::size_t>(std::min<std::uint64_t>(storedLeft_, kInputBlock)));
+      if (input.empty() || !readStored(input.data(), input.size())) return false;
+      stream.next_in = input.data();
+      stream.avail_in = static_cast<uInt>(input.size());
+    }
+    const int status = ::inflate(&stream, Z_NO_FLUSH);
+    if (status == Z_STREAM_END) {
+      inflater_->ended = true;
+    } else if (status != Z_OK) {
+      return false;
+    }
+  }
+  return true;
+}
+
+// Whether the compressed stream ends where its length says.
+bool EntryData::endsHere() {
+  if (!inflater_ || inflater_->ended) return true;
+  unsigned char beyond;
+  return !inflate(&beyond, 1) && inflater_->ended;
+}
+
+}  // namespace zip_engine

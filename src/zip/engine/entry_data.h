@@ -1,0 +1,68 @@
+#pragma once
+// The content of one entry: its stored bytes, decrypted and inflated.
+
+#include <libdeflate.h>
+#include <zlib.h>
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+
+#include "zip/engine/archive_file.h"
+#include "zip/engine/crypto.h"
+#include "zip/engine/format.h"
+
+namespace zip_engine {
+
+// Where an entry's bytes lie and what they must give.
+struct EntryLayout {
+  std::uint64_t position = 0;        // absolute, of the stored bytes
+  std::uint64_t compressedSize = 0;  // with the encryption header
+  std::uint64_t uncompressedSize = 0;
+  std::uint32_t crc = 0;
+  std::uint16_t method = 0;
+  bool raw = false;                // the stored bytes as they are
+  const char* password = nullptr;  // null if not encrypted
+  unsigned char checkByte = 0;     // last byte of the decrypted encryption header
+};
+
+class EntryData {
+ public:
+  EntryData(const ArchiveFile& file, const EntryLayout& layout);
+  EntryData(const EntryData&) = delete;
+  EntryData& operator=(const EntryData&) = delete;
+  ~EntryData();
+
+  // Gives the stored bytes that begin at the entry's data if some were read
+  // beforehand. To be called first.
+  void prefetched(const unsigned char* bytes, std::size_t size);
+  // Reads the encryption header. False if the password is wrong or it cannot be
+  // read.
+  bool begin();
+  // Bytes read, 0 at the end, -1 on failure. The byte that completes the entry
+  // is delivered only if length and CRC-32 are right.
+  int read(unsigned char* buffer, std::uint32_t size);
+
+ private:
+  struct Inflater;
+
+  bool readStored(unsigned char* out, std::size_t size);
+  bool readDecoded(unsigned char* out, std::size_t size);
+  bool decodeWhole(unsigned char* out);
+  bool inflate(unsigned char* out, std::size_t size);
+  bool endsHere();
+
+  const ArchiveFile& file_;
+  EntryLayout layout_;
+  std::optional<TraditionalCipher> cipher_;
+  Bytes ahead_;  // stored bytes that were read and not used yet
+  std::size_t aheadUsed_ = 0;
+  std::uint64_t storedLeft_;  // stored bytes not handed on yet
+  std::uint64_t plainLeft_;
+  std::uint32_t crc_ = 0;
+  bool failed_ = false;
+  Bytes whole_;  // the decoded content of a small entry
+  std::unique_ptr<Inflater> inflater_;
+};
+
+}  // namespace zip_engine

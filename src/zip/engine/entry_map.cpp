@@ -1,0 +1,128 @@
+#include "zip/engine/entry_map.h"
+
+#include <algorithm>
+#include <bit>
+#include <functional>
+#include <limits>
+
+namespace zip_engine {
+namespace {
+
+// Calls `visit(record, offset)` for each record until it gives false.
+template <typename Visit>
+void forEachRecord(const CentralDirectory& directory, Visit visit) {
+  for (std::size_t offset = 0; offset < directory.blob.size();) {
+    const CentralRecord record = recordAt(directory, offset);
+    if (!visit(record, offset)) return;
+    offset += record.size();
+  }
+}
+
+std::uint64_t startOf(const CentralDirectory& directory, const CentralRecord& record) {
+  // A wild offset must not wrap round into the archive.
+  constexpr std::uint64_t kWild = std::numeric_limits<std::int64_t>::max();
+  return record.localOffset > kWild - directory.base ? kWild : directory.base + record.localOffset;
+}
+
+// The least that an entry takes: the local extra field and a descriptor are not
+// known here.
+std::uint64_t leastEndOf(const CentralDirectory& directory, const CentralRecord& record) {
+  const std::uint64_t start = startOf(directory, record);
+  const std::uint64_t header = kLocalSize + record.nameLength();
+  constexpr std::uint64_t kMost = std::numeric_limits<std::uint64_t>::max();
+  return record.compressedSize > kMost - start - header ? kMost
+                                                        : start + header + record.compressedSize;
+}
+
+}  // namespace
+
+std::size_t NameIndex::find(const CentralDirectory& directory, std::string_view name) {
+  if (!lookedBefore_) {
+    lookedBefore_ = true;
+    std::size_t found = kNone;
+    forEachRecord(directory, [&](const CentralRecord& record, std::size_t offset) {
+      if (record.name() == name) found = offset;
+      return found == kNone;
+    });
+    return found;
+  }
+  if (slots_.empty()) build(directory);
+  const std::size_t mask = slots_.size() - 1;
+  std::size_t slot = std::hash<std::string_view>{}(name)&mask;
+  for (; slots_[slot] != 0; slot = (slot + 1) & mask) {
+    const std::size_t offset = slots_[slot] - 1;
+    if (recordAt(directory, offset).name() == name) return offset;
+  }
+  return kNone;
+}
+
+void NameIndex::build(const CentralDirectory& directory) {
+  slots_.resize(std::bit_ceil(static_cast<std::size_t>(directory.entryCount) * 2 + 1));
+  const std::size_t mask = slots_.size() - 1;
+  forEachRecord(directory, [&](const CentralRecord& record, std::size_t offset) {
+    const std::string_view name = record.name();
+    std::size_t slot = std::hash<std::string_view>{}(name)&mask;
+    for (; slots_[slot] != 0; slot = (slot + 1) & mask) {
+      // The first of equal names counts; the others must not make long chains.
+      if (recordAt(directory, slots_[slot] - 1).name() == name) return true;
+    }
+    slots_[slot] = static_cast<std::uint32_t>(offset + 1);
+    return true;
+  });
+}
+
+bool EntryMap::isApart(const CentralDirectory& directory, const CentralRecord& record,
+                       std::uint64_t end) {
+  const std::uint64_t start = startOf(directory, record);
+  if (end > limitOf(directory, record)) return false;
+  if (places_.empty()) {
+    bool apart = true;
+    forEachRecord(directory, [&](const CentralRecord& other, std::size_t) {
+      apart = other.bytes == record.bytes || startOf(directory, other) >= end ||
+              leastEndOf(directory, other) <= start;
+      return apart;
+    });
+    return apart;
+  }
+  const auto place = std::lower_bound(
+      places_.begin(), places_.end(), start,
+      [](const Place& candidate, std::uint64_t wanted) { return candidate.start < wanted; });
+  const bool alone = std::next(place) == places_.end() || std::next(place)->start != start;
+  return alone && (place == places_.begin() || std::prev(place)->leastEnd <= start);
+}
+
+std::uint64_t EntryMap::limitOf(const CentralDirectory& directory, const CentralRecord& record) {
+  const std::uint64_t start = startOf(directory, record);
+  std::uint64_t limit = directory.position;
+  if (!lookedBefore_) {
+    lookedBefore_ = true;
+    forEachRecord(directory, [&](const CentralRecord& other, std::size_t) {
+      const std::uint64_t otherStart = startOf(directory, other);
+      if (otherStart > start) limit = std::min(limit, otherStart);
+      return true;
+    });
+    return limit;
+  }
+  if (places_.empty()) build(directory);
+  const auto next = std::upper_bound(
+      places_.begin(), places_.end(), start,
+      [](std::uint64_t wanted, const Place& candidate) { return wanted < candidate.start; });
+  return next == places_.end() ? limit : std::min(limit, next->start);
+}
+
+void EntryMap::build(const CentralDirectory& directory) {
+  places_.reserve(static_cast<std::size_t>(directory.entryCount));
+  forEachRecord(directory, [&](const CentralRecord& record, std::size_t) {
+    places_.push_back({startOf(directory, record), leastEndOf(directory, record)});
+    return true;
+  });
+  std::sort(places_.begin(), places_.end(),
+            [](const Place& a, const Place& b) { return a.start < b.start; });
+  std::uint64_t reached = 0;
+  for (Place& place : places_) {
+    reached = std::max(reached, place.leastEnd);
+    place.leastEnd = reached;
+  }
+}
+
+}  // namespace zip_engine

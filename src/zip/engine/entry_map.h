@@ -1,0 +1,51 @@
+#pragma once
+// Where the entries of an archive lie, and finding them by name.
+
+#include <cstdint>
+#include <string_view>
+#include <vector>
+
+#include "zip/engine/central_directory.h"
+
+namespace zip_engine {
+
+// Finds records by their exact names. The index is built when a second name is
+// looked for, because for one a walk is cheaper.
+class NameIndex {
+ public:
+  static constexpr std::size_t kNone = static_cast<std::size_t>(-1);
+
+  // Offset in the blob of the first record of that name, or kNone.
+  std::size_t find(const CentralDirectory& directory, std::string_view name);
+
+ private:
+  void build(const CentralDirectory& directory);
+
+  bool lookedBefore_ = false;
+  std::vector<std::uint32_t> slots_;  // offset in the blob plus one; 0 is free
+};
+
+// Tells whether an entry lies apart from all others and from the directory. The
+// entries are sorted by position when a second one is asked for.
+class EntryMap {
+ public:
+  // `end` is the absolute position behind the entry's data; the directory gives
+  // its start.
+  bool isApart(const CentralDirectory& directory, const CentralRecord& record, std::uint64_t end);
+  // Position behind which the entry cannot go on: the start of the next entry,
+  // or of the directory. Absolute.
+  std::uint64_t limitOf(const CentralDirectory& directory, const CentralRecord& record);
+
+ private:
+  struct Place {
+    std::uint64_t start;
+    std::uint64_t leastEnd;  // of this and all places before it
+  };
+
+  void build(const CentralDirectory& directory);
+
+  bool lookedBefore_ = false;
+  std::vector<Place> places_;
+};
+
+}  // namespace zip_engine
