@@ -18,6 +18,9 @@ constexpr int kMostCandidates = 16;
 // that a lying size costs no more memory than the truth behind it.
 constexpr std::size_t kReadStep = 1 << 20;
 
+// Positions in a directory are counted with 32 bits.
+constexpr std::uint64_t kLargestDirectory = 0xFFFFFFF0;
+
 // The values of an end record, of the zip64 one where the plain one says so.
 struct EndRecord {
   std::uint64_t entryCount = 0;
@@ -111,7 +114,7 @@ bool readRecords(const ArchiveFile& file, std::uint64_t position, std::uint64_t 
 
 bool readDirectoryAt(const ArchiveFile& file, const EndRecord& end, std::uint64_t position,
                      CentralDirectory& directory) {
-  if (position < end.directoryOffset) return false;
+  if (position < end.directoryOffset || end.directorySize > kLargestDirectory) return false;
   std::uint64_t count = 0;
   if (!readRecords(file, position, end.directorySize, directory.blob, count)) return false;
   // Old programs write the count modulo 65,536.

@@ -71,43 +71,34 @@ void NameIndex::build(const CentralDirectory& directory) {
   });
 }
 
-bool EntryMap::isApart(const CentralDirectory& directory, const CentralRecord& record,
-                       std::uint64_t end) {
-  const std::uint64_t start = startOf(directory, record);
-  if (end > limitOf(directory, record)) return false;
-  if (places_.empty()) {
+bool EntryMap::locate(const CentralDirectory& directory, const CentralRecord& record,
+                      std::uint64_t& start, std::uint64_t& limit) {
+  start = startOf(directory, record);
+  limit = directory.position;
+  if (!lookedBefore_) {
+    lookedBefore_ = true;
     bool apart = true;
     forEachRecord(directory, [&](const CentralRecord& other, std::size_t) {
-      apart = other.bytes == record.bytes || startOf(directory, other) >= end ||
-              leastEndOf(directory, other) <= start;
+      const std::uint64_t otherStart = startOf(directory, other);
+      if (otherStart > start) {
+        limit = std::min(limit, otherStart);
+      } else if (other.bytes != record.bytes && leastEndOf(directory, other) > start) {
+        apart = false;
+      }
       return apart;
     });
     return apart;
   }
+  if (places_.empty()) build(directory);
   const auto place = std::lower_bound(
       places_.begin(), places_.end(), start,
       [](const Place& candidate, std::uint64_t wanted) { return candidate.start < wanted; });
-  const bool alone = std::next(place) == places_.end() || std::next(place)->start != start;
-  return alone && (place == places_.begin() || std::prev(place)->leastEnd <= start);
-}
-
-std::uint64_t EntryMap::limitOf(const CentralDirectory& directory, const CentralRecord& record) {
-  const std::uint64_t start = startOf(directory, record);
-  std::uint64_t limit = directory.position;
-  if (!lookedBefore_) {
-    lookedBefore_ = true;
-    forEachRecord(directory, [&](const CentralRecord& other, std::size_t) {
-      const std::uint64_t otherStart = startOf(directory, other);
-      if (otherStart > start) limit = std::min(limit, otherStart);
-      return true;
-    });
-    return limit;
+  const auto next = std::next(place);
+  if (next != places_.end()) {
+    if (next->start == start) return false;
+    limit = std::min(limit, next->start);
   }
-  if (places_.empty()) build(directory);
-  const auto next = std::upper_bound(
-      places_.begin(), places_.end(), start,
-      [](std::uint64_t wanted, const Place& candidate) { return wanted < candidate.start; });
-  return next == places_.end() ? limit : std::min(limit, next->start);
+  return place == places_.begin() || std::prev(place)->leastEnd <= start;
 }
 
 void EntryMap::build(const CentralDirectory& directory) {

@@ -29,12 +29,11 @@ class NameIndex {
 // entries are sorted by position when a second one is asked for.
 class EntryMap {
  public:
-  // `end` is the absolute position behind the entry's data; the directory gives
-  // its start.
-  bool isApart(const CentralDirectory& directory, const CentralRecord& record, std::uint64_t end);
-  // Position behind which the entry cannot go on: the start of the next entry,
-  // or of the directory. Absolute.
-  std::uint64_t limitOf(const CentralDirectory& directory, const CentralRecord& record);
+  // Gives the absolute position of the entry's local header, and the limit
+  // behind which the entry cannot go on: the start of the next entry, or of the
+  // directory. False if another entry lies over its start.
+  bool locate(const CentralDirectory& directory, const CentralRecord& record, std::uint64_t& start,
+              std::uint64_t& limit);
 
  private:
   struct Place {

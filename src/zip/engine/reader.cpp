@@ -1,0 +1,274 @@
+// Reading: opening an archive, walking and finding its entries, and checking an
+// entry's local header against the central directory.
+
+#include "zip/engine/reader.h"
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+#include <memory>
+#include <optional>
+
+#include "zip/engine/entry_data.h"
+#include "zip/engine/entry_map.h"
+
+using namespace zip_engine;
+
+struct ZipReader {
+  ArchiveFile file;
+  CentralDirectory directory;
+  std::size_t current = 0;  // offset of the current record; the blob's size if none
+  NameIndex names;
+  EntryMap map;
+  Bytes head;  // the local header and what was read with it
+  EntrySpan span;
+  std::optional<EntryData> entry;
+
+  bool hasCurrent() const { return current < directory.blob.size(); }
+  CentralRecord record() const { return recordAt(directory, current); }
+};
+
+namespace {
+
+constexpr int kSuccess = 0;
+constexpr int kFailure = -1;
+constexpr int kNoEntry = -100;
+
+// Bytes read in one go for an entry: the whole of a small one.
+constexpr std::uint64_t kHeadBlock = 64 << 10;
+
+// Deflate makes at most 1,032 bytes of one.
+bool canInflateTo(std::uint64_t compressed, std::uint64_t plain) {
+  return plain <= compressed * 1032 + 64;
+}
+
+bool hasPossibleSizes(const CentralRecord& record) {
+  if (record.compressedSize >= kSaturated32 || record.uncompressedSize >= kSaturated32) {
+    return false;
+  }
+  std::uint64_t payload = record.compressedSize;
+  if ((record.flags() & kFlagEncrypted) != 0) {
+    if (payload < kEncryptionHeaderSize) return false;
+    payload -= kEncryptionHeaderSize;
+  }
+  return record.method() == ZipMethodStored ? payload == record.uncompressedSize
+                                            : canInflateTo(payload, record.uncompressedSize);
+}
+
+bool isReadable(const CentralRecord& record, const char* password) {
+  constexpr std::uint16_t kUnknown = kFlagPatched | kFlagStrongEncryption;
+  if ((record.flags() & kUnknown) != 0) return false;
+  if (record.method() != ZipMethodStored && record.method() != ZipMethodDeflate) return false;
+  const bool encrypted = (record.flags() & kFlagEncrypted) != 0;
+  return (!encrypted || password != nullptr) && hasPossibleSizes(record);
+}
+
+bool agrees(const unsigned char* local, const CentralRecord& record) {
+  return load32(local) == kLocalSignature && load16(local + 8) == record.method() &&
+         ((load16(local + 6) ^ record.flags()) & kFlagEncrypted) == 0 &&
+         load16(local + 26) == record.nameLength() &&
+         std::memcmp(local + kLocalSize, record.name().data(), record.nameLength()) == 0;
+}
+
+// Reads the local header, and small entries whole, into reader.head, and checks
+// it. Fills reader.span.
+bool readLocal(ZipReader& reader, const CentralRecord& record) {
+  std::uint64_t start = 0;
+  std::uint64_t limit = 0;
+  if (!reader.map.locate(reader.directory, record, start, limit)) return false;
+  const std::uint64_t fixed = kLocalSize + record.nameLength();
+  if (start > limit || limit - start < fixed) return false;
+  // The extra field's length is known only behind the header.
+  constexpr std::uint64_t kUsualExtra = 64;
+  const std::uint64_t whole = fixed + kUsualExtra + std::min(record.compressedSize, kHeadBlock);
+  reader.head.resize(static_cast<std::size_t>(std::min(limit - start, whole)));
+  if (!reader.file.readAt(start, reader.head.data(), reader.head.size())) return false;
+  if (!agrees(reader.head.data(), record)) return false;
+
+  const std::uint64_t extraLength = load16(reader.head.data() + 28);
+  if (limit - start - fixed < extraLength ||
+      limit - start - fixed - extraLength < record.compressedSize) {
+    return false;
+  }
+  if (reader.head.size() < fixed + extraLength) {
+    const std::size_t known = reader.head.size();
+    reader.head.resize(static_cast<std::size_t>(fixed + extraLength));
+    if (!reader.file.readAt(start + known, reader.head.data() + known,
+                            reader.head.size() - known)) {
+      return false;
+    }
+  }
+  const auto extra = reader.head.begin() + static_cast<std::ptrdiff_t>(fixed);
+  reader.span.localExtra.assign(extra, extra + static_cast<std::ptrdiff_t>(extraLength));
+  reader.span.dataPosition = start + fixed + extraLength;
+  return true;
+}
+
+EntryLayout layoutOf(const ZipReader& reader, const CentralRecord& record, bool raw,
+                     const char* password) {
+  const bool encrypted = (record.flags() & kFlagEncrypted) != 0;
+  // A program that does not know the CRC in advance checks by the time.
+  const std::uint32_t check =
+      (record.flags() & kFlagDescriptor) != 0 ? std::uint32_t{record.time()} << 16 : record.crc();
+  return {.position = reader.span.dataPosition,
+          .compressedSize = record.compressedSize,
+          .uncompressedSize = record.uncompressedSize,
+          .crc = record.crc(),
+          .method = record.method(),
+          .raw = raw,
+          .password = encrypted ? password : nullptr,
+          .checkByte = static_cast<unsigned char>(check >> 24)};
+}
+
+// Copies a text cut at `capacity`, with a terminating zero where there is room.
+void copyText(char* target, std::uint32_t capacity, const void* text, std::size_t length) {
+  if (target == nullptr || capacity == 0) return;
+  const std::size_t count = std::min<std::size_t>(length, capacity);
+  std::memcpy(target, text, count);
+  if (count < capacity) target[count] = '\0';
+}
+
+std::uint32_t saturated(std::uint64_t value) {
+  return static_cast<std::uint32_t>(std::min<std::uint64_t>(value, kSaturated32));
+}
+
+ZipDateWords dateWords(std::uint32_t dosDate) {
+  const std::uint32_t month = dosDate >> 21 & 0xF;
+  return {.second = (dosDate & 0x1F) * 2,
+          .minute = dosDate >> 5 & 0x3F,
+          .hour = dosDate >> 11 & 0x1F,
+          .day = dosDate >> 16 & 0x1F,
+          .month = month == 0 ? 0 : month - 1,
+          .year = (dosDate >> 25) + 1980};
+}
+
+}  // namespace
+
+ZipReader* ZipOpenReader(const char* path) {
+  auto reader = std::make_unique<ZipReader>();
+  constexpr DWORD kShare = FILE_SHARE_READ | FILE_SHARE_WRITE;
+  if (!reader->file.open(path, GENERIC_READ, kShare, OPEN_EXISTING)) return nullptr;
+  if (!readCentralDirectory(reader->file, reader->directory)) return nullptr;
+  return reader.release();
+}
+
+void ZipCloseReader(ZipReader* reader) { delete reader; }
+
+int ZipReadGlobalInfo(ZipReader* reader, ZipGlobalInfo* info) {
+  if (reader == nullptr || info == nullptr) return kFailure;
+  info->entryCount = saturated(reader->directory.entryCount);
+  info->commentLength = static_cast<std::uint32_t>(reader->directory.comment.size());
+  return kSuccess;
+}
+
+int ZipReadGlobalComment(ZipReader* reader, char* buffer, std::uint32_t length) {
+  if (reader == nullptr) return kFailure;
+  const std::string& comment = reader->directory.comment;
+  copyText(buffer, length, comment.data(), comment.size());
+  return static_cast<int>(std::min<std::size_t>(comment.size(), length));
+}
+
+int ZipFirstEntry(ZipReader* reader) {
+  if (reader == nullptr) return kFailure;
+  reader->entry.reset();
+  reader->current = 0;
+  return reader->hasCurrent() ? kSuccess : kNoEntry;
+}
+
+int ZipNextEntry(ZipReader* reader) {
+  if (reader == nullptr) return kFailure;
+  reader->entry.reset();
+  if (!reader->hasCurrent()) return kNoEntry;
+  reader->current += reader->record().size();
+  return reader->hasCurrent() ? kSuccess : kNoEntry;
+}
+
+int ZipLocateEntry(ZipReader* reader, const char* name, int) {
+  if (reader == nullptr || name == nullptr) return kFailure;
+  const std::size_t found = reader->names.find(reader->directory, name);
+  if (found == NameIndex::kNone) return kNoEntry;
+  reader->entry.reset();
+  reader->current = found;
+  return kSuccess;
+}
+
+int ZipReadEntryInfo(ZipReader* reader, ZipEntryInfo* info, char* name, std::uint32_t nameCapacity,
+                     void* extra, std::uint32_t extraCapacity, char* comment,
+                     std::uint32_t commentCapacity) {
+  if (reader == nullptr || !reader->hasCurrent()) return kFailure;
+  const CentralRecord record = reader->record();
+  if (info != nullptr) {
+    *info = {.versionMadeBy = record.versionMadeBy(),
+             .versionNeeded = record.versionNeeded(),
+             .flags = record.flags(),
+             .method = record.method(),
+             .dosDate = record.dosDate(),
+             .crc = record.crc(),
+             .compressedSize = saturated(record.compressedSize),
+             .uncompressedSize = saturated(record.uncompressedSize),
+             .nameLength = record.nameLength(),
+             .centralExtraLength = record.extraLength(),
+             .commentLength = record.commentLength(),
+             .diskNumber = record.diskNumber(),
+             .internalAttributes = record.internalAttributes(),
+             .externalAttributes = record.externalAttributes(),
+             .date = dateWords(record.dosDate())};
+  }
+  copyText(name, nameCapacity, record.name().data(), record.nameLength());
+  copyText(comment, commentCapacity, record.comment(), record.commentLength());
+  if (extra != nullptr && extraCapacity != 0) {
+    std::memcpy(extra, record.extra(), std::min<std::size_t>(record.extraLength(), extraCapacity));
+  }
+  return kSuccess;
+}
+
+int ZipOpenEntry(ZipReader* reader, int*, int*, int raw, const char* password) {
+  if (reader == nullptr || !reader->hasCurrent()) return kFailure;
+  reader->entry.reset();
+  const CentralRecord record = reader->record();
+  if (raw != 0 ? record.compressedSize >= kSaturated32 : !isReadable(record, password)) {
+    return kFailure;
+  }
+  if (!readLocal(*reader, record)) return kFailure;
+  EntryData& entry =
+      reader->entry.emplace(reader->file, layoutOf(*reader, record, raw != 0, password));
+  const std::size_t header = kLocalSize + record.nameLength() + reader->span.localExtra.size();
+  entry.prefetched(reader->head.data() + header, reader->head.size() - header);
+  if (entry.begin()) return kSuccess;
+  reader->entry.reset();
+  return kFailure;
+}
+
+int ZipReadEntry(ZipReader* reader, void* buffer, std::uint32_t size) {
+  if (reader == nullptr || !reader->entry || (buffer == nullptr && size != 0)) return kFailure;
+  return reader->entry->read(static_cast<unsigned char*>(buffer), size);
+}
+
+int ZipReadLocalExtra(ZipReader* reader, void* buffer, std::uint32_t size) {
+  if (reader == nullptr || !reader->entry) return kFailure;
+  const Bytes& extra = reader->span.localExtra;
+  if (buffer == nullptr) return static_cast<int>(extra.size());
+  const std::size_t count = std::min<std::size_t>(extra.size(), size);
+  std::copy_n(extra.data(), count, static_cast<unsigned char*>(buffer));
+  return static_cast<int>(count);
+}
+
+void ZipCloseEntry(ZipReader* reader) {
+  if (reader != nullptr) reader->entry.reset();
+}
+
+namespace zip_engine {
+
+CentralRecord currentRecord(const ZipReader& reader) {
+  return reader.hasCurrent() ? reader.record() : CentralRecord{};
+}
+
+bool currentSpan(ZipReader& reader, EntrySpan& span) {
+  if (!reader.hasCurrent() || !readLocal(reader, reader.record())) return false;
+  span = reader.span;
+  return true;
+}
+
+const ArchiveFile& archiveFile(const ZipReader& reader) { return reader.file; }
+
+}  // namespace zip_engine
