@@ -1,0 +1,149 @@
+#include "zip/engine/transaction.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace zip_engine {
+namespace {
+
+// Appended bytes are gathered up to this size.
+constexpr std::size_t kBufferSize = 4 << 20;
+
+// How far ahead of a write the guard is put while more is to come.
+constexpr std::uint64_t kGuardDistance = 64 << 20;
+
+// Records of this alignment lie within one page of the page cache, so that no
+// kill can leave half of one.
+constexpr std::uint64_t kPage = 4096;
+
+// A gap between the old directory and the file's end up to this size is
+// overwritten with it; a larger one is left where it is.
+constexpr std::uint64_t kLargestGap = 1 << 20;
+
+std::uint64_t nextPage(std::uint64_t position) { return (position + kPage - 1) / kPage * kPage; }
+
+}  // namespace
+
+bool Transaction::createNew(const char* path) {
+  return file_.open(path, GENERIC_READ | GENERIC_WRITE, 0, CREATE_ALWAYS);
+}
+
+bool Transaction::openExisting(const char* path) {
+  if (!file_.open(path, GENERIC_READ | GENERIC_WRITE, 0, OPEN_EXISTING)) return false;
+  beforeSize_ = file_.size();
+  if (beforeSize_ == 0) return true;
+  if (!readCentralDirectory(file_, before_)) return false;
+  safeDirectory_ = before_.position;
+  start_ = before_.position;
+  if (beforeSize_ - start_ > before_.blob.size() + kLargestGap) start_ = beforeSize_;
+  flushed_ = start_;
+  beforeTail_.resize(static_cast<std::size_t>(beforeSize_ - start_));
+  return file_.readAt(start_, beforeTail_.data(), beforeTail_.size());
+}
+
+bool Transaction::append(const void* data, std::size_t size) {
+  const auto* const bytes = static_cast<const unsigned char*>(data);
+  buffer_.insert(buffer_.end(), bytes, bytes + size);
+  return flushIfLarge();
+}
+
+bool Transaction::flushIfLarge() { return buffer_.size() < kBufferSize || flush(kGuardDistance); }
+
+// `roomBehind` is the space that is expected to be needed behind the buffer.
+bool Transaction::flush(std::uint64_t roomBehind) {
+  if (buffer_.empty()) return true;
+  const std::uint64_t end = position();
+  const bool needsGuard = beforeSize_ != 0 || guardStart_ != 0 || roomBehind != 0;
+  if (needsGuard && end > guardStart_) {
+    const std::uint64_t far =
+        std::max<std::uint64_t>(roomBehind, roomBehind == 0 ? 0 : 4 * before_.blob.size());
+    if (!guard(end + far) && !(far > kBufferSize && guard(end + kBufferSize))) return false;
+  }
+  touched_ = true;
+  if (!file_.writeAt(flushed_, buffer_.data(), buffer_.size())) return false;
+  flushed_ = end;
+  buffer_.clear();
+  return true;
+}
+
+// Puts a copy of the old directory behind `end`, which must not be in front of
+// the guard that is there.
+bool Transaction::guard(std::uint64_t end) {
+  const std::uint64_t former = std::max(file_.size(), beforeSize_);
+  touched_ = true;
+  if (placeGuard(std::max(end, former))) return true;
+  // What was written of it must not hide the end record in front of it.
+  file_.truncate(former);
+  return false;
+}
+
+bool Transaction::placeGuard(std::uint64_t end) {
+  const std::uint64_t directorySize = before_.blob.size();
+  const std::uint64_t endRecord = nextPage(end + directorySize);
+  const std::uint64_t copy = endRecord - directorySize;
+  const auto endRecordsFor = [&](std::uint64_t directory) {
+    Bytes bytes;
+    appendEndRecords(bytes, directory - before_.base, directorySize, before_.entryCount,
+                     before_.comment);
+    return bytes;
+  };
+  // First an end record that leads to the directory where it stands now, then
+  // the copy, and only then the record that leads to the copy. With the zip64
+  // records they are of one length for every place.
+  if (directorySize != 0) {
+    const Bytes far = endRecordsFor(safeDirectory_);
+    const Bytes near = endRecordsFor(copy);
+    if (far.size() == near.size() && !file_.writeAt(endRecord, far.data(), far.size())) {
+      return false;
+    }
+    if (!file_.writeAt(copy, before_.blob.data(), before_.blob.size())) return false;
+  }
+  const Bytes records = endRecordsFor(copy);
+  if (!file_.writeAt(endRecord, records.data(), records.size())) return false;
+  safeDirectory_ = copy;
+  guardStart_ = copy;
+  return true;
+}
+
+bool Transaction::patch(std::uint64_t position, const void* data, std::size_t size) {
+  const auto* bytes = static_cast<const unsigned char*>(data);
+  if (position < flushed_) {
+    const std::size_t onDisk =
+        static_cast<std::size_t>(std::min<std::uint64_t>(size, flushed_ - position));
+    if (!file_.writeAt(position, bytes, onDisk)) return false;
+    position += onDisk;
+    bytes += onDisk;
+    size -= onDisk;
+  }
+  if (size != 0) std::memcpy(buffer_.data() + (position - flushed_), bytes, size);
+  return true;
+}
+
+void Transaction::rewind(std::uint64_t position) {
+  if (position >= flushed_) {
+    buffer_.resize(static_cast<std::size_t>(position - flushed_));
+  } else {
+    flushed_ = position;
+    buffer_.clear();
+  }
+}
+
+bool Transaction::commit(const Bytes& directory, std::uint64_t entryCount,
+                         const std::string& comment) {
+  const std::uint64_t directoryPosition = position();
+  buffer_.insert(buffer_.end(), directory.begin(), directory.end());
+  appendEndRecords(buffer_, directoryPosition - before_.base, directory.size(), entryCount,
+                   comment);
+  const std::uint64_t end = position();
+  if (flush(0) && (guardStart_ == 0 || file_.truncate(end))) return true;
+  rewind(directoryPosition);
+  return false;
+}
+
+void Transaction::restore() {
+  if (!touched_) return;
+  // If this fails the guard stays, and with it all entries.
+  if (file_.writeAt(start_, beforeTail_.data(), beforeTail_.size())) file_.truncate(beforeSize_);
+}
+
+}  // namespace zip_engine
