@@ -117,9 +117,12 @@ int ZipCloseNewEntry(ZipWriter* writer);
 int ZipCloseRawEntry(ZipWriter* writer, std::uint32_t uncompressedSize, std::uint32_t crc);
 // Takes back the open entry, or the completed entry that was written last.
 int ZipCancelNewEntry(ZipWriter* writer);
+// Appends the reader's current entry as it is stored: data, date, attributes,
+// extra fields and comment. On failure nothing of it is left.
+int ZipCopyEntry(ZipWriter* writer, ZipReader* reader);
 // Commits and frees the writer. A null comment keeps the archive's comment in
-// modes 1 and 2. Non-zero: nothing could be committed, and the archive is byte
-// for byte what it was.
+// modes 1 and 2. Negative: nothing could be committed, and the archive is byte
+// for byte what it was. Positive: there was room for the first entries only.
 int ZipCloseWriter(ZipWriter* writer, const char* globalComment);
 
 // CRC-32 (ISO 3309) of the data behind those that gave `crc`; (0, null, 0) gives

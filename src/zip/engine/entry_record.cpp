@@ -1,0 +1,118 @@
+#include "zip/engine/entry_record.h"
+
+#include <algorithm>
+
+namespace zip_engine {
+namespace {
+
+void appendBytes(Bytes& out, const std::string& text) {
+  out.insert(out.end(), text.begin(), text.end());
+}
+
+void appendBytes(Bytes& out, const Bytes& bytes) {
+  out.insert(out.end(), bytes.begin(), bytes.end());
+}
+
+// The part that both records share, from "version needed" to the name's length.
+void appendShared(Bytes& out, const EntryRecord& record, std::uint16_t versionNeeded) {
+  append16(out, versionNeeded);
+  append16(out, record.flags);
+  append16(out, record.method);
+  append32(out, record.dosDate);
+  append32(out, record.crc);
+  append32(out, record.compressedSize);
+  append32(out, record.uncompressedSize);
+  append16(out, static_cast<std::uint16_t>(record.name.size()));
+}
+
+}  // namespace
+
+void appendLocalHeader(Bytes& out, const EntryRecord& record) {
+  append32(out, kLocalSignature);
+  appendShared(out, record, record.versionNeeded);
+  append16(out, static_cast<std::uint16_t>(record.localExtra.size()));
+  appendBytes(out, record.name);
+  appendBytes(out, record.localExtra);
+}
+
+void appendCentralRecord(Bytes& out, const EntryRecord& record, std::uint64_t localOffset) {
+  constexpr std::uint16_t kZip64Version = 45;
+  constexpr std::uint16_t kOffsetLength = 8;
+  const bool far = localOffset >= kSaturated32;
+  append32(out, kCentralSignature);
+  append16(out, record.versionMadeBy);
+  appendShared(out, record,
+               far ? std::max(record.versionNeeded, kZip64Version) : record.versionNeeded);
+  append16(out,
+           static_cast<std::uint16_t>(record.centralExtra.size() + (far ? 4 + kOffsetLength : 0)));
+  append16(out, static_cast<std::uint16_t>(record.comment.size()));
+  append16(out, 0);
+  append16(out, record.internalAttributes);
+  append32(out, record.externalAttributes);
+  append32(out, far ? kSaturated32 : static_cast<std::uint32_t>(localOffset));
+  appendBytes(out, record.name);
+  if (far) {
+    append16(out, kZip64ExtraId);
+    append16(out, kOffsetLength);
+    append64(out, localOffset);
+  }
+  appendBytes(out, record.centralExtra);
+  appendBytes(out, record.comment);
+}
+
+std::uint32_t dosDateOf(const ZipDateWords& words) {
+  constexpr std::uint32_t kFirstYear = 1980;
+  constexpr std::uint32_t kLastYear = kFirstYear + 127;
+  if (words.year < kFirstYear) return 1 << 21 | 1 << 16;
+  const std::uint32_t year = std::min(words.year, kLastYear) - kFirstYear;
+  const std::uint32_t month = std::min<std::uint32_t>(words.month, 11) + 1;
+  const std::uint32_t day = std::clamp<std::uint32_t>(words.day, 1, 31);
+  const std::uint32_t hour = std::min<std::uint32_t>(words.hour, 23);
+  const std::uint32_t minute = std::min<std::uint32_t>(words.minute, 59);
+  const std::uint32_t second = std::min<std::uint32_t>(words.second, 59);
+  return year << 25 | month << 21 | day << 16 | hour << 11 | minute << 5 | second / 2;
+}
+
+Bytes withoutZip64(const unsigned char* extra, std::size_t size) {
+  Bytes rest;
+  while (size >= 4) {
+    const std::size_t block = 4 + std::size_t{load16(extra + 2)};
+    if (block > size) break;
+    if (load16(extra) != kZip64ExtraId) rest.insert(rest.end(), extra, extra + block);
+    extra += block;
+    size -= block;
+  }
+  // What is no block is kept as it is.
+  rest.insert(rest.end(), extra, extra + size);
+  return rest;
+}
+
+bool isUtf8Name(const std::string& name) {
+  bool beyondAscii = false;
+  for (std::size_t i = 0; i < name.size();) {
+    const auto byte = [&](std::size_t at) {
+      return at < name.size() ? static_cast<unsigned char>(name[at]) : 0U;
+    };
+    const unsigned lead = byte(i);
+    if (lead < 0x80) {
+      ++i;
+      continue;
+    }
+    beyondAscii = true;
+    const std::size_t length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : 2;
+    if (lead < 0xC2 || lead > 0xF4) return false;
+    for (std::size_t k = 1; k < length; ++k) {
+      if ((byte(i + k) & 0xC0) != 0x80) return false;
+    }
+    // Longer than needed, a surrogate, or beyond the last code point.
+    const unsigned second = byte(i + 1);
+    if ((lead == 0xE0 && second < 0xA0) || (lead == 0xED && second > 0x9F) ||
+        (lead == 0xF0 && second < 0x90) || (lead == 0xF4 && second > 0x8F)) {
+      return false;
+    }
+    i += length;
+  }
+  return beyondAscii;
+}
+
+}  // namespace zip_engine

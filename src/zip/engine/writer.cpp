@@ -1,0 +1,249 @@
+// Writing: new entries, one after the other, and the commit of them all.
+
+#include <algorithm>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "zip/engine/new_entry.h"
+#include "zip/engine/reader.h"
+
+using namespace zip_engine;
+
+struct ZipWriter {
+  struct Completed {
+    std::uint64_t start;      // absolute position of the local header
+    std::size_t recordStart;  // offset of the record in `records`
+  };
+
+  Transaction archive;
+  bool keepsOld = true;
+  BufferDeflater deflater;
+  std::optional<NewEntry> entry;
+  bool entryFailed = false;
+  Bytes records;  // the central records of the completed entries
+  std::vector<Completed> completed;
+
+  void add(const EntryRecord& record, std::uint64_t start) {
+    completed.push_back({start, records.size()});
+    appendCentralRecord(records, record, start - archive.before().base);
+  }
+  void dropLast() {
+    archive.rewind(completed.back().start);
+    records.resize(completed.back().recordStart);
+    completed.pop_back();
+  }
+  void dropOpen() {
+    if (!entry) return;
+    archive.rewind(entry->start());
+    entry.reset();
+  }
+};
+
+namespace {
+
+constexpr int kSuccess = 0;
+constexpr int kFailure = -1;
+constexpr int kIncomplete = 1;
+
+constexpr std::size_t kLongestField = 0xFFFF;
+
+Bytes bytesOf(const void* data, std::uint32_t size) {
+  const auto* const bytes = static_cast<const unsigned char*>(data);
+  return bytes == nullptr ? Bytes() : Bytes(bytes, bytes + size);
+}
+
+int finishEntry(ZipWriter& writer, bool complete) {
+  if (!complete || writer.entryFailed) {
+    writer.dropOpen();
+    return kFailure;
+  }
+  writer.add(writer.entry->record(), writer.entry->start());
+  writer.entry.reset();
+  return kSuccess;
+}
+
+bool commit(ZipWriter& writer, const std::string& comment) {
+  const CentralDirectory& before = writer.archive.before();
+  const std::uint64_t kept = writer.keepsOld ? before.entryCount : 0;
+  if (kept == 0) {
+    return writer.archive.commit(writer.records, writer.completed.size(), comment);
+  }
+  Bytes directory;
+  directory.reserve(before.blob.size() + writer.records.size());
+  directory.insert(directory.end(), before.blob.begin(), before.blob.end());
+  directory.insert(directory.end(), writer.records.begin(), writer.records.end());
+  return writer.archive.commit(directory, kept + writer.completed.size(), comment);
+}
+
+// The bytes of a copied entry, as they are stored.
+bool copyBytes(const ArchiveFile& from, std::uint64_t position, std::uint64_t size,
+               Transaction& to) {
+  constexpr std::uint64_t kBlock = 1 << 20;
+  while (size > 0) {
+    const std::size_t count = static_cast<std::size_t>(std::min(size, kBlock));
+    Bytes& buffer = to.buffer();
+    const std::size_t start = buffer.size();
+    buffer.resize(start + count);
+    if (!from.readAt(position, buffer.data() + start, count) || !to.flushIfLarge()) return false;
+    position += count;
+    size -= count;
+  }
+  return true;
+}
+
+EntryRecord recordOf(const CentralRecord& central, const Bytes& localExtra) {
+  return {.versionMadeBy = central.versionMadeBy(),
+          .versionNeeded = central.versionNeeded(),
+          .flags = central.flags(),
+          .method = central.method(),
+          .dosDate = central.dosDate(),
+          .crc = central.crc(),
+          .compressedSize = static_cast<std::uint32_t>(central.compressedSize),
+          .uncompressedSize = static_cast<std::uint32_t>(central.uncompressedSize),
+          .internalAttributes = central.internalAttributes(),
+          .externalAttributes = central.externalAttributes(),
+          .name = std::string(central.name()),
+          .localExtra = withoutZip64(localExtra.data(), localExtra.size()),
+          .centralExtra = withoutZip64(central.extra(), central.extraLength()),
+          .comment = {reinterpret_cast<const char*>(central.comment()), central.commentLength()}};
+}
+
+// Adds the entry to the archive, local header, data and descriptor.
+bool copyEntry(Transaction& archive, EntryRecord& record, const ArchiveFile& from,
+               std::uint64_t dataPosition) {
+  // An encrypted entry with a descriptor is checked by its time and has to stay
+  // one; all others get their sizes into the local header.
+  const bool descriptor =
+      (record.flags & kFlagDescriptor) != 0 && (record.flags & kFlagEncrypted) != 0;
+  EntryRecord local = record;
+  if (descriptor) {
+    local.crc = local.compressedSize = local.uncompressedSize = 0;
+  } else {
+    record.flags &= static_cast<std::uint16_t>(~kFlagDescriptor);
+    local.flags = record.flags;
+  }
+  appendLocalHeader(archive.buffer(), local);
+  if (!copyBytes(from, dataPosition, record.compressedSize, archive)) return false;
+  if (descriptor) {
+    append32(archive.buffer(), kDescriptorSignature);
+    append32(archive.buffer(), record.crc);
+    append32(archive.buffer(), record.compressedSize);
+    append32(archive.buffer(), record.uncompressedSize);
+  }
+  return archive.flushIfLarge();
+}
+
+}  // namespace
+
+ZipWriter* ZipOpenWriter(const char* path, int mode) {
+  auto writer = std::make_unique<ZipWriter>();
+  const bool opened =
+      mode == ZipModeCreate ? writer->archive.createNew(path) : writer->archive.openExisting(path);
+  if (!opened) return nullptr;
+  writer->keepsOld = mode == ZipModeAppend;
+  return writer.release();
+}
+
+int ZipOpenNewEntry(ZipWriter* writer, const char* name, const ZipNewEntryInfo* info,
+                    const void* localExtra, std::uint32_t localExtraLength,
+                    const void* centralExtra, std::uint32_t centralExtraLength, const char* comment,
+                    int method, int level, int raw, int, int, int, const char* password,
+                    std::uint32_t crc) {
+  if (writer == nullptr || name == nullptr || *name == '\0') return kFailure;
+  writer->dropOpen();
+  writer->entryFailed = false;
+  EntryRecord record;
+  record.name = name;
+  record.comment = comment == nullptr ? "" : comment;
+  record.localExtra = bytesOf(localExtra, localExtraLength);
+  record.centralExtra = bytesOf(centralExtra, centralExtraLength);
+  if (record.name.size() > kLongestField || record.comment.size() > kLongestField ||
+      record.localExtra.size() > kLongestField || record.centralExtra.size() > kLongestField) {
+    return kFailure;
+  }
+  if (raw == 0 && method != ZipMethodStored && method != ZipMethodDeflate) return kFailure;
+  if (level < ZipLevelDefault || level > 9) return kFailure;
+  record.method = static_cast<std::uint16_t>(method);
+  if (isUtf8Name(record.name)) record.flags |= kFlagUtf8;
+  if (raw != 0 && password != nullptr) record.flags |= kFlagEncrypted;
+  if (info != nullptr) {
+    record.dosDate = info->dosDate != 0 ? info->dosDate : dosDateOf(info->date);
+    record.internalAttributes = static_cast<std::uint16_t>(info->internalAttributes);
+    record.externalAttributes = info->externalAttributes;
+  }
+  writer->entry.emplace(
+      writer->archive, writer->deflater, std::move(record),
+      NewEntryOptions{.level = level, .raw = raw != 0, .password = password, .expectedCrc = crc});
+  return kSuccess;
+}
+
+int ZipWriteEntry(ZipWriter* writer, const void* data, std::uint32_t length) {
+  if (writer == nullptr || !writer->entry || (data == nullptr && length != 0)) return kFailure;
+  if (writer->entryFailed) return kFailure;
+  writer->entryFailed = !writer->entry->write(static_cast<const unsigned char*>(data), length);
+  return writer->entryFailed ? kFailure : kSuccess;
+}
+
+int ZipCloseNewEntry(ZipWriter* writer) {
+  if (writer == nullptr || !writer->entry) return kFailure;
+  return finishEntry(*writer, !writer->entryFailed && writer->entry->finish());
+}
+
+int ZipCloseRawEntry(ZipWriter* writer, std::uint32_t uncompressedSize, std::uint32_t crc) {
+  if (writer == nullptr || !writer->entry) return kFailure;
+  return finishEntry(*writer,
+                     !writer->entryFailed && writer->entry->finishRaw(uncompressedSize, crc));
+}
+
+int ZipCancelNewEntry(ZipWriter* writer) {
+  if (writer == nullptr) return kFailure;
+  if (writer->entry) {
+    writer->dropOpen();
+  } else if (!writer->completed.empty()) {
+    writer->dropLast();
+  } else {
+    return kFailure;
+  }
+  return kSuccess;
+}
+
+int ZipCopyEntry(ZipWriter* writer, ZipReader* reader) {
+  if (writer == nullptr || reader == nullptr) return kFailure;
+  writer->dropOpen();
+  const CentralRecord central = currentRecord(*reader);
+  EntrySpan span;
+  if (central.bytes == nullptr || central.compressedSize >= kSaturated32 ||
+      central.uncompressedSize >= kSaturated32 || !currentSpan(*reader, span)) {
+    return kFailure;
+  }
+  EntryRecord record = recordOf(central, span.localExtra);
+  const std::uint64_t start = writer->archive.position();
+  if (!copyEntry(writer->archive, record, archiveFile(*reader), span.dataPosition)) {
+    writer->archive.rewind(start);
+    return kFailure;
+  }
+  writer->add(record, start);
+  return kSuccess;
+}
+
+int ZipCloseWriter(ZipWriter* writer, const char* globalComment) {
+  if (writer == nullptr) return kFailure;
+  const std::unique_ptr<ZipWriter> owner(writer);
+  writer->dropOpen();
+  const std::string comment =
+      globalComment != nullptr ? globalComment : writer->archive.before().comment;
+  if (commit(*writer, comment)) return kSuccess;
+  // The disk may still hold the first of many entries.
+  while (!writer->completed.empty()) {
+    constexpr std::size_t kShare = 16;
+    for (std::size_t count = writer->completed.size() / kShare + 1; count > 0; --count) {
+      writer->dropLast();
+    }
+    if (!writer->completed.empty() && commit(*writer, comment)) return kIncomplete;
+  }
+  writer->archive.restore();
+  return kFailure;
+}
