@@ -150,7 +150,6 @@ enum GET_FILEEX_INFO_LEVELS { GetFileExInfoStandard };
 enum FINDEX_INFO_LEVELS { FindExInfoStandard, FindExInfoBasic };
 enum FINDEX_SEARCH_OPS { FindExSearchNameMatch, FindExSearchLimitToDirectories };
 
-inline constexpr DWORD MOVEFILE_REPLACE_EXISTING = 1;
 inline constexpr DWORD DDD_RAW_TARGET_PATH = 1;
 inline constexpr DWORD DDD_REMOVE_DEFINITION = 2;
 
@@ -192,7 +191,6 @@ BOOL GetFileAttributesExA(const char* path, GET_FILEEX_INFO_LEVELS level, void* 
 BOOL SetFileAttributesA(const char* path, DWORD attributes);
 BOOL DeleteFileA(const char* path);
 BOOL CopyFileA(const char* source, const char* target, BOOL failIfExists);
-BOOL MoveFileExA(const char* source, const char* target, DWORD flags);
 BOOL CreateDirectoryA(const char* path, SECURITY_ATTRIBUTES* security);
 BOOL RemoveDirectoryA(const char* path);
 DWORD GetTempPathA(DWORD size, char* buffer);
