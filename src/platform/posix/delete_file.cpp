@@ -5,6 +5,7 @@
 #include <cerrno>
 
 #include "platform/posix/attributes.h"
+#include "platform/posix/descriptor.h"
 #include "platform/posix/last_error.h"
 #include "platform/posix/native_path.h"
 #include "platform/posix/share_lock.h"
@@ -14,13 +15,10 @@ namespace platform::posix {
 namespace {
 
 bool heldAgainstDeletion(const NativePath& path) {
-  const int descriptor =
-      ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_CLOEXEC | O_NOCTTY);
+  const Descriptor file(
+      ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_CLOEXEC | O_NOCTTY));
   // What cannot be opened for reading has no holder that went through here.
-  if (descriptor < 0) return false;
-  const bool held = deletionDenied(descriptor);
-  ::close(descriptor);
-  return held;
+  return file && deletionDenied(file.get());
 }
 
 }  // namespace

@@ -5,8 +5,8 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <utility>
 
+#include "platform/posix/descriptor.h"
 #include "platform/posix/file_handle.h"
 #include "platform/posix/last_error.h"
 #include "platform/posix/native_path.h"
@@ -19,24 +19,6 @@ namespace {
 // Openings in a row that meet a file which somebody deletes, replaces or makes
 // at the same instant.
 constexpr int kAttempts = 100;
-
-class Descriptor {
- public:
-  explicit Descriptor(int value) : value_(value) {}
-  Descriptor(Descriptor&& other) noexcept : value_(std::exchange(other.value_, -1)) {}
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-  ~Descriptor() {
-    if (value_ >= 0) ::close(value_);
-  }
-
-  explicit operator bool() const { return value_ >= 0; }
-  int get() const { return value_; }
-  int release() { return std::exchange(value_, -1); }
-
- private:
-  int value_;
-};
 
 int openRetrying(const char* path, int flags, mode_t mode) {
   int descriptor;

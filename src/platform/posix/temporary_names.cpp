@@ -12,6 +12,7 @@
 #include <cstring>
 #include <string>
 
+#include "platform/posix/descriptor.h"
 #include "platform/posix/last_error.h"
 #include "platform/posix/native_path.h"
 #include "platform/posix/win32_posix.h"
@@ -82,10 +83,9 @@ UINT GetTempFileNameA(const char* folder, const char* prefix, UINT unique, char*
   for (UINT i = 0; i < kNumbers; ++i) {
     const UINT number = (first + i) % kNumbers + 1;
     const std::string name = composed(folder, prefix, number);
-    const int descriptor = ::open(NativePath(name.c_str()).c_str(),
-                                  O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR);
-    if (descriptor >= 0) {
-      ::close(descriptor);
+    const Descriptor file(::open(NativePath(name.c_str()).c_str(),
+                                 O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR));
+    if (file) {
       std::memcpy(buffer, name.c_str(), name.size() + 1);
       return number;
     }

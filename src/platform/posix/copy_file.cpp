@@ -1,0 +1,228 @@
+// CopyFileA. The copy is made without a name and gets the target's name only
+// when it is complete, so that a failed or killed copy leaves the old content.
+
+#include <fcntl.h>
+#include <linux/fs.h>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
+#include <climits>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <string>
+
+#include "platform/posix/attributes.h"
+#include "platform/posix/descriptor.h"
+#include "platform/posix/file_handle.h"
+#include "platform/posix/last_error.h"
+#include "platform/posix/native_path.h"
+#include "platform/posix/share_lock.h"
+#include "platform/unique_handle.h"
+
+namespace platform::posix {
+namespace {
+
+// Below this size a read and a write cost less than the kernel's own copy.
+constexpr off_t kSmall = 64 << 10;
+constexpr std::size_t kBlock = 1 << 20;
+// Rounds with somebody else who makes and deletes the target at the same time.
+constexpr int kAttempts = 16;
+
+struct Source {
+  int descriptor;
+  struct stat status;
+};
+
+struct Target {
+  std::string path;  // native, behind all links
+  bool exists = false;
+  struct stat status {};
+  Descriptor held;  // keeps writers out of a file that is to be replaced
+};
+
+bool writeAll(int descriptor, const char* bytes, std::size_t size) {
+  while (size > 0) {
+    const ssize_t count = ::write(descriptor, bytes, size);
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0) return false;
+    bytes += count;
+    size -= static_cast<std::size_t>(count);
+  }
+  return true;
+}
+
+bool copyBlocks(int from, int to, std::size_t blockSize) {
+  const auto block = std::make_unique_for_overwrite<char[]>(blockSize);
+  for (;;) {
+    const ssize_t count = ::read(from, block.get(), blockSize);
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0) return false;
+    if (count == 0) return true;
+    if (!writeAll(to, block.get(), static_cast<std::size_t>(count))) return false;
+  }
+}
+
+// Both descriptors stand at their start.
+bool copyContent(const Source& source, int to) {
+  const off_t size = source.status.st_size;
+  if (size < kSmall) {
+    return copyBlocks(source.descriptor, to, static_cast<std::size_t>(kSmall));
+  }
+  if (ioctl(to, FICLONE, source.descriptor) == 0) return true;
+  for (;;) {
+    const ssize_t count =
+        copy_file_range(source.descriptor, nullptr, to, nullptr, std::size_t{1} << 30, 0);
+    if (count > 0 || (count < 0 && errno == EINTR)) continue;
+    // Where the kernel cannot copy, or says that it is done, blocks do the rest.
+    if (count < 0 && (errno == ENOSPC || errno == EFBIG || errno == EDQUOT)) return false;
+    return copyBlocks(source.descriptor, to, kBlock);
+  }
+}
+
+std::string folderOf(const std::string& path) {
+  const std::size_t separator = path.rfind('/');
+  if (separator == std::string::npos) return ".";
+  return separator == 0 ? "/" : path.substr(0, separator);
+}
+
+std::string temporaryName(const std::string& target) {
+  static std::atomic<unsigned> number{0};
+  char name[48];
+  std::snprintf(name, sizeof(name), "/.~copy%x-%x.tmp", static_cast<unsigned>(getpid()), number++);
+  return folderOf(target) + name;
+}
+
+// A file in the target's folder that goes unless it is published.
+class NewFile {
+ public:
+  NewFile(const std::string& target, mode_t mode) {
+    file_ = Descriptor(::open(folderOf(target).c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, mode));
+    if (file_ || (errno != EOPNOTSUPP && errno != EISDIR && errno != EINVAL)) return;
+    name_ = temporaryName(target);
+    file_ = Descriptor(::open(name_.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode));
+    if (!file_) name_.clear();
+  }
+  NewFile(const NewFile&) = delete;
+  NewFile& operator=(const NewFile&) = delete;
+  ~NewFile() {
+    if (!name_.empty()) unlink(name_.c_str());
+  }
+
+  explicit operator bool() const { return static_cast<bool>(file_); }
+  int descriptor() const { return file_.get(); }
+
+  // Gives the file a name that nobody has. False with EEXIST if it is taken.
+  bool publish(const std::string& target) {
+    if (name_.empty()) return linkTo(target);
+    if (renameat2(AT_FDCWD, name_.c_str(), AT_FDCWD, target.c_str(), RENAME_NOREPLACE) == 0) {
+      name_.clear();
+      return true;
+    }
+    return false;
+  }
+  // Puts the file in the place of another one.
+  bool replace(const std::string& target) {
+    if (name_.empty()) {
+      const std::string name = temporaryName(target);
+      if (!linkTo(name)) return false;
+      name_ = name;
+    }
+    if (rename(name_.c_str(), target.c_str()) != 0) return false;
+    name_.clear();
+    return true;
+  }
+
+ private:
+  bool linkTo(const std::string& target) const {
+    const std::string own = "/proc/self/fd/" + std::to_string(file_.get());
+    return linkat(AT_FDCWD, own.c_str(), AT_FDCWD, target.c_str(), AT_SYMLINK_FOLLOW) == 0;
+  }
+
+  Descriptor file_;
+  std::string name_;  // empty while the file has none
+};
+
+// Looks at what has the target's name now. False, with the error, if it cannot
+// be replaced by a copy of the source.
+bool examine(const NativePath& path, const Source& source, bool failIfExists, Target& target) {
+  target = Target{.path = path.c_str(), .held = {}};
+  if (stat(path.c_str(), &target.status) != 0) {
+    return errno == ENOENT ? true : fail(errorOnPath(path, errno));
+  }
+  target.exists = true;
+  const struct stat& status = target.status;
+  if (!S_ISREG(status.st_mode)) return fail(ERROR_ACCESS_DENIED);
+  if (failIfExists) return fail(ERROR_FILE_EXISTS);
+  if (status.st_dev == source.status.st_dev && status.st_ino == source.status.st_ino) {
+    return fail(ERROR_SHARING_VIOLATION);
+  }
+  if (isReadOnly(status.st_mode)) return fail(ERROR_ACCESS_DENIED);
+
+  char real[PATH_MAX];
+  if (realpath(path.c_str(), real) == nullptr) return fail(errorOnPath(path, errno));
+  target.path = real;
+  target.held = Descriptor(::open(real, O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY));
+  constexpr DWORD kShare = FILE_SHARE_READ | FILE_SHARE_DELETE;
+  if (target.held &&
+      acquireShare(target.held.get(), GENERIC_WRITE, kShare) != ShareResult::Granted) {
+    return fail(ERROR_SHARING_VIOLATION);
+  }
+  return true;
+}
+
+// A replaced file stays its owner's, with its permissions; whether it may be
+// written to follows from the source.
+bool carryOver(const Source& source, const Target& target, int descriptor) {
+  const struct timespec times[] = {{.tv_sec = 0, .tv_nsec = UTIME_OMIT}, source.status.st_mtim};
+  if (target.exists) {
+    const struct stat& old = target.status;
+    if (old.st_uid != geteuid() || old.st_gid != getegid()) {
+      // Only the superuser can give a file away; for others it becomes theirs.
+      [[maybe_unused]] const int ignored = fchown(descriptor, old.st_uid, old.st_gid);
+    }
+    mode_t mode = old.st_mode & 07777;
+    if (isReadOnly(source.status.st_mode)) mode &= ~kAnyWrite;
+    if (fchmod(descriptor, mode) != 0) return false;
+  }
+  return futimens(descriptor, times) == 0;
+}
+
+// One attempt. False with EEXIST if the target came or went meanwhile.
+bool copyTo(const Source& source, const Target& target) {
+  constexpr mode_t kPermissions = 0777;
+  constexpr mode_t kOwnOnly = 0600;
+  NewFile file(target.path, target.exists ? kOwnOnly : source.status.st_mode & kPermissions);
+  if (!file || lseek(source.descriptor, 0, SEEK_SET) != 0 ||
+      !copyContent(source, file.descriptor()) || !carryOver(source, target, file.descriptor())) {
+    return false;
+  }
+  return target.exists ? file.replace(target.path) : file.publish(target.path);
+}
+
+}  // namespace
+}  // namespace platform::posix
+
+BOOL CopyFileA(const char* sourceText, const char* targetText, BOOL failIfExists) {
+  using namespace platform::posix;
+  const NativePath path(targetText);
+  if (!path.valid()) return fail(path.error());
+  if (path.hadTrailingSeparator()) return fail(ERROR_PATH_NOT_FOUND);
+  constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+  const platform::FileHandle handle(
+      CreateFileA(sourceText, GENERIC_READ, kShareAll, nullptr, OPEN_EXISTING, 0, nullptr));
+  if (!handle) return FALSE;
+  Source source{.descriptor = descriptorOf(handle.get()), .status = {}};
+  if (fstat(source.descriptor, &source.status) != 0) return failWithErrno();
+
+  for (int attempt = 1;; ++attempt) {
+    Target target;
+    if (!examine(path, source, failIfExists != FALSE, target)) return FALSE;
+    if (copyTo(source, target)) return TRUE;
+    if (errno != EEXIST || attempt == kAttempts) return fail(errorOnPath(path, errno));
+  }
+}
