@@ -1,0 +1,43 @@
+#pragma once
+// One search of a folder, and what all enumerations do with its entries.
+
+#include <filesystem/file_information.h>
+
+#include <string>
+
+#include "platform/unique_handle.h"
+#include "platform/win32.h"
+
+namespace FileSystem::Detail {
+
+class Search {
+ public:
+  explicit Search(const std::string& pattern, FINDEX_SEARCH_OPS operation = FindExSearchNameMatch)
+      : handle_(FindFirstFileExA(pattern.c_str(), FindExInfoStandard, &entry_, operation, nullptr,
+                                 0)) {}
+
+  // Goes to the next entry, at first to the first one. False at the end, and if
+  // nothing could be searched.
+  bool next() {
+    if (!handle_) return false;
+    if (!started_) return started_ = true;
+    return FindNextFileA(handle_.get(), &entry_) != FALSE;
+  }
+  const WIN32_FIND_DATAA& entry() const { return entry_; }
+  bool isFolder() const { return (entry_.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0; }
+
+ private:
+  WIN32_FIND_DATAA entry_{};
+  platform::SearchHandle handle_;
+  bool started_ = false;
+};
+
+FILE_INFORMATION informationOf(const WIN32_FIND_DATAA& entry);
+
+inline std::string withBackslash(const char* folder) {
+  std::string text = folder;
+  if (!text.ends_with('\\')) text += '\\';
+  return text;
+}
+
+}  // namespace FileSystem::Detail
