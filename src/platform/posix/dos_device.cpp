@@ -83,11 +83,15 @@ bool isShare(std::string_view name) {
 std::string targetFolder(std::string_view target) {
   constexpr std::string_view kRawPrefix = "\\??\\";
   constexpr std::string_view kRawShare = "UNC\\";
-  std::string text(target);
+  std::string text;
   if (target.starts_with(kRawPrefix)) {
-    text.erase(0, kRawPrefix.size());
-    if (text.starts_with(kRawShare)) text.replace(0, kRawShare.size(), "\\\\");
+    target.remove_prefix(kRawPrefix.size());
+    if (target.starts_with(kRawShare)) {
+      target.remove_prefix(kRawShare.size());
+      text.append(2, '\\');
+    }
   }
+  text += target;
   const NativePath path(text.c_str());
   if (!path.valid() || path.c_str()[0] != '/') return {};
   return path.c_str();
@@ -99,7 +103,7 @@ bool findDevice(std::string_view device, std::string& folder) {
   const std::string name = deviceName(device);
   if (devices().find(name, folder)) return true;
   if (name != "C:") return false;
-  folder = "/";
+  folder.assign(1, '/');
   return true;
 }
 

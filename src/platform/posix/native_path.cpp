@@ -64,7 +64,8 @@ NativePath::NativePath(const char* text) {
   if (rest.starts_with("\\\\?\\")) {
     rest.remove_prefix(4);
     if (rest.starts_with("UNC\\")) {
-      share = "\\" + std::string(rest.substr(3));
+      share = '\\';
+      share += rest.substr(3);
       rest = share;
     }
   }
