@@ -44,7 +44,19 @@ std::vector<std::string> namesIn(const ZipArchive& archive) {
   return names;
 }
 
+bool isSeparator(char c) { return c == '\\' || c == '/'; }
+
 }  // namespace
+
+std::string madeReady(const std::string& path) {
+  const bool isRooted = !path.empty() && (isSeparator(path[0]) || path.find(':') == 1);
+  std::string ready = isRooted ? "" : ".\\";
+  for (const char c : path) {
+    if (ready.size() > 1 && isSeparator(c) && isSeparator(ready.back())) continue;
+    ready += c;
+  }
+  return ready;
+}
 
 void pack(const std::string& folder, const std::string& zip) {
   if (FileSystem::FolderExists(folder.c_str()) == 0) {
@@ -74,13 +86,14 @@ void unpack(const std::string& zip, const std::string& folder) {
     open(archive, zip, kRead);
     names = namesIn(archive);
   }
+  const std::string target = madeReady(folder);
   bool unpacked = false;
   {
     const Progress progress("unpacking " + zip);
-    unpacked = FRT_UNZIP_FILE(zip.c_str(), folder.c_str());
+    unpacked = FRT_UNZIP_FILE(zip.c_str(), target.c_str());
   }
   if (!unpacked) {
-    const std::string base = folder.ends_with('\\') ? folder : folder + '\\';
+    const std::string base = target.ends_with('\\') ? target : target + '\\';
     for (const std::string& name : names) {
       if (FileSystem::FileExists((base + name).c_str()) != 0) continue;
       throw Failure("unpacking stopped at the entry " + quoted(name) +
@@ -141,7 +154,7 @@ void extract(const std::string& zip, const std::string& name, const std::string&
   }
   archive.password(password.c_str());
   const Progress progress("extracting " + name, target);
-  if (archive.extract(name.c_str(), target.c_str()) == 0) {
+  if (archive.extract(name.c_str(), madeReady(target).c_str()) == 0) {
     throw Failure("cannot extract " + quoted(name) + " to " + quoted(target) +
                   ": the entry is damaged, or the password is missing or wrong, or the target "
                   "cannot be written");

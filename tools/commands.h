@@ -10,6 +10,11 @@ class Failure : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+// The path as the library makes folders for it: a relative one gets `.\` in
+// front, because its first component counts as given, and doubled separators
+// behind the start become one, because they would begin a server's name.
+std::string madeReady(const std::string& path);
+
 void pack(const std::string& folder, const std::string& zip);
 void unpack(const std::string& zip, const std::string& folder);
 void list(const std::string& zip);

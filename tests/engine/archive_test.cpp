@@ -1,0 +1,357 @@
+// The zip engine against itself, against other programs, and against damage.
+
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+
+#include <csignal>
+#include <cstring>
+#include <map>
+#include <memory>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "support/other_process.h"
+#include "support/programs.h"
+#include "support/temporary_folder.h"
+#include "zip/engine.h"
+
+namespace {
+
+using Entries = std::map<std::string, std::string>;
+
+struct ReaderCloser {
+  void operator()(ZipReader* reader) const { ZipCloseReader(reader); }
+};
+using Reader = std::unique_ptr<ZipReader, ReaderCloser>;
+
+std::string randomText(std::size_t size, unsigned seed) {
+  std::minstd_rand random(seed + 1);
+  std::string text(size, '\0');
+  for (char& c : text) c = static_cast<char>(random() >> 8);
+  return text;
+}
+
+std::string repetitiveText(std::size_t size) {
+  std::string text;
+  while (text.size() < size) text += "line " + std::to_string(text.size() / 7) + "\n";
+  text.resize(size);
+  return text;
+}
+
+bool addEntry(ZipWriter* writer, const std::string& name, const std::string& content,
+              const char* password = nullptr, int level = ZipLevelDefault) {
+  ZipNewEntryInfo info{};
+  info.date = {.second = 2, .minute = 3, .hour = 4, .day = 5, .month = 5, .year = 2021};
+  const std::uint32_t crc = ZipCrc32(0, content.data(), static_cast<std::uint32_t>(content.size()));
+  if (ZipOpenNewEntry(writer, name.c_str(), &info, nullptr, 0, nullptr, 0, "note", ZipMethodDeflate,
+                      level, 0, -15, 8, 0, password, crc) != 0) {
+    return false;
+  }
+  // In pieces of odd sizes, so that borders do not fall together.
+  for (std::size_t at = 0; at < content.size();) {
+    const std::size_t count = std::min<std::size_t>(content.size() - at, 700001);
+    if (ZipWriteEntry(writer, content.data() + at, static_cast<std::uint32_t>(count)) != 0) break;
+    at += count;
+  }
+  return ZipCloseNewEntry(writer) == 0;
+}
+
+void writeArchive(const std::string& path, const Entries& entries, int mode = ZipModeCreate,
+                  const char* password = nullptr) {
+  ZipWriter* const writer = ZipOpenWriter(path.c_str(), mode);
+  ASSERT_NE(writer, nullptr);
+  for (const auto& [name, content] : entries) {
+    ASSERT_TRUE(addEntry(writer, name, content, password)) << name;
+  }
+  ASSERT_EQ(ZipCloseWriter(writer, nullptr), 0);
+}
+
+// Reads the current entry in steps of `step` bytes. False if it fails.
+bool readCurrent(ZipReader* reader, std::string& content, std::uint32_t step,
+                 const char* password = "secret") {
+  if (ZipOpenEntry(reader, nullptr, nullptr, 0, password) != 0) return false;
+  content.clear();
+  std::string block(step, '\0');
+  int count;
+  while ((count = ZipReadEntry(reader, block.data(), step)) > 0) {
+    content.append(block, 0, static_cast<std::size_t>(count));
+  }
+  return count == 0;
+}
+
+// All entries that are no folders; what cannot be read has a content that no
+// test writes.
+Entries readArchive(const std::string& path, std::uint32_t step = 1 << 20) {
+  Entries entries;
+  const Reader reader(ZipOpenReader(path.c_str()));
+  if (reader == nullptr) return {{"<no archive>", ""}};
+  for (int status = ZipFirstEntry(reader.get()); status == 0; status = ZipNextEntry(reader.get())) {
+    char name[300];
+    ZipReadEntryInfo(reader.get(), nullptr, name, sizeof(name), nullptr, 0, nullptr, 0);
+    if (std::string_view(name).ends_with('/')) continue;
+    if (!readCurrent(reader.get(), entries[name], step)) entries[name] = "<unreadable>";
+  }
+  return entries;
+}
+
+class Archive : public testing::Test {
+ protected:
+  support::TemporaryFolder folder_;
+  std::string path_ = folder_.file("a.zip");
+};
+
+const Entries& sample() {
+  static const Entries entries{{"empty", ""},
+                               {"one", "1"},
+                               {"folder\\text.txt", repetitiveText(100000)},
+                               {"random", randomText(70000, 1)},
+                               {"größe 日本 😀", "names"},
+                               {"large.txt", repetitiveText(9 << 20)},
+                               {"large.bin", randomText(6 << 20, 2)}};
+  return entries;
+}
+
+TEST_F(Archive, ComesBackAndSatisfiesOtherPrograms) {
+  for (const char* password : {static_cast<const char*>(nullptr), "secret"}) {
+    SCOPED_TRACE(password == nullptr ? "plain" : password);
+    Entries entries = sample();
+    // One of the programs takes seconds to decrypt it.
+    if (password != nullptr) entries.erase("large.bin");
+    writeArchive(path_, entries, ZipModeCreate, password);
+    for (const std::uint32_t step : {1024U, 1U << 20, 1U << 26}) {
+      EXPECT_EQ(readArchive(path_, step), entries);
+    }
+    for (const auto& checker : support::kCheckers) {
+      // unzip calls names with backslashes a warning, status 1.
+      EXPECT_LE(support::run(folder_.path(), std::string(checker.command) + " a.zip"), 1)
+          << checker.name;
+    }
+    EXPECT_EQ(support::outputOf(folder_.path(),
+                                "python3 -c 'import zipfile; z = zipfile.ZipFile(\"a.zip\");"
+                                " print(z.getinfo(\"one\").date_time, z.getinfo(\"one\").comment,"
+                                " \"größe 日本 😀\" in z.namelist())'"),
+              "(2021, 6, 5, 4, 3, 2) b'note' True\n");
+  }
+}
+
+TEST_F(Archive, AppendsBehindWhatOtherProgramsWrote) {
+  support::writeFile(folder_.file("in/deep/file.txt"), repetitiveText(5000));
+  support::writeFile(folder_.file("in/random"), randomText(3000, 3));
+  support::writeFile(folder_.file("in/empty"), "");
+  const Entries theirs{{"in/deep/file.txt", repetitiveText(5000)},
+                       {"in/random", randomText(3000, 3)},
+                       {"in/empty", ""}};
+  struct {
+    const char* name;
+    const char* command;
+  } const programs[] = {
+      {"zip", "zip -qr a.zip in"},
+      {"zip stored", "zip -qr0 a.zip in"},
+      {"zip with a password", "zip -qr -P secret a.zip in"},
+      {"zip with a comment", "echo words | zip -qrz a.zip in"},
+      {"zip with zip64 fields", "zip -qr -fz a.zip in"},
+      {"zip with descriptors", "zip -qr -fd a.zip in"},
+      {"7z", "7z a -tzip a.zip in"},
+      {"7z with a password", "7z a -tzip -psecret -mem=ZipCrypto a.zip in"},
+      {"bsdtar to a pipe", "bsdtar --format zip -cf - in | cat >a.zip"},
+      {"zipfile",
+       "python3 -c 'import zipfile; z = zipfile.ZipFile(\"a.zip\", \"w\", 8); z.comment = "
+       "b\"PK\\5\\6\";"
+       " [z.write(n) for n in (\"in/deep/file.txt\", \"in/random\", \"in/empty\")]; z.close()'"},
+      {"prefix", "zip -qr b.zip in && cat in/random b.zip >a.zip && rm b.zip"},
+      {"prefix with mended offsets",
+       "zip -qr b.zip in && cat in/random b.zip >a.zip && zip -qA a.zip; rm b.zip"},
+      {"bytes behind the end", "zip -qr a.zip in && echo more >>a.zip"},
+  };
+  for (const auto& program : programs) {
+    SCOPED_TRACE(program.name);
+    std::filesystem::remove(path_);
+    ASSERT_EQ(support::run(folder_.path(), program.command), 0);
+    EXPECT_EQ(readArchive(path_), theirs);
+    const Entries ours{{"added", "new"}};
+    writeArchive(path_, ours, ZipModeAppend);
+    Entries all = theirs;
+    all.insert(ours.begin(), ours.end());
+    EXPECT_EQ(readArchive(path_), all);
+    // A prefix or more bytes behind the end are a warning, status 1.
+    EXPECT_LE(support::run(folder_.path(), "unzip -P secret -tqq a.zip"), 1);
+
+    // Copied entry by entry, in the form in which they are stored.
+    ZipWriter* const writer = ZipOpenWriter(folder_.file("copy.zip").c_str(), ZipModeCreate);
+    const Reader reader(ZipOpenReader(path_.c_str()));
+    for (int s = ZipFirstEntry(reader.get()); s == 0; s = ZipNextEntry(reader.get())) {
+      EXPECT_EQ(ZipCopyEntry(writer, reader.get()), 0);
+    }
+    EXPECT_EQ(ZipCloseWriter(writer, "copied"), 0);
+    EXPECT_EQ(readArchive(folder_.file("copy.zip")), all);
+    for (const auto& checker : support::kCheckers) {
+      EXPECT_EQ(support::run(folder_.path(), std::string(checker.command) + " copy.zip"), 0)
+          << checker.name;
+    }
+  }
+}
+
+TEST_F(Archive, HoldsMoreEntriesThanThePlainFormatCounts) {
+  constexpr int kCount = 70000;
+  ZipWriter* writer = ZipOpenWriter(path_.c_str(), ZipModeCreate);
+  for (int i = 0; i < kCount; ++i) ASSERT_TRUE(addEntry(writer, std::to_string(i), "x"));
+  ASSERT_EQ(ZipCloseWriter(writer, nullptr), 0);
+  writeArchive(path_, {{"last", "y"}}, ZipModeAppend);
+  const Reader reader(ZipOpenReader(path_.c_str()));
+  ZipGlobalInfo info{};
+  ASSERT_EQ(ZipReadGlobalInfo(reader.get(), &info), 0);
+  EXPECT_EQ(info.entryCount, kCount + 1U);
+  std::string content;
+  for (const char* name : {"0", "69999", "last"}) {
+    EXPECT_EQ(ZipLocateEntry(reader.get(), name, 0), 0) << name;
+    EXPECT_TRUE(readCurrent(reader.get(), content, 10));
+  }
+  EXPECT_NE(ZipLocateEntry(reader.get(), "70000", 0), 0);
+  EXPECT_EQ(support::run(folder_.path(), "7z t a.zip && unzip -tqq a.zip"), 0);
+}
+
+TEST_F(Archive, WrongPasswordGivesNothing) {
+  writeArchive(path_, {{"e", repetitiveText(5000)}}, ZipModeCreate, "secret");
+  const Reader reader(ZipOpenReader(path_.c_str()));
+  for (int i = 0; i < 600; ++i) {
+    // One of 256 passes the check byte; the CRC has to catch it.
+    ASSERT_EQ(ZipFirstEntry(reader.get()), 0);
+    std::string content;
+    EXPECT_FALSE(readCurrent(reader.get(), content, 1 << 16, std::to_string(i).c_str()));
+  }
+  EXPECT_NE(ZipOpenEntry(reader.get(), nullptr, nullptr, 0, nullptr), 0);
+}
+
+// Every cut and every changed byte of a small archive: no crash, and no content
+// that was not written.
+TEST_F(Archive, DamageNeverGivesWrongBytes) {
+  const Entries entries{{"a.txt", repetitiveText(300)}, {"b", randomText(40, 5)}, {"c", ""}};
+  for (const char* password : {static_cast<const char*>(nullptr), "secret"}) {
+    writeArchive(path_, entries, ZipModeCreate, password);
+    const std::string whole = support::readFile(path_);
+    const auto check = [&](const std::string& bytes) {
+      support::writeFile(path_, bytes);
+      for (const std::uint32_t step : {7U, 4096U}) {
+        for (const auto& [name, content] : readArchive(path_, step)) {
+          const auto known = entries.find(name);
+          if (content == "<unreadable>" || known == entries.end()) continue;
+          EXPECT_EQ(content, known->second);
+        }
+      }
+    };
+    for (std::size_t size = 0; size < whole.size(); ++size) check(whole.substr(0, size));
+    for (std::size_t at = 0; at < whole.size(); ++at) {
+      for (const int change : {0x01, 0x80, 0xFF}) {
+        std::string bytes = whole;
+        bytes[at] = static_cast<char>(bytes[at] ^ change);
+        check(bytes);
+      }
+    }
+  }
+}
+
+TEST_F(Archive, RefusesEntriesThatOverlap) {
+  writeArchive(path_, {{"a", randomText(100, 6)}, {"b", randomText(100, 7)}});
+  std::string bytes = support::readFile(path_);
+  // Lets the second central record point at the first entry, whose name it takes.
+  const std::size_t second = bytes.rfind("PK\1\2");
+  std::memset(bytes.data() + second + 42, 0, 4);
+  bytes[second + 46] = 'a';
+  support::writeFile(path_, bytes);
+  const Reader reader(ZipOpenReader(path_.c_str()));
+  ASSERT_NE(reader, nullptr);
+  for (int s = ZipFirstEntry(reader.get()); s == 0; s = ZipNextEntry(reader.get())) {
+    EXPECT_NE(ZipOpenEntry(reader.get(), nullptr, nullptr, 0, nullptr), 0);
+  }
+}
+
+TEST_F(Archive, WhatIsTakenBackLeavesNoTrace) {
+  writeArchive(path_, {{"kept", "k"}});
+  const std::string before = support::readFile(path_);
+  ZipWriter* writer = ZipOpenWriter(path_.c_str(), ZipModeAppend);
+  ASSERT_TRUE(addEntry(writer, "cancelled", randomText(9 << 20, 8)));
+  EXPECT_EQ(ZipCancelNewEntry(writer), 0);
+  EXPECT_NE(ZipCancelNewEntry(writer), 0);
+  ASSERT_TRUE(addEntry(writer, "added", "a"));
+  ZipNewEntryInfo info{};
+  // With a password the announced CRC must be the true one.
+  ASSERT_EQ(ZipOpenNewEntry(writer, "lies", &info, nullptr, 0, nullptr, 0, nullptr,
+                            ZipMethodDeflate, -1, 0, -15, 8, 0, "secret", 1234),
+            0);
+  ZipWriteEntry(writer, "data", 4);
+  EXPECT_NE(ZipCloseNewEntry(writer), 0);
+  EXPECT_EQ(ZipCloseWriter(writer, nullptr), 0);
+  EXPECT_EQ(readArchive(path_), (Entries{{"kept", "k"}, {"added", "a"}}));
+  EXPECT_LT(std::filesystem::file_size(path_), 2 * before.size() + 100);
+}
+
+// A disk that is full, played by a limit of the file's size.
+TEST_F(Archive, FullDiskRestoresEveryByte) {
+  writeArchive(path_, {{"kept", randomText(50000, 9)}});
+  const std::string before = support::readFile(path_);
+  for (const std::size_t added : {10000U, 3000000U, 20000000U}) {
+    for (const std::size_t room : {0U, 30U, 5000U}) {
+      support::OtherProcess process([&](const auto&) {
+        std::signal(SIGXFSZ, SIG_IGN);
+        const rlimit limit{before.size() + room, before.size() + room};
+        setrlimit(RLIMIT_FSIZE, &limit);
+        ZipWriter* const writer = ZipOpenWriter(path_.c_str(), ZipModeAppend);
+        addEntry(writer, "new", randomText(added, 10));
+        return ZipCloseWriter(writer, nullptr) < 0 ? 7 : 0;
+      });
+      const int status = process.wait();
+      // Without room for the new entry nothing fails but the entry.
+      EXPECT_TRUE(status == 7 || status == 0);
+      EXPECT_EQ(readArchive(path_), (Entries{{"kept", randomText(50000, 9)}}));
+      if (status == 7) {
+        EXPECT_TRUE(support::readFile(path_) == before) << added << ' ' << room;
+      }
+    }
+  }
+}
+
+// Killed at any moment of an append: our reader and another program find all
+// that was there.
+TEST_F(Archive, KillLeavesTheOldEntries) {
+  Entries old;
+  for (int i = 0; i < 500; ++i) old["entry " + std::to_string(i)] = std::to_string(i);
+  writeArchive(path_, old);
+  const std::string before = support::readFile(path_);
+  std::minstd_rand random(11);
+  for (int round = 0; round < 40; ++round) {
+    support::writeFile(path_, before);
+    support::OtherProcess process([&](const auto& channel) {
+      ZipWriter* const writer = ZipOpenWriter(path_.c_str(), ZipModeAppend);
+      channel.tell();
+      for (int i = 0; i < 1000; ++i) addEntry(writer, "n", randomText(300000, 12));
+      return ZipCloseWriter(writer, nullptr);
+    });
+    ASSERT_TRUE(process.awaitReady());
+    usleep(static_cast<useconds_t>(random() % 60000));
+    process.kill();
+    EXPECT_EQ(readArchive(path_), old);
+    if (round % 8 == 0) {
+      EXPECT_EQ(support::run(folder_.path(), "7z t a.zip"), 0);
+    }
+  }
+}
+
+TEST_F(Archive, NullAndStrangeArgumentsAreRefused) {
+  EXPECT_EQ(ZipOpenReader(folder_.file("missing").c_str()), nullptr);
+  support::writeFile(path_, std::string(3000, 'x'));
+  EXPECT_EQ(ZipOpenReader(path_.c_str()), nullptr);
+  EXPECT_EQ(ZipOpenWriter(path_.c_str(), ZipModeAppend), nullptr);
+  EXPECT_EQ(support::readFile(path_), std::string(3000, 'x'));
+  EXPECT_NE(ZipFirstEntry(nullptr), 0);
+  EXPECT_NE(ZipCloseWriter(nullptr, nullptr), 0);
+  EXPECT_LT(ZipReadEntry(nullptr, nullptr, 0), 0);
+  ZipWriter* const writer = ZipOpenWriter(path_.c_str(), ZipModeCreate);
+  EXPECT_FALSE(addEntry(writer, "", "x"));
+  EXPECT_FALSE(addEntry(writer, std::string(70000, 'n'), "x"));
+  EXPECT_FALSE(addEntry(writer, "n", "x", nullptr, 10));
+  EXPECT_EQ(ZipCloseWriter(writer, nullptr), 0);
+  EXPECT_EQ(readArchive(path_), Entries{});
+}
+
+}  // namespace
