@@ -1,0 +1,133 @@
+// Probes, making and removing folders.
+
+#include <fcntl.h>
+#include <filesystem/files.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <ctime>
+#include <string>
+
+#include "platform/unique_handle.h"
+#include "platform/win32.h"
+#include "support/temporary_folder.h"
+
+namespace {
+
+using namespace FileSystem;
+
+constexpr unsigned long kRead = GENERIC_READ;
+constexpr unsigned long kReadWrite = kRead | GENERIC_WRITE;
+
+class Files : public testing::Test {
+ protected:
+  std::size_t entries() const {
+    return static_cast<std::size_t>(
+        std::distance(std::filesystem::directory_iterator(folder_.path()), {}));
+  }
+
+  support::TemporaryFolder folder_;
+  std::string path_ = folder_.file("file");
+};
+
+TEST_F(Files, Probes) {
+  support::writeFile(path_, "content");
+  const std::string missing = folder_.file("missing");
+  const std::string readOnly = folder_.file("read-only");
+  support::writeFile(readOnly, "x");
+  chmod(readOnly.c_str(), 0444);
+  const std::string shared = folder_.file("shared");
+  support::writeFile(shared, "x");
+  const platform::FileHandle writer(CreateFileA(shared.c_str(), GENERIC_READ | GENERIC_WRITE,
+                                                FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0,
+                                                nullptr));
+  const std::string exclusive = folder_.file("exclusive");
+  support::writeFile(exclusive, "x");
+  const platform::FileHandle owner(
+      CreateFileA(exclusive.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
+  struct {
+    std::string path;
+    int exists, lockedWrite, readOnly;
+    unsigned long access;
+    bool hasTime;
+  } const cases[] = {
+      {missing, 0, 1, 1, kReadWrite, false},   {path_, 1, 0, 0, kReadWrite, true},
+      {readOnly, 1, 0, 1, kRead, true},        {shared, 1, 1, 0, kRead, true},
+      {exclusive, 0, 1, 0, kReadWrite, false}, {folder_.path(), 0, 1, 0, kReadWrite, false},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(FileExists(c.path.c_str()), c.exists) << c.path;
+    EXPECT_EQ(IsFileLockedWrite(c.path.c_str()), c.lockedWrite) << c.path;
+    EXPECT_EQ(IsFileReadOnly(c.path.c_str()), c.readOnly) << c.path;
+    EXPECT_EQ(AllowedAccess(c.path.c_str()), c.access) << c.path;
+    EXPECT_EQ(fileTime(c.path) != 0.0, c.hasTime) << c.path;
+  }
+  EXPECT_EQ(AllowedAccess(nullptr), kReadWrite);
+  EXPECT_EQ(FileExists(""), 0);
+  // Along the search path, which is not what can be opened by that name.
+  EXPECT_GT(FileExists("sh"), 1);
+  EXPECT_EQ(AllowedAccess("sh"), 0U);
+  EXPECT_EQ(FileExists("no-such-program"), 0);
+
+  EXPECT_EQ(FolderExists(folder_.path().c_str()), 1);
+  EXPECT_EQ(FolderExists(folder_.text().c_str()), 1);
+  EXPECT_EQ(FolderExists(path_.c_str()), 0);
+  EXPECT_EQ(FolderExists(missing.c_str()), 0);
+  EXPECT_EQ(FolderExists(nullptr), 0);
+  EXPECT_EQ(entries(), 4U);
+
+  EXPECT_EQ(TestOpen(missing.c_str(), kRead), 0);
+  EXPECT_EQ(TestCreate(folder_.file("none/file").c_str(), kReadWrite), 0);
+  EXPECT_EQ(TestCreate(missing.c_str(), kReadWrite), 1);
+  EXPECT_EQ(FileExists(missing.c_str()), 1);
+  EXPECT_EQ(TestCreate(path_.c_str(), kReadWrite), 1);
+  EXPECT_EQ(support::readFile(path_), "content");
+}
+
+TEST_F(Files, TimeIsALocalAutomationDate) {
+  support::writeFile(path_, "");
+  setenv("TZ", "UTC-2", 1);
+  tzset();
+  struct {
+    std::time_t utc;
+    double date;
+  } const cases[] = {
+      {0, 25569.0 + 2.0 / 24},                 // 1970-01-01 02:00
+      {1609459199, 44197.0 + 7199.0 / 86400},  // 2021-01-01 01:59:59
+  };
+  for (const auto& c : cases) {
+    const timespec times[] = {{c.utc, 0}, {c.utc, 0}};
+    ASSERT_EQ(utimensat(AT_FDCWD, path_.c_str(), times, 0), 0);
+    EXPECT_NEAR(fileTime(path_), c.date, 0.1 / 86400) << c.utc;
+  }
+  unsetenv("TZ");
+  tzset();
+}
+
+TEST_F(Files, FolderChains) {
+  const std::string chain = folder_.text() + "a\\b/c \\\\d";
+  // A pair of separators begins a server name, so that nothing is made.
+  EXPECT_EQ(EnsurePathExists(chain.c_str()), 0);
+  EXPECT_EQ(EnsurePathExists((folder_.path().string() + "\\a\\b/c").c_str()), 1);
+  EXPECT_TRUE(std::filesystem::is_directory(folder_.file("a/b/c")));
+  EXPECT_EQ(EnsurePathExists((folder_.path().string() + "\\a\\").c_str()), 1);
+  EXPECT_EQ(entries(), 1U);
+
+  support::writeFile(path_, "");
+  EXPECT_EQ(EnsurePathExists((path_ + "\\x").c_str()), 0);
+  EXPECT_EQ(EnsurePathExists(""), 0);
+  EXPECT_EQ(EnsurePathExists(nullptr), 0);
+  EXPECT_EQ(IsValidPath(folder_.text().c_str()), 1);
+  EXPECT_EQ(IsValidPath(folder_.file("missing").c_str()), 0);
+  EXPECT_EQ(IsValidPath(path_.c_str()), 0);
+  EXPECT_EQ(entries(), 2U);
+
+  support::writeFile(folder_.file("a/stays"), "");
+  EXPECT_EQ(DeleteEmptyFolder(folder_.file("a").c_str()), 0);
+  EXPECT_EQ(DeleteEmptyFolder((folder_.text() + "a\\b\\c\\").c_str()), 1);
+  EXPECT_FALSE(std::filesystem::exists(folder_.file("a/b")));
+  EXPECT_TRUE(std::filesystem::exists(folder_.file("a/stays")));
+}
+
+}  // namespace

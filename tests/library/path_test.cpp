@@ -1,0 +1,142 @@
+#include <filesystem/path.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+
+#include "support/temporary_folder.h"
+
+namespace {
+
+using namespace FileSystem;
+
+TEST(Path, Decomposition) {
+  struct {
+    const char *path, *drive, *folder, *filename, *name, *extension;
+  } const cases[] = {
+      {"", "", "", "", "", ""},
+      {"C:", "C:", "C:", "", "", ""},
+      {"C:\\", "C:", "C:\\", "", "", ""},
+      {"C:\\dir\\sub\\", "C:", "C:\\dir\\sub\\", "", "", ""},
+      {"C:\\dir\\sub", "C:", "C:\\dir\\", "sub", "sub", ""},
+      {"C:file.txt", "C:", "C:", "file.txt", "file", ".txt"},
+      {"C:\\dir\\a.b.c", "C:", "C:\\dir\\", "a.b.c", "a.b", ".c"},
+      {"C:/dir/a.txt", "C:", "C:/dir/", "a.txt", "a", ".txt"},
+      {"\\\\srv\\share\\a.txt", "", "\\\\srv\\share\\", "a.txt", "a", ".txt"},
+      {"a.b\\c", "", "a.b\\", "c", "c", ""},
+      {".hidden", "", "", ".hidden", "", ".hidden"},
+      {"name.", "", "", "name.", "name", "."},
+      {"..", "", "", "..", ".", "."},
+      {"  a .b  ", "", "", "  a .b", "a", ".b"},
+      {"a.b\t", "", "", "a.b\t", "a", ".b\t"},
+      {" dir\\x", "", "dir\\", "x", "x", ""},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(extractDrive(c.path), c.drive) << c.path;
+    EXPECT_EQ(extractPath(c.path), c.folder) << c.path;
+    EXPECT_EQ(extractFilename(c.path), c.filename) << c.path;
+    EXPECT_EQ(extractName(c.path), c.name) << c.path;
+    EXPECT_EQ(extractExtension(c.path), c.extension) << c.path;
+  }
+  using namespace std::string_literals;
+  EXPECT_EQ(extractFilename("a.txt\0b"s), "a.txt");
+}
+
+TEST(Path, ReplacedExtension) {
+  struct {
+    const char *path, *extension, *result;
+  } const cases[] = {
+      {"C:\\dir\\a.txt", "doc", "C:\\dir\\a.doc"},
+      {"C:\\dir\\a.txt", ".doc", "C:\\dir\\a.doc"},
+      {"C:\\dir\\a.txt", "", "C:\\dir\\a"},
+      {"a.b.c", "x", "a.b.x"},
+      {"C:\\", "txt", "C:\\.txt"},
+      {"a", "%s ", "a.%s"},
+      {" a.b", "c", "a.c"},
+  };
+  for (const auto& c : cases) EXPECT_EQ(replaceExtension(c.path, c.extension), c.result) << c.path;
+}
+
+TEST(Path, TooLongPartsAreCut) {
+  const std::string part(300, 'x');
+  EXPECT_EQ(extractName(part), part.substr(0, 255));
+  EXPECT_EQ(extractPath(part + "\\").size(), 255U);
+  EXPECT_EQ(extractExtension("." + part).size(), 255U);
+  EXPECT_EQ(replaceExtension("C:\\" + part + "\\" + part, part).size(), 260U);
+}
+
+TEST(Path, EqualityAndSubPath) {
+  EXPECT_TRUE(pathEqual("", ""));
+  EXPECT_TRUE(pathEqual("C:\\Data\\A.TXT", "c:\\data\\a.txt"));
+  EXPECT_TRUE(pathEqual("\xC9t\xC9", "\xE9T\xE9"));
+  EXPECT_FALSE(pathEqual("C:\\a", "C:/a"));
+  EXPECT_FALSE(pathEqual("C:\\a", "C:\\a\\"));
+  struct {
+    const char *base, *path, *result;
+  } const cases[] = {
+      {"C:\\Data\\", "c:\\data\\sub\\F.txt", "sub\\F.txt"},
+      {"C:\\Data", "C:\\Data\\x", "\\x"},
+      {"C:\\ab", "C:\\abc\\d", "c\\d"},
+      {"C:\\a", "C:\\a", "C:\\a"},
+      {"C:\\longer", "C:\\", "C:\\"},
+      {"a", "C:\\a\\b", "C:\\a\\b"},
+      {"", "x", "x"},
+  };
+  for (const auto& c : cases) EXPECT_EQ(subPath(c.base, c.path), c.result) << c.path;
+}
+
+TEST(Path, Root) {
+  struct {
+    const char *path, *root;
+  } const cases[] = {
+      {nullptr, ""},
+      {"", ""},
+      {"C:\\a\\b", "C:\\"},
+      {"C:", "C:"},
+      {"C:/a", "C:/"},
+      {"\\a\\b", "\\"},
+      {"a\\b", "a\\"},
+      {"abc", "abc"},
+      {"\\\\srv\\share\\a\\b", "\\\\srv\\share\\"},
+      {"\\\\srv\\share", "\\\\srv\\share"},
+      {"\\\\srv\\", "\\\\srv\\"},
+      {"//srv/share/a", "//srv/share/"},
+      {"C:\\a\\\\b\\c\\d", "C:\\a\\\\b\\c\\"},
+      {"C:\\a\\\\b", "C:\\a\\\\b"},
+  };
+  for (const auto& c : cases) {
+    CString root("before");
+    PathRoot(c.path, root);
+    EXPECT_STREQ(root, c.root) << (c.path ? c.path : "null");
+  }
+}
+
+TEST(Path, Parent) {
+  struct {
+    const char *path, *parent;
+  } const cases[] = {
+      {nullptr, ""},
+      {"C:\\a\\b\\", "C:\\a\\"},
+      {"C:\\a\\\\", "C:\\a\\"},
+      {"C:\\a", "C:\\"},
+      {"C:\\", "C:\\"},
+      {"\\\\srv\\share\\", "\\\\srv\\"},
+      {"no-such-name", "no-such-name\\"},
+      {"C:/a/b", "C:/a/b\\"},
+      {"C:\\a/b", "C:\\"},
+  };
+  for (const auto& c : cases) EXPECT_STREQ(ParentDirectory(c.path), c.parent);
+
+  // An existing file is told from a folder where the text alone does not.
+  const support::TemporaryFolder folder;
+  support::writeFile(folder.file("f.txt"), "");
+  const std::string path = "C:" + folder.file("f.txt");
+  EXPECT_EQ(std::string(ParentDirectory(path.c_str())), "C:" + folder.path().string() + "/\\");
+}
+
+TEST(Path, InvalidCharacters) {
+  EXPECT_EQ(eraseInvalidCharacter("\\a/b:c?d\"e<f>g|||h*\t. "), "abcdefgh*\t. ");
+  EXPECT_EQ(eraseInvalidCharacter("?:"), "");
+}
+
+}  // namespace
