@@ -121,7 +121,7 @@ int ZipCancelNewEntry(ZipWriter* writer);
 // extra fields and comment. On failure nothing of it is left.
 int ZipCopyEntry(ZipWriter* writer, ZipReader* reader);
 // Commits and frees the writer. A null comment keeps the archive's comment in
-// modes 1 and 2. Negative: nothing could be committed, and the archive is byte
+// modes 1 and 2; without a new entry either, the file is left as it was. Negative: nothing could be committed, and the archive is byte
 // for byte what it was. Positive: there was room for the first entries only.
 int ZipCloseWriter(ZipWriter* writer, const char* globalComment);
 

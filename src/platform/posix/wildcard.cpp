@@ -6,9 +6,10 @@ namespace platform::posix {
 namespace {
 
 // What stands for itself can have any value but these.
-constexpr char32_t kAny = 0xFFFFFF00;        // `*`
-constexpr char32_t kOneOrNone = 0xFFFFFF01;  // `?`
-constexpr char32_t kDotOrEnd = 0xFFFFFF02;   // `.` in front of a wildcard
+constexpr char32_t kAny = 0xFFFFFF00;           // `*`
+constexpr char32_t kOneOrNone = 0xFFFFFF01;     // `?`
+constexpr char32_t kAnyToLastDot = 0xFFFFFF03;  // `*` in front of such a dot
+constexpr char32_t kDotOrEnd = 0xFFFFFF02;      // `.` in front of a wildcard
 
 char32_t lower(char32_t c) {
   if (c < 0x80) return c >= 'A' && c <= 'Z' ? c + 0x20 : c;
@@ -65,6 +66,7 @@ Wildcard::Wildcard(std::string_view pattern) {
     } else if (c == '?') {
       pattern_ += kOneOrNone;
     } else if (c == '.' && beforeWildcard) {
+      if (!pattern_.empty() && pattern_.back() == kAny) pattern_.back() = kAnyToLastDot;
       pattern_ += kDotOrEnd;
     } else {
       pattern_ += lower(c);
@@ -79,11 +81,14 @@ bool Wildcard::matches(std::string_view name) const {
   // Where to go on when what follows the last `*` does not fit.
   std::size_t afterAny = std::u32string::npos;
   std::size_t anyEnd = 0;
+  std::size_t anyLimit = 0;
   for (;;) {
     const bool atEnd = n == name.size();
     if (p == pattern_.size()) {
       if (atEnd) return true;
-    } else if (pattern_[p] == kAny) {
+    } else if (pattern_[p] == kAny || pattern_[p] == kAnyToLastDot) {
+      const std::size_t lastDot = pattern_[p] == kAny ? name.npos : name.rfind('.');
+      anyLimit = lastDot == name.npos || lastDot < n ? name.size() : lastDot;
       afterAny = ++p;
       anyEnd = n;
       continue;
@@ -104,7 +109,7 @@ bool Wildcard::matches(std::string_view name) const {
       }
     }
     // The `*` takes one character more.
-    if (afterAny == std::u32string::npos || anyEnd == name.size()) return false;
+    if (afterAny == std::u32string::npos || anyEnd == anyLimit) return false;
     take(name, anyEnd);
     n = anyEnd;
     p = afterAny;

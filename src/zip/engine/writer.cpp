@@ -19,7 +19,7 @@ struct ZipWriter {
   };
 
   Transaction archive;
-  bool keepsOld = true;
+  int mode = ZipModeAppend;
   BufferDeflater deflater;
   std::optional<NewEntry> entry;
   bool entryFailed = false;
@@ -67,7 +67,7 @@ int finishEntry(ZipWriter& writer, bool complete) {
 
 bool commit(ZipWriter& writer, const std::string& comment) {
   const CentralDirectory& before = writer.archive.before();
-  const std::uint64_t kept = writer.keepsOld ? before.entryCount : 0;
+  const std::uint64_t kept = writer.mode == ZipModeAppend ? before.entryCount : 0;
   if (kept == 0) {
     return writer.archive.commit(writer.records, writer.completed.size(), comment);
   }
@@ -143,7 +143,7 @@ ZipWriter* ZipOpenWriter(const char* path, int mode) {
   const bool opened =
       mode == ZipModeCreate ? writer->archive.createNew(path) : writer->archive.openExisting(path);
   if (!opened) return nullptr;
-  writer->keepsOld = mode == ZipModeAppend;
+  writer->mode = mode;
   return writer.release();
 }
 
@@ -233,6 +233,10 @@ int ZipCloseWriter(ZipWriter* writer, const char* globalComment) {
   if (writer == nullptr) return kFailure;
   const std::unique_ptr<ZipWriter> owner(writer);
   writer->dropOpen();
+  if (writer->mode != ZipModeCreate && writer->completed.empty() && globalComment == nullptr) {
+    writer->archive.restore();
+    return kSuccess;
+  }
   const std::string comment =
       globalComment != nullptr ? globalComment : writer->archive.before().comment;
   if (commit(*writer, comment)) return kSuccess;

@@ -1,0 +1,212 @@
+#include <filesystem/enumeration.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+
+#include <algorithm>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "platform/unique_handle.h"
+#include "platform/win32.h"
+#include "support/temporary_folder.h"
+
+namespace {
+
+using namespace FileSystem;
+using Names = std::vector<std::string>;
+
+Names sorted(Names names) {
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+Names namesOf(const std::vector<FILE_INFORMATION>& records) {
+  Names names;
+  for (const FILE_INFORMATION& record : records) names.emplace_back(record.cFileName);
+  return names;
+}
+
+class Enumeration : public testing::Test {
+ protected:
+  void make(std::initializer_list<const char*> files) {
+    for (const char* name : files) support::writeFile(folder_.file(name), name);
+  }
+  // Paths without the folder in front of them.
+  Names below(Names paths) const {
+    for (std::string& path : paths) {
+      EXPECT_TRUE(path.starts_with(text_)) << path;
+      path.erase(0, text_.size());
+    }
+    return sorted(paths);
+  }
+
+  support::TemporaryFolder folder_;
+  std::string text_ = folder_.text();
+  const char* path_ = text_.c_str();
+  const char* const end_ = nullptr;
+};
+
+TEST_F(Enumeration, GroupsOfExtensions) {
+  make({"x.aaa", "x.bbb", "y.aaa", "a.b.aaa", "a.b.bbb", "Z.AAA", "Z.bBb", ".aaa", "long.aaab"});
+  std::filesystem::create_directory(folder_.file("sub.aaa"));
+  Names names{"before"};
+  EXPECT_EQ(EnumFiles(names, path_, "*", ".aaa", ".bbb", end_), 3U);
+  EXPECT_EQ(sorted(names), (Names{"Z", "a.b", "before", "x"}));
+  names.clear();
+  EXPECT_EQ(EnumFiles(names, path_, "*", ".aaa", end_), 5U);
+  EXPECT_EQ(sorted(names), (Names{"", "Z", "a.b", "x", "y"}));
+  CStringArray array;
+  EXPECT_EQ(EnumFiles(array, path_, "x*", ".aaa", ".bbb", end_), 1U);
+  EXPECT_STREQ(array.GetAt(0), "x");
+  EXPECT_EQ(EnumFiles(names, folder_.file("missing\\").c_str(), "*", ".aaa", end_), 0U);
+
+  // One that nobody else may open has no part in a group.
+  const platform::FileHandle owner(CreateFileA(folder_.file("x.bbb").c_str(), GENERIC_READ, 0,
+                                               nullptr, OPEN_EXISTING, 0, nullptr));
+  names.clear();
+  EXPECT_EQ(EnumFiles(names, path_, "x", ".aaa", ".bbb", end_), 0U);
+  EXPECT_EQ(EnumFiles(names, path_, "x*"), 2U);
+}
+
+TEST_F(Enumeration, Patterns) {
+  make({"a.txt", "B.TXT", "noext", ".dot", "a.b.c", "größe.txt"});
+  std::filesystem::create_directory(folder_.file("folder.txt"));
+  struct {
+    const char* pattern;
+    Names names;
+  } const cases[] = {
+      {"*", {".dot", "B.TXT", "a.b.c", "a.txt", "größe.txt", "noext"}},
+      {"*.*", {".dot", "B.TXT", "a.b.c", "a.txt", "größe.txt", "noext"}},
+      {"*.txt", {"B.TXT", "a.txt", "größe.txt"}},
+      {"?.txt", {"B.TXT", "a.txt"}},
+      {"GRÖSSE*", {}},
+      {"GRÖßE.*", {"größe.txt"}},
+      {"gr??e.txt", {"größe.txt"}},
+      {"*.", {"noext"}},
+      {"a.txt", {"a.txt"}},
+      {"a*.?", {"a.b.c"}},
+      {"noext.*", {"noext"}},
+      {"nothing*", {}},
+  };
+  for (const auto& c : cases) {
+    Names names;
+    EXPECT_EQ(EnumFiles(names, path_, c.pattern), c.names.size()) << c.pattern;
+    EXPECT_EQ(sorted(names), c.names) << c.pattern;
+  }
+}
+
+TEST_F(Enumeration, FilesOfATree) {
+  make({"top", "a/one.txt", "a/b/two", "c/three"});
+  Names paths;
+  EXPECT_EQ(EnumFilesWithPath(paths, path_, "*.*", true), 4U);
+  EXPECT_EQ(paths.front(), text_ + "top");
+  EXPECT_EQ(below(paths), (Names{"a\\b\\two", "a\\one.txt", "c\\three", "top"}));
+  Names unended;
+  EnumFilesWithPath(unended, folder_.path().c_str(), "*.*", true);
+  EXPECT_EQ(unended, paths);
+  paths.clear();
+  EXPECT_EQ(EnumFilesWithPath(paths, path_, "t*", false), 1U);
+  EXPECT_EQ(EnumFilesWithPath(paths, path_, "t*", true), 3U);
+
+  const platform::FileHandle owner(CreateFileA(folder_.file("top").c_str(), GENERIC_READ, 0,
+                                               nullptr, OPEN_EXISTING, 0, nullptr));
+  std::vector<FILE_INFORMATION> records;
+  EXPECT_EQ(EnumFilesWithPath(records, path_, "*"), 0U);
+  EXPECT_EQ(EnumFilesWithPath(records, (text_ + "a").c_str(), "*"), 1U);
+  EXPECT_STREQ(records[0].cFileName, "one.txt");
+  EXPECT_EQ(records[0].nFileSizeLow, 9U);
+  EXPECT_EQ(records[0].dwFileAttributes, FILE_ATTRIBUTE_ARCHIVE);
+}
+
+TEST_F(Enumeration, FiltersOfFiles) {
+  make({"a", "b"});
+  std::vector<FILE_INFORMATION> records;
+  Names asked;
+  EXPECT_EQ(EnumFilesWithPathEx(records, folder_.path().c_str(), "*",
+                                [&](const char* path) {
+                                  asked.emplace_back(path);
+                                  return asked.back().ends_with("\\b") ? 1 : 0;
+                                }),
+            1U);
+  EXPECT_EQ(below(asked), (Names{"a", "b"}));
+  EXPECT_EQ(namesOf(records), Names{"b"});
+  const boost::function1<int, const char*> none;
+  EXPECT_THROW(EnumFilesWithPathEx(records, path_, "*", none), boost::bad_function_call);
+  EXPECT_EQ(EnumFilesWithPathEx(records, path_, "nothing", none), 0U);
+}
+
+TEST_F(Enumeration, Folders) {
+  make({"a/b/f", "c/f", ".hidden/f"});
+  std::vector<FILE_INFORMATION> records;
+  EXPECT_EQ(EnumFolders(records, path_, 1), 4U);
+  Names names = namesOf(records);
+  EXPECT_LT(std::find(names.begin(), names.end(), "a"),
+            std::find(names.begin(), names.end(), "a\\b"));
+  EXPECT_EQ(sorted(names), (Names{".hidden", "a", "a\\b", "c"}));
+  EXPECT_EQ(EnumFolders(records, path_, 0), 3U);
+  Names paths;
+  EXPECT_EQ(EnumFolders(paths, folder_.path().c_str(), 1), 4U);
+  EXPECT_EQ(below(paths), (Names{".hidden\\", "a\\", "a\\b\\", "c\\"}));
+
+  Names asked;
+  records.clear();
+  const auto notA = [&](const char* path) {
+    asked.emplace_back(path);
+    return asked.back().ends_with("\\a") ? 0 : 1;
+  };
+  EXPECT_EQ(EnumFoldersEx(records, path_, notA, 1), 2U);
+  EXPECT_EQ(below(asked), (Names{".hidden", "a", "c"}));
+
+  // Of the branch in which the filter throws nothing stays but its top.
+  records.clear();
+  const auto throwsAtB = [](const char* path) -> int {
+    if (std::string_view(path).ends_with("\\b")) throw std::runtime_error("b");
+    return std::string_view(path).ends_with("\\a") ? 1 : 0;
+  };
+  EXPECT_THROW(EnumFoldersEx(records, path_, throwsAtB, 1), std::runtime_error);
+  EXPECT_EQ(namesOf(records), Names{"a"});
+}
+
+TEST_F(Enumeration, LinksAreFollowedButNotBack) {
+  make({"real/file", "real/deep/x"});
+  std::filesystem::create_directory_symlink(folder_.file("real"), folder_.file("link"));
+  std::filesystem::create_directory_symlink(folder_.path(), folder_.file("real/up"));
+  std::filesystem::create_symlink(folder_.file("nowhere"), folder_.file("dangling"));
+  Names paths;
+  EnumFolders(paths, path_, 1);
+  EXPECT_EQ(below(paths), (Names{"link\\", "link\\deep\\", "real\\", "real\\deep\\"}));
+  paths.clear();
+  EnumFilesWithPath(paths, path_, "*", true);
+  EXPECT_EQ(below(paths), (Names{"link\\deep\\x", "link\\file", "real\\deep\\x", "real\\file"}));
+}
+
+// A backslash in a name is no separator, and the path that is delivered opens
+// the file.
+TEST_F(Enumeration, BackslashInANameComesBack) {
+  make({"sub/a\\b"});
+  Names paths;
+  ASSERT_EQ(EnumFilesWithPath(paths, path_, "*", true), 1U);
+  EXPECT_EQ(below(paths), Names{"sub\\a\xEF\x81\x9C"
+                                "b"});
+  EXPECT_TRUE(platform::FileHandle(
+      CreateFileA(paths[0].c_str(), GENERIC_READ, 3, nullptr, OPEN_EXISTING, 0, nullptr)));
+}
+
+// Each level would cost a descriptor if its search stayed open.
+TEST_F(Enumeration, DepthCostsNoDescriptors) {
+  constexpr int kDepth = 300;
+  std::filesystem::path deep = folder_.path();
+  for (int i = 0; i < kDepth; ++i) deep /= "d";
+  std::filesystem::create_directories(deep);
+  rlimit limit{};
+  ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &limit), 0);
+  const rlimit few{100, limit.rlim_max};
+  ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &few), 0);
+  std::vector<FILE_INFORMATION> records;
+  EXPECT_EQ(EnumFolders(records, path_, 1), 0U + kDepth);
+  setrlimit(RLIMIT_NOFILE, &limit);
+  EXPECT_EQ(std::string(records.back().cFileName).size(), 259U);
+}
+
+}  // namespace

@@ -1,0 +1,211 @@
+#include <filesystem/file_stream.h>
+#include <filesystem/stream.h>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "platform/unique_handle.h"
+#include "platform/win32.h"
+#include "support/temporary_folder.h"
+
+namespace {
+
+using FileSystem::FileStream;
+
+constexpr int kRead = FileStream::OpenRead;
+constexpr int kWrite = FileStream::OpenWrite;
+constexpr int kAppend = FileStream::OpenAppend;
+constexpr int kTruncate = FileStream::OpenTruncate;
+
+class Stream : public testing::Test {
+ protected:
+  std::string content() const { return support::readFile(path_); }
+
+  support::TemporaryFolder folder_;
+  std::string path_ = folder_.file("file");
+};
+
+TEST_F(Stream, OpenFlags) {
+  struct {
+    int flags;
+    bool existing;
+    bool opens;
+    const char* content;  // after writing "XY" and closing; null: no file
+  } const cases[] = {
+      {0, false, false, nullptr},
+      {0, true, true, "old"},
+      {kRead, false, false, nullptr},
+      {kRead, true, true, "old"},
+      {kTruncate, true, true, "old"},
+      {kRead | kTruncate, true, true, "old"},
+      {kWrite, false, true, "XY"},
+      {kWrite, true, true, "XYd"},
+      {kWrite | kAppend, true, true, "oldXY"},
+      {kWrite | kTruncate, true, true, "XY"},
+      {kRead | kWrite | kTruncate, true, true, "XY"},
+      {kWrite | 8 | 32, true, true, "XYd"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(testing::Message() << c.flags << (c.existing ? " existing" : " missing"));
+    std::filesystem::remove(path_);
+    if (c.existing) support::writeFile(path_, "old");
+    FileStream stream(path_.c_str(), c.flags);
+    EXPECT_EQ(stream.is_open(), c.opens);
+    stream.write("XY");
+    EXPECT_EQ(stream.close(), c.opens);
+    if (c.content == nullptr) {
+      EXPECT_FALSE(std::filesystem::exists(path_));
+    } else {
+      EXPECT_EQ(content(), c.content);
+    }
+  }
+}
+
+// What stands in the file and what is pending after a write, by limit.
+TEST_F(Stream, BufferLimit) {
+  struct {
+    unsigned int limit;
+    const char *first, *second, *inFile;
+  } const cases[] = {
+      {10, "abc", "defg", ""},
+      {10, "abc", "1234567", "abc"},
+      {10, "", "123456789", ""},
+      {10, "", "1234567890", "1234567890"},
+      {10, "abc", "1234567890", "abc1234567890"},
+      {0, "a", "", "a"},
+  };
+  for (const auto& c : cases) {
+    FileStream stream(path_.c_str(), kWrite | kTruncate);
+    stream.bufferSize(c.limit);
+    EXPECT_TRUE(stream.write(c.first));
+    EXPECT_TRUE(stream.put(std::string(c.second)));
+    EXPECT_EQ(content(), c.inFile) << c.limit << c.second;
+    const std::string whole = std::string(c.first) + c.second;
+    EXPECT_EQ(stream.size(), whole.size());
+    stream.flush();
+    EXPECT_EQ(content(), whole);
+  }
+  FileStream stream(path_.c_str(), kWrite | kTruncate);
+  EXPECT_EQ(stream.bufferSize(), 0x200000U);
+  stream.write("abc");
+  stream.bufferSize(3);
+  EXPECT_EQ(content(), "");
+  stream.write("");
+  EXPECT_EQ(content(), "abc");
+  stream.write("d");
+  stream.bufferSize(0);
+  EXPECT_EQ(content(), "abcd");
+  stream.put('\0');
+  EXPECT_EQ(content(), std::string("abcd\0", 5));
+}
+
+TEST_F(Stream, PositionsAndTruncation) {
+  FileStream stream(path_.c_str(), kRead | kWrite);
+  stream.write("0123456789");
+  EXPECT_TRUE(stream.seekBOF());
+  stream.write("ab");
+  EXPECT_TRUE(stream.seekEOF());
+  stream.write("c");
+  stream.flush();
+  EXPECT_EQ(content(), "ab23456789c");
+  stream.write("pending");
+  stream.truncate();
+  EXPECT_EQ(content(), "");
+  EXPECT_EQ(stream.size(), 0U);
+}
+
+TEST_F(Stream, ClosedStreamKeepsWhatItWasGiven) {
+  FileStream stream;
+  EXPECT_FALSE(stream.close());
+  EXPECT_TRUE(stream.write("early"));
+  EXPECT_FALSE(stream.seekEOF() && stream.seekBOF());
+  EXPECT_EQ(stream.size(), 0U);
+  stream.write("kept");
+  support::writeFile(path_, "0123456789");
+  ASSERT_TRUE(stream.open(path_.c_str(), kWrite | kAppend));
+  stream.write("!");
+  stream.close();
+  // The seek of the opening drained it at the start of the file.
+  EXPECT_EQ(content(), "kept456789!");
+  EXPECT_FALSE(stream.close());
+}
+
+TEST_F(Stream, CopiesShareTheHandleAndSwapExchangesIt) {
+  FileStream first(path_.c_str(), kWrite);
+  first.write("a");
+  FileStream copy(first);
+  first.flush();
+  copy.flush();
+  EXPECT_EQ(content(), "aa");
+  copy = FileStream();
+  EXPECT_FALSE(copy.is_open());
+  FileStream other(folder_.file("other").c_str(), kWrite);
+  first.write("pending");
+  first.swap(other);
+  first.close();
+  other.close();
+  EXPECT_EQ(support::readFile(folder_.file("other")), "pending");
+  EXPECT_EQ(content(), "aa");
+}
+
+TEST_F(Stream, Reading) {
+  support::writeFile(path_, "12345");
+  FileStream stream(path_.c_str(), kRead);
+  std::vector<char> block(8);
+  EXPECT_TRUE(stream.read(block));
+  EXPECT_EQ(block.size(), 5U);
+  EXPECT_FALSE(stream.read(block));
+  EXPECT_EQ(block.size(), 5U);
+  stream.seekBOF();
+  stream.bufferSize(2);
+  std::vector<char> whole;
+  EXPECT_TRUE(stream.read(whole));
+  EXPECT_EQ(std::string(whole.begin(), whole.end()), "12345");
+  whole.clear();
+  EXPECT_TRUE(FileStream().read(whole));
+  EXPECT_TRUE(whole.empty());
+}
+
+TEST_F(Stream, AppendingAStream) {
+  const std::string bytes(2500, 'x');
+  FileStream source(folder_.file("source").c_str(), kRead | kWrite);
+  source.write(bytes);
+  FileStream target(path_.c_str(), kWrite);
+  target.bufferSize(1000);
+  target.write("<");
+  EXPECT_TRUE(target.append(source));
+  EXPECT_TRUE(target.append(source));
+  target << ">" << -42L << std::string("\n");
+  target.flush();
+  EXPECT_EQ(content(), "<" + bytes + bytes + ">-42\n");
+  FileStream closed;
+  EXPECT_FALSE(target.append(closed));
+}
+
+TEST_F(Stream, HeldFileIsSharedButNotDeleted) {
+  FileStream stream(path_.c_str(), kWrite);
+  EXPECT_FALSE(DeleteFileA(path_.c_str()));
+  EXPECT_TRUE(platform::FileHandle(CreateFileA(path_.c_str(), GENERIC_READ | GENERIC_WRITE, 3,
+                                               nullptr, OPEN_EXISTING, 0, nullptr)));
+  stream.close();
+  EXPECT_TRUE(DeleteFileA(path_.c_str()));
+}
+
+TEST_F(Stream, WholeContent) {
+  using FileSystem::readContent;
+  using FileSystem::writeContent;
+  for (const std::size_t size : {0U, 1U, 0x1FFFFFU, 0x200000U, 0x500001U}) {
+    std::string bytes(size, '\0');
+    for (std::size_t i = 0; i < size; ++i) bytes[i] = static_cast<char>(i * 7);
+    EXPECT_TRUE(writeContent(path_, bytes));
+    EXPECT_TRUE(readContent(path_) == bytes) << size;
+  }
+  EXPECT_TRUE(writeContent(path_, ""));
+  EXPECT_EQ(content(), "");
+  EXPECT_FALSE(writeContent(folder_.file("none/file"), "x"));
+  EXPECT_EQ(readContent(folder_.file("none")), "");
+  EXPECT_EQ(readContent(folder_.path()), "");
+}
+
+}  // namespace
