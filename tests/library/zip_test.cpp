@@ -1,0 +1,365 @@
+#include <fcntl.h>
+#include <filesystem/zip.h>
+#include <filesystem/zip_archive.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+
+#include <csignal>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "platform/unique_handle.h"
+#include "platform/win32.h"
+#include "support/other_process.h"
+#include "support/programs.h"
+#include "support/temporary_folder.h"
+
+namespace {
+
+using Names = std::vector<std::string>;
+
+constexpr unsigned int kRead = GENERIC_READ;
+constexpr unsigned int kReadWrite = GENERIC_READ | GENERIC_WRITE;
+
+std::vector<unsigned char> bytesOf(const std::string& text) { return {text.begin(), text.end()}; }
+
+class Zip : public testing::Test {
+ protected:
+  // Makes the archive with one entry for each name, whose content is its name.
+  void make(const Names& names) {
+    ZipArchive archive;
+    ASSERT_EQ(archive.create(path_.c_str(), 1), 1);
+    for (const std::string& name : names) {
+      ASSERT_EQ(archive.insert(bytesOf(name), name, "note of " + name, 0), 1) << name;
+    }
+  }
+  Names names() const {
+    ZipArchive archive;
+    EXPECT_EQ(archive.open(path_.c_str(), kRead), 1);
+    Names result;
+    archive.enumerate(result);
+    return result;
+  }
+  std::string contentOf(const char* name, const char* password = "") const {
+    ZipArchive archive;
+    EXPECT_EQ(archive.open(path_.c_str(), kRead), 1);
+    archive.password(password);
+    std::vector<unsigned char> bytes;
+    if (archive.extract(name, bytes) == 0) return "<nothing>";
+    return {bytes.begin(), bytes.end()};
+  }
+
+  support::TemporaryFolder folder_;
+  std::string path_ = folder_.file("a.zip");
+};
+
+TEST_F(Zip, Lifecycle) {
+  ZipArchive archive;
+  EXPECT_EQ(archive.fileName(), nullptr);
+  EXPECT_EQ(archive.canRead() + archive.canWrite(), 0);
+  EXPECT_EQ(archive.open(path_.c_str(), kRead), 0);
+  EXPECT_EQ(archive.create(path_.c_str(), 0), 1);
+  EXPECT_STREQ(archive.fileName(), path_.c_str());
+  EXPECT_EQ(archive.access(), kReadWrite);
+  EXPECT_EQ(archive.empty(), 1);
+  // Held for itself alone, also against its own creation anew.
+  EXPECT_EQ(ZipArchive().open(path_.c_str(), kRead), 0);
+  EXPECT_EQ(archive.create(path_.c_str(), 0), 0);
+  EXPECT_EQ(archive.canWrite(), 1);
+  EXPECT_EQ(archive.insert(bytesOf("x"), "x", "", 0), 1);
+
+  ZipArchive copy = archive;
+  EXPECT_EQ(copy.exist("x"), 1);
+  EXPECT_EQ(copy.close(), 1);
+  EXPECT_EQ(archive.canRead(), 0);
+  EXPECT_EQ(archive.exist("x"), 0);
+
+  EXPECT_EQ(archive.open(path_.c_str(), kRead), 1);
+  EXPECT_EQ(archive.canWrite(), 0);
+  EXPECT_EQ(archive.insert(bytesOf("y"), "y", "", 0), 0);
+  EXPECT_EQ(archive.remove("x"), 0);
+  // Readers share, writers wait outside.
+  EXPECT_EQ(ZipArchive().open(path_.c_str(), kRead), 1);
+  EXPECT_EQ(ZipArchive().open(path_.c_str(), kReadWrite), 0);
+  EXPECT_EQ(ZipArchive::isZip(path_.c_str()), 1);
+  support::writeFile(folder_.file("text"), "P");
+  EXPECT_EQ(ZipArchive::isZip(folder_.file("text").c_str()), 0);
+}
+
+TEST_F(Zip, ListingAndLookup) {
+  ASSERT_EQ(support::run(folder_.path(),
+                         "mkdir -p in/sub && echo f >in/sub/f && "
+                         "printf 'words\\n\\n' | zip -qrc a.zip in"),
+            0);
+  EXPECT_EQ(names(), (Names{"in/", "in/sub/", "in/sub/f"}));
+  ZipArchive archive;
+  archive.open(path_.c_str(), kRead);
+  std::vector<std::pair<std::string, std::string>> entries;
+  EXPECT_EQ(archive.content(entries), 1);
+  ASSERT_EQ(entries.size(), 1U);
+  EXPECT_EQ(entries[0].first, "in/sub/f");
+  EXPECT_EQ(archive.exist("in/sub/f"), 1);
+  EXPECT_EQ(archive.exist("IN/SUB/F"), 0);
+  EXPECT_EQ(archive.empty(), 0);
+}
+
+TEST_F(Zip, InsertionReplacesOnlyWhenTold) {
+  make({"a", "b"});
+  ZipArchive archive;
+  archive.open(path_.c_str(), kReadWrite);
+  EXPECT_EQ(archive.insert(bytesOf("new"), "a", "", 0), 0);
+  EXPECT_EQ(archive.insert(bytesOf("new"), "a", "", 1), 1);
+  archive.close();
+  EXPECT_EQ(names(), (Names{"b", "a"}));
+  EXPECT_EQ(contentOf("a"), "new");
+  EXPECT_EQ(contentOf("b"), "b");
+
+  // The only entry of an archive.
+  make({"a"});
+  archive.open(path_.c_str(), kReadWrite);
+  EXPECT_EQ(archive.insert(bytesOf("second"), "a", "", 1), 1);
+  archive.close();
+  EXPECT_EQ(names(), Names{"a"});
+  EXPECT_EQ(contentOf("a"), "second");
+  EXPECT_EQ(support::run(folder_.path(), "unzip -tqq a.zip && 7z t a.zip"), 0);
+}
+
+TEST_F(Zip, InsertionFromAFile) {
+  make({"first"});
+  const std::string source = folder_.file("source.txt");
+  support::writeFile(source, std::string(300000, 'x'));
+  const timespec times[] = {{1600000000, 0}, {1600000000, 0}};
+  ASSERT_EQ(utimensat(AT_FDCWD, source.c_str(), times, 0), 0);
+  ZipArchive archive;
+  archive.open(path_.c_str(), kReadWrite);
+  archive.password("secret");
+  EXPECT_EQ(archive.insert(source.c_str(), "in\\it", "remark", 0), 1);
+  EXPECT_EQ(archive.insert(source.c_str(), nullptr, nullptr, 0), 1);
+  const std::string before = (archive.close(), support::readFile(path_));
+  archive.open(path_.c_str(), kReadWrite);
+  EXPECT_EQ(archive.insert(folder_.file("missing").c_str(), "m", nullptr, 0), 0);
+  EXPECT_EQ(archive.insert(folder_.path().c_str(), "folder", nullptr, 1), 0);
+  archive.close();
+  EXPECT_TRUE(support::readFile(path_) == before);
+  EXPECT_EQ(names(), (Names{"first", "in\\it", source}));
+  EXPECT_EQ(contentOf("in\\it", "secret").size(), 300000U);
+  EXPECT_EQ(contentOf("in\\it", "wrong"), "<nothing>");
+  EXPECT_EQ(contentOf("in\\it"), "<nothing>");
+  EXPECT_EQ(support::outputOf(folder_.path(),
+                              "TZ=UTC python3 -c 'import zipfile;"
+                              " i = zipfile.ZipFile(\"a.zip\").getinfo(\"in\\\\it\");"
+                              " print(i.date_time, i.comment, i.external_attr)'"),
+            "(2020, 9, 13, 12, 26, 40) b'remark' 32\n");
+}
+
+TEST_F(Zip, InsertionIntoWhatIsNoArchive) {
+  ZipArchive archive;
+  support::writeFile(path_, "just a text");
+  archive.open(path_.c_str(), kReadWrite);
+  EXPECT_EQ(archive.insert(bytesOf("x"), "x", "", 1), 0);
+  archive.close();
+  EXPECT_EQ(support::readFile(path_), "just a text");
+  support::writeFile(path_, "");
+  archive.open(path_.c_str(), kReadWrite);
+  EXPECT_EQ(archive.insert(bytesOf("x"), "x", "", 1), 1);
+  archive.close();
+  EXPECT_EQ(contentOf("x"), "x");
+}
+
+// The cost of an insertion is that of the new entry and the directory.
+TEST_F(Zip, InsertionTouchesNoOtherEntry) {
+  make({"a", "b"});
+  std::string bytes = support::readFile(path_);
+  // Damages the data of "a", which only a look at them would notice.
+  bytes[30 + 1] = 'X';
+  support::writeFile(path_, bytes);
+  ZipArchive archive;
+  archive.open(path_.c_str(), kReadWrite);
+  EXPECT_EQ(archive.insert(bytesOf("c"), "c", "", 0), 1);
+  archive.close();
+  EXPECT_EQ(contentOf("a"), "<nothing>");
+  EXPECT_EQ(contentOf("b"), "b");
+  // But a removal has to carry all entries over, bytes as they are.
+  archive.open(path_.c_str(), kReadWrite);
+  EXPECT_EQ(archive.remove("c"), 1);
+  archive.close();
+  EXPECT_EQ(names(), (Names{"a", "b"}));
+}
+
+TEST_F(Zip, Removal) {
+  make({"a", "B", "b", "c"});
+  ZipArchive archive;
+  archive.open(path_.c_str(), kReadWrite);
+  EXPECT_EQ(archive.remove("missing"), 0);
+  EXPECT_EQ(archive.remove("b"), 1);
+  archive.close();
+  EXPECT_EQ(names(), (Names{"a", "c"}));
+  EXPECT_EQ(support::run(folder_.path(), "unzip -tqq a.zip && 7z t a.zip"), 0);
+  archive.open(path_.c_str(), kReadWrite);
+  EXPECT_EQ(archive.remove("c"), 1);
+  archive.close();
+  const std::string one = support::readFile(path_);
+  archive.open(path_.c_str(), kReadWrite);
+  EXPECT_EQ(archive.remove("a"), 0);
+  archive.close();
+  EXPECT_TRUE(support::readFile(path_) == one);
+}
+
+// A name that does not fit the library's buffers is no other entry's name.
+TEST_F(Zip, LongNamesStayApart) {
+  const std::string stem(260, 'n');
+  ASSERT_EQ(support::run(folder_.path(),
+                         "python3 -c 'import zipfile; z = zipfile.ZipFile(\"a.zip\", \"w\");"
+                         " [z.writestr(\"n\" * n, str(n)) for n in (259, 260, 300)]; z.close()'"),
+            0);
+  ZipArchive archive;
+  archive.open(path_.c_str(), kReadWrite);
+  EXPECT_EQ(archive.exist((stem + std::string(40, 'n')).c_str()), 0);
+  EXPECT_EQ(archive.remove(stem.substr(0, 259).c_str()), 1);
+  archive.close();
+  EXPECT_EQ(support::outputOf(folder_.path(),
+                              "python3 -c 'import zipfile; z = zipfile.ZipFile(\"a.zip\");"
+                              " print([z.read(n) for n in z.namelist()])'"),
+            "[b'260', b'300']\n");
+}
+
+TEST_F(Zip, ExtractionToFiles) {
+  make({"a", "sub\\b", "c/d"});
+  const std::string out = folder_.text() + "out\\";
+  support::writeFile(folder_.file("out/a"), "an older and longer text");
+  ZipArchive archive;
+  archive.open(path_.c_str(), kRead);
+  EXPECT_EQ(archive.extract(Names{"a", "missing", "sub\\b", "c/d"}, out.c_str()), 1);
+  EXPECT_EQ(support::readFile(folder_.file("out/a")), "a");
+  EXPECT_EQ(support::readFile(folder_.file("out/sub/b")), "sub\\b");
+  EXPECT_EQ(support::readFile(folder_.file("out/c/d")), "c/d");
+  EXPECT_EQ(archive.extract("a", (out + "elsewhere").c_str()), 1);
+
+  const std::string readOnly = folder_.file("out/read-only");
+  support::writeFile(readOnly, "old");
+  chmod(readOnly.c_str(), 0444);
+  EXPECT_EQ(archive.extract("a", readOnly.c_str()), 0);
+  EXPECT_EQ(support::readFile(readOnly), "old");
+  EXPECT_EQ(archive.extract(Names{"missing"}, out.c_str()), 0);
+}
+
+// A full disk, played by a limit of the size of files.
+TEST_F(Zip, FailedExtractionKeepsTheTarget) {
+  {
+    ZipArchive archive;
+    archive.create(path_.c_str(), 0);
+    archive.insert(std::vector<unsigned char>(100000, 'x'), "e", "", 0);
+  }
+  const std::string existing = folder_.file("existing");
+  support::writeFile(existing, "old");
+  support::OtherProcess process([&](const auto&) {
+    std::signal(SIGXFSZ, SIG_IGN);
+    const rlimit limit{50000, 50000};
+    setrlimit(RLIMIT_FSIZE, &limit);
+    ZipArchive archive;
+    archive.open(path_.c_str(), kRead);
+    return archive.extract("e", existing.c_str()) +
+           archive.extract("e", folder_.file("fresh").c_str());
+  });
+  EXPECT_EQ(process.wait(), 0);
+  EXPECT_EQ(support::readFile(existing), "old");
+  EXPECT_FALSE(std::filesystem::exists(folder_.file("fresh")));
+}
+
+class ZipFolders : public Zip {
+ protected:
+  std::string in_ = folder_.file("in");
+  std::string out_ = folder_.file("out");
+};
+
+TEST_F(ZipFolders, TreeComesBack) {
+  for (const char* name :
+       {"empty", "a b/ü.txt", "日本/語", "😀", ".dot/.file", "x\\y/back\\slash"}) {
+    support::writeFile(folder_.file(std::string("in/") + name), name);
+  }
+  support::writeFile(folder_.file("in/empty"), "");
+  std::string deep;
+  for (int i = 0; i < 30; ++i) deep += "d" + std::to_string(i) + "/";
+  support::writeFile(in_ + "/" + deep + "file", std::string(1 << 20, 'z'));
+  EXPECT_TRUE(FRT_ZIP_FOLDER(in_.c_str(), path_.c_str()));
+  EXPECT_TRUE(FRT_UNZIP_FILE(path_.c_str(), out_.c_str()));
+  EXPECT_EQ(support::run(folder_.path(), "diff -r in out && 7z t a.zip"), 0);
+  // Over what is there already.
+  EXPECT_TRUE(FRT_UNZIP_FILE(path_.c_str(), (out_ + "\\").c_str()));
+  EXPECT_EQ(support::run(folder_.path(), "diff -r in out"), 0);
+}
+
+TEST_F(ZipFolders, ArchiveInTheFolderIsNotPackedIntoItself) {
+  support::writeFile(folder_.file("in/file"), "x");
+  path_ = folder_.file("in/a.zip");
+  for (int round = 0; round < 2; ++round) {
+    EXPECT_TRUE(FRT_ZIP_FOLDER(in_.c_str(), path_.c_str()));
+    EXPECT_EQ(names(), Names{"file"});
+  }
+}
+
+TEST_F(ZipFolders, NothingToDo) {
+  EXPECT_TRUE(FRT_ZIP_FOLDER(folder_.file("missing").c_str(), path_.c_str()));
+  EXPECT_EQ(names(), Names{});
+  EXPECT_EQ(support::readFile(path_).size(), 22U);
+  EXPECT_TRUE(FRT_UNZIP_FILE(path_.c_str(), out_.c_str()));
+  EXPECT_FALSE(FRT_UNZIP_FILE(folder_.file("none.zip").c_str(), out_.c_str()));
+  support::writeFile(path_, "no archive");
+  EXPECT_TRUE(FRT_UNZIP_FILE(path_.c_str(), out_.c_str()));
+  EXPECT_FALSE(FRT_ZIP_FOLDER(in_.c_str(), folder_.file("none/a.zip").c_str()));
+  EXPECT_FALSE(std::filesystem::exists(out_));
+}
+
+TEST_F(ZipFolders, HostileNamesStayInside) {
+  support::writeFile(folder_.file("outside/file"), "untouched");
+  for (const char* name : {"..\\..\\x", "../outside/file", "a/../../outside/file", "/etc/x",
+                           "\\\\srv\\share\\x", "C:\\x", "c:x", "link/file", ".."}) {
+    SCOPED_TRACE(name);
+    make({name});
+    std::filesystem::remove_all(out_);
+    std::filesystem::create_directory(out_);
+    std::filesystem::create_directory_symlink(folder_.file("outside"), out_ + "/link");
+    EXPECT_FALSE(FRT_UNZIP_FILE(path_.c_str(), out_.c_str()));
+    ZipArchive archive;
+    archive.open(path_.c_str(), kRead);
+    EXPECT_EQ(archive.extract(Names{name}, (out_ + "\\").c_str()), 0);
+    EXPECT_EQ(support::readFile(folder_.file("outside/file")), "untouched");
+    EXPECT_EQ(support::outputOf(out_, "ls -A"), "link\n");
+  }
+}
+
+// Entries that stand one over the other, by the names of other programs.
+TEST_F(ZipFolders, FirstFailureEndsTheWalk) {
+  ASSERT_EQ(support::run(folder_.path(),
+                         "mkdir in && echo 1 >in/a && echo 2 >in/b && echo 3 >in/c"
+                         " && cd in && zip -q0 ../a.zip a b c"),
+            0);
+  std::string bytes = support::readFile(path_);
+  bytes[bytes.find("2\n")] = 'X';
+  support::writeFile(path_, bytes);
+  EXPECT_FALSE(FRT_UNZIP_FILE(path_.c_str(), out_.c_str()));
+  EXPECT_EQ(support::outputOf(out_, "ls"), "a\n");
+}
+
+// A claim of gigabytes costs no memory that the archive's own size does not
+// justify.
+TEST_F(ZipFolders, LyingSizesAreRefused) {
+  make({std::string(100, 'n')});
+  std::string bytes = support::readFile(path_);
+  const std::size_t record = bytes.rfind("PK\1\2");
+  for (const std::size_t field : {record + 20, record + 24}) {
+    std::string lying = bytes;
+    lying.replace(field, 4, "\xF0\xFF\xFF\x7F", 4);
+    support::writeFile(path_, lying);
+    support::OtherProcess process([&](const auto&) {
+      const rlimit limit{std::size_t{1} << 30, std::size_t{1} << 30};
+      setrlimit(RLIMIT_AS, &limit);
+      return FRT_UNZIP_FILE(path_.c_str(), out_.c_str()) ? 1 : 0;
+    });
+    EXPECT_EQ(process.wait(), 0);
+  }
+}
+
+}  // namespace

@@ -1,0 +1,113 @@
+// The command-line host, run as a user runs it.
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <string>
+
+#include "support/programs.h"
+#include "support/temporary_folder.h"
+
+namespace {
+
+class VeskFs : public testing::Test {
+ protected:
+  // Standard output of a run, then the exit status, then standard error.
+  std::string run(const std::string& arguments) const {
+    return support::outputOf(folder_.path(), std::string("{ " VESK_FS " ") + arguments +
+                                                 " 2>err; echo \"[$?]\"; cat err; rm err; }");
+  }
+  // Whether a run fails as told: status 1, nothing on standard output, and one
+  // line on standard error that tells `what`.
+  void expectFailure(const std::string& arguments, const std::string& what) const {
+    const std::string result = run(arguments);
+    EXPECT_TRUE(result.starts_with("[1]\nvesk-fs: ")) << arguments << ": " << result;
+    EXPECT_NE(result.find(what), std::string::npos) << arguments << ": " << result;
+    EXPECT_EQ(std::count(result.begin(), result.end(), '\n'), 2) << result;
+  }
+
+  support::TemporaryFolder folder_;
+};
+
+TEST_F(VeskFs, PacksAndUnpacks) {
+  support::writeFile(folder_.file("in/sub/a.txt"), "a");
+  support::writeFile(folder_.file("in/b.txt"), "b");
+  EXPECT_EQ(run("pack in a.zip"), "packed 2 files into a.zip\n[0]\n");
+  EXPECT_EQ(run("list a.zip"), "b.txt\nsub\\a.txt\n[0]\n");
+  EXPECT_EQ(run("unpack a.zip out/deep"), "unpacked 2 files into out/deep\n[0]\n");
+  EXPECT_EQ(support::run(folder_.path(), "diff -r in out/deep"), 0);
+  EXPECT_EQ(run("tree in '*.TXT'"), "in\\b.txt\nin\\sub\\a.txt\n[0]\n");
+}
+
+TEST_F(VeskFs, ChangesSingleEntries) {
+  support::writeFile(folder_.file("one"), "1");
+  support::writeFile(folder_.file("in/two"), "2");
+  EXPECT_EQ(run("add a.zip one --password secret"), "[0]\n");
+  EXPECT_EQ(run("add a.zip in/two"), "[0]\n");
+  EXPECT_EQ(run("add a.zip one named/it"), "[0]\n");
+  EXPECT_EQ(run("list a.zip"), "one\ntwo\nnamed/it\n[0]\n");
+  EXPECT_EQ(support::run(folder_.path(), "unzip -P secret -tqq a.zip"), 0);
+  EXPECT_EQ(run("remove a.zip named/it"), "[0]\n");
+  EXPECT_EQ(run("extract a.zip one out/x --password secret"), "[0]\n");
+  EXPECT_EQ(support::readFile(folder_.file("out/x")), "1");
+  expectFailure("extract a.zip one y --password wrong", "password");
+  expectFailure("extract a.zip one y", "password");
+  EXPECT_FALSE(std::filesystem::exists(folder_.file("y")));
+  expectFailure("extract a.zip three y", "'three'");
+  expectFailure("remove a.zip three", "'three'");
+  EXPECT_EQ(run("remove a.zip one"), "[0]\n");
+  expectFailure("remove a.zip two", "only entry");
+}
+
+TEST_F(VeskFs, SaysWhatIsWrong) {
+  support::writeFile(folder_.file("text.zip"), "no archive");
+  support::writeFile(folder_.file("in/file"), "x");
+  support::writeFile(folder_.file("out/file"), "old");
+  chmod(folder_.file("out/file").c_str(), 0444);
+  run("pack in a.zip");
+  expectFailure("pack none b.zip", "'none'");
+  expectFailure("pack in none/b.zip", "'none/b.zip'");
+  expectFailure("unpack none.zip x", "'none.zip'");
+  expectFailure("unpack text.zip x", "not a sound zip archive");
+  expectFailure("list text.zip", "not a sound zip archive");
+  expectFailure("list in", "is a folder");
+  expectFailure("unpack a.zip out", "cannot be replaced");
+  EXPECT_EQ(support::readFile(folder_.file("out/file")), "old");
+  expectFailure("add text.zip in/file", "not a sound zip archive");
+  expectFailure("add a.zip none", "'none'");
+  expectFailure("tree none", "'none'");
+  EXPECT_EQ(support::readFile(folder_.file("text.zip")), "no archive");
+  EXPECT_TRUE(run("").starts_with("[1]\n"));
+  EXPECT_TRUE(run("nonsense").starts_with("[1]\n"));
+  EXPECT_NE(run("--help").find("unpack"), std::string::npos);
+}
+
+TEST_F(VeskFs, RefusesNamesThatLeadOut) {
+  ASSERT_EQ(support::run(folder_.path(),
+                         "python3 -c 'import zipfile; z = zipfile.ZipFile(\"a.zip\", \"w\");"
+                         " z.writestr(\"../../x\", \"x\"); z.close()'"),
+            0);
+  expectFailure("unpack a.zip in/deep", "'../../x'");
+  EXPECT_EQ(support::outputOf(folder_.path(), "find . -type f"), "./a.zip\n");
+}
+
+// A file size limit plays the full disk.
+TEST_F(VeskFs, FullDiskIsAFailure) {
+  for (int i = 0; i < 50; ++i) {
+    ASSERT_EQ(support::run(folder_.path(), "mkdir -p in && head -c 100000 /dev/urandom >in/" +
+                                               std::to_string(i)),
+              0);
+  }
+  const std::string limited = "sh -c 'trap \"\" XFSZ; ulimit -f 1000; exec " VESK_FS;
+  EXPECT_EQ(support::run(folder_.path(), limited + " pack in small.zip'"), 1);
+  // What went in before is whole.
+  EXPECT_EQ(support::run(folder_.path(), "7z t small.zip"), 0);
+  ASSERT_EQ(support::run(folder_.path(), VESK_FS " pack in a.zip"), 0);
+  const std::string before = support::readFile(folder_.file("a.zip"));
+  support::writeFile(folder_.file("more"), std::string(3000, 'x'));
+  EXPECT_EQ(support::run(folder_.path(), limited + " add a.zip more'"), 1);
+  EXPECT_TRUE(support::readFile(folder_.file("a.zip")) == before);
+}
+
+}  // namespace
