@@ -95,8 +95,8 @@ TEST_F(VeskFs, RefusesNamesThatLeadOut) {
 // A file size limit plays the full disk.
 TEST_F(VeskFs, FullDiskIsAFailure) {
   for (int i = 0; i < 50; ++i) {
-    ASSERT_EQ(support::run(folder_.path(), "mkdir -p in && head -c 100000 /dev/urandom >in/" +
-                                               std::to_string(i)),
+    ASSERT_EQ(support::run(folder_.path(),
+                           "mkdir -p in && head -c 100000 /dev/urandom >in/" + std::to_string(i)),
               0);
   }
   const std::string limited = "sh -c 'trap \"\" XFSZ; ulimit -f 1000; exec " VESK_FS;
