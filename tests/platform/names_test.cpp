@@ -1,0 +1,168 @@
+// Attributes, folders, deletion, temporary names and the search path.
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <cstdlib>
+#include <set>
+#include <string>
+
+#include "platform/unique_handle.h"
+#include "platform/win32.h"
+#include "support/temporary_folder.h"
+
+namespace {
+
+class Names : public testing::Test {
+ protected:
+  void SetUp() override {
+    support::writeFile(folder_.file("file"), "12345");
+    support::writeFile(folder_.file(".hidden"), "");
+    support::writeFile(folder_.file("full/inside"), "");
+    std::filesystem::create_directory(folder_.file("empty"));
+    std::filesystem::create_directory_symlink(folder_.file("full"), folder_.file("link"));
+    std::filesystem::create_symlink(folder_.file("file"), folder_.file("file-link"));
+    std::filesystem::create_symlink(folder_.file("nowhere"), folder_.file("dangling"));
+    mkfifo(folder_.file("fifo").c_str(), 0600);
+  }
+  std::string at(const std::string& name) const { return folder_.text() + name; }
+
+  support::TemporaryFolder folder_;
+};
+
+TEST_F(Names, Attributes) {
+  struct {
+    const char* name;
+    DWORD attributes, error;
+  } const cases[] = {
+      {"file", FILE_ATTRIBUTE_ARCHIVE, 0},
+      {".hidden", FILE_ATTRIBUTE_ARCHIVE | FILE_ATTRIBUTE_HIDDEN, 0},
+      {"full", FILE_ATTRIBUTE_DIRECTORY, 0},
+      {"full\\", FILE_ATTRIBUTE_DIRECTORY, 0},
+      {"full\\.", FILE_ATTRIBUTE_DIRECTORY, 0},
+      {"link", FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT, 0},
+      {"file-link", FILE_ATTRIBUTE_ARCHIVE, 0},
+      {"fifo", FILE_ATTRIBUTE_ARCHIVE, 0},
+      {"dangling", INVALID_FILE_ATTRIBUTES, ERROR_FILE_NOT_FOUND},
+      {"missing", INVALID_FILE_ATTRIBUTES, ERROR_FILE_NOT_FOUND},
+      {"missing\\file", INVALID_FILE_ATTRIBUTES, ERROR_PATH_NOT_FOUND},
+      {"file\\x", INVALID_FILE_ATTRIBUTES, ERROR_PATH_NOT_FOUND},
+      {"file\\", INVALID_FILE_ATTRIBUTES, ERROR_PATH_NOT_FOUND},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(GetFileAttributesA(at(c.name).c_str()), c.attributes) << c.name;
+    if (c.error != 0) {
+      EXPECT_EQ(GetLastError(), c.error) << c.name;
+    }
+  }
+  const std::string file = at("file");
+  ASSERT_TRUE(SetFileAttributesA(file.c_str(), FILE_ATTRIBUTE_READONLY));
+  EXPECT_EQ(GetFileAttributesA(file.c_str()), FILE_ATTRIBUTE_ARCHIVE | FILE_ATTRIBUTE_READONLY);
+  ASSERT_TRUE(SetFileAttributesA(file.c_str(), FILE_ATTRIBUTE_NORMAL));
+  EXPECT_EQ(GetFileAttributesA(file.c_str()), FILE_ATTRIBUTE_ARCHIVE);
+
+  const timespec times[] = {{0, 0}, {1, 700}};
+  utimensat(AT_FDCWD, folder_.file("file").c_str(), times, 0);
+  WIN32_FILE_ATTRIBUTE_DATA data{};
+  ASSERT_TRUE(GetFileAttributesExA(file.c_str(), GetFileExInfoStandard, &data));
+  EXPECT_EQ(data.nFileSizeLow, 5U);
+  const ULONGLONG write =
+      ULONGLONG{data.ftLastWriteTime.dwHighDateTime} << 32 | data.ftLastWriteTime.dwLowDateTime;
+  EXPECT_EQ(write, 116444736010000007U);
+}
+
+TEST_F(Names, Deletion) {
+  std::filesystem::permissions(folder_.file(".hidden"), std::filesystem::perms(0444));
+  struct {
+    const char* name;
+    DWORD error;
+  } const cases[] = {
+      {"missing", ERROR_FILE_NOT_FOUND}, {"full", ERROR_ACCESS_DENIED},
+      {".hidden", ERROR_ACCESS_DENIED},  {"none\\x", ERROR_PATH_NOT_FOUND},
+      {"file\\", ERROR_PATH_NOT_FOUND},  {"file-link", ERROR_SUCCESS},
+      {"dangling", ERROR_SUCCESS},       {"fifo", ERROR_SUCCESS},
+      {"file", ERROR_SUCCESS},
+  };
+  for (const auto& c : cases) {
+    const bool deleted = DeleteFileA(at(c.name).c_str()) != FALSE;
+    EXPECT_EQ(deleted, c.error == ERROR_SUCCESS) << c.name;
+    if (!deleted) {
+      EXPECT_EQ(GetLastError(), c.error) << c.name;
+    }
+    // Of a link only the link goes, so that the last case finds its file.
+  }
+}
+
+TEST_F(Names, Folders) {
+  struct {
+    const char* name;
+    DWORD made, removed;
+  } const cases[] = {
+      {"new", ERROR_SUCCESS, ERROR_SUCCESS},
+      {"new\\", ERROR_SUCCESS, ERROR_SUCCESS},
+      {"full", ERROR_ALREADY_EXISTS, ERROR_DIR_NOT_EMPTY},
+      {"file", ERROR_ALREADY_EXISTS, ERROR_DIRECTORY},
+      {"none\\new", ERROR_PATH_NOT_FOUND, ERROR_PATH_NOT_FOUND},
+      {"link", ERROR_ALREADY_EXISTS, ERROR_SUCCESS},
+  };
+  for (const auto& c : cases) {
+    SetLastError(ERROR_SUCCESS);
+    EXPECT_EQ(CreateDirectoryA(at(c.name).c_str(), nullptr) != FALSE, c.made == 0) << c.name;
+    EXPECT_EQ(GetLastError(), c.made) << c.name;
+    SetLastError(ERROR_SUCCESS);
+    EXPECT_EQ(RemoveDirectoryA(at(c.name).c_str()) != FALSE, c.removed == 0) << c.name;
+    EXPECT_EQ(GetLastError(), c.removed) << c.name;
+  }
+  // Of the link only the link went.
+  EXPECT_TRUE(std::filesystem::exists(folder_.file("full/inside")));
+}
+
+TEST_F(Names, TemporaryNames) {
+  char name[MAX_PATH];
+  std::set<std::string> names;
+  for (int i = 0; i < 300; ++i) {
+    const UINT number = GetTempFileNameA(folder_.path().c_str(), "pref", 0, name);
+    ASSERT_NE(number, 0U);
+    EXPECT_TRUE(std::string(name).starts_with(folder_.path().string() + "\\pre")) << name;
+    EXPECT_TRUE(std::string(name).ends_with(".TMP")) << name;
+    EXPECT_TRUE(names.insert(name).second);
+    EXPECT_EQ(GetFileAttributesA(name), FILE_ATTRIBUTE_ARCHIVE);
+  }
+  EXPECT_EQ(GetTempFileNameA((folder_.path().string() + "/").c_str(), "~", 0xABC12345, name),
+            0xABC12345);
+  EXPECT_EQ(name, folder_.path().string() + "/~2345.TMP");
+  EXPECT_EQ(GetFileAttributesA(name), INVALID_FILE_ATTRIBUTES);
+  EXPECT_EQ(GetTempFileNameA(at("missing").c_str(), "~", 1, name), 0U);
+  EXPECT_EQ(GetLastError(), ERROR_DIRECTORY);
+  EXPECT_EQ(GetTempFileNameA(at("file").c_str(), "~", 0, name), 0U);
+  const std::string dots = folder_.path().string() + std::string(246, '/');
+  EXPECT_EQ(GetTempFileNameA(dots.c_str(), "~", 1, name), 0U);
+  EXPECT_NE(GetTempFileNameA(dots.substr(0, 246).c_str(), "abc", 0xFFFF, name), 0U);
+
+  char path[MAX_PATH];
+  setenv("TMPDIR", folder_.path().c_str(), 1);
+  EXPECT_EQ(GetTempPathA(sizeof(path), path), folder_.text().size());
+  EXPECT_EQ(path, folder_.text());
+  EXPECT_EQ(GetTempPathA(3, path), folder_.text().size() + 1);
+  setenv("TMPDIR", "/no/such/folder", 1);
+  GetTempPathA(sizeof(path), path);
+  EXPECT_STREQ(path, "/tmp\\");
+  unsetenv("TMPDIR");
+}
+
+TEST_F(Names, SearchPath) {
+  char found[MAX_PATH];
+  char* part = nullptr;
+  EXPECT_GT(SearchPathA(nullptr, "sh", nullptr, sizeof(found), found, &part), 2U);
+  EXPECT_STREQ(part, "sh");
+  const std::string list = "/nowhere;" + folder_.path().string();
+  EXPECT_EQ(SearchPathA(list.c_str(), "file", nullptr, sizeof(found), found, &part),
+            at("file").size());
+  EXPECT_EQ(found, at("file"));
+  EXPECT_EQ(SearchPathA(list.c_str(), "file", nullptr, 4, found, &part), at("file").size() + 1);
+  EXPECT_EQ(SearchPathA(list.c_str(), "full", nullptr, sizeof(found), found, &part), 0U);
+  EXPECT_EQ(SearchPathA(list.c_str(), "fil", ".x", sizeof(found), found, &part), 0U);
+}
+
+}  // namespace

@@ -1,0 +1,113 @@
+// Wildcards, code pages and times.
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+#include <random>
+#include <string>
+
+#include "platform/posix/wildcard.h"
+#include "platform/win32.h"
+
+namespace {
+
+TEST(Wildcard, Matches) {
+  struct {
+    const char *pattern, *name;
+    bool matches;
+  } const cases[] = {
+      {"*", "", true},
+      {"*.*", "noext", true},
+      {"*.", "noext", true},
+      {"*.", "a.b", false},
+      {"a?c", "abc", true},
+      {"a?c", "ac", false},
+      {"ab?", "ab", true},
+      {"?.txt", ".txt", true},
+      {"??", "a.b", false},
+      {"*.txt", "a.txt.bak", false},
+      {"*.txt", "a.b.TXT", true},
+      {"a*b*c", "aXbYbZc", true},
+      {"a*b*c", "aXbYbZ", false},
+      {"a.?", "a", true},
+      {"é*", "École", true},
+      {"ЯБ?.*", "ябл", true},
+      {"?", "語", true},
+      {"?", "\xFF", true},
+      {"*\xFF", "a\xFE", false},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(platform::posix::Wildcard(c.pattern).matches(c.name), c.matches)
+        << c.pattern << ' ' << c.name;
+  }
+  // A pattern that makes naive matchers run for ages.
+  std::string pattern;
+  for (int i = 0; i < 50; ++i) pattern += "a*";
+  EXPECT_FALSE(platform::posix::Wildcard(pattern + "b").matches(std::string(255, 'a')));
+}
+
+TEST(CodePages, EveryTextComesBack) {
+  std::minstd_rand random(1);
+  // Bytes that begin, continue and spoil sequences.
+  constexpr char kBytes[] = "a\x80\x9F\xA0\xBF\xC1\xC3\xE0\xED\xEF\xF0\xF4\xF5\xFF";
+  for (int round = 0; round < 20000; ++round) {
+    std::string text;
+    for (std::size_t i = random() % 12 + 1; i > 0; --i) {
+      text +=
+          random() % 2 != 0 ? kBytes[random() % (sizeof(kBytes) - 1)] : static_cast<char>(random());
+    }
+    const int size = static_cast<int>(text.size());
+    const int wide = MultiByteToWideChar(CP_ACP, 0, text.data(), size, nullptr, 0);
+    std::u16string buffer(static_cast<std::size_t>(wide), u'\0');
+    ASSERT_EQ(MultiByteToWideChar(CP_ACP, 0, text.data(), size, buffer.data(), wide), wide);
+    std::string back(64, '\0');
+    const int count =
+        WideCharToMultiByte(CP_OEMCP, 0, buffer.data(), wide, back.data(), 64, nullptr, nullptr);
+    ASSERT_EQ(back.substr(0, static_cast<std::size_t>(count)), text);
+  }
+  char16_t pair[3];
+  EXPECT_EQ(MultiByteToWideChar(CP_ACP, 0, "😀", -1, pair, 3), 3);
+  EXPECT_EQ(pair[0], 0xD83D);
+  EXPECT_EQ(pair[1], 0xDE00);
+  EXPECT_EQ(MultiByteToWideChar(CP_ACP, 0, "abcd", 4, pair, 3), 0);
+  EXPECT_EQ(GetLastError(), ERROR_INSUFFICIENT_BUFFER);
+  EXPECT_EQ(MultiByteToWideChar(1252, 0, "a", 1, pair, 3), 0);
+}
+
+TEST(Times, AutomationDates) {
+  struct {
+    SYSTEMTIME time;
+    double date;
+  } const cases[] = {
+      {{1899, 12, 6, 30, 0, 0, 0, 0}, 0.0},
+      {{1899, 12, 0, 31, 12, 0, 0, 0}, 1.5},
+      {{1899, 12, 5, 29, 6, 0, 0, 0}, -1.25},
+      {{2000, 2, 2, 29, 23, 59, 59, 0}, 36585.0 + 86399.0 / 86400},
+      {{100, 1, 5, 1, 0, 0, 0, 0}, -657434.0},
+      {{9999, 12, 5, 31, 0, 0, 0, 0}, 2958465.0},
+  };
+  for (const auto& c : cases) {
+    SYSTEMTIME time = c.time;
+    double date = 99;
+    ASSERT_TRUE(SystemTimeToVariantTime(&time, &date));
+    EXPECT_NEAR(date, c.date, 1e-9);
+    SYSTEMTIME back{};
+    ASSERT_TRUE(VariantTimeToSystemTime(date, &back));
+    EXPECT_EQ(memcmp(&back, &c.time, sizeof(back)), 0) << c.date;
+  }
+  SYSTEMTIME time{2021, 2, 0, 29, 0, 0, 0, 0};
+  double date;
+  EXPECT_FALSE(SystemTimeToVariantTime(&time, &date));
+  for (const double bad : {3e6, -7e5, static_cast<double>(NAN), static_cast<double>(INFINITY)}) {
+    EXPECT_FALSE(VariantTimeToSystemTime(bad, &time)) << bad;
+  }
+  const FILETIME file{0x80000000, 0x01D6F00A};
+  ASSERT_TRUE(FileTimeToSystemTime(&file, &time));
+  EXPECT_EQ(time.wYear, 2021);
+  EXPECT_EQ(time.wMonth, 1);
+  const FILETIME negative{0, 0x80000000};
+  EXPECT_FALSE(FileTimeToSystemTime(&negative, &time));
+}
+
+}  // namespace
