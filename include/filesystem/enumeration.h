@@ -3,7 +3,9 @@
 /// Listing of files and folders. Every function appends to the container that
 /// it is given, never clears it, and returns the number of entries that the
 /// call added. The order is that of the platform's search; nothing is sorted. A
-/// folder that is missing or cannot be listed adds nothing.
+/// folder that is missing or cannot be listed adds nothing. Links to folders are
+/// followed, but for one that leads back to a folder that the walk is in: it is
+/// left out.
 ///
 /// Wildcards: `*` stands for any text, `?` for any character; `*` and `*.*`
 /// match every name. Letter case is ignored.

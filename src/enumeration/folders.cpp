@@ -6,7 +6,7 @@
 
 #include "enumeration/search.h"
 #include "path/fixed_text.h"
-#include "platform/folder_identity.h"
+#include "platform/file_identity.h"
 
 namespace FileSystem {
 namespace {
@@ -55,11 +55,11 @@ class FolderWalk {
 
   // Whether the folder is one that the walk is in.
   bool leadsBack() const {
-    platform::FolderIdentity own;
-    if (!platform::folderIdentity(path_.c_str(), own)) return false;
+    platform::FileIdentity own;
+    if (!platform::fileIdentity(path_.c_str(), own)) return false;
     return std::any_of(levels_.begin(), levels_.end(), [&](std::size_t size) {
-      platform::FolderIdentity above;
-      return platform::folderIdentity(path_.substr(0, size).c_str(), above) && above == own;
+      platform::FileIdentity above;
+      return platform::fileIdentity(path_.substr(0, size).c_str(), above) && above == own;
     });
   }
 

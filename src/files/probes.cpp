@@ -15,8 +15,8 @@ constexpr DWORD kReadWrite = GENERIC_READ | GENERIC_WRITE;
 constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE;
 
 bool canOpen(const char* filename, DWORD access, DWORD share, DWORD disposition) {
-  return static_cast<bool>(platform::FileHandle(CreateFileA(
-      filename, access, share, nullptr, disposition, FILE_ATTRIBUTE_NORMAL, nullptr)));
+  return static_cast<bool>(platform::FileHandle(
+      CreateFileA(filename, access, share, nullptr, disposition, FILE_ATTRIBUTE_NORMAL, nullptr)));
 }
 
 bool sameSecond(const SYSTEMTIME& a, const SYSTEMTIME& b) {
@@ -35,8 +35,7 @@ int FileExists(const char* filename) {
 
   char found[MAX_PATH];
   char* filePart = nullptr;
-  return static_cast<int>(
-      SearchPathA(nullptr, filename, nullptr, sizeof(found), found, &filePart));
+  return static_cast<int>(SearchPathA(nullptr, filename, nullptr, sizeof(found), found, &filePart));
 }
 
 int FolderExists(const char* path) {

@@ -23,8 +23,7 @@ PathParts splitPath(std::string_view path) {
   }
   const std::size_t nameEnd = dot == std::string_view::npos ? rest.size() : dot;
 
-  return {path.substr(0, driveSize),
-          rest.substr(0, nameStart).substr(0, kLongestComponent),
+  return {path.substr(0, driveSize), rest.substr(0, nameStart).substr(0, kLongestComponent),
           rest.substr(nameStart, nameEnd - nameStart).substr(0, kLongestComponent),
           rest.substr(nameEnd).substr(0, kLongestComponent)};
 }

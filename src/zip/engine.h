@@ -121,8 +121,9 @@ int ZipCancelNewEntry(ZipWriter* writer);
 // extra fields and comment. On failure nothing of it is left.
 int ZipCopyEntry(ZipWriter* writer, ZipReader* reader);
 // Commits and frees the writer. A null comment keeps the archive's comment in
-// modes 1 and 2; without a new entry either, the file is left as it was. Negative: nothing could be committed, and the archive is byte
-// for byte what it was. Positive: there was room for the first entries only.
+// modes 1 and 2; without a new entry either, the file is left as it was. Negative: nothing could be
+// committed, and the archive is byte for byte what it was. Positive: there was room for the first
+// entries only.
 int ZipCloseWriter(ZipWriter* writer, const char* globalComment);
 
 // CRC-32 (ISO 3309) of the data behind those that gave `crc`; (0, null, 0) gives

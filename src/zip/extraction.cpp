@@ -112,8 +112,7 @@ bool Extractor::toBytes(const std::string& stored, std::vector<unsigned char>& b
   if (ZipLocateEntry(reader_.get(), stored.c_str(), 0) != 0) return false;
   const OpenEntry entry(reader_.get(), password_);
   ZipEntryInfo info = {};
-  if (!entry ||
-      ZipReadEntryInfo(reader_.get(), &info, nullptr, 0, nullptr, 0, nullptr, 0) != 0) {
+  if (!entry || ZipReadEntryInfo(reader_.get(), &info, nullptr, 0, nullptr, 0, nullptr, 0) != 0) {
     return false;
   }
   bytes.resize(info.uncompressedSize);

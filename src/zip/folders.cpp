@@ -8,33 +8,23 @@
 #include <string>
 #include <vector>
 
+#include "enumeration/search.h"
+#include "platform/file_identity.h"
 #include "zip/extraction.h"
 #include "zip/insertion.h"
 
 namespace {
 
-std::string withBackslash(const char* folder) {
-  std::string text = folder;
-  if (text.empty() || text.back() != '\\') text += '\\';
-  return text;
-}
-
-// Whether two paths name one file. Only asked about a file that refused to be
-// opened, so that its cost does not matter.
 bool sameFile(const char* a, const char* b) {
-  WIN32_FILE_ATTRIBUTE_DATA first = {};
-  WIN32_FILE_ATTRIBUTE_DATA second = {};
-  return GetFileAttributesExA(a, GetFileExInfoStandard, &first) != 0 &&
-         GetFileAttributesExA(b, GetFileExInfoStandard, &second) != 0 &&
-         first.ftCreationTime.dwLowDateTime == second.ftCreationTime.dwLowDateTime &&
-         first.ftCreationTime.dwHighDateTime == second.ftCreationTime.dwHighDateTime &&
-         first.nFileSizeLow == second.nFileSizeLow && first.nFileSizeHigh == second.nFileSizeHigh;
+  platform::FileIdentity first;
+  platform::FileIdentity second;
+  return platform::fileIdentity(a, first) && platform::fileIdentity(b, second) && first == second;
 }
 
 }  // namespace
 
 bool FRT_ZIP_FOLDER(const char* folder, const char* zip) {
-  const std::string base = withBackslash(folder);
+  const std::string base = FileSystem::Detail::withBackslash(folder);
   std::vector<std::string> files;
   FileSystem::EnumFilesWithPath(files, base.c_str(), "*.*", true);
   {
@@ -55,7 +45,7 @@ bool FRT_ZIP_FOLDER(const char* folder, const char* zip) {
 }
 
 bool FRT_UNZIP_FILE(const char* zip, const char* folder) {
-  const std::string base = withBackslash(folder);
+  const std::string base = FileSystem::Detail::withBackslash(folder);
   ZipArchive archive;
   if (archive.open(zip, GENERIC_READ) == 0) return false;
   archive.close();

@@ -54,8 +54,8 @@ std::optional<std::uint32_t> crcOfFile(HANDLE file, std::vector<unsigned char>& 
 
 }  // namespace
 
-bool addBytes(ZipWriter* writer, const std::vector<unsigned char>& bytes,
-              const std::string& stored, const std::string& comment, const char* password) {
+bool addBytes(ZipWriter* writer, const std::vector<unsigned char>& bytes, const std::string& stored,
+              const std::string& comment, const char* password) {
   if (bytes.size() > UINT32_MAX) return false;
   const std::uint32_t size = static_cast<std::uint32_t>(bytes.size());
   SYSTEMTIME now = {};
@@ -93,9 +93,10 @@ bool addFile(ZipWriter* writer, const char* source, const std::string& stored, c
     crc = *whole;
   }
   if (!beginEntry(writer, stored, info, comment, password, crc)) return false;
-  const bool complete = forEachBlock(file.get(), block, [&](const unsigned char* bytes, DWORD size) {
-    return ZipWriteEntry(writer, bytes, size) == 0;
-  });
+  const bool complete =
+      forEachBlock(file.get(), block, [&](const unsigned char* bytes, DWORD size) {
+        return ZipWriteEntry(writer, bytes, size) == 0;
+      });
   if (!complete) {
     ZipCancelNewEntry(writer);
     return false;

@@ -36,8 +36,8 @@ int ZipArchive::create(const char* name, int overwrite) {
   ZipHeldFile& file = m_private->file;
   // The attributes also tell of a file that this very object holds and that
   // FileExists therefore cannot open.
-  if (overwrite == 0 && (FileSystem::FileExists(name) != 0 ||
-                         GetFileAttributesA(name) != INVALID_FILE_ATTRIBUTES)) {
+  if (overwrite == 0 &&
+      (FileSystem::FileExists(name) != 0 || GetFileAttributesA(name) != INVALID_FILE_ATTRIBUTES)) {
     return 0;
   }
   // `name` may be what fileName() gave, which goes with the next step.

@@ -15,7 +15,8 @@ class TemporaryFile {
  public:
   TemporaryFile() {
     char folder[MAX_PATH + 1] = {};
-    if (GetTempPathA(sizeof folder, folder) == 0 || GetTempFileNameA(folder, "~za", 0, path_) == 0) {
+    if (GetTempPathA(sizeof folder, folder) == 0 ||
+        GetTempFileNameA(folder, "~za", 0, path_) == 0) {
       path_[0] = '\0';
     }
   }

@@ -6,40 +6,14 @@
 #include <string_view>
 
 #include "platform/posix/last_error.h"
+#include "platform/posix/utf8.h"
 #include "platform/posix/win32_posix.h"
 
 namespace platform::posix {
 namespace {
 
-constexpr char32_t kByteBase = 0xDC00;
-
 bool isKnown(UINT codePage) {
   return codePage == CP_ACP || codePage == CP_OEMCP || codePage == CP_UTF8;
-}
-
-// Takes a well-formed sequence off the front, or one byte that is none.
-char32_t takeUtf8(std::string_view& text) {
-  const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
-  const unsigned char lead = byte(0);
-  std::size_t length = 1;
-  char32_t value = lead;
-  if (lead >= 0x80) {
-    length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : 2;
-    value = lead & (0x7FU >> length);
-    bool good = lead >= 0xC2 && lead <= 0xF4 && length <= text.size();
-    for (std::size_t i = 1; good && i < length; ++i) {
-      good = (byte(i) & 0xC0) == 0x80;
-      value = value << 6 | (byte(i) & 0x3FU);
-    }
-    constexpr char32_t kLeast[] = {0, 0, 0x80, 0x800, 0x10000};
-    const bool isSurrogate = value >= 0xD800 && value <= 0xDFFF;
-    if (!good || value < kLeast[length] || value > 0x10FFFF || isSurrogate) {
-      length = 1;
-      value = kByteBase + lead;
-    }
-  }
-  text.remove_prefix(length);
-  return value;
 }
 
 void appendUtf16(std::u16string& out, char32_t value) {
@@ -65,8 +39,8 @@ void appendUtf8(std::string& out, char32_t value) {
   const auto add = [&](char32_t byte) { out += static_cast<char>(byte); };
   if (value < 0x80) {
     add(value);
-  } else if (value >= kByteBase + 0x80 && value <= kByteBase + 0xFF) {
-    add(value - kByteBase);
+  } else if (value >= kIllFormedBase + 0x80 && value <= kIllFormedBase + 0xFF) {
+    add(value - kIllFormedBase);
   } else if (value < 0x800) {
     add(0xC0 | value >> 6);
     add(0x80 | (value & 0x3F));

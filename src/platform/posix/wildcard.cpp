@@ -1,6 +1,6 @@
 #include "platform/posix/wildcard.h"
 
-#include <cstdint>
+#include "platform/posix/utf8.h"
 
 namespace platform::posix {
 namespace {
@@ -24,30 +24,12 @@ char32_t lower(char32_t c) {
   return c;
 }
 
-// Takes the next character of UTF-8 text; an ill-formed byte counts as one.
+// Takes the character at a position, and moves it behind that.
 char32_t take(std::string_view text, std::size_t& at) {
-  const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
-  const unsigned char lead = byte(at);
-  const std::size_t length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : lead >= 0xC2 ? 2 : 1;
-  constexpr char32_t kIllFormed = 0xDC00;
-  if (lead < 0x80) {
-    ++at;
-    return lead;
-  }
-  if (length == 1 || length > text.size() - at) {
-    ++at;
-    return kIllFormed + lead;
-  }
-  char32_t value = lead & (0x7FU >> length);
-  for (std::size_t i = 1; i < length; ++i) {
-    if ((byte(at + i) & 0xC0) != 0x80) {
-      ++at;
-      return kIllFormed + lead;
-    }
-    value = value << 6 | (byte(at + i) & 0x3FU);
-  }
-  at += length;
-  return value;
+  std::string_view rest = text.substr(at);
+  const char32_t character = takeUtf8(rest);
+  at = text.size() - rest.size();
+  return character;
 }
 
 }  // namespace

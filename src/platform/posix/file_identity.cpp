@@ -1,4 +1,4 @@
-#include "platform/folder_identity.h"
+#include "platform/file_identity.h"
 
 #include <sys/stat.h>
 
@@ -6,10 +6,10 @@
 
 namespace platform {
 
-bool folderIdentity(const char* path, FolderIdentity& identity) {
+bool fileIdentity(const char* path, FileIdentity& identity) {
   const posix::NativePath native(path);
   struct stat status;
-  if (!native.valid() || stat(native.c_str(), &status) != 0 || !S_ISDIR(status.st_mode)) {
+  if (!native.valid() || stat(native.c_str(), &status) != 0) {
     return false;
   }
   identity = {.volume = status.st_dev, .index = status.st_ino};
