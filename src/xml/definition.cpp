@@ -1,0 +1,58 @@
+// Writing an element, and taking one out of a text.
+
+#include <filesystem/xml.h>
+
+#include <utility>
+
+#include "xml/element.h"
+
+namespace FileSystem::Xml {
+namespace {
+
+constexpr std::size_t kNone = std::string_view::npos;
+
+std::string remove(std::string& text, std::size_t start, std::size_t end, std::string piece) {
+  text.erase(start, end - start);
+  return piece;
+}
+
+}  // namespace
+
+std::string xmlDefine(const std::string& tag, const std::string& value) {
+  const std::string name = toXmlTag(tag);
+  std::string element(1, '<');
+  if (value.empty()) return element.append(name).append(" />");
+  return element.append(name)
+      .append(1, '>')
+      .append(toXml(value))
+      .append("</")
+      .append(name)
+      .append(1, '>');
+}
+
+std::string xmlExtract(std::string& text, const std::string& tag, bool wholeElement) {
+  if (tag.empty()) return {};
+  const std::string name = toXmlTag(tag);
+  const auto start = Detail::findStartTag(text, name);
+  if (!start) return {};
+  const std::size_t contentStart = start->contentStart;
+
+  const bool isSelfClosing = text[contentStart - 2] == '/';
+  if (isSelfClosing) {
+    std::string piece =
+        wholeElement ? text.substr(start->position, contentStart - start->position) : "";
+    return remove(text, start->position, contentStart, std::move(piece));
+  }
+
+  const std::size_t closing = Detail::findClosingTag(text, name);
+  if (closing == kNone || closing < contentStart) return {};
+  if (closing == contentStart && !wholeElement) return {};
+  const std::size_t last = Detail::pairClosingTag(text, name, contentStart, closing, tag.size());
+  if (last == kNone) return {};
+  const std::size_t end = last + Detail::closingTagSize(name);
+  std::string piece = wholeElement ? text.substr(start->position, end - start->position)
+                                   : fromXml(text.substr(contentStart, last - contentStart));
+  return remove(text, start->position, end, std::move(piece));
+}
+
+}  // namespace FileSystem::Xml

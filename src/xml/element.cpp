@@ -1,0 +1,44 @@
+#include "xml/element.h"
+
+namespace FileSystem::Xml::Detail {
+namespace {
+
+constexpr std::size_t kNone = std::string_view::npos;
+
+std::string openingText(std::string_view name) { return std::string(1, '<').append(name); }
+
+std::string closingText(std::string_view name) {
+  return std::string("</").append(name).append(1, '>');
+}
+
+}  // namespace
+
+std::optional<StartTag> findStartTag(std::string_view text, std::string_view name) {
+  const std::size_t position = text.find(openingText(name));
+  if (position == kNone) return std::nullopt;
+  const std::size_t end = text.find('>', position);
+  if (end == kNone) return std::nullopt;
+  return StartTag{
+      .position = position, .nameEnd = position + 1 + name.size(), .contentStart = end + 1};
+}
+
+std::size_t findClosingTag(std::string_view text, std::string_view name) {
+  return text.find(closingText(name));
+}
+
+std::size_t closingTagSize(std::string_view name) { return name.size() + 3; }
+
+std::size_t pairClosingTag(std::string_view text, std::string_view name, std::size_t contentStart,
+                           std::size_t firstClosing, std::size_t step) {
+  const std::string opening = openingText(name);
+  const std::string closing = closingText(name);
+  std::size_t end = firstClosing;
+  std::size_t next = text.find(opening, contentStart);
+  while (end != kNone && next < end) {
+    end = text.find(closing, end + step);
+    next = text.find(opening, next + step);
+  }
+  return end;
+}
+
+}  // namespace FileSystem::Xml::Detail

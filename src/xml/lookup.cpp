@@ -1,0 +1,67 @@
+// Reading an element's content and an attribute's value.
+
+#include <filesystem/xml.h>
+
+#include "xml/element.h"
+
+namespace FileSystem::Xml {
+namespace {
+
+constexpr std::size_t kNone = std::string_view::npos;
+
+std::string_view attributeValue(std::string_view text, std::string_view tag,
+                                std::string_view attribute) {
+  const auto start = Detail::findStartTag(text, tag);
+  if (!start) return {};
+  std::string_view header;
+  // The start tag of an empty name can end right behind its `<`.
+  if (start->nameEnd < start->contentStart) {
+    header = text.substr(start->nameEnd, start->contentStart - 1 - start->nameEnd);
+  }
+  const std::size_t name = header.find(attribute);
+  if (name == kNone) return {};
+  const std::size_t equals = header.find('=', name);
+  // Behind it stands the opening quote.
+  if (equals == kNone || header.size() - equals <= 2) return {};
+  const std::string_view value = header.substr(equals + 2);
+  const std::size_t quote = value.find('"');
+  return quote == kNone ? std::string_view() : value.substr(0, quote);
+}
+
+}  // namespace
+
+std::string xmlContent(const std::string& text, const std::string& tag, bool wholeElement) {
+  if (tag.empty()) return {};
+  const std::string name = toXmlTag(tag);
+  const auto start = Detail::findStartTag(text, name);
+  if (!start) return {};
+  const std::size_t closing = Detail::findClosingTag(text, name);
+  if (closing == kNone || closing <= start->contentStart) return {};
+  const std::size_t end =
+      Detail::pairClosingTag(text, name, start->contentStart, closing, tag.size());
+  if (end == kNone) return {};
+  if (wholeElement) {
+    return text.substr(start->position, end + Detail::closingTagSize(name) - start->position);
+  }
+  return fromXml(text.substr(start->contentStart, end - start->contentStart));
+}
+
+std::string xmlAttribute(const std::string& text, const std::string& tag,
+                         const std::string& attribute) {
+  return fromXml(std::string(attributeValue(text, toXmlTag(tag), toXmlTag(attribute))));
+}
+
+std::string Raw::xmlContent(const std::string& text, const std::string& tag) {
+  const auto start = Detail::findStartTag(text, tag);
+  if (!start) return {};
+  const std::size_t closing = Detail::findClosingTag(text, tag);
+  if (closing == kNone || closing <= start->contentStart) return {};
+  return text.substr(start->contentStart, closing - start->contentStart);
+}
+
+std::string Raw::xmlAttribute(const std::string& text, const std::string& tag,
+                              const std::string& attribute) {
+  return std::string(attributeValue(text, tag, attribute));
+}
+
+}  // namespace FileSystem::Xml
