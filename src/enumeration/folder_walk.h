@@ -1,0 +1,63 @@
+#pragma once
+// Walking the folders below a folder, depth first, parents before children.
+
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "enumeration/search.h"
+
+namespace FileSystem::Detail {
+
+// What a walk does with links to folders.
+enum class Links {
+  Followed,  // but for those that lead back into the walk, which are left out
+  Reported,  // each is visited, what is behind it is not
+};
+
+// A walk down a tree. It keeps one search open at a time, whatever the depth.
+class FolderWalk {
+ public:
+  // The start is a folder text that ends in a separator.
+  FolderWalk(std::string start, bool recursive, Links links = Links::Followed)
+      : path_(std::move(start)), startSize_(path_.size()), recursive_(recursive), links_(links) {}
+
+  // Calls `visit(entry)` for each folder; path() is then its path, without
+  // trailing separator. The walk goes below the folder if it gives true.
+  template <typename Visit>
+  void run(Visit visit) {
+    const std::size_t size = path_.size();
+    levels_.push_back(size);
+    for (const WIN32_FIND_DATAA& entry : foldersHere()) {
+      path_.resize(size);
+      path_ += entry.cFileName;
+      const bool isLink = (entry.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+      if (isLink && links_ == Links::Followed && leadsBack()) continue;
+      if (!visit(entry) || !recursive_ || (isLink && links_ == Links::Reported)) continue;
+      path_ += '\\';
+      run(visit);
+    }
+    path_.resize(size);
+    levels_.pop_back();
+  }
+
+  const std::string& path() const { return path_; }
+  // The folder's path below the start.
+  std::string_view relativePath() const { return std::string_view(path_).substr(startSize_); }
+  // Whether the folder lies directly below the start.
+  bool atTop() const { return levels_.size() == 1; }
+
+ private:
+  std::vector<WIN32_FIND_DATAA> foldersHere() const;
+  // Whether the folder is one that the walk is in.
+  bool leadsBack() const;
+
+  std::string path_;
+  const std::size_t startSize_;
+  const bool recursive_;
+  const Links links_;
+  std::vector<std::size_t> levels_;  // lengths of the paths that the walk is in
+};
+
+}  // namespace FileSystem::Detail

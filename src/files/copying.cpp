@@ -1,0 +1,85 @@
+// Copying a file by rule, and the content of a folder.
+
+#include <filesystem/enumeration.h>
+#include <filesystem/files.h>
+#include <filesystem/path.h>
+
+#include <vector>
+
+#include "files/make_folders.h"
+#include "path/fixed_text.h"
+#include "platform/win32.h"
+
+namespace FileSystem {
+namespace {
+
+// The modes of CopyFileA.
+constexpr unsigned int kAlways = 0;
+constexpr unsigned int kOnlyMissing = 1;
+constexpr unsigned int kOnlyExistingBit = 2;
+constexpr unsigned int kOnlyOlderBit = 4;
+
+using TargetText = Detail::FixedText<261>;
+
+int copy(const char* source, const char* target, BOOL failIfExists) {
+  return ::CopyFileA(source, target, failIfExists);
+}
+
+// 0 if the file has none.
+ULONGLONG lastWrite(const char* path) {
+  WIN32_FILE_ATTRIBUTE_DATA data{};
+  GetFileAttributesExA(path, GetFileExInfoStandard, &data);
+  return ULONGLONG{data.ftLastWriteTime.dwHighDateTime} << 32 | data.ftLastWriteTime.dwLowDateTime;
+}
+
+bool isOlder(const char* target, const char* source) {
+  return lastWrite(target) < lastWrite(source);
+}
+
+// Whether a mode other than kOnlyMissing lets the file be copied.
+bool permits(unsigned int mode, const char* source, const char* target) {
+  if (mode == kAlways) return true;
+  if ((mode & kOnlyExistingBit) != 0) {
+    return FileExists(target) != 0 && ((mode & kOnlyOlderBit) == 0 || isOlder(target, source));
+  }
+  return mode == kOnlyOlderBit && (FileExists(target) == 0 || isOlder(target, source));
+}
+
+// Copies the files that lie directly in a folder; gives their number.
+long copyFiles(const std::string& source, const std::string& target) {
+  std::vector<FILE_INFORMATION> files;
+  EnumFilesWithPath(files, source.c_str(), "*.*");
+  Detail::makeFolders(target.c_str());
+  long count = 0;
+  for (const FILE_INFORMATION& file : files) {
+    const std::string from = source + file.cFileName;
+    const std::string to = target + file.cFileName;
+    if (copy(from.c_str(), to.c_str(), FALSE) != 0) ++count;
+  }
+  return count;
+}
+
+}  // namespace
+
+int CopyFileA(const char* source, const char* targetFolder, unsigned int mode) {
+  TargetText target{std::string_view(targetFolder)};
+  target.append(extractName(source));
+  target.append(extractExtension(source));
+  if (mode == kOnlyMissing) return copy(source, target.c_str(), TRUE);
+  return permits(mode, source, target.c_str()) ? copy(source, target.c_str(), FALSE) : 0;
+}
+
+long CopyContent(const std::string& source, const std::string& target) {
+  constexpr long kNoTarget = -4;
+  std::vector<FILE_INFORMATION> folders;
+  EnumFolders(folders, source.c_str(), 1);
+  if (EnsurePathExists(target.c_str()) == 0) return kNoTarget;
+  long count = 0;
+  for (const FILE_INFORMATION& folder : folders) {
+    const std::string below = std::string(folder.cFileName) + '\\';
+    count += copyFiles(source + below, target + below);
+  }
+  return count + copyFiles(source, target);
+}
+
+}  // namespace FileSystem
