@@ -1,0 +1,223 @@
+// Copying, lock files, the sweep of old files, and temporary storage.
+
+#include <fcntl.h>
+#include <filesystem/files.h>
+#include <filesystem/temporary_storage.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <ctime>
+#include <regex>
+#include <string>
+#include <utility>
+
+#include "platform/unique_handle.h"
+#include "platform/win32.h"
+#include "support/programs.h"
+#include "support/temporary_folder.h"
+
+namespace {
+
+using FileSystem::TemporaryStorage;
+
+constexpr std::time_t kDay = 86400;
+
+class Trees : public testing::Test {
+ protected:
+  void write(const std::string& name, const std::string& content, std::time_t age = 0) {
+    support::writeFile(folder_.file(name), content);
+    const std::time_t time = std::time(nullptr) - age;
+    const timespec times[] = {{time, 0}, {time, 0}};
+    ASSERT_EQ(utimensat(AT_FDCWD, folder_.file(name).c_str(), times, 0), 0);
+  }
+  bool exists(const std::string& name) const {
+    return std::filesystem::exists(std::filesystem::symlink_status(folder_.file(name)));
+  }
+
+  support::TemporaryFolder folder_;
+};
+
+TEST_F(Trees, CopyModes) {
+  enum Target { kMissing, kOlder, kSame, kNewer };
+  // For each mode the targets over which a copy is made.
+  struct {
+    unsigned int mode;
+    bool missing, older, same, newer;
+  } const cases[] = {
+      {0, true, true, true, true},     {1, true, false, false, false},
+      {2, false, true, true, true},    {3, false, true, true, true},
+      {4, true, true, false, false},   {6, false, true, false, false},
+      {7, false, true, false, false},  {5, false, false, false, false},
+      {8, false, false, false, false},
+  };
+  std::filesystem::create_directory(folder_.file("out"));
+  const std::string out = folder_.text() + "out\\";
+  for (const auto& c : cases) {
+    const std::pair<Target, bool> targets[] = {
+        {kMissing, c.missing}, {kOlder, c.older}, {kSame, c.same}, {kNewer, c.newer}};
+    for (const auto& [target, copied] : targets) {
+      SCOPED_TRACE(testing::Message() << c.mode << '/' << target);
+      write("f.txt", "new", 5 * kDay);
+      std::filesystem::remove(folder_.file("out/f.txt"));
+      if (target != kMissing) {
+        write("out/f.txt", "old", target == kOlder ? 6 * kDay : target == kSame ? 5 * kDay : kDay);
+      }
+      if (target == kSame) {
+        std::filesystem::last_write_time(folder_.file("out/f.txt"),
+                                         std::filesystem::last_write_time(folder_.file("f.txt")));
+      }
+      EXPECT_EQ(FileSystem::CopyFileA(folder_.file("f.txt").c_str(), out.c_str(), c.mode) != 0,
+                copied);
+      const std::string expected = copied ? "new" : target == kMissing ? "" : "old";
+      EXPECT_EQ(support::readFile(folder_.file("out/f.txt")), expected);
+    }
+  }
+  EXPECT_NE(
+      FileSystem::CopyFileA(folder_.file("f.txt").c_str(), (folder_.text() + "pre-").c_str(), 0),
+      0);
+  EXPECT_TRUE(exists("pre-f.txt"));
+  EXPECT_EQ(FileSystem::CopyFileA(folder_.file("f.txt").c_str(), folder_.text().c_str(), 0), 0);
+  EXPECT_EQ(support::readFile(folder_.file("f.txt")), "new");
+}
+
+TEST_F(Trees, CopyContent) {
+  write("in/a", "a", 3 * kDay);
+  write("in/sub/deep/b", "b", 4 * kDay);
+  write("in/held", "h");
+  write("out/a", "old");
+  std::filesystem::create_directory(folder_.file("in/empty"));
+  const std::string in = folder_.text() + "in\\";
+  const std::string out = folder_.text() + "out\\";
+  {
+    const platform::FileHandle held(
+        CreateFileA((in + "held").c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
+    EXPECT_EQ(FileSystem::CopyContent(in, out), 2);
+    EXPECT_FALSE(exists("out/held"));
+  }
+  EXPECT_EQ(FileSystem::CopyContent(in, out), 3);
+  EXPECT_EQ(support::run(folder_.path(), "diff -r in out"), 0);
+  EXPECT_EQ(std::filesystem::last_write_time(folder_.file("in/sub/deep/b")),
+            std::filesystem::last_write_time(folder_.file("out/sub/deep/b")));
+  EXPECT_EQ(FileSystem::CopyContent(in + "empty\\", folder_.text() + "new\\"), 0);
+  EXPECT_TRUE(exists("new"));
+  EXPECT_EQ(FileSystem::CopyContent(in, folder_.text() + "in\\a\\x\\"), -4);
+  // Into itself: no file is harmed.
+  EXPECT_EQ(FileSystem::CopyContent(in, in), 0);
+  EXPECT_EQ(support::run(folder_.path(), "diff -r in out"), 0);
+}
+
+TEST_F(Trees, LockFiles) {
+  const std::string name = std::to_string(getpid()) + ".lock";
+  support::writeFile(folder_.file("1.lock"), "");
+  EXPECT_EQ(FileSystem::DeleteLockFile(folder_.path().c_str()), 0);
+  EXPECT_EQ(FileSystem::CreateLockFile(folder_.path().c_str()), 1);
+  EXPECT_EQ(FileSystem::CreateLockFile(folder_.text().c_str()), 1);
+  EXPECT_TRUE(exists(name));
+  EXPECT_NE(FileSystem::DeleteLockFile(folder_.text().c_str()), 0);
+  EXPECT_FALSE(exists(name));
+  EXPECT_TRUE(exists("1.lock"));
+  EXPECT_EQ(FileSystem::CreateLockFile(folder_.file("missing").c_str()), 0);
+  EXPECT_EQ(FileSystem::CreateLockFile((folder_.path().string() + "/").c_str()), 1);
+  EXPECT_TRUE(exists(name));
+  const std::string tooLong(400, 'x');
+  EXPECT_EQ(FileSystem::CreateLockFile(tooLong.c_str()), 0);
+}
+
+TEST_F(Trees, Sweep) {
+  write("top.tmp", "", 10 * kDay);
+  write("top.TMP", "", 10 * kDay);
+  write("top.txt", "", 10 * kDay);
+  write("young.tmp", "");
+  write("old/deep/a.txt", "", 8 * kDay);
+  write("mixed/old", "", 8 * kDay);
+  write("mixed/young", "", 6 * kDay);
+  write("outside/old", "", 100 * kDay);
+  std::filesystem::create_directory(folder_.file("void"));
+  const support::TemporaryFolder elsewhere;
+  support::writeFile(elsewhere.file("old"), "");
+  utimensat(AT_FDCWD, elsewhere.file("old").c_str(), std::array<timespec, 2>{}.data(), 0);
+  std::filesystem::create_directory_symlink(elsewhere.path(), folder_.file("link"));
+
+  EXPECT_EQ(FileSystem::eraseOldFile(folder_.text(), 4294967295U), 0U);
+  EXPECT_FALSE(exists("void"));
+  EXPECT_EQ(FileSystem::eraseOldFile(folder_.text(), 7), 5U);
+  for (const char* gone : {"top.tmp", "top.TMP", "old", "mixed/old", "outside"}) {
+    EXPECT_FALSE(exists(gone)) << gone;
+  }
+  for (const char* stays : {"top.txt", "young.tmp", "mixed/young", "link"}) {
+    EXPECT_TRUE(exists(stays)) << stays;
+  }
+  EXPECT_TRUE(std::filesystem::exists(elsewhere.file("old")));
+  write("future.tmp", "", -kDay);
+  EXPECT_EQ(FileSystem::eraseOldFile(folder_.text(), 0), 2U);
+  EXPECT_TRUE(exists("future.tmp"));
+  EXPECT_EQ(FileSystem::eraseOldFile(folder_.file("missing\\"), 0), 0U);
+
+  // A folder that becomes empty goes, and the folders above it that then are.
+  write("chain/top/sub/f", "", 2 * kDay);
+  EXPECT_EQ(FileSystem::eraseOldFile(folder_.text() + "chain\\top\\", 1), 1U);
+  EXPECT_FALSE(exists("chain"));
+}
+
+TEST_F(Trees, TemporaryStorageLifecycle) {
+  TemporaryStorage storage;
+  EXPECT_EQ(storage.path() + storage.basePath(), "");
+  EXPECT_FALSE(storage.create("", false));
+  EXPECT_FALSE(storage.create(folder_.file("missing"), false));
+  ASSERT_TRUE(storage.create(folder_.path().string(), false));
+  EXPECT_EQ(storage.basePath(), folder_.text());
+  const std::string first = storage.path();
+  const std::regex form(R"(\{[0-9A-F]{8}(-[0-9A-F]{4}){3}-[0-9A-F]{12}\}\\)");
+  EXPECT_TRUE(std::regex_match(first.substr(folder_.text().size()), form)) << first;
+  EXPECT_EQ(FileSystem::FolderExists(first.c_str()), 1);
+
+  ASSERT_TRUE(storage.create(folder_.text(), false));
+  EXPECT_NE(storage.path(), first);
+  EXPECT_EQ(FileSystem::FolderExists(first.c_str()), 0);
+  {
+    const TemporaryStorage copy(storage);
+    EXPECT_EQ(copy.path(), storage.path());
+  }
+  EXPECT_EQ(FileSystem::FolderExists(storage.path().c_str()), 0);
+  storage.clear();
+  EXPECT_FALSE(storage.path().empty());
+
+  const std::string base = folder_.file("base");
+  std::filesystem::create_directory(base);
+  ASSERT_TRUE(storage.create(base, true));
+  storage.clear();
+  EXPECT_FALSE(exists("base"));
+}
+
+TEST_F(Trees, TemporaryStorageTakesAllOfItsOwn) {
+  const support::TemporaryFolder elsewhere;
+  support::writeFile(elsewhere.file("kept"), "");
+  TemporaryStorage storage;
+  ASSERT_TRUE(storage.create(folder_.path().string(), true));
+  const std::string path = storage.path();
+  std::string native = path;
+  native.erase(0, folder_.text().size());
+  native = folder_.file(native.substr(0, native.size() - 1));
+  ASSERT_EQ(support::run(native, "mkdir -p a/b/c && touch a/1 a/b/2 a/b/c/3 '4\\5' && ln -s '" +
+                                     elsewhere.path().string() +
+                                     "' a/link && ln -s /nowhere a/dangling && ln -s .. a/b/up && "
+                                     "mkfifo fifo"),
+            0);
+  write("neighbour", "");
+  storage.clear();
+  EXPECT_FALSE(std::filesystem::exists(native));
+  EXPECT_TRUE(exists("neighbour"));
+  EXPECT_TRUE(std::filesystem::exists(elsewhere.file("kept")));
+
+  // What somebody holds stays, with the folders above it.
+  ASSERT_TRUE(storage.create(folder_.path().string(), false));
+  const std::string held = storage.path() + "held";
+  const platform::FileHandle holder(
+      CreateFileA(held.c_str(), GENERIC_READ | GENERIC_WRITE, 3, nullptr, CREATE_NEW, 0, nullptr));
+  storage.clear();
+  EXPECT_EQ(FileSystem::FileExists(held.c_str()), 1);
+}
+
+}  // namespace

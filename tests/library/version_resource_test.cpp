@@ -1,0 +1,71 @@
+#include <filesystem/files.h>
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "support/temporary_folder.h"
+
+namespace {
+
+using namespace FileSystem;
+
+std::string data(const std::string& name) {
+  return std::string(VESK_TEST_DATA "/version/") + name + ".dll";
+}
+
+TEST(VersionResource, Texts) {
+  struct {
+    const char *name, *version;
+  } const cases[] = {
+      {"plain", "2.5.1"},      {"special3", "2.5.1C"},   {"special26", "2.5.1Z"},
+      {"special27", "2.5.1"},  {"special12x", "2.5.1L"}, {"negative", "2.5.1"},
+      {"languages", "größer"},
+  };
+  for (const auto& c : cases) {
+    CString version("before");
+    EXPECT_EQ(FormatVersion(data(c.name).c_str(), version), 1) << c.name;
+    EXPECT_STREQ(version, c.version) << c.name;
+  }
+}
+
+TEST(VersionResource, WhatIsMissingChangesNothing) {
+  const support::TemporaryFolder folder;
+  support::writeFile(folder.file("text"), "MZ and no more");
+  CString value("before");
+  EXPECT_EQ(FormatVersion(data("onlyspecial").c_str(), value), 0);
+  EXPECT_EQ(FormatVersion(data("none").c_str(), value), 0);
+  EXPECT_EQ(FormatVersion(folder.file("text").c_str(), value), 0);
+  EXPECT_EQ(FormatVersion(folder.path().c_str(), value), 0);
+  // Only the first block of the translation list is read.
+  EXPECT_EQ(VerGetFileInfoString(data("languages").c_str(), "OnlyThere", value), 0);
+  EXPECT_EQ(VerGetFileInfoString(data("plain").c_str(), "", value), 0);
+  EXPECT_STREQ(value, "before");
+  EXPECT_EQ(VerGetFileInfoString(data("plain").c_str(), "productVERSION", value), 1);
+  EXPECT_STREQ(value, "2.5.1");
+}
+
+// Every cut, and every byte changed: a right text, another one, or none.
+TEST(VersionResource, LiesDoNoHarm) {
+  const support::TemporaryFolder folder;
+  const std::string path = folder.file("lie.dll");
+  const std::string whole = support::readFile(data("special3"));
+  ASSERT_GT(whole.size(), 1000U);
+  CString version;
+  for (std::size_t size = 0; size < whole.size(); size += 7) {
+    support::writeFile(path, whole.substr(0, size));
+    FormatVersion(path.c_str(), version);
+  }
+  for (std::size_t at = 0; at < whole.size(); ++at) {
+    if (whole[at] == 0 && at % 4 != 3) continue;
+    for (const char lie : {'\x7F', '\xFF', '\x00'}) {
+      std::string bytes = whole;
+      bytes[at] = lie;
+      support::writeFile(path, bytes);
+      FormatVersion(path.c_str(), version);
+    }
+  }
+  support::writeFile(path, whole);
+  EXPECT_EQ(FormatVersion(path.c_str(), version), 1);
+}
+
+}  // namespace

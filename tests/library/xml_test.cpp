@@ -1,0 +1,245 @@
+#include <filesystem/xml.h>
+#include <gtest/gtest.h>
+
+#include <random>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "support/temporary_folder.h"
+
+namespace {
+
+using namespace FileSystem;
+using namespace FileSystem::Xml;
+
+// Undoing as it is defined: kind by kind, each from the start again after every
+// replacement.
+std::string fromXmlByPasses(std::string text) {
+  const std::pair<const char*, char> entities[] = {
+      {"&lt;", '<'}, {"&gt;", '>'}, {"&amp;", '&'}, {"&apos;", '\''}, {"&quot;", '"'}};
+  for (const auto& [entity, character] : entities) {
+    const std::string searched = entity;
+    for (std::size_t at; (at = text.find(searched)) != std::string::npos;) {
+      text.replace(at, searched.size(), 1, character);
+    }
+  }
+  return text;
+}
+
+TEST(Xml, Escaping) {
+  std::string all;
+  for (int c = 0; c < 256; ++c) all += static_cast<char>(c);
+  std::string kept;
+  for (const char c : all) {
+    const auto byte = static_cast<unsigned char>(c);
+    if (byte >= 32 || byte == 0 || byte == 9 || byte == 10 || byte == 13) kept += c;
+  }
+  EXPECT_EQ(fromXml(toXml(all)), kept);
+  EXPECT_EQ(toXml("<a k=\"1\">'&'"), "&lt;a k=&quot;1&quot;&gt;&apos;&amp;&apos;");
+  EXPECT_EQ(toXml("\x01\x0B\x0C\x1F"), "");
+}
+
+TEST(Xml, Unescaping) {
+  struct {
+    const char *text, *result;
+  } const cases[] = {
+      {"&lt;&gt;&amp;&apos;&quot;", "<>&'\""},
+      {"&amp;lt;", "&lt;"},
+      {"&amp;gt;", "&gt;"},
+      {"&amp;amp;amp;", "&"},
+      {"&amp;apos;", "'"},
+      {"&amp;amp;quot;", "\""},
+      {"&#60;&LT;&nbsp;& &lt", "&#60;&LT;&nbsp;& &lt"},
+      {"&&amp;lt;", "&&lt;"},
+      {"", ""},
+  };
+  for (const auto& c : cases) EXPECT_EQ(fromXml(c.text), c.result) << c.text;
+
+  std::minstd_rand random(1);
+  const char* const pieces[] = {"&",    "amp;", "lt;",    "gt;",    "apos;", "quot;", "&amp;",
+                                "&lt;", "&gt;", "&apos;", "&quot;", ";",     "am",    "p;"};
+  for (int round = 0; round < 50000; ++round) {
+    std::string text;
+    for (std::size_t i = random() % 10; i > 0; --i) text += pieces[random() % std::size(pieces)];
+    ASSERT_EQ(fromXml(text), fromXmlByPasses(text)) << text;
+  }
+  // Megabytes of what repeated passes would need hours for.
+  std::string dense = "&";
+  for (int i = 0; i < 1000000; ++i) dense += "amp;";
+  EXPECT_EQ(fromXml(dense), "&");
+}
+
+TEST(Xml, FirstCallsTogetherAgree) {
+  std::vector<std::thread> threads;
+  for (int i = 0; i < 8; ++i) {
+    threads.emplace_back([] { EXPECT_EQ(toXml("\x02<\x03"), "&lt;"); });
+  }
+  for (std::thread& thread : threads) thread.join();
+}
+
+TEST(Xml, TagNames) {
+  struct {
+    const char *name, *tag;
+  } const cases[] = {
+      {"", ""},
+      {"1st", "1st"},
+      {"My Tag", "my_tag"},
+      {"a@b", "a_at_b"},
+      {"a&b<c>", "a_b_c_"},
+      {"C:\\x/y", "c:_x_y"},
+      {"a.b-c#(~", "a.b-c#(~"},
+      {"\xE9t\xE9", "ete"},
+      {"\xC9t\xE9", "\xE9te"},
+      {"\xC4X\xF1", "\xC4x\xF1"},
+      {"!\"$%'*+?", "________"},
+      {"\xE0\xE2\xE4\xE7\xEB\xF6\xFC", "aaaceou"},
+  };
+  for (const auto& c : cases) EXPECT_EQ(toXmlTag(c.name), c.tag) << c.name;
+}
+
+TEST(Xml, Content) {
+  struct {
+    const char *text, *tag, *content, *whole, *raw;
+  } const cases[] = {
+      {"<a>x</a>", "a", "x", "<a>x</a>", "x"},
+      {"<a k=\"1\">x</a>", "a", "x", "<a k=\"1\">x</a>", "x"},
+      {"<a>1<a>2</a>3</a>z", "a", "1<a>2</a>3", "<a>1<a>2</a>3</a>", "1<a>2"},
+      {"<a>1</a><a>2</a>", "a", "1", "<a>1</a>", "1"},
+      {"<a></a>", "a", "", "", ""},
+      {"<a>x", "a", "", "", ""},
+      {"<a/>", "a", "", "", ""},
+      {"</a><a>x</a>", "a", "", "", ""},
+      {"<ab>x</ab><a>y</a>", "a", "", "", "x</ab><a>y"},
+      {"<ab>x</ab>", "a", "", "", ""},
+      {"<Name>x</Name>", "Name", "", "", "x"},
+      {"<a>&lt;</a>", "a", "<", "<a>&lt;</a>", "&lt;"},
+      {"<a><a/></a>", "a", "", "", "<a/>"},
+      {"<a b='</a>'>x</a>", "a", "", "", ""},
+      {"<a><a><a>x</a></a>", "a", "", "", "<a><a>x"},
+      {"<my_tag>x</my_tag>", "My Tag", "x", "<my_tag>x</my_tag>", ""},
+      {"<>x</>", "", "", "", "x"},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(xmlContent(c.text, c.tag, false), c.content) << c.text;
+    EXPECT_EQ(xmlContent(c.text, c.tag, true), c.whole) << c.text;
+    EXPECT_EQ(Raw::xmlContent(c.text, c.tag), c.raw) << c.text;
+  }
+}
+
+TEST(Xml, Attributes) {
+  struct {
+    const char *text, *name, *value, *raw;
+  } const cases[] = {
+      {"<a k=\"1\" m=\"2\"/>", "k", "1", "1"},
+      {"<a k=\"1\" m=\"2\"/>", "m", "2", "2"},
+      {"<a k=\"1\">", "z", "", ""},
+      {"<ab k=\"1\"/><a k=\"2\"/>", "k", "1", "1"},
+      {"<a kk=\"1\" k=\"2\">", "k", "1", "1"},
+      {"<a k='1'>", "k", "", ""},
+      {"<a k=1 m=\"2\">", "k", " m=", " m="},
+      {"<a k = \"1\">", "k", "", ""},
+      {"<a k=>", "k", "", ""},
+      {"<a k", "k", "", ""},
+      {"<a k=\"1>2\">", "k", "", ""},
+      {"<a Key=\"1\">", "Key", "", "1"},
+      {"<a k=\"&amp;\">", "k", "&", "&amp;"},
+      {"<a>", "", "", ""},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(xmlAttribute(c.text, "a", c.name), c.value) << c.text;
+    EXPECT_EQ(Raw::xmlAttribute(c.text, "a", c.name), c.raw) << c.text;
+  }
+  EXPECT_EQ(Raw::xmlAttribute("<>", "", ""), "");
+}
+
+TEST(Xml, DefinitionAndExtraction) {
+  EXPECT_EQ(xmlDefine("abc", ""), "<abc />");
+  EXPECT_EQ(xmlDefine("My Tag", "a<b"), "<my_tag>a&lt;b</my_tag>");
+  EXPECT_EQ(xmlDefine("a", "\x01"), "<a></a>");
+  EXPECT_EQ(xmlContent(xmlDefine("\xC9t\xC9", "v"), "\xC9t\xC9", false), "v");
+  struct {
+    const char* text;
+    bool whole;
+    const char *result, *rest;
+  } const cases[] = {
+      {"<a>1</a><b>2</b>", false, "1", "<b>2</b>"},
+      {"<a>1</a><b>2</b>", true, "<a>1</a>", "<b>2</b>"},
+      {"<x/><a k=\"1\"/><b/>", true, "<a k=\"1\"/>", "<x/><b/>"},
+      {"<x/><a k=\"1\"/><b/>", false, "", "<x/><b/>"},
+      {"-<a />-", false, "", "--"},
+      {"<a></a>", false, "", "<a></a>"},
+      {"<a></a>", true, "<a></a>", ""},
+      {"<a>1<a>2</a>3</a>z", false, "1<a>2</a>3", "z"},
+      {"<a><b/></a>", false, "<b/>", ""},
+      {"<a>&amp;</a>", false, "&", ""},
+      {"<a>&amp;</a>", true, "<a>&amp;</a>", ""},
+      {"<a>x", false, "", "<a>x"},
+      {"</a><a>x</a>", true, "", "</a><a>x</a>"},
+      {"<a b='</a>'>x</a>", true, "", "<a b='</a>'>x</a>"},
+      {"<a><a>x</a>", true, "", "<a><a>x</a>"},
+      {"<b>", true, "", "<b>"},
+  };
+  for (const auto& c : cases) {
+    std::string text = c.text;
+    EXPECT_EQ(xmlExtract(text, "a", c.whole), c.result) << c.text;
+    EXPECT_EQ(text, c.rest) << c.text;
+  }
+  std::string text = "<>x</>";
+  EXPECT_EQ(xmlExtract(text, "", true), "");
+  EXPECT_EQ(text, "<>x</>");
+}
+
+TEST(Xml, RandomBytesDoNoHarm) {
+  std::minstd_rand random(2);
+  constexpr char kBytes[] = "<>/=\"& ab\0\xE9;";
+  const auto text = [&](std::size_t longest) {
+    std::string result;
+    for (std::size_t i = random() % longest; i > 0; --i) {
+      result += kBytes[random() % (sizeof(kBytes) - 1)];
+    }
+    return result;
+  };
+  for (int round = 0; round < 100000; ++round) {
+    const std::string whole = text(40);
+    const std::string tag = text(3);
+    const std::string name = text(3);
+    std::string rest = whole;
+    const std::string piece = xmlExtract(rest, tag, true);
+    // What is taken out was there, and nothing else is gone.
+    ASSERT_EQ(rest.size() + piece.size(), whole.size());
+    xmlContent(whole, tag, false);
+    xmlAttribute(whole, tag, name);
+    Raw::xmlContent(whole, tag);
+    Raw::xmlAttribute(whole, tag, name);
+  }
+}
+
+TEST(Xml, Files) {
+  const support::TemporaryFolder folder;
+  const std::string path = folder.file("f");
+  using namespace std::string_literals;
+  const std::pair<std::string, int> cases[] = {
+      {"<?xml version=\"1.0\"?>", 1},
+      {"<?xml", 1},
+      {"<?xm", 0},
+      {" \r\n\t\v\f<?xml-s", 1},
+      {"\xEF\xBB\xBF<?xml", 0},
+      {"<?XML ", 0},
+      {"<root/>", 0},
+      {"", 0},
+      {" \n ", 0},
+      {"<\0?\0x\0"s, 0},
+      {"<? xml", 0},
+      {std::string(5000, ' ') + "<?xml", 1},
+  };
+  for (const auto& [content, expected] : cases) {
+    support::writeFile(path, content);
+    EXPECT_EQ(isFileXml(path.c_str()), expected) << content;
+  }
+  EXPECT_EQ(isFileXml(folder.file("missing").c_str()), 0);
+  EXPECT_EQ(isFileXml(folder.path().c_str()), 0);
+}
+
+}  // namespace
