@@ -83,10 +83,11 @@ class Resource {
 
   std::optional<Node> find(std::u16string_view path) const {
     std::optional<Node> node = nodeAt(0, size_);
+    if (path == u"\\") return node;
     while (node && !path.empty()) {
       path.remove_prefix(path.front() == u'\\' ? 1 : 0);
       const std::size_t end = std::min(path.find(u'\\'), path.size());
-      if (end != 0) node = childOf(*node, path.substr(0, end));
+      node = childOf(*node, path.substr(0, end));
       path.remove_prefix(end);
     }
     return node;
