@@ -2,20 +2,23 @@
 
 BUILD_PACKAGES = cmake g++ ninja-build libboost-dev zlib1g-dev libdeflate-dev libgtest-dev \
                  libcli11-dev
-TEST_PACKAGES = zip unzip p7zip-full libarchive-tools python3 coreutils diffutils
+TEST_PACKAGES = zip unzip p7zip-full libarchive-tools python3 coreutils diffutils \
+                pkg-config binutils
 BENCH_PACKAGES = libbenchmark-dev
+DOCS_PACKAGES = doxygen
 
 PREFIX ?= /usr/local
 # The folder that `make demo` packs; its files are on every machine that builds this.
 FOLDER ?= /usr/include
 
-.PHONY: help demo test bench install clean
+.PHONY: help demo test bench docs install clean
 
 help:
 	@echo "make demo [FOLDER=...]     pack a real folder, unpack it, compare"
 	@echo "make test                  build and run all tests, plain and under the sanitizers"
 	@echo "make bench                 build and run the benchmarks"
 	@echo "make install [PREFIX=...]  install library and headers (default $(PREFIX))"
+	@echo "make docs                  build the HTML reference in build/docs/html"
 	@echo "make clean                 remove everything that was built"
 
 demo:
@@ -38,6 +41,11 @@ bench:
 	cmake --preset release -DVESK_BENCH=ON
 	cmake --build --preset release --target bench
 	build/release/bin/bench
+
+docs:
+	@scripts/install-packages $(DOCS_PACKAGES)
+	mkdir -p build/docs
+	doxygen docs/Doxyfile
 
 install:
 	@scripts/install-packages $(BUILD_PACKAGES)

@@ -27,3 +27,13 @@ void extract(const std::string& zip, const std::string& name, const std::string&
 
 // Writes the paths of all files below the folder.
 void tree(const std::string& folder, const std::string& pattern);
+
+// A file is copied into the folder `target`; of a folder all that it holds is.
+void copy(const std::string& source, const std::string& target);
+// Deletes old files as eraseOldFile does; a dry run writes their paths instead.
+void sweep(const std::string& folder, unsigned int days, bool dryRun);
+// Writes the version text of an executable.
+void version(const std::string& file);
+
+// Writes the content of an element, or of its attribute unless that is empty.
+void xmlGet(const std::string& file, const std::string& tag, const std::string& attribute);

@@ -10,7 +10,9 @@
 namespace {
 
 struct Arguments {
-  std::string folder, zip, file, name, target, password;
+  std::string folder, zip, file, name, source, target, password, tag, attribute;
+  unsigned int days = 0;
+  bool dryRun = false;
   std::string pattern = "*.*";
 };
 
@@ -56,6 +58,31 @@ void describe(CLI::App& app, Arguments& a) {
   command->add_option("PATTERN", a.pattern,
                       "wildcards * and ? for the file names; all if left out");
   command->callback([&a] { tree(a.folder, a.pattern); });
+
+  command = app.add_subcommand("copy", "Copy a file, or all that a folder holds, into a folder");
+  command->add_option("SOURCE", a.source, "file or folder to copy")->required();
+  command->add_option("TARGET", a.target, "folder to copy into; made if missing")->required();
+  command->callback([&a] { copy(a.source, a.target); });
+
+  command = app.add_subcommand("sweep",
+                               "Delete old files: *.tmp in the folder itself, all files below it, "
+                               "and folders that become empty");
+  command->add_option("FOLDER", a.folder, "folder to sweep")->required();
+  command->add_option("DAYS", a.days, "age in days, by the last write")->required();
+  command->add_flag("--dry-run", a.dryRun, "write the paths of the files, delete nothing");
+  command->callback([&a] { sweep(a.folder, a.days, a.dryRun); });
+
+  command = app.add_subcommand("version", "Write the version text of a Windows executable");
+  command->add_option("FILE", a.file, "executable or library in the PE format")->required();
+  command->callback([&a] { version(a.file); });
+
+  command = app.add_subcommand("xml", "Read XML as plain text");
+  command->require_subcommand(1);
+  command = command->add_subcommand("get", "Write the content of an element or attribute");
+  command->add_option("FILE", a.file, "file to read")->required();
+  command->add_option("TAG", a.tag, "name of the element; the first one counts")->required();
+  command->add_option("ATTRIBUTE", a.attribute, "name of an attribute of it");
+  command->callback([&a] { xmlGet(a.file, a.tag, a.attribute); });
 }
 
 }  // namespace

@@ -83,6 +83,34 @@ TEST_F(VeskFs, SaysWhatIsWrong) {
   EXPECT_NE(run("--help").find("unpack"), std::string::npos);
 }
 
+TEST_F(VeskFs, CopiesSweepsAndReads) {
+  support::writeFile(folder_.file("in/sub/a"), "a");
+  support::writeFile(folder_.file("in/b.tmp"), "b");
+  EXPECT_EQ(run("copy in out/new"), "copied 2 files\n[0]\n");
+  EXPECT_EQ(support::run(folder_.path(), "diff -r in out/new"), 0);
+  EXPECT_EQ(run("copy in/b.tmp single/place"), "[0]\n");
+  EXPECT_EQ(support::readFile(folder_.file("single/place/b.tmp")), "b");
+  expectFailure("copy none out", "'none'");
+  expectFailure("copy in in/b.tmp/x", "'.\\in/b.tmp/x\\'");
+
+  ASSERT_EQ(support::run(folder_.path(), "touch -d '3 days ago' in/sub/a in/b.tmp"), 0);
+  EXPECT_EQ(run("sweep in 4 --dry-run"), "[0]\n");
+  EXPECT_EQ(run("sweep in 2 --dry-run"), "in\\b.tmp\nin\\sub\\a\n[0]\n");
+  EXPECT_EQ(support::run(folder_.path(), "test -f in/sub/a"), 0);
+  EXPECT_EQ(run("sweep in 2"), "deleted 2 files\n[0]\n");
+  EXPECT_EQ(support::run(folder_.path(), "test -e in/sub"), 1);
+  expectFailure("sweep none 2", "'none'");
+  EXPECT_TRUE(run("sweep out -1").starts_with("[1]\n"));
+
+  EXPECT_EQ(run("version " VESK_TEST_DATA "/version/special3.dll"), "2.5.1C\n[0]\n");
+  support::writeFile(folder_.file("f.xml"), "<a k=\"&lt;1\">x &amp; y</a>");
+  expectFailure("version f.xml", "version resource");
+  EXPECT_EQ(run("xml get f.xml a"), "x & y\n[0]\n");
+  EXPECT_EQ(run("xml get f.xml a k"), "<1\n[0]\n");
+  expectFailure("xml get f.xml b", "'b'");
+  expectFailure("xml get none a", "'none'");
+}
+
 TEST_F(VeskFs, RefusesNamesThatLeadOut) {
   ASSERT_EQ(support::run(folder_.path(),
                          "python3 -c 'import zipfile; z = zipfile.ZipFile(\"a.zip\", \"w\");"

@@ -1,0 +1,24 @@
+// Packs a folder into an archive and lists what went in.
+// Usage: pack_folder FOLDER ZIP
+
+#include <filesystem/zip.h>
+#include <filesystem/zip_archive.h>
+
+#include <cstdio>
+#include <string>
+#include <utility>
+#include <vector>
+
+int main(int argc, char** argv) {
+  if (argc != 3) return 2;
+  if (!FRT_ZIP_FOLDER(argv[1], argv[2])) {
+    std::fprintf(stderr, "cannot pack all of %s\n", argv[1]);
+    return 1;
+  }
+  constexpr unsigned int kGenericRead = 0x80000000;
+  ZipArchive archive;
+  std::vector<std::pair<std::string, std::string>> entries;
+  if (archive.open(argv[2], kGenericRead) == 0 || archive.content(entries) == 0) return 1;
+  for (const auto& entry : entries) std::printf("%s\n", entry.first.c_str());
+  return 0;
+}
