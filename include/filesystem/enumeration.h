@@ -67,9 +67,13 @@ FILESYSTEM_API std::uint64_t EnumFilesWithPath(std::vector<std::string>& result,
                                                const char* pattern, bool recursive);
 
 /// As the record form of EnumFilesWithPath, with a filter.
-/// @param filter gets the full path of each file that can be opened; non-zero
-///               keeps the file. What it throws passes through; an empty filter
-///               raises `boost::bad_function_call` at the first file.
+/// @param result  gets the records; `cFileName` holds the bare name
+/// @param folder  folder, with or without trailing `\`, not null
+/// @param pattern wildcard text, not null
+/// @param filter  gets the full path of each file that can be opened; non-zero
+///                keeps the file. What it throws passes through; an empty filter
+///                raises `boost::bad_function_call` at the first file.
+/// @return number of records added
 FILESYSTEM_API std::uint64_t EnumFilesWithPathEx(std::vector<FILE_INFORMATION>& result,
                                                  const char* folder, const char* pattern,
                                                  const boost::function1<int, const char*>& filter);
@@ -94,10 +98,15 @@ FILESYSTEM_API std::uint64_t EnumFolders(std::vector<std::string>& result, const
                                          int recursive);
 
 /// As the record form of EnumFolders, with a filter that prunes the walk.
-/// @param filter gets the path of each folder, without trailing `\`; zero
-///               leaves out the folder and all below it. What it throws passes
-///               through; an empty filter raises `boost::bad_function_call` at
-///               the first folder.
+/// @param result    gets the records; `cFileName` holds the path relative to
+///                  `folder`
+/// @param folder    folder text that ends in a separator, not null
+/// @param filter    gets the path of each folder, without trailing `\`; zero
+///                  leaves out the folder and all below it. What it throws
+///                  passes through; an empty filter raises
+///                  `boost::bad_function_call` at the first folder.
+/// @param recursive non-zero for the whole tree, zero for direct children
+/// @return number of records added
 FILESYSTEM_API std::uint64_t EnumFoldersEx(std::vector<FILE_INFORMATION>& result,
                                            const char* folder,
                                            const boost::function1<int, const char*>& filter,

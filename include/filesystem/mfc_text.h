@@ -31,20 +31,28 @@ class CString {
   /// Whether the text has no byte.
   bool IsEmpty() const { return text_.empty(); }
 
+  /// Appends a text; null counts as the empty text.
   CString& operator+=(const char* text) {
     if (text != nullptr) text_ += text;
     return *this;
   }
+  /// Appends one byte.
   CString& operator+=(char character) {
     text_ += character;
     return *this;
   }
 
+  /// Whether the texts are the same, byte for byte.
   friend bool operator==(const CString& a, const CString& b) { return a.text_ == b.text_; }
+  /// Whether the texts are the same, byte for byte.
   friend bool operator==(const CString& a, const char* b) { return a.text_ == b; }
+  /// Whether the texts are the same, byte for byte.
   friend bool operator==(const char* a, const CString& b) { return b.text_ == a; }
+  /// Whether the texts differ, byte for byte.
   friend bool operator!=(const CString& a, const CString& b) { return !(a == b); }
+  /// Whether the texts differ, byte for byte.
   friend bool operator!=(const CString& a, const char* b) { return !(a == b); }
+  /// Whether the texts differ, byte for byte.
   friend bool operator!=(const char* a, const CString& b) { return !(a == b); }
 
  private:
