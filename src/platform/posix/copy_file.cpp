@@ -1,5 +1,7 @@
-// CopyFileA. The copy is made without a name and gets the target's name only
-// when it is complete, so that a failed or killed copy leaves the old content.
+// CopyFileA. A copy in the place of an existing file is made without a name and
+// gets the target's name only when it is complete, so that a failed or killed
+// copy leaves the old content. A copy of a free name is made under that name,
+// held against all others until it is complete.
 
 #include <fcntl.h>
 #include <linux/fs.h>
@@ -15,6 +17,7 @@
 #include <cstdlib>
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "platform/posix/attributes.h"
 #include "platform/posix/descriptor.h"
@@ -97,18 +100,27 @@ std::string temporaryName(const std::string& target) {
   return folderOf(target) + name;
 }
 
-// A file in the target's folder that goes unless it is published.
+// A file that goes again unless it is kept.
 class NewFile {
  public:
-  NewFile(const std::string& target, mode_t mode) {
-    file_ = Descriptor(::open(folderOf(target).c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, mode));
-    if (file_ || (errno != EOPNOTSUPP && errno != EISDIR && errno != EINVAL)) return;
-    name_ = temporaryName(target);
-    file_ = Descriptor(::open(name_.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode));
-    if (!file_) name_.clear();
+  // A file of that name, which nobody may have.
+  static NewFile named(const std::string& name, mode_t mode) {
+    NewFile file;
+    file.file_ = Descriptor(::open(name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode));
+    if (file) file.name_ = name;
+    return file;
   }
-  NewFile(const NewFile&) = delete;
-  NewFile& operator=(const NewFile&) = delete;
+  // A file in the folder of `target`, without a name where the file system has
+  // such files.
+  static NewFile beside(const std::string& target, mode_t mode) {
+    NewFile file;
+    file.file_ = Descriptor(::open(folderOf(target).c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, mode));
+    if (file || (errno != EOPNOTSUPP && errno != EISDIR && errno != EINVAL)) return file;
+    return named(temporaryName(target), mode);
+  }
+  NewFile(NewFile&& other) noexcept
+      : file_(std::move(other.file_)), name_(std::exchange(other.name_, {})) {}
+  NewFile& operator=(NewFile&&) = delete;
   ~NewFile() {
     if (!name_.empty()) unlink(name_.c_str());
   }
@@ -116,35 +128,27 @@ class NewFile {
   explicit operator bool() const { return static_cast<bool>(file_); }
   int descriptor() const { return file_.get(); }
 
-  // Gives the file a name that nobody has. False with EEXIST if it is taken.
-  bool publish(const std::string& target) {
-    if (name_.empty()) return linkTo(target);
-    if (renameat2(AT_FDCWD, name_.c_str(), AT_FDCWD, target.c_str(), RENAME_NOREPLACE) == 0) {
-      name_.clear();
-      return true;
-    }
-    return false;
-  }
+  void keep() { name_.clear(); }
   // Puts the file in the place of another one.
   bool replace(const std::string& target) {
     if (name_.empty()) {
+      const std::string own = "/proc/self/fd/" + std::to_string(file_.get());
       const std::string name = temporaryName(target);
-      if (!linkTo(name)) return false;
+      if (linkat(AT_FDCWD, own.c_str(), AT_FDCWD, name.c_str(), AT_SYMLINK_FOLLOW) != 0) {
+        return false;
+      }
       name_ = name;
     }
     if (rename(name_.c_str(), target.c_str()) != 0) return false;
-    name_.clear();
+    keep();
     return true;
   }
 
  private:
-  bool linkTo(const std::string& target) const {
-    const std::string own = "/proc/self/fd/" + std::to_string(file_.get());
-    return linkat(AT_FDCWD, own.c_str(), AT_FDCWD, target.c_str(), AT_SYMLINK_FOLLOW) == 0;
-  }
+  NewFile() = default;
 
   Descriptor file_;
-  std::string name_;  // empty while the file has none
+  std::string name_;  // empty while the file has none, and once it is kept
 };
 
 // Looks at what has the target's name now. False, with the error, if it cannot
@@ -192,16 +196,24 @@ bool carryOver(const Source& source, const Target& target, int descriptor) {
   return futimens(descriptor, times) == 0;
 }
 
-// One attempt. False with EEXIST if the target came or went meanwhile.
+bool fill(const Source& source, const Target& target, NewFile& file) {
+  return file && lseek(source.descriptor, 0, SEEK_SET) == 0 &&
+         copyContent(source, file.descriptor()) && carryOver(source, target, file.descriptor());
+}
+
+// One attempt. False with EEXIST if the target came meanwhile.
 bool copyTo(const Source& source, const Target& target) {
-  constexpr mode_t kPermissions = 0777;
-  constexpr mode_t kOwnOnly = 0600;
-  NewFile file(target.path, target.exists ? kOwnOnly : source.status.st_mode & kPermissions);
-  if (!file || lseek(source.descriptor, 0, SEEK_SET) != 0 ||
-      !copyContent(source, file.descriptor()) || !carryOver(source, target, file.descriptor())) {
-    return false;
+  if (target.exists) {
+    constexpr mode_t kOwnOnly = 0600;
+    NewFile file = NewFile::beside(target.path, kOwnOnly);
+    return fill(source, target, file) && file.replace(target.path);
   }
-  return target.exists ? file.replace(target.path) : file.publish(target.path);
+  constexpr mode_t kPermissions = 0777;
+  NewFile file = NewFile::named(target.path, source.status.st_mode & kPermissions);
+  if (file) acquireShare(file.descriptor(), GENERIC_WRITE, 0);
+  if (!fill(source, target, file)) return false;
+  file.keep();
+  return true;
 }
 
 }  // namespace
