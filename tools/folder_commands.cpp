@@ -23,11 +23,14 @@ std::string withBackslash(const std::string& folder) {
   return folder.ends_with('\\') ? folder : folder + '\\';
 }
 
-// Files below a folder that can be read, in the folders that a walk lists.
 std::size_t countFiles(const std::string& folder) {
-  std::vector<std::string> files;
-  FileSystem::EnumFilesWithPath(files, folder.c_str(), "*.*", true);
-  return files.size();
+  std::vector<std::string> folders{folder};
+  FileSystem::EnumFolders(folders, folder.c_str(), 1);
+  std::vector<std::string> names;
+  for (const std::string& current : folders) {
+    FileSystem::EnumFiles(names, current.c_str(), "*.*");
+  }
+  return names.size();
 }
 
 void copyFile(const std::string& source, const std::string& target) {

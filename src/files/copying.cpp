@@ -6,6 +6,7 @@
 
 #include <vector>
 
+#include "enumeration/search.h"
 #include "files/make_folders.h"
 #include "path/fixed_text.h"
 #include "platform/win32.h"
@@ -45,16 +46,18 @@ bool permits(unsigned int mode, const char* source, const char* target) {
   return mode == kOnlyOlderBit && (FileExists(target) == 0 || isOlder(target, source));
 }
 
-// Copies the files that lie directly in a folder; gives their number.
+// Copies the files that lie directly in a folder; gives their number. What
+// cannot be opened is not copied, so that no probe is needed. The names are
+// taken first, because the target may lie in the source.
 long copyFiles(const std::string& source, const std::string& target) {
-  std::vector<FILE_INFORMATION> files;
-  EnumFilesWithPath(files, source.c_str(), "*.*");
+  std::vector<std::string> names;
+  for (Detail::Search search(source + "*.*"); search.next();) {
+    if (!search.isFolder()) names.emplace_back(search.entry().cFileName);
+  }
   Detail::makeFolders(target.c_str());
   long count = 0;
-  for (const FILE_INFORMATION& file : files) {
-    const std::string from = source + file.cFileName;
-    const std::string to = target + file.cFileName;
-    if (copy(from.c_str(), to.c_str(), FALSE) != 0) ++count;
+  for (const std::string& name : names) {
+    if (copy((source + name).c_str(), (target + name).c_str(), FALSE) != 0) ++count;
   }
   return count;
 }

@@ -31,7 +31,7 @@ namespace platform::posix {
 namespace {
 
 // Below this size a read and a write cost less than the kernel's own copy.
-constexpr off_t kSmall = 64 << 10;
+constexpr std::size_t kSmall = 64 << 10;
 constexpr std::size_t kBlock = 1 << 20;
 // Rounds with somebody else who makes and deletes the target at the same time.
 constexpr int kAttempts = 16;
@@ -70,12 +70,18 @@ bool copyBlocks(int from, int to, std::size_t blockSize) {
   }
 }
 
+// A read that gives just the bytes that the file had reached its end.
+bool copySmall(int from, int to, off_t size) {
+  char block[kSmall];
+  const ssize_t count = ::read(from, block, sizeof(block));
+  if (count < 0 || !writeAll(to, block, static_cast<std::size_t>(count))) return false;
+  return count == size || copyBlocks(from, to, kBlock);
+}
+
 // Both descriptors stand at their start.
 bool copyContent(const Source& source, int to) {
   const off_t size = source.status.st_size;
-  if (size < kSmall) {
-    return copyBlocks(source.descriptor, to, static_cast<std::size_t>(kSmall));
-  }
+  if (size < static_cast<off_t>(kSmall)) return copySmall(source.descriptor, to, size);
   if (ioctl(to, FICLONE, source.descriptor) == 0) return true;
   for (;;) {
     const ssize_t count =
@@ -197,11 +203,12 @@ bool carryOver(const Source& source, const Target& target, int descriptor) {
 }
 
 bool fill(const Source& source, const Target& target, NewFile& file) {
-  return file && lseek(source.descriptor, 0, SEEK_SET) == 0 &&
-         copyContent(source, file.descriptor()) && carryOver(source, target, file.descriptor());
+  return file && copyContent(source, file.descriptor()) &&
+         carryOver(source, target, file.descriptor());
 }
 
-// One attempt. False with EEXIST if the target came meanwhile.
+// One attempt. False with EEXIST, and nothing read, if the target is there after
+// all.
 bool copyTo(const Source& source, const Target& target) {
   if (target.exists) {
     constexpr mode_t kOwnOnly = 0600;
@@ -210,7 +217,7 @@ bool copyTo(const Source& source, const Target& target) {
   }
   constexpr mode_t kPermissions = 0777;
   NewFile file = NewFile::named(target.path, source.status.st_mode & kPermissions);
-  if (file) acquireShare(file.descriptor(), GENERIC_WRITE, 0);
+  if (file) holdAlone(file.descriptor());
   if (!fill(source, target, file)) return false;
   file.keep();
   return true;
@@ -231,10 +238,11 @@ BOOL CopyFileA(const char* sourceText, const char* targetText, BOOL failIfExists
   Source source{.descriptor = descriptorOf(handle.get()), .status = {}};
   if (fstat(source.descriptor, &source.status) != 0) return failWithErrno();
 
-  for (int attempt = 1;; ++attempt) {
-    Target target;
-    if (!examine(path, source, failIfExists != FALSE, target)) return FALSE;
-    if (copyTo(source, target)) return TRUE;
+  // At first the name is taken to be free, which costs no look.
+  Target target{.path = path.c_str(), .held = {}};
+  for (int attempt = 1; !copyTo(source, target); ++attempt) {
     if (errno != EEXIST || attempt == kAttempts) return fail(errorOnPath(path, errno));
+    if (!examine(path, source, failIfExists != FALSE, target)) return FALSE;
   }
+  return TRUE;
 }

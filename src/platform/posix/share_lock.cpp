@@ -143,6 +143,8 @@ ShareResult acquireShare(int descriptor, DWORD access, DWORD share) {
   }
 }
 
+void holdAlone(int descriptor) { take(descriptor, {kReadAccess, kDenyWrite}); }
+
 bool deletionDenied(int descriptor) { return heldByOthers(descriptor, {kDenyDelete, kDenyDelete}); }
 
 }  // namespace platform::posix

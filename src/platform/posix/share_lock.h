@@ -14,6 +14,10 @@ enum class ShareResult { Granted, Violation };
 // locks go with the last close of the descriptor; nothing is left on Violation.
 ShareResult acquireShare(int descriptor, DWORD access, DWORD share);
 
+// Takes the locks of an open with all access and no sharing on a file that was
+// just made, so that nobody else can hold it.
+void holdAlone(int descriptor);
+
 // Whether somebody holds the file without delete sharing.
 bool deletionDenied(int descriptor);
 
