@@ -1,7 +1,9 @@
 #include <filesystem/files.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <string>
+#include <string_view>
 
 #include "support/temporary_folder.h"
 
@@ -42,6 +44,34 @@ TEST(VersionResource, WhatIsMissingChangesNothing) {
   EXPECT_STREQ(value, "before");
   EXPECT_EQ(VerGetFileInfoString(data("plain").c_str(), "productVERSION", value), 1);
   EXPECT_STREQ(value, "2.5.1");
+}
+
+// Libraries of another project, where it is installed: the text that stands
+// behind the key's name in the file.
+TEST(VersionResource, RealLibraries) {
+  const std::filesystem::path folder = "/usr/lib/x86_64-linux-gnu/wine/x86_64-windows";
+  if (!std::filesystem::exists(folder)) GTEST_SKIP() << "libwine is not installed";
+  const auto wide = [](std::string_view text) {
+    std::string bytes;
+    for (const char c : text) bytes.append(1, c).append(1, '\0');
+    return bytes;
+  };
+  const std::string key = wide("ProductVersion") + std::string(2, '\0');
+  std::size_t compared = 0;
+  for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+    const std::string bytes = support::readFile(entry.path());
+    std::size_t at = bytes.rfind(key);
+    if (at == std::string::npos || bytes.find(wide("SpecialBuild")) != std::string::npos) continue;
+    std::string expected;
+    for (at += key.size(); bytes[at] == 0; at += 2) {
+    }
+    for (; bytes[at] != 0; at += 2) expected += bytes[at];
+    CString version;
+    EXPECT_EQ(FormatVersion(entry.path().c_str(), version), 1) << entry.path();
+    EXPECT_STREQ(version, expected.c_str()) << entry.path();
+    ++compared;
+  }
+  EXPECT_GT(compared, 10U);
 }
 
 // Every cut, and every byte changed: a right text, another one, or none.

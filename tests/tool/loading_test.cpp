@@ -1,0 +1,54 @@
+// Loading and unloading the library, by a program that does not link with it.
+
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+namespace {
+
+std::size_t residentPages() {
+  std::ifstream statm("/proc/self/statm");
+  std::size_t size = 0;
+  std::size_t resident = 0;
+  statm >> size >> resident;
+  return resident;
+}
+
+std::size_t openDescriptors() {
+  return static_cast<std::size_t>(
+      std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {}));
+}
+
+TEST(Loading, AThousandTimesLeavesNothing) {
+  const auto loadAndUse = [] {
+    void* const library = dlopen(VESK_LIBRARY, RTLD_NOW | RTLD_LOCAL);
+    ASSERT_NE(library, nullptr) << dlerror();
+    const auto fileExists =
+        reinterpret_cast<int (*)(const char*)>(dlsym(library, "_ZN10FileSystem10FileExistsEPKc"));
+    const auto start = reinterpret_cast<void (*)()>(dlsym(library, "InitFileSystemDLL"));
+    ASSERT_NE(fileExists, nullptr);
+    ASSERT_NE(start, nullptr);
+    EXPECT_NE(fileExists("/proc/self/exe"), 0);
+    start();
+    EXPECT_NE(fileExists("/proc/self/exe"), 0);
+    EXPECT_EQ(dlclose(library), 0);
+  };
+  for (int i = 0; i < 100; ++i) loadAndUse();
+  EXPECT_EQ(dlopen(VESK_LIBRARY, RTLD_NOW | RTLD_NOLOAD), nullptr);
+  const std::size_t pages = residentPages();
+  const std::size_t descriptors = openDescriptors();
+  for (int i = 0; i < 1000; ++i) loadAndUse();
+  EXPECT_EQ(openDescriptors(), descriptors);
+  // A sanitizer's own books grow with every load.
+#if !defined(__SANITIZE_ADDRESS__)
+  constexpr std::size_t kSlack = 100;
+  EXPECT_LT(residentPages(), pages + kSlack);
+#else
+  EXPECT_NE(pages, 0U);
+#endif
+}
+
+}  // namespace
