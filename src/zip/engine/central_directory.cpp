@@ -1,6 +1,7 @@
 #include "zip/engine/central_directory.h"
 
 #include <algorithm>
+#include <optional>
 #include <utility>
 
 namespace zip_engine {
@@ -172,10 +173,10 @@ CentralRecord recordAt(const CentralDirectory& directory, std::size_t offset) {
 }
 
 bool readCentralDirectory(const ArchiveFile& file, CentralDirectory& directory) {
-  const std::uint64_t size = file.size();
-  if (size < kEndSize) return false;
-  Bytes tail(static_cast<std::size_t>(std::min<std::uint64_t>(size, kLongestTail)));
-  const std::uint64_t tailPosition = size - tail.size();
+  const std::optional<std::uint64_t> size = file.size();
+  if (!size || *size < kEndSize) return false;
+  Bytes tail(static_cast<std::size_t>(std::min<std::uint64_t>(*size, kLongestTail)));
+  const std::uint64_t tailPosition = *size - tail.size();
   if (!file.readAt(tailPosition, tail.data(), tail.size())) return false;
 
   // A record whose comment ends with the file comes before one with anything

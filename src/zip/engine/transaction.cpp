@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <optional>
 
 namespace zip_engine {
 namespace {
@@ -30,7 +31,9 @@ bool Transaction::createNew(const char* path) {
 
 bool Transaction::openExisting(const char* path) {
   if (!file_.open(path, GENERIC_READ | GENERIC_WRITE, 0, OPEN_EXISTING)) return false;
-  beforeSize_ = file_.size();
+  const std::optional<std::uint64_t> size = file_.size();
+  if (!size) return false;
+  beforeSize_ = *size;
   if (beforeSize_ == 0) return true;
   if (!readCentralDirectory(file_, before_)) return false;
   safeDirectory_ = before_.position;
@@ -69,7 +72,9 @@ bool Transaction::flush(std::uint64_t roomBehind) {
 // Puts a copy of the old directory behind `end`, which must not be in front of
 // the guard that is there.
 bool Transaction::guard(std::uint64_t end) {
-  const std::uint64_t former = std::max(file_.size(), beforeSize_);
+  const std::optional<std::uint64_t> size = file_.size();
+  if (!size) return false;
+  const std::uint64_t former = std::max(*size, beforeSize_);
   touched_ = true;
   if (placeGuard(std::max(end, former))) return true;
   // What was written of it must not hide the end record in front of it.
