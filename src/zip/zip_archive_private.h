@@ -3,6 +3,7 @@
 
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "zip/engine.h"
 #include "zip/held_file.h"
