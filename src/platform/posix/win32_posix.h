@@ -23,6 +23,8 @@ using UINT = std::uint32_t;
 using WCHAR = char16_t;
 using HRESULT = std::int32_t;
 using HANDLE = void*;
+using HMODULE = void*;
+using HINSTANCE = HMODULE;
 
 inline constexpr BOOL FALSE = 0;
 inline constexpr BOOL TRUE = 1;
@@ -82,6 +84,11 @@ inline constexpr DWORD ERROR_DIRECTORY = 267;
 inline constexpr DWORD ERROR_NO_UNICODE_TRANSLATION = 1113;
 inline constexpr DWORD ERROR_RESOURCE_DATA_NOT_FOUND = 1812;
 inline constexpr DWORD ERROR_RESOURCE_TYPE_NOT_FOUND = 1813;
+
+inline constexpr DWORD DLL_PROCESS_DETACH = 0;
+inline constexpr DWORD DLL_PROCESS_ATTACH = 1;
+// The calling convention is the platform's only one.
+#define WINAPI
 
 inline constexpr UINT CP_ACP = 0;
 inline constexpr UINT CP_OEMCP = 1;
@@ -230,6 +237,8 @@ int VariantTimeToSystemTime(double date, SYSTEMTIME* parts);
 
 // Process and identity.
 DWORD GetCurrentProcessId();
+// Notices of threads are never delivered here, so that there is nothing to do.
+BOOL DisableThreadLibraryCalls(HMODULE module);
 HRESULT CoCreateGuid(GUID* guid);
 
 // Version resources of files in the PE format.

@@ -1,33 +1,11 @@
 #pragma once
-// Deflate (RFC 1951) of what fits in memory, and of streams.
+// Deflate (RFC 1951) of streams.
 
-#include <libdeflate.h>
 #include <zlib.h>
 
 #include <cstddef>
-#include <memory>
-
-#include "zip/engine/format.h"
 
 namespace zip_engine {
-
-// Deflates whole buffers; what it needs for that is kept from call to call.
-class BufferDeflater {
- public:
-  // Appends the deflated bytes to `out`. False, with `out` unchanged, if they
-  // would not be fewer than the plain ones, or without memory.
-  bool appendSmaller(Bytes& out, const unsigned char* plain, std::size_t size, int level);
-
- private:
-  struct Deleter {
-    void operator()(libdeflate_compressor* compressor) const {
-      libdeflate_free_compressor(compressor);
-    }
-  };
-
-  int level_ = -1;
-  std::unique_ptr<libdeflate_compressor, Deleter> compressor_;
-};
 
 // Deflates a stream of any length.
 class StreamDeflater {

@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "zip/engine.h"
+#include "zip/engine/codec.h"
 
 namespace zip_engine {
 namespace {
@@ -14,19 +15,6 @@ constexpr std::uint64_t kSmall = 4 << 20;
 // The same for a buffer that takes the whole content.
 constexpr std::uint64_t kLargestAtOnce = 64 << 20;
 constexpr std::size_t kInputBlock = 256 << 10;
-
-struct DecompressorDeleter {
-  void operator()(libdeflate_decompressor* decompressor) const {
-    libdeflate_free_decompressor(decompressor);
-  }
-};
-
-// It keeps no state between calls, so one for a thread serves all entries.
-libdeflate_decompressor* decompressor() {
-  thread_local const std::unique_ptr<libdeflate_decompressor, DecompressorDeleter> instance(
-      libdeflate_alloc_decompressor());
-  return instance.get();
-}
 
 }  // namespace
 
@@ -69,7 +57,7 @@ int EntryData::read(unsigned char* buffer, std::uint32_t size) {
       {size, plainLeft_, static_cast<std::uint64_t>(std::numeric_limits<int>::max())}));
   failed_ = !readDecoded(buffer, wanted);
   if (failed_) return -1;
-  if (!layout_.raw) crc_ = libdeflate_crc32(crc_, buffer, wanted);
+  if (!layout_.raw) crc_ = crc32(crc_, buffer, wanted);
   plainLeft_ -= wanted;
   if (plainLeft_ == 0 && !layout_.raw && (crc_ != layout_.crc || !endsHere())) {
     failed_ = true;
@@ -126,11 +114,7 @@ bool EntryData::decodeWhole(unsigned char* out) {
   } else {
     storedLeft_ = 0;
   }
-  libdeflate_decompressor* const codec = decompressor();
-  return codec != nullptr &&
-         libdeflate_deflate_decompress(codec, stored, size, out,
-                                       static_cast<std::size_t>(layout_.uncompressedSize),
-                                       nullptr) == LIBDEFLATE_SUCCESS;
+  return inflateBuffer(stored, size, out, static_cast<std::size_t>(layout_.uncompressedSize));
 }
 
 bool EntryData::inflate(unsigned char* out, std::size_t size) {

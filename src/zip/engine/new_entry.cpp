@@ -64,10 +64,10 @@ bool NewEntry::write(const unsigned char* data, std::size_t size) {
   plain_ += size;
   if (plain_ >= kSaturated32) return false;
   if (options_.raw || record_.method == ZipMethodStored) {
-    if (!options_.raw) crc_ = libdeflate_crc32(crc_, data, size);
+    if (!options_.raw) crc_ = crc32(crc_, data, size);
     return (begun_ || beginData()) && store(data, size);
   }
-  crc_ = libdeflate_crc32(crc_, data, size);
+  crc_ = crc32(crc_, data, size);
   if (!stream_ && gathered_.size() + size <= kGatherLimit) {
     gathered_.insert(gathered_.end(), data, data + size);
     return true;

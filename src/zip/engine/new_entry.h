@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 
+#include "zip/engine/codec.h"
 #include "zip/engine/compressor.h"
 #include "zip/engine/crypto.h"
 #include "zip/engine/entry_record.h"
