@@ -43,8 +43,14 @@ int ZipArchive::create(const char* name, int overwrite) {
   }
   // `name` may be what fileName() gave, which goes with the next step.
   const std::string path = name;
+  const bool isNew = GetFileAttributesA(name) == INVALID_FILE_ATTRIBUTES;
   file.setName(nullptr);
-  if (!zip::Writer(path.c_str(), ZipModeCreate).commit(nullptr)) return 0;
+  zip::Writer writer(path.c_str(), ZipModeCreate);
+  if (!writer) return 0;
+  if (!writer.commit(nullptr)) {
+    if (isNew) DeleteFileA(path.c_str());
+    return 0;
+  }
   file.setName(path.c_str());
   file.access = GENERIC_READ | GENERIC_WRITE;
   file.acquire();
