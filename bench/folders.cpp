@@ -5,6 +5,7 @@
 #include <filesystem/temporary_storage.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 
@@ -107,9 +108,12 @@ Road clearStorage(const Workspace& workspace) {
               [=, &workspace](int eighths) {
                 FileSystem::TemporaryStorage storage;
                 require(storage.create(workspace.emptyFolder("storage"), false), "create");
-                fill(storage.path().substr(0, storage.path().size() - 1),
-                     count / 8 * static_cast<std::size_t>(eighths));
-                return timed([&] { storage.clear(); });
+                std::string folder = storage.path();
+                std::replace(folder.begin(), folder.end(), '\\', '/');
+                fill(folder, count / 8 * static_cast<std::size_t>(eighths));
+                const Cost cost = timed([&] { storage.clear(); });
+                require(!fs::exists(folder), "TemporaryStorage::clear");
+                return cost;
               },
           .peers = {{"std::filesystem::remove_all",
                      [=, &workspace] {

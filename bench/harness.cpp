@@ -15,8 +15,8 @@ constexpr int kWhole = 8;
 constexpr double kHopeless = 2.0;
 
 int roundsFor(double secondsOfARound, const Settings& settings) {
-  const double budget = settings.quick ? 2.0 : 20.0;
-  const int least = settings.quick ? 3 : 5;
+  const double budget = settings.quick ? 2.0 : 12.0;
+  const int least = 3;
   const int most = settings.quick ? 5 : 21;
   return std::clamp(static_cast<int>(budget / std::max(secondsOfARound, 1e-6)), least, most);
 }
@@ -40,11 +40,11 @@ double dropHopeless(std::vector<PeerRounds>& peers) {
 }
 
 // Slope of the line through the logarithms of work and time.
-double exponentOf(const Road& road, const Settings& settings) {
+double exponentOf(const Road& road) {
   constexpr int kSizes[] = {1, 2, 4, 8};
   std::vector<double> best(std::size(kSizes), std::numeric_limits<double>::max());
-  const int rounds = settings.quick ? 3 : 5;
-  for (int round = 0; round < rounds; ++round) {
+  constexpr int kRounds = 3;
+  for (int round = 0; round < kRounds; ++round) {
     for (std::size_t i = 0; i < best.size(); ++i)
       best[i] = std::min(best[i], road.ours(kSizes[i]).processor);
   }
@@ -112,7 +112,7 @@ Result measure(const Road& road, const std::string& medium, const Settings& sett
                 .target = road.target,
                 .seconds = median(ours),
                 .comparisons = {},
-                .exponent = exponentOf(road, settings),
+                .exponent = exponentOf(road),
                 .note = road.note ? road.note() : ""};
   for (std::size_t i = 0; i < peerCount; ++i) {
     result.comparisons.push_back({.peer = road.peers[i].name,
