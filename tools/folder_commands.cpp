@@ -3,6 +3,7 @@
 #include <filesystem/enumeration.h>
 #include <filesystem/files.h>
 
+#include <chrono>
 #include <cstdint>
 #include <cstdio>
 #include <ctime>
@@ -65,11 +66,16 @@ void copyFolder(const std::string& source, const std::string& target) {
 // The present moment as fileTime gives moments: local days since 1899-12-30.
 double now() {
   const std::time_t utc = std::time(nullptr);
-  std::tm local{};
-  localtime_r(&utc, &local);
+  const std::tm local = *std::localtime(&utc);
+  const std::chrono::year_month_day date(
+      std::chrono::year(local.tm_year + 1900),
+      std::chrono::month(static_cast<unsigned>(local.tm_mon) + 1),
+      std::chrono::day(static_cast<unsigned>(local.tm_mday)));
   constexpr double kDaysTo1970 = 25569.0;
   constexpr double kSecondsPerDay = 86400.0;
-  return kDaysTo1970 + static_cast<double>(timegm(&local)) / kSecondsPerDay;
+  const int seconds = (local.tm_hour * 60 + local.tm_min) * 60 + local.tm_sec;
+  const auto days = std::chrono::sys_days(date).time_since_epoch().count();
+  return kDaysTo1970 + static_cast<double>(days) + seconds / kSecondsPerDay;
 }
 
 // The files below a folder that a sweep looks at, without those behind links.

@@ -16,9 +16,9 @@ std::string newName() {
   GUID id{};
   CoCreateGuid(&id);
   char text[40];
-  std::snprintf(text, sizeof(text), "{%08X-%04X-%04X-%02X%02X-%02X%02X%02X%02X%02X%02X}", id.Data1,
-                id.Data2, id.Data3, id.Data4[0], id.Data4[1], id.Data4[2], id.Data4[3], id.Data4[4],
-                id.Data4[5], id.Data4[6], id.Data4[7]);
+  std::snprintf(text, sizeof(text), "{%08X-%04X-%04X-%02X%02X-%02X%02X%02X%02X%02X%02X}",
+                static_cast<unsigned int>(id.Data1), id.Data2, id.Data3, id.Data4[0], id.Data4[1],
+                id.Data4[2], id.Data4[3], id.Data4[4], id.Data4[5], id.Data4[6], id.Data4[7]);
   return text;
 }
 
@@ -26,7 +26,7 @@ std::string newName() {
 // that changes under it.
 void deleteFilesIn(const std::string& folder) {
   std::vector<std::string> files;
-  for (Detail::Search search(folder + '*'); search.next();) {
+  for (auto search = Detail::Search::forNames(folder + '*'); search.next();) {
     if (!search.isFolder()) files.push_back(folder + search.entry().cFileName);
   }
   for (const std::string& file : files) DeleteFileA(file.c_str());

@@ -4,6 +4,7 @@
 
 #include <filesystem/zip_archive.h>
 
+#include <algorithm>
 #include <functional>
 #include <optional>
 
@@ -43,8 +44,8 @@ bool forEachBlock(HANDLE file, std::vector<unsigned char>& block, Use use) {
     if (ReadFile(file, block.data(), static_cast<DWORD>(block.size()), &size, nullptr) == 0) {
       return false;
     }
-    if (size == 0) return true;
-    if (!use(block.data(), size)) return false;
+    if (size != 0 && !use(block.data(), size)) return false;
+    if (size < block.size()) return true;
   }
 }
 
@@ -89,7 +90,10 @@ bool addFile(ZipWriter* writer, const char* source, const std::string& stored, c
   info.date = dateWords(time);
   info.externalAttributes = data.dwFileAttributes;
 
-  std::vector<unsigned char> block(kBlock);
+  // One byte more than a small file has, so that it is read in one piece.
+  const std::uint64_t size = std::uint64_t{data.nFileSizeHigh} << 32 | data.nFileSizeLow;
+  std::vector<unsigned char> block(
+      static_cast<std::size_t>(std::min<std::uint64_t>(size + 1, kBlock)));
   std::uint32_t crc = startCrc();
   if (password != nullptr) {
     const std::optional<std::uint32_t> whole = crcOfFile(file.get(), block);

@@ -4,6 +4,8 @@
 #include <filesystem/files.h>
 #include <filesystem/zip_archive.h>
 
+#include <utility>
+
 #include "zip/zip_archive_private.h"
 
 ZipArchive::ZipArchive() : m_private(new ZipArchivePrivate) {}
@@ -13,9 +15,8 @@ ZipArchive::ZipArchive(const ZipArchive& other) : m_private(other.m_private) {
 }
 
 ZipArchive& ZipArchive::operator=(const ZipArchive& other) {
-  ++other.m_private->owners;
-  if (--m_private->owners == 0) delete m_private;
-  m_private = other.m_private;
+  ZipArchive copy(other);
+  std::swap(m_private, copy.m_private);
   return *this;
 }
 

@@ -3,7 +3,9 @@
 
 #include <memory>
 #include <string>
+#include <utility>
 
+#include "platform/code_page.h"
 #include "zip/engine.h"
 #include "zip/held_file.h"
 
@@ -65,15 +67,12 @@ class Writer {
 // Longest entry name that is handled, in bytes; the buffers hold one more.
 inline constexpr std::uint32_t kLongestName = 260;
 
-// Text from one code page to another; empty if it cannot be converted.
-std::string convertCodePage(const std::string& text, UINT from, UINT to);
-
 // Names between callers (ANSI) and archives (OEM).
 inline std::string storedName(const std::string& name) {
-  return convertCodePage(name, CP_ACP, CP_OEMCP);
+  return platform::convertCodePage(name, CP_ACP, CP_OEMCP);
 }
 inline std::string callerName(const std::string& name) {
-  return convertCodePage(name, CP_OEMCP, CP_ACP);
+  return platform::convertCodePage(name, CP_OEMCP, CP_ACP);
 }
 
 }  // namespace zip

@@ -5,6 +5,8 @@
 
 #include "platform/posix/win32_posix.h"
 
+BOOL DisableThreadLibraryCalls(HMODULE) { return TRUE; }
+
 DWORD GetCurrentProcessId() { return static_cast<DWORD>(getpid()); }
 
 // A random UUID (RFC 4122, version 4).

@@ -87,7 +87,8 @@ HANDLE openFile(const NativePath& path, const Opening& opening) {
       return invalid(openError(opening, path, error));
     }
     const bool shared = opening.access != 0;
-    if (shared && acquireShare(file.get(), opening.access, opening.share) != ShareResult::Granted) {
+    if (shared && !(made && holdNew(file.get(), opening.access, opening.share)) &&
+        acquireShare(file.get(), opening.access, opening.share) != ShareResult::Granted) {
       return invalid(ERROR_SHARING_VIOLATION);
     }
 

@@ -23,6 +23,8 @@ using UINT = std::uint32_t;
 using WCHAR = char16_t;
 using HRESULT = std::int32_t;
 using HANDLE = void*;
+using HMODULE = void*;
+using HINSTANCE = HMODULE;
 
 inline constexpr BOOL FALSE = 0;
 inline constexpr BOOL TRUE = 1;
@@ -82,6 +84,11 @@ inline constexpr DWORD ERROR_DIRECTORY = 267;
 inline constexpr DWORD ERROR_NO_UNICODE_TRANSLATION = 1113;
 inline constexpr DWORD ERROR_RESOURCE_DATA_NOT_FOUND = 1812;
 inline constexpr DWORD ERROR_RESOURCE_TYPE_NOT_FOUND = 1813;
+
+inline constexpr DWORD DLL_PROCESS_DETACH = 0;
+inline constexpr DWORD DLL_PROCESS_ATTACH = 1;
+// The calling convention is the platform's only one.
+#define WINAPI
 
 inline constexpr UINT CP_ACP = 0;
 inline constexpr UINT CP_OEMCP = 1;
@@ -149,6 +156,10 @@ struct GUID {
 enum GET_FILEEX_INFO_LEVELS { GetFileExInfoStandard };
 enum FINDEX_INFO_LEVELS { FindExInfoStandard, FindExInfoBasic };
 enum FINDEX_SEARCH_OPS { FindExSearchNameMatch, FindExSearchLimitToDirectories };
+// A flag of FindFirstFileExA that is this layer's own: where the folder's listing
+// tells what an entry is, nothing else of it is looked up, and its record has
+// only the name and FILE_ATTRIBUTE_DIRECTORY or FILE_ATTRIBUTE_ARCHIVE.
+inline constexpr DWORD FIND_NAMES_ONLY = 0x10000;
 
 inline constexpr DWORD DDD_RAW_TARGET_PATH = 1;
 inline constexpr DWORD DDD_REMOVE_DEFINITION = 2;
@@ -230,6 +241,8 @@ int VariantTimeToSystemTime(double date, SYSTEMTIME* parts);
 
 // Process and identity.
 DWORD GetCurrentProcessId();
+// Notices of threads are never delivered here, so that there is nothing to do.
+BOOL DisableThreadLibraryCalls(HMODULE module);
 HRESULT CoCreateGuid(GUID* guid);
 
 // Version resources of files in the PE format.

@@ -1,7 +1,6 @@
 #pragma once
 // The content of one entry: its stored bytes, decrypted and inflated.
 
-#include <libdeflate.h>
 #include <zlib.h>
 
 #include <cstdint>

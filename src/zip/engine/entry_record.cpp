@@ -87,32 +87,4 @@ Bytes withoutZip64(const unsigned char* extra, std::size_t size) {
   return rest;
 }
 
-bool isUtf8Name(const std::string& name) {
-  bool beyondAscii = false;
-  for (std::size_t i = 0; i < name.size();) {
-    const auto byte = [&](std::size_t at) {
-      return at < name.size() ? static_cast<unsigned char>(name[at]) : 0U;
-    };
-    const unsigned lead = byte(i);
-    if (lead < 0x80) {
-      ++i;
-      continue;
-    }
-    beyondAscii = true;
-    const std::size_t length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : 2;
-    if (lead < 0xC2 || lead > 0xF4) return false;
-    for (std::size_t k = 1; k < length; ++k) {
-      if ((byte(i + k) & 0xC0) != 0x80) return false;
-    }
-    // Longer than needed, a surrogate, or beyond the last code point.
-    const unsigned second = byte(i + 1);
-    if ((lead == 0xE0 && second < 0xA0) || (lead == 0xED && second > 0x9F) ||
-        (lead == 0xF0 && second < 0x90) || (lead == 0xF4 && second > 0x8F)) {
-      return false;
-    }
-    i += length;
-  }
-  return beyondAscii;
-}
-
 }  // namespace zip_engine

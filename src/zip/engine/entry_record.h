@@ -36,7 +36,4 @@ std::uint32_t dosDateOf(const ZipDateWords& words);
 // The extra field without the zip64 block, which is made anew where needed.
 Bytes withoutZip64(const unsigned char* extra, std::size_t size);
 
-// Whether a name is UTF-8 with bytes outside ASCII.
-bool isUtf8Name(const std::string& name);
-
 }  // namespace zip_engine

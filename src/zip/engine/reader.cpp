@@ -11,6 +11,7 @@
 
 #include "zip/engine/entry_data.h"
 #include "zip/engine/entry_map.h"
+#include "zip/engine/entry_name.h"
 
 using namespace zip_engine;
 
@@ -185,7 +186,12 @@ int ZipNextEntry(ZipReader* reader) {
 
 int ZipLocateEntry(ZipReader* reader, const char* name, int) {
   if (reader == nullptr || name == nullptr) return kFailure;
-  const std::size_t found = reader->names.find(reader->directory, name);
+  const ArchiveName stored = archiveName(name);
+  std::size_t found = reader->names.find(reader->directory, stored.bytes);
+  // Other programs may have left the name in the OEM code page.
+  if (found == NameIndex::kNone && stored.bytes != name) {
+    found = reader->names.find(reader->directory, name);
+  }
   if (found == NameIndex::kNone) return kNoEntry;
   reader->entry.reset();
   reader->current = found;
@@ -197,6 +203,8 @@ int ZipReadEntryInfo(ZipReader* reader, ZipEntryInfo* info, char* name, std::uin
                      std::uint32_t commentCapacity) {
   if (reader == nullptr || !reader->hasCurrent()) return kFailure;
   const CentralRecord record = reader->record();
+  std::string converted;
+  const std::string_view shownName = oemName(record, converted);
   if (info != nullptr) {
     *info = {.versionMadeBy = record.versionMadeBy(),
              .versionNeeded = record.versionNeeded(),
@@ -206,7 +214,7 @@ int ZipReadEntryInfo(ZipReader* reader, ZipEntryInfo* info, char* name, std::uin
              .crc = record.crc(),
              .compressedSize = saturated(record.compressedSize),
              .uncompressedSize = saturated(record.uncompressedSize),
-             .nameLength = record.nameLength(),
+             .nameLength = static_cast<std::uint32_t>(shownName.size()),
              .centralExtraLength = record.extraLength(),
              .commentLength = record.commentLength(),
              .diskNumber = record.diskNumber(),
@@ -214,7 +222,7 @@ int ZipReadEntryInfo(ZipReader* reader, ZipEntryInfo* info, char* name, std::uin
              .externalAttributes = record.externalAttributes(),
              .date = dateWords(record.dosDate())};
   }
-  copyText(name, nameCapacity, record.name().data(), record.nameLength());
+  copyText(name, nameCapacity, shownName.data(), shownName.size());
   copyText(comment, commentCapacity, record.comment(), record.commentLength());
   if (extra != nullptr && extraCapacity != 0) {
     std::memcpy(extra, record.extra(), std::min<std::size_t>(record.extraLength(), extraCapacity));

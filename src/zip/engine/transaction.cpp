@@ -8,7 +8,7 @@ namespace zip_engine {
 namespace {
 
 // Appended bytes are gathered up to this size.
-constexpr std::size_t kBufferSize = 4 << 20;
+constexpr std::size_t kBufferSize = 1 << 20;
 
 // How far ahead of a write the guard is put while more is to come.
 constexpr std::uint64_t kGuardDistance = 64 << 20;

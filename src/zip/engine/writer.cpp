@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "zip/engine/entry_map.h"
+#include "zip/engine/entry_name.h"
 #include "zip/engine/new_entry.h"
 #include "zip/engine/reader.h"
 
@@ -158,18 +159,20 @@ int ZipOpenNewEntry(ZipWriter* writer, const char* name, const ZipNewEntryInfo* 
   writer->dropOpen();
   writer->entryFailed = false;
   EntryRecord record;
-  record.name = name;
+  ArchiveName stored = archiveName(name);
+  if (stored.isUtf8) record.flags |= kFlagUtf8;
+  record.name = std::move(stored.bytes);
   record.comment = comment == nullptr ? "" : comment;
   record.localExtra = bytesOf(localExtra, localExtraLength);
   record.centralExtra = bytesOf(centralExtra, centralExtraLength);
-  if (record.name.size() > kLongestField || record.comment.size() > kLongestField ||
-      record.localExtra.size() > kLongestField || record.centralExtra.size() > kLongestField) {
+  if (record.name.empty() || record.name.size() > kLongestField ||
+      record.comment.size() > kLongestField || record.localExtra.size() > kLongestField ||
+      record.centralExtra.size() > kLongestField) {
     return kFailure;
   }
   if (raw == 0 && method != ZipMethodStored && method != ZipMethodDeflate) return kFailure;
   if (level < ZipLevelDefault || level > 9) return kFailure;
   record.method = static_cast<std::uint16_t>(method);
-  if (isUtf8Name(record.name)) record.flags |= kFlagUtf8;
   if (raw != 0 && password != nullptr) record.flags |= kFlagEncrypted;
   if (info != nullptr) {
     record.dosDate = info->dosDate != 0 ? info->dosDate : dosDateOf(info->date);

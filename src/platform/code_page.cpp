@@ -1,10 +1,8 @@
-// Entry names between the callers' code page and the archive's.
+#include "platform/code_page.h"
 
 #include <climits>
 
-#include "zip/zip_archive_private.h"
-
-std::string zip::convertCodePage(const std::string& text, UINT from, UINT to) {
+std::string platform::convertCodePage(const std::string& text, UINT from, UINT to) {
   if (text.size() > INT_MAX) return {};
   const int length = static_cast<int>(text.size());
   const int units = MultiByteToWideChar(from, 0, text.data(), length, nullptr, 0);

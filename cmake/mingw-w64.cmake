@@ -1,0 +1,35 @@
+# Cross-compiles for 64-bit Windows with Debian's mingw-w64 and its POSIX threads.
+
+set(CMAKE_SYSTEM_NAME Windows)
+set(CMAKE_SYSTEM_PROCESSOR x86_64)
+set(triple x86_64-w64-mingw32)
+set(CMAKE_C_COMPILER ${triple}-gcc-posix)
+set(CMAKE_CXX_COMPILER ${triple}-g++-posix)
+set(CMAKE_RC_COMPILER ${triple}-windres)
+
+# What is built needs no DLL but Windows' and ours.
+set(CMAKE_EXE_LINKER_FLAGS_INIT "-static")
+set(CMAKE_SHARED_LINKER_FLAGS_INIT "-static")
+
+# Libraries and headers are the target's; programs are this machine's.
+set(CMAKE_FIND_ROOT_PATH "/usr/${triple}")
+set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
+set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
+
+# zlib as an archive, not the import library of its DLL.
+set(CMAKE_FIND_LIBRARY_SUFFIXES .a)
+set(ZLIB_LIBRARY "/usr/${triple}/lib/libz.a" CACHE FILEPATH "zlib, to link statically")
+
+# Headers that are the same everywhere, out of this machine's include folder,
+# whose other headers are not for the target.
+set(header_only "${CMAKE_BINARY_DIR}/header-only")
+if(NOT IS_DIRECTORY "${header_only}")
+  file(MAKE_DIRECTORY "${header_only}")
+  foreach(library boost CLI)
+    file(CREATE_LINK "/usr/include/${library}" "${header_only}/${library}" SYMBOLIC)
+  endforeach()
+endif()
+set(Boost_NO_BOOST_CMAKE ON)
+set(Boost_INCLUDE_DIR "${header_only}" CACHE PATH "Folder with Boost's headers alone")

@@ -1,0 +1,68 @@
+#include "zip/engine/codec.h"
+
+#include <libdeflate.h>
+
+#include "zip/engine.h"
+
+namespace zip_engine {
+namespace {
+
+struct Deleter {
+  void operator()(libdeflate_compressor* compressor) const {
+    libdeflate_free_compressor(compressor);
+  }
+  void operator()(libdeflate_decompressor* decompressor) const {
+    libdeflate_free_decompressor(decompressor);
+  }
+};
+
+// It keeps no state between calls, so one for a thread serves all entries.
+libdeflate_decompressor* decompressor() {
+  thread_local const std::unique_ptr<libdeflate_decompressor, Deleter> instance(
+      libdeflate_alloc_decompressor());
+  return instance.get();
+}
+
+}  // namespace
+
+std::uint32_t crc32(std::uint32_t crc, const void* data, std::size_t size) {
+  return libdeflate_crc32(crc, data, size);
+}
+
+struct BufferDeflater::Compressor {
+  int level;
+  std::unique_ptr<libdeflate_compressor, Deleter> codec;
+};
+
+BufferDeflater::BufferDeflater() = default;
+BufferDeflater::~BufferDeflater() = default;
+
+bool BufferDeflater::appendSmaller(Bytes& out, const unsigned char* plain, std::size_t size,
+                                   int level) {
+  if (size < 2) return false;
+  if (compressor_ == nullptr || level != compressor_->level) {
+    constexpr int kDefault = 6;
+    libdeflate_compressor* const codec =
+        libdeflate_alloc_compressor(level == ZipLevelDefault ? kDefault : level);
+    if (codec == nullptr) return false;
+    compressor_ = std::make_unique<Compressor>();
+    compressor_->level = level;
+    compressor_->codec.reset(codec);
+  }
+  const std::size_t start = out.size();
+  out.resize(start + size - 1);
+  const std::size_t packed = libdeflate_deflate_compress(compressor_->codec.get(), plain, size,
+                                                         out.data() + start, size - 1);
+  out.resize(start + packed);
+  return packed != 0;
+}
+
+bool inflateBuffer(const unsigned char* stored, std::size_t storedSize, unsigned char* plain,
+                   std::size_t plainSize) {
+  libdeflate_decompressor* const codec = decompressor();
+  return codec != nullptr &&
+         libdeflate_deflate_decompress(codec, stored, storedSize, plain, plainSize, nullptr) ==
+             LIBDEFLATE_SUCCESS;
+}
+
+}  // namespace zip_engine
