@@ -4,6 +4,7 @@ BUILD_PACKAGES = cmake g++ ninja-build libboost-dev zlib1g-dev libdeflate-dev li
                  libcli11-dev
 TEST_PACKAGES = zip unzip p7zip-full libarchive-tools python3 coreutils diffutils \
                 pkg-config binutils
+FUZZ_PACKAGES = clang libclang-rt-dev
 BENCH_PACKAGES = zip unzip p7zip-full libarchive-tools pkg-config libzip-dev libpoco-dev \
                  libpugixml-dev
 # Where the benchmarks work: memory-backed, and on disk.
@@ -15,11 +16,12 @@ PREFIX ?= /usr/local
 # The folder that `make demo` packs; its files are on every machine that builds this.
 FOLDER ?= /usr/include
 
-.PHONY: help demo test bench docs install clean
+.PHONY: help demo test fuzz bench docs install clean
 
 help:
 	@echo "make demo [FOLDER=...]     pack a real folder, unpack it, compare"
 	@echo "make test                  build and run all tests, plain and under the sanitizers"
+	@echo "make fuzz                  build and run the fuzz targets, a minute each"
 	@echo "make bench                 measure beside other programs; BENCH_QUICK=1 for a tenth"
 	@echo "make install [PREFIX=...]  install library and headers (default $(PREFIX))"
 	@echo "make docs                  build the HTML reference in build/docs/html"
@@ -39,6 +41,12 @@ test:
 	cmake --build --preset asan
 	ctest --preset release
 	ctest --preset asan
+
+fuzz:
+	@scripts/install-packages $(BUILD_PACKAGES) $(FUZZ_PACKAGES)
+	cmake --preset fuzz
+	cmake --build --preset fuzz
+	fuzz/run build/fuzz 60
 
 bench:
 	@scripts/install-packages $(BUILD_PACKAGES) $(BENCH_PACKAGES)

@@ -97,7 +97,9 @@ int main(int argc, char** argv) {
     app.parse(argc, argv);
     return 0;
   } catch (const CLI::ParseError& error) {
-    return app.exit(error) == 0 ? 0 : 1;
+    if (error.get_exit_code() == 0) return app.exit(error);  // --help
+    std::fprintf(stderr, "vesk-fs: %s (see vesk-fs --help)\n", error.what());
+    return 1;
   } catch (const std::exception& error) {
     std::fprintf(stderr, "vesk-fs: %s\n", error.what());
     return 1;
