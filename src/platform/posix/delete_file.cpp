@@ -30,7 +30,7 @@ using namespace platform::posix;
 BOOL DeleteFileA(const char* text) {
   const NativePath path(text);
   if (!path.valid()) return fail(path.error());
-  if (path.hadTrailingSeparator()) return fail(ERROR_PATH_NOT_FOUND);
+  if (path.hadTrailingSeparator()) return fail(ERROR_INVALID_NAME);
   struct stat status;
   if (lstat(path.c_str(), &status) != 0) return fail(errorOnPath(path, errno));
   if (S_ISDIR(status.st_mode)) return fail(ERROR_ACCESS_DENIED);
