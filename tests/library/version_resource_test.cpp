@@ -37,7 +37,7 @@ TEST(VersionResource, WhatIsMissingChangesNothing) {
   EXPECT_EQ(FormatVersion(data("onlyspecial").c_str(), value), 0);
   EXPECT_EQ(FormatVersion(data("none").c_str(), value), 0);
   EXPECT_EQ(FormatVersion(folder.file("text").c_str(), value), 0);
-  EXPECT_EQ(FormatVersion(folder.path().c_str(), value), 0);
+  EXPECT_EQ(FormatVersion(folder.name().c_str(), value), 0);
   // Only the first block of the translation list is read.
   EXPECT_EQ(VerGetFileInfoString(data("languages").c_str(), "OnlyThere", value), 0);
   EXPECT_EQ(VerGetFileInfoString(data("plain").c_str(), "", value), 0);
@@ -59,7 +59,7 @@ TEST(VersionResource, RealLibraries) {
   const std::string key = wide("ProductVersion") + std::string(2, '\0');
   std::size_t compared = 0;
   for (const auto& entry : std::filesystem::directory_iterator(folder)) {
-    const std::string bytes = support::readFile(entry.path());
+    const std::string bytes = support::readFile(support::textOf(entry.path()));
     std::size_t at = bytes.rfind(key);
     if (at == std::string::npos || bytes.find(wide("SpecialBuild")) != std::string::npos) continue;
     std::string expected;
@@ -67,7 +67,7 @@ TEST(VersionResource, RealLibraries) {
     }
     for (; bytes[at] != 0; at += 2) expected += bytes[at];
     CString version;
-    EXPECT_EQ(FormatVersion(entry.path().c_str(), version), 1) << entry.path();
+    EXPECT_EQ(FormatVersion(support::textOf(entry.path()).c_str(), version), 1) << entry.path();
     EXPECT_STREQ(version, expected.c_str()) << entry.path();
     ++compared;
   }
