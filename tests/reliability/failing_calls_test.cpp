@@ -24,7 +24,7 @@
 #include <vector>
 
 #include "failing_calls.h"
-#include "support/other_process.h"
+#include "support/posix/forked_process.h"
 #include "support/temporary_folder.h"
 
 namespace {
@@ -334,7 +334,7 @@ TEST_P(FailingCalls, KilledInFrontOfAnyCallLeaveAllWhole) {
   if (after == before) return;  // it only reads
   for (int number = 1; number <= total; ++number) {
     prepareAnew();
-    support::OtherProcess process([&](const auto&) {
+    support::ForkedProcess process([&](const auto&) {
       const Failing failing(Fault::Kill, number);
       return operation.run(work_) ? 0 : 1;
     });
@@ -404,7 +404,7 @@ TEST(FullDisk, ArchivesAndTargetsStayAsTheyWere) {
     }
     return 0;
   };
-  support::OtherProcess process([&](const auto&) { return work(); });
+  support::ForkedProcess process([&](const auto&) { return work(); });
   const int status = process.wait();
   if (status == kNotAllowed) GTEST_SKIP() << "mounting a file system is not allowed here";
   EXPECT_EQ(status, 0);
