@@ -48,6 +48,13 @@ bool isSeparator(char c) { return c == '\\' || c == '/'; }
 
 }  // namespace
 
+std::string withoutEndSeparators(std::string path) {
+  while (path.size() > 1 && isSeparator(path.back()) && path[path.size() - 2] != ':') {
+    path.pop_back();
+  }
+  return path;
+}
+
 std::string madeReady(const std::string& path) {
   const bool isRooted = !path.empty() && (isSeparator(path[0]) || path.find(':') == 1);
   std::string ready = isRooted ? "" : ".\\";
@@ -55,7 +62,7 @@ std::string madeReady(const std::string& path) {
     if (ready.size() > 1 && isSeparator(c) && isSeparator(ready.back())) continue;
     ready += c;
   }
-  return ready;
+  return withoutEndSeparators(std::move(ready));
 }
 
 void pack(const std::string& folder, const std::string& zip) {
@@ -65,7 +72,7 @@ void pack(const std::string& folder, const std::string& zip) {
   bool packed = false;
   {
     const Progress progress("packing " + folder, zip);
-    packed = FRT_ZIP_FOLDER(folder.c_str(), zip.c_str());
+    packed = FRT_ZIP_FOLDER(withoutEndSeparators(folder).c_str(), zip.c_str());
   }
   ZipArchive archive;
   const bool readable = archive.open(zip.c_str(), kRead) != 0;

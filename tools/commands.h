@@ -10,9 +10,14 @@ class Failure : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+// The path without the separators at its end, but for those of a root: the
+// library puts a backslash behind a `/`, and the two would begin a server's name.
+std::string withoutEndSeparators(std::string path);
+
 // The path as the library makes folders for it: a relative one gets `.\` in
 // front, because its first component counts as given, and doubled separators
-// behind the start become one, because they would begin a server's name.
+// behind the start become one, because they would begin a server's name. None
+// is left at the end.
 std::string madeReady(const std::string& path);
 
 void pack(const std::string& folder, const std::string& zip);

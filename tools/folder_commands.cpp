@@ -21,7 +21,8 @@ void requireFolder(const std::string& folder) {
 }
 
 std::string withBackslash(const std::string& folder) {
-  return folder.ends_with('\\') ? folder : folder + '\\';
+  std::string text = withoutEndSeparators(folder);
+  return text.ends_with('\\') ? text : text + '\\';
 }
 
 std::size_t countFiles(const std::string& folder) {
@@ -97,7 +98,7 @@ void tree(const std::string& folder, const std::string& pattern) {
   std::vector<std::string> files;
   {
     const Progress progress("listing " + folder);
-    FileSystem::EnumFilesWithPath(files, folder.c_str(), pattern.c_str(), true);
+    FileSystem::EnumFilesWithPath(files, withBackslash(folder).c_str(), pattern.c_str(), true);
   }
   for (const std::string& file : files) std::printf("%s\n", file.c_str());
 }

@@ -92,12 +92,16 @@ int main(int argc, char** argv) {
   CLI::App app(
       "Files, folders and zip archives through the Vesk FileSystem library.\n"
       "The exit status is 0 for success and 1 for failure.");
+  // A path may begin with a slash, on Windows too.
+  app.allow_windows_style_options(false);
   describe(app, arguments);
   try {
     app.parse(argc, argv);
     return 0;
   } catch (const CLI::ParseError& error) {
-    return app.exit(error) == 0 ? 0 : 1;
+    if (error.get_exit_code() == 0) return app.exit(error);  // --help
+    std::fprintf(stderr, "vesk-fs: %s (see vesk-fs --help)\n", error.what());
+    return 1;
   } catch (const std::exception& error) {
     std::fprintf(stderr, "vesk-fs: %s\n", error.what());
     return 1;

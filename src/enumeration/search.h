@@ -12,9 +12,15 @@ namespace FileSystem::Detail {
 
 class Search {
  public:
-  explicit Search(const std::string& pattern, FINDEX_SEARCH_OPS operation = FindExSearchNameMatch)
+  // With `namesOnly` of an entry only its name and whether it is a folder, or a
+  // link to one, need be told.
+  explicit Search(const std::string& pattern, FINDEX_SEARCH_OPS operation = FindExSearchNameMatch,
+                  bool namesOnly = false)
       : handle_(FindFirstFileExA(pattern.c_str(), FindExInfoStandard, &entry_, operation, nullptr,
-                                 0)) {}
+                                 namesOnly ? FIND_NAMES_ONLY : 0)) {}
+  static Search forNames(const std::string& pattern) {
+    return Search(pattern, FindExSearchNameMatch, true);
+  }
 
   // Goes to the next entry, at first to the first one. False at the end, and if
   // nothing could be searched.

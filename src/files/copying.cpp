@@ -51,7 +51,8 @@ bool permits(unsigned int mode, const char* source, const char* target) {
 // taken first, because the target may lie in the source.
 long copyFiles(const std::string& source, const std::string& target) {
   std::vector<std::string> names;
-  for (Detail::Search search(source + "*.*"); search.next();) {
+  const std::string pattern = Detail::withBackslash(source.c_str()) + "*.*";
+  for (auto search = Detail::Search::forNames(pattern); search.next();) {
     if (!search.isFolder()) names.emplace_back(search.entry().cFileName);
   }
   Detail::makeFolders(target.c_str());

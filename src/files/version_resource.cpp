@@ -6,32 +6,31 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
+#include <new>
 #include <string>
-#include <vector>
 
 #include "platform/win32.h"
 
 namespace FileSystem {
 namespace {
 
-// The version data of a file; empty if it has none.
-std::vector<unsigned char> versionData(const char* filename) {
+// The version data of a file; null if it has none, or if memory is short.
+std::unique_ptr<unsigned char[]> versionData(const char* filename) {
   DWORD handle = 0;
-  std::vector<unsigned char> data(GetFileVersionInfoSizeA(filename, &handle));
-  if (!data.empty() &&
-      !GetFileVersionInfoA(filename, handle, static_cast<DWORD>(data.size()), data.data())) {
-    data.clear();
-  }
+  const DWORD size = GetFileVersionInfoSizeA(filename, &handle);
+  if (size == 0) return nullptr;
+  std::unique_ptr<unsigned char[]> data(new (std::nothrow) unsigned char[size]);
+  if (!data || !GetFileVersionInfoA(filename, handle, size, data.get())) return nullptr;
   return data;
 }
 
 // Language and code page of the first block, as the path to it spells them.
-bool firstBlock(const std::vector<unsigned char>& data, std::string& block) {
+bool firstBlock(const unsigned char* data, std::string& block) {
   void* value = nullptr;
   UINT size = 0;
   std::uint16_t pair[2];
-  if (!VerQueryValueA(data.data(), "\\VarFileInfo\\Translation", &value, &size) ||
-      size < sizeof(pair)) {
+  if (!VerQueryValueA(data, "\\VarFileInfo\\Translation", &value, &size) || size < sizeof(pair)) {
     return false;
   }
   std::memcpy(pair, value, sizeof(pair));
@@ -44,13 +43,13 @@ bool firstBlock(const std::vector<unsigned char>& data, std::string& block) {
 }  // namespace
 
 int VerGetFileInfoString(const char* filename, const char* key, CString& value) {
-  const std::vector<unsigned char> data = versionData(filename);
+  const std::unique_ptr<unsigned char[]> data = versionData(filename);
   std::string block;
-  if (data.empty() || !firstBlock(data, block)) return 0;
+  if (!data || !firstBlock(data.get(), block)) return 0;
   const std::string path = "\\StringFileInfo\\" + block + "\\" + key;
   void* text = nullptr;
   UINT size = 0;
-  if (!VerQueryValueA(data.data(), path.c_str(), &text, &size)) return 0;
+  if (!VerQueryValueA(data.get(), path.c_str(), &text, &size)) return 0;
   value = CString(static_cast<const char*>(text));
   return 1;
 }

@@ -35,9 +35,10 @@ std::string extractDrive(const std::string& path) {
 }
 
 std::string extractPath(const std::string& path) {
+  // Both parts stand side by side at the path's start.
   const Detail::PathParts parts = split(path);
-  const std::string folder = joined(parts.drive, parts.directory);
-  return std::string(trimmed(folder, kWhiteSpace));
+  const std::size_t size = parts.drive.size() + parts.directory.size();
+  return std::string(trimmed(std::string_view(path).substr(0, size), kWhiteSpace));
 }
 
 std::string extractFilename(const std::string& path) {

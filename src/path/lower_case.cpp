@@ -39,6 +39,12 @@ std::string& lowerCase(std::string& text) {
   return text;
 }
 
+bool equalIgnoringCase(std::string_view first, std::string_view second) {
+  if (first == second) return true;
+  if (first.size() != second.size()) return false;
+  return lowerCaseCopy(std::string(first)) == lowerCaseCopy(std::string(second));
+}
+
 std::string lowerCaseCopy(const std::string& text) {
   std::string copy = text;
   lowerCase(copy);

@@ -3,6 +3,7 @@
 // stays.
 
 #include <string>
+#include <string_view>
 
 namespace FileSystem::Detail {
 
@@ -12,5 +13,8 @@ namespace FileSystem::Detail {
 std::string& lowerCase(std::string& text);
 
 std::string lowerCaseCopy(const std::string& text);
+
+// Whether two texts are the same once they are lower-cased.
+bool equalIgnoringCase(std::string_view first, std::string_view second);
 
 }  // namespace FileSystem::Detail

@@ -52,14 +52,13 @@ std::size_t rootLength(std::string_view path) {
 }  // namespace
 
 bool pathEqual(const std::string& first, const std::string& second) {
-  return first.size() == second.size() &&
-         Detail::lowerCaseCopy(first) == Detail::lowerCaseCopy(second);
+  return first.size() == second.size() && Detail::equalIgnoringCase(first, second);
 }
 
 std::string subPath(const std::string& base, const std::string& path) {
   if (base.size() >= path.size()) return path;
-  const std::string start = path.substr(0, base.size());
-  return pathEqual(base, start) ? path.substr(base.size()) : path;
+  const std::string_view start = std::string_view(path).substr(0, base.size());
+  return Detail::equalIgnoringCase(base, start) ? path.substr(base.size()) : path;
 }
 
 CString ParentDirectory(const char* path) {

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 
+#include "platform/large_memory.h"
 #include "platform/unique_handle.h"
 #include "platform/win32.h"
 
@@ -12,15 +13,12 @@ namespace FileSystem {
 namespace {
 
 // Most bytes asked for in one read.
-constexpr std::size_t kLargestBlock = 0x200000;
+constexpr std::size_t kLargestBlock = 0x40000;
 
-// Bytes to ask for first: the whole of a small file and one more, so that the
-// end shows without another growth of the text.
-std::size_t firstBlock(HANDLE file) {
+// Size in bytes that the file tells; 0 if it tells none.
+std::size_t toldSize(HANDLE file) {
   LARGE_INTEGER size{};
-  if (!GetFileSizeEx(file, &size) || size.QuadPart < 0) return kLargestBlock;
-  return static_cast<std::size_t>(
-      std::min<ULONGLONG>(static_cast<ULONGLONG>(size.QuadPart) + 1, kLargestBlock));
+  return GetFileSizeEx(file, &size) ? static_cast<std::size_t>(size.QuadPart) : 0;
 }
 
 }  // namespace
@@ -32,18 +30,20 @@ std::string readContent(const std::string& path) {
                                               OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
   if (!file) return content;
 
+  // One byte more, so that the end shows without another growth of the text. A
+  // block is made room for just before it is read, while it is in the cache.
+  const std::size_t told = toldSize(file.get()) + 1;
+  platform::reserveForFilling(content, told);
   std::size_t size = 0;
-  std::size_t block = firstBlock(file.get());
   DWORD count = 0;
   do {
-    content.resize(std::max(content.size(), size + block));
-    const std::size_t room = std::min(content.size() - size, kLargestBlock);
+    const std::size_t block = size < told ? std::min(told - size, kLargestBlock) : kLargestBlock;
+    content.resize(size + block);
     count = 0;
-    if (!ReadFile(file.get(), content.data() + size, static_cast<DWORD>(room), &count, nullptr)) {
+    if (!ReadFile(file.get(), content.data() + size, static_cast<DWORD>(block), &count, nullptr)) {
       break;
     }
     size += count;
-    block = size < content.size() ? 1 : kLargestBlock;
   } while (count != 0);
   content.resize(size);
   return content;

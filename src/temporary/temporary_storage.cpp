@@ -26,7 +26,7 @@ std::string newName() {
 // that changes under it.
 void deleteFilesIn(const std::string& folder) {
   std::vector<std::string> files;
-  for (Detail::Search search(folder + '*'); search.next();) {
+  for (auto search = Detail::Search::forNames(folder + '*'); search.next();) {
     if (!search.isFolder()) files.push_back(folder + search.entry().cFileName);
   }
   for (const std::string& file : files) DeleteFileA(file.c_str());

@@ -97,7 +97,8 @@ void ZipCloseEntry(ZipReader* reader);
 // Writing.
 
 // Null if the file cannot be opened, or is in mode 1 or 2 neither an archive
-// nor empty. In mode 1 entries that the archive has are dropped with the commit.
+// nor empty; in mode 2 also if an entry claims to go on behind the others, where
+// new ones would come. In mode 1 entries that the archive has are dropped with the commit.
 ZipWriter* ZipOpenWriter(const char* path, int mode);
 // Begins an entry; one left open is taken back. `method` is 0 or 8 unless
 // `raw`; `level` is -1 or 0 to 9. With `raw` the data come stored as they are

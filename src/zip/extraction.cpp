@@ -7,9 +7,13 @@
 
 #include <algorithm>
 #include <climits>
+#include <memory>
+#include <optional>
+#include <span>
 #include <string_view>
 
 #include "files/make_folders.h"
+#include "platform/large_memory.h"
 
 namespace zip {
 namespace {
@@ -30,6 +34,29 @@ bool leadsOut(std::string_view name) {
   return false;
 }
 
+// The size of the reader's current entry, whose bytes go to the place that
+// `room(size)` gives.
+template <typename Room>
+std::optional<std::uint32_t> readCurrent(ZipReader* reader, const char* password, Room room) {
+  const OpenEntry entry(reader, password);
+  ZipEntryInfo info = {};
+  if (!entry || ZipReadEntryInfo(reader, &info, nullptr, 0, nullptr, 0, nullptr, 0) != 0) {
+    return std::nullopt;
+  }
+  unsigned char none = 0;
+  unsigned char* const place = info.uncompressedSize == 0 ? &none : room(info.uncompressedSize);
+  // One read, but for entries beyond what its result can count. An empty entry
+  // is read too, so that its checks are made.
+  std::uint32_t done = 0;
+  do {
+    const std::uint32_t size = std::min<std::uint32_t>(info.uncompressedSize - done, INT_MAX);
+    const int read = ZipReadEntry(reader, place + done, size);
+    if (read < 0 || (read == 0 && size != 0)) return std::nullopt;
+    done += static_cast<std::uint32_t>(read);
+  } while (done < info.uncompressedSize);
+  return info.uncompressedSize;
+}
+
 // Whether one of the folders of `name` under `prefix` is a link, which could
 // lead anywhere.
 bool goesThroughLink(const std::string& prefix, const std::string& name) {
@@ -42,7 +69,7 @@ bool goesThroughLink(const std::string& prefix, const std::string& name) {
   return false;
 }
 
-bool writeAll(HANDLE file, const std::vector<unsigned char>& bytes) {
+bool writeAll(HANDLE file, std::span<const unsigned char> bytes) {
   constexpr std::size_t kBlock = std::size_t{1} << 30;
   for (std::size_t done = 0; done < bytes.size();) {
     const DWORD size = static_cast<DWORD>(std::min(kBlock, bytes.size() - done));
@@ -57,7 +84,7 @@ bool writeAll(HANDLE file, const std::vector<unsigned char>& bytes) {
 
 // Replaces an existing file by way of a temporary one, so that its old content
 // outlives a full disk.
-bool replaceFile(const char* target, const std::vector<unsigned char>& bytes) {
+bool replaceFile(const char* target, std::span<const unsigned char> bytes) {
   // Somebody who holds the target, or its read-only attribute, keeps it.
   if (!platform::FileHandle(CreateFileA(target, GENERIC_READ | GENERIC_WRITE, 0, nullptr,
                                         OPEN_EXISTING, FILE_ATTRIBUTE_ARCHIVE, nullptr))) {
@@ -78,7 +105,7 @@ bool replaceFile(const char* target, const std::vector<unsigned char>& bytes) {
   return replaced;
 }
 
-bool writeFile(const char* target, const std::vector<unsigned char>& bytes) {
+bool writeFile(const char* target, std::span<const unsigned char> bytes) {
   platform::FileHandle file(CreateFileA(target, GENERIC_READ | GENERIC_WRITE, 0, nullptr,
                                         CREATE_NEW, FILE_ATTRIBUTE_ARCHIVE, nullptr));
   if (!file) return GetLastError() == ERROR_FILE_EXISTS && replaceFile(target, bytes);
@@ -92,6 +119,24 @@ bool writeFile(const char* target, const std::vector<unsigned char>& bytes) {
 
 Extractor::Extractor(const char* archive, const char* password)
     : reader_(ZipOpenReader(archive)), password_(password) {}
+
+unsigned char* Extractor::Content::room(std::size_t size) {
+  if (size > capacity_) {
+    capacity_ = 0;
+    bytes_.reset();
+    bytes_ = std::make_unique_for_overwrite<unsigned char[]>(size);
+    if (size >= platform::kLargeMemory) platform::expectFilling(bytes_.get(), size);
+    capacity_ = size;
+  }
+  return bytes_.get();
+}
+
+template <typename Room>
+std::optional<std::uint32_t> Extractor::read(const std::string& stored, Room room) {
+  if (stored.size() > kLongestName) return std::nullopt;
+  if (ZipLocateEntry(reader_.get(), stored.c_str(), 0) != 0) return std::nullopt;
+  return readCurrent(reader_.get(), password_, room);
+}
 
 std::vector<std::string> Extractor::names() {
   std::vector<std::string> result;
@@ -108,46 +153,37 @@ std::vector<std::string> Extractor::names() {
 
 bool Extractor::toBytes(const std::string& stored, std::vector<unsigned char>& bytes) {
   bytes.clear();
-  if (stored.size() > kLongestName) return false;
-  if (ZipLocateEntry(reader_.get(), stored.c_str(), 0) != 0) return false;
-  const OpenEntry entry(reader_.get(), password_);
-  ZipEntryInfo info = {};
-  if (!entry || ZipReadEntryInfo(reader_.get(), &info, nullptr, 0, nullptr, 0, nullptr, 0) != 0) {
-    return false;
-  }
-  bytes.resize(info.uncompressedSize);
-  std::size_t done = 0;
-  // One read, but for entries beyond what its result can count. An empty entry
-  // is read too, so that its checks are made.
-  do {
-    const std::uint32_t size =
-        static_cast<std::uint32_t>(std::min<std::size_t>(bytes.size() - done, INT_MAX));
-    unsigned char none = 0;
-    unsigned char* const place = bytes.empty() ? &none : bytes.data() + done;
-    const int read = ZipReadEntry(reader_.get(), place, size);
-    if (read < 0 || (read == 0 && size != 0)) {
-      bytes.clear();
-      return false;
-    }
-    done += static_cast<std::size_t>(read);
-  } while (done < bytes.size());
-  return true;
+  const auto room = [&](std::uint32_t size) {
+    platform::reserveForFilling(bytes, size);
+    bytes.resize(size);
+    return bytes.data();
+  };
+  if (read(stored, room)) return true;
+  bytes.clear();
+  return false;
 }
 
 bool Extractor::toFile(const std::string& stored, const std::string& target) {
-  std::vector<unsigned char> bytes;
-  if (!toBytes(stored, bytes)) return false;
+  const auto room = [this](std::uint32_t size) { return content_.room(size); };
+  const std::optional<std::uint32_t> size = read(stored, room);
+  if (!size) return false;
   std::string folder = FileSystem::extractPath(target);
   if (folder != lastFolder_) {
     FileSystem::Detail::makeFolders(folder.c_str());
     lastFolder_ = std::move(folder);
   }
-  return writeFile(target.c_str(), bytes);
+  return writeFile(target.c_str(), {content_.room(0), *size});
 }
 
 bool Extractor::toPlace(const std::string& stored, const std::string& prefix,
                         const std::string& name) {
-  return !leadsOut(name) && !goesThroughLink(prefix, name) && toFile(stored, prefix + name);
+  if (leadsOut(name)) return false;
+  std::string folder = prefix + name.substr(0, name.find_last_of(kSeparators) + 1);
+  if (folder != lastPlace_) {
+    if (goesThroughLink(prefix, name)) return false;
+    lastPlace_ = std::move(folder);
+  }
+  return toFile(stored, prefix + name);
 }
 
 }  // namespace zip

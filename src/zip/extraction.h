@@ -1,6 +1,8 @@
 #pragma once
 // Entries out of an archive that stays open: one reader for a whole list.
 
+#include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -28,8 +30,24 @@ class Extractor {
   bool toBytes(const std::string& stored, std::vector<unsigned char>& bytes);
 
  private:
+  // Room for the content of one entry after the other.
+  class Content {
+   public:
+    unsigned char* room(std::size_t size);
+
+   private:
+    std::unique_ptr<unsigned char[]> bytes_;
+    std::size_t capacity_ = 0;
+  };
+
+  // Reads an entry to the place that `room(size)` gives; its size.
+  template <typename Room>
+  std::optional<std::uint32_t> read(const std::string& stored, Room room);
+
   Reader reader_;
   const char* password_;
+  Content content_;         // of the last toFile
+  std::string lastPlace_;   // folder of the last toPlace, which is behind no link
   std::string lastFolder_;  // made by the last toFile, so that it is made once
 };
 

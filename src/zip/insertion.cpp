@@ -4,6 +4,8 @@
 
 #include <filesystem/zip_archive.h>
 
+#include <algorithm>
+#include <functional>
 #include <optional>
 
 #include "zip/removal.h"
@@ -16,6 +18,11 @@ constexpr std::size_t kBlock = std::size_t{256} << 10;
 
 ZipDateWords dateWords(const SYSTEMTIME& time) {
   return {time.wSecond, time.wMinute, time.wHour, time.wDay, time.wMonth - 1u, time.wYear};
+}
+
+platform::FileHandle openSource(const char* path) {
+  return platform::FileHandle(CreateFileA(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                          nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_ARCHIVE, nullptr));
 }
 
 std::uint32_t startCrc() { return ZipCrc32(0, nullptr, 0); }
@@ -37,8 +44,8 @@ bool forEachBlock(HANDLE file, std::vector<unsigned char>& block, Use use) {
     if (ReadFile(file, block.data(), static_cast<DWORD>(block.size()), &size, nullptr) == 0) {
       return false;
     }
-    if (size == 0) return true;
-    if (!use(block.data(), size)) return false;
+    if (size != 0 && !use(block.data(), size)) return false;
+    if (size < block.size()) return true;
   }
 }
 
@@ -71,9 +78,7 @@ bool addBytes(ZipWriter* writer, const std::vector<unsigned char>& bytes, const 
 
 bool addFile(ZipWriter* writer, const char* source, const std::string& stored, const char* comment,
              const char* password) {
-  const platform::FileHandle file(CreateFileA(source, GENERIC_READ,
-                                              FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
-                                              OPEN_EXISTING, FILE_ATTRIBUTE_ARCHIVE, nullptr));
+  const platform::FileHandle file = openSource(source);
   if (!file) return false;
   WIN32_FILE_ATTRIBUTE_DATA data = {};
   FILETIME local = {};
@@ -85,7 +90,10 @@ bool addFile(ZipWriter* writer, const char* source, const std::string& stored, c
   info.date = dateWords(time);
   info.externalAttributes = data.dwFileAttributes;
 
-  std::vector<unsigned char> block(kBlock);
+  // One byte more than a small file has, so that it is read in one piece.
+  const std::uint64_t size = std::uint64_t{data.nFileSizeHigh} << 32 | data.nFileSizeLow;
+  std::vector<unsigned char> block(
+      static_cast<std::size_t>(std::min<std::uint64_t>(size + 1, kBlock)));
   std::uint32_t crc = startCrc();
   if (password != nullptr) {
     const std::optional<std::uint32_t> whole = crcOfFile(file.get(), block);
@@ -106,53 +114,43 @@ bool addFile(ZipWriter* writer, const char* source, const std::string& stored, c
 
 namespace {
 
-// Makes room for a new entry of that name. Entries beyond the last one cannot
-// be removed; the last one is dropped with the commit of the new entry.
-enum class Room { Free, LastEntryStays, Refused };
-
-Room makeRoom(ZipArchive& archive, ZipArchivePrivate& state, const char* name, int overwrite) {
-  if (archive.exist(name) == 0) return Room::Free;
-  if (overwrite == 0) return Room::Refused;
-  const ZipHeldFileGuard guard(state.file);
-  switch (rewriteArchive(state.file.name, {name})) {
-    case RewriteResult::Replaced:
-      return Room::Free;
-    case RewriteResult::NothingLeft:
-      return Room::LastEntryStays;
-    case RewriteResult::Failed:
-      break;
-  }
-  return Room::Refused;
+bool isEmptyFile(const std::string& path) {
+  WIN32_FILE_ATTRIBUTE_DATA data = {};
+  return GetFileAttributesExA(path.c_str(), GetFileExInfoStandard, &data) != 0 &&
+         data.nFileSizeLow == 0 && data.nFileSizeHigh == 0;
 }
 
-Writer openWriter(const char* path, Room room) {
-  Writer writer(path, room == Room::LastEntryStays ? ZipModeAppendFirst : ZipModeAppend);
-  // A file of no bytes is no archive yet.
-  if (!writer) {
-    WIN32_FILE_ATTRIBUTE_DATA data = {};
-    if (GetFileAttributesExA(path, GetFileExInfoStandard, &data) != 0 && data.nFileSizeLow == 0 &&
-        data.nFileSizeHigh == 0) {
-      writer = Writer(path, ZipModeAppendFirst);
-    }
-  }
-  return writer;
-}
-
-// The frame of both insertions; `add` writes the entry.
-template <typename Add>
-int insertEntry(ZipArchive& archive, ZipArchivePrivate& state, const char* name, int overwrite,
-                Add add) {
-  if (archive.canRead() == 0 || archive.canWrite() == 0) return 0;
-  const Room room = makeRoom(archive, state, name, overwrite);
-  if (room == Room::Refused) return 0;
-  const ZipHeldFileGuard guard(state.file);
-  Writer writer = openWriter(state.file.name.c_str(), room);
-  if (!writer) return 0;
+bool appendEntry(const std::string& path, ZipWriterMode mode,
+                 const std::function<bool(ZipWriter*)>& add) {
+  Writer writer(path.c_str(), mode);
+  if (!writer) return false;
   const bool added = add(writer.get());
-  if (!writer.commit(nullptr) || !added) return 0;
-  // Reclaims the bytes of the entry that was replaced.
-  if (room == Room::LastEntryStays) rewriteArchive(state.file.name, {});
-  return 1;
+  return writer.commit(nullptr) && added;
+}
+
+// Old and new entry change places in one step, so that at every instant the
+// archive has one of them. Without a source the old one goes all the same.
+bool replaceEntry(const std::string& path, const std::string& name, bool hasSource,
+                  const std::function<bool(ZipWriter*)>& add) {
+  if (hasSource) return rewriteArchive(path, {name}, add) == RewriteResult::Replaced;
+  rewriteArchive(path, {name});
+  return false;
+}
+
+// The frame of both insertions; `hasSource` tells whether there is something to
+// insert, `add` writes the entry.
+bool insertEntry(const std::string& path, const std::string& name, bool overwrite,
+                 const std::function<bool()>& hasSource,
+                 const std::function<bool(ZipWriter*)>& add) {
+  Reader reader(ZipOpenReader(path.c_str()));
+  // A file of no bytes is no archive yet.
+  if (!reader) return isEmptyFile(path) && appendEntry(path, ZipModeAppendFirst, add);
+  const std::string stored = storedName(name);
+  const bool exists =
+      stored.size() <= kLongestName && ZipLocateEntry(reader.get(), stored.c_str(), 0) == 0;
+  reader.reset();
+  if (!exists) return appendEntry(path, ZipModeAppend, add);
+  return overwrite && replaceEntry(path, name, hasSource(), add);
 }
 
 }  // namespace
@@ -160,17 +158,28 @@ int insertEntry(ZipArchive& archive, ZipArchivePrivate& state, const char* name,
 
 int ZipArchive::insert(const std::vector<unsigned char>& bytes, const std::string& name,
                        const std::string& comment, int overwrite) {
-  return zip::insertEntry(*this, *m_private, name.c_str(), overwrite, [&](ZipWriter* writer) {
+  if (canRead() == 0 || canWrite() == 0) return 0;
+  const ZipHeldFileGuard guard(m_private->file);
+  const auto add = [&](ZipWriter* writer) {
     return zip::addBytes(writer, bytes, zip::storedName(name), comment,
                          m_private->passwordOrNull());
-  });
+  };
+  // The name's text up to its first zero byte counts.
+  return zip::insertEntry(
+             m_private->file.name, name.c_str(), overwrite != 0, [] { return true; }, add)
+             ? 1
+             : 0;
 }
 
 int ZipArchive::insert(const char* source, const char* name, const char* comment, int overwrite) {
+  if (canRead() == 0 || canWrite() == 0) return 0;
+  const ZipHeldFileGuard guard(m_private->file);
   const char* const lookup = name != nullptr ? name : source;
-  return zip::insertEntry(*this, *m_private, lookup, overwrite, [&](ZipWriter* writer) {
+  const auto add = [&](ZipWriter* writer) {
     const char* const entry = lookup[0] != '\0' ? lookup : source;
     return zip::addFile(writer, source, zip::storedName(entry), comment != nullptr ? comment : "",
                         m_private->passwordOrNull());
-  });
+  };
+  const auto hasSource = [&] { return static_cast<bool>(zip::openSource(source)); };
+  return zip::insertEntry(m_private->file.name, lookup, overwrite != 0, hasSource, add) ? 1 : 0;
 }

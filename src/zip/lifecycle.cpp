@@ -4,6 +4,8 @@
 #include <filesystem/files.h>
 #include <filesystem/zip_archive.h>
 
+#include <utility>
+
 #include "zip/zip_archive_private.h"
 
 ZipArchive::ZipArchive() : m_private(new ZipArchivePrivate) {}
@@ -13,9 +15,8 @@ ZipArchive::ZipArchive(const ZipArchive& other) : m_private(other.m_private) {
 }
 
 ZipArchive& ZipArchive::operator=(const ZipArchive& other) {
-  ++other.m_private->owners;
-  if (--m_private->owners == 0) delete m_private;
-  m_private = other.m_private;
+  ZipArchive copy(other);
+  std::swap(m_private, copy.m_private);
   return *this;
 }
 
@@ -42,8 +43,14 @@ int ZipArchive::create(const char* name, int overwrite) {
   }
   // `name` may be what fileName() gave, which goes with the next step.
   const std::string path = name;
+  const bool isNew = GetFileAttributesA(name) == INVALID_FILE_ATTRIBUTES;
   file.setName(nullptr);
-  if (!zip::Writer(path.c_str(), ZipModeCreate).commit(nullptr)) return 0;
+  zip::Writer writer(path.c_str(), ZipModeCreate);
+  if (!writer) return 0;
+  if (!writer.commit(nullptr)) {
+    if (isNew) DeleteFileA(path.c_str());
+    return 0;
+  }
   file.setName(path.c_str());
   file.access = GENERIC_READ | GENERIC_WRITE;
   file.acquire();

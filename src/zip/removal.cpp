@@ -4,6 +4,7 @@
 
 #include <filesystem/zip_archive.h>
 
+#include "platform/replace_file.h"
 #include "zip/zip_archive_private.h"
 
 namespace zip {
@@ -57,20 +58,28 @@ std::int64_t copyEntries(ZipReader* reader, ZipWriter* writer, const NameSet& dr
 
 }  // namespace
 
-RewriteResult rewriteArchive(const std::string& path, const NameSet& dropped) {
+RewriteResult rewriteArchive(const std::string& path, const NameSet& dropped,
+                             const std::function<bool(ZipWriter*)>& add) {
   const TemporaryFile temporary;
   if (!temporary) return RewriteResult::Failed;
+  // Kept open to the end: nobody can open the archive for himself alone and add
+  // what the copy does not have, and a copy of another rewriter is noticed.
+  const platform::FileHandle original(CreateFileA(path.c_str(), GENERIC_READ,
+                                                  FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                                                  OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
   Reader reader(ZipOpenReader(path.c_str()));
-  if (!reader) return RewriteResult::Failed;
+  if (!original || !reader) return RewriteResult::Failed;
   Writer writer(temporary.path(), ZipModeCreate);
   if (!writer) return RewriteResult::Failed;
   const std::int64_t kept = copyEntries(reader.get(), writer.get(), dropped);
   const std::string comment = globalComment(reader.get());
-  if (!writer.commit(comment.c_str()) || kept < 0) return RewriteResult::Failed;
+  const bool added = kept >= 0 && (!add || add(writer.get()));
+  if (!writer.commit(comment.c_str()) || !added) return RewriteResult::Failed;
   reader.reset();
-  if (kept == 0) return RewriteResult::NothingLeft;
-  return ::CopyFileA(temporary.path(), path.c_str(), FALSE) != 0 ? RewriteResult::Replaced
-                                                                 : RewriteResult::Failed;
+  if (kept == 0 && !add) return RewriteResult::NothingLeft;
+  return platform::replaceFile(original.get(), path.c_str(), temporary.path())
+             ? RewriteResult::Replaced
+             : RewriteResult::Failed;
 }
 
 }  // namespace zip

@@ -1,10 +1,12 @@
 #pragma once
 // Entries out of an archive: a copy without them takes its place.
 
+#include <functional>
 #include <set>
 #include <string>
 
 #include "platform/win32.h"
+#include "zip/engine.h"
 
 namespace zip {
 
@@ -24,7 +26,10 @@ enum class RewriteResult {
 };
 
 // Replaces an archive by a copy without the entries of `dropped`, in the same
-// order. Entries cross as they are stored, so that no password is needed.
-RewriteResult rewriteArchive(const std::string& path, const NameSet& dropped);
+// order, and with what `add` (which may be empty) puts behind them; if that
+// fails, so does all. Entries cross as they are stored, so that no password is
+// needed.
+RewriteResult rewriteArchive(const std::string& path, const NameSet& dropped,
+                             const std::function<bool(ZipWriter*)>& add = {});
 
 }  // namespace zip

@@ -90,6 +90,7 @@ TEST_F(Enumeration, Patterns) {
       {"nothing*", {}},
   };
   for (const auto& c : cases) {
+    if (c.pattern == "*." && !support::kPlatform.starDotIsExact) continue;
     Names names;
     EXPECT_EQ(EnumFiles(names, path_, c.pattern.c_str()), c.names.size()) << c.pattern;
     EXPECT_EQ(sorted(names), c.names) << c.pattern;

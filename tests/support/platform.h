@@ -23,6 +23,10 @@ struct Platform {
   bool copyGuardsTarget;
   // Automation dates are made of existing days and numbers only.
   bool strictDates;
+  // The pattern `*.` finds the names without a dot alone.
+  bool starDotIsExact;
+  // A block of a version resource is no value.
+  bool blockIsNoValue;
   // A program that is found along the search path.
   const char* program;
 };

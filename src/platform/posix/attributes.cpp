@@ -65,13 +65,13 @@ FILETIME fileTimeOf(const statx_timestamp& time) {
 using namespace platform::posix;
 
 DWORD GetFileAttributesA(const char* path) {
-  struct statx status;
+  struct statx status {};
   DWORD attributes = 0;
   return look(path, status, attributes) ? attributes : INVALID_FILE_ATTRIBUTES;
 }
 
 BOOL GetFileAttributesExA(const char* path, GET_FILEEX_INFO_LEVELS, void* data) {
-  struct statx status;
+  struct statx status {};
   DWORD attributes = 0;
   if (!look(path, status, attributes)) return FALSE;
   fillData(*static_cast<WIN32_FILE_ATTRIBUTE_DATA*>(data), status, attributes);

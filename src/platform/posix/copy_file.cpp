@@ -10,7 +10,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <atomic>
 #include <cerrno>
 #include <climits>
 #include <cstdio>
@@ -25,6 +24,7 @@
 #include "platform/posix/last_error.h"
 #include "platform/posix/native_path.h"
 #include "platform/posix/share_lock.h"
+#include "platform/replace_file.h"
 #include "platform/unique_handle.h"
 
 namespace platform::posix {
@@ -99,11 +99,14 @@ std::string folderOf(const std::string& path) {
   return separator == 0 ? "/" : path.substr(0, separator);
 }
 
-std::string temporaryName(const std::string& target) {
-  static std::atomic<unsigned> number{0};
-  char name[48];
-  std::snprintf(name, sizeof(name), "/.~copy%x-%x.tmp", static_cast<unsigned>(getpid()), number++);
-  return folderOf(target) + name;
+// The name that a copy has in the instant before it takes its target's. It is
+// the same until the target is replaced, so that the next copy finds, and
+// removes, what a process that was killed in that instant left.
+std::string temporaryName(const Target& target) {
+  char name[40];
+  std::snprintf(name, sizeof(name), "/.~copy%llx.tmp",
+                static_cast<unsigned long long>(target.status.st_ino));
+  return folderOf(target.path) + name;
 }
 
 // A file that goes again unless it is kept.
@@ -118,11 +121,14 @@ class NewFile {
   }
   // A file in the folder of `target`, without a name where the file system has
   // such files.
-  static NewFile beside(const std::string& target, mode_t mode) {
+  static NewFile beside(const Target& target, mode_t mode) {
     NewFile file;
-    file.file_ = Descriptor(::open(folderOf(target).c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, mode));
+    file.file_ =
+        Descriptor(::open(folderOf(target.path).c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, mode));
     if (file || (errno != EOPNOTSUPP && errno != EISDIR && errno != EINVAL)) return file;
-    return named(temporaryName(target), mode);
+    const std::string name = temporaryName(target);
+    unlink(name.c_str());
+    return named(name, mode);
   }
   NewFile(NewFile&& other) noexcept
       : file_(std::move(other.file_)), name_(std::exchange(other.name_, {})) {}
@@ -136,16 +142,9 @@ class NewFile {
 
   void keep() { name_.clear(); }
   // Puts the file in the place of another one.
-  bool replace(const std::string& target) {
-    if (name_.empty()) {
-      const std::string own = "/proc/self/fd/" + std::to_string(file_.get());
-      const std::string name = temporaryName(target);
-      if (linkat(AT_FDCWD, own.c_str(), AT_FDCWD, name.c_str(), AT_SYMLINK_FOLLOW) != 0) {
-        return false;
-      }
-      name_ = name;
-    }
-    if (rename(name_.c_str(), target.c_str()) != 0) return false;
+  bool replace(const Target& target) {
+    if (name_.empty() && !takeName(temporaryName(target))) return false;
+    if (rename(name_.c_str(), target.path.c_str()) != 0) return false;
     keep();
     return true;
   }
@@ -153,9 +152,23 @@ class NewFile {
  private:
   NewFile() = default;
 
+  bool takeName(const std::string& name) {
+    const std::string own = "/proc/self/fd/" + std::to_string(file_.get());
+    const auto link = [&] {
+      return linkat(AT_FDCWD, own.c_str(), AT_FDCWD, name.c_str(), AT_SYMLINK_FOLLOW) == 0;
+    };
+    const bool linked = link() || (errno == EEXIST && unlink(name.c_str()) == 0 && link());
+    if (linked) name_ = name;
+    return linked;
+  }
+
   Descriptor file_;
   std::string name_;  // empty while the file has none, and once it is kept
 };
+
+bool isSameFile(const struct stat& a, const struct stat& b) {
+  return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
+}
 
 // Looks at what has the target's name now. False, with the error, if it cannot
 // be replaced by a copy of the source.
@@ -168,21 +181,24 @@ bool examine(const NativePath& path, const Source& source, bool failIfExists, Ta
   const struct stat& status = target.status;
   if (!S_ISREG(status.st_mode)) return fail(ERROR_ACCESS_DENIED);
   if (failIfExists) return fail(ERROR_FILE_EXISTS);
-  if (status.st_dev == source.status.st_dev && status.st_ino == source.status.st_ino) {
-    return fail(ERROR_SHARING_VIOLATION);
-  }
+  if (isSameFile(status, source.status)) return fail(ERROR_SHARING_VIOLATION);
   if (isReadOnly(status.st_mode)) return fail(ERROR_ACCESS_DENIED);
 
   char real[PATH_MAX];
   if (realpath(path.c_str(), real) == nullptr) return fail(errorOnPath(path, errno));
   target.path = real;
   target.held = Descriptor(::open(real, O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY));
+  if (!target.held) return true;
   constexpr DWORD kShare = FILE_SHARE_READ | FILE_SHARE_DELETE;
-  if (target.held &&
-      acquireShare(target.held.get(), GENERIC_WRITE, kShare) != ShareResult::Granted) {
+  if (acquireShare(target.held.get(), GENERIC_WRITE, kShare) != ShareResult::Granted) {
     return fail(ERROR_SHARING_VIOLATION);
   }
-  return true;
+  // The one who held it before may have put another file in its place.
+  struct stat held;
+  if (fstat(target.held.get(), &held) != 0 || stat(real, &target.status) != 0) {
+    return failWithErrno();
+  }
+  return isSameFile(held, target.status) ? true : fail(ERROR_SHARING_VIOLATION);
 }
 
 // A replaced file stays its owner's, with its permissions; whether it may be
@@ -212,8 +228,8 @@ bool fill(const Source& source, const Target& target, NewFile& file) {
 bool copyTo(const Source& source, const Target& target) {
   if (target.exists) {
     constexpr mode_t kOwnOnly = 0600;
-    NewFile file = NewFile::beside(target.path, kOwnOnly);
-    return fill(source, target, file) && file.replace(target.path);
+    NewFile file = NewFile::beside(target, kOwnOnly);
+    return fill(source, target, file) && file.replace(target);
   }
   constexpr mode_t kPermissions = 0777;
   NewFile file = NewFile::named(target.path, source.status.st_mode & kPermissions);
@@ -221,6 +237,14 @@ bool copyTo(const Source& source, const Target& target) {
   if (!fill(source, target, file)) return false;
   file.keep();
   return true;
+}
+
+bool openSource(const char* text, platform::FileHandle& handle, Source& source) {
+  constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+  handle.reset(CreateFileA(text, GENERIC_READ, kShareAll, nullptr, OPEN_EXISTING, 0, nullptr));
+  if (!handle) return false;
+  source.descriptor = descriptorOf(handle.get());
+  return fstat(source.descriptor, &source.status) == 0 || failWithErrno() != FALSE;
 }
 
 }  // namespace
@@ -231,12 +255,9 @@ BOOL CopyFileA(const char* sourceText, const char* targetText, BOOL failIfExists
   const NativePath path(targetText);
   if (!path.valid()) return fail(path.error());
   if (path.hadTrailingSeparator()) return fail(ERROR_PATH_NOT_FOUND);
-  constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
-  const platform::FileHandle handle(
-      CreateFileA(sourceText, GENERIC_READ, kShareAll, nullptr, OPEN_EXISTING, 0, nullptr));
-  if (!handle) return FALSE;
-  Source source{.descriptor = descriptorOf(handle.get()), .status = {}};
-  if (fstat(source.descriptor, &source.status) != 0) return failWithErrno();
+  platform::FileHandle handle;
+  Source source{.descriptor = -1, .status = {}};
+  if (!openSource(sourceText, handle, source)) return FALSE;
 
   // At first the name is taken to be free, which costs no look.
   Target target{.path = path.c_str(), .held = {}};
@@ -245,4 +266,19 @@ BOOL CopyFileA(const char* sourceText, const char* targetText, BOOL failIfExists
     if (!examine(path, source, failIfExists != FALSE, target)) return FALSE;
   }
   return TRUE;
+}
+
+bool platform::replaceFile(HANDLE opened, const char* path, const char* version) {
+  using namespace platform::posix;
+  const NativePath native(path);
+  if (!native.valid()) return fail(native.error()) != FALSE;
+  platform::FileHandle handle;
+  Source source{.descriptor = -1, .status = {}};
+  Target target{.path = {}, .held = {}};
+  struct stat was;
+  if (!openSource(version, handle, source) || !examine(native, source, false, target)) return false;
+  if (fstat(descriptorOf(opened), &was) != 0 || !isSameFile(was, target.status)) {
+    return fail(ERROR_SHARING_VIOLATION) != FALSE;
+  }
+  return copyTo(source, target) || fail(errorOnPath(native, errno)) != FALSE;
 }

@@ -14,11 +14,9 @@
 namespace platform::posix {
 namespace {
 
-bool heldAgainstDeletion(const NativePath& path) {
-  const Descriptor file(
-      ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_CLOEXEC | O_NOCTTY));
-  // What cannot be opened for reading has no holder that went through here.
-  return file && deletionDenied(file.get());
+// Whether what the status tells of can be deleted.
+bool permits(const struct stat& status) {
+  return !S_ISDIR(status.st_mode) && !(S_ISREG(status.st_mode) && isReadOnly(status.st_mode));
 }
 
 }  // namespace
@@ -31,12 +29,16 @@ BOOL DeleteFileA(const char* text) {
   const NativePath path(text);
   if (!path.valid()) return fail(path.error());
   if (path.hadTrailingSeparator()) return fail(ERROR_INVALID_NAME);
+  const Descriptor file(
+      ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_CLOEXEC | O_NOCTTY));
   struct stat status;
-  if (lstat(path.c_str(), &status) != 0) return fail(errorOnPath(path, errno));
-  if (S_ISDIR(status.st_mode)) return fail(ERROR_ACCESS_DENIED);
-  if (S_ISREG(status.st_mode)) {
-    if (isReadOnly(status.st_mode)) return fail(ERROR_ACCESS_DENIED);
-    if (heldAgainstDeletion(path)) return fail(ERROR_SHARING_VIOLATION);
+  // What cannot be opened for reading, as a link, has no holder that went through
+  // here.
+  const int looked = file ? fstat(file.get(), &status) : lstat(path.c_str(), &status);
+  if (looked != 0) return fail(errorOnPath(path, errno));
+  if (!permits(status)) return fail(ERROR_ACCESS_DENIED);
+  if (file && S_ISREG(status.st_mode) && deletionDenied(file.get())) {
+    return fail(ERROR_SHARING_VIOLATION);
   }
   return unlink(path.c_str()) == 0 ? TRUE : fail(errorOnPath(path, errno));
 }

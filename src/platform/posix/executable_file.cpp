@@ -74,7 +74,7 @@ class Image {
     constexpr std::uint16_t kPe64 = 0x20B;
     if (*magic != kPe32 && *magic != kPe64) return false;
     const std::uint64_t directories = optional + (*magic == kPe64 ? 108 : 92);
-    constexpr std::uint32_t kResourceDirectory = 2;
+    constexpr std::uint64_t kResourceDirectory = 2;
     const auto count = numbers_.dword(directories);
     const auto resources = numbers_.dword(directories + 4 + kResourceDirectory * 8);
     if (!count || *count <= kResourceDirectory || !resources || *resources == 0) return false;
@@ -103,8 +103,8 @@ class Image {
 
  private:
   bool readSections(std::uint64_t table, std::uint16_t count) {
-    constexpr std::uint32_t kHeaderSize = 40;
-    for (std::uint32_t i = 0; i < count; ++i) {
+    constexpr std::uint64_t kHeaderSize = 40;
+    for (std::uint64_t i = 0; i < count; ++i) {
       const std::uint64_t header = table + i * kHeaderSize;
       const auto address = numbers_.dword(header + 12);
       const auto size = numbers_.dword(header + 16);

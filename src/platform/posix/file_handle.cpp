@@ -1,5 +1,7 @@
 #include "platform/posix/file_handle.h"
 
+#include <cerrno>
+
 namespace platform::posix {
 namespace {
 
@@ -48,9 +50,11 @@ bool grants(HANDLE handle, DWORD access) {
 
 bool isCurrent(HANDLE handle) {
   const int descriptor = descriptorOf(handle);
+  if (descriptor < 0) return false;
   struct stat status;
-  return descriptor >= 0 && fstat(descriptor, &status) == 0 &&
-         tagOf(status) == valueOf(handle) >> kTagShift;
+  // A file that cannot be asked is open all the same, and has to be closed.
+  if (fstat(descriptor, &status) != 0) return errno != EBADF;
+  return tagOf(status) == valueOf(handle) >> kTagShift;
 }
 
 }  // namespace platform::posix

@@ -25,6 +25,16 @@ struct FolderCloser {
 
 constexpr unsigned kWanted = STATX_BASIC_STATS | STATX_BTIME;
 
+// Fills what a search for names tells, from the folder's own listing. False if
+// that does not tell what the name leads to.
+bool listName(const dirent& entry, WIN32_FIND_DATAA& data) {
+  if (entry.d_type != DT_REG && entry.d_type != DT_DIR) return false;
+  data = WIN32_FIND_DATAA{};
+  data.dwFileAttributes =
+      entry.d_type == DT_DIR ? FILE_ATTRIBUTE_DIRECTORY : FILE_ATTRIBUTE_ARCHIVE;
+  return displayName(entry.d_name, data.cFileName, sizeof(data.cFileName)) != 0;
+}
+
 // Fills the record of a name in an open folder; a link counts as what it leads
 // to. False if the name is gone, or is too long once it is delivered.
 bool describe(int folder, const char* path, const char* name, WIN32_FIND_DATAA& data) {
@@ -44,8 +54,12 @@ bool describe(int folder, const char* path, const char* name, WIN32_FIND_DATAA& 
 
 class Search {
  public:
-  Search(std::unique_ptr<DIR, FolderCloser> folder, std::string_view pattern, bool foldersOnly)
-      : folder_(std::move(folder)), pattern_(pattern), foldersOnly_(foldersOnly) {}
+  Search(std::unique_ptr<DIR, FolderCloser> folder, std::string_view pattern, bool foldersOnly,
+         bool namesOnly)
+      : folder_(std::move(folder)),
+        pattern_(pattern),
+        foldersOnly_(foldersOnly),
+        namesOnly_(namesOnly) {}
   // A search that has delivered all it has.
   Search() = default;
 
@@ -57,8 +71,10 @@ class Search {
           entry->d_type != DT_UNKNOWN) {
         continue;
       }
-      char name[MAX_PATH * 3];
-      if (displayName(entry->d_name, name, sizeof(name)) == 0 || !pattern_->matches(name)) continue;
+      char shown[MAX_PATH * 3];
+      if (displayName(entry->d_name, shown, sizeof(shown)) == 0 || !pattern_->matches(shown))
+        continue;
+      if (namesOnly_ && listName(*entry, data)) return true;
       if (!describe(dirfd(folder_.get()), entry->d_name, entry->d_name, data)) continue;
       if (foldersOnly_ && (data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0) continue;
       return true;
@@ -70,6 +86,7 @@ class Search {
   std::unique_ptr<DIR, FolderCloser> folder_;
   std::optional<Wildcard> pattern_;
   bool foldersOnly_ = false;
+  bool namesOnly_ = false;
 };
 
 HANDLE invalid(DWORD error) {
@@ -104,7 +121,7 @@ HANDLE FindFirstFileA(const char* pattern, WIN32_FIND_DATAA* data) {
 }
 
 HANDLE FindFirstFileExA(const char* pattern, FINDEX_INFO_LEVELS, void* data,
-                        FINDEX_SEARCH_OPS operation, void*, DWORD) {
+                        FINDEX_SEARCH_OPS operation, void*, DWORD flags) {
   if (pattern == nullptr || *pattern == '\0') return invalid(ERROR_PATH_NOT_FOUND);
   auto& found = *static_cast<WIN32_FIND_DATAA*>(data);
   const std::string_view text(pattern);
@@ -120,7 +137,8 @@ HANDLE FindFirstFileExA(const char* pattern, FINDEX_INFO_LEVELS, void* data,
     return invalid(errno == ENOENT ? ERROR_PATH_NOT_FOUND : errorFromErrno(errno));
   }
   auto search = std::make_unique<Search>(std::move(folder), names,
-                                         operation == FindExSearchLimitToDirectories);
+                                         operation == FindExSearchLimitToDirectories,
+                                         (flags & FIND_NAMES_ONLY) != 0);
   if (!search->next(found)) return invalid(ERROR_FILE_NOT_FOUND);
   return search.release();
 }

@@ -87,13 +87,18 @@ HANDLE openFile(const NativePath& path, const Opening& opening) {
       return invalid(openError(opening, path, error));
     }
     const bool shared = opening.access != 0;
-    if (shared && acquireShare(file.get(), opening.access, opening.share) != ShareResult::Granted) {
+    if (shared && !(made && holdNew(file.get(), opening.access, opening.share)) &&
+        acquireShare(file.get(), opening.access, opening.share) != ShareResult::Granted) {
       return invalid(ERROR_SHARING_VIOLATION);
     }
 
     // Looked at only now, when nobody can delete the file any more.
     struct stat status;
-    if (fstat(file.get(), &status) != 0) return invalid(errorFromErrno(errno));
+    if (fstat(file.get(), &status) != 0) {
+      const DWORD error = errorFromErrno(errno);
+      if (made) unlink(path.c_str());
+      return invalid(error);
+    }
     if (!S_ISREG(status.st_mode)) return invalid(ERROR_ACCESS_DENIED);
     if (status.st_nlink == 0 && attempt < kAttempts) continue;
     constexpr mode_t kAnyWrite = S_IWUSR | S_IWGRP | S_IWOTH;

@@ -9,6 +9,7 @@
 #include <cstring>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "platform/posix/last_error.h"
@@ -80,10 +81,11 @@ DWORD SearchPathA(const char* path, const char* name, const char* extension, DWO
     if (isThere(file)) found = file;
   } else {
     for (const std::string& folder : foldersOf(path)) {
-      const bool isEnded = folder.back() == '\\' || folder.back() == '/';
-      const std::string candidate = folder + (isEnded ? "" : "\\") + file;
+      std::string candidate = folder;
+      if (candidate.back() != '\\' && candidate.back() != '/') candidate += '\\';
+      candidate += file;
       if (!isThere(candidate)) continue;
-      found = candidate;
+      found = std::move(candidate);
       break;
     }
   }

@@ -143,6 +143,18 @@ ShareResult acquireShare(int descriptor, DWORD access, DWORD share) {
   }
 }
 
+bool holdNew(int descriptor, DWORD access, DWORD share) {
+  constexpr DWORD kAccess = GENERIC_READ | GENERIC_WRITE;
+  if (share != 0 || (access & kAccess) != kAccess) return false;
+  if (take(descriptor, kAllBytes) != Lock::Taken) return false;
+  if (!heldByOthers(descriptor, kAllBytes)) {
+    letGo(descriptor, {kTransit, kTransit});
+    return true;
+  }
+  letGo(descriptor, kAllBytes);
+  return false;
+}
+
 void holdAlone(int descriptor) { take(descriptor, {kReadAccess, kDenyWrite}); }
 
 bool deletionDenied(int descriptor) { return heldByOthers(descriptor, {kDenyDelete, kDenyDelete}); }

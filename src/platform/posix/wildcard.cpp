@@ -74,10 +74,8 @@ bool Wildcard::matches(std::string_view name) const {
       afterAny = ++p;
       anyEnd = n;
       continue;
-    } else if (pattern_[p] == kOneOrNone && (atEnd || name[n] == '.')) {
-      ++p;
-      continue;
-    } else if (pattern_[p] == kDotOrEnd && atEnd) {
+    } else if ((pattern_[p] == kOneOrNone && (atEnd || name[n] == '.')) ||
+               (pattern_[p] == kDotOrEnd && atEnd)) {
       ++p;
       continue;
     } else if (!atEnd) {

@@ -156,6 +156,10 @@ struct GUID {
 enum GET_FILEEX_INFO_LEVELS { GetFileExInfoStandard };
 enum FINDEX_INFO_LEVELS { FindExInfoStandard, FindExInfoBasic };
 enum FINDEX_SEARCH_OPS { FindExSearchNameMatch, FindExSearchLimitToDirectories };
+// A flag of FindFirstFileExA that is this layer's own: where the folder's listing
+// tells what an entry is, nothing else of it is looked up, and its record has
+// only the name and FILE_ATTRIBUTE_DIRECTORY or FILE_ATTRIBUTE_ARCHIVE.
+inline constexpr DWORD FIND_NAMES_ONLY = 0x10000;
 
 inline constexpr DWORD DDD_RAW_TARGET_PATH = 1;
 inline constexpr DWORD DDD_REMOVE_DEFINITION = 2;

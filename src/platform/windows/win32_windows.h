@@ -15,3 +15,6 @@
 #undef far
 #undef FAR
 #define FAR
+
+// A search for names costs Windows no more than one for whole records.
+inline constexpr DWORD FIND_NAMES_ONLY = FIND_FIRST_EX_LARGE_FETCH;

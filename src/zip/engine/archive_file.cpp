@@ -37,9 +37,10 @@ bool ArchiveFile::open(const char* path, DWORD access, DWORD share, DWORD dispos
   return static_cast<bool>(handle_);
 }
 
-std::uint64_t ArchiveFile::size() const {
+std::optional<std::uint64_t> ArchiveFile::size() const {
   LARGE_INTEGER size{};
-  return GetFileSizeEx(handle_.get(), &size) ? static_cast<std::uint64_t>(size.QuadPart) : 0;
+  if (!GetFileSizeEx(handle_.get(), &size)) return std::nullopt;
+  return static_cast<std::uint64_t>(size.QuadPart);
 }
 
 bool ArchiveFile::readAt(std::uint64_t position, void* buffer, std::size_t size) const {

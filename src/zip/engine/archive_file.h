@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 
 #include "platform/unique_handle.h"
 #include "platform/win32.h"
@@ -15,8 +16,7 @@ class ArchiveFile {
   bool open(const char* path, DWORD access, DWORD share, DWORD disposition);
   explicit operator bool() const { return static_cast<bool>(handle_); }
 
-  // 0 if the size cannot be told.
-  std::uint64_t size() const;
+  std::optional<std::uint64_t> size() const;
   bool readAt(std::uint64_t position, void* buffer, std::size_t size) const;
   bool writeAt(std::uint64_t position, const void* data, std::size_t size);
   // Cuts the file, or extends it with zeros.

@@ -1,6 +1,7 @@
 #include "zip/engine/central_directory.h"
 
 #include <algorithm>
+#include <optional>
 #include <utility>
 
 namespace zip_engine {
@@ -126,13 +127,34 @@ bool readDirectoryAt(const ArchiveFile& file, const EndRecord& end, std::uint64_
   return true;
 }
 
+// Whether the local header of the first entry is where the directory says.
+bool firstEntryStands(const ArchiveFile& file, const CentralDirectory& directory) {
+  if (directory.entryCount == 0) return true;
+  const CentralRecord record = recordAt(directory, 0);
+  Bytes local(kLocalSize + record.nameLength());
+  return record.localOffset <= directory.position - directory.base &&
+         file.readAt(directory.base + record.localOffset, local.data(), local.size()) &&
+         load32(local.data()) == kLocalSignature &&
+         std::equal(record.name().begin(), record.name().end(),
+                    reinterpret_cast<const char*>(local.data()) + kLocalSize);
+}
+
 bool readDirectory(const ArchiveFile& file, const EndRecord& end, CentralDirectory& directory) {
   if (end.directorySize > end.directoryEnd) return false;
   const std::uint64_t expected = end.directoryEnd - end.directorySize;
-  if (readDirectoryAt(file, end, expected, directory)) return true;
+  const bool elsewhere = end.directoryOffset < expected && end.entryCount != 0;
+  if (readDirectoryAt(file, end, expected, directory)) {
+    // Either there is a prefix, or what stands here is the copy of a directory
+    // whose writing was interrupted before the end record told of it.
+    if (!elsewhere || firstEntryStands(file, directory)) return true;
+    CentralDirectory told;
+    if (readDirectoryAt(file, end, end.directoryOffset, told) && firstEntryStands(file, told)) {
+      directory = std::move(told);
+    }
+    return true;
+  }
   // Something stands between the directory and the end record.
-  return end.directoryOffset < expected && end.entryCount != 0 &&
-         readDirectoryAt(file, end, end.directoryOffset, directory);
+  return elsewhere && readDirectoryAt(file, end, end.directoryOffset, directory);
 }
 
 }  // namespace
@@ -172,10 +194,10 @@ CentralRecord recordAt(const CentralDirectory& directory, std::size_t offset) {
 }
 
 bool readCentralDirectory(const ArchiveFile& file, CentralDirectory& directory) {
-  const std::uint64_t size = file.size();
-  if (size < kEndSize) return false;
-  Bytes tail(static_cast<std::size_t>(std::min<std::uint64_t>(size, kLongestTail)));
-  const std::uint64_t tailPosition = size - tail.size();
+  const std::optional<std::uint64_t> size = file.size();
+  if (!size || *size < kEndSize) return false;
+  Bytes tail(static_cast<std::size_t>(std::min<std::uint64_t>(*size, kLongestTail)));
+  const std::uint64_t tailPosition = *size - tail.size();
   if (!file.readAt(tailPosition, tail.data(), tail.size())) return false;
 
   // A record whose comment ends with the file comes before one with anything

@@ -4,6 +4,7 @@
 #include <cstring>
 #include <limits>
 
+#include "platform/large_memory.h"
 #include "zip/engine.h"
 #include "zip/engine/codec.h"
 
@@ -12,8 +13,9 @@ namespace {
 
 // Content up to this size is decoded at once, whatever is asked for first.
 constexpr std::uint64_t kSmall = 4 << 20;
-// The same for a buffer that takes the whole content.
-constexpr std::uint64_t kLargestAtOnce = 64 << 20;
+// The same for a buffer that takes the whole content, by the stored bytes, which
+// are then held beside it.
+constexpr std::uint64_t kLargestStoredAtOnce = 28 << 20;
 constexpr std::size_t kInputBlock = 256 << 10;
 
 }  // namespace
@@ -91,7 +93,7 @@ bool EntryData::readDecoded(unsigned char* out, std::size_t size) {
   // met in small steps.
   const bool first =
       plainLeft_ == layout_.uncompressedSize && storedLeft_ <= plainLeft_ + plainLeft_ / 4 + 1024;
-  const bool fits = size == layout_.uncompressedSize && size <= kLargestAtOnce;
+  const bool fits = size == layout_.uncompressedSize && storedLeft_ <= kLargestStoredAtOnce;
   if (first && fits) return decodeWhole(out);
   if (first && layout_.uncompressedSize <= kSmall) {
     whole_.resize(static_cast<std::size_t>(layout_.uncompressedSize));
@@ -106,11 +108,12 @@ bool EntryData::readDecoded(unsigned char* out, std::size_t size) {
 bool EntryData::decodeWhole(unsigned char* out) {
   const std::size_t size = static_cast<std::size_t>(storedLeft_);
   const unsigned char* stored = ahead_.data() + aheadUsed_;
-  Bytes loaded;
+  std::unique_ptr<unsigned char[]> loaded;
   if (cipher_ || ahead_.size() - aheadUsed_ < size) {
-    loaded.resize(size);
-    if (!readStored(loaded.data(), size)) return false;
-    stored = loaded.data();
+    loaded = std::make_unique_for_overwrite<unsigned char[]>(size);
+    if (size >= platform::kLargeMemory) platform::expectFilling(loaded.get(), size);
+    if (!readStored(loaded.get(), size)) return false;
+    stored = loaded.get();
   } else {
     storedLeft_ = 0;
   }

@@ -116,4 +116,13 @@ void EntryMap::build(const CentralDirectory& directory) {
   }
 }
 
+bool endInFrontOfDirectory(const CentralDirectory& directory) {
+  bool inFront = true;
+  forEachRecord(directory, [&](const CentralRecord& record, std::size_t) {
+    inFront = leastEndOf(directory, record) <= directory.position;
+    return inFront;
+  });
+  return inFront;
+}
+
 }  // namespace zip_engine

@@ -47,4 +47,8 @@ class EntryMap {
   std::vector<Place> places_;
 };
 
+// Whether all entries end in front of the directory, as far as the records tell:
+// one that claims what is behind it would lie over entries that come there.
+bool endInFrontOfDirectory(const CentralDirectory& directory);
+
 }  // namespace zip_engine

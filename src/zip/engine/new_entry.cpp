@@ -3,11 +3,17 @@
 #include <random>
 #include <utility>
 
+#include "zip/engine/deflate_blocks.h"
+
 namespace zip_engine {
 namespace {
 
 // Plain data up to this size is deflated in one piece.
 constexpr std::size_t kGatherLimit = 4 << 20;
+
+// The level that makes up for what a part loses by not knowing the part before,
+// so that the whole is no larger than one stream of zlib's default level.
+constexpr int kPartLevel = 7;
 
 constexpr std::uint16_t kVersionDeflate = 20;
 
@@ -45,19 +51,33 @@ bool NewEntry::beginData() {
 }
 
 bool NewEntry::store(const unsigned char* bytes, std::size_t size) {
+  Bytes& buffer = archive_.buffer();
+  buffer.insert(buffer.end(), bytes, bytes + size);
+  return stored(size);
+}
+
+// Deflates what is gathered, as a part of the entry's stream that stands for
+// itself, so that no more than one part is ever held.
+bool NewEntry::deflatePart(bool last) {
+  if (!begun_ && !beginData()) return false;
+  Bytes& buffer = archive_.buffer();
+  const std::size_t start = buffer.size();
+  const int level = options_.level == ZipLevelDefault ? kPartLevel : options_.level;
+  const bool smaller = deflater_.appendSmaller(buffer, gathered_.data(), gathered_.size(), level);
+  if (!smaller) appendStoredBlocks(buffer, gathered_.data(), gathered_.size());
+  if (smaller && !last && !continueStream(buffer, start)) return false;
+  if (!smaller && last) appendLastBlock(buffer);
+  gathered_.clear();
+  return stored(buffer.size() - start);
+}
+
+// Counts and encrypts the last bytes of the archive's buffer.
+bool NewEntry::stored(std::size_t size) {
   stored_ += size;
   if (stored_ >= kSaturated32) return false;
   Bytes& buffer = archive_.buffer();
-  buffer.insert(buffer.end(), bytes, bytes + size);
   if (cipher_) cipher_->encrypt(buffer.data() + (buffer.size() - size), size);
   return archive_.flushIfLarge();
-}
-
-bool NewEntry::stream(const unsigned char* data, std::size_t size, bool last) {
-  if (!stream_) stream_ = std::make_unique<StreamDeflater>(options_.level);
-  return stream_->write(data, size, last, [this](const unsigned char* bytes, std::size_t count) {
-    return store(bytes, count);
-  });
 }
 
 bool NewEntry::write(const unsigned char* data, std::size_t size) {
@@ -68,24 +88,25 @@ bool NewEntry::write(const unsigned char* data, std::size_t size) {
     return (begun_ || beginData()) && store(data, size);
   }
   crc_ = crc32(crc_, data, size);
-  if (!stream_ && gathered_.size() + size <= kGatherLimit) {
-    gathered_.insert(gathered_.end(), data, data + size);
-    return true;
+  while (gathered_.size() + size > kGatherLimit) {
+    const std::size_t count = kGatherLimit - gathered_.size();
+    gathered_.insert(gathered_.end(), data, data + count);
+    if (!deflatePart(false)) return false;
+    data += count;
+    size -= count;
   }
-  if (!stream_) {
-    if (!beginData() || !stream(gathered_.data(), gathered_.size(), false)) return false;
-    gathered_ = {};
-  }
-  return stream(data, size, false);
+  gathered_.insert(gathered_.end(), data, data + size);
+  return true;
 }
 
 bool NewEntry::finish() {
   if (options_.raw || (cipher_ && crc_ != options_.expectedCrc)) return false;
   record_.crc = crc_;
   record_.uncompressedSize = static_cast<std::uint32_t>(plain_);
-  if (!stream_ && record_.method == ZipMethodDeflate) return finishGathered();
-  if (!begun_ && !beginData()) return false;
-  return (!stream_ || stream(nullptr, 0, true)) && patchHeader();
+  if (record_.method == ZipMethodDeflate) {
+    return begun_ ? deflatePart(true) && patchHeader() : finishGathered();
+  }
+  return (begun_ || beginData()) && patchHeader();
 }
 
 bool NewEntry::finishRaw(std::uint32_t uncompressedSize, std::uint32_t crc) {
@@ -103,14 +124,13 @@ bool NewEntry::finishGathered() {
   const std::size_t dataStart = buffer.size();
   if (deflater_.appendSmaller(buffer, gathered_.data(), gathered_.size(), options_.level)) {
     const std::size_t size = buffer.size() - dataStart;
-    if (cipher_) cipher_->encrypt(buffer.data() + dataStart, size);
-    stored_ += size;
+    if (!stored(size)) return false;
   } else {
     record_.method = ZipMethodStored;
     if (!cipher_) record_.versionNeeded = EntryRecord{}.versionNeeded;
     if (!store(gathered_.data(), gathered_.size())) return false;
   }
-  return patchHeader() && archive_.flushIfLarge();
+  return patchHeader();
 }
 
 bool NewEntry::patchHeader() {

@@ -2,11 +2,9 @@
 // An entry while it is written: header, data through compression and
 // encryption, and the sums that its records tell.
 
-#include <memory>
 #include <optional>
 
 #include "zip/engine/codec.h"
-#include "zip/engine/compressor.h"
 #include "zip/engine/crypto.h"
 #include "zip/engine/entry_record.h"
 #include "zip/engine/transaction.h"
@@ -37,7 +35,8 @@ class NewEntry {
  private:
   bool beginData();
   bool store(const unsigned char* bytes, std::size_t size);
-  bool stream(const unsigned char* data, std::size_t size, bool last);
+  bool stored(std::size_t size);
+  bool deflatePart(bool last);
   bool finishGathered();
   bool patchHeader();
 
@@ -49,7 +48,6 @@ class NewEntry {
   std::optional<TraditionalCipher> cipher_;
   Bytes gathered_;  // plain data that may still be deflated in one piece
   bool begun_ = false;
-  std::unique_ptr<StreamDeflater> stream_;
   std::uint64_t plain_ = 0;
   std::uint64_t stored_ = 0;
   std::uint32_t crc_ = 0;

@@ -2,12 +2,13 @@
 
 #include <algorithm>
 #include <cstring>
+#include <optional>
 
 namespace zip_engine {
 namespace {
 
 // Appended bytes are gathered up to this size.
-constexpr std::size_t kBufferSize = 4 << 20;
+constexpr std::size_t kBufferSize = 1 << 20;
 
 // How far ahead of a write the guard is put while more is to come.
 constexpr std::uint64_t kGuardDistance = 64 << 20;
@@ -30,7 +31,9 @@ bool Transaction::createNew(const char* path) {
 
 bool Transaction::openExisting(const char* path) {
   if (!file_.open(path, GENERIC_READ | GENERIC_WRITE, 0, OPEN_EXISTING)) return false;
-  beforeSize_ = file_.size();
+  const std::optional<std::uint64_t> size = file_.size();
+  if (!size) return false;
+  beforeSize_ = *size;
   if (beforeSize_ == 0) return true;
   if (!readCentralDirectory(file_, before_)) return false;
   safeDirectory_ = before_.position;
@@ -69,7 +72,9 @@ bool Transaction::flush(std::uint64_t roomBehind) {
 // Puts a copy of the old directory behind `end`, which must not be in front of
 // the guard that is there.
 bool Transaction::guard(std::uint64_t end) {
-  const std::uint64_t former = std::max(file_.size(), beforeSize_);
+  const std::optional<std::uint64_t> size = file_.size();
+  if (!size) return false;
+  const std::uint64_t former = std::max(*size, beforeSize_);
   touched_ = true;
   if (placeGuard(std::max(end, former))) return true;
   // What was written of it must not hide the end record in front of it.
@@ -78,31 +83,34 @@ bool Transaction::guard(std::uint64_t end) {
 }
 
 bool Transaction::placeGuard(std::uint64_t end) {
-  const std::uint64_t directorySize = before_.blob.size();
-  const std::uint64_t endRecord = nextPage(end + directorySize);
-  const std::uint64_t copy = endRecord - directorySize;
   const auto endRecordsFor = [&](std::uint64_t directory) {
     Bytes bytes;
-    appendEndRecords(bytes, directory - before_.base, directorySize, before_.entryCount,
+    appendEndRecords(bytes, directory - before_.base, before_.blob.size(), before_.entryCount,
                      before_.comment);
     return bytes;
   };
+  const auto placedAt = [&](std::uint64_t copy) {
+    safeDirectory_ = copy;
+    guardStart_ = copy;
+    return true;
+  };
+  // What fits into a page is there at once or not at all.
+  Bytes whole = before_.blob;
+  const Bytes whenSmall = endRecordsFor(nextPage(end));
+  if (whole.size() + whenSmall.size() <= kPage) {
+    whole.insert(whole.end(), whenSmall.begin(), whenSmall.end());
+    return file_.writeAt(nextPage(end), whole.data(), whole.size()) && placedAt(nextPage(end));
+  }
   // First an end record that leads to the directory where it stands now, then
   // the copy, and only then the record that leads to the copy. With the zip64
   // records they are of one length for every place.
-  if (directorySize != 0) {
-    const Bytes far = endRecordsFor(safeDirectory_);
-    const Bytes near = endRecordsFor(copy);
-    if (far.size() == near.size() && !file_.writeAt(endRecord, far.data(), far.size())) {
-      return false;
-    }
-    if (!file_.writeAt(copy, before_.blob.data(), before_.blob.size())) return false;
-  }
-  const Bytes records = endRecordsFor(copy);
-  if (!file_.writeAt(endRecord, records.data(), records.size())) return false;
-  safeDirectory_ = copy;
-  guardStart_ = copy;
-  return true;
+  const std::uint64_t endRecord = nextPage(end + before_.blob.size());
+  const std::uint64_t copy = endRecord - before_.blob.size();
+  const Bytes far = endRecordsFor(safeDirectory_);
+  const Bytes near = endRecordsFor(copy);
+  if (far.size() == near.size() && !file_.writeAt(endRecord, far.data(), far.size())) return false;
+  return file_.writeAt(copy, before_.blob.data(), before_.blob.size()) &&
+         file_.writeAt(endRecord, near.data(), near.size()) && placedAt(copy);
 }
 
 bool Transaction::patch(std::uint64_t position, const void* data, std::size_t size) {

@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "zip/engine/entry_map.h"
 #include "zip/engine/entry_name.h"
 #include "zip/engine/new_entry.h"
 #include "zip/engine/reader.h"
@@ -144,6 +145,7 @@ ZipWriter* ZipOpenWriter(const char* path, int mode) {
   const bool opened =
       mode == ZipModeCreate ? writer->archive.createNew(path) : writer->archive.openExisting(path);
   if (!opened) return nullptr;
+  if (mode == ZipModeAppend && !endInFrontOfDirectory(writer->archive.before())) return nullptr;
   writer->mode = mode;
   return writer.release();
 }

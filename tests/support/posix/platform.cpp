@@ -13,6 +13,8 @@ const Platform kPlatform{.exactCase = true,
                          .positionedReadFailsAtEnd = false,
                          .copyGuardsTarget = true,
                          .strictDates = true,
+                         .starDotIsExact = true,
+                         .blockIsNoValue = true,
                          .program = "sh"};
 
 std::string makeTemporaryFolder() {

@@ -12,6 +12,8 @@ const Platform kPlatform{.exactCase = false,
                          .positionedReadFailsAtEnd = true,
                          .copyGuardsTarget = false,
                          .strictDates = false,
+                         .starDotIsExact = false,
+                         .blockIsNoValue = false,
                          .program = "cmd.exe"};
 
 std::string makeTemporaryFolder() {

@@ -1,0 +1,134 @@
+// Enumeration, copying and deleting of trees.
+
+#include <fcntl.h>
+#include <filesystem/enumeration.h>
+#include <filesystem/temporary_storage.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+
+#include "process.h"
+#include "roads.h"
+
+namespace fs = std::filesystem;
+
+namespace bench {
+namespace {
+
+const std::string kPrograms = BENCH_PROGRAMS "/";
+
+Road enumerateFiles(const Workspace& workspace) {
+  return {
+      .name = "EnumFilesWithPath, 20,000 files",
+      .target = 1.0,
+      .ours =
+          [&workspace](int eighths) {
+            std::vector<std::string> files;
+            return timed([&] {
+              FileSystem::EnumFilesWithPath(files, workspace.tree(eighths).c_str(), "*.*", true);
+              require(files.size() > 0, "EnumFilesWithPath");
+            });
+          },
+      .peers = {{"recursive_directory_iterator and open",
+                 [&workspace] {
+                   std::vector<std::string> files;
+                   return timed([&] {
+                     for (const auto& entry : fs::recursive_directory_iterator(workspace.tree(8))) {
+                       if (!entry.is_regular_file()) continue;
+                       const int file = ::open(entry.path().c_str(), O_RDONLY | O_CLOEXEC);
+                       if (file < 0) continue;
+                       ::close(file);
+                       files.push_back(entry.path().string());
+                     }
+                   });
+                 }}},
+      .note = {}};
+}
+
+Road enumerateFolders(const Workspace& workspace) {
+  return {
+      .name = "EnumFolders, the same tree",
+      .target = 1.0,
+      .ours =
+          [&workspace](int eighths) {
+            std::vector<std::string> folders;
+            return timed([&] {
+              FileSystem::EnumFolders(folders, workspace.tree(eighths).c_str(), 1);
+              require(folders.size() > 0, "EnumFolders");
+            });
+          },
+      .peers = {{"recursive_directory_iterator",
+                 [&workspace] {
+                   std::vector<std::string> folders;
+                   return timed([&] {
+                     for (const auto& entry : fs::recursive_directory_iterator(workspace.tree(8))) {
+                       if (entry.is_directory()) folders.push_back(entry.path().string());
+                     }
+                   });
+                 }}},
+      .note = {}};
+}
+
+Road copyTree(const Workspace& workspace) {
+  const auto into = [&workspace] { return workspace.emptyFolder("copied"); };
+  return {.name = "CopyContent, 20,000 files",
+          .target = 1.0,
+          .ours =
+              [=, &workspace](int eighths) {
+                return runProgram({kPrograms + "bench-ours", "copy", workspace.tree(eighths) + '\\',
+                                   into() + '\\'});
+              },
+          .peers = {{"cp -r",
+                     [=, &workspace] {
+                       return runProgram({"cp", "-r", workspace.tree(8) + "/.", into()});
+                     }},
+                    {"std::filesystem::copy",
+                     [=, &workspace] {
+                       return runProgram({kPrograms + "bench-std", workspace.tree(8), into()});
+                     }}},
+          .note = {}};
+}
+
+void fill(const std::string& folder, std::size_t count) {
+  const std::string content(1000, 'x');
+  for (std::size_t i = 0; i < count; ++i) {
+    const std::string below = folder + "/d" + std::to_string(i / 100);
+    if (i % 100 == 0) fs::create_directories(below);
+    std::ofstream(below + "/f" + std::to_string(i)) << content;
+  }
+}
+
+Road clearStorage(const Workspace& workspace) {
+  const std::size_t count = workspace.scaled(10'000);
+  return {.name = "TemporaryStorage::clear, 10,000 files",
+          .target = 1.3,
+          .ours =
+              [=, &workspace](int eighths) {
+                FileSystem::TemporaryStorage storage;
+                require(storage.create(workspace.emptyFolder("storage"), false), "create");
+                std::string folder = storage.path();
+                std::replace(folder.begin(), folder.end(), '\\', '/');
+                fill(folder, count / 8 * static_cast<std::size_t>(eighths));
+                const Cost cost = timed([&] { storage.clear(); });
+                require(!fs::exists(folder), "TemporaryStorage::clear");
+                return cost;
+              },
+          .peers = {{"std::filesystem::remove_all",
+                     [=, &workspace] {
+                       const std::string folder = workspace.emptyFolder("storage");
+                       fill(folder, count);
+                       return timed([&] { fs::remove_all(folder); });
+                     }}},
+          .note = {}};
+}
+
+}  // namespace
+
+std::vector<Road> folderRoads(const Workspace& workspace) {
+  return {enumerateFiles(workspace), enumerateFolders(workspace), copyTree(workspace),
+          clearStorage(workspace)};
+}
+
+}  // namespace bench

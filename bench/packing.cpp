@@ -1,0 +1,110 @@
+// Packing and unpacking, each side as a process of its own.
+
+#include <cstdio>
+#include <filesystem>
+
+#include "process.h"
+#include "roads.h"
+
+namespace fs = std::filesystem;
+
+namespace bench {
+namespace {
+
+const std::string kPrograms = BENCH_PROGRAMS "/";
+
+std::string megabytes(const std::string& file) {
+  char text[32];
+  std::snprintf(text, sizeof(text), "%.2f MB", static_cast<double>(fs::file_size(file)) / 1e6);
+  return text;
+}
+
+using FolderOf = const std::string& (Workspace::*)(int) const;
+
+Road packing(const Workspace& workspace, const std::string& what, FolderOf folderOf) {
+  const std::string folder = (workspace.*folderOf)(8);
+  const auto target = [&workspace] { return workspace.fresh("packed.zip"); };
+  const auto program = [=](std::vector<std::string> command, bool inFolder) {
+    return [=] {
+      const std::string zip = target();
+      std::vector<std::string> whole = command;
+      for (std::string& word : whole) {
+        if (word == "ZIP") word = zip;
+      }
+      return runProgram(whole, inFolder ? folder : "");
+    };
+  };
+  return {.name = "pack " + what,
+          .target = 0.5,
+          .ours =
+              [=, &workspace](int eighths) {
+                return runProgram({kPrograms + "bench-ours", "pack", (workspace.*folderOf)(eighths),
+                                   workspace.fresh("ours.zip")});
+              },
+          .peers = {{"zip -r", program({"zip", "-q", "-r", "ZIP", "."}, true)},
+                    {"7z -tzip -mmt1", program({"7z", "a", "-tzip", "-mmt1", "ZIP", "."}, true)},
+                    {"bsdtar", program({"bsdtar", "--format", "zip", "-cf", "ZIP", "."}, true)},
+                    {"libzip", program({kPrograms + "bench-libzip", folder, "ZIP"}, false)},
+                    {"POCO Zip", program({kPrograms + "bench-poco", folder, "ZIP"}, false)}},
+          .note =
+              [=, &workspace] {
+                const std::string zip = target();
+                runProgram({"zip", "-q", "-r", "-D", zip, "."}, folder);
+                const std::string ours = workspace.fresh("ours.zip");
+                runProgram({kPrograms + "bench-ours", "pack", folder, ours});
+                return "size " + megabytes(ours) + ", of `zip` " + megabytes(zip);
+              }};
+}
+
+// The archives are those of `zip`, so that all make the same tree.
+Road unpacking(const Workspace& workspace, const std::string& what, FolderOf folderOf,
+               const std::string& prefix) {
+  const auto archive = [=, &workspace](int eighths) {
+    const std::string& folder = (workspace.*folderOf)(eighths);
+    const std::string path = folder + '.' + prefix + ".zip";
+    if (!fs::exists(path)) runProgram({"zip", "-q", "-r", "-D", path, "."}, folder);
+    return path;
+  };
+  const auto whole = [=] { return archive(8); };
+  const auto into = [&workspace] { return workspace.emptyFolder("unpacked"); };
+  return {.name = "unpack " + what,
+          .target = 0.7,
+          .ours =
+              [=](int eighths) {
+                return runProgram({kPrograms + "bench-ours", "unpack", archive(eighths), into()});
+              },
+          .peers = {{"unzip",
+                     [=] {
+                       return runProgram({"unzip", "-q", whole(), "-d", into()});
+                     }},
+                    {"7z",
+                     [=] {
+                       return runProgram({"7z", "x", "-y", "-mmt1", "-o" + into(), whole()});
+                     }},
+                    {"bsdtar",
+                     [=] {
+                       return runProgram({"bsdtar", "-xf", whole(), "-C", into()});
+                     }}},
+          .note = {}};
+}
+
+}  // namespace
+
+std::vector<Road> packingRoads(const Workspace& workspace) {
+  struct Work {
+    const char* what;
+    const char* prefix;
+    FolderOf folder;
+  };
+  constexpr Work kWorks[] = {{"20,000 source files", "tree", &Workspace::tree},
+                             {"100 MB text", "text", &Workspace::text},
+                             {"100 MB random bytes", "noise", &Workspace::noise}};
+  std::vector<Road> roads;
+  for (const Work& work : kWorks) roads.push_back(packing(workspace, work.what, work.folder));
+  for (const Work& work : kWorks) {
+    roads.push_back(unpacking(workspace, work.what, work.folder, work.prefix));
+  }
+  return roads;
+}
+
+}  // namespace bench

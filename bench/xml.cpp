@@ -1,0 +1,150 @@
+// XML as plain text, beside chains of replacements and beside a parser.
+
+#include <filesystem/xml.h>
+
+#include <boost/algorithm/string/replace.hpp>
+#include <memory>
+#include <pugixml.hpp>
+#include <string_view>
+
+#include "roads.h"
+
+namespace Xml = FileSystem::Xml;
+
+namespace bench {
+namespace {
+
+constexpr std::size_t kText = 10'000'000;
+
+using TextOf = std::function<std::string(std::size_t)>;
+
+// Text that is nothing but characters to be escaped.
+std::string denseText(std::size_t size) {
+  std::string text;
+  while (text.size() < size) text += "<&>\"'";
+  return text;
+}
+
+struct StringWriter : pugi::xml_writer {
+  void write(const void* data, std::size_t size) override {
+    text.append(static_cast<const char*>(data), size);
+  }
+  std::string text;
+};
+
+std::string escapedByPugi(const std::string& text) {
+  pugi::xml_document document;
+  document.append_child("e").text().set(text.c_str());
+  StringWriter writer;
+  document.print(writer, "", pugi::format_raw);
+  return std::move(writer.text);
+}
+
+std::string unescapedByPugi(const std::string& element) {
+  pugi::xml_document document;
+  document.load_buffer(element.data(), element.size(), pugi::parse_escapes);
+  return document.child("e").text().get();
+}
+
+std::string escapedByBoost(std::string text) {
+  boost::replace_all(text, "&", "&amp;");
+  boost::replace_all(text, "<", "&lt;");
+  boost::replace_all(text, ">", "&gt;");
+  boost::replace_all(text, "\"", "&quot;");
+  boost::replace_all(text, "'", "&apos;");
+  return text;
+}
+
+std::string unescapedByBoost(std::string text) {
+  boost::replace_all(text, "&lt;", "<");
+  boost::replace_all(text, "&gt;", ">");
+  boost::replace_all(text, "&amp;", "&");
+  boost::replace_all(text, "&apos;", "'");
+  boost::replace_all(text, "&quot;", "\"");
+  return text;
+}
+
+using Convert = std::function<std::string(const std::string&)>;
+
+Run converting(std::shared_ptr<const std::string> text, Convert convert) {
+  return [=] { return timed([&] { keep(convert(*text)); }); };
+}
+
+Road escaping(const std::string& kind, std::size_t size, const TextOf& textOf) {
+  const auto whole = std::make_shared<const std::string>(textOf(size));
+  return {.name = "toXml, 10 MB " + kind,
+          .target = 0.2,
+          .ours =
+              [=](int eighths) {
+                const std::string text =
+                    whole->substr(0, size / 8 * static_cast<std::size_t>(eighths));
+                return timed([&] { keep(Xml::toXml(text)); });
+              },
+          .peers = {{"boost::replace_all", converting(whole, escapedByBoost)},
+                    {"pugixml", converting(whole, escapedByPugi)}},
+          .note = {}};
+}
+
+Road unescaping(const std::string& kind, std::size_t size, const TextOf& textOf) {
+  const auto whole = std::make_shared<const std::string>(Xml::toXml(textOf(size)));
+  const auto element = std::make_shared<const std::string>("<e>" + *whole + "</e>");
+  return {.name = "fromXml, 10 MB " + kind,
+          .target = 0.2,
+          .ours =
+              [=](int eighths) {
+                const std::string text =
+                    whole->substr(0, whole->size() / 8 * static_cast<std::size_t>(eighths));
+                return timed([&] { keep(Xml::fromXml(text)); });
+              },
+          .peers = {{"boost::replace_all", converting(whole, unescapedByBoost)},
+                    {"pugixml", converting(element, unescapedByPugi)}},
+          .note = {}};
+}
+
+// A document of records; the wanted element stands behind them all.
+std::string document(std::size_t size) {
+  std::string text = "<records>\n";
+  for (int i = 0; text.size() < size; ++i) {
+    const std::string number = std::to_string(i);
+    text += "  <record id=\"" + number + "\"><name>name " + number +
+            "</name><value>some value of this record</value></record>\n";
+  }
+  return text + "  <wanted>content</wanted>\n</records>\n";
+}
+
+Road finding(std::size_t size) {
+  const auto whole = std::make_shared<const std::string>(document(size));
+  return {.name = "xmlContent in 10 MB",
+          .target = 0.2,
+          .ours =
+              [=](int eighths) {
+                const std::string text =
+                    eighths == 8 ? *whole : document(size / 8 * static_cast<std::size_t>(eighths));
+                return timed([&] {
+                  require(Xml::xmlContent(text, "wanted", false) == "content", "xmlContent");
+                });
+              },
+          .peers = {{"pugixml",
+                     [=] {
+                       return timed([&] {
+                         pugi::xml_document parsed;
+                         parsed.load_buffer(whole->data(), whole->size());
+                         const pugi::xml_node found = parsed.find_node([](pugi::xml_node node) {
+                           return std::string_view(node.name()) == "wanted";
+                         });
+                         require(std::string_view(found.child_value()) == "content", "pugixml");
+                       });
+                     }}},
+          .note = {}};
+}
+
+}  // namespace
+
+std::vector<Road> xmlRoads(std::size_t scale) {
+  const std::size_t size = kText / scale;
+  return {escaping("text", size, sourceText), escaping("dense", size, denseText),
+          unescaping("text", size, sourceText), unescaping("dense", size, denseText),
+          finding(size)};
+}
+
+}  // namespace bench

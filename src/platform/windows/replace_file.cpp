@@ -1,0 +1,5 @@
+#include "platform/replace_file.h"
+
+bool platform::replaceFile(HANDLE, const char* path, const char* version) {
+  return CopyFileA(version, path, FALSE) != 0;
+}

@@ -1,0 +1,279 @@
+#include "zip/engine/deflate_blocks.h"
+
+#include <algorithm>
+#include <array>
+#include <memory>
+
+namespace zip_engine {
+namespace {
+
+constexpr unsigned kStored = 0;
+constexpr unsigned kFixed = 1;
+constexpr unsigned kDynamic = 2;
+
+constexpr std::size_t kLengthSymbols = 288;
+constexpr std::size_t kDistanceSymbols = 32;
+constexpr std::size_t kEndOfBlock = 256;
+constexpr unsigned kLongestCode = 15;
+
+// The bits of a stream, lowest first; zeros behind its end.
+class BitReader {
+ public:
+  BitReader(const unsigned char* bytes, std::size_t size) : bytes_(bytes), size_(size) {}
+
+  // Makes at least 56 bits ready. False if the stream ended long before them.
+  bool refill() {
+    if (next_ + sizeof(bits_) <= size_) {
+      bits_ |= load64(bytes_ + next_) << ready_;
+      next_ += (63 - ready_) >> 3;
+      ready_ |= 56;
+      return true;
+    }
+    for (; ready_ < 56; ready_ += 8, ++next_) {
+      if (next_ < size_) bits_ |= std::uint64_t{bytes_[next_]} << ready_;
+    }
+    return next_ <= size_ + 2 * sizeof(bits_);
+  }
+  std::uint64_t peek() const { return bits_; }
+  void skip(unsigned count) {
+    bits_ >>= count;
+    ready_ -= count;
+  }
+  unsigned take(unsigned count) {
+    refill();
+    const unsigned value = static_cast<unsigned>(bits_ & ((1U << count) - 1));
+    skip(count);
+    return value;
+  }
+  // Goes on at a position in bytes.
+  void moveTo(std::size_t byte) {
+    next_ = byte;
+    bits_ = 0;
+    ready_ = 0;
+  }
+  // In bits from the start.
+  std::size_t position() const { return next_ * 8 - ready_; }
+
+ private:
+  const unsigned char* bytes_;
+  std::size_t size_;
+  std::size_t next_ = 0;
+  std::uint64_t bits_ = 0;
+  unsigned ready_ = 0;
+};
+
+enum Kind : unsigned char { kLiteral, kMatch, kEnd, kNoCode = 0xFF };
+
+// What a code stands for, and its length in bits, extra bits included.
+struct Step {
+  unsigned char value = kNoCode;
+  unsigned char bits = 0;
+};
+
+// The steps over the codes of one alphabet, by the bits that come next.
+class StepTable {
+ public:
+  // `stepOf(symbol)` gives a symbol's value and extra bits. False if the lengths
+  // are those of no code.
+  template <typename StepOf>
+  bool build(const unsigned char* lengths, std::size_t count, StepOf stepOf) {
+    std::array<unsigned, kLongestCode + 1> counts{};
+    for (std::size_t i = 0; i < count; ++i) ++counts[lengths[i]];
+    counts[0] = 0;
+    unsigned longest = kLongestCode;
+    while (longest > 1 && counts[longest] == 0) --longest;
+    std::array<unsigned, kLongestCode + 2> next{};
+    for (unsigned length = 1; length <= longest; ++length) {
+      next[length + 1] = (next[length] + counts[length]) << 1;
+      if (next[length] + counts[length] > 1U << length) return false;
+    }
+    mask_ = (1U << longest) - 1;
+    std::fill_n(steps_.begin(), mask_ + 1, Step{});
+    for (std::size_t i = 0; i < count; ++i) {
+      const unsigned length = lengths[i];
+      if (length == 0) continue;
+      Step step = stepOf(i);
+      step.bits = static_cast<unsigned char>(step.bits + length);
+      const unsigned code = reversed(next[length]++, length);
+      for (unsigned at = code; at <= mask_; at += 1U << length) steps_[at] = step;
+    }
+    return true;
+  }
+  Step at(std::uint64_t bits) const { return steps_[bits & mask_]; }
+
+ private:
+  static unsigned reversed(unsigned code, unsigned length) {
+    unsigned result = 0;
+    for (unsigned i = 0; i < length; ++i) result |= (code >> i & 1) << (length - 1 - i);
+    return result;
+  }
+
+  unsigned mask_ = 0;
+  std::array<Step, std::size_t{1} << kLongestCode> steps_;
+};
+
+Step lengthStep(std::size_t symbol) {
+  if (symbol < kEndOfBlock) return {kLiteral, 0};
+  if (symbol == kEndOfBlock) return {kEnd, 0};
+  const std::size_t index = symbol - kEndOfBlock - 1;
+  const bool withoutExtra = index < 8 || index >= 28;
+  return {kMatch, static_cast<unsigned char>(withoutExtra ? 0 : index / 4 - 1)};
+}
+
+Step distanceStep(std::size_t symbol) {
+  return {kMatch, static_cast<unsigned char>(symbol < 4 ? 0 : symbol / 2 - 1)};
+}
+
+Step symbolStep(std::size_t symbol) { return {static_cast<unsigned char>(symbol), 0}; }
+
+// Steps over the blocks of a stream.
+class BlockWalk {
+ public:
+  BlockWalk(const unsigned char* stream, std::size_t size)
+      : stream_(stream), size_(size), reader_(stream, size) {}
+
+  // False if the stream is none, or ends before its last block does.
+  bool run() {
+    do {
+      lastBlock_ = reader_.position();
+      isLast_ = reader_.take(1) != 0;
+      if (!stepOver(reader_.take(2)) || reader_.position() > size_ * 8) return false;
+    } while (!isLast_);
+    return true;
+  }
+  // In bits: where the last block begins, and where it ends.
+  std::size_t lastBlock() const { return lastBlock_; }
+  std::size_t end() const { return reader_.position(); }
+
+ private:
+  bool stepOver(unsigned type) {
+    switch (type) {
+      case kStored:
+        return stepOverStored();
+      case kFixed:
+        return readFixedCodes() && stepOverCodes();
+      case kDynamic:
+        return readCodes() && stepOverCodes();
+      default:
+        return false;
+    }
+  }
+
+  bool stepOverStored() {
+    const std::size_t sizes = (reader_.position() + 7) / 8;
+    if (sizes + 4 > size_) return false;
+    reader_.moveTo(sizes + 4 + load16(stream_ + sizes));
+    return true;
+  }
+
+  bool readFixedCodes() {
+    std::array<unsigned char, kLengthSymbols> lengths;
+    for (std::size_t i = 0; i < lengths.size(); ++i) {
+      lengths[i] = i < 144 ? 8 : i < 256 ? 9 : i < 280 ? 7 : 8;
+    }
+    std::array<unsigned char, kDistanceSymbols> distances;
+    distances.fill(5);
+    return lengths_.build(lengths.data(), lengths.size(), lengthStep) &&
+           distances_.build(distances.data(), distances.size(), distanceStep);
+  }
+
+  bool readCodes() {
+    constexpr std::array<unsigned char, 19> kOrder = {16, 17, 18, 0, 8,  7, 9,  6, 10, 5,
+                                                      11, 4,  12, 3, 13, 2, 14, 1, 15};
+    const std::size_t lengthCount = reader_.take(5) + 257;
+    const std::size_t distanceCount = reader_.take(5) + 1;
+    const std::size_t orderCount = reader_.take(4) + 4;
+    std::array<unsigned char, kOrder.size()> codeLengths{};
+    for (std::size_t i = 0; i < orderCount; ++i) {
+      codeLengths[kOrder[i]] = static_cast<unsigned char>(reader_.take(3));
+    }
+    std::array<unsigned char, kLengthSymbols + kDistanceSymbols> lengths{};
+    return lengthCount <= kLengthSymbols &&
+           lengths_.build(codeLengths.data(), codeLengths.size(), symbolStep) &&
+           readLengths(lengths.data(), lengthCount + distanceCount) &&
+           lengths_.build(lengths.data(), lengthCount, lengthStep) &&
+           distances_.build(lengths.data() + lengthCount, distanceCount, distanceStep);
+  }
+
+  // Reads code lengths, which are packed with a code of their own.
+  bool readLengths(unsigned char* lengths, std::size_t count) {
+    for (std::size_t i = 0; i < count;) {
+      reader_.refill();
+      const Step step = lengths_.at(reader_.peek());
+      if (step.value == kNoCode) return false;
+      reader_.skip(step.bits);
+      if (step.value < 16) {
+        lengths[i++] = step.value;
+        continue;
+      }
+      if (step.value == 16 && i == 0) return false;
+      const unsigned char value = step.value == 16 ? lengths[i - 1] : 0;
+      const std::size_t repeats = step.value == 16   ? 3 + reader_.take(2)
+                                  : step.value == 17 ? 3 + reader_.take(3)
+                                                     : 11 + reader_.take(7);
+      if (repeats > count - i) return false;
+      std::fill_n(lengths + i, repeats, value);
+      i += repeats;
+    }
+    return true;
+  }
+
+  bool stepOverCodes() {
+    while (reader_.refill()) {
+      const Step step = lengths_.at(reader_.peek());
+      reader_.skip(step.bits);
+      if (step.value == kLiteral) continue;
+      if (step.value != kMatch) return step.value == kEnd;
+      const Step distance = distances_.at(reader_.peek());
+      if (distance.value != kMatch) return false;
+      reader_.skip(distance.bits);
+    }
+    return false;
+  }
+
+  const unsigned char* stream_;
+  std::size_t size_;
+  BitReader reader_;
+  std::size_t lastBlock_ = 0;
+  bool isLast_ = false;
+  StepTable lengths_;
+  StepTable distances_;
+};
+
+}  // namespace
+
+bool continueStream(Bytes& out, std::size_t start) {
+  const auto walk = std::make_unique<BlockWalk>(out.data() + start, out.size() - start);
+  if (!walk->run()) return false;
+  const std::size_t mark = walk->lastBlock();
+  out[start + mark / 8] &= static_cast<unsigned char>(~(1U << mark % 8));
+  // The header of the stored block is three zero bits, which the last byte may
+  // have no room for, and zeros up to the next byte.
+  const std::size_t end = walk->end();
+  out.resize(start + (end + 3 + 7) / 8);
+  if (end % 8 != 0) out[start + end / 8] &= static_cast<unsigned char>((1U << end % 8) - 1);
+  append16(out, 0);
+  append16(out, 0xFFFF);
+  return true;
+}
+
+void appendStoredBlocks(Bytes& out, const unsigned char* plain, std::size_t size) {
+  constexpr std::size_t kLargest = 0xFFFF;
+  while (size > 0) {
+    const std::uint16_t count = static_cast<std::uint16_t>(std::min(size, kLargest));
+    out.push_back(0);
+    append16(out, count);
+    append16(out, static_cast<std::uint16_t>(~count));
+    out.insert(out.end(), plain, plain + count);
+    plain += count;
+    size -= count;
+  }
+}
+
+void appendLastBlock(Bytes& out) {
+  // A block with fixed codes and nothing but its end.
+  out.push_back(0x03);
+  out.push_back(0x00);
+}
+
+}  // namespace zip_engine

@@ -1,0 +1,143 @@
+#include "failing_calls.h"
+
+#include <dirent.h>
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdarg>
+
+namespace failing {
+namespace {
+
+bool armed = false;
+Fault armedFault = Fault::OneCall;
+int wanted = 0;
+int calls = 0;
+std::string firstFailed;
+
+// Whether this call fails; leaves its error in errno.
+bool fails(const char* name, const char* path, bool needsRoom) {
+  if (!armed || (armedFault == Fault::FullDisk && !needsRoom)) return false;
+  ++calls;
+  const bool hit =
+      wanted != 0 && (armedFault == Fault::FullDisk ? calls >= wanted : calls == wanted);
+  if (!hit) return false;
+  armed = false;  // what follows is the test's own
+  if (firstFailed.empty()) firstFailed = std::string(name) + ' ' + (path != nullptr ? path : "");
+  armed = true;
+  errno = armedFault == Fault::FullDisk ? ENOSPC : EIO;
+  return true;
+}
+
+template <typename Function>
+Function next(const char* name) {
+  return reinterpret_cast<Function>(dlsym(RTLD_NEXT, name));
+}
+
+}  // namespace
+
+Failing::Failing(Fault fault, int number) {
+  armedFault = fault;
+  wanted = number;
+  calls = 0;
+  firstFailed.clear();
+  armed = true;
+}
+Failing::~Failing() { armed = false; }
+int Failing::count() const { return calls; }
+std::string Failing::failed() const { return firstFailed; }
+
+}  // namespace failing
+
+// A function of the program in the place of one of the C library. Its name in
+// C++ is another one, because headers declare the real one in various ways.
+#define INTERPOSED(result, name, parameters)                                                      \
+  extern "C" __attribute__((visibility("default"))) result fake_##name parameters __asm__(#name); \
+  extern "C" result fake_##name parameters
+
+#define PASSES_ON(result, name, parameters, arguments, failure, path, needsRoom) \
+  INTERPOSED(result, name, parameters) {                                         \
+    using Function = result(*) parameters;                                       \
+    static const Function real = failing::next<Function>(#name);                 \
+    return failing::fails(#name, path, needsRoom) ? failure : real arguments;    \
+  }
+
+PASSES_ON(ssize_t, read, (int fd, void* buffer, std::size_t size), (fd, buffer, size), -1, nullptr,
+          false)
+PASSES_ON(ssize_t, pread, (int fd, void* buffer, std::size_t size, off_t at),
+          (fd, buffer, size, at), -1, nullptr, false)
+PASSES_ON(ssize_t, write, (int fd, const void* data, std::size_t size), (fd, data, size), -1,
+          nullptr, true)
+PASSES_ON(ssize_t, pwrite, (int fd, const void* data, std::size_t size, off_t at),
+          (fd, data, size, at), -1, nullptr, true)
+PASSES_ON(ssize_t, copy_file_range,
+          (int from, off_t* fromAt, int to, off_t* toAt, std::size_t size, unsigned flags),
+          (from, fromAt, to, toAt, size, flags), -1, nullptr, true)
+PASSES_ON(off_t, lseek, (int fd, off_t at, int whence), (fd, at, whence), -1, nullptr, false)
+PASSES_ON(int, ftruncate, (int fd, off_t size), (fd, size), -1, nullptr, false)
+PASSES_ON(int, fdatasync, (int fd), (fd), -1, nullptr, false)
+PASSES_ON(int, fstat, (int fd, struct stat* status), (fd, status), -1, nullptr, false)
+PASSES_ON(int, stat, (const char* path, struct stat* status), (path, status), -1, path, false)
+PASSES_ON(int, lstat, (const char* path, struct stat* status), (path, status), -1, path, false)
+PASSES_ON(int, statx,
+          (int folder, const char* path, int flags, unsigned mask, struct statx* status),
+          (folder, path, flags, mask, status), -1, path, false)
+PASSES_ON(int, fchmod, (int fd, mode_t mode), (fd, mode), -1, nullptr, false)
+PASSES_ON(int, chmod, (const char* path, mode_t mode), (path, mode), -1, path, false)
+PASSES_ON(int, futimens, (int fd, const struct timespec* times), (fd, times), -1, nullptr, false)
+PASSES_ON(int, linkat, (int from, const char* old, int to, const char* path, int flags),
+          (from, old, to, path, flags), -1, path, true)
+PASSES_ON(int, rename, (const char* old, const char* path), (old, path), -1, path, false)
+PASSES_ON(int, unlink, (const char* path), (path), -1, path, false)
+PASSES_ON(int, rmdir, (const char* path), (path), -1, path, false)
+PASSES_ON(int, mkdir, (const char* path, mode_t mode), (path, mode), -1, path, true)
+PASSES_ON(char*, realpath, (const char* path, char* real_path), (path, real_path), nullptr, path,
+          false)
+PASSES_ON(DIR*, opendir, (const char* path), (path), nullptr, path, false)
+PASSES_ON(struct dirent*, readdir, (DIR * folder), (folder), nullptr, nullptr, false)
+
+INTERPOSED(int, open, (const char* path, int flags, ...)) {
+  using Function = int (*)(const char*, int, ...);
+  static const Function real = failing::next<Function>("open");
+  va_list rest;
+  va_start(rest, flags);
+  const mode_t mode = (flags & O_CREAT) != 0 || (flags & O_TMPFILE) == O_TMPFILE
+                          ? static_cast<mode_t>(va_arg(rest, unsigned))
+                          : 0;
+  va_end(rest);
+  const bool makes = (flags & O_CREAT) != 0 || (flags & O_TMPFILE) == O_TMPFILE;
+  return failing::fails("open", path, makes) ? -1 : real(path, flags, mode);
+}
+
+// The one argument of these is a pointer or nothing here.
+INTERPOSED(int, fcntl, (int fd, int command, ...)) {
+  using Function = int (*)(int, int, ...);
+  static const Function real = failing::next<Function>("fcntl");
+  va_list rest;
+  va_start(rest, command);
+  void* const argument = va_arg(rest, void*);
+  va_end(rest);
+  return failing::fails("fcntl", nullptr, false) ? -1 : real(fd, command, argument);
+}
+
+INTERPOSED(int, ioctl, (int fd, unsigned long request, ...)) {
+  using Function = int (*)(int, unsigned long, ...);
+  static const Function real = failing::next<Function>("ioctl");
+  va_list rest;
+  va_start(rest, request);
+  void* const argument = va_arg(rest, void*);
+  va_end(rest);
+  return failing::fails("ioctl", nullptr, true) ? -1 : real(fd, request, argument);
+}
+
+// A failing close has closed all the same.
+INTERPOSED(int, close, (int fd)) {
+  using Function = int (*)(int);
+  static const Function real = failing::next<Function>("close");
+  const int result = real(fd);
+  return failing::fails("close", nullptr, false) ? -1 : result;
+}
