@@ -5,7 +5,11 @@ BUILD_PACKAGES = cmake g++ ninja-build libboost-dev zlib1g-dev libdeflate-dev li
 TEST_PACKAGES = zip unzip p7zip-full libarchive-tools python3 coreutils diffutils \
                 pkg-config binutils
 FUZZ_PACKAGES = clang libclang-rt-dev
-BENCH_PACKAGES = libbenchmark-dev
+BENCH_PACKAGES = zip unzip p7zip-full libarchive-tools pkg-config libzip-dev libpoco-dev \
+                 libpugixml-dev
+# Where the benchmarks work: memory-backed, and on disk.
+BENCH_MEMORY ?= /dev/shm
+BENCH_DISK ?= build/bench
 DOCS_PACKAGES = doxygen
 WINDOWS_PACKAGES = cmake ninja-build binutils zip libboost-dev libcli11-dev \
                    g++-mingw-w64-x86-64-posix libz-mingw-w64-dev googletest wine64
@@ -22,7 +26,7 @@ help:
 	@echo "make fuzz                  build and run the fuzz targets, a minute each"
 	@echo "make windows               cross-compile for 64-bit Windows, zip in build/windows"
 	@echo "make test-windows          run the tests under Wine"
-	@echo "make bench                 build and run the benchmarks"
+	@echo "make bench                 measure beside other programs; BENCH_QUICK=1 for a tenth"
 	@echo "make install [PREFIX=...]  install library and headers (default $(PREFIX))"
 	@echo "make docs                  build the HTML reference in build/docs/html"
 	@echo "make clean                 remove everything that was built"
@@ -65,10 +69,11 @@ test-windows: windows-packages
 	scripts/test-windows build/windows
 
 bench:
-	@scripts/install-packages $(BUILD_PACKAGES) $(TEST_PACKAGES) $(BENCH_PACKAGES)
+	@scripts/install-packages $(BUILD_PACKAGES) $(BENCH_PACKAGES)
 	cmake --preset release -DVESK_BENCH=ON
 	cmake --build --preset release --target bench
-	build/release/bin/bench
+	mkdir -p build/bench
+	build/release/bin/bench build/bench memory="$(BENCH_MEMORY)" disk="$(abspath $(BENCH_DISK))"
 
 docs:
 	@scripts/install-packages $(DOCS_PACKAGES)

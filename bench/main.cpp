@@ -1,19 +1,19 @@
 // Measures the library beside what its users would take instead, and writes a
 // table and a chart.
 //
-// bench OUTPUT MEDIUM=FOLDER... : all roads with a working folder on each medium
-// (one of the name `memory` takes the roads that touch no files too).
+// bench OUTPUT MEDIUM=FOLDER... : all roads, with a working folder on each medium.
 // BENCH_QUICK=1 does a tenth of the work, BENCH_ONLY=TEXT the roads of that name.
 
 #include <unistd.h>
+
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 #include "report.h"
 #include "roads.h"
@@ -26,32 +26,47 @@ void require(bool done, const char* what) {
 
 namespace {
 
-using Roads = std::vector<Road>;
-
-void run(const Roads& roads, const std::string& medium, const Settings& settings,
-         std::vector<Result>& results) {
-  for (const Road& road : roads) {
-    if (road.name.find(settings.filter) == std::string::npos) continue;
-    results.push_back(measure(road, medium, settings));
-  }
-}
-
-void runMedium(const std::string& medium, const std::string& folder, const Settings& settings,
-               std::vector<Result>& results) {
-  const std::size_t scale = settings.quick ? 10 : 1;
-  const Workspace workspace(folder + "/vesk-bench-" + std::to_string(getpid()), scale);
-  // Temporary files belong to the medium as well.
-  setenv("TMPDIR", workspace.emptyFolder("tmp").c_str(), 1);
-  for (const auto roads : {packingRoads, archiveRoads, folderRoads, streamRoads}) {
-    run(roads(workspace), medium, settings, results);
-  }
-}
-
 void write(const std::string& path, const std::string& text) {
   std::ofstream file(path);
   file << text;
   require(file.flush().good(), path.c_str());
 }
+
+// Table and chart are written after each road, so that a run that is cut off
+// leaves what it has measured.
+class Bench {
+ public:
+  Bench(std::string output, Settings settings)
+      : output_(std::move(output)), settings_(std::move(settings)) {
+    std::filesystem::create_directories(output_);
+  }
+
+  void run(const std::vector<Road>& roads, const std::string& medium) {
+    for (const Road& road : roads) {
+      if (road.name.find(settings_.filter) == std::string::npos) continue;
+      results_.push_back(measure(road, medium, settings_));
+      write(output_ + "/table.md", table(results_));
+      write(output_ + "/chart.svg", chart(results_));
+    }
+  }
+
+  void runOn(const std::string& medium, const std::string& folder) {
+    const Workspace workspace(folder + "/vesk-bench-" + std::to_string(getpid()), scale());
+    // Temporary files belong to the medium as well.
+    setenv("TMPDIR", workspace.emptyFolder("tmp").c_str(), 1);
+    for (const auto roads : {packingRoads, archiveRoads, folderRoads, streamRoads}) {
+      run(roads(workspace), medium);
+    }
+  }
+
+  std::size_t scale() const { return settings_.quick ? 10 : 1; }
+  const std::vector<Result>& results() const { return results_; }
+
+ private:
+  std::string output_;
+  Settings settings_;
+  std::vector<Result> results_;
+};
 
 int main(int argc, char** argv) {
   if (argc < 3) {
@@ -62,22 +77,16 @@ int main(int argc, char** argv) {
   const char* const only = std::getenv("BENCH_ONLY");
   const Settings settings{.quick = quick != nullptr && *quick == '1',
                           .filter = only == nullptr ? "" : only};
-  std::vector<Result> results;
+  Bench bench(argv[1], settings);
   for (int i = 2; i < argc; ++i) {
     const std::string argument = argv[i];
     const std::size_t equals = argument.find('=');
     require(equals != std::string::npos, "MEDIUM=FOLDER");
-    runMedium(argument.substr(0, equals), argument.substr(equals + 1), settings, results);
+    bench.runOn(argument.substr(0, equals), argument.substr(equals + 1));
   }
-  const std::size_t scale = settings.quick ? 10 : 1;
-  run(xmlRoads(scale), "memory", settings, results);
-  run(pathRoads(scale), "memory", settings, results);
-
-  const std::string output = argv[1];
-  std::filesystem::create_directories(output);
-  write(output + "/table.md", table(results));
-  write(output + "/chart.svg", chart(results));
-  std::fputs(table(results).c_str(), stdout);
+  bench.run(xmlRoads(bench.scale()), "memory");
+  bench.run(pathRoads(bench.scale()), "memory");
+  std::fputs(table(bench.results()).c_str(), stdout);
   return 0;
 }
 

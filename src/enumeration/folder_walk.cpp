@@ -8,7 +8,7 @@ namespace FileSystem::Detail {
 
 std::vector<WIN32_FIND_DATAA> FolderWalk::foldersHere() const {
   std::vector<WIN32_FIND_DATAA> folders;
-  for (Search search(path_ + '*', FindExSearchLimitToDirectories); search.next();) {
+  for (Search search(path_ + '*', FindExSearchLimitToDirectories, namesOnly_); search.next();) {
     const char* const name = search.entry().cFileName;
     if (!search.isFolder() || lstrcmpA(name, ".") == 0 || lstrcmpA(name, "..") == 0) continue;
     folders.push_back(search.entry());

@@ -20,8 +20,14 @@ enum class Links {
 class FolderWalk {
  public:
   // The start is a folder text that ends in a separator.
-  FolderWalk(std::string start, bool recursive, Links links = Links::Followed)
-      : path_(std::move(start)), startSize_(path_.size()), recursive_(recursive), links_(links) {}
+  // Where `namesOnly`, the entries are those of a search for names.
+  FolderWalk(std::string start, bool recursive, Links links = Links::Followed,
+             bool namesOnly = false)
+      : path_(std::move(start)),
+        startSize_(path_.size()),
+        recursive_(recursive),
+        links_(links),
+        namesOnly_(namesOnly) {}
 
   // Calls `visit(entry)` for each folder; path() is then its path, without
   // trailing separator. The walk goes below the folder if it gives true.
@@ -57,6 +63,7 @@ class FolderWalk {
   const std::size_t startSize_;
   const bool recursive_;
   const Links links_;
+  const bool namesOnly_;
   std::vector<std::size_t> levels_;  // lengths of the paths that the walk is in
 };
 

@@ -15,10 +15,15 @@ namespace {
 // Most bytes asked for in one read.
 constexpr std::size_t kLargestBlock = 0x40000;
 
-// Size in bytes that the file tells; 0 if it tells none.
+// Most bytes that room is made for because a file tells its size: some tell more
+// than they hold, or than there is memory for.
+constexpr LONGLONG kLargestTold = LONGLONG{4} << 30;
+
+// Size in bytes that the file tells, as far as it is believed; 0 if it tells none.
 std::size_t toldSize(HANDLE file) {
   LARGE_INTEGER size{};
-  return GetFileSizeEx(file, &size) ? static_cast<std::size_t>(size.QuadPart) : 0;
+  if (!GetFileSizeEx(file, &size)) return 0;
+  return static_cast<std::size_t>(std::min(size.QuadPart, kLargestTold));
 }
 
 }  // namespace

@@ -36,7 +36,7 @@ void deleteFilesIn(const std::string& folder) {
 // what is behind it stays.
 void deleteTree(const std::string& folder) {
   std::vector<std::string> folders{folder};
-  Detail::FolderWalk walk(folder, true, Detail::Links::Reported);
+  Detail::FolderWalk walk(folder, true, Detail::Links::Reported, true);
   walk.run([&](const WIN32_FIND_DATAA& entry) {
     if ((entry.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0) {
       RemoveDirectoryA(walk.path().c_str());

@@ -2,31 +2,59 @@
 
 #include <filesystem/xml.h>
 
+#include <algorithm>
 #include <array>
+#include <cstdint>
+#include <cstring>
 #include <string_view>
+
+#include "platform/large_memory.h"
 
 namespace FileSystem::Xml {
 namespace {
 
-// What toXml puts in the place of a byte that it does not keep; an empty text
-// drops the byte.
+// What toXml puts in the place of a byte: the byte itself, an entity, or nothing.
 struct Replacement {
-  bool replaces = false;
-  std::string_view text;
+  char text[8] = {};
+  std::size_t size = 0;
 };
 
 constexpr std::array<Replacement, 256> makeReplacements() {
   std::array<Replacement, 256> table{};
-  for (unsigned char c = 1; c < ' '; ++c) table[c].replaces = c != '\t' && c != '\n' && c != '\r';
-  table['<'] = {true, "&lt;"};
-  table['>'] = {true, "&gt;"};
-  table['&'] = {true, "&amp;"};
-  table['\''] = {true, "&apos;"};
-  table['"'] = {true, "&quot;"};
+  for (std::size_t c = 0; c < table.size(); ++c) {
+    const bool keeps = c == 0 || c >= ' ' || c == '\t' || c == '\n' || c == '\r';
+    table[c].text[0] = static_cast<char>(c);
+    table[c].size = keeps ? 1 : 0;
+  }
+  const auto replace = [&](char c, std::string_view text) {
+    Replacement& replacement = table[static_cast<unsigned char>(c)];
+    text.copy(replacement.text, text.size());
+    replacement.size = text.size();
+  };
+  replace('<', "&lt;");
+  replace('>', "&gt;");
+  replace('&', "&amp;");
+  replace('\'', "&apos;");
+  replace('"', "&quot;");
   return table;
 }
 
 constexpr std::array<Replacement, 256> kReplacements = makeReplacements();
+
+using Word = std::uint64_t;
+
+constexpr Word inAllBytes(unsigned char value) { return Word{value} * 0x0101010101010101; }
+
+// Not zero if a byte of the word is zero.
+constexpr Word hasZero(Word word) { return (word - inAllBytes(0x01)) & ~word & inAllBytes(0x80); }
+
+// Whether toXml may have to replace one of eight bytes. `<` and `>`, and `&` and
+// the apostrophe, differ in one bit each.
+constexpr bool mayReplace(Word bytes) {
+  return (hasZero(bytes & inAllBytes(0xE0)) | hasZero(bytes ^ inAllBytes('"')) |
+          hasZero((bytes | inAllBytes(0x01)) ^ inAllBytes('\'')) |
+          hasZero((bytes | inAllBytes(0x02)) ^ inAllBytes('>'))) != 0;
+}
 
 // Takes `start` off the front of `text` if it stands there.
 bool take(std::string_view& text, std::string_view start) {
@@ -52,31 +80,57 @@ char takeEntity(std::string_view& rest) {
 }  // namespace
 
 std::string toXml(const std::string& text) {
+  // Escaped piece by piece in a buffer that holds the longest result of a piece,
+  // and what is written beyond a replacement.
+  constexpr std::size_t kPiece = 2048;
+  constexpr std::size_t kLongest = std::string_view("&apos;").size();
+  std::array<char, kPiece * kLongest + sizeof(Replacement::text)> buffer;
   std::string result;
-  result.reserve(text.size() + text.size() / 16);
-  std::size_t kept = 0;  // where the bytes begin that are kept and not copied yet
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    const Replacement& replacement = kReplacements[static_cast<unsigned char>(text[i])];
-    if (!replacement.replaces) continue;
-    result.append(text, kept, i - kept);
-    result += replacement.text;
-    kept = i + 1;
+  platform::reserveForFilling(result, text.size() + text.size() / 8);
+  for (std::size_t start = 0; start < text.size(); start += kPiece) {
+    const char* in = text.data() + start;
+    const char* const end = in + std::min(kPiece, text.size() - start);
+    char* out = buffer.data();
+    const auto escape = [&](std::ptrdiff_t count) {
+      for (; count > 0; --count) {
+        const Replacement& replacement = kReplacements[static_cast<unsigned char>(*in++)];
+        std::memcpy(out, replacement.text, sizeof(replacement.text));
+        out += replacement.size;
+      }
+    };
+    while (end - in >= static_cast<std::ptrdiff_t>(sizeof(Word))) {
+      Word word;
+      std::memcpy(&word, in, sizeof(word));
+      if (mayReplace(word)) {
+        escape(sizeof(word));
+      } else {
+        std::memcpy(out, &word, sizeof(word));
+        in += sizeof(word);
+        out += sizeof(word);
+      }
+    }
+    escape(end - in);
+    result.append(buffer.data(), out);
   }
-  result.append(text, kept);
   return result;
 }
 
 std::string fromXml(const std::string& text) {
+  // The result is never longer than the text.
   std::string result;
-  result.reserve(text.size());
+  platform::reserveForFilling(result, text.size());
+  result.resize(text.size());
+  char* out = result.data();
   std::string_view rest = text;
   for (;;) {
     const std::size_t ampersand = rest.find('&');
-    result += rest.substr(0, ampersand);
-    if (ampersand == std::string_view::npos) return result;
+    out += rest.copy(out, ampersand);
+    if (ampersand == std::string_view::npos) break;
     rest.remove_prefix(ampersand + 1);
-    result += takeEntity(rest);
+    *out++ = takeEntity(rest);
   }
+  result.resize(static_cast<std::size_t>(out - result.data()));
+  return result;
 }
 
 }  // namespace FileSystem::Xml

@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 #include <cstdarg>
 
 namespace failing {
@@ -26,6 +27,7 @@ bool fails(const char* name, const char* path, bool needsRoom) {
   const bool hit =
       wanted != 0 && (armedFault == Fault::FullDisk ? calls >= wanted : calls == wanted);
   if (!hit) return false;
+  if (armedFault == Fault::Kill) kill(getpid(), SIGKILL);
   armed = false;  // what follows is the test's own
   if (firstFailed.empty()) firstFailed = std::string(name) + ' ' + (path != nullptr ? path : "");
   armed = true;

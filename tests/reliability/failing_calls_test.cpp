@@ -16,6 +16,7 @@
 #include <functional>
 #include <iterator>
 #include <map>
+#include <ostream>
 #include <random>
 #include <set>
 #include <sstream>
@@ -68,13 +69,18 @@ std::map<std::string, std::string> look(const std::filesystem::path& folder, boo
   return files;
 }
 
-// Makes what the operations work on: an archive of two entries, a tree, and a
-// copy of the tree with other content.
+// Makes what the operations work on: an archive of two entries and one whose
+// directory fills pages, a tree, and a copy of the tree with other content.
 void prepare(const std::string& folder) {
   ZipArchive archive;
   ASSERT_EQ(archive.create((folder + "a.zip").c_str(), 0), 1);
   ASSERT_EQ(archive.insert(bytesOf("kept"), "kept", "", 0), 1);
   ASSERT_EQ(archive.insert(bytesOf(kLarge), "deep\\old", "", 0), 1);
+  ZipArchive many;
+  ASSERT_EQ(many.create((folder + "many.zip").c_str(), 0), 1);
+  for (int i = 0; i < 20; ++i) {
+    ASSERT_EQ(many.insert(bytesOf("m"), std::to_string(i) + std::string(200, 'n'), "", 0), 1);
+  }
   support::writeFile(folder + "in/small", "new");
   support::writeFile(folder + "in/deep/large", kLarge);
   support::writeFile(folder + "out/small", "old");
@@ -98,6 +104,8 @@ struct Operation {
   bool passesOver = false;
 };
 
+void PrintTo(const Operation& operation, std::ostream* out) { *out << operation.name; }
+
 const Operation kOperations[] = {
     {"insert",
      [](const std::string& folder) {
@@ -107,6 +115,12 @@ const Operation kOperations[] = {
      [](const std::string& folder) {
        return opened(folder, kReadWrite)
                   .insert((folder + "in/deep/large").c_str(), "new", nullptr, 0) == 1;
+     }},
+    {"insert into many",
+     [](const std::string& folder) {
+       ZipArchive archive;
+       archive.open((folder + "many.zip").c_str(), kReadWrite);
+       return archive.insert(bytesOf("x"), "new", "", 0) == 1;
      }},
     {"replace",
      [](const std::string& folder) {
@@ -180,7 +194,7 @@ const Operation kOperations[] = {
     {"list a tree",
      [](const std::string& folder) {
        std::vector<std::string> files;
-       return FileSystem::EnumFilesWithPath(files, folder.c_str(), "*", true) == 6;
+       return FileSystem::EnumFilesWithPath(files, folder.c_str(), "*", true) == 7;
      }},
     {"temporary storage",
      [](const std::string& folder) {
@@ -302,6 +316,35 @@ TEST_P(FailingCalls, SucceedOrLeaveAllAsItWas) {
           EXPECT_TRUE(look(work_, false) == beforeBytes);
         }
       }
+    }
+  }
+}
+
+TEST_P(FailingCalls, KilledInFrontOfAnyCallLeaveAllWhole) {
+  const Operation& operation = GetParam();
+  prepareAnew();
+  const auto before = look(work_, true);
+  int total = 0;
+  {
+    const Failing counter(Fault::Kill, 0);
+    ASSERT_TRUE(operation.run(work_));
+    total = counter.count();
+  }
+  const auto after = look(work_, true);
+  if (after == before) return;  // it only reads
+  for (int number = 1; number <= total; ++number) {
+    prepareAnew();
+    support::OtherProcess process([&](const auto&) {
+      const Failing failing(Fault::Kill, number);
+      return operation.run(work_) ? 0 : 1;
+    });
+    EXPECT_EQ(process.wait(), -1) << "call " << number;
+    // Files of new names are whole only at the end.
+    const auto now = look(work_, true);
+    for (const auto& [path, content] : before) {
+      const auto file = now.find(path);
+      EXPECT_TRUE(file != now.end() && (file->second == content || file->second == after.at(path)))
+          << "call " << number << ' ' << path;
     }
   }
 }

@@ -5,7 +5,7 @@
 
 #include <filesystem>
 #include <fstream>
-#include <iterator>
+#include <sstream>
 #include <string>
 
 #include "support/platform.h"
@@ -51,7 +51,9 @@ inline void writeFile(const std::string& path, const std::string& bytes) {
 
 inline std::string readFile(const std::string& path) {
   std::ifstream in(pathOf(path), std::ios::binary);
-  return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+  std::ostringstream bytes;
+  bytes << in.rdbuf();
+  return bytes.str();
 }
 
 inline void makeReadOnly(const std::string& path) {

@@ -34,8 +34,9 @@ BOOL DeleteFileA(const char* text) {
   struct stat status;
   // What cannot be opened for reading, as a link, has no holder that went through
   // here.
-  const int looked = file ? fstat(file.get(), &status) : lstat(path.c_str(), &status);
-  if (looked != 0) return fail(errorOnPath(path, errno));
+  const bool looked =
+      (file && fstat(file.get(), &status) == 0) || lstat(path.c_str(), &status) == 0;
+  if (!looked) return fail(errorOnPath(path, errno));
   if (!permits(status)) return fail(ERROR_ACCESS_DENIED);
   if (file && S_ISREG(status.st_mode) && deletionDenied(file.get())) {
     return fail(ERROR_SHARING_VIOLATION);
