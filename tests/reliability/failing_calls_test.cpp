@@ -69,23 +69,27 @@ std::map<std::string, std::string> look(const std::filesystem::path& folder, boo
   return files;
 }
 
-// Makes what the operations work on: an archive of two entries and one whose
-// directory fills pages, a tree, and a copy of the tree with other content.
+// Makes what the operations work on: an archive of two entries, a tree, and a
+// copy of the tree with other content.
 void prepare(const std::string& folder) {
   ZipArchive archive;
   ASSERT_EQ(archive.create((folder + "a.zip").c_str(), 0), 1);
   ASSERT_EQ(archive.insert(bytesOf("kept"), "kept", "", 0), 1);
   ASSERT_EQ(archive.insert(bytesOf(kLarge), "deep\\old", "", 0), 1);
-  ZipArchive many;
-  ASSERT_EQ(many.create((folder + "many.zip").c_str(), 0), 1);
-  for (int i = 0; i < 20; ++i) {
-    ASSERT_EQ(many.insert(bytesOf("m"), std::to_string(i) + std::string(200, 'n'), "", 0), 1);
-  }
   support::writeFile(folder + "in/small", "new");
   support::writeFile(folder + "in/deep/large", kLarge);
   support::writeFile(folder + "out/small", "old");
   support::writeFile(folder + "out/deep/large", "old");
   support::writeFile(folder + "out/deep/old", "old");
+}
+
+// Adds an archive whose directory fills pages.
+void prepareMany(const std::string& folder) {
+  ZipArchive many;
+  ASSERT_EQ(many.create((folder + "many.zip").c_str(), 0), 1);
+  for (int i = 0; i < 20; ++i) {
+    ASSERT_EQ(many.insert(bytesOf("m"), std::to_string(i) + std::string(200, 'n'), "", 0), 1);
+  }
 }
 
 ZipArchive opened(const std::string& folder, unsigned int access) {
@@ -194,7 +198,7 @@ const Operation kOperations[] = {
     {"list a tree",
      [](const std::string& folder) {
        std::vector<std::string> files;
-       return FileSystem::EnumFilesWithPath(files, folder.c_str(), "*", true) == 7;
+       return FileSystem::EnumFilesWithPath(files, folder.c_str(), "*", true) == 6;
      }},
     {"temporary storage",
      [](const std::string& folder) {
@@ -243,6 +247,7 @@ class FailingCalls : public testing::TestWithParam<Operation> {
     std::filesystem::create_directory(temporary_);
     std::filesystem::create_directory(model_);
     prepare(model_);
+    if (std::string(GetParam().name) == "insert into many") prepareMany(model_);
     setenv("TMPDIR", temporary_.c_str(), 1);
   }
   ~FailingCalls() override { unsetenv("TMPDIR"); }

@@ -7,8 +7,8 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
-#include <cstring>
 #include <map>
 #include <new>
 #include <random>
@@ -27,10 +27,15 @@ constexpr unsigned int kRead = 0x80000000;
 constexpr unsigned int kReadWrite = 0xC0000000;
 
 std::string contentFor(unsigned seed, std::size_t most) {
+  // Longer than what deflate looks back on, so that repeating it is no gain.
+  constexpr std::size_t kBlock = 40000;
   std::minstd_rand random(seed + 1);
-  std::string text(random() % most + 1, '\0');
+  const std::size_t size = random() % most + 1;
   const bool dense = random() % 2 == 0;
-  for (char& c : text) c = static_cast<char>(dense ? random() >> 8 : 'a' + random() % 3);
+  std::string block(std::min(size, kBlock), '\0');
+  for (char& c : block) c = static_cast<char>(dense ? random() >> 8 : 'a' + random() % 3);
+  std::string text;
+  while (text.size() < size) text.append(block, 0, size - text.size());
   return text;
 }
 
@@ -131,9 +136,7 @@ class Killed : public testing::Test {
       return 1;
     });
     ASSERT_TRUE(process.awaitReady());
-    // Under a sanitizer the same work takes longer.
-    const unsigned slowness = std::strlen(VESK_SANITIZE) != 0 ? 5 : 1;
-    usleep(static_cast<useconds_t>(random_() % (microseconds * slowness)));
+    usleep(static_cast<useconds_t>(random_() % microseconds));
     process.kill();
   }
 
@@ -155,11 +158,12 @@ TEST_F(Killed, ArchiveHasEveryEntryWhoseCallReturned) {
   }
   unsigned next = 0;
   unsigned undone = 0;
+  unsigned patience = 5000;
   int passingNames = 0;
   std::string seen;
   for (int round = 0; round < kKills; ++round) {
     SharedProgress progress;
-    killWithin(5000, [&] {
+    killWithin(patience, [&] {
       ZipArchive archive;
       if (archive.open(path.c_str(), kReadWrite) == 0) _exit(2);
       for (unsigned number = next;; ++number) {
@@ -169,6 +173,8 @@ TEST_F(Killed, ArchiveHasEveryEntryWhoseCallReturned) {
         progress->returned = number + 1;
       }
     });
+    // A busy or slow machine gets more time, so that no step stops the others.
+    patience = progress->returned == 0 ? std::min(2 * patience, 2000000U) : 5000;
     for (; next < progress->returned; ++next) Step(next).apply(expected);
     const Entries found = readArchive(path);
     if (next < progress->begun && found != expected) {
@@ -247,7 +253,7 @@ TEST_F(Killed, CopiedTargetIsTheOldOrTheNewFile) {
     }
   }
   int passingNames = 0;
-  for (int round = 0; round < 150; ++round) {
+  for (int round = 0; round < 120; ++round) {
     killWithin(15000, [&] {
       for (unsigned i = 0;; ++i) {
         const std::string source = folder_.file(std::to_string(i % 2)) + "\\";
