@@ -1,6 +1,6 @@
 #pragma once
-// Resources of executables in the PE format (Microsoft PE and COFF
-// specification). Nothing that the file tells is trusted.
+// Resources of executables in the published PE format of Windows. Nothing that
+// the file tells is trusted.
 
 #include <cstdint>
 #include <vector>
