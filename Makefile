@@ -11,17 +11,21 @@ BENCH_PACKAGES = zip unzip p7zip-full libarchive-tools pkg-config libzip-dev lib
 BENCH_MEMORY ?= /dev/shm
 BENCH_DISK ?= build/bench
 DOCS_PACKAGES = doxygen
+WINDOWS_PACKAGES = cmake ninja-build binutils zip libboost-dev libcli11-dev \
+                   g++-mingw-w64-x86-64-posix libz-mingw-w64-dev googletest wine64
 
 PREFIX ?= /usr/local
 # The folder that `make demo` packs; its files are on every machine that builds this.
 FOLDER ?= /usr/include
 
-.PHONY: help demo test fuzz bench docs install clean
+.PHONY: help demo test windows test-windows windows-packages fuzz bench docs install clean
 
 help:
 	@echo "make demo [FOLDER=...]     pack a real folder, unpack it, compare"
 	@echo "make test                  build and run all tests, plain and under the sanitizers"
 	@echo "make fuzz                  build and run the fuzz targets, a minute each"
+	@echo "make windows               cross-compile for 64-bit Windows, zip in build/windows"
+	@echo "make test-windows          run the tests under Wine"
 	@echo "make bench                 measure beside other programs; BENCH_QUICK=1 for a tenth"
 	@echo "make install [PREFIX=...]  install library and headers (default $(PREFIX))"
 	@echo "make docs                  build the HTML reference in build/docs/html"
@@ -47,6 +51,22 @@ fuzz:
 	cmake --preset fuzz
 	cmake --build --preset fuzz
 	fuzz/run build/fuzz 60
+
+windows-packages:
+	@scripts/install-packages $(WINDOWS_PACKAGES)
+
+windows: windows-packages
+	cmake --preset windows -DVESK_TESTS=OFF
+	cmake --build --preset windows
+	scripts/windows-zip build/windows
+
+test-windows: windows-packages
+	@scripts/install-packages $(BUILD_PACKAGES) $(TEST_PACKAGES)
+	cmake --preset release -DVESK_TESTS=ON
+	cmake --build --preset release --target vesk-fs
+	cmake --preset windows -DVESK_TESTS=ON
+	cmake --build --preset windows
+	scripts/test-windows build/windows
 
 bench:
 	@scripts/install-packages $(BUILD_PACKAGES) $(BENCH_PACKAGES)

@@ -54,20 +54,19 @@ const std::vector<fs::path>& sourceFiles() {
   return files;
 }
 
-// Copies that many source files, spread over all there are; again with another
-// prefix if they are too few.
+// Copies that many source files, spread evenly over all there are, so that trees
+// of all sizes are alike; again under another top folder if they are too few.
 void makeTree(const fs::path& target, std::size_t count) {
   const std::vector<fs::path>& files = sourceFiles();
-  const std::size_t step = std::max<std::size_t>(1, files.size() / kTreeFiles);
-  std::size_t made = 0;
-  for (std::size_t copy = 0; made < count; ++copy) {
-    const fs::path top = target / ("copy" + std::to_string(copy));
-    for (std::size_t i = 0; i < files.size() && made < count; i += step, ++made) {
-      const fs::path place = top / files[i].relative_path();
-      fs::create_directories(place.parent_path());
-      fs::copy_file(files[i], place);
-      fs::permissions(place, fs::perms::owner_write, fs::perm_options::add);
-    }
+  const std::size_t most = std::max(count, files.size());
+  for (std::size_t made = 0; made < count; ++made) {
+    const std::size_t at = made * most / count;
+    const fs::path& source = files[at % files.size()];
+    const fs::path top = target / ("copy" + std::to_string(at / files.size()));
+    const fs::path place = top / source.relative_path();
+    fs::create_directories(place.parent_path());
+    fs::copy_file(source, place);
+    fs::permissions(place, fs::perms::owner_write, fs::perm_options::add);
   }
 }
 

@@ -33,3 +33,7 @@ if(NOT IS_DIRECTORY "${header_only}")
 endif()
 set(Boost_NO_BOOST_CMAKE ON)
 set(Boost_INCLUDE_DIR "${header_only}" CACHE PATH "Folder with Boost's headers alone")
+
+# Tests run under Wine, with a prefix in the build folder.
+set(CMAKE_CROSSCOMPILING_EMULATOR
+  "${CMAKE_CURRENT_LIST_DIR}/../scripts/under-wine;${CMAKE_BINARY_DIR}/wine")

@@ -92,6 +92,8 @@ int main(int argc, char** argv) {
   CLI::App app(
       "Files, folders and zip archives through the Vesk FileSystem library.\n"
       "The exit status is 0 for success and 1 for failure.");
+  // A path may begin with a slash, on Windows too.
+  app.allow_windows_style_options(false);
   describe(app, arguments);
   try {
     app.parse(argc, argv);

@@ -1,98 +1,35 @@
 // The zip engine against itself, against other programs, and against damage.
 
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 
-#include <csignal>
+#include <chrono>
 #include <cstring>
-#include <map>
-#include <memory>
 #include <random>
 #include <string>
+#include <thread>
 #include <vector>
 
+#include "engine/entries.h"
+#include "platform/code_page.h"
 #include "support/other_process.h"
 #include "support/programs.h"
 #include "support/temporary_folder.h"
-#include "zip/engine.h"
 
 namespace {
 
-using Entries = std::map<std::string, std::string>;
+using namespace entries;
 
-struct ReaderCloser {
-  void operator()(ZipReader* reader) const { ZipCloseReader(reader); }
-};
-using Reader = std::unique_ptr<ZipReader, ReaderCloser>;
+const support::Work kAppend("append", [](const std::string& path, const support::Channel& channel) {
+  ZipWriter* const writer = ZipOpenWriter(path.c_str(), ZipModeAppend);
+  channel.tell();
+  for (int i = 0; i < 1000; ++i) addEntry(writer, "n", randomText(300000, 12));
+  return ZipCloseWriter(writer, nullptr);
+});
 
-std::string randomText(std::size_t size, unsigned seed) {
-  std::minstd_rand random(seed + 1);
-  std::string text(size, '\0');
-  for (char& c : text) c = static_cast<char>(random() >> 8);
-  return text;
-}
-
-std::string repetitiveText(std::size_t size) {
-  std::string text;
-  while (text.size() < size) text += "line " + std::to_string(text.size() / 7) + "\n";
-  text.resize(size);
-  return text;
-}
-
-bool addEntry(ZipWriter* writer, const std::string& name, const std::string& content,
-              const char* password = nullptr, int level = ZipLevelDefault) {
-  ZipNewEntryInfo info{};
-  info.date = {.second = 2, .minute = 3, .hour = 4, .day = 5, .month = 5, .year = 2021};
-  const std::uint32_t crc = ZipCrc32(0, content.data(), static_cast<std::uint32_t>(content.size()));
-  if (ZipOpenNewEntry(writer, name.c_str(), &info, nullptr, 0, nullptr, 0, "note", ZipMethodDeflate,
-                      level, 0, -15, 8, 0, password, crc) != 0) {
-    return false;
-  }
-  // In pieces of odd sizes, so that borders do not fall together.
-  for (std::size_t at = 0; at < content.size();) {
-    const std::size_t count = std::min<std::size_t>(content.size() - at, 700001);
-    if (ZipWriteEntry(writer, content.data() + at, static_cast<std::uint32_t>(count)) != 0) break;
-    at += count;
-  }
-  return ZipCloseNewEntry(writer) == 0;
-}
-
-void writeArchive(const std::string& path, const Entries& entries, int mode = ZipModeCreate,
-                  const char* password = nullptr) {
-  ZipWriter* const writer = ZipOpenWriter(path.c_str(), mode);
-  ASSERT_NE(writer, nullptr);
-  for (const auto& [name, content] : entries) {
-    ASSERT_TRUE(addEntry(writer, name, content, password)) << name;
-  }
-  ASSERT_EQ(ZipCloseWriter(writer, nullptr), 0);
-}
-
-// Reads the current entry in steps of `step` bytes. False if it fails.
-bool readCurrent(ZipReader* reader, std::string& content, std::uint32_t step,
-                 const char* password = "secret") {
-  if (ZipOpenEntry(reader, nullptr, nullptr, 0, password) != 0) return false;
-  content.clear();
-  std::string block(step, '\0');
-  int count;
-  while ((count = ZipReadEntry(reader, block.data(), step)) > 0) {
-    content.append(block, 0, static_cast<std::size_t>(count));
-  }
-  return count == 0;
-}
-
-// All entries that are no folders; what cannot be read has a content that no
-// test writes.
-Entries readArchive(const std::string& path, std::uint32_t step = 1 << 20) {
-  Entries entries;
-  const Reader reader(ZipOpenReader(path.c_str()));
-  if (reader == nullptr) return {{"<no archive>", ""}};
-  for (int status = ZipFirstEntry(reader.get()); status == 0; status = ZipNextEntry(reader.get())) {
-    char name[300];
-    ZipReadEntryInfo(reader.get(), nullptr, name, sizeof(name), nullptr, 0, nullptr, 0);
-    if (std::string_view(name).ends_with('/')) continue;
-    if (!readCurrent(reader.get(), entries[name], step)) entries[name] = "<unreadable>";
-  }
-  return entries;
+// A name outside ASCII, in the code page of archives.
+std::string strangeName() {
+  const char* const name = support::kPlatform.everyName ? "größe 日本 😀" : "größe";
+  return platform::convertCodePage(name, CP_UTF8, CP_OEMCP);
 }
 
 class Archive : public testing::Test {
@@ -106,7 +43,7 @@ const Entries& sample() {
                                {"one", "1"},
                                {"folder\\text.txt", repetitiveText(100000)},
                                {"random", randomText(70000, 1)},
-                               {"größe 日本 😀", "names"},
+                               {strangeName(), "names"},
                                {"large.txt", repetitiveText(9 << 20)},
                                {"large.bin", randomText(6 << 20, 2)}};
   return entries;
@@ -130,7 +67,7 @@ TEST_F(Archive, ComesBackAndSatisfiesOtherPrograms) {
     EXPECT_EQ(support::outputOf(folder_.path(),
                                 "python3 -c 'import zipfile; z = zipfile.ZipFile(\"a.zip\");"
                                 " print(z.getinfo(\"one\").date_time, z.getinfo(\"one\").comment,"
-                                " \"größe 日本 😀\" in z.namelist())'"),
+                                " any(n.startswith(\"größe\") for n in z.namelist()))'"),
               "(2021, 6, 5, 4, 3, 2) b'note' True\n");
   }
 }
@@ -286,31 +223,6 @@ TEST_F(Archive, WhatIsTakenBackLeavesNoTrace) {
   EXPECT_LT(std::filesystem::file_size(path_), 2 * before.size() + 100);
 }
 
-// A disk that is full, played by a limit of the file's size.
-TEST_F(Archive, FullDiskRestoresEveryByte) {
-  writeArchive(path_, {{"kept", randomText(50000, 9)}});
-  const std::string before = support::readFile(path_);
-  for (const std::size_t added : {10000U, 3000000U, 20000000U}) {
-    for (const std::size_t room : {0U, 30U, 5000U}) {
-      support::OtherProcess process([&](const auto&) {
-        std::signal(SIGXFSZ, SIG_IGN);
-        const rlimit limit{before.size() + room, before.size() + room};
-        setrlimit(RLIMIT_FSIZE, &limit);
-        ZipWriter* const writer = ZipOpenWriter(path_.c_str(), ZipModeAppend);
-        addEntry(writer, "new", randomText(added, 10));
-        return ZipCloseWriter(writer, nullptr) < 0 ? 7 : 0;
-      });
-      const int status = process.wait();
-      // Without room for the new entry nothing fails but the entry.
-      EXPECT_TRUE(status == 7 || status == 0);
-      EXPECT_EQ(readArchive(path_), (Entries{{"kept", randomText(50000, 9)}}));
-      if (status == 7) {
-        EXPECT_TRUE(support::readFile(path_) == before) << added << ' ' << room;
-      }
-    }
-  }
-}
-
 // Killed at any moment of an append: our reader and another program find all
 // that was there.
 TEST_F(Archive, KillLeavesTheOldEntries) {
@@ -321,14 +233,9 @@ TEST_F(Archive, KillLeavesTheOldEntries) {
   std::minstd_rand random(11);
   for (int round = 0; round < 40; ++round) {
     support::writeFile(path_, before);
-    support::OtherProcess process([&](const auto& channel) {
-      ZipWriter* const writer = ZipOpenWriter(path_.c_str(), ZipModeAppend);
-      channel.tell();
-      for (int i = 0; i < 1000; ++i) addEntry(writer, "n", randomText(300000, 12));
-      return ZipCloseWriter(writer, nullptr);
-    });
+    support::OtherProcess process(kAppend, path_);
     ASSERT_TRUE(process.awaitReady());
-    usleep(static_cast<useconds_t>(random() % 60000));
+    std::this_thread::sleep_for(std::chrono::microseconds(random() % 60000));
     process.kill();
     EXPECT_EQ(readArchive(path_, 4096), old);
     if (round % 8 == 0) {

@@ -27,7 +27,7 @@ void appendDeflated(Bytes& out, const std::string& plain, const Maker& maker) {
   z_stream stream{};
   ASSERT_EQ(deflateInit2(&stream, maker.level, Z_DEFLATED, -MAX_WBITS, 8, maker.strategy), Z_OK);
   const std::size_t start = out.size();
-  out.resize(start + deflateBound(&stream, plain.size()));
+  out.resize(start + deflateBound(&stream, static_cast<uLong>(plain.size())));
   stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(plain.data()));
   stream.avail_in = static_cast<uInt>(plain.size());
   stream.next_out = out.data() + start;

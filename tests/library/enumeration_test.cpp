@@ -1,6 +1,5 @@
 #include <filesystem/enumeration.h>
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 
 #include <algorithm>
 #include <stdexcept>
@@ -70,19 +69,20 @@ TEST_F(Enumeration, GroupsOfExtensions) {
 }
 
 TEST_F(Enumeration, Patterns) {
-  make({"a.txt", "B.TXT", "noext", ".dot", "a.b.c", "größe.txt"});
+  make({"a.txt", "B.TXT", "noext", ".dot", "a.b.c"});
+  support::writeFile(folder_.file(support::text("größe.txt")), "");
   std::filesystem::create_directory(folder_.file("folder.txt"));
   struct {
-    const char* pattern;
+    std::string pattern;
     Names names;
   } const cases[] = {
-      {"*", {".dot", "B.TXT", "a.b.c", "a.txt", "größe.txt", "noext"}},
-      {"*.*", {".dot", "B.TXT", "a.b.c", "a.txt", "größe.txt", "noext"}},
-      {"*.txt", {"B.TXT", "a.txt", "größe.txt"}},
+      {"*", {".dot", "B.TXT", "a.b.c", "a.txt", support::text("größe.txt"), "noext"}},
+      {"*.*", {".dot", "B.TXT", "a.b.c", "a.txt", support::text("größe.txt"), "noext"}},
+      {"*.txt", {"B.TXT", "a.txt", support::text("größe.txt")}},
       {"?.txt", {"B.TXT", "a.txt"}},
-      {"GRÖSSE*", {}},
-      {"GRÖßE.*", {"größe.txt"}},
-      {"gr??e.txt", {"größe.txt"}},
+      {support::text("GRÖSSE*"), {}},
+      {support::text("GRÖßE.*"), {support::text("größe.txt")}},
+      {"gr??e.txt", {support::text("größe.txt")}},
       {"*.", {"noext"}},
       {"a.txt", {"a.txt"}},
       {"a*.?", {"a.b.c"}},
@@ -90,8 +90,9 @@ TEST_F(Enumeration, Patterns) {
       {"nothing*", {}},
   };
   for (const auto& c : cases) {
+    if (c.pattern == "*." && !support::kPlatform.starDotIsExact) continue;
     Names names;
-    EXPECT_EQ(EnumFiles(names, path_, c.pattern), c.names.size()) << c.pattern;
+    EXPECT_EQ(EnumFiles(names, path_, c.pattern.c_str()), c.names.size()) << c.pattern;
     EXPECT_EQ(sorted(names), c.names) << c.pattern;
   }
 }
@@ -103,7 +104,7 @@ TEST_F(Enumeration, FilesOfATree) {
   EXPECT_EQ(paths.front(), text_ + "top");
   EXPECT_EQ(below(paths), (Names{"a\\b\\two", "a\\one.txt", "c\\three", "top"}));
   Names unended;
-  EnumFilesWithPath(unended, folder_.path().c_str(), "*.*", true);
+  EnumFilesWithPath(unended, folder_.name().c_str(), "*.*", true);
   EXPECT_EQ(unended, paths);
   paths.clear();
   EXPECT_EQ(EnumFilesWithPath(paths, path_, "t*", false), 1U);
@@ -123,7 +124,7 @@ TEST_F(Enumeration, FiltersOfFiles) {
   make({"a", "b"});
   std::vector<FILE_INFORMATION> records;
   Names asked;
-  EXPECT_EQ(EnumFilesWithPathEx(records, folder_.path().c_str(), "*",
+  EXPECT_EQ(EnumFilesWithPathEx(records, folder_.name().c_str(), "*",
                                 [&](const char* path) {
                                   asked.emplace_back(path);
                                   return asked.back().ends_with("\\b") ? 1 : 0;
@@ -146,7 +147,7 @@ TEST_F(Enumeration, Folders) {
   EXPECT_EQ(sorted(names), (Names{".hidden", "a", "a\\b", "c"}));
   EXPECT_EQ(EnumFolders(records, path_, 0), 3U);
   Names paths;
-  EXPECT_EQ(EnumFolders(paths, folder_.path().c_str(), 1), 4U);
+  EXPECT_EQ(EnumFolders(paths, folder_.name().c_str(), 1), 4U);
   EXPECT_EQ(below(paths), (Names{".hidden\\", "a\\", "a\\b\\", "c\\"}));
 
   Names asked;
@@ -166,47 +167,6 @@ TEST_F(Enumeration, Folders) {
   };
   EXPECT_THROW(EnumFoldersEx(records, path_, throwsAtB, 1), std::runtime_error);
   EXPECT_EQ(namesOf(records), Names{"a"});
-}
-
-TEST_F(Enumeration, LinksAreFollowedButNotBack) {
-  make({"real/file", "real/deep/x"});
-  std::filesystem::create_directory_symlink(folder_.file("real"), folder_.file("link"));
-  std::filesystem::create_directory_symlink(folder_.path(), folder_.file("real/up"));
-  std::filesystem::create_symlink(folder_.file("nowhere"), folder_.file("dangling"));
-  Names paths;
-  EnumFolders(paths, path_, 1);
-  EXPECT_EQ(below(paths), (Names{"link\\", "link\\deep\\", "real\\", "real\\deep\\"}));
-  paths.clear();
-  EnumFilesWithPath(paths, path_, "*", true);
-  EXPECT_EQ(below(paths), (Names{"link\\deep\\x", "link\\file", "real\\deep\\x", "real\\file"}));
-}
-
-// A backslash in a name is no separator, and the path that is delivered opens
-// the file.
-TEST_F(Enumeration, BackslashInANameComesBack) {
-  make({"sub/a\\b"});
-  Names paths;
-  ASSERT_EQ(EnumFilesWithPath(paths, path_, "*", true), 1U);
-  EXPECT_EQ(below(paths), Names{"sub\\a\xEF\x81\x9C"
-                                "b"});
-  EXPECT_TRUE(platform::FileHandle(
-      CreateFileA(paths[0].c_str(), GENERIC_READ, 3, nullptr, OPEN_EXISTING, 0, nullptr)));
-}
-
-// Each level would cost a descriptor if its search stayed open.
-TEST_F(Enumeration, DepthCostsNoDescriptors) {
-  constexpr int kDepth = 300;
-  std::filesystem::path deep = folder_.path();
-  for (int i = 0; i < kDepth; ++i) deep /= "d";
-  std::filesystem::create_directories(deep);
-  rlimit limit{};
-  ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &limit), 0);
-  const rlimit few{100, limit.rlim_max};
-  ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &few), 0);
-  std::vector<FILE_INFORMATION> records;
-  EXPECT_EQ(EnumFolders(records, path_, 1), 0U + kDepth);
-  setrlimit(RLIMIT_NOFILE, &limit);
-  EXPECT_EQ(std::string(records.back().cFileName).size(), 259U);
 }
 
 }  // namespace

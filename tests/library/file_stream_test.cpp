@@ -55,7 +55,7 @@ TEST_F(Stream, OpenFlags) {
     stream.write("XY");
     EXPECT_EQ(stream.close(), c.opens);
     if (c.content == nullptr) {
-      EXPECT_FALSE(std::filesystem::exists(path_));
+      EXPECT_FALSE(support::exists(path_));
     } else {
       EXPECT_EQ(content(), c.content);
     }
@@ -205,7 +205,7 @@ TEST_F(Stream, WholeContent) {
   EXPECT_EQ(content(), "");
   EXPECT_FALSE(writeContent(folder_.file("none/file"), "x"));
   EXPECT_EQ(readContent(folder_.file("none")), "");
-  EXPECT_EQ(readContent(folder_.path()), "");
+  EXPECT_EQ(readContent(folder_.name()), "");
 }
 
 }  // namespace

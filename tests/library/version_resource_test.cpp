@@ -26,7 +26,7 @@ TEST(VersionResource, Texts) {
   for (const auto& c : cases) {
     CString version("before");
     EXPECT_EQ(FormatVersion(data(c.name).c_str(), version), 1) << c.name;
-    EXPECT_STREQ(version, c.version) << c.name;
+    EXPECT_STREQ(version, support::text(c.version).c_str()) << c.name;
   }
 }
 
@@ -37,10 +37,12 @@ TEST(VersionResource, WhatIsMissingChangesNothing) {
   EXPECT_EQ(FormatVersion(data("onlyspecial").c_str(), value), 0);
   EXPECT_EQ(FormatVersion(data("none").c_str(), value), 0);
   EXPECT_EQ(FormatVersion(folder.file("text").c_str(), value), 0);
-  EXPECT_EQ(FormatVersion(folder.path().c_str(), value), 0);
+  EXPECT_EQ(FormatVersion(folder.name().c_str(), value), 0);
   // Only the first block of the translation list is read.
   EXPECT_EQ(VerGetFileInfoString(data("languages").c_str(), "OnlyThere", value), 0);
-  EXPECT_EQ(VerGetFileInfoString(data("plain").c_str(), "", value), 0);
+  if (support::kPlatform.blockIsNoValue) {
+    EXPECT_EQ(VerGetFileInfoString(data("plain").c_str(), "", value), 0);
+  }
   EXPECT_STREQ(value, "before");
   EXPECT_EQ(VerGetFileInfoString(data("plain").c_str(), "productVERSION", value), 1);
   EXPECT_STREQ(value, "2.5.1");
@@ -59,7 +61,7 @@ TEST(VersionResource, RealLibraries) {
   const std::string key = wide("ProductVersion") + std::string(2, '\0');
   std::size_t compared = 0;
   for (const auto& entry : std::filesystem::directory_iterator(folder)) {
-    const std::string bytes = support::readFile(entry.path());
+    const std::string bytes = support::readFile(support::textOf(entry.path()));
     std::size_t at = bytes.rfind(key);
     if (at == std::string::npos || bytes.find(wide("SpecialBuild")) != std::string::npos) continue;
     std::string expected;
@@ -67,35 +69,11 @@ TEST(VersionResource, RealLibraries) {
     }
     for (; bytes[at] != 0; at += 2) expected += bytes[at];
     CString version;
-    EXPECT_EQ(FormatVersion(entry.path().c_str(), version), 1) << entry.path();
+    EXPECT_EQ(FormatVersion(support::textOf(entry.path()).c_str(), version), 1) << entry.path();
     EXPECT_STREQ(version, expected.c_str()) << entry.path();
     ++compared;
   }
   EXPECT_GT(compared, 10U);
-}
-
-// Every cut, and every byte changed: a right text, another one, or none.
-TEST(VersionResource, LiesDoNoHarm) {
-  const support::TemporaryFolder folder;
-  const std::string path = folder.file("lie.dll");
-  const std::string whole = support::readFile(data("special3"));
-  ASSERT_GT(whole.size(), 1000U);
-  CString version;
-  for (std::size_t size = 0; size < whole.size(); size += 7) {
-    support::writeFile(path, whole.substr(0, size));
-    FormatVersion(path.c_str(), version);
-  }
-  for (std::size_t at = 0; at < whole.size(); ++at) {
-    if (whole[at] == 0 && at % 4 != 3) continue;
-    for (const char lie : {'\x7F', '\xFF', '\x00'}) {
-      std::string bytes = whole;
-      bytes[at] = lie;
-      support::writeFile(path, bytes);
-      FormatVersion(path.c_str(), version);
-    }
-  }
-  support::writeFile(path, whole);
-  EXPECT_EQ(FormatVersion(path.c_str(), version), 1);
 }
 
 }  // namespace

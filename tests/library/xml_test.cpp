@@ -239,7 +239,7 @@ TEST(Xml, Files) {
     EXPECT_EQ(isFileXml(path.c_str()), expected) << content;
   }
   EXPECT_EQ(isFileXml(folder.file("missing").c_str()), 0);
-  EXPECT_EQ(isFileXml(folder.path().c_str()), 0);
+  EXPECT_EQ(isFileXml(folder.name().c_str()), 0);
 }
 
 }  // namespace

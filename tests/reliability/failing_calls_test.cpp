@@ -24,7 +24,7 @@
 #include <vector>
 
 #include "failing_calls.h"
-#include "support/other_process.h"
+#include "support/posix/forked_process.h"
 #include "support/temporary_folder.h"
 
 namespace {
@@ -341,7 +341,7 @@ TEST_P(FailingCalls, KilledInFrontOfAnyCallLeaveAllWhole) {
   constexpr int kStep = sizeof(VESK_SANITIZE) > 1 ? 10 : 1;
   for (int number = 1; number <= total; number += kStep) {
     prepareAnew();
-    support::OtherProcess process([&](const auto&) {
+    support::ForkedProcess process([&](const auto&) {
       const Failing failing(Fault::Kill, number);
       return operation.run(work_) ? 0 : 1;
     });
@@ -411,7 +411,7 @@ TEST(FullDisk, ArchivesAndTargetsStayAsTheyWere) {
     }
     return 0;
   };
-  support::OtherProcess process([&](const auto&) { return work(); });
+  support::ForkedProcess process([&](const auto&) { return work(); });
   const int status = process.wait();
   if (status == kNotAllowed) GTEST_SKIP() << "mounting a file system is not allowed here";
   EXPECT_EQ(status, 0);

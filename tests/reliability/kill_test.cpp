@@ -15,7 +15,7 @@
 #include <string>
 #include <vector>
 
-#include "support/other_process.h"
+#include "support/posix/forked_process.h"
 #include "support/programs.h"
 #include "support/temporary_folder.h"
 
@@ -134,7 +134,7 @@ class Killed : public testing::Test {
   // Runs `work` in a process of its own and kills it at a random moment.
   template <typename Work>
   void killWithin(unsigned microseconds, Work work) {
-    support::OtherProcess process([&](const support::OtherProcess::Channel& channel) {
+    support::ForkedProcess process([&](const support::ForkedProcess::Channel& channel) {
       channel.tell();
       work();
       return 1;

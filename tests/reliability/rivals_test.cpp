@@ -23,7 +23,7 @@
 #include <thread>
 #include <vector>
 
-#include "support/other_process.h"
+#include "support/posix/forked_process.h"
 #include "support/temporary_folder.h"
 
 namespace {
@@ -62,12 +62,12 @@ class Rivals : public testing::TestWithParam<unsigned> {
   // Runs `work(number)` in so many processes; false if one of them fails.
   template <typename Work>
   bool inProcesses(Work work) {
-    std::list<support::OtherProcess> processes;
+    std::list<support::ForkedProcess> processes;
     for (unsigned i = 0; i < GetParam(); ++i) {
       processes.emplace_back([&work, i](const auto&) { return work(i); });
     }
     bool good = true;
-    for (support::OtherProcess& process : processes) good = process.wait() == 0 && good;
+    for (support::ForkedProcess& process : processes) good = process.wait() == 0 && good;
     return good;
   }
   void makeArchive() {

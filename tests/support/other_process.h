@@ -1,72 +1,53 @@
 #pragma once
-// A second process that runs a function of the test, for what two processes do
-// to each other.
+// A second process that does a part of a test, for what two processes do to
+// each other.
 
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <csignal>
-#include <functional>
+#include <cstdint>
+#include <string>
 
 namespace support {
 
-// Runs `work` in a child process. The child says `ready` by tell() and its
-// parent waits for that with awaitReady(). Killed with its object.
-class OtherProcess {
+// What the second process tells its parent by.
+class Channel {
  public:
-  class Channel {
-   public:
-    explicit Channel(int descriptor) : descriptor_(descriptor) {}
-    void tell() const {
-      const char byte = 1;
-      [[maybe_unused]] const ssize_t count = write(descriptor_, &byte, 1);
-    }
-
-   private:
-    int descriptor_;
-  };
-
-  // The result of `work` is the child's exit status.
-  explicit OtherProcess(const std::function<int(const Channel&)>& work) {
-    int ends[2];
-    if (pipe(ends) != 0) return;
-    process_ = fork();
-    if (process_ == 0) {
-      close(ends[0]);
-      _exit(work(Channel(ends[1])));
-    }
-    close(ends[1]);
-    told_ = ends[0];
-  }
-  OtherProcess(const OtherProcess&) = delete;
-  OtherProcess& operator=(const OtherProcess&) = delete;
-  ~OtherProcess() {
-    kill();
-    if (told_ >= 0) close(told_);
-  }
-
-  // False if the child ended without a word.
-  bool awaitReady() const {
-    char byte;
-    return read(told_, &byte, 1) == 1;
-  }
-  void kill() {
-    if (process_ <= 0) return;
-    ::kill(process_, SIGKILL);
-    wait();
-  }
-  // The exit status, or -1 if the child did not end by itself.
-  int wait() {
-    if (process_ <= 0) return -1;
-    int status = 0;
-    waitpid(process_, &status, 0);
-    process_ = -1;
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-  }
+  explicit Channel(std::intptr_t end) : end_(end) {}
+  void tell() const;
 
  private:
-  pid_t process_ = -1;
-  int told_ = -1;
+  std::intptr_t end_;
+};
+
+// A part of a test that runs in a process of its own; its result is the exit
+// status. To be defined at namespace scope, with a name of its own, so that a
+// freshly started program finds it.
+struct Work {
+  using Function = int (*)(const std::string& argument, const Channel& channel);
+
+  Work(const char* name, Function function);
+
+  const char* name;
+  Function function;
+  const Work* next;
+};
+
+// Runs a work. It says `ready` by tell() and its parent waits for that with
+// awaitReady(). Killed with its object.
+class OtherProcess {
+ public:
+  OtherProcess(const Work& work, const std::string& argument);
+  OtherProcess(const OtherProcess&) = delete;
+  OtherProcess& operator=(const OtherProcess&) = delete;
+  ~OtherProcess();
+
+  // False if the child ended without a word.
+  bool awaitReady() const;
+  void kill();
+  // The exit status, or -1 if the child did not end by itself.
+  int wait();
+
+ private:
+  std::intptr_t process_ = -1;
+  std::intptr_t told_ = -1;
 };
 
 }  // namespace support

@@ -3,49 +3,61 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <string>
 
+#include "support/platform.h"
+
 namespace support {
 
 class TemporaryFolder {
  public:
-  TemporaryFolder() {
-    std::string name = (std::filesystem::temp_directory_path() / "vesk-test-XXXXXX").string();
-    EXPECT_NE(mkdtemp(name.data()), nullptr);
-    path_ = name;
-  }
+  TemporaryFolder() : path_(pathOf(makeTemporaryFolder())) { EXPECT_FALSE(path_.empty()); }
   TemporaryFolder(const TemporaryFolder&) = delete;
   TemporaryFolder& operator=(const TemporaryFolder&) = delete;
   ~TemporaryFolder() {
     std::error_code ignored;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(path_, ignored)) {
+      if (entry.is_symlink(ignored)) continue;
+      std::filesystem::permissions(entry.path(), std::filesystem::perms::owner_write,
+                                   std::filesystem::perm_options::add, ignored);
+    }
     std::filesystem::remove_all(path_, ignored);
   }
 
   const std::filesystem::path& path() const { return path_; }
+  // The folder as the library gets it.
+  std::string name() const { return textOf(path_); }
   // The folder with a trailing separator, as the library's functions take it.
-  std::string text() const { return path_.string() + "\\"; }
-  std::string file(const std::string& name) const { return (path_ / name).string(); }
+  std::string text() const { return name() + "\\"; }
+  // A file in the folder; `name` is a text of the process code page.
+  std::string file(const std::string& name) const { return textOf(path_ / pathOf(name)); }
 
  private:
   std::filesystem::path path_;
 };
 
-inline void writeFile(const std::filesystem::path& path, const std::string& bytes) {
-  std::filesystem::create_directories(path.parent_path());
-  std::ofstream out(path, std::ios::binary);
+inline bool exists(const std::string& path) { return std::filesystem::exists(pathOf(path)); }
+
+inline void writeFile(const std::string& path, const std::string& bytes) {
+  const std::filesystem::path native = pathOf(path);
+  std::filesystem::create_directories(native.parent_path());
+  std::ofstream out(native, std::ios::binary);
   out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
   ASSERT_TRUE(out.good()) << path;
 }
 
-inline std::string readFile(const std::filesystem::path& path) {
-  std::ifstream in(path, std::ios::binary);
+inline std::string readFile(const std::string& path) {
+  std::ifstream in(pathOf(path), std::ios::binary);
   std::ostringstream bytes;
   bytes << in.rdbuf();
   return bytes.str();
+}
+
+inline void makeReadOnly(const std::string& path) {
+  std::filesystem::permissions(pathOf(path), std::filesystem::perms(0444));
 }
 
 }  // namespace support

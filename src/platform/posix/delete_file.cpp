@@ -28,7 +28,7 @@ using namespace platform::posix;
 BOOL DeleteFileA(const char* text) {
   const NativePath path(text);
   if (!path.valid()) return fail(path.error());
-  if (path.hadTrailingSeparator()) return fail(ERROR_PATH_NOT_FOUND);
+  if (path.hadTrailingSeparator()) return fail(ERROR_INVALID_NAME);
   const Descriptor file(
       ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_CLOEXEC | O_NOCTTY));
   struct stat status;

@@ -53,11 +53,11 @@ std::vector<std::string> foldersOf(const char* path) {
   return folders;
 }
 
-bool isFile(const std::string& text) {
+// A folder is found too, as on Windows.
+bool isThere(const std::string& text) {
   const NativePath path(text.c_str());
   struct stat status;
-  return path.valid() && !path.hadTrailingSeparator() && stat(path.c_str(), &status) == 0 &&
-         !S_ISDIR(status.st_mode);
+  return path.valid() && !path.hadTrailingSeparator() && stat(path.c_str(), &status) == 0;
 }
 
 }  // namespace
@@ -78,13 +78,13 @@ DWORD SearchPathA(const char* path, const char* name, const char* extension, DWO
   std::string found;
   const bool isAbsolute = file[0] == '\\' || file[0] == '/' || file.find(':') == 1;
   if (isAbsolute) {
-    if (isFile(file)) found = file;
+    if (isThere(file)) found = file;
   } else {
     for (const std::string& folder : foldersOf(path)) {
       std::string candidate = folder;
       if (candidate.back() != '\\' && candidate.back() != '/') candidate += '\\';
       candidate += file;
-      if (!isFile(candidate)) continue;
+      if (!isThere(candidate)) continue;
       found = std::move(candidate);
       break;
     }

@@ -32,7 +32,7 @@ bool isFolder(const char* native) {
 // Folder, prefix, number in hexadecimal digits and the extension.
 std::string composed(const char* folder, const char* prefix, UINT number) {
   std::string name = folder;
-  if (name.back() != '\\' && name.back() != '/') name += '\\';
+  if (name.back() != '\\') name += '\\';
   name.append(prefix, strnlen(prefix, kLongestPrefix));
   char tail[16];
   std::snprintf(tail, sizeof(tail), "%X.TMP", number);

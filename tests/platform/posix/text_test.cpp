@@ -1,9 +1,7 @@
-// Wildcards, code pages and times.
+// Wildcards, and code pages that are UTF-8.
 
 #include <gtest/gtest.h>
 
-#include <cmath>
-#include <cstring>
 #include <random>
 #include <string>
 
@@ -73,41 +71,6 @@ TEST(CodePages, EveryTextComesBack) {
   EXPECT_EQ(MultiByteToWideChar(CP_ACP, 0, "abcd", 4, pair, 3), 0);
   EXPECT_EQ(GetLastError(), ERROR_INSUFFICIENT_BUFFER);
   EXPECT_EQ(MultiByteToWideChar(1252, 0, "a", 1, pair, 3), 0);
-}
-
-TEST(Times, AutomationDates) {
-  struct {
-    SYSTEMTIME time;
-    double date;
-  } const cases[] = {
-      {{1899, 12, 6, 30, 0, 0, 0, 0}, 0.0},
-      {{1899, 12, 0, 31, 12, 0, 0, 0}, 1.5},
-      {{1899, 12, 5, 29, 6, 0, 0, 0}, -1.25},
-      {{2000, 2, 2, 29, 23, 59, 59, 0}, 36585.0 + 86399.0 / 86400},
-      {{100, 1, 5, 1, 0, 0, 0, 0}, -657434.0},
-      {{9999, 12, 5, 31, 0, 0, 0, 0}, 2958465.0},
-  };
-  for (const auto& c : cases) {
-    SYSTEMTIME time = c.time;
-    double date = 99;
-    ASSERT_TRUE(SystemTimeToVariantTime(&time, &date));
-    EXPECT_NEAR(date, c.date, 1e-9);
-    SYSTEMTIME back{};
-    ASSERT_TRUE(VariantTimeToSystemTime(date, &back));
-    EXPECT_EQ(memcmp(&back, &c.time, sizeof(back)), 0) << c.date;
-  }
-  SYSTEMTIME time{2021, 2, 0, 29, 0, 0, 0, 0};
-  double date;
-  EXPECT_FALSE(SystemTimeToVariantTime(&time, &date));
-  for (const double bad : {3e6, -7e5, static_cast<double>(NAN), static_cast<double>(INFINITY)}) {
-    EXPECT_FALSE(VariantTimeToSystemTime(bad, &time)) << bad;
-  }
-  const FILETIME file{0x80000000, 0x01D6F00A};
-  ASSERT_TRUE(FileTimeToSystemTime(&file, &time));
-  EXPECT_EQ(time.wYear, 2021);
-  EXPECT_EQ(time.wMonth, 1);
-  const FILETIME negative{0, 0x80000000};
-  EXPECT_FALSE(FileTimeToSystemTime(&negative, &time));
 }
 
 }  // namespace

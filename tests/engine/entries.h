@@ -1,0 +1,94 @@
+#pragma once
+// Archives of a few entries, written and read through the engine.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <random>
+#include <string>
+
+#include "zip/engine.h"
+
+namespace entries {
+
+using Entries = std::map<std::string, std::string>;
+
+struct ReaderCloser {
+  void operator()(ZipReader* reader) const { ZipCloseReader(reader); }
+};
+using Reader = std::unique_ptr<ZipReader, ReaderCloser>;
+
+inline std::string randomText(std::size_t size, unsigned seed) {
+  std::minstd_rand random(seed + 1);
+  std::string text(size, '\0');
+  for (char& c : text) c = static_cast<char>(random() >> 8);
+  return text;
+}
+
+inline std::string repetitiveText(std::size_t size) {
+  std::string text;
+  while (text.size() < size) text += "line " + std::to_string(text.size() / 7) + "\n";
+  text.resize(size);
+  return text;
+}
+
+inline bool addEntry(ZipWriter* writer, const std::string& name, const std::string& content,
+                     const char* password = nullptr, int level = ZipLevelDefault) {
+  ZipNewEntryInfo info{};
+  info.date = {.second = 2, .minute = 3, .hour = 4, .day = 5, .month = 5, .year = 2021};
+  const std::uint32_t crc = ZipCrc32(0, content.data(), static_cast<std::uint32_t>(content.size()));
+  if (ZipOpenNewEntry(writer, name.c_str(), &info, nullptr, 0, nullptr, 0, "note", ZipMethodDeflate,
+                      level, 0, -15, 8, 0, password, crc) != 0) {
+    return false;
+  }
+  // In pieces of odd sizes, so that borders do not fall together.
+  for (std::size_t at = 0; at < content.size();) {
+    const std::size_t count = std::min<std::size_t>(content.size() - at, 700001);
+    if (ZipWriteEntry(writer, content.data() + at, static_cast<std::uint32_t>(count)) != 0) break;
+    at += count;
+  }
+  return ZipCloseNewEntry(writer) == 0;
+}
+
+inline void writeArchive(const std::string& path, const Entries& entries, int mode = ZipModeCreate,
+                         const char* password = nullptr) {
+  ZipWriter* const writer = ZipOpenWriter(path.c_str(), mode);
+  ASSERT_NE(writer, nullptr);
+  for (const auto& [name, content] : entries) {
+    ASSERT_TRUE(addEntry(writer, name, content, password)) << name;
+  }
+  ASSERT_EQ(ZipCloseWriter(writer, nullptr), 0);
+}
+
+// Reads the current entry in steps of `step` bytes. False if it fails.
+inline bool readCurrent(ZipReader* reader, std::string& content, std::uint32_t step,
+                        const char* password = "secret") {
+  if (ZipOpenEntry(reader, nullptr, nullptr, 0, password) != 0) return false;
+  content.clear();
+  std::string block(step, '\0');
+  int count;
+  while ((count = ZipReadEntry(reader, block.data(), step)) > 0) {
+    content.append(block, 0, static_cast<std::size_t>(count));
+  }
+  return count == 0;
+}
+
+// All entries that are no folders; what cannot be read has a content that no
+// test writes.
+inline Entries readArchive(const std::string& path, std::uint32_t step = 1 << 20) {
+  Entries entries;
+  const Reader reader(ZipOpenReader(path.c_str()));
+  if (reader == nullptr) return {{"<no archive>", ""}};
+  for (int status = ZipFirstEntry(reader.get()); status == 0; status = ZipNextEntry(reader.get())) {
+    char name[300];
+    ZipReadEntryInfo(reader.get(), nullptr, name, sizeof(name), nullptr, 0, nullptr, 0);
+    if (std::string_view(name).ends_with('/')) continue;
+    if (!readCurrent(reader.get(), entries[name], step)) entries[name] = "<unreadable>";
+  }
+  return entries;
+}
+
+}  // namespace entries

@@ -1,0 +1,60 @@
+#pragma once
+// What differs between the platforms by nature, so that no test asks which one
+// it runs on. Each platform's answers stand in its folder's platform.cpp.
+
+#include <ctime>
+#include <filesystem>
+#include <string>
+#include <string_view>
+
+namespace support {
+
+struct Platform {
+  // Two names that differ in letter case alone are two files.
+  bool exactCase;
+  // Every text can be a name; otherwise those of Western Europe's code pages.
+  bool everyName;
+  // A leading dot hides a file.
+  bool dotHides;
+  // A read with a position at or behind the end of the file fails.
+  bool positionedReadFailsAtEnd;
+  // A copy replaces no file that somebody has open for writing, and gives an
+  // existing file the attributes of its source.
+  bool copyGuardsTarget;
+  // Automation dates are made of existing days and numbers only.
+  bool strictDates;
+  // The pattern `*.` finds the names without a dot alone.
+  bool starDotIsExact;
+  // A block of a version resource is no value.
+  bool blockIsNoValue;
+  // A program that is found along the search path.
+  const char* program;
+};
+
+extern const Platform kPlatform;
+
+// Makes a folder that nobody else uses, and gives its path.
+std::string makeTemporaryFolder();
+
+// Texts of the process code page, in which the library gets and gives paths.
+std::string textOf(const std::filesystem::path& path);
+std::filesystem::path pathOf(const std::string& text);
+inline std::string text(std::string_view utf8) {
+  return textOf(std::filesystem::path(std::u8string(utf8.begin(), utf8.end())));
+}
+
+// Since 1970, in UTC.
+void setWriteTime(const std::string& file, std::time_t seconds, long nanoseconds = 0);
+
+// How far local time is ahead of UTC at a moment, in seconds; two hours where
+// the time zone can be set.
+class TwoHoursEast {
+ public:
+  TwoHoursEast();
+  TwoHoursEast(const TwoHoursEast&) = delete;
+  TwoHoursEast& operator=(const TwoHoursEast&) = delete;
+  ~TwoHoursEast();
+  double seconds() const;
+};
+
+}  // namespace support

@@ -1,0 +1,62 @@
+#include "support/platform.h"
+
+#include "platform/code_page.h"
+#include "platform/unique_handle.h"
+#include "platform/win32.h"
+
+namespace support {
+
+const Platform kPlatform{.exactCase = false,
+                         .everyName = false,
+                         .dotHides = false,
+                         .positionedReadFailsAtEnd = true,
+                         .copyGuardsTarget = false,
+                         .strictDates = false,
+                         .starDotIsExact = false,
+                         .blockIsNoValue = false,
+                         .program = "cmd.exe"};
+
+std::string makeTemporaryFolder() {
+  char folder[MAX_PATH];
+  char name[MAX_PATH];
+  if (GetTempPathA(sizeof(folder), folder) == 0) return "";
+  // A file of that name is made, in whose place the folder comes.
+  if (GetTempFileNameA(folder, "vsk", 0, name) == 0 || DeleteFileA(name) == FALSE ||
+      CreateDirectoryA(name, nullptr) == FALSE) {
+    return "";
+  }
+  return name;
+}
+
+std::string textOf(const std::filesystem::path& path) {
+  return platform::convertCodePage(path.string(), CP_UTF8, CP_ACP);
+}
+
+std::filesystem::path pathOf(const std::string& text) {
+  const std::string utf8 = platform::convertCodePage(text, CP_ACP, CP_UTF8);
+  return std::u8string(utf8.begin(), utf8.end());
+}
+
+void setWriteTime(const std::string& file, std::time_t seconds, long nanoseconds) {
+  constexpr ULONGLONG kEpoch = 11644473600;
+  constexpr ULONGLONG kTicks = 10000000;
+  const ULONGLONG ticks = (static_cast<ULONGLONG>(seconds) + kEpoch) * kTicks +
+                          static_cast<ULONGLONG>(nanoseconds) / 100;
+  const FILETIME time{static_cast<DWORD>(ticks), static_cast<DWORD>(ticks >> 32)};
+  const platform::FileHandle handle(CreateFileA(file.c_str(), FILE_WRITE_ATTRIBUTES,
+                                                FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                                                OPEN_EXISTING, 0, nullptr));
+  SetFileTime(handle.get(), nullptr, &time, &time);
+}
+
+TwoHoursEast::TwoHoursEast() = default;
+
+TwoHoursEast::~TwoHoursEast() = default;
+
+double TwoHoursEast::seconds() const {
+  TIME_ZONE_INFORMATION zone;
+  const bool summer = GetTimeZoneInformation(&zone) == TIME_ZONE_ID_DAYLIGHT;
+  return -60.0 * static_cast<double>(zone.Bias + (summer ? zone.DaylightBias : zone.StandardBias));
+}
+
+}  // namespace support
