@@ -111,7 +111,7 @@ TEST_P(Rivals, HoldersExcludeEachOther) {
 
 TEST_P(Rivals, NoEntryIsLost) {
   makeArchive();
-  constexpr int kEntries = 60;
+  constexpr int kEntries = 30;
   const auto nameOf = [](unsigned process, int entry) {
     return std::to_string(process) + "-" + std::to_string(entry);
   };
