@@ -36,22 +36,27 @@ bool beginEntry(ZipWriter* writer, const std::string& stored, const ZipNewEntryI
                          password, crc) == 0;
 }
 
-// Hands all blocks of a file to `use`; false if a read or `use` fails.
+// Hands all blocks of a file to `use`; false if a read or `use` fails. A short
+// block is the last one where it ends at the size that the file told. Elsewhere it
+// may stand in front of an error, which only a further read shows.
 template <typename Use>
-bool forEachBlock(HANDLE file, std::vector<unsigned char>& block, Use use) {
-  for (;;) {
+bool forEachBlock(HANDLE file, std::uint64_t told, std::vector<unsigned char>& block, Use use) {
+  for (std::uint64_t done = 0;;) {
     DWORD size = 0;
     if (ReadFile(file, block.data(), static_cast<DWORD>(block.size()), &size, nullptr) == 0) {
       return false;
     }
-    if (size != 0 && !use(block.data(), size)) return false;
-    if (size < block.size()) return true;
+    if (size == 0) return true;
+    if (!use(block.data(), size)) return false;
+    done += size;
+    if (size < block.size() && done == told) return true;
   }
 }
 
-std::optional<std::uint32_t> crcOfFile(HANDLE file, std::vector<unsigned char>& block) {
+std::optional<std::uint32_t> crcOfFile(HANDLE file, std::uint64_t told,
+                                       std::vector<unsigned char>& block) {
   std::uint32_t crc = startCrc();
-  const bool read = forEachBlock(file, block, [&](const unsigned char* data, DWORD size) {
+  const bool read = forEachBlock(file, told, block, [&](const unsigned char* data, DWORD size) {
     crc = ZipCrc32(crc, data, size);
     return true;
   });
@@ -91,18 +96,18 @@ bool addFile(ZipWriter* writer, const char* source, const std::string& stored, c
   info.externalAttributes = data.dwFileAttributes;
 
   // One byte more than a small file has, so that it is read in one piece.
-  const std::uint64_t size = std::uint64_t{data.nFileSizeHigh} << 32 | data.nFileSizeLow;
+  const std::uint64_t told = std::uint64_t{data.nFileSizeHigh} << 32 | data.nFileSizeLow;
   std::vector<unsigned char> block(
-      static_cast<std::size_t>(std::min<std::uint64_t>(size + 1, kBlock)));
+      static_cast<std::size_t>(std::min<std::uint64_t>(told + 1, kBlock)));
   std::uint32_t crc = startCrc();
   if (password != nullptr) {
-    const std::optional<std::uint32_t> whole = crcOfFile(file.get(), block);
+    const std::optional<std::uint32_t> whole = crcOfFile(file.get(), told, block);
     if (!whole) return false;
     crc = *whole;
   }
   if (!beginEntry(writer, stored, info, comment, password, crc)) return false;
   const bool complete =
-      forEachBlock(file.get(), block, [&](const unsigned char* bytes, DWORD size) {
+      forEachBlock(file.get(), told, block, [&](const unsigned char* bytes, DWORD size) {
         return ZipWriteEntry(writer, bytes, size) == 0;
       });
   if (!complete) {

@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdarg>
+#include <cstring>
 
 namespace failing {
 namespace {
@@ -20,13 +21,22 @@ int wanted = 0;
 int calls = 0;
 std::string firstFailed;
 
+bool countsFor(const char* name, bool needsRoom) {
+  if (armedFault == Fault::FullDisk) return needsRoom;
+  return armedFault != Fault::HalfRead || std::strcmp(name, "read") == 0;
+}
+
+bool hits() {
+  if (wanted == 0) return false;
+  if (armedFault == Fault::FullDisk) return calls >= wanted;
+  return calls == (armedFault == Fault::HalfRead ? wanted + 1 : wanted);
+}
+
 // Whether this call fails; leaves its error in errno.
 bool fails(const char* name, const char* path, bool needsRoom) {
-  if (!armed || (armedFault == Fault::FullDisk && !needsRoom)) return false;
+  if (!armed || !countsFor(name, needsRoom)) return false;
   ++calls;
-  const bool hit =
-      wanted != 0 && (armedFault == Fault::FullDisk ? calls >= wanted : calls == wanted);
-  if (!hit) return false;
+  if (!hits()) return false;
   if (armedFault == Fault::Kill) kill(getpid(), SIGKILL);
   armed = false;  // what follows is the test's own
   if (firstFailed.empty()) firstFailed = std::string(name) + ' ' + (path != nullptr ? path : "");
@@ -34,6 +44,9 @@ bool fails(const char* name, const char* path, bool needsRoom) {
   errno = armedFault == Fault::FullDisk ? ENOSPC : EIO;
   return true;
 }
+
+// Whether the read that was just counted is to be cut.
+bool halvesRead() { return armed && armedFault == Fault::HalfRead && calls == wanted; }
 
 template <typename Function>
 Function next(const char* name) {
@@ -68,8 +81,13 @@ std::string Failing::failed() const { return firstFailed; }
     return failing::fails(#name, path, needsRoom) ? failure : real arguments;    \
   }
 
-PASSES_ON(ssize_t, read, (int fd, void* buffer, std::size_t size), (fd, buffer, size), -1, nullptr,
-          false)
+INTERPOSED(ssize_t, read, (int fd, void* buffer, std::size_t size)) {
+  using Function = ssize_t (*)(int, void*, std::size_t);
+  static const Function real = failing::next<Function>("read");
+  if (failing::fails("read", nullptr, false)) return -1;
+  return real(fd, buffer, failing::halvesRead() ? size / 2 : size);
+}
+
 PASSES_ON(ssize_t, pread, (int fd, void* buffer, std::size_t size, off_t at),
           (fd, buffer, size, at), -1, nullptr, false)
 PASSES_ON(ssize_t, write, (int fd, const void* data, std::size_t size), (fd, data, size), -1,

@@ -10,6 +10,7 @@ enum class Fault {
   OneCall,   // the n-th call fails with EIO, all others go through
   FullDisk,  // from the n-th call that needs room on, all of them fail with ENOSPC
   Kill,      // the process is killed in front of the n-th call
+  HalfRead,  // the n-th `read` gives half of what it is asked for, the next fails with EIO
 };
 
 // Counts the calls of its lifetime and fails the n-th, beginning with 1; 0 fails

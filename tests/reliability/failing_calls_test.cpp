@@ -270,22 +270,28 @@ bool removalFailed(const std::string& call) {
 }
 
 TEST_P(FailingCalls, SucceedOrLeaveAllAsItWas) {
+  constexpr struct {
+    Fault fault;
+    const char* name;
+  } kFaults[] = {{Fault::OneCall, "call "},
+                 {Fault::FullDisk, "full disk from call "},
+                 {Fault::HalfRead, "half of read "}};
   const Operation& operation = GetParam();
   prepareAnew();
   const auto beforeBytes = look(work_, false);
   const auto before = look(work_, true);
-  int total[2] = {};
-  for (const Fault fault : {Fault::OneCall, Fault::FullDisk}) {
+  std::map<Fault, int> total;
+  for (const auto& [fault, name] : kFaults) {
     prepareAnew();
     const Failing counter(fault, 0);
     ASSERT_TRUE(operation.run(work_));
-    total[static_cast<int>(fault)] = counter.count();
+    total[fault] = counter.count();
   }
   const auto after = look(work_, true);
-  EXPECT_GT(total[0], 3);
+  EXPECT_GT(total[Fault::OneCall], 3);
 
-  for (const Fault fault : {Fault::OneCall, Fault::FullDisk}) {
-    for (int number = 1; number <= total[static_cast<int>(fault)]; ++number) {
+  for (const auto& [fault, name] : kFaults) {
+    for (int number = 1; number <= total[fault]; ++number) {
       prepareAnew();
       const int descriptors = openDescriptors();
       bool success = false;
@@ -295,8 +301,8 @@ TEST_P(FailingCalls, SucceedOrLeaveAllAsItWas) {
         success = operation.run(work_);
         failed = failing.failed();
       }
-      SCOPED_TRACE(std::string(fault == Fault::OneCall ? "call " : "full disk from call ") +
-                   std::to_string(number) + ": " + failed + (success ? ", success" : ", failure"));
+      SCOPED_TRACE(name + std::to_string(number) + ": " + failed +
+                   (success ? ", success" : ", failure"));
       EXPECT_EQ(openDescriptors(), descriptors);
       if (fault == Fault::OneCall && removalFailed(failed)) {
         for (const auto& item : std::filesystem::directory_iterator(temporary_)) {
