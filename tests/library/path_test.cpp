@@ -130,7 +130,7 @@ TEST(Path, Parent) {
   // An existing file is told from a folder where the text alone does not.
   const support::TemporaryFolder folder;
   support::writeFile(folder.file("f.txt"), "");
-  std::string base = folder.name();
+  std::string base = folder.path().generic_string();
   if (base[1] != ':') base = "C:" + base;
   EXPECT_EQ(std::string(ParentDirectory((base + "/f.txt").c_str())), base + "/\\");
 }
