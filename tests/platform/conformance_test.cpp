@@ -209,7 +209,7 @@ TEST_F(Conformance, Searches) {
 }
 
 TEST_F(Conformance, Times) {
-  const std::string file = at("file");
+  const std::string file = folder_.file("file");
   support::setWriteTime(file, 1600000000, 123456700);
   WIN32_FILE_ATTRIBUTE_DATA data{};
   ASSERT_TRUE(GetFileAttributesExA(file.c_str(), GetFileExInfoStandard, &data));

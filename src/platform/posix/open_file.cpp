@@ -54,7 +54,9 @@ Descriptor openExisting(const char* path, DWORD access) {
 Descriptor openOrMake(const char* path, const Opening& opening, bool& made) {
   made = false;
   if (opening.disposition != CREATE_NEW) {
-    Descriptor existing = openExisting(path, opening.access);
+    // A file can be emptied by who may only read the handle.
+    const DWORD needed = opening.empties() ? opening.access | GENERIC_WRITE : opening.access;
+    Descriptor existing = openExisting(path, needed);
     if (existing || errno != ENOENT || !opening.makesFile()) return existing;
   }
   made = true;
