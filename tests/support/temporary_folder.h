@@ -5,6 +5,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <sstream>
 #include <string>
 
@@ -32,6 +33,10 @@ class TemporaryFolder {
   std::string name() const { return textOf(path_); }
   // The folder with a trailing separator, as the library's functions take it.
   std::string text() const { return name() + "\\"; }
+  // Number of files and folders that lie directly in it.
+  std::size_t entries() const {
+    return static_cast<std::size_t>(std::distance(std::filesystem::directory_iterator(path_), {}));
+  }
   // A file in the folder; `name` is a text of the process code page.
   std::string file(const std::string& name) const { return textOf(path_ / pathOf(name)); }
 
