@@ -87,7 +87,7 @@ void describe(CLI::App& app, Arguments& a) {
 
 }  // namespace
 
-int main(int argc, char** argv) {
+int main(int argc, char** argv) try {
   Arguments arguments;
   CLI::App app(
       "Files, folders and zip archives through the Vesk FileSystem library.\n"
@@ -102,8 +102,8 @@ int main(int argc, char** argv) {
     if (error.get_exit_code() == 0) return app.exit(error);  // --help
     std::fprintf(stderr, "vesk-fs: %s (see vesk-fs --help)\n", error.what());
     return 1;
-  } catch (const std::exception& error) {
-    std::fprintf(stderr, "vesk-fs: %s\n", error.what());
-    return 1;
   }
+} catch (const std::exception& error) {
+  std::fprintf(stderr, "vesk-fs: %s\n", error.what());
+  return 1;
 }

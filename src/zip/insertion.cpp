@@ -165,15 +165,14 @@ int ZipArchive::insert(const std::vector<unsigned char>& bytes, const std::strin
                        const std::string& comment, int overwrite) {
   if (canRead() == 0 || canWrite() == 0) return 0;
   const ZipHeldFileGuard guard(m_private->file);
+  // The text up to the first zero byte counts.
+  const std::string entry = name.substr(0, name.find('\0'));
   const auto add = [&](ZipWriter* writer) {
-    return zip::addBytes(writer, bytes, zip::storedName(name), comment,
+    return zip::addBytes(writer, bytes, zip::storedName(entry), comment,
                          m_private->passwordOrNull());
   };
-  // The name's text up to its first zero byte counts.
-  return zip::insertEntry(
-             m_private->file.name, name.c_str(), overwrite != 0, [] { return true; }, add)
-             ? 1
-             : 0;
+  const auto hasSource = [] { return true; };
+  return zip::insertEntry(m_private->file.name, entry, overwrite != 0, hasSource, add) ? 1 : 0;
 }
 
 int ZipArchive::insert(const char* source, const char* name, const char* comment, int overwrite) {
