@@ -3,23 +3,42 @@
 #include <filesystem/enumeration.h>
 #include <filesystem/files.h>
 
-#include "enumeration/search.h"
+#include <string_view>
+
+#include "enumeration/folder_walk.h"
 #include "path/fixed_text.h"
 
 namespace FileSystem {
 namespace {
 
-// Calls `found(entry, path)` for each file of the folder that can be opened. The
-// path is cut as all paths of the enumeration are.
+// Calls `found(entry, path)` for the entry that the search is at, if it is a file
+// of that folder that can be opened. The path is cut as all paths of the
+// enumeration are; a path that was cut is another file's.
+template <typename Found>
+void reportFile(const Detail::Search& search, const std::string& folder, Found& found) {
+  if (search.isFolder()) return;
+  const std::string_view name = search.entry().cFileName;
+  Detail::PathText path{std::string_view(folder)};
+  path.append(name);
+  const bool isCut = path.view().size() < folder.size() + name.size();
+  const bool opens = isCut ? FileExists(path.c_str()) != 0 : search.canOpen(path.c_str());
+  if (opens) found(search.entry(), path);
+}
+
 template <typename Found>
 void forEachFile(Detail::Search search, const std::string& folder, Found found) {
-  while (search.next()) {
-    if (search.isFolder()) continue;
-    Detail::PathText path{std::string_view(folder)};
-    path.append(search.entry().cFileName);
-    if (FileExists(path.c_str()) != 0) found(search.entry(), path);
-  }
+  while (search.next()) reportFile(search, folder, found);
 }
+
+// In the order of the folders that EnumFolders gives, each read once for both.
+template <typename Found>
+void forEachFileInTree(const std::string& start, Found found) {
+  Detail::FolderWalk walk(start, true, Detail::Links::Followed, true);
+  walk.run([](const WIN32_FIND_DATAA&) { return true; },
+           [&](const Detail::Search& search) { reportFile(search, walk.path(), found); });
+}
+
+bool fitsEveryName(std::string_view pattern) { return pattern == "*" || pattern == "*.*"; }
 
 }  // namespace
 
@@ -37,13 +56,18 @@ std::uint64_t EnumFilesWithPath(std::vector<FILE_INFORMATION>& result, const cha
 std::uint64_t EnumFilesWithPath(std::vector<std::string>& result, const char* folder,
                                 const char* pattern, bool recursive) {
   const std::size_t before = result.size();
-  std::vector<std::string> folders{Detail::withBackslash(folder)};
-  if (recursive) EnumFolders(folders, std::string(folders.front()).c_str(), 1);
+  const std::string start = Detail::withBackslash(folder);
+  const auto found = [&](const WIN32_FIND_DATAA&, const Detail::PathText& path) {
+    result.emplace_back(path.view());
+  };
+  if (recursive && fitsEveryName(pattern)) {
+    forEachFileInTree(start, found);
+    return result.size() - before;
+  }
+  std::vector<std::string> folders{start};
+  if (recursive) EnumFolders(folders, start.c_str(), 1);
   for (const std::string& current : folders) {
-    forEachFile(Detail::Search::forNames(current + pattern), current,
-                [&](const WIN32_FIND_DATAA&, const Detail::PathText& path) {
-                  result.emplace_back(path.view());
-                });
+    forEachFile(Detail::Search::forNames(current + pattern), current, found);
   }
   return result.size() - before;
 }

@@ -6,16 +6,6 @@
 
 namespace FileSystem::Detail {
 
-std::vector<WIN32_FIND_DATAA> FolderWalk::foldersHere() const {
-  std::vector<WIN32_FIND_DATAA> folders;
-  for (Search search(path_ + '*', FindExSearchLimitToDirectories, namesOnly_); search.next();) {
-    const char* const name = search.entry().cFileName;
-    if (!search.isFolder() || lstrcmpA(name, ".") == 0 || lstrcmpA(name, "..") == 0) continue;
-    folders.push_back(search.entry());
-  }
-  return folders;
-}
-
 bool FolderWalk::leadsBack() const {
   platform::FileIdentity own;
   if (!platform::fileIdentity(path_.c_str(), own)) return false;

@@ -33,19 +33,15 @@ class FolderWalk {
   // trailing separator. The walk goes below the folder if it gives true.
   template <typename Visit>
   void run(Visit visit) {
-    const std::size_t size = path_.size();
-    levels_.push_back(size);
-    for (const WIN32_FIND_DATAA& entry : foldersHere()) {
-      path_.resize(size);
-      path_ += entry.cFileName;
-      const bool isLink = (entry.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
-      if (isLink && links_ == Links::Followed && leadsBack()) continue;
-      if (!visit(entry) || !recursive_ || (isLink && links_ == Links::Reported)) continue;
-      path_ += '\\';
-      run(visit);
-    }
-    path_.resize(size);
-    levels_.pop_back();
+    walk(FindExSearchLimitToDirectories, visit, [](const Search&) {});
+  }
+
+  // As run, and calls `file(search)` for each other entry while path() is its
+  // folder's, with its separator: first those of a folder, then those of the
+  // folders below it.
+  template <typename Visit, typename File>
+  void run(Visit visit, File file) {
+    walk(FindExSearchNameMatch, visit, file);
   }
 
   const std::string& path() const { return path_; }
@@ -55,7 +51,38 @@ class FolderWalk {
   bool atTop() const { return levels_.size() == 1; }
 
  private:
-  std::vector<WIN32_FIND_DATAA> foldersHere() const;
+  template <typename Visit, typename File>
+  void walk(FINDEX_SEARCH_OPS operation, Visit& visit, File file) {
+    const std::size_t size = path_.size();
+    levels_.push_back(size);
+    for (const WIN32_FIND_DATAA& entry : readFolder(operation, file)) {
+      path_.resize(size);
+      path_ += entry.cFileName;
+      const bool isLink = (entry.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+      if (isLink && links_ == Links::Followed && leadsBack()) continue;
+      if (!visit(entry) || !recursive_ || (isLink && links_ == Links::Reported)) continue;
+      path_ += '\\';
+      walk(operation, visit, file);
+    }
+    path_.resize(size);
+    levels_.pop_back();
+  }
+
+  // The folders of the folder at path(), once its files were passed on.
+  template <typename File>
+  std::vector<WIN32_FIND_DATAA> readFolder(FINDEX_SEARCH_OPS operation, File& file) const {
+    std::vector<WIN32_FIND_DATAA> folders;
+    for (Search search(path_ + '*', operation, namesOnly_); search.next();) {
+      const std::string_view name = search.entry().cFileName;
+      if (!search.isFolder()) {
+        file(search);
+      } else if (name != "." && name != "..") {
+        folders.push_back(search.entry());
+      }
+    }
+    return folders;
+  }
+
   // Whether the folder is one that the walk is in.
   bool leadsBack() const;
 

@@ -5,6 +5,7 @@
 
 #include "path/fixed_text.h"
 #include "path/split_path.h"
+#include "platform/probe_open.h"
 #include "platform/unique_handle.h"
 #include "platform/win32.h"
 
@@ -13,11 +14,6 @@ namespace {
 
 constexpr DWORD kReadWrite = GENERIC_READ | GENERIC_WRITE;
 constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE;
-
-bool canOpen(const char* filename, DWORD access, DWORD share, DWORD disposition) {
-  return static_cast<bool>(platform::FileHandle(
-      CreateFileA(filename, access, share, nullptr, disposition, FILE_ATTRIBUTE_NORMAL, nullptr)));
-}
 
 bool sameSecond(const SYSTEMTIME& a, const SYSTEMTIME& b) {
   return a.wYear == b.wYear && a.wMonth == b.wMonth && a.wDay == b.wDay && a.wHour == b.wHour &&
@@ -28,7 +24,7 @@ bool sameSecond(const SYSTEMTIME& a, const SYSTEMTIME& b) {
 
 int FileExists(const char* filename) {
   if (filename == nullptr) return 0;
-  if (canOpen(filename, GENERIC_READ, kShareAll, OPEN_EXISTING)) return 1;
+  if (platform::probeOpen(filename, GENERIC_READ, kShareAll)) return 1;
 
   const Detail::PathParts parts = Detail::splitPath(filename);
   if (!parts.drive.empty() || !parts.directory.empty()) return 0;
@@ -47,7 +43,7 @@ int FolderExists(const char* path) {
 }
 
 int IsFileLockedWrite(const char* filename) {
-  return canOpen(filename, GENERIC_READ, FILE_SHARE_READ, OPEN_EXISTING) ? 0 : 1;
+  return platform::probeOpen(filename, GENERIC_READ, FILE_SHARE_READ) ? 0 : 1;
 }
 
 int IsFileReadOnly(const char* filename) {
@@ -56,11 +52,14 @@ int IsFileReadOnly(const char* filename) {
 }
 
 int TestCreate(const char* filename, unsigned long access) {
-  return canOpen(filename, static_cast<DWORD>(access), kShareAll, OPEN_ALWAYS) ? 1 : 0;
+  const platform::FileHandle file(CreateFileA(filename, static_cast<DWORD>(access), kShareAll,
+                                              nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL,
+                                              nullptr));
+  return file ? 1 : 0;
 }
 
 int TestOpen(const char* filename, unsigned long access) {
-  return canOpen(filename, static_cast<DWORD>(access), kShareAll, OPEN_EXISTING) ? 1 : 0;
+  return platform::probeOpen(filename, static_cast<DWORD>(access), kShareAll) ? 1 : 0;
 }
 
 unsigned long AllowedAccess(const char* filename) {

@@ -23,6 +23,8 @@
 #include <thread>
 #include <vector>
 
+#include "platform/unique_handle.h"
+#include "platform/win32.h"
 #include "support/posix/forked_process.h"
 #include "support/temporary_folder.h"
 
@@ -107,6 +109,24 @@ TEST_P(Rivals, HoldersExcludeEachOther) {
   EXPECT_EQ(board->broken, 0);
   EXPECT_GT(board->granted, 50);
   EXPECT_GT(board->refused, 0);
+}
+
+TEST_P(Rivals, ProbesKeepNobodyOut) {
+  makeArchive();
+  const bool ended = inProcesses([&](unsigned number) {
+    constexpr int kRounds = 3000;
+    for (int round = 0; round < kRounds; ++round) {
+      if (number != 0) {
+        FileSystem::IsFileLockedWrite(path_.c_str());
+        continue;
+      }
+      const platform::FileHandle alone(CreateFileA(path_.c_str(), GENERIC_READ | GENERIC_WRITE, 0,
+                                                   nullptr, OPEN_EXISTING, 0, nullptr));
+      if (!alone || FileSystem::FileExists(path_.c_str()) != 0) return 1;
+    }
+    return 0;
+  });
+  EXPECT_TRUE(ended);
 }
 
 TEST_P(Rivals, NoEntryIsLost) {

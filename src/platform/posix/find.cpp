@@ -12,9 +12,11 @@
 #include <string_view>
 
 #include "platform/posix/attributes.h"
+#include "platform/posix/existing_file.h"
 #include "platform/posix/last_error.h"
 #include "platform/posix/native_path.h"
 #include "platform/posix/wildcard.h"
+#include "platform/probe_open.h"
 
 namespace platform::posix {
 namespace {
@@ -66,6 +68,7 @@ class Search {
   bool next(WIN32_FIND_DATAA& data) {
     while (folder_ != nullptr) {
       const dirent* const entry = readdir(folder_.get());
+      name_ = entry == nullptr ? nullptr : entry->d_name;
       if (entry == nullptr) break;
       if (foldersOnly_ && entry->d_type != DT_DIR && entry->d_type != DT_LNK &&
           entry->d_type != DT_UNKNOWN) {
@@ -82,8 +85,14 @@ class Search {
     return false;
   }
 
+  int folder() const { return dirfd(folder_.get()); }
+  // What the folder calls the entry that was delivered last; null if there is no
+  // such entry any more, or the search was for one name without a folder.
+  const char* name() const { return name_; }
+
  private:
   std::unique_ptr<DIR, FolderCloser> folder_;
+  const char* name_ = nullptr;
   std::optional<Wildcard> pattern_;
   bool foldersOnly_ = false;
   bool namesOnly_ = false;
@@ -152,4 +161,12 @@ BOOL FindClose(HANDLE search) {
   if (search == INVALID_HANDLE_VALUE || search == nullptr) return fail(ERROR_INVALID_HANDLE);
   const std::unique_ptr<Search> owner(static_cast<Search*>(search));
   return TRUE;
+}
+
+bool platform::probeFound(HANDLE handle, const char* path) {
+  constexpr DWORD kShare = FILE_SHARE_READ | FILE_SHARE_WRITE;
+  const auto& search = *static_cast<const Search*>(handle);
+  return search.name() == nullptr
+             ? probeOpen(path, GENERIC_READ, kShare)
+             : probeExisting(search.folder(), search.name(), GENERIC_READ, kShare);
 }

@@ -6,7 +6,7 @@
 
 #include <cerrno>
 
-#include "platform/posix/descriptor.h"
+#include "platform/posix/existing_file.h"
 #include "platform/posix/file_handle.h"
 #include "platform/posix/last_error.h"
 #include "platform/posix/native_path.h"
@@ -15,18 +15,6 @@
 
 namespace platform::posix {
 namespace {
-
-// Openings in a row that meet a file which somebody deletes, replaces or makes
-// at the same instant.
-constexpr int kAttempts = 100;
-
-int openRetrying(const char* path, int flags, mode_t mode) {
-  int descriptor;
-  do {
-    descriptor = ::open(path, flags | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, mode);
-  } while (descriptor < 0 && errno == EINTR);
-  return descriptor;
-}
 
 struct Opening {
   DWORD access;
@@ -40,15 +28,6 @@ struct Opening {
   bool empties() const { return disposition == CREATE_ALWAYS || disposition == TRUNCATE_EXISTING; }
 };
 
-// The locks need a descriptor that reads, so a file is opened for writing alone
-// only if it cannot be opened for both; its sharing is not enforced then.
-Descriptor openExisting(const char* path, DWORD access) {
-  if ((access & GENERIC_WRITE) == 0) return Descriptor(openRetrying(path, O_RDONLY, 0));
-  Descriptor both(openRetrying(path, O_RDWR, 0));
-  if (both || errno != EACCES || (access & GENERIC_READ) != 0) return both;
-  return Descriptor(openRetrying(path, O_WRONLY, 0));
-}
-
 // Opens or makes the file and says which. An exclusive making tells a new file
 // from one that was there.
 Descriptor openOrMake(const char* path, const Opening& opening, bool& made) {
@@ -56,11 +35,11 @@ Descriptor openOrMake(const char* path, const Opening& opening, bool& made) {
   if (opening.disposition != CREATE_NEW) {
     // A file can be emptied by who may only read the handle.
     const DWORD needed = opening.empties() ? opening.access | GENERIC_WRITE : opening.access;
-    Descriptor existing = openExisting(path, needed);
+    Descriptor existing = openExisting(AT_FDCWD, path, needed);
     if (existing || errno != ENOENT || !opening.makesFile()) return existing;
   }
   made = true;
-  return Descriptor(openRetrying(path, O_RDWR | O_CREAT | O_EXCL, opening.mode));
+  return Descriptor(openRetrying(AT_FDCWD, path, O_RDWR | O_CREAT | O_EXCL, opening.mode));
 }
 
 // Not for good: the file went away or came between two steps.
@@ -85,7 +64,7 @@ HANDLE openFile(const NativePath& path, const Opening& opening) {
     Descriptor file = openOrMake(path.c_str(), opening, made);
     if (!file) {
       const int error = errno;
-      if (passing(opening, made, error) && attempt < kAttempts) continue;
+      if (passing(opening, made, error) && attempt < kOpenAttempts) continue;
       return invalid(openError(opening, path, error));
     }
     const bool shared = opening.access != 0;
@@ -101,13 +80,9 @@ HANDLE openFile(const NativePath& path, const Opening& opening) {
       if (made) unlink(path.c_str());
       return invalid(error);
     }
-    if (!S_ISREG(status.st_mode)) return invalid(ERROR_ACCESS_DENIED);
-    if (status.st_nlink == 0 && attempt < kAttempts) continue;
-    constexpr mode_t kAnyWrite = S_IWUSR | S_IWGRP | S_IWOTH;
     const bool changes = (opening.access & GENERIC_WRITE) != 0 || opening.empties();
-    if (changes && !made && (status.st_mode & kAnyWrite) == 0) {
-      return invalid(ERROR_ACCESS_DENIED);
-    }
+    if (!isOpenable(status, changes && !made)) return invalid(ERROR_ACCESS_DENIED);
+    if (status.st_nlink == 0 && attempt < kOpenAttempts) continue;
     if (opening.empties() && status.st_size != 0 && ftruncate(file.get(), 0) != 0) {
       return invalid(errorFromErrno(errno));
     }

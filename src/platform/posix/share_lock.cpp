@@ -82,6 +82,14 @@ struct Request {
   bool deniesAccess() const { return denyRead || denyWrite; }
 };
 
+Request requestOf(DWORD access, DWORD share) {
+  return {.read = (access & GENERIC_READ) != 0,
+          .write = (access & GENERIC_WRITE) != 0,
+          .denyRead = (share & FILE_SHARE_READ) == 0,
+          .denyWrite = (share & FILE_SHARE_WRITE) == 0,
+          .denyDelete = (share & FILE_SHARE_DELETE) == 0};
+}
+
 constexpr Range kAllBytes{kReadAccess, kTransit};
 
 Lock takeAll(int descriptor, const Request& request) {
@@ -117,14 +125,19 @@ bool contradicted(int descriptor, const Request& request) {
 
 bool rivalInTransit(int descriptor) { return heldByOthers(descriptor, {kTransit, kTransit}); }
 
+// Whether a contradiction that was met this many times is a firm holder's. A
+// denier looks some times more, as a rival's access may only pass by.
+bool givesUp(int descriptor, const Request& request, int attempt) {
+  constexpr int kDenierAttempts = 3;
+  if (attempt == kAttempts) return true;
+  if (request.deniesAccess() && attempt < kDenierAttempts) return false;
+  return !rivalInTransit(descriptor);
+}
+
 }  // namespace
 
 ShareResult acquireShare(int descriptor, DWORD access, DWORD share) {
-  const Request request{.read = (access & GENERIC_READ) != 0,
-                        .write = (access & GENERIC_WRITE) != 0,
-                        .denyRead = (share & FILE_SHARE_READ) == 0,
-                        .denyWrite = (share & FILE_SHARE_WRITE) == 0,
-                        .denyDelete = (share & FILE_SHARE_DELETE) == 0};
+  const Request request = requestOf(access, share);
   for (int attempt = 1;; ++attempt) {
     const Lock locked = takeAll(descriptor, request);
     if (locked == Lock::Unavailable) return ShareResult::Granted;
@@ -133,14 +146,18 @@ ShareResult acquireShare(int descriptor, DWORD access, DWORD share) {
       return ShareResult::Granted;
     }
     letGo(descriptor, kAllBytes);
-    if (attempt == kAttempts || !(request.deniesAccess() || rivalInTransit(descriptor))) {
-      return ShareResult::Violation;
-    }
-    // A firm holder ends the attempts of a denier early, too: two looks apart
-    // tell him from a rival or a probe that only passes by.
-    if (attempt >= 3 && !rivalInTransit(descriptor)) return ShareResult::Violation;
+    if (givesUp(descriptor, request, attempt)) return ShareResult::Violation;
     pause();
   }
+}
+
+bool shareAvailable(int descriptor, DWORD access, DWORD share) {
+  const Request request = requestOf(access, share);
+  for (int attempt = 1; contradicted(descriptor, request); ++attempt) {
+    if (givesUp(descriptor, request, attempt)) return false;
+    pause();
+  }
+  return true;
 }
 
 bool holdNew(int descriptor, DWORD access, DWORD share) {

@@ -14,6 +14,9 @@ enum class ShareResult { Granted, Violation };
 // locks go with the last close of the descriptor; nothing is left on Violation.
 ShareResult acquireShare(int descriptor, DWORD access, DWORD share);
 
+// Whether acquireShare would grant that, without taking a lock.
+bool shareAvailable(int descriptor, DWORD access, DWORD share);
+
 // As acquireShare for a file that was just made, in two calls if it is opened
 // with all access and no sharing and nobody was faster. False, with nothing
 // left, where acquireShare has to decide.
