@@ -33,7 +33,7 @@ class FolderWalk {
   // trailing separator. The walk goes below the folder if it gives true.
   template <typename Visit>
   void run(Visit visit) {
-    walk(FindExSearchLimitToDirectories, visit, [](const Search&) {});
+    walk(FindExSearchLimitToDirectories, visit, [](Search&) {});
   }
 
   // As run, and calls `file(search)` for each other entry while path() is its

@@ -5,6 +5,7 @@
 
 #include <string>
 
+#include "platform/delete_found.h"
 #include "platform/probe_open.h"
 #include "platform/unique_handle.h"
 #include "platform/win32.h"
@@ -34,6 +35,8 @@ class Search {
   bool isFolder() const { return (entry_.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0; }
   // Whether the entry, a file of that full path, can be opened for reading.
   bool canOpen(const char* path) const { return platform::probeFound(handle_.get(), path); }
+  // Deletes the entry, a file of that full path. The search can go on.
+  bool remove(const char* path) { return platform::deleteFound(handle_.get(), path); }
 
  private:
   WIN32_FIND_DATAA entry_{};

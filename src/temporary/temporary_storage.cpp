@@ -22,32 +22,23 @@ std::string newName() {
   return text;
 }
 
-// The names are taken first: a search need not find what is left of a folder
-// that changes under it.
-void deleteFilesIn(const std::string& folder) {
-  std::vector<std::string> files;
-  for (auto search = Detail::Search::forNames(folder + '*'); search.next();) {
-    if (!search.isFolder()) files.push_back(folder + search.entry().cFileName);
-  }
-  for (const std::string& file : files) DeleteFileA(file.c_str());
-}
-
 // Deletes what can be deleted of a folder and all below it. A link goes itself,
 // what is behind it stays.
-void deleteTree(const std::string& folder) {
-  std::vector<std::string> folders{folder};
-  Detail::FolderWalk walk(folder, true, Detail::Links::Reported, true);
-  walk.run([&](const WIN32_FIND_DATAA& entry) {
-    if ((entry.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0) {
-      RemoveDirectoryA(walk.path().c_str());
-    } else {
-      folders.push_back(walk.path() + '\\');
-    }
-    return true;
-  });
-  for (const std::string& current : folders) deleteFilesIn(current);
-  for (auto current = folders.rbegin(); current != folders.rend(); ++current) {
-    RemoveDirectoryA(current->c_str());
+void deleteTree(const std::string& start) {
+  std::vector<std::string> folders{start};
+  Detail::FolderWalk walk(start, true, Detail::Links::Reported, true);
+  walk.run(
+      [&](const WIN32_FIND_DATAA& entry) {
+        if ((entry.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0) {
+          RemoveDirectoryA(walk.path().c_str());
+        } else {
+          folders.push_back(walk.path() + '\\');
+        }
+        return true;
+      },
+      [&](Detail::Search& file) { file.remove((walk.path() + file.entry().cFileName).c_str()); });
+  for (auto folder = folders.rbegin(); folder != folders.rend(); ++folder) {
+    RemoveDirectoryA(folder->c_str());
   }
 }
 

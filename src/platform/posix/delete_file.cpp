@@ -1,3 +1,5 @@
+#include "platform/posix/delete_file.h"
+
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -5,11 +7,10 @@
 #include <cerrno>
 
 #include "platform/posix/attributes.h"
-#include "platform/posix/descriptor.h"
+#include "platform/posix/existing_file.h"
 #include "platform/posix/last_error.h"
 #include "platform/posix/native_path.h"
 #include "platform/posix/share_lock.h"
-#include "platform/posix/win32_posix.h"
 
 namespace platform::posix {
 namespace {
@@ -20,26 +21,31 @@ bool permits(const struct stat& status) {
 }
 
 }  // namespace
+
+DWORD deleteAt(int folder, const char* path) {
+  const Descriptor file(openRetrying(folder, path, O_RDONLY | O_NOFOLLOW));
+  struct stat status;
+  // What cannot be opened for reading, as a link, has no holder that went through
+  // here.
+  const bool looked = (file && fstat(file.get(), &status) == 0) ||
+                      fstatat(folder, path, &status, AT_SYMLINK_NOFOLLOW) == 0;
+  if (!looked) return errorFromErrno(errno);
+  if (!permits(status)) return ERROR_ACCESS_DENIED;
+  if (file && S_ISREG(status.st_mode) && deletionDenied(file.get())) {
+    return ERROR_SHARING_VIOLATION;
+  }
+  return unlinkat(folder, path, 0) == 0 ? ERROR_SUCCESS : errorFromErrno(errno);
+}
+
 }  // namespace platform::posix
 
 using namespace platform::posix;
 
-// Of a link the link goes, whatever is behind it.
 BOOL DeleteFileA(const char* text) {
   const NativePath path(text);
   if (!path.valid()) return fail(path.error());
   if (path.hadTrailingSeparator()) return fail(ERROR_INVALID_NAME);
-  const Descriptor file(
-      ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_CLOEXEC | O_NOCTTY));
-  struct stat status;
-  // What cannot be opened for reading, as a link, has no holder that went through
-  // here.
-  const bool looked =
-      (file && fstat(file.get(), &status) == 0) || lstat(path.c_str(), &status) == 0;
-  if (!looked) return fail(errorOnPath(path, errno));
-  if (!permits(status)) return fail(ERROR_ACCESS_DENIED);
-  if (file && S_ISREG(status.st_mode) && deletionDenied(file.get())) {
-    return fail(ERROR_SHARING_VIOLATION);
-  }
-  return unlink(path.c_str()) == 0 ? TRUE : fail(errorOnPath(path, errno));
+  const DWORD error = deleteAt(AT_FDCWD, path.c_str());
+  if (error == ERROR_SUCCESS) return TRUE;
+  return fail(error == ERROR_FILE_NOT_FOUND ? errorOnPath(path, ENOENT) : error);
 }

@@ -11,7 +11,9 @@
 #include <string>
 #include <string_view>
 
+#include "platform/delete_found.h"
 #include "platform/posix/attributes.h"
+#include "platform/posix/delete_file.h"
 #include "platform/posix/existing_file.h"
 #include "platform/posix/last_error.h"
 #include "platform/posix/native_path.h"
@@ -27,14 +29,21 @@ struct FolderCloser {
 
 constexpr unsigned kWanted = STATX_BASIC_STATS | STATX_BTIME;
 
+// Gives the record its name. False if it is too long.
+bool setName(std::string_view shown, WIN32_FIND_DATAA& data) {
+  if (shown.size() >= sizeof(data.cFileName)) return false;
+  data.cFileName[shown.copy(data.cFileName, shown.size())] = '\0';
+  return true;
+}
+
 // Fills what a search for names tells, from the folder's own listing. False if
 // that does not tell what the name leads to.
-bool listName(const dirent& entry, WIN32_FIND_DATAA& data) {
+bool listName(const dirent& entry, std::string_view shown, WIN32_FIND_DATAA& data) {
   if (entry.d_type != DT_REG && entry.d_type != DT_DIR) return false;
   data = WIN32_FIND_DATAA{};
   data.dwFileAttributes =
       entry.d_type == DT_DIR ? FILE_ATTRIBUTE_DIRECTORY : FILE_ATTRIBUTE_ARCHIVE;
-  return displayName(entry.d_name, data.cFileName, sizeof(data.cFileName)) != 0;
+  return setName(shown, data);
 }
 
 // Fills the record of a name in an open folder; a link counts as what it leads
@@ -74,10 +83,10 @@ class Search {
           entry->d_type != DT_UNKNOWN) {
         continue;
       }
-      char shown[MAX_PATH * 3];
-      if (displayName(entry->d_name, shown, sizeof(shown)) == 0 || !pattern_->matches(shown))
-        continue;
-      if (namesOnly_ && listName(*entry, data)) return true;
+      char buffer[MAX_PATH * 3];
+      const std::string_view shown(buffer, displayName(entry->d_name, buffer, sizeof(buffer)));
+      if (shown.empty() || !pattern_->matches(shown)) continue;
+      if (namesOnly_ && listName(*entry, shown, data)) return true;
       if (!describe(dirfd(folder_.get()), entry->d_name, entry->d_name, data)) continue;
       if (foldersOnly_ && (data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0) continue;
       return true;
@@ -169,4 +178,11 @@ bool platform::probeFound(HANDLE handle, const char* path) {
   return search.name() == nullptr
              ? probeOpen(path, GENERIC_READ, kShare)
              : probeExisting(search.folder(), search.name(), GENERIC_READ, kShare);
+}
+
+bool platform::deleteFound(HANDLE handle, const char* path) {
+  const auto& search = *static_cast<const Search*>(handle);
+  if (search.name() == nullptr) return DeleteFileA(path) != FALSE;
+  const DWORD error = deleteAt(search.folder(), search.name());
+  return error == ERROR_SUCCESS || fail(error) != FALSE;
 }

@@ -110,14 +110,21 @@ NativePath::NativePath(const char* text) {
 }
 
 std::size_t displayName(const char* native, char* buffer, std::size_t size) {
+  std::string_view rest(native);
   std::size_t length = 0;
-  for (; *native != '\0'; ++native) {
-    const std::string_view piece = *native == '\\' ? kBackslashInName : std::string_view(native, 1);
-    if (size - length <= piece.size()) return 0;
-    piece.copy(buffer + length, piece.size());
-    length += piece.size();
+  const auto put = [&](std::string_view piece) {
+    if (size - length <= piece.size()) return false;
+    length += piece.copy(buffer + length, piece.size());
+    return true;
+  };
+  for (;;) {
+    const std::string_view piece = rest.substr(0, rest.find('\\'));
+    if (!put(piece)) return 0;
+    if (piece.size() == rest.size()) break;
+    if (!put(kBackslashInName)) return 0;
+    rest.remove_prefix(piece.size() + 1);
   }
-  if (length < size) buffer[length] = '\0';
+  buffer[length] = '\0';
   return length;
 }
 

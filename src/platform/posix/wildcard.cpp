@@ -68,6 +68,8 @@ bool Wildcard::matches(std::string_view name) const {
     const bool atEnd = n == name.size();
     if (p == pattern_.size()) {
       if (atEnd) return true;
+    } else if (pattern_[p] == kAny && p + 1 == pattern_.size()) {
+      return true;
     } else if (pattern_[p] == kAny || pattern_[p] == kAnyToLastDot) {
       const std::size_t lastDot = pattern_[p] == kAny ? name.npos : name.rfind('.');
       anyLimit = lastDot == name.npos || lastDot < n ? name.size() : lastDot;
