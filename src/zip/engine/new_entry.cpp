@@ -19,7 +19,7 @@ constexpr std::uint16_t kVersionDeflate = 20;
 
 }  // namespace
 
-NewEntry::NewEntry(Transaction& archive, BufferDeflater& deflater, EntryRecord record,
+NewEntry::NewEntry(Transaction& archive, SamplingDeflater& deflater, EntryRecord record,
                    const NewEntryOptions& options)
     : archive_(archive),
       deflater_(deflater),

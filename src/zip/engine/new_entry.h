@@ -4,7 +4,7 @@
 
 #include <optional>
 
-#include "zip/engine/codec.h"
+#include "zip/engine/sampling_deflater.h"
 #include "zip/engine/crypto.h"
 #include "zip/engine/entry_record.h"
 #include "zip/engine/transaction.h"
@@ -21,7 +21,7 @@ struct NewEntryOptions {
 class NewEntry {
  public:
   // Begins at the transaction's position.
-  NewEntry(Transaction& archive, BufferDeflater& deflater, EntryRecord record,
+  NewEntry(Transaction& archive, SamplingDeflater& deflater, EntryRecord record,
            const NewEntryOptions& options);
 
   bool write(const unsigned char* data, std::size_t size);
@@ -41,7 +41,7 @@ class NewEntry {
   bool patchHeader();
 
   Transaction& archive_;
-  BufferDeflater& deflater_;
+  SamplingDeflater& deflater_;
   EntryRecord record_;
   NewEntryOptions options_;
   std::uint64_t start_;

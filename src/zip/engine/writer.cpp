@@ -22,7 +22,7 @@ struct ZipWriter {
 
   Transaction archive;
   int mode = ZipModeAppend;
-  BufferDeflater deflater;
+  SamplingDeflater deflater;
   std::optional<NewEntry> entry;
   bool entryFailed = false;
   Bytes records;  // the central records of the completed entries
