@@ -8,7 +8,6 @@
 #include <algorithm>
 #include <climits>
 #include <memory>
-#include <optional>
 #include <span>
 #include <string_view>
 
@@ -34,27 +33,28 @@ bool leadsOut(std::string_view name) {
   return false;
 }
 
-// The size of the reader's current entry, whose bytes go to the place that
-// `room(size)` gives.
-template <typename Room>
-std::optional<std::uint32_t> readCurrent(ZipReader* reader, const char* password, Room room) {
-  const OpenEntry entry(reader, password);
-  ZipEntryInfo info = {};
-  if (!entry || ZipReadEntryInfo(reader, &info, nullptr, 0, nullptr, 0, nullptr, 0) != 0) {
-    return std::nullopt;
-  }
-  unsigned char none = 0;
-  unsigned char* const place = info.uncompressedSize == 0 ? &none : room(info.uncompressedSize);
+// Entries that are read in blocks are not held in memory, but cannot be inflated
+// at once, which is faster.
+constexpr std::uint32_t kLargestDeflated = 28 << 20;
+constexpr std::uint32_t kBlock = 256 << 10;
+
+bool comesInBlocks(const ZipEntryInfo& info) {
+  return info.method == ZipMethodStored ? info.uncompressedSize > kBlock
+                                        : info.compressedSize > kLargestDeflated;
+}
+
+// The open entry's bytes, to a place with room for them.
+bool readWhole(ZipReader* reader, unsigned char* place, std::uint32_t entrySize) {
   // One read, but for entries beyond what its result can count. An empty entry
   // is read too, so that its checks are made.
   std::uint32_t done = 0;
   do {
-    const std::uint32_t size = std::min<std::uint32_t>(info.uncompressedSize - done, INT_MAX);
+    const std::uint32_t size = std::min<std::uint32_t>(entrySize - done, INT_MAX);
     const int read = ZipReadEntry(reader, place + done, size);
-    if (read < 0 || (read == 0 && size != 0)) return std::nullopt;
+    if (read < 0 || (read == 0 && size != 0)) return false;
     done += static_cast<std::uint32_t>(read);
-  } while (done < info.uncompressedSize);
-  return info.uncompressedSize;
+  } while (done < entrySize);
+  return true;
 }
 
 // Whether one of the folders of `name` under `prefix` is a link, which could
@@ -84,7 +84,8 @@ bool writeAll(HANDLE file, std::span<const unsigned char> bytes) {
 
 // Replaces an existing file by way of a temporary one, so that its old content
 // outlives a full disk.
-bool replaceFile(const char* target, std::span<const unsigned char> bytes) {
+template <typename Fill>
+bool replaceFile(const char* target, Fill fill) {
   // Somebody who holds the target, or its read-only attribute, keeps it.
   if (!platform::FileHandle(CreateFileA(target, GENERIC_READ | GENERIC_WRITE, 0, nullptr,
                                         OPEN_EXISTING, FILE_ATTRIBUTE_ARCHIVE, nullptr))) {
@@ -98,18 +99,20 @@ bool replaceFile(const char* target, std::span<const unsigned char> bytes) {
   }
   platform::FileHandle file(CreateFileA(temporary, GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
                                         FILE_ATTRIBUTE_ARCHIVE, nullptr));
-  const bool complete = file && writeAll(file.get(), bytes);
+  const bool complete = file && fill(file.get());
   file.reset();
   const bool replaced = complete && ::CopyFileA(temporary, target, FALSE) != 0;
   DeleteFileA(temporary);
   return replaced;
 }
 
-bool writeFile(const char* target, std::span<const unsigned char> bytes) {
+// Makes or replaces a file with what `fill(handle)` writes, if that gives true.
+template <typename Fill>
+bool writeFile(const char* target, Fill fill) {
   platform::FileHandle file(CreateFileA(target, GENERIC_READ | GENERIC_WRITE, 0, nullptr,
                                         CREATE_NEW, FILE_ATTRIBUTE_ARCHIVE, nullptr));
-  if (!file) return GetLastError() == ERROR_FILE_EXISTS && replaceFile(target, bytes);
-  if (writeAll(file.get(), bytes)) return true;
+  if (!file) return GetLastError() == ERROR_FILE_EXISTS && replaceFile(target, fill);
+  if (fill(file.get())) return true;
   file.reset();
   DeleteFileA(target);
   return false;
@@ -131,11 +134,12 @@ unsigned char* Extractor::Content::room(std::size_t size) {
   return bytes_.get();
 }
 
-template <typename Room>
-std::optional<std::uint32_t> Extractor::read(const std::string& stored, Room room) {
-  if (stored.size() > kLongestName) return std::nullopt;
-  if (ZipLocateEntry(reader_.get(), stored.c_str(), 0) != 0) return std::nullopt;
-  return readCurrent(reader_.get(), password_, room);
+bool Extractor::locate(const std::string& stored) {
+  return stored.size() <= kLongestName && ZipLocateEntry(reader_.get(), stored.c_str(), 0) == 0;
+}
+
+bool Extractor::describe(ZipEntryInfo& info) {
+  return ZipReadEntryInfo(reader_.get(), &info, nullptr, 0, nullptr, 0, nullptr, 0) == 0;
 }
 
 std::vector<std::string> Extractor::names() {
@@ -153,26 +157,51 @@ std::vector<std::string> Extractor::names() {
 
 bool Extractor::toBytes(const std::string& stored, std::vector<unsigned char>& bytes) {
   bytes.clear();
-  const auto room = [&](std::uint32_t size) {
-    platform::reserveForFilling(bytes, size);
-    bytes.resize(size);
-    return bytes.data();
-  };
-  if (read(stored, room)) return true;
+  if (!locate(stored)) return false;
+  const OpenEntry entry(reader_.get(), password_);
+  ZipEntryInfo info = {};
+  if (!entry || !describe(info)) return false;
+  platform::reserveForFilling(bytes, info.uncompressedSize);
+  bytes.resize(info.uncompressedSize);
+  if (readWhole(reader_.get(), bytes.data(), info.uncompressedSize)) return true;
   bytes.clear();
   return false;
 }
 
 bool Extractor::toFile(const std::string& stored, const std::string& target) {
-  const auto room = [this](std::uint32_t size) { return content_.room(size); };
-  const std::optional<std::uint32_t> size = read(stored, room);
-  if (!size) return false;
-  std::string folder = FileSystem::extractPath(target);
-  if (folder != lastFolder_) {
-    FileSystem::Detail::makeFolders(folder.c_str());
-    lastFolder_ = std::move(folder);
+  if (!locate(stored)) return false;
+  const OpenEntry entry(reader_.get(), password_);
+  ZipEntryInfo info = {};
+  if (!entry || !describe(info)) return false;
+  if (comesInBlocks(info)) {
+    makeFolderOf(target);
+    return writeFile(target.c_str(),
+                     [&](HANDLE file) { return copyBlocks(file, info.uncompressedSize); });
   }
-  return writeFile(target.c_str(), {content_.room(0), *size});
+  unsigned char* const content = content_.room(std::max(info.uncompressedSize, 1U));
+  if (!readWhole(reader_.get(), content, info.uncompressedSize)) return false;
+  makeFolderOf(target);
+  return writeFile(target.c_str(), [&](HANDLE file) {
+    return writeAll(file, {content, info.uncompressedSize});
+  });
+}
+
+// The open entry's bytes, block by block.
+bool Extractor::copyBlocks(HANDLE file, std::uint32_t entrySize) {
+  unsigned char* const block = content_.room(kBlock);
+  for (std::uint32_t done = 0; done < entrySize;) {
+    const int read = ZipReadEntry(reader_.get(), block, std::min(kBlock, entrySize - done));
+    if (read <= 0 || !writeAll(file, {block, static_cast<std::size_t>(read)})) return false;
+    done += static_cast<std::uint32_t>(read);
+  }
+  return true;
+}
+
+void Extractor::makeFolderOf(const std::string& target) {
+  std::string folder = FileSystem::extractPath(target);
+  if (folder == lastFolder_) return;
+  FileSystem::Detail::makeFolders(folder.c_str());
+  lastFolder_ = std::move(folder);
 }
 
 bool Extractor::toPlace(const std::string& stored, const std::string& prefix,

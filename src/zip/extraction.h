@@ -2,7 +2,6 @@
 // Entries out of an archive that stays open: one reader for a whole list.
 
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -40,9 +39,11 @@ class Extractor {
     std::size_t capacity_ = 0;
   };
 
-  // Reads an entry to the place that `room(size)` gives; its size.
-  template <typename Room>
-  std::optional<std::uint32_t> read(const std::string& stored, Room room);
+  // Makes the entry of that stored name the current one.
+  bool locate(const std::string& stored);
+  bool describe(ZipEntryInfo& info);
+  bool copyBlocks(HANDLE file, std::uint32_t entrySize);
+  void makeFolderOf(const std::string& target);
 
   Reader reader_;
   const char* password_;

@@ -2,6 +2,7 @@
 #include <filesystem/zip_archive.h>
 #include <gtest/gtest.h>
 
+#include <random>
 #include <string>
 #include <utility>
 #include <vector>
@@ -237,6 +238,40 @@ TEST_F(Zip, ExtractionToFiles) {
   EXPECT_EQ(archive.extract("a", readOnly.c_str()), 0);
   EXPECT_EQ(support::readFile(readOnly), "old");
   EXPECT_EQ(archive.extract(Names{"missing"}, out.c_str()), 0);
+}
+
+// Entries that are not held in memory: stored ones, and deflated ones beyond the
+// limit.
+TEST_F(Zip, ExtractionInBlocksIsWholeOrNothing) {
+  for (const std::size_t size : {std::size_t{300'000}, std::size_t{30} << 20}) {
+    SCOPED_TRACE(size);
+    std::string content(size, '\0');
+    std::minstd_rand random(1);
+    for (char& c : content) c = static_cast<char>(random() >> 8);
+    const std::string archivePath = folder_.file(std::to_string(size) + ".zip");
+    ZipArchive archive;
+    ASSERT_EQ(archive.create(archivePath.c_str(), 1), 1);
+    ASSERT_EQ(archive.insert(bytesOf(content), "e", "", 0), 1);
+    archive.open(archivePath.c_str(), kRead);
+    const std::string existing = folder_.file("existing");
+    support::writeFile(existing, "old");
+    for (const std::string& target : {folder_.file("blocks/fresh"), existing}) {
+      EXPECT_EQ(archive.extract("e", target.c_str()), 1);
+      EXPECT_TRUE(support::readFile(target) == content);
+    }
+    archive.close();
+
+    std::string damaged = support::readFile(archivePath);
+    damaged[size - 1000] = static_cast<char>(~damaged[size - 1000]);
+    support::writeFile(archivePath, damaged);
+    support::writeFile(existing, "old");
+    archive.open(archivePath.c_str(), kRead);
+    const std::string fresh = folder_.file("blocks/other");
+    EXPECT_EQ(archive.extract("e", fresh.c_str()), 0);
+    EXPECT_FALSE(support::exists(fresh));
+    EXPECT_EQ(archive.extract("e", existing.c_str()), 0);
+    EXPECT_EQ(support::readFile(existing), "old");
+  }
 }
 
 class ZipFolders : public Zip {
