@@ -4,9 +4,9 @@
 
 #include <optional>
 
-#include "zip/engine/sampling_deflater.h"
 #include "zip/engine/crypto.h"
 #include "zip/engine/entry_record.h"
+#include "zip/engine/sampling_deflater.h"
 #include "zip/engine/transaction.h"
 
 namespace zip_engine {

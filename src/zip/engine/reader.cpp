@@ -12,6 +12,7 @@
 #include "zip/engine/entry_data.h"
 #include "zip/engine/entry_map.h"
 #include "zip/engine/entry_name.h"
+#include "zip/engine/read_ahead.h"
 
 using namespace zip_engine;
 
@@ -21,6 +22,7 @@ struct ZipReader {
   std::size_t current = 0;  // offset of the current record; the blob's size if none
   NameIndex names;
   EntryMap map;
+  ReadAhead readAhead;
   Bytes head;  // the local header and what was read with it
   EntrySpan span;
   std::optional<EntryData> entry;
@@ -83,7 +85,7 @@ bool readLocal(ZipReader& reader, const CentralRecord& record) {
   constexpr std::uint64_t kUsualExtra = 64;
   const std::uint64_t whole = fixed + kUsualExtra + std::min(record.compressedSize, kHeadBlock);
   reader.head.resize(static_cast<std::size_t>(std::min(limit - start, whole)));
-  if (!reader.file.readAt(start, reader.head.data(), reader.head.size())) return false;
+  if (!readBytes(reader, start, reader.head.data(), reader.head.size())) return false;
   if (!agrees(reader.head.data(), record)) return false;
 
   const std::uint64_t extraLength = load16(reader.head.data() + 28);
@@ -277,6 +279,8 @@ bool currentSpan(ZipReader& reader, EntrySpan& span) {
   return true;
 }
 
-const ArchiveFile& archiveFile(const ZipReader& reader) { return reader.file; }
+bool readBytes(ZipReader& reader, std::uint64_t position, unsigned char* buffer, std::size_t size) {
+  return reader.readAhead.readAt(reader.file, position, buffer, size);
+}
 
 }  // namespace zip_engine

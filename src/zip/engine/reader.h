@@ -4,7 +4,6 @@
 #include <cstdint>
 
 #include "zip/engine.h"
-#include "zip/engine/archive_file.h"
 #include "zip/engine/central_directory.h"
 
 namespace zip_engine {
@@ -19,6 +18,7 @@ struct EntrySpan {
 // The central record of the current entry; bytes is null if there is none.
 CentralRecord currentRecord(const ZipReader& reader);
 bool currentSpan(ZipReader& reader, EntrySpan& span);
-const ArchiveFile& archiveFile(const ZipReader& reader);
+// Reads the archive's bytes as they are.
+bool readBytes(ZipReader& reader, std::uint64_t position, unsigned char* buffer, std::size_t size);
 
 }  // namespace zip_engine

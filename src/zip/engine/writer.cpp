@@ -81,15 +81,16 @@ bool commit(ZipWriter& writer, const std::string& comment) {
 }
 
 // The bytes of a copied entry, as they are stored.
-bool copyBytes(const ArchiveFile& from, std::uint64_t position, std::uint64_t size,
-               Transaction& to) {
+bool copyBytes(ZipReader& from, std::uint64_t position, std::uint64_t size, Transaction& to) {
   constexpr std::uint64_t kBlock = 1 << 20;
   while (size > 0) {
     const std::size_t count = static_cast<std::size_t>(std::min(size, kBlock));
     Bytes& buffer = to.buffer();
     const std::size_t start = buffer.size();
     buffer.resize(start + count);
-    if (!from.readAt(position, buffer.data() + start, count) || !to.flushIfLarge()) return false;
+    if (!readBytes(from, position, buffer.data() + start, count) || !to.flushIfLarge()) {
+      return false;
+    }
     position += count;
     size -= count;
   }
@@ -114,7 +115,7 @@ EntryRecord recordOf(const CentralRecord& central, const Bytes& localExtra) {
 }
 
 // Adds the entry to the archive, local header, data and descriptor.
-bool copyEntry(Transaction& archive, EntryRecord& record, const ArchiveFile& from,
+bool copyEntry(Transaction& archive, EntryRecord& record, ZipReader& from,
                std::uint64_t dataPosition) {
   // An encrypted entry with a descriptor is checked by its time and has to stay
   // one; all others get their sizes into the local header.
@@ -226,7 +227,7 @@ int ZipCopyEntry(ZipWriter* writer, ZipReader* reader) {
   }
   EntryRecord record = recordOf(central, span.localExtra);
   const std::uint64_t start = writer->archive.position();
-  if (!copyEntry(writer->archive, record, archiveFile(*reader), span.dataPosition)) {
+  if (!copyEntry(writer->archive, record, *reader, span.dataPosition)) {
     writer->archive.rewind(start);
     return kFailure;
   }

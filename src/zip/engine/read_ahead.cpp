@@ -1,0 +1,43 @@
+#include "zip/engine/read_ahead.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace zip_engine {
+namespace {
+
+constexpr std::size_t kWindow = 256 << 10;
+// Larger pieces gain nothing.
+constexpr std::size_t kLargestPiece = 16 << 10;
+constexpr std::uint64_t kLargestGap = 16 << 10;
+
+}  // namespace
+
+bool ReadAhead::readAt(const ArchiveFile& file, std::uint64_t position, unsigned char* buffer,
+                       std::size_t size) {
+  const bool follows = position >= lastStart_ && position <= lastEnd_ + kLargestGap;
+  lastStart_ = position;
+  lastEnd_ = position + size;
+  const bool ahead = holds(position, size) || (follows && size <= kLargestPiece &&
+                                               fill(file, position) && holds(position, size));
+  if (!ahead) return file.readAt(position, buffer, size);
+  std::memcpy(buffer, window_.data() + (position - windowStart_), size);
+  return true;
+}
+
+bool ReadAhead::holds(std::uint64_t position, std::size_t size) const {
+  return position >= windowStart_ && position - windowStart_ <= window_.size() &&
+         size <= window_.size() - (position - windowStart_);
+}
+
+bool ReadAhead::fill(const ArchiveFile& file, std::uint64_t position) {
+  const std::uint64_t fileSize = file.size().value_or(0);
+  if (position >= fileSize) return false;
+  window_.resize(static_cast<std::size_t>(std::min<std::uint64_t>(kWindow, fileSize - position)));
+  windowStart_ = position;
+  if (file.readAt(position, window_.data(), window_.size())) return true;
+  window_.clear();
+  return false;
+}
+
+}  // namespace zip_engine

@@ -1,0 +1,27 @@
+#pragma once
+// Reading small pieces that lie one behind the other in few calls.
+
+#include "zip/engine/archive_file.h"
+#include "zip/engine/format.h"
+
+namespace zip_engine {
+
+class ReadAhead {
+ public:
+  // As ArchiveFile::readAt. A small piece that begins where the one before lay,
+  // or shortly behind it, brings a window of the bytes that follow, which serves
+  // the next ones.
+  bool readAt(const ArchiveFile& file, std::uint64_t position, unsigned char* buffer,
+              std::size_t size);
+
+ private:
+  bool holds(std::uint64_t position, std::size_t size) const;
+  bool fill(const ArchiveFile& file, std::uint64_t position);
+
+  std::uint64_t lastStart_ = 0;
+  std::uint64_t lastEnd_ = 0;
+  std::uint64_t windowStart_ = 0;
+  Bytes window_;
+};
+
+}  // namespace zip_engine
