@@ -4,6 +4,8 @@
 #include <optional>
 #include <utility>
 
+#include "platform/large_memory.h"
+
 namespace zip_engine {
 namespace {
 
@@ -91,7 +93,11 @@ std::size_t recordSize(const Bytes& blob, std::size_t at) {
 // (a digital signature) is left out of the blob.
 bool readRecords(const ArchiveFile& file, std::uint64_t position, std::uint64_t size, Bytes& blob,
                  std::uint64_t& count) {
+  // Room for any usual directory, so that it is not moved while it grows; what a
+  // lie asks for is not touched.
+  constexpr std::uint64_t kUsual = 64 << 20;
   blob.clear();
+  platform::reserveForFilling(blob, static_cast<std::size_t>(std::min(size, kUsual)));
   count = 0;
   std::size_t checked = 0;
   while (blob.size() < size) {
