@@ -14,6 +14,35 @@ namespace {
 using namespace FileSystem;
 using namespace FileSystem::Xml;
 
+// Escaping as it is defined, byte by byte.
+std::string toXmlByBytes(const std::string& text) {
+  std::string escaped;
+  for (const char c : text) {
+    switch (c) {
+      case '<':
+        escaped += "&lt;";
+        break;
+      case '>':
+        escaped += "&gt;";
+        break;
+      case '&':
+        escaped += "&amp;";
+        break;
+      case '\'':
+        escaped += "&apos;";
+        break;
+      case '"':
+        escaped += "&quot;";
+        break;
+      default: {
+        const auto byte = static_cast<unsigned char>(c);
+        if (byte >= 32 || byte == 0 || byte == 9 || byte == 10 || byte == 13) escaped += c;
+      }
+    }
+  }
+  return escaped;
+}
+
 // Undoing as it is defined: kind by kind, each from the start again after every
 // replacement.
 std::string fromXmlByPasses(std::string text) {
@@ -39,6 +68,28 @@ TEST(Xml, Escaping) {
   EXPECT_EQ(fromXml(toXml(all)), kept);
   EXPECT_EQ(toXml("<a k=\"1\">'&'"), "&lt;a k=&quot;1&quot;&gt;&apos;&amp;&apos;");
   EXPECT_EQ(toXml("\x01\x0B\x0C\x1F"), "");
+}
+
+TEST(Xml, EscapingOfLongTexts) {
+  // Every byte at every place in blocks and behind them.
+  for (std::size_t at = 0; at < 300; ++at) {
+    std::string text(300, 'x');
+    for (int c = 0; c < 256; ++c) {
+      text[at] = static_cast<char>(c);
+      ASSERT_EQ(toXml(text), toXmlByBytes(text)) << "byte " << c << " at " << at;
+    }
+  }
+  // All densities, so that the room for the result is guessed well and badly.
+  std::minstd_rand random(3);
+  constexpr std::size_t kSizes[] = {127, 128, 129, 5000, 100000};
+  for (unsigned percent = 0; percent <= 100; percent += 5) {
+    for (const std::size_t size : kSizes) {
+      std::string text;
+      while (text.size() < size)
+        text += random() % 100 < percent ? "<>&'\"\x01\n"[random() % 7] : 'x';
+      ASSERT_EQ(toXml(text), toXmlByBytes(text)) << percent << " % of " << size;
+    }
+  }
 }
 
 TEST(Xml, Unescaping) {
