@@ -116,6 +116,15 @@ TEST(Xml, Unescaping) {
     for (std::size_t i = random() % 10; i > 0; --i) text += pieces[random() % std::size(pieces)];
     ASSERT_EQ(fromXml(text), fromXmlByPasses(text)) << text;
   }
+  // Entities at every place in blocks, with long and with short runs between them.
+  for (int round = 0; round < 3000; ++round) {
+    const std::size_t longestRun = 1 + random() % 100;
+    std::string text;
+    while (text.size() < 1000) {
+      text.append(random() % longestRun, 'x').append(pieces[random() % std::size(pieces)]);
+    }
+    ASSERT_EQ(fromXml(text), fromXmlByPasses(text)) << text;
+  }
   // Megabytes of what repeated passes would need hours for.
   std::string dense = "&";
   for (int i = 0; i < 1000000; ++i) dense += "amp;";
