@@ -1,5 +1,7 @@
 #include "xml/element.h"
 
+#include "xml/text_search.h"
+
 namespace FileSystem::Xml::Detail {
 namespace {
 
@@ -14,7 +16,7 @@ std::string closingText(std::string_view name) {
 }  // namespace
 
 std::optional<StartTag> findStartTag(std::string_view text, std::string_view name) {
-  const std::size_t position = text.find(openingText(name));
+  const std::size_t position = findText(text, openingText(name));
   if (position == kNone) return std::nullopt;
   const std::size_t end = text.find('>', position);
   if (end == kNone) return std::nullopt;
@@ -23,7 +25,7 @@ std::optional<StartTag> findStartTag(std::string_view text, std::string_view nam
 }
 
 std::size_t findClosingTag(std::string_view text, std::string_view name) {
-  return text.find(closingText(name));
+  return findText(text, closingText(name));
 }
 
 std::size_t closingTagSize(std::string_view name) { return name.size() + 3; }
@@ -33,10 +35,10 @@ std::size_t pairClosingTag(std::string_view text, std::string_view name, std::si
   const std::string opening = openingText(name);
   const std::string closing = closingText(name);
   std::size_t end = firstClosing;
-  std::size_t next = text.find(opening, contentStart);
+  std::size_t next = findText(text, opening, contentStart);
   while (end != kNone && next < end) {
-    end = text.find(closing, end + step);
-    next = text.find(opening, next + step);
+    end = findText(text, closing, end + step);
+    next = findText(text, opening, next + step);
   }
   return end;
 }

@@ -188,6 +188,23 @@ TEST(Xml, Content) {
   }
 }
 
+TEST(Xml, ContentAtEveryPlace) {
+  // In front stands what looks like the tags at its start, or at start and end.
+  for (const std::string& name : {std::string("ab"), std::string("name"), std::string(100, 'n')}) {
+    const std::string opening = "<" + name;
+    const std::string decoys[] = {"x", "<", "</", opening.substr(0, opening.size() - 1) + "?",
+                                  opening.substr(0, 2) + std::string(name.size(), '>')};
+    for (const std::string& decoy : decoys) {
+      std::string text;
+      while (text.size() < 300) {
+        const std::string element = opening + ">" + text + "</" + name + ">";
+        ASSERT_EQ(Raw::xmlContent(text + element + text, name), text) << name << " in " << text;
+        text += decoy;
+      }
+    }
+  }
+}
+
 TEST(Xml, Attributes) {
   struct {
     const char *text, *name, *value, *raw;
