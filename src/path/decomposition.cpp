@@ -10,55 +10,56 @@
 namespace FileSystem {
 namespace {
 
-constexpr std::string_view kBlank = " ";
-constexpr std::string_view kWhiteSpace = " \r\n\t";
+bool isBlank(char c) { return c == ' '; }
 
-std::string_view trimmed(std::string_view text, std::string_view set) {
-  const std::size_t first = text.find_first_not_of(set);
-  if (first == std::string_view::npos) return {};
-  return text.substr(first, text.find_last_not_of(set) + 1 - first);
+bool isWhiteSpace(char c) { return c == ' ' || c == '\r' || c == '\n' || c == '\t'; }
+
+template <typename Test>
+std::string_view trimmed(std::string_view text, Test test) {
+  while (!text.empty() && test(text.front())) text.remove_prefix(1);
+  while (!text.empty() && test(text.back())) text.remove_suffix(1);
+  return text;
 }
 
 // Only the text in front of the first zero byte is a path.
 Detail::PathParts split(const std::string& path) { return Detail::splitPath(path.c_str()); }
 
-std::string joined(std::string_view first, std::string_view second) {
-  std::string text;
-  text.reserve(first.size() + second.size());
-  return text.append(first).append(second);
-}
-
 }  // namespace
 
 std::string extractDrive(const std::string& path) {
-  return std::string(trimmed(split(path).drive, kWhiteSpace));
+  return std::string(trimmed(split(path).drive, isWhiteSpace));
 }
 
 std::string extractPath(const std::string& path) {
   // Both parts stand side by side at the path's start.
   const Detail::PathParts parts = split(path);
   const std::size_t size = parts.drive.size() + parts.directory.size();
-  return std::string(trimmed(std::string_view(path).substr(0, size), kWhiteSpace));
+  return std::string(trimmed(std::string_view(path).substr(0, size), isWhiteSpace));
 }
 
 std::string extractFilename(const std::string& path) {
   const Detail::PathParts parts = split(path);
-  return joined(parts.name, trimmed(parts.extension, kBlank));
+  const std::string_view extension = trimmed(parts.extension, isBlank);
+  // Both stand side by side, unless the name was cut.
+  if (parts.name.data() + parts.name.size() == extension.data()) {
+    return std::string(parts.name.data(), parts.name.size() + extension.size());
+  }
+  return std::string(parts.name).append(extension);
 }
 
 std::string extractName(const std::string& path) {
-  return std::string(trimmed(split(path).name, kBlank));
+  return std::string(trimmed(split(path).name, isBlank));
 }
 
 std::string extractExtension(const std::string& path) {
-  return std::string(trimmed(split(path).extension, kBlank));
+  return std::string(trimmed(split(path).extension, isBlank));
 }
 
 std::string replaceExtension(const std::string& path, const std::string& extension) {
   Detail::PathParts parts = split(path);
   parts.extension = extension.c_str();
   const auto composed = Detail::composePath(parts);
-  return std::string(trimmed(composed.view(), kBlank));
+  return std::string(trimmed(composed.view(), isBlank));
 }
 
 }  // namespace FileSystem

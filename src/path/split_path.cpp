@@ -3,6 +3,9 @@
 
 #include "path/split_path.h"
 
+#include <array>
+#include <optional>
+
 #include "path/characters.h"
 
 namespace FileSystem::Detail {
@@ -15,18 +18,43 @@ struct NameStart {
   std::size_t dot = std::string_view::npos;
 };
 
-NameStart findName(std::string_view text) {
-  NameStart found;
-  if (isSingleByte(text)) {
-    for (std::size_t i = text.size(); i > 0 && found.name == 0; --i) {
-      if (isSeparator(text[i - 1])) {
-        found.name = i;
-      } else if (text[i - 1] == '.' && found.dot == std::string_view::npos) {
-        found.dot = i - 1;
-      }
-    }
-    return found;
+// Lead bytes of double-byte characters have the highest bit set.
+constexpr bool mayLead(char c) { return (static_cast<unsigned char>(c) & 0x80) != 0; }
+
+// Bytes that can be passed by: they do not divide, and tell nothing about what
+// stands behind them.
+constexpr std::array<bool, 256> makePlain() {
+  std::array<bool, 256> plain{};
+  for (std::size_t byte = 0; byte < plain.size(); ++byte) {
+    const char c = static_cast<char>(byte);
+    plain[byte] = c != '.' && !isSeparator(c) && !mayLead(c);
   }
+  return plain;
+}
+
+constexpr std::array<bool, 256> kPlain = makePlain();
+
+// Looks from the end. Nothing if one of the bytes that were looked at can be half
+// of a character.
+std::optional<NameStart> findNameFromEnd(std::string_view text) {
+  NameStart found;
+  for (std::size_t i = text.size(); i > 0; --i) {
+    const char c = text[i - 1];
+    if (kPlain[static_cast<unsigned char>(c)]) continue;
+    if (mayLead(c)) return std::nullopt;
+    if (isSeparator(c)) {
+      if (i > 1 && mayLead(text[i - 2])) return std::nullopt;
+      found.name = i;
+      break;
+    }
+    if (found.dot == std::string_view::npos) found.dot = i - 1;
+  }
+  return found;
+}
+
+NameStart findName(std::string_view text) {
+  if (const auto found = findNameFromEnd(text)) return *found;
+  NameStart found;
   for (std::size_t i = 0; i < text.size(); i += characterLength(text, i)) {
     if (isSeparator(text[i])) {
       found = {.name = i + 1, .dot = std::string_view::npos};

@@ -30,6 +30,11 @@ TEST(Path, Decomposition) {
       {"  a .b  ", "", "", "  a .b", "a", ".b"},
       {"a.b\t", "", "", "a.b\t", "a", ".b\t"},
       {" dir\\x", "", "dir\\", "x", "x", ""},
+      {"/x.y", "", "/", "x.y", "x", ".y"},
+      {"d.e/x", "", "d.e/", "x", "x", ""},
+      {"d\xE9\\a.b", "", "d\xE9\\", "a.b", "a", ".b"},
+      {"d.\xE9/n.\xE9", "", "d.\xE9/", "n.\xE9", "n", ".\xE9"},
+      {"\xE9.b", "", "", "\xE9.b", "\xE9", ".b"},
   };
   for (const auto& c : cases) {
     EXPECT_EQ(extractDrive(c.path), c.drive) << c.path;
@@ -60,6 +65,7 @@ TEST(Path, ReplacedExtension) {
 TEST(Path, TooLongPartsAreCut) {
   const std::string part(300, 'x');
   EXPECT_EQ(extractName(part), part.substr(0, 255));
+  EXPECT_EQ(extractFilename(part + ".txt "), part.substr(0, 255) + ".txt");
   EXPECT_EQ(extractPath(part + "\\").size(), 255U);
   EXPECT_EQ(extractExtension("." + part).size(), 255U);
   EXPECT_EQ(replaceExtension("C:\\" + part + "\\" + part, part).size(), 260U);
