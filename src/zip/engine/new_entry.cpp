@@ -11,6 +11,10 @@ namespace {
 // Plain data up to this size is deflated in one piece.
 constexpr std::size_t kGatherLimit = 4 << 20;
 
+// A part that deflate cannot shrink has five bytes for each 64 KB of it more, and
+// a header of its entry may stand in front.
+constexpr std::size_t kPartOverhead = 64 << 10;
+
 // The level that makes up for what a part loses by not knowing the part before,
 // so that the whole is no larger than one stream of zlib's default level.
 constexpr int kPartLevel = 7;
@@ -60,7 +64,7 @@ bool NewEntry::store(const unsigned char* bytes, std::size_t size) {
 // itself, so that no more than one part is ever held.
 bool NewEntry::deflatePart(bool last) {
   if (!begun_ && !beginData()) return false;
-  Bytes& buffer = archive_.buffer();
+  Bytes& buffer = archive_.bufferForPart(kGatherLimit + kPartOverhead);
   const std::size_t start = buffer.size();
   const int level = options_.level == ZipLevelDefault ? kPartLevel : options_.level;
   const bool smaller = deflater_.appendSmaller(buffer, gathered_.data(), gathered_.size(), level);

@@ -44,6 +44,11 @@ bool Transaction::openExisting(const char* path) {
   return file_.readAt(start_, beforeTail_.data(), beforeTail_.size());
 }
 
+Bytes& Transaction::bufferForPart(std::size_t size) {
+  buffer_.reserve(kBufferSize + size);
+  return buffer_;
+}
+
 bool Transaction::append(const void* data, std::size_t size) {
   const auto* const bytes = static_cast<const unsigned char*>(data);
   buffer_.insert(buffer_.end(), bytes, bytes + size);

@@ -30,6 +30,9 @@ class Transaction {
   std::uint64_t position() const { return flushed_ + buffer_.size(); }
   // The bytes behind the last flush, to append to; flushIfLarge() follows.
   Bytes& buffer() { return buffer_; }
+  // The same with room for a part of a large entry, always of the same size: a
+  // buffer that grows holds its old room beside the new one.
+  Bytes& bufferForPart(std::size_t size);
   bool append(const void* data, std::size_t size);
   // Writes the buffer out when it has grown. After a failure its bytes are kept.
   bool flushIfLarge();
