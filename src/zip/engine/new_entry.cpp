@@ -92,6 +92,8 @@ bool NewEntry::write(const unsigned char* data, std::size_t size) {
     return (begun_ || beginData()) && store(data, size);
   }
   crc_ = crc32(crc_, data, size);
+  // What comes in blocks gets its room once, so that no smaller one stays in the heap.
+  if (!gathered_.empty()) gathered_.reserve(kGatherLimit);
   while (gathered_.size() + size > kGatherLimit) {
     const std::size_t count = kGatherLimit - gathered_.size();
     gathered_.insert(gathered_.end(), data, data + count);
