@@ -7,12 +7,10 @@
 
 #include <algorithm>
 #include <climits>
-#include <memory>
 #include <span>
 #include <string_view>
 
 #include "files/make_folders.h"
-#include "platform/large_memory.h"
 
 namespace zip {
 namespace {
@@ -123,17 +121,6 @@ bool writeFile(const char* target, Fill fill) {
 Extractor::Extractor(const char* archive, const char* password)
     : reader_(ZipOpenReader(archive)), password_(password) {}
 
-unsigned char* Extractor::Content::room(std::size_t size) {
-  if (size > capacity_) {
-    capacity_ = 0;
-    bytes_.reset();
-    bytes_ = std::make_unique_for_overwrite<unsigned char[]>(size);
-    if (size >= platform::kLargeMemory) platform::expectFilling(bytes_.get(), size);
-    capacity_ = size;
-  }
-  return bytes_.get();
-}
-
 bool Extractor::locate(const std::string& stored) {
   return stored.size() <= kLongestName && ZipLocateEntry(reader_.get(), stored.c_str(), 0) == 0;
 }
@@ -178,7 +165,7 @@ bool Extractor::toFile(const std::string& stored, const std::string& target) {
     return writeFile(target.c_str(),
                      [&](HANDLE file) { return copyBlocks(file, info.uncompressedSize); });
   }
-  unsigned char* const content = content_.room(std::max(info.uncompressedSize, 1U));
+  unsigned char* const content = content_.of(std::max(info.uncompressedSize, 1U));
   if (!readWhole(reader_.get(), content, info.uncompressedSize)) return false;
   makeFolderOf(target);
   return writeFile(target.c_str(), [&](HANDLE file) {
@@ -188,7 +175,7 @@ bool Extractor::toFile(const std::string& stored, const std::string& target) {
 
 // The open entry's bytes, block by block.
 bool Extractor::copyBlocks(HANDLE file, std::uint32_t entrySize) {
-  unsigned char* const block = content_.room(kBlock);
+  unsigned char* const block = content_.of(kBlock);
   for (std::uint32_t done = 0; done < entrySize;) {
     const int read = ZipReadEntry(reader_.get(), block, std::min(kBlock, entrySize - done));
     if (read <= 0 || !writeAll(file, {block, static_cast<std::size_t>(read)})) return false;

@@ -1,10 +1,10 @@
 #pragma once
 // Entries out of an archive that stays open: one reader for a whole list.
 
-#include <memory>
 #include <string>
 #include <vector>
 
+#include "platform/large_memory.h"
 #include "zip/zip_archive_private.h"
 
 namespace zip {
@@ -29,16 +29,6 @@ class Extractor {
   bool toBytes(const std::string& stored, std::vector<unsigned char>& bytes);
 
  private:
-  // Room for the content of one entry after the other.
-  class Content {
-   public:
-    unsigned char* room(std::size_t size);
-
-   private:
-    std::unique_ptr<unsigned char[]> bytes_;
-    std::size_t capacity_ = 0;
-  };
-
   // Makes the entry of that stored name the current one.
   bool locate(const std::string& stored);
   bool describe(ZipEntryInfo& info);
@@ -47,7 +37,7 @@ class Extractor {
 
   Reader reader_;
   const char* password_;
-  Content content_;         // of the last toFile
+  platform::Room content_;  // of the last toFile
   std::string lastPlace_;   // folder of the last toPlace, which is behind no link
   std::string lastFolder_;  // made by the last toFile, so that it is made once
 };

@@ -4,7 +4,6 @@
 #include <cstring>
 #include <limits>
 
-#include "platform/large_memory.h"
 #include "zip/engine.h"
 #include "zip/engine/codec.h"
 
@@ -32,8 +31,9 @@ struct EntryData::Inflater {
   bool ended = false;
 };
 
-EntryData::EntryData(const ArchiveFile& file, const EntryLayout& layout)
+EntryData::EntryData(const ArchiveFile& file, const EntryLayout& layout, platform::Room& storedRoom)
     : file_(file),
+      storedRoom_(storedRoom),
       layout_(layout),
       storedLeft_(layout.compressedSize),
       plainLeft_(layout.raw ? layout.compressedSize : layout.uncompressedSize) {
@@ -108,12 +108,10 @@ bool EntryData::readDecoded(unsigned char* out, std::size_t size) {
 bool EntryData::decodeWhole(unsigned char* out) {
   const std::size_t size = static_cast<std::size_t>(storedLeft_);
   const unsigned char* stored = ahead_.data() + aheadUsed_;
-  std::unique_ptr<unsigned char[]> loaded;
   if (cipher_ || ahead_.size() - aheadUsed_ < size) {
-    loaded = std::make_unique_for_overwrite<unsigned char[]>(size);
-    if (size >= platform::kLargeMemory) platform::expectFilling(loaded.get(), size);
-    if (!readStored(loaded.get(), size)) return false;
-    stored = loaded.get();
+    unsigned char* const loaded = storedRoom_.of(size);
+    if (!readStored(loaded, size)) return false;
+    stored = loaded;
   } else {
     storedLeft_ = 0;
   }

@@ -7,6 +7,7 @@
 #include <memory>
 #include <optional>
 
+#include "platform/large_memory.h"
 #include "zip/engine/archive_file.h"
 #include "zip/engine/crypto.h"
 #include "zip/engine/format.h"
@@ -27,7 +28,8 @@ struct EntryLayout {
 
 class EntryData {
  public:
-  EntryData(const ArchiveFile& file, const EntryLayout& layout);
+  // `storedRoom` takes the stored bytes where they are needed whole.
+  EntryData(const ArchiveFile& file, const EntryLayout& layout, platform::Room& storedRoom);
   EntryData(const EntryData&) = delete;
   EntryData& operator=(const EntryData&) = delete;
   ~EntryData();
@@ -52,6 +54,7 @@ class EntryData {
   bool endsHere();
 
   const ArchiveFile& file_;
+  platform::Room& storedRoom_;
   EntryLayout layout_;
   std::optional<TraditionalCipher> cipher_;
   Bytes ahead_;  // stored bytes that were read and not used yet

@@ -25,6 +25,7 @@ struct ZipReader {
   ReadAhead readAhead;
   Bytes head;  // the local header and what was read with it
   EntrySpan span;
+  platform::Room storedRoom;
   std::optional<EntryData> entry;
 
   bool hasCurrent() const { return current < directory.blob.size(); }
@@ -240,8 +241,8 @@ int ZipOpenEntry(ZipReader* reader, int*, int*, int raw, const char* password) {
     return kFailure;
   }
   if (!readLocal(*reader, record)) return kFailure;
-  EntryData& entry =
-      reader->entry.emplace(reader->file, layoutOf(*reader, record, raw != 0, password));
+  EntryData& entry = reader->entry.emplace(
+      reader->file, layoutOf(*reader, record, raw != 0, password), reader->storedRoom);
   const std::size_t header = kLocalSize + record.nameLength() + reader->span.localExtra.size();
   entry.prefetched(reader->head.data() + header, reader->head.size() - header);
   if (entry.begin()) return kSuccess;

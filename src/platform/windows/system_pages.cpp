@@ -1,0 +1,16 @@
+#include "platform/system_pages.h"
+
+#include <new>
+
+#include "platform/win32.h"
+
+unsigned char* platform::takePages(unsigned char* former, std::size_t had, std::size_t size) {
+  if (former != nullptr) givePagesBack(former, had);
+  void* const pages = VirtualAlloc(nullptr, size, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE);
+  if (pages == nullptr) throw std::bad_alloc();
+  return static_cast<unsigned char*>(pages);
+}
+
+void platform::givePagesBack(unsigned char* pages, std::size_t) {
+  VirtualFree(pages, 0, MEM_RELEASE);
+}
