@@ -4,18 +4,17 @@
 #include <filesystem/zip.h>
 #include <filesystem/zip_archive.h>
 #include <gtest/gtest.h>
-#include <sys/mman.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <atomic>
 #include <map>
-#include <new>
 #include <random>
 #include <string>
 #include <vector>
 
 #include "support/posix/forked_process.h"
+#include "support/posix/shared_memory.h"
 #include "support/programs.h"
 #include "support/temporary_folder.h"
 
@@ -47,23 +46,6 @@ std::string contentFor(unsigned seed, std::size_t most) {
 struct Progress {
   std::atomic<unsigned> begun{0};
   std::atomic<unsigned> returned{0};
-};
-
-class SharedProgress {
- public:
-  SharedProgress()
-      : memory_(mmap(nullptr, sizeof(Progress), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS,
-                     -1, 0)) {
-    progress_ = new (memory_) Progress;
-  }
-  SharedProgress(const SharedProgress&) = delete;
-  SharedProgress& operator=(const SharedProgress&) = delete;
-  ~SharedProgress() { munmap(memory_, sizeof(Progress)); }
-  Progress* operator->() const { return progress_; }
-
- private:
-  void* memory_;
-  Progress* progress_;
 };
 
 // One step on an archive, the same for each number, and what it makes of it.
@@ -166,7 +148,7 @@ TEST_F(Killed, ArchiveHasEveryEntryWhoseCallReturned) {
   int passingNames = 0;
   std::string seen;
   for (int round = 0; round < kKills; ++round) {
-    SharedProgress progress;
+    const support::SharedMemory<Progress> progress;
     killWithin(patience, [&] {
       ZipArchive archive;
       if (archive.open(path.c_str(), kReadWrite) == 0) _exit(2);

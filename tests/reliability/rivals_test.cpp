@@ -10,14 +10,12 @@
 #include <filesystem/zip.h>
 #include <filesystem/zip_archive.h>
 #include <gtest/gtest.h>
-#include <sys/mman.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <list>
-#include <new>
 #include <random>
 #include <string>
 #include <thread>
@@ -26,6 +24,7 @@
 #include "platform/unique_handle.h"
 #include "platform/win32.h"
 #include "support/posix/forked_process.h"
+#include "support/posix/shared_memory.h"
 #include "support/temporary_folder.h"
 
 namespace {
@@ -36,27 +35,13 @@ constexpr unsigned int kRead = 0x80000000;
 constexpr unsigned int kReadWrite = 0xC0000000;
 constexpr std::chrono::seconds kPatience{60};
 
-// Memory that parent and children share.
+// What parent and children share.
 struct Board {
   std::atomic<int> readers{0};
   std::atomic<int> writers{0};
   std::atomic<int> broken{0};  // times that the share modes did not hold
   std::atomic<int> granted{0};
   std::atomic<int> refused{0};
-};
-
-class SharedBoard {
- public:
-  SharedBoard()
-      : board_(new (mmap(nullptr, sizeof(Board), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS,
-                         -1, 0)) Board) {}
-  SharedBoard(const SharedBoard&) = delete;
-  SharedBoard& operator=(const SharedBoard&) = delete;
-  ~SharedBoard() { munmap(board_, sizeof(Board)); }
-  Board* operator->() const { return board_; }
-
- private:
-  Board* board_;
 };
 
 class Rivals : public testing::TestWithParam<unsigned> {
@@ -84,7 +69,7 @@ class Rivals : public testing::TestWithParam<unsigned> {
 
 TEST_P(Rivals, HoldersExcludeEachOther) {
   makeArchive();
-  const SharedBoard board;
+  const support::SharedMemory<Board> board;
   const bool ended = inProcesses([&](unsigned number) {
     std::minstd_rand random(number + 1);
     for (int round = 0; round < 300; ++round) {
