@@ -14,7 +14,6 @@
 
 #include <algorithm>
 #include <functional>
-#include <iterator>
 #include <map>
 #include <ostream>
 #include <random>
@@ -25,6 +24,7 @@
 
 #include "failing_calls.h"
 #include "support/posix/forked_process.h"
+#include "support/posix/left_over.h"
 #include "support/temporary_folder.h"
 
 namespace {
@@ -39,11 +39,6 @@ const std::string kLarge(100000, 'l');
 
 std::string textOf(const std::vector<unsigned char>& bytes) { return {bytes.begin(), bytes.end()}; }
 std::vector<unsigned char> bytesOf(const std::string& text) { return {text.begin(), text.end()}; }
-
-int openDescriptors() {
-  const std::filesystem::directory_iterator all("/proc/self/fd");
-  return static_cast<int>(std::distance(begin(all), end(all)));
-}
 
 // All files of a folder. With `entries` an archive counts by its entries, since
 // its bytes hold the time.
@@ -293,7 +288,7 @@ TEST_P(FailingCalls, SucceedOrLeaveAllAsItWas) {
   for (const auto& [fault, name] : kFaults) {
     for (int number = 1; number <= total[fault]; ++number) {
       prepareAnew();
-      const int descriptors = openDescriptors();
+      const auto descriptors = support::openDescriptors();
       bool success = false;
       std::string failed;
       {
@@ -303,7 +298,7 @@ TEST_P(FailingCalls, SucceedOrLeaveAllAsItWas) {
       }
       SCOPED_TRACE(name + std::to_string(number) + ": " + failed +
                    (success ? ", success" : ", failure"));
-      EXPECT_EQ(openDescriptors(), descriptors);
+      EXPECT_EQ(support::openDescriptors(), descriptors);
       if (fault == Fault::OneCall && removalFailed(failed)) {
         for (const auto& item : std::filesystem::directory_iterator(temporary_)) {
           std::filesystem::remove(item.path());

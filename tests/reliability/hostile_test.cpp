@@ -14,6 +14,7 @@
 #include <string>
 #include <vector>
 
+#include "support/posix/left_over.h"
 #include "support/programs.h"
 #include "support/temporary_folder.h"
 
@@ -78,6 +79,7 @@ struct Findings {
   std::size_t read = 0;
   bool appended = false;
   bool unpacked = false;
+  bool leftOpen = false;  // whether other descriptors are open than before
 };
 
 Findings workOn(const std::string& path, const std::string& folder) {
@@ -118,7 +120,9 @@ Findings measured(const std::string& path, const std::string& folder, Cost& cost
   EXPECT_EQ(pipe(ends), 0);
   const pid_t process = fork();
   if (process == 0) {
+    const auto descriptors = support::openDescriptors();
     findings = workOn(path, folder);
+    findings.leftOpen = support::openDescriptors() != descriptors;
     _exit(write(ends[1], &findings, sizeof(findings)) == sizeof(findings) ? 0 : 1);
   }
   close(ends[1]);
@@ -160,6 +164,7 @@ TEST(Hostile, ArchivesGetTheirFailureValueSoonAndInLittleMemory) {
     EXPECT_EQ(findings.read, hostile.read);
     EXPECT_EQ(findings.appended, hostile.appended == Is::Kept);
     EXPECT_EQ(findings.unpacked, hostile.unpacked);
+    EXPECT_FALSE(findings.leftOpen);
     for (const char* outside : {"home/outside", "home/deep", "home"}) {
       for (const auto& item : std::filesystem::directory_iterator(folder.path() / outside)) {
         const std::string name = item.path().filename().string();

@@ -3,9 +3,9 @@
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <fstream>
-#include <iterator>
+
+#include "support/posix/left_over.h"
 
 namespace {
 
@@ -15,11 +15,6 @@ std::size_t residentPages() {
   std::size_t resident = 0;
   statm >> size >> resident;
   return resident;
-}
-
-std::size_t openDescriptors() {
-  return static_cast<std::size_t>(
-      std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {}));
 }
 
 TEST(Loading, AThousandTimesLeavesNothing) {
@@ -39,9 +34,9 @@ TEST(Loading, AThousandTimesLeavesNothing) {
   for (int i = 0; i < 100; ++i) loadAndUse();
   EXPECT_EQ(dlopen(VESK_LIBRARY, RTLD_NOW | RTLD_NOLOAD), nullptr);
   const std::size_t pages = residentPages();
-  const std::size_t descriptors = openDescriptors();
+  const auto descriptors = support::openDescriptors();
   for (int i = 0; i < 1000; ++i) loadAndUse();
-  EXPECT_EQ(openDescriptors(), descriptors);
+  EXPECT_EQ(support::openDescriptors(), descriptors);
   // A sanitizer's own books grow with every load.
 #if !defined(__SANITIZE_ADDRESS__)
   constexpr std::size_t kSlack = 100;

@@ -1,0 +1,14 @@
+// Every test of this program has to leave nothing behind.
+
+#include <gtest/gtest.h>
+
+#include "support/posix/left_over.h"
+
+namespace {
+
+[[maybe_unused]] const bool kChecked = [] {
+  testing::UnitTest::GetInstance()->listeners().Append(new support::LeftOverCheck);
+  return true;
+}();
+
+}  // namespace
