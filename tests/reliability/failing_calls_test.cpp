@@ -23,6 +23,7 @@
 #include <vector>
 
 #include "failing_calls.h"
+#include "started_threads.h"
 #include "support/posix/forked_process.h"
 #include "support/posix/left_over.h"
 #include "support/temporary_folder.h"
@@ -276,6 +277,7 @@ TEST_P(FailingCalls, SucceedOrLeaveAllAsItWas) {
   const auto beforeBytes = look(work_, false);
   const auto before = look(work_, true);
   std::map<Fault, int> total;
+  const int threads = startedThreads();
   for (const auto& [fault, name] : kFaults) {
     prepareAnew();
     const Failing counter(fault, 0);
@@ -284,6 +286,7 @@ TEST_P(FailingCalls, SucceedOrLeaveAllAsItWas) {
   }
   const auto after = look(work_, true);
   EXPECT_GT(total[Fault::OneCall], 3);
+  EXPECT_EQ(startedThreads(), threads);
 
   for (const auto& [fault, name] : kFaults) {
     for (int number = 1; number <= total[fault]; ++number) {
