@@ -62,7 +62,7 @@ constexpr Hostile kArchives[] = {
     {"overlap-nested", 1000, 0, Is::Kept, false},
     {"over-the-directory", 1, 0, Is::Refused, false},
     {"comment-of-end-records", 0, 0, Is::Kept, true},
-    {"comment-of-lying-ends", 1, 1, Is::Kept, true},
+    {"comment-of-lying-ends", 1, 1, Is::Refused, true},
     {"only-end-records", 0, 0, Is::Refused, true},
     {"signatures", 0, 0, Is::Refused, true},
     {"million", 1000000, 0, Is::Refused, false},

@@ -227,6 +227,12 @@ bool readCentralDirectory(const ArchiveFile& file, CentralDirectory& directory) 
   return false;
 }
 
+bool mayHoldEndRecord(std::string_view comment) {
+  constexpr std::string_view kSignature("PK\5\6", 4);
+  const std::size_t at = comment.find(kSignature);
+  return at != std::string_view::npos && comment.size() - at >= kEndSize;
+}
+
 void appendEndRecords(Bytes& out, std::uint64_t directoryPosition, std::uint64_t directorySize,
                       std::uint64_t entryCount, const std::string& comment) {
   const bool zip64 = entryCount >= kSaturated16 || directorySize >= kSaturated32 ||

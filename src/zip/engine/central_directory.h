@@ -56,6 +56,10 @@ CentralRecord recordAt(const CentralDirectory& directory, std::size_t offset);
 // False if the file holds no sound archive: then `directory` is unspecified.
 bool readCentralDirectory(const ArchiveFile& file, CentralDirectory& directory);
 
+// Whether readers that look for the end record from the end of the file may find
+// one in the comment, and with it another directory.
+bool mayHoldEndRecord(std::string_view comment);
+
 // Appends the end of central directory record with what belongs in front of it:
 // the zip64 records if a value needs them. Positions count from the base.
 void appendEndRecords(Bytes& out, std::uint64_t directoryPosition, std::uint64_t directorySize,

@@ -146,7 +146,11 @@ ZipWriter* ZipOpenWriter(const char* path, int mode) {
   const bool opened =
       mode == ZipModeCreate ? writer->archive.createNew(path) : writer->archive.openExisting(path);
   if (!opened) return nullptr;
-  if (mode == ZipModeAppend && !endInFrontOfDirectory(writer->archive.before())) return nullptr;
+  const CentralDirectory& before = writer->archive.before();
+  if (mode == ZipModeAppend &&
+      (!endInFrontOfDirectory(before) || mayHoldEndRecord(before.comment))) {
+    return nullptr;
+  }
   writer->mode = mode;
   return writer.release();
 }
@@ -245,6 +249,10 @@ int ZipCloseWriter(ZipWriter* writer, const char* globalComment) {
   }
   const std::string comment =
       globalComment != nullptr ? globalComment : writer->archive.before().comment;
+  if (mayHoldEndRecord(comment)) {
+    writer->archive.restore();
+    return kFailure;
+  }
   if (commit(*writer, comment)) return kSuccess;
   // The disk may still hold the first of many entries.
   while (!writer->completed.empty()) {
