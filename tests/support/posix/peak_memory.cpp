@@ -7,6 +7,7 @@
 
 #include "support/posix/forked_process.h"
 #include "support/posix/shared_memory.h"
+#include "support/posix/valgrind.h"
 
 namespace support {
 namespace {
@@ -38,7 +39,7 @@ Peak peakOf(const std::function<bool()>& work) {
     const long before = largestResident();
     peak->succeeded = work();
     peak->kibibytes = largestResident() - before;
-    peak->measured = before != 0;
+    peak->measured = before != 0 && !underValgrind();
     return 0;
   });
   process.wait();
