@@ -22,6 +22,9 @@ FILESYSTEM_API bool FRT_ZIP_FOLDER(const char* folder, const char* zip);
 /// fails ends the call: one that is damaged, is encrypted, is a folder, or has
 /// a name that leads out of the folder (`..`, a root, a drive).
 /// @param zip    path of the archive, not null
-/// @param folder folder, with or without trailing `\`, not null
+/// @param folder folder, with or without trailing `\`, not null. A `/` at its
+///               end gets a `\` behind it, and behind such a pair, as
+///               EnsurePathExists has it, no folder is made: entries in
+///               folders that are not there fail.
 /// @return true if every entry came out; also for a file that is no zip archive
 FILESYSTEM_API bool FRT_UNZIP_FILE(const char* zip, const char* folder);
