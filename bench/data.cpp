@@ -1,5 +1,7 @@
 #include "data.h"
 
+#include <linux/magic.h>
+#include <sys/vfs.h>
 #include <zip.h>
 
 #include <algorithm>
@@ -22,6 +24,11 @@ namespace {
 constexpr std::array kEighths = {1, 2, 4, 8};
 constexpr std::size_t kTreeFiles = 20000;
 constexpr std::size_t kLargeFile = 100'000'000;
+
+bool isInMemory(const std::string& folder) {
+  struct statfs status {};
+  return statfs(folder.c_str(), &status) == 0 && status.f_type == TMPFS_MAGIC;
+}
 
 bool isSource(const fs::path& path) {
   static constexpr std::string_view kExtensions[] = {
@@ -125,6 +132,7 @@ Workspace::Workspace(const std::string& folder, std::size_t scale)
     : folder_(folder), scale_(scale) {
   fs::remove_all(folder_);
   fs::create_directories(folder_);
+  inMemory_ = isInMemory(folder_);
   const std::string text = sourceText(scaled(kLargeFile));
   const std::string noise = randomBytes(scaled(kLargeFile));
   for (const int eighths : kEighths) {
@@ -155,6 +163,9 @@ std::string Workspace::fresh(const std::string& name) const {
 }
 
 std::string Workspace::emptyFolder(const std::string& name) const {
+  if (!inMemory_ && fs::exists(path(name))) {
+    fs::rename(path(name), path("put-away-" + std::to_string(putAway_++)));
+  }
   fs::create_directories(fresh(name));
   return path(name);
 }

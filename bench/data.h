@@ -32,7 +32,9 @@ class Workspace {
   std::string path(const std::string& name) const { return folder_ + '/' + name; }
   // As path, where nothing is.
   std::string fresh(const std::string& name) const;
-  // As fresh, where an empty folder is.
+  // As fresh, where an empty folder is. On disk the former one is only put away:
+  // ext4 passes by the numbers of files that were deleted in the last minutes,
+  // one by one, which takes longer than to make new ones.
   std::string emptyFolder(const std::string& name) const;
 
  private:
@@ -40,6 +42,8 @@ class Workspace {
 
   std::string folder_;
   std::size_t scale_;
+  bool inMemory_ = false;
+  mutable int putAway_ = 0;  // folders
   std::vector<std::string> trees_, texts_, noises_, small_, large_;
 };
 
