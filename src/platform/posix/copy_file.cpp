@@ -31,7 +31,7 @@ namespace platform::posix {
 namespace {
 
 // Below this size a read and a write cost less than the kernel's own copy.
-constexpr std::size_t kSmall = 64 << 10;
+constexpr std::size_t kSmall = 16 << 10;
 constexpr std::size_t kBlock = 1 << 20;
 // Rounds with somebody else who makes and deletes the target at the same time.
 constexpr int kAttempts = 16;
