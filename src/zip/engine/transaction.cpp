@@ -141,12 +141,15 @@ void Transaction::rewind(std::uint64_t position) {
   }
 }
 
-bool Transaction::commit(const Bytes& directory, std::uint64_t entryCount,
+bool Transaction::commit(const Bytes& kept, const Bytes& added, std::uint64_t entryCount,
                          const std::string& comment) {
   const std::uint64_t directoryPosition = position();
-  buffer_.insert(buffer_.end(), directory.begin(), directory.end());
-  appendEndRecords(buffer_, directoryPosition - before_.base, directory.size(), entryCount,
-                   comment);
+  const std::size_t directorySize = kept.size() + added.size();
+  constexpr std::size_t kEndRecords = kEnd64Size + kLocator64Size + kEndSize;
+  buffer_.reserve(buffer_.size() + directorySize + kEndRecords + comment.size());
+  buffer_.insert(buffer_.end(), kept.begin(), kept.end());
+  buffer_.insert(buffer_.end(), added.begin(), added.end());
+  appendEndRecords(buffer_, directoryPosition - before_.base, directorySize, entryCount, comment);
   const std::uint64_t end = position();
   if (flush(0) && (guardStart_ == 0 || file_.truncate(end))) return true;
   rewind(directoryPosition);

@@ -41,8 +41,10 @@ class Transaction {
   // Takes back everything behind a position that was reached before.
   void rewind(std::uint64_t position);
 
-  // Ends the archive with this directory and cuts off what is behind it.
-  bool commit(const Bytes& directory, std::uint64_t entryCount, const std::string& comment);
+  // Ends the archive with a directory of the records that are kept and those that
+  // are added, and cuts off what is behind it.
+  bool commit(const Bytes& kept, const Bytes& added, std::uint64_t entryCount,
+              const std::string& comment);
   // Makes the file byte for byte what it was.
   void restore();
 

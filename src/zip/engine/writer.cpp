@@ -69,15 +69,10 @@ int finishEntry(ZipWriter& writer, bool complete) {
 
 bool commit(ZipWriter& writer, const std::string& comment) {
   const CentralDirectory& before = writer.archive.before();
-  const std::uint64_t kept = writer.mode == ZipModeAppend ? before.entryCount : 0;
-  if (kept == 0) {
-    return writer.archive.commit(writer.records, writer.completed.size(), comment);
-  }
-  Bytes directory;
-  directory.reserve(before.blob.size() + writer.records.size());
-  directory.insert(directory.end(), before.blob.begin(), before.blob.end());
-  directory.insert(directory.end(), writer.records.begin(), writer.records.end());
-  return writer.archive.commit(directory, kept + writer.completed.size(), comment);
+  static const Bytes kNothing;
+  const bool keeps = writer.mode == ZipModeAppend && before.entryCount != 0;
+  return writer.archive.commit(keeps ? before.blob : kNothing, writer.records,
+                               (keeps ? before.entryCount : 0) + writer.completed.size(), comment);
 }
 
 // The bytes of a copied entry, as they are stored.
