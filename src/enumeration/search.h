@@ -35,8 +35,11 @@ class Search {
   bool isFolder() const { return (entry_.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0; }
   // Whether the entry, a file of that full path, can be opened for reading.
   bool canOpen(const char* path) const { return platform::probeFound(handle_.get(), path); }
-  // Deletes the entry, a file of that full path. The search can go on.
-  bool remove(const char* path) { return platform::deleteFound(handle_.get(), path); }
+  // Deletes the entry, a file of that folder, whose path ends in a separator. The
+  // search can go on.
+  bool removeFrom(const std::string& folder) {
+    return platform::deleteFound(handle_.get(), folder, entry_.cFileName);
+  }
 
  private:
   WIN32_FIND_DATAA entry_{};

@@ -36,7 +36,7 @@ void deleteTree(const std::string& start) {
         }
         return true;
       },
-      [&](Detail::Search& file) { file.remove((walk.path() + file.entry().cFileName).c_str()); });
+      [&](Detail::Search& file) { file.removeFrom(walk.path()); });
   for (auto folder = folders.rbegin(); folder != folders.rend(); ++folder) {
     RemoveDirectoryA(folder->c_str());
   }

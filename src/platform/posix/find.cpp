@@ -180,9 +180,9 @@ bool platform::probeFound(HANDLE handle, const char* path) {
              : probeExisting(search.folder(), search.name(), GENERIC_READ, kShare);
 }
 
-bool platform::deleteFound(HANDLE handle, const char* path) {
+bool platform::deleteFound(HANDLE handle, const std::string& folder, const char* name) {
   const auto& search = *static_cast<const Search*>(handle);
-  if (search.name() == nullptr) return DeleteFileA(path) != FALSE;
+  if (search.name() == nullptr) return DeleteFileA((folder + name).c_str()) != FALSE;
   const DWORD error = deleteAt(search.folder(), search.name());
   return error == ERROR_SUCCESS || fail(error) != FALSE;
 }

@@ -1,3 +1,5 @@
 #include "platform/delete_found.h"
 
-bool platform::deleteFound(HANDLE, const char* path) { return DeleteFileA(path) != 0; }
+bool platform::deleteFound(HANDLE, const std::string& folder, const char* name) {
+  return DeleteFileA((folder + name).c_str()) != 0;
+}
