@@ -30,6 +30,12 @@ bool isInMemory(const std::string& folder) {
   return statfs(folder.c_str(), &status) == 0 && status.f_type == TMPFS_MAGIC;
 }
 
+bool holdsManyFiles(const std::string& folder) {
+  constexpr std::ptrdiff_t kMany = 100;
+  std::error_code missing;
+  return std::distance(fs::recursive_directory_iterator(folder, missing), {}) > kMany;
+}
+
 bool isSource(const fs::path& path) {
   static constexpr std::string_view kExtensions[] = {
       ".h",  ".hpp", ".c",   ".cpp", ".ipp", ".tcc", ".py",   ".pl",  ".pm",  ".sh",
@@ -163,7 +169,7 @@ std::string Workspace::fresh(const std::string& name) const {
 }
 
 std::string Workspace::emptyFolder(const std::string& name) const {
-  if (!inMemory_ && fs::exists(path(name))) {
+  if (!inMemory_ && holdsManyFiles(path(name))) {
     fs::rename(path(name), path("put-away-" + std::to_string(putAway_++)));
   }
   fs::create_directories(fresh(name));

@@ -32,9 +32,9 @@ class Workspace {
   std::string path(const std::string& name) const { return folder_ + '/' + name; }
   // As path, where nothing is.
   std::string fresh(const std::string& name) const;
-  // As fresh, where an empty folder is. On disk the former one is only put away:
-  // ext4 passes by the numbers of files that were deleted in the last minutes,
-  // one by one, which takes longer than to make new ones.
+  // As fresh, where an empty folder is. On disk a former one of many files is only
+  // put away: ext4 passes by the numbers of files that were deleted in the last
+  // minutes, one by one, which takes longer than to make new ones.
   std::string emptyFolder(const std::string& name) const;
 
  private:
