@@ -11,4 +11,9 @@ namespace platform {
 // another in its place, that is always so.
 bool replaceFile(HANDLE opened, const char* path, const char* version);
 
+// Removes what a process left beside the file when it was killed while it put a
+// new version in its place. The file at `path` is open in `opened`, against
+// writers, so that nobody is about to replace it.
+void removeUnfinishedVersion(HANDLE opened, const char* path);
+
 }  // namespace platform

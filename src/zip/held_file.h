@@ -16,6 +16,8 @@ class ZipHeldFile {
   // Takes the file, if there is a name and the platform grants it: alone for
   // writing, with other readers for reading.
   void acquire();
+  // Removes what a killed process left beside the held file.
+  void cleanUp();
   // Binds to another file, or to none for null. The handle stays only if the
   // names are equal but for letter case.
   void setName(const char* newName);

@@ -30,6 +30,7 @@ int ZipArchive::open(const char* name, unsigned int access) {
   file.access = access;
   file.release();
   file.acquire();
+  file.cleanUp();
   return file.held() ? 1 : 0;
 }
 

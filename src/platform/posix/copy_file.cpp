@@ -100,8 +100,9 @@ std::string folderOf(const std::string& path) {
 }
 
 // The name that a copy has in the instant before it takes its target's. It is
-// the same until the target is replaced, so that the next copy finds, and
-// removes, what a process that was killed in that instant left.
+// the same until the target is replaced, so that the next copy, and the next
+// opening of an archive, finds and removes what a process that was killed in that
+// instant left.
 std::string temporaryName(const Target& target) {
   char name[40];
   std::snprintf(name, sizeof(name), "/.~copy%llx.tmp",
@@ -281,4 +282,17 @@ bool platform::replaceFile(HANDLE opened, const char* path, const char* version)
     return fail(ERROR_SHARING_VIOLATION) != FALSE;
   }
   return copyTo(source, target) || fail(errorOnPath(native, errno)) != FALSE;
+}
+
+void platform::removeUnfinishedVersion(HANDLE opened, const char* path) {
+  using namespace platform::posix;
+  const NativePath native(path);
+  Target target{.path = {}, .held = {}};
+  char real[PATH_MAX];
+  if (!native.valid() || realpath(native.c_str(), real) == nullptr ||
+      fstat(descriptorOf(opened), &target.status) != 0) {
+    return;
+  }
+  target.path = real;
+  unlink(temporaryName(target).c_str());
 }

@@ -3,3 +3,5 @@
 bool platform::replaceFile(HANDLE, const char* path, const char* version) {
   return CopyFileA(version, path, FALSE) != 0;
 }
+
+void platform::removeUnfinishedVersion(HANDLE, const char*) {}

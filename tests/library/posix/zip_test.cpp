@@ -4,8 +4,10 @@
 #include <filesystem/zip_archive.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 
 #include <csignal>
+#include <cstdio>
 #include <string>
 #include <vector>
 
@@ -94,6 +96,23 @@ TEST_F(ZipOnPosix, ExtractionDoesNotGoThroughLinks) {
   archive.open(path_.c_str(), kRead);
   EXPECT_EQ(archive.extract(std::vector<std::string>{"link/file"}, (out_ + "\\").c_str()), 0);
   EXPECT_EQ(support::readFile(folder_.file("outside/file")), "untouched");
+}
+
+// What a process leaves that is killed between naming a rewritten archive and
+// putting it in place.
+TEST_F(ZipOnPosix, OpeningRemovesAnUnfinishedVersion) {
+  ZipArchive archive;
+  ASSERT_EQ(archive.create(path_.c_str(), 1), 1);
+  struct stat status {};
+  ASSERT_EQ(stat(path_.c_str(), &status), 0);
+  char name[40];
+  std::snprintf(name, sizeof(name), ".~copy%llx.tmp",
+                static_cast<unsigned long long>(status.st_ino));
+  support::writeFile(folder_.file(name), "a new version");
+  support::writeFile(folder_.file(".~copy0.tmp"), "another file's");
+  ASSERT_EQ(archive.open(path_.c_str(), kRead), 1);
+  EXPECT_FALSE(support::exists(folder_.file(name)));
+  EXPECT_TRUE(support::exists(folder_.file(".~copy0.tmp")));
 }
 
 }  // namespace
