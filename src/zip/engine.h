@@ -59,6 +59,10 @@ inline constexpr int ZipMethodStored = 0;
 inline constexpr int ZipMethodDeflate = 8;
 inline constexpr int ZipLevelDefault = -1;
 
+// Stored bytes of the largest deflated entry that one read of all its content
+// inflates at once. That is faster than in pieces, but holds both.
+inline constexpr std::uint32_t ZipLargestInflatedAtOnce = 28 << 20;
+
 // Reading. Status 0 is success.
 
 // Null if the file is missing, held without read sharing, or no sound archive.

@@ -31,14 +31,12 @@ bool leadsOut(std::string_view name) {
   return false;
 }
 
-// Entries that are read in blocks are not held in memory, but cannot be inflated
-// at once, which is faster.
-constexpr std::uint32_t kLargestDeflated = 28 << 20;
 constexpr std::uint32_t kBlock = 256 << 10;
 
+// Whether nothing is gained from holding the whole entry in memory.
 bool comesInBlocks(const ZipEntryInfo& info) {
   return info.method == ZipMethodStored ? info.uncompressedSize > kBlock
-                                        : info.compressedSize > kLargestDeflated;
+                                        : info.compressedSize > ZipLargestInflatedAtOnce;
 }
 
 // The open entry's bytes, to a place with room for them.

@@ -12,9 +12,6 @@ namespace {
 
 // Content up to this size is decoded at once, whatever is asked for first.
 constexpr std::uint64_t kSmall = 4 << 20;
-// The same for a buffer that takes the whole content, by the stored bytes, which
-// are then held beside it.
-constexpr std::uint64_t kLargestStoredAtOnce = 28 << 20;
 constexpr std::size_t kInputBlock = 256 << 10;
 
 }  // namespace
@@ -93,7 +90,7 @@ bool EntryData::readDecoded(unsigned char* out, std::size_t size) {
   // met in small steps.
   const bool first =
       plainLeft_ == layout_.uncompressedSize && storedLeft_ <= plainLeft_ + plainLeft_ / 4 + 1024;
-  const bool fits = size == layout_.uncompressedSize && storedLeft_ <= kLargestStoredAtOnce;
+  const bool fits = size == layout_.uncompressedSize && storedLeft_ <= ZipLargestInflatedAtOnce;
   if (first && fits) return decodeWhole(out);
   if (first && layout_.uncompressedSize <= kSmall) {
     whole_.resize(static_cast<std::size_t>(layout_.uncompressedSize));
