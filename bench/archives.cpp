@@ -5,7 +5,7 @@
 
 #include <filesystem>
 
-#include "roads.h"
+#include "benchmarks.h"
 
 namespace fs = std::filesystem;
 

@@ -9,8 +9,8 @@
 #include <filesystem>
 #include <fstream>
 
+#include "benchmarks.h"
 #include "process.h"
-#include "roads.h"
 
 namespace fs = std::filesystem;
 

@@ -15,8 +15,8 @@
 #include <string>
 #include <utility>
 
+#include "benchmarks.h"
 #include "report.h"
-#include "roads.h"
 
 namespace bench {
 

@@ -3,8 +3,8 @@
 #include <cstdio>
 #include <filesystem>
 
+#include "benchmarks.h"
 #include "process.h"
-#include "roads.h"
 
 namespace fs = std::filesystem;
 

@@ -10,7 +10,7 @@
 #include <fstream>
 #include <memory>
 
-#include "roads.h"
+#include "benchmarks.h"
 
 namespace {
 

@@ -7,7 +7,7 @@
 #include <pugixml.hpp>
 #include <string_view>
 
-#include "roads.h"
+#include "benchmarks.h"
 
 namespace Xml = FileSystem::Xml;
 

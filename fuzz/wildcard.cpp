@@ -1,21 +1,21 @@
 // Wildcard matching: the first line is the pattern, the rest the name.
 
-#include "platform/posix/wildcard.h"
+#include "platform/linux/wildcard.h"
 
 #include "workplace.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  using platform::posix::Wildcard;
+  using platform::native::Wildcard;
   std::string_view rest = fuzz::textOf(data, size);
   const std::string pattern = fuzz::takeLine(rest);
   const std::string name(rest);
 
   const bool matches = Wildcard(pattern).matches(name);
   fuzz::require(Wildcard("*").matches(name) && Wildcard("*.*").matches(name), "all match all");
-  if (!platform::posix::hasWildcards(name)) {
+  if (!platform::native::hasWildcards(name)) {
     fuzz::require(Wildcard(name).matches(name), "a name matches itself");
   }
-  if (!platform::posix::hasWildcards(pattern) && pattern.size() == name.size() && !matches) {
+  if (!platform::native::hasWildcards(pattern) && pattern.size() == name.size() && !matches) {
     fuzz::require(pattern != name, "a pattern without wildcards matches itself");
   }
   std::string otherCase = name;

@@ -8,7 +8,7 @@
 #include <functional>
 #include <optional>
 
-#include "zip/removal.h"
+#include "zip/rewrite.h"
 
 namespace zip {
 namespace {

@@ -24,8 +24,8 @@
 
 #include "failing_calls.h"
 #include "started_threads.h"
-#include "support/posix/forked_process.h"
-#include "support/posix/left_over.h"
+#include "support/linux/forked_process.h"
+#include "support/linux/left_over.h"
 #include "support/temporary_folder.h"
 
 namespace {

@@ -14,8 +14,8 @@
 #include <string>
 #include <vector>
 
-#include "support/posix/left_over.h"
-#include "support/posix/valgrind.h"
+#include "support/linux/left_over.h"
+#include "support/linux/valgrind.h"
 #include "support/programs.h"
 #include "support/temporary_folder.h"
 

@@ -13,8 +13,8 @@
 #include <string>
 #include <vector>
 
-#include "support/posix/forked_process.h"
-#include "support/posix/shared_memory.h"
+#include "support/linux/forked_process.h"
+#include "support/linux/shared_memory.h"
 #include "support/programs.h"
 #include "support/temporary_folder.h"
 

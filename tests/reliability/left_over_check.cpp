@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "support/posix/left_over.h"
+#include "support/linux/left_over.h"
 
 namespace {
 

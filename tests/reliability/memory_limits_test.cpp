@@ -16,8 +16,8 @@
 #include <vector>
 
 #include "started_threads.h"
-#include "support/posix/peak_memory.h"
-#include "support/posix/shared_memory.h"
+#include "support/linux/peak_memory.h"
+#include "support/linux/shared_memory.h"
 #include "support/temporary_folder.h"
 #include "zip/engine.h"
 

@@ -1,0 +1,92 @@
+#include "platform/linux/attributes.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+
+#include "platform/linux/last_error.h"
+#include "platform/linux/native_path.h"
+
+namespace platform::native {
+namespace {
+
+const char* lastComponent(const char* path) {
+  const char* const separator = std::strrchr(path, '/');
+  return separator == nullptr ? path : separator + 1;
+}
+
+// Looks at what the path leads to. False, with the error, if there is nothing.
+bool look(const char* text, struct statx& status, DWORD& attributes) {
+  const NativePath path(text);
+  if (!path.valid()) return fail(path.error());
+  constexpr unsigned kWanted = STATX_BASIC_STATS | STATX_BTIME;
+  struct statx own;
+  if (statx(AT_FDCWD, path.c_str(), AT_SYMLINK_NOFOLLOW | AT_STATX_DONT_SYNC, kWanted, &own) != 0) {
+    return fail(errorOnPath(path, errno));
+  }
+  const bool isLink = S_ISLNK(own.stx_mode);
+  status = own;
+  if (isLink && statx(AT_FDCWD, path.c_str(), AT_STATX_DONT_SYNC, kWanted, &status) != 0) {
+    return fail(errorOnPath(path, errno));
+  }
+  if (path.hadTrailingSeparator() && !S_ISDIR(status.stx_mode)) return fail(ERROR_PATH_NOT_FOUND);
+  attributes = attributesOf(lastComponent(path.c_str()), status.stx_mode, isLink);
+  return true;
+}
+
+}  // namespace
+
+DWORD attributesOf(const char* name, mode_t mode, bool isLink) {
+  DWORD attributes = isReadOnly(mode) ? FILE_ATTRIBUTE_READONLY : 0;
+  if (S_ISDIR(mode)) {
+    attributes |= FILE_ATTRIBUTE_DIRECTORY;
+    if (isLink) attributes |= FILE_ATTRIBUTE_REPARSE_POINT;
+  } else {
+    attributes |= FILE_ATTRIBUTE_ARCHIVE;
+  }
+  const bool isDots = std::strcmp(name, ".") == 0 || std::strcmp(name, "..") == 0;
+  if (name[0] == '.' && !isDots) attributes |= FILE_ATTRIBUTE_HIDDEN;
+  return attributes;
+}
+
+FILETIME fileTimeOf(const statx_timestamp& time) {
+  // Seconds between 1601, where file times begin, and 1970.
+  constexpr std::int64_t kEpoch = 11644473600;
+  constexpr std::int64_t kTicks = 10000000;
+  const std::int64_t seconds = time.tv_sec + kEpoch;
+  const std::int64_t ticks = seconds < 0 ? 0 : seconds * kTicks + time.tv_nsec / 100;
+  return {static_cast<DWORD>(ticks), static_cast<DWORD>(ticks >> 32)};
+}
+
+}  // namespace platform::native
+
+using namespace platform::native;
+
+DWORD GetFileAttributesA(const char* path) {
+  struct statx status {};
+  DWORD attributes = 0;
+  return look(path, status, attributes) ? attributes : INVALID_FILE_ATTRIBUTES;
+}
+
+BOOL GetFileAttributesExA(const char* path, GET_FILEEX_INFO_LEVELS, void* data) {
+  struct statx status {};
+  DWORD attributes = 0;
+  if (!look(path, status, attributes)) return FALSE;
+  fillData(*static_cast<WIN32_FILE_ATTRIBUTE_DATA*>(data), status, attributes);
+  return TRUE;
+}
+
+// Of the attributes only read-only can be set: the others follow from the file.
+BOOL SetFileAttributesA(const char* text, DWORD attributes) {
+  const NativePath path(text);
+  if (!path.valid()) return fail(path.error());
+  struct stat status;
+  if (stat(path.c_str(), &status) != 0) return fail(errorOnPath(path, errno));
+  const bool wanted = (attributes & FILE_ATTRIBUTE_READONLY) != 0;
+  if (wanted == isReadOnly(status.st_mode)) return TRUE;
+  const mode_t mode = status.st_mode & 07777;
+  const mode_t changed = wanted ? mode & ~kAnyWrite : mode | S_IWUSR;
+  return chmod(path.c_str(), changed) == 0 ? TRUE : failWithErrno();
+}

@@ -1,0 +1,36 @@
+#pragma once
+// Win32 attributes and times of what stat tells.
+
+#include <sys/stat.h>
+
+#include "platform/linux/win32_linux.h"
+
+namespace platform::native {
+
+inline constexpr mode_t kAnyWrite = S_IWUSR | S_IWGRP | S_IWOTH;
+
+// Nobody may write: that binds the superuser too.
+inline bool isReadOnly(mode_t mode) { return (mode & kAnyWrite) == 0; }
+
+// Attributes of a file or folder. `name` is its last component; `isLink` tells
+// that the status is that of what a link leads to.
+DWORD attributesOf(const char* name, mode_t mode, bool isLink);
+
+FILETIME fileTimeOf(const statx_timestamp& time);
+
+// The parts of a status that WIN32_FILE_ATTRIBUTE_DATA and WIN32_FIND_DATAA have
+// in common.
+template <typename Data>
+void fillData(Data& data, const struct statx& status, DWORD attributes) {
+  const bool hasBirth = (status.stx_mask & STATX_BTIME) != 0;
+  data.dwFileAttributes = attributes;
+  data.ftCreationTime = fileTimeOf(hasBirth ? status.stx_btime : status.stx_mtime);
+  data.ftLastAccessTime = fileTimeOf(status.stx_atime);
+  data.ftLastWriteTime = fileTimeOf(status.stx_mtime);
+  const bool isFolder = (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+  const std::uint64_t size = isFolder ? 0 : status.stx_size;
+  data.nFileSizeHigh = static_cast<DWORD>(size >> 32);
+  data.nFileSizeLow = static_cast<DWORD>(size);
+}
+
+}  // namespace platform::native

@@ -1,0 +1,105 @@
+// Both code pages are UTF-8. An ill-formed byte becomes one of U+DC80 to U+DCFF,
+// which UTF-8 never makes, so that every text comes back as it was.
+
+#include <cstring>
+#include <string>
+#include <string_view>
+
+#include "platform/linux/last_error.h"
+#include "platform/linux/utf8.h"
+#include "platform/linux/win32_linux.h"
+
+namespace platform::native {
+namespace {
+
+bool isKnown(UINT codePage) {
+  return codePage == CP_ACP || codePage == CP_OEMCP || codePage == CP_UTF8;
+}
+
+void appendUtf16(std::u16string& out, char32_t value) {
+  if (value < 0x10000) {
+    out += static_cast<char16_t>(value);
+  } else {
+    out += static_cast<char16_t>(0xD7C0 + (value >> 10));
+    out += static_cast<char16_t>(0xDC00 + (value & 0x3FF));
+  }
+}
+
+char32_t takeUtf16(std::u16string_view& text) {
+  const char16_t first = text[0];
+  const bool isPair = first >= 0xD800 && first <= 0xDBFF && text.size() > 1 && text[1] >= 0xDC00 &&
+                      text[1] <= 0xDFFF;
+  const char32_t value =
+      isPair ? 0x10000 + ((first - 0xD800U) << 10) + (text[1] - 0xDC00U) : char32_t{first};
+  text.remove_prefix(isPair ? 2 : 1);
+  return value;
+}
+
+void appendUtf8(std::string& out, char32_t value) {
+  const auto add = [&](char32_t byte) { out += static_cast<char>(byte); };
+  if (value < 0x80) {
+    add(value);
+  } else if (value >= kIllFormedBase + 0x80 && value <= kIllFormedBase + 0xFF) {
+    add(value - kIllFormedBase);
+  } else if (value < 0x800) {
+    add(0xC0 | value >> 6);
+    add(0x80 | (value & 0x3F));
+  } else if (value < 0x10000) {
+    add(0xE0 | value >> 12);
+    add(0x80 | (value >> 6 & 0x3F));
+    add(0x80 | (value & 0x3F));
+  } else {
+    add(0xF0 | value >> 18);
+    add(0x80 | (value >> 12 & 0x3F));
+    add(0x80 | (value >> 6 & 0x3F));
+    add(0x80 | (value & 0x3F));
+  }
+}
+
+// The published way to hand back a text: its length, and with a size its
+// characters if they fit.
+template <typename Text, typename Char>
+int deliver(const Text& text, Char* buffer, int size) {
+  if (size == 0) return static_cast<int>(text.size());
+  if (buffer == nullptr || text.size() > static_cast<std::size_t>(size)) {
+    return fail(ERROR_INSUFFICIENT_BUFFER);
+  }
+  text.copy(buffer, text.size());
+  return static_cast<int>(text.size());
+}
+
+}  // namespace
+}  // namespace platform::native
+
+using namespace platform::native;
+
+UINT GetACP() { return CP_UTF8; }
+
+UINT GetOEMCP() { return CP_UTF8; }
+
+int MultiByteToWideChar(UINT codePage, DWORD, const char* text, int length, WCHAR* buffer,
+                        int size) {
+  if (!isKnown(codePage) || text == nullptr || length == 0 || size < 0) {
+    return fail(ERROR_INVALID_PARAMETER);
+  }
+  std::string_view rest(text,
+                        length < 0 ? std::strlen(text) + 1 : static_cast<std::size_t>(length));
+  std::u16string wide;
+  wide.reserve(rest.size());
+  while (!rest.empty()) appendUtf16(wide, takeUtf8(rest));
+  return deliver(wide, buffer, size);
+}
+
+int WideCharToMultiByte(UINT codePage, DWORD, const WCHAR* text, int length, char* buffer, int size,
+                        const char*, BOOL* usedDefault) {
+  if (!isKnown(codePage) || text == nullptr || length == 0 || size < 0) {
+    return fail(ERROR_INVALID_PARAMETER);
+  }
+  if (usedDefault != nullptr) *usedDefault = FALSE;
+  std::u16string_view rest(text, length < 0 ? std::char_traits<char16_t>::length(text) + 1
+                                            : static_cast<std::size_t>(length));
+  std::string narrow;
+  narrow.reserve(rest.size());
+  while (!rest.empty()) appendUtf8(narrow, takeUtf16(rest));
+  return deliver(narrow, buffer, size);
+}

@@ -1,0 +1,298 @@
+// CopyFileA. A copy in the place of an existing file is made without a name and
+// gets the target's name only when it is complete, so that a failed or killed
+// copy leaves the old content. A copy of a free name is made under that name,
+// held against all others until it is complete.
+
+#include <fcntl.h>
+#include <linux/fs.h>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <climits>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <string>
+#include <utility>
+
+#include "platform/linux/attributes.h"
+#include "platform/linux/descriptor.h"
+#include "platform/linux/file_handle.h"
+#include "platform/linux/last_error.h"
+#include "platform/linux/native_path.h"
+#include "platform/linux/share_lock.h"
+#include "platform/replace_file.h"
+#include "platform/unique_handle.h"
+
+namespace platform::native {
+namespace {
+
+// Below this size a read and a write cost less than the kernel's own copy.
+constexpr std::size_t kSmall = 16 << 10;
+constexpr std::size_t kBlock = 1 << 20;
+// Rounds with somebody else who makes and deletes the target at the same time.
+constexpr int kAttempts = 16;
+
+struct Source {
+  int descriptor;
+  struct stat status;
+};
+
+struct Target {
+  std::string path;  // native, behind all links
+  bool exists = false;
+  struct stat status {};
+  Descriptor held;  // keeps writers out of a file that is to be replaced
+};
+
+bool writeAll(int descriptor, const char* bytes, std::size_t size) {
+  while (size > 0) {
+    const ssize_t count = ::write(descriptor, bytes, size);
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0) return false;
+    bytes += count;
+    size -= static_cast<std::size_t>(count);
+  }
+  return true;
+}
+
+bool copyBlocks(int from, int to, std::size_t blockSize) {
+  const auto block = std::make_unique_for_overwrite<char[]>(blockSize);
+  for (;;) {
+    const ssize_t count = ::read(from, block.get(), blockSize);
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0) return false;
+    if (count == 0) return true;
+    if (!writeAll(to, block.get(), static_cast<std::size_t>(count))) return false;
+  }
+}
+
+// A read that gives just the bytes that the file had reached its end.
+bool copySmall(int from, int to, off_t size) {
+  char block[kSmall];
+  const ssize_t count = ::read(from, block, sizeof(block));
+  if (count < 0 || !writeAll(to, block, static_cast<std::size_t>(count))) return false;
+  return count == size || copyBlocks(from, to, kBlock);
+}
+
+// Both descriptors stand at their start.
+bool copyContent(const Source& source, int to) {
+  const off_t size = source.status.st_size;
+  if (size < static_cast<off_t>(kSmall)) return copySmall(source.descriptor, to, size);
+  if (ioctl(to, FICLONE, source.descriptor) == 0) return true;
+  for (;;) {
+    const ssize_t count =
+        copy_file_range(source.descriptor, nullptr, to, nullptr, std::size_t{1} << 30, 0);
+    if (count > 0 || (count < 0 && errno == EINTR)) continue;
+    // Where the kernel cannot copy, or says that it is done, blocks do the rest.
+    if (count < 0 && (errno == ENOSPC || errno == EFBIG || errno == EDQUOT)) return false;
+    return copyBlocks(source.descriptor, to, kBlock);
+  }
+}
+
+std::string folderOf(const std::string& path) {
+  const std::size_t separator = path.rfind('/');
+  if (separator == std::string::npos) return ".";
+  return separator == 0 ? "/" : path.substr(0, separator);
+}
+
+// The name that a copy has in the instant before it takes its target's. It is
+// the same until the target is replaced, so that the next copy, and the next
+// opening of an archive, finds and removes what a process that was killed in that
+// instant left.
+std::string temporaryName(const Target& target) {
+  char name[40];
+  std::snprintf(name, sizeof(name), "/.~copy%llx.tmp",
+                static_cast<unsigned long long>(target.status.st_ino));
+  return folderOf(target.path) + name;
+}
+
+// A file that goes again unless it is kept.
+class NewFile {
+ public:
+  // A file of that name, which nobody may have.
+  static NewFile named(const std::string& name, mode_t mode) {
+    NewFile file;
+    file.file_ = Descriptor(::open(name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode));
+    if (file) file.name_ = name;
+    return file;
+  }
+  // A file in the folder of `target`, without a name where the file system has
+  // such files.
+  static NewFile beside(const Target& target, mode_t mode) {
+    NewFile file;
+    file.file_ =
+        Descriptor(::open(folderOf(target.path).c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, mode));
+    if (file || (errno != EOPNOTSUPP && errno != EISDIR && errno != EINVAL)) return file;
+    const std::string name = temporaryName(target);
+    unlink(name.c_str());
+    return named(name, mode);
+  }
+  NewFile(NewFile&& other) noexcept
+      : file_(std::move(other.file_)), name_(std::exchange(other.name_, {})) {}
+  NewFile& operator=(NewFile&&) = delete;
+  ~NewFile() {
+    if (!name_.empty()) unlink(name_.c_str());
+  }
+
+  explicit operator bool() const { return static_cast<bool>(file_); }
+  int descriptor() const { return file_.get(); }
+
+  void keep() { name_.clear(); }
+  // Puts the file in the place of another one.
+  bool replace(const Target& target) {
+    if (name_.empty() && !takeName(temporaryName(target))) return false;
+    if (rename(name_.c_str(), target.path.c_str()) != 0) return false;
+    keep();
+    return true;
+  }
+
+ private:
+  NewFile() = default;
+
+  bool takeName(const std::string& name) {
+    const std::string own = "/proc/self/fd/" + std::to_string(file_.get());
+    const auto link = [&] {
+      return linkat(AT_FDCWD, own.c_str(), AT_FDCWD, name.c_str(), AT_SYMLINK_FOLLOW) == 0;
+    };
+    const bool linked = link() || (errno == EEXIST && unlink(name.c_str()) == 0 && link());
+    if (linked) name_ = name;
+    return linked;
+  }
+
+  Descriptor file_;
+  std::string name_;  // empty while the file has none, and once it is kept
+};
+
+bool isSameFile(const struct stat& a, const struct stat& b) {
+  return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
+}
+
+// Looks at what has the target's name now. False, with the error, if it cannot
+// be replaced by a copy of the source.
+bool examine(const NativePath& path, const Source& source, bool failIfExists, Target& target) {
+  target = Target{.path = path.c_str(), .held = {}};
+  if (stat(path.c_str(), &target.status) != 0) {
+    return errno == ENOENT ? true : fail(errorOnPath(path, errno));
+  }
+  target.exists = true;
+  const struct stat& status = target.status;
+  if (!S_ISREG(status.st_mode)) return fail(ERROR_ACCESS_DENIED);
+  if (failIfExists) return fail(ERROR_FILE_EXISTS);
+  if (isSameFile(status, source.status)) return fail(ERROR_SHARING_VIOLATION);
+  if (isReadOnly(status.st_mode)) return fail(ERROR_ACCESS_DENIED);
+
+  char real[PATH_MAX];
+  if (realpath(path.c_str(), real) == nullptr) return fail(errorOnPath(path, errno));
+  target.path = real;
+  target.held = Descriptor(::open(real, O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY));
+  if (!target.held) return true;
+  constexpr DWORD kShare = FILE_SHARE_READ | FILE_SHARE_DELETE;
+  if (acquireShare(target.held.get(), GENERIC_WRITE, kShare) != ShareResult::Granted) {
+    return fail(ERROR_SHARING_VIOLATION);
+  }
+  // The one who held it before may have put another file in its place.
+  struct stat held;
+  if (fstat(target.held.get(), &held) != 0 || stat(real, &target.status) != 0) {
+    return failWithErrno();
+  }
+  return isSameFile(held, target.status) ? true : fail(ERROR_SHARING_VIOLATION);
+}
+
+// A replaced file stays its owner's, with its permissions; whether it may be
+// written to follows from the source.
+bool carryOver(const Source& source, const Target& target, int descriptor) {
+  const struct timespec times[] = {{.tv_sec = 0, .tv_nsec = UTIME_OMIT}, source.status.st_mtim};
+  if (target.exists) {
+    const struct stat& old = target.status;
+    if (old.st_uid != geteuid() || old.st_gid != getegid()) {
+      // Only the superuser can give a file away; for others it becomes theirs.
+      [[maybe_unused]] const int ignored = fchown(descriptor, old.st_uid, old.st_gid);
+    }
+    mode_t mode = old.st_mode & 07777;
+    if (isReadOnly(source.status.st_mode)) mode &= ~kAnyWrite;
+    if (fchmod(descriptor, mode) != 0) return false;
+  }
+  return futimens(descriptor, times) == 0;
+}
+
+bool fill(const Source& source, const Target& target, NewFile& file) {
+  return file && copyContent(source, file.descriptor()) &&
+         carryOver(source, target, file.descriptor());
+}
+
+// One attempt. False with EEXIST, and nothing read, if the target is there after
+// all.
+bool copyTo(const Source& source, const Target& target) {
+  if (target.exists) {
+    constexpr mode_t kOwnOnly = 0600;
+    NewFile file = NewFile::beside(target, kOwnOnly);
+    return fill(source, target, file) && file.replace(target);
+  }
+  constexpr mode_t kPermissions = 0777;
+  NewFile file = NewFile::named(target.path, source.status.st_mode & kPermissions);
+  if (file) holdAlone(file.descriptor());
+  if (!fill(source, target, file)) return false;
+  file.keep();
+  return true;
+}
+
+bool openSource(const char* text, platform::FileHandle& handle, Source& source) {
+  constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+  handle.reset(CreateFileA(text, GENERIC_READ, kShareAll, nullptr, OPEN_EXISTING, 0, nullptr));
+  if (!handle) return false;
+  source.descriptor = descriptorOf(handle.get());
+  return fstat(source.descriptor, &source.status) == 0 || failWithErrno() != FALSE;
+}
+
+}  // namespace
+}  // namespace platform::native
+
+BOOL CopyFileA(const char* sourceText, const char* targetText, BOOL failIfExists) {
+  using namespace platform::native;
+  const NativePath path(targetText);
+  if (!path.valid()) return fail(path.error());
+  if (path.hadTrailingSeparator()) return fail(ERROR_PATH_NOT_FOUND);
+  platform::FileHandle handle;
+  Source source{.descriptor = -1, .status = {}};
+  if (!openSource(sourceText, handle, source)) return FALSE;
+
+  // At first the name is taken to be free, which costs no look.
+  Target target{.path = path.c_str(), .held = {}};
+  for (int attempt = 1; !copyTo(source, target); ++attempt) {
+    if (errno != EEXIST || attempt == kAttempts) return fail(errorOnPath(path, errno));
+    if (!examine(path, source, failIfExists != FALSE, target)) return FALSE;
+  }
+  return TRUE;
+}
+
+bool platform::replaceFile(HANDLE opened, const char* path, const char* version) {
+  using namespace platform::native;
+  const NativePath native(path);
+  if (!native.valid()) return fail(native.error()) != FALSE;
+  platform::FileHandle handle;
+  Source source{.descriptor = -1, .status = {}};
+  Target target{.path = {}, .held = {}};
+  struct stat was;
+  if (!openSource(version, handle, source) || !examine(native, source, false, target)) return false;
+  if (fstat(descriptorOf(opened), &was) != 0 || !isSameFile(was, target.status)) {
+    return fail(ERROR_SHARING_VIOLATION) != FALSE;
+  }
+  return copyTo(source, target) || fail(errorOnPath(native, errno)) != FALSE;
+}
+
+void platform::removeUnfinishedVersion(HANDLE opened, const char* path) {
+  using namespace platform::native;
+  const NativePath native(path);
+  Target target{.path = {}, .held = {}};
+  char real[PATH_MAX];
+  if (!native.valid() || realpath(native.c_str(), real) == nullptr ||
+      fstat(descriptorOf(opened), &target.status) != 0) {
+    return;
+  }
+  target.path = real;
+  unlink(temporaryName(target).c_str());
+}

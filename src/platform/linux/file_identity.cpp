@@ -1,0 +1,19 @@
+#include "platform/file_identity.h"
+
+#include <sys/stat.h>
+
+#include "platform/linux/native_path.h"
+
+namespace platform {
+
+bool fileIdentity(const char* path, FileIdentity& identity) {
+  const native::NativePath native(path);
+  struct stat status;
+  if (!native.valid() || stat(native.c_str(), &status) != 0) {
+    return false;
+  }
+  identity = {.volume = status.st_dev, .index = status.st_ino};
+  return true;
+}
+
+}  // namespace platform

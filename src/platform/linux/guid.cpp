@@ -1,0 +1,20 @@
+// The process's number, and identities that nobody else has.
+
+#include <sys/random.h>
+#include <unistd.h>
+
+#include "platform/linux/win32_linux.h"
+
+BOOL DisableThreadLibraryCalls(HMODULE) { return TRUE; }
+
+DWORD GetCurrentProcessId() { return static_cast<DWORD>(getpid()); }
+
+// A random UUID (RFC 4122, version 4).
+HRESULT CoCreateGuid(GUID* guid) {
+  constexpr HRESULT kOk = 0;
+  constexpr HRESULT kFailed = static_cast<HRESULT>(0x80004005);
+  if (getrandom(guid, sizeof(*guid), 0) != static_cast<ssize_t>(sizeof(*guid))) return kFailed;
+  guid->Data3 = static_cast<WORD>((guid->Data3 & 0x0FFF) | 0x4000);
+  guid->Data4[0] = static_cast<BYTE>((guid->Data4[0] & 0x3F) | 0x80);
+  return kOk;
+}

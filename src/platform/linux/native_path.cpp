@@ -1,0 +1,141 @@
+#include "platform/linux/native_path.h"
+
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <cstring>
+#include <string>
+#include <string_view>
+
+#include "platform/linux/dos_device.h"
+#include "platform/linux/last_error.h"
+
+namespace platform::native {
+namespace {
+
+// U+F05C in UTF-8: a backslash that belongs to a name.
+constexpr std::string_view kBackslashInName = "\xEF\x81\x9C";
+
+bool isSeparator(char c) { return c == '\\' || c == '/'; }
+
+bool isLetter(char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); }
+
+std::size_t componentLength(std::string_view text, std::size_t start) {
+  std::size_t end = start;
+  while (end < text.size() && !isSeparator(text[end])) ++end;
+  return end - start;
+}
+
+// Takes a device off the front of `text` and gives its native folder.
+DWORD takeDevice(std::string_view& text, std::string& folder) {
+  if (text.size() >= 2 && isLetter(text[0]) && text[1] == ':') {
+    const std::string_view drive = text.substr(0, 2);
+    text.remove_prefix(2);
+    if (!findDevice(drive, folder)) return ERROR_PATH_NOT_FOUND;
+    // A drive without a separator counts from the current folder of the drive:
+    // the process's own on the root's drive, the top of all others.
+    if (folder == "/" && !text.empty() && !isSeparator(text[0])) folder.clear();
+    return ERROR_SUCCESS;
+  }
+  if (text.size() >= 3 && isSeparator(text[0]) && isSeparator(text[1]) && !isSeparator(text[2])) {
+    const std::size_t server = componentLength(text, 2);
+    const std::size_t shareStart = 2 + server + 1;
+    if (shareStart >= text.size()) return ERROR_BAD_NETPATH;
+    const std::size_t share = componentLength(text, shareStart);
+    std::string device = "UNC\\";
+    device.append(text.substr(2, server)).append("\\").append(text.substr(shareStart, share));
+    text.remove_prefix(shareStart + share);
+    return findDevice(device, folder) ? ERROR_SUCCESS : ERROR_BAD_NETPATH;
+  }
+  return ERROR_SUCCESS;
+}
+
+}  // namespace
+
+NativePath::NativePath(const char* text) {
+  native_[0] = '\0';
+  if (text == nullptr || *text == '\0') {
+    error_ = ERROR_PATH_NOT_FOUND;
+    return;
+  }
+  std::string_view rest(text);
+  // The prefix that switches off Windows' own path limit.
+  std::string share;
+  if (rest.starts_with("\\\\?\\")) {
+    rest.remove_prefix(4);
+    if (rest.starts_with("UNC\\")) {
+      share = '\\';
+      share += rest.substr(3);
+      rest = share;
+    }
+  }
+
+  std::string folder;
+  error_ = takeDevice(rest, folder);
+  if (!valid()) return;
+  if (folder.size() >= sizeof(native_)) {
+    error_ = ERROR_FILENAME_EXCED_RANGE;
+    return;
+  }
+  std::memcpy(native_, folder.data(), folder.size());
+  size_ = folder.size();
+
+  if (!folder.empty() && folder.back() != '/' && !rest.empty() && !isSeparator(rest.front())) {
+    native_[size_++] = '/';
+  }
+  while (!rest.empty()) {
+    // Runs of separators, and one behind a device's own, count as one.
+    if (isSeparator(rest.front())) {
+      rest.remove_prefix(1);
+      if (size_ > 0 && native_[size_ - 1] == '/') continue;
+      native_[size_] = '/';
+    } else if (rest.starts_with(kBackslashInName)) {
+      rest.remove_prefix(kBackslashInName.size());
+      native_[size_] = '\\';
+    } else {
+      native_[size_] = rest.front();
+      rest.remove_prefix(1);
+    }
+    if (++size_ == sizeof(native_)) {
+      error_ = ERROR_FILENAME_EXCED_RANGE;
+      size_ = 0;
+      break;
+    }
+  }
+  if (size_ > 1 && native_[size_ - 1] == '/') {
+    trailing_ = true;
+    --size_;
+  }
+  native_[size_] = '\0';
+}
+
+std::size_t displayName(const char* native, char* buffer, std::size_t size) {
+  std::string_view rest(native);
+  std::size_t length = 0;
+  const auto put = [&](std::string_view piece) {
+    if (size - length <= piece.size()) return false;
+    length += piece.copy(buffer + length, piece.size());
+    return true;
+  };
+  for (;;) {
+    const std::string_view piece = rest.substr(0, rest.find('\\'));
+    if (!put(piece)) return 0;
+    if (piece.size() == rest.size()) break;
+    if (!put(kBackslashInName)) return 0;
+    rest.remove_prefix(piece.size() + 1);
+  }
+  buffer[length] = '\0';
+  return length;
+}
+
+DWORD errorOnPath(const NativePath& path, int error) {
+  if (error != ENOENT) return errorFromErrno(error);
+  const std::string_view whole(path.c_str(), path.size());
+  const std::size_t separator = whole.rfind('/');
+  if (separator == std::string_view::npos || separator == 0) return ERROR_FILE_NOT_FOUND;
+  struct stat status;
+  const std::string folder(whole.substr(0, separator));
+  return stat(folder.c_str(), &status) == 0 ? ERROR_FILE_NOT_FOUND : ERROR_PATH_NOT_FOUND;
+}
+
+}  // namespace platform::native

@@ -1,0 +1,39 @@
+#pragma once
+// Reading UTF-8 (RFC 3629) that may be ill-formed.
+
+#include <cstddef>
+#include <string_view>
+
+namespace platform::native {
+
+// An ill-formed byte counts as the character at this base plus the byte: one of
+// U+DC80 to U+DCFF, which well-formed text never holds.
+inline constexpr char32_t kIllFormedBase = 0xDC00;
+
+// Takes a well-formed sequence off the front of a text that is not empty, or one
+// byte that is none.
+inline char32_t takeUtf8(std::string_view& text) {
+  const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
+  const unsigned char lead = byte(0);
+  std::size_t length = 1;
+  char32_t value = lead;
+  if (lead >= 0x80) {
+    length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : 2;
+    value = lead & (0x7FU >> length);
+    bool good = lead >= 0xC2 && lead <= 0xF4 && length <= text.size();
+    for (std::size_t i = 1; good && i < length; ++i) {
+      good = (byte(i) & 0xC0) == 0x80;
+      value = value << 6 | (byte(i) & 0x3FU);
+    }
+    constexpr char32_t kLeast[] = {0, 0, 0x80, 0x800, 0x10000};
+    const bool isSurrogate = value >= 0xD800 && value <= 0xDFFF;
+    if (!good || value < kLeast[length] || value > 0x10FFFF || isSurrogate) {
+      length = 1;
+      value = kIllFormedBase + lead;
+    }
+  }
+  text.remove_prefix(length);
+  return value;
+}
+
+}  // namespace platform::native

@@ -1,0 +1,69 @@
+// What only this platform has: links, FIFOs, and the variable TMPDIR.
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <cstdlib>
+#include <string>
+
+#include "platform/win32.h"
+#include "support/temporary_folder.h"
+
+namespace {
+
+class NamesOnLinux : public testing::Test {
+ protected:
+  void SetUp() override {
+    support::writeFile(folder_.file("file"), "12345");
+    support::writeFile(folder_.file("full/inside"), "");
+    std::filesystem::create_directory_symlink(folder_.file("full"), folder_.file("link"));
+    std::filesystem::create_symlink(folder_.file("file"), folder_.file("file-link"));
+    std::filesystem::create_symlink(folder_.file("nowhere"), folder_.file("dangling"));
+    mkfifo(folder_.file("fifo").c_str(), 0600);
+  }
+  std::string at(const std::string& name) const { return folder_.text() + name; }
+
+  support::TemporaryFolder folder_;
+};
+
+TEST_F(NamesOnLinux, Attributes) {
+  struct {
+    const char* name;
+    DWORD attributes;
+  } const cases[] = {
+      {"link", FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT},
+      {"file-link", FILE_ATTRIBUTE_ARCHIVE},
+      {"fifo", FILE_ATTRIBUTE_ARCHIVE},
+      {"dangling", INVALID_FILE_ATTRIBUTES},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(GetFileAttributesA(at(c.name).c_str()), c.attributes) << c.name;
+  }
+  EXPECT_EQ(GetLastError(), ERROR_FILE_NOT_FOUND);
+}
+
+// Of a link only the link goes.
+TEST_F(NamesOnLinux, Deletion) {
+  for (const char* name : {"file-link", "dangling", "fifo"}) {
+    EXPECT_TRUE(DeleteFileA(at(name).c_str())) << name;
+  }
+  EXPECT_FALSE(CreateDirectoryA(at("link").c_str(), nullptr));
+  EXPECT_EQ(GetLastError(), ERROR_ALREADY_EXISTS);
+  EXPECT_TRUE(RemoveDirectoryA(at("link").c_str()));
+  EXPECT_TRUE(support::exists(folder_.file("full/inside")));
+  EXPECT_TRUE(support::exists(folder_.file("file")));
+}
+
+TEST_F(NamesOnLinux, TemporaryFolder) {
+  char path[MAX_PATH];
+  setenv("TMPDIR", folder_.path().c_str(), 1);
+  EXPECT_EQ(GetTempPathA(sizeof(path), path), folder_.text().size());
+  EXPECT_EQ(path, folder_.text());
+  EXPECT_EQ(GetTempPathA(3, path), folder_.text().size() + 1);
+  setenv("TMPDIR", "/no/such/folder", 1);
+  GetTempPathA(sizeof(path), path);
+  EXPECT_STREQ(path, "/tmp\\");
+  unsetenv("TMPDIR");
+}
+
+}  // namespace

@@ -1,0 +1,88 @@
+#include "platform/linux/native_path.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "support/temporary_folder.h"
+
+namespace {
+
+using platform::native::NativePath;
+
+TEST(NativePath, MapsPathText) {
+  struct {
+    const char* text;
+    const char* native;
+    bool trailing;
+  } const cases[] = {
+      {"C:\\home\\x", "/home/x", false},
+      {"c:/home/x", "/home/x", false},
+      {"C:", "/", false},
+      {"C:\\", "/", false},
+      {"C:x", "x", false},
+      {"\\etc\\", "/etc", true},
+      {"/", "/", false},
+      {"a\\\\b//c\\", "a/b/c", true},
+      {".\\..\\x", "./../x", false},
+      {"a\xEF\x81\x9C"
+       "b\\c",
+       "a\\b/c", false},
+      {"\xFF\xFE", "\xFF\xFE", false},
+      {"\\\\?\\C:\\x", "/x", false},
+  };
+  for (const auto& c : cases) {
+    const NativePath path(c.text);
+    EXPECT_TRUE(path.valid()) << c.text;
+    EXPECT_STREQ(path.c_str(), c.native) << c.text;
+    EXPECT_EQ(path.size(), std::string(c.native).size()) << c.text;
+    EXPECT_EQ(path.hadTrailingSeparator(), c.trailing) << c.text;
+  }
+}
+
+TEST(NativePath, RefusesWhatNamesNothing) {
+  const std::string tooLong(PATH_MAX, 'x');
+  const std::string longest(PATH_MAX - 1, 'x');
+  struct {
+    const char* text;
+    DWORD error;
+  } const cases[] = {
+      {nullptr, ERROR_PATH_NOT_FOUND},   {"", ERROR_PATH_NOT_FOUND},
+      {"Q:\\x", ERROR_PATH_NOT_FOUND},   {"\\\\nobody\\share\\x", ERROR_BAD_NETPATH},
+      {"\\\\nobody", ERROR_BAD_NETPATH}, {tooLong.c_str(), ERROR_FILENAME_EXCED_RANGE},
+      {longest.c_str(), ERROR_SUCCESS},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(NativePath(c.text).error(), c.error) << (c.text ? c.text : "null");
+  }
+}
+
+TEST(NativePath, FollowsDefinedDevices) {
+  const support::TemporaryFolder folder;
+  const std::string native = folder.path().string();
+  ASSERT_TRUE(DefineDosDeviceA(0, "T:", native.c_str()));
+  EXPECT_EQ(NativePath("t:\\a").c_str(), native + "/a");
+  EXPECT_EQ(NativePath("T:a").c_str(), native + "/a");
+  EXPECT_EQ(NativePath("T:").c_str(), native);
+
+  ASSERT_TRUE(DefineDosDeviceA(DDD_RAW_TARGET_PATH, "UNC\\srv\\share", "\\??\\T:\\deep"));
+  EXPECT_EQ(NativePath("\\\\SRV\\Share\\x").c_str(), native + "/deep/x");
+  EXPECT_EQ(NativePath("\\\\?\\UNC\\srv\\share\\x").c_str(), native + "/deep/x");
+
+  // A later definition hides the earlier one until it is removed.
+  ASSERT_TRUE(DefineDosDeviceA(0, "T:", "/other"));
+  EXPECT_STREQ(NativePath("T:\\a").c_str(), "/other/a");
+  EXPECT_TRUE(DefineDosDeviceA(DDD_REMOVE_DEFINITION, "T:", nullptr));
+  EXPECT_EQ(NativePath("T:\\a").c_str(), native + "/a");
+  EXPECT_TRUE(DefineDosDeviceA(DDD_REMOVE_DEFINITION, "T:", nullptr));
+  EXPECT_FALSE(NativePath("T:\\a").valid());
+  EXPECT_FALSE(DefineDosDeviceA(DDD_REMOVE_DEFINITION, "T:", nullptr));
+  EXPECT_TRUE(DefineDosDeviceA(DDD_REMOVE_DEFINITION, "UNC\\srv\\share", nullptr));
+
+  for (const char* device : {"T", "TT:", "1:", "UNC\\srv", "UNC\\srv\\a\\b"}) {
+    EXPECT_FALSE(DefineDosDeviceA(0, device, "/")) << device;
+  }
+  EXPECT_FALSE(DefineDosDeviceA(0, "T:", "relative"));
+}
+
+}  // namespace

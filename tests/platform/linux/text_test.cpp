@@ -1,0 +1,76 @@
+// Wildcards, and code pages that are UTF-8.
+
+#include <gtest/gtest.h>
+
+#include <random>
+#include <string>
+
+#include "platform/linux/wildcard.h"
+#include "platform/win32.h"
+
+namespace {
+
+TEST(Wildcard, Matches) {
+  struct {
+    const char *pattern, *name;
+    bool matches;
+  } const cases[] = {
+      {"*", "", true},
+      {"*.*", "noext", true},
+      {"*.", "noext", true},
+      {"*.", "a.b", false},
+      {"a?c", "abc", true},
+      {"a?c", "ac", false},
+      {"ab?", "ab", true},
+      {"?.txt", ".txt", true},
+      {"??", "a.b", false},
+      {"*.txt", "a.txt.bak", false},
+      {"*.txt", "a.b.TXT", true},
+      {"a*b*c", "aXbYbZc", true},
+      {"a*b*c", "aXbYbZ", false},
+      {"a.?", "a", true},
+      {"é*", "École", true},
+      {"ЯБ?.*", "ябл", true},
+      {"?", "語", true},
+      {"?", "\xFF", true},
+      {"*\xFF", "a\xFE", false},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(platform::native::Wildcard(c.pattern).matches(c.name), c.matches)
+        << c.pattern << ' ' << c.name;
+  }
+  // A pattern that makes naive matchers run for ages.
+  std::string pattern;
+  for (int i = 0; i < 50; ++i) pattern += "a*";
+  EXPECT_FALSE(platform::native::Wildcard(pattern + "b").matches(std::string(255, 'a')));
+}
+
+TEST(CodePages, EveryTextComesBack) {
+  std::minstd_rand random(1);
+  // Bytes that begin, continue and spoil sequences.
+  constexpr char kBytes[] = "a\x80\x9F\xA0\xBF\xC1\xC3\xE0\xED\xEF\xF0\xF4\xF5\xFF";
+  for (int round = 0; round < 20000; ++round) {
+    std::string text;
+    for (std::size_t i = random() % 12 + 1; i > 0; --i) {
+      text +=
+          random() % 2 != 0 ? kBytes[random() % (sizeof(kBytes) - 1)] : static_cast<char>(random());
+    }
+    const int size = static_cast<int>(text.size());
+    const int wide = MultiByteToWideChar(CP_ACP, 0, text.data(), size, nullptr, 0);
+    std::u16string buffer(static_cast<std::size_t>(wide), u'\0');
+    ASSERT_EQ(MultiByteToWideChar(CP_ACP, 0, text.data(), size, buffer.data(), wide), wide);
+    std::string back(64, '\0');
+    const int count =
+        WideCharToMultiByte(CP_OEMCP, 0, buffer.data(), wide, back.data(), 64, nullptr, nullptr);
+    ASSERT_EQ(back.substr(0, static_cast<std::size_t>(count)), text);
+  }
+  char16_t pair[3];
+  EXPECT_EQ(MultiByteToWideChar(CP_ACP, 0, "😀", -1, pair, 3), 3);
+  EXPECT_EQ(pair[0], 0xD83D);
+  EXPECT_EQ(pair[1], 0xDE00);
+  EXPECT_EQ(MultiByteToWideChar(CP_ACP, 0, "abcd", 4, pair, 3), 0);
+  EXPECT_EQ(GetLastError(), ERROR_INSUFFICIENT_BUFFER);
+  EXPECT_EQ(MultiByteToWideChar(1252, 0, "a", 1, pair, 3), 0);
+}
+
+}  // namespace

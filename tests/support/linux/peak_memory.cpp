@@ -1,0 +1,49 @@
+#include "support/linux/peak_memory.h"
+
+#include <malloc.h>
+
+#include <fstream>
+#include <string>
+
+#include "support/linux/forked_process.h"
+#include "support/linux/shared_memory.h"
+#include "support/linux/valgrind.h"
+
+namespace support {
+namespace {
+
+// The largest resident memory since the last reset, in KiB; 0 if it is not told.
+long largestResident() {
+  std::ifstream status("/proc/self/status");
+  for (std::string word; status >> word;) {
+    long kibibytes = 0;
+    if (word == "VmHWM:" && status >> kibibytes) return kibibytes;
+  }
+  return 0;
+}
+
+// Makes what is resident now the largest that was; false if that is not possible.
+bool resetLargestResident() {
+  std::ofstream reset("/proc/self/clear_refs");
+  reset << 5 << std::flush;
+  return reset.good();
+}
+
+}  // namespace
+
+Peak peakOf(const std::function<bool()>& work) {
+  const SharedMemory<Peak> peak;
+  ForkedProcess process([&](const auto&) {
+    malloc_trim(0);
+    if (!resetLargestResident()) return 0;
+    const long before = largestResident();
+    peak->succeeded = work();
+    peak->kibibytes = largestResident() - before;
+    peak->measured = before != 0 && !underValgrind();
+    return 0;
+  });
+  process.wait();
+  return *peak;
+}
+
+}  // namespace support
