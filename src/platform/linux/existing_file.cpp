@@ -5,9 +5,7 @@
 #include <cerrno>
 
 #include "platform/linux/attributes.h"
-#include "platform/linux/native_path.h"
 #include "platform/linux/share_lock.h"
-#include "platform/probe_open.h"
 
 namespace platform::native {
 
@@ -44,10 +42,3 @@ bool probeExisting(int folder, const char* path, DWORD access, DWORD share) {
 }
 
 }  // namespace platform::native
-
-bool platform::probeOpen(const char* text, DWORD access, DWORD share) {
-  using namespace platform::native;
-  const NativePath path(text);
-  if (!path.valid() || path.hadTrailingSeparator()) return false;
-  return probeExisting(AT_FDCWD, path.c_str(), access, share);
-}

@@ -11,14 +11,11 @@
 #include <string>
 #include <string_view>
 
-#include "platform/delete_found.h"
 #include "platform/linux/attributes.h"
-#include "platform/linux/delete_file.h"
-#include "platform/linux/existing_file.h"
+#include "platform/linux/found_entry.h"
 #include "platform/linux/last_error.h"
 #include "platform/linux/native_path.h"
 #include "platform/linux/wildcard.h"
-#include "platform/probe_open.h"
 
 namespace platform::native {
 namespace {
@@ -130,6 +127,13 @@ std::string folderOf(std::string_view text, std::size_t patternStart) {
 }
 
 }  // namespace
+
+FoundEntry lastFound(HANDLE handle) {
+  const auto& search = *static_cast<const Search*>(handle);
+  if (search.name() == nullptr) return {};
+  return {.folder = search.folder(), .name = search.name()};
+}
+
 }  // namespace platform::native
 
 using namespace platform::native;
@@ -170,19 +174,4 @@ BOOL FindClose(HANDLE search) {
   if (search == INVALID_HANDLE_VALUE || search == nullptr) return fail(ERROR_INVALID_HANDLE);
   const std::unique_ptr<Search> owner(static_cast<Search*>(search));
   return TRUE;
-}
-
-bool platform::probeFound(HANDLE handle, const char* path) {
-  constexpr DWORD kShare = FILE_SHARE_READ | FILE_SHARE_WRITE;
-  const auto& search = *static_cast<const Search*>(handle);
-  return search.name() == nullptr
-             ? probeOpen(path, GENERIC_READ, kShare)
-             : probeExisting(search.folder(), search.name(), GENERIC_READ, kShare);
-}
-
-bool platform::deleteFound(HANDLE handle, const std::string& folder, const char* name) {
-  const auto& search = *static_cast<const Search*>(handle);
-  if (search.name() == nullptr) return DeleteFileA((folder + name).c_str()) != FALSE;
-  const DWORD error = deleteAt(search.folder(), search.name());
-  return error == ERROR_SUCCESS || fail(error) != FALSE;
 }

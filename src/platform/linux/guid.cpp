@@ -1,13 +1,8 @@
-// The process's number, and identities that nobody else has.
+// Globally unique identifiers.
 
 #include <sys/random.h>
-#include <unistd.h>
 
 #include "platform/linux/win32_linux.h"
-
-BOOL DisableThreadLibraryCalls(HMODULE) { return TRUE; }
-
-DWORD GetCurrentProcessId() { return static_cast<DWORD>(getpid()); }
 
 // A random UUID (RFC 4122, version 4).
 HRESULT CoCreateGuid(GUID* guid) {

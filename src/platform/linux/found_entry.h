@@ -1,0 +1,17 @@
+#pragma once
+// The entry that a search returned last, for work relative to its open folder.
+
+#include "platform/linux/win32_linux.h"
+
+namespace platform::native {
+
+struct FoundEntry {
+  int folder = -1;             // descriptor, owned by the search
+  const char* name = nullptr;  // native; valid until the search goes on
+};
+
+// The name is null if the search was for a single name, without an open folder,
+// or has returned its last entry.
+FoundEntry lastFound(HANDLE search);
+
+}  // namespace platform::native
