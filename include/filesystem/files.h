@@ -5,6 +5,7 @@
 /// zero-terminated texts in the process code page. Results of type `int` are
 /// truth values to be tested against zero.
 
+#include <filesystem/access.h>
 #include <filesystem/export.h>
 #include <filesystem/mfc_text.h>
 
@@ -39,20 +40,21 @@ FILESYSTEM_API int IsFileReadOnly(const char* filename);
 /// Whether a file can be opened or created. A missing file is created, empty,
 /// and stays; missing folders are not.
 /// @param filename path of a file
-/// @param access   mask of `GENERIC_READ` 0x80000000 and `GENERIC_WRITE` 0x40000000
+/// @param access   mask of #kAccessRead and #kAccessWrite
 /// @return 1 or 0
 FILESYSTEM_API int TestCreate(const char* filename, unsigned long access);
 
 /// Whether an existing file can be opened.
 /// @param filename path of a file
-/// @param access   mask of `GENERIC_READ` 0x80000000 and `GENERIC_WRITE` 0x40000000
+/// @param access   mask of #kAccessRead and #kAccessWrite
 /// @return 1 or 0; nothing is created
 FILESYSTEM_API int TestOpen(const char* filename, unsigned long access);
 
 /// The access that a file allows at this moment.
 /// @param filename path of a file, or null
-/// @return 0xC0000000 (read-write), 0x80000000 (read) or 0 (none). A null, a
-///         missing file and a file held without sharing give read-write.
+/// @return #kAccessReadWrite, #kAccessRead or #kAccessNone. A null pointer, a missing file and a
+/// file that another
+///         handle has open without sharing return #kAccessReadWrite.
 FILESYSTEM_API unsigned long AllowedAccess(const char* filename);
 
 /// Last write time of a file, as an OLE automation date (days since
@@ -83,13 +85,20 @@ FILESYSTEM_API int IsValidPath(const char* path);
 /// @return 1 if `path` itself was removed, whatever became of its parents; else 0
 FILESYSTEM_API int DeleteEmptyFolder(const char* path);
 
+/// When CopyFileA copies. "Older" compares the times of the last write.
+inline constexpr unsigned int kCopyAlways = 0;
+inline constexpr unsigned int kCopyIfMissing = 1;   ///< the target does not exist
+inline constexpr unsigned int kCopyIfExisting = 2;  ///< the target exists
+inline constexpr unsigned int kCopyIfMissingOrOlder =
+    4;  ///< the target does not exist, or is older
+inline constexpr unsigned int kCopyIfExistingAndOlder = 6;  ///< the target exists and is older
+
 /// Copies one file into a folder under its own name.
 /// @param source       path of the file, not null
-/// @param targetFolder folder text that ends in a separator, not null; the name
-///                     is put directly behind it
-/// @param mode         0: always; 1: only if the target is missing; 2: only if
-///                     it exists; 4: if it is missing or older; 6: only if it
-///                     exists and is older
+/// @param targetFolder folder text that ends in a separator, not null; the name is appended to it
+/// @param mode         one of the `kCopy` constants. Any other value with bit 2 set counts as
+///                     #kCopyIfExisting, or, with bit 4 set too, as #kCopyIfExistingAndOlder; the
+///                     remaining values never copy.
 /// @return non-zero if the file was copied; 0 if the mode or a failure kept it
 ///         from being copied. An existing target is replaced whole or not at
 ///         all.

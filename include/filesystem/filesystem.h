@@ -2,6 +2,7 @@
 /// @file
 /// Everything the library exports.
 
+#include <filesystem/access.h>
 #include <filesystem/enumeration.h>
 #include <filesystem/file_information.h>
 #include <filesystem/file_stream.h>

@@ -14,11 +14,8 @@
 namespace FileSystem {
 namespace {
 
-// The modes of CopyFileA.
-constexpr unsigned int kAlways = 0;
-constexpr unsigned int kOnlyMissing = 1;
-constexpr unsigned int kOnlyExistingBit = 2;
-constexpr unsigned int kOnlyOlderBit = 4;
+constexpr unsigned int kExistingBit = 2;
+constexpr unsigned int kOlderBit = 4;
 
 using TargetText = Detail::FixedText<261>;
 
@@ -37,13 +34,13 @@ bool isOlder(const char* target, const char* source) {
   return lastWrite(target) < lastWrite(source);
 }
 
-// Whether a mode other than kOnlyMissing lets the file be copied.
+// Reports whether a mode other than kCopyIfMissing copies the file.
 bool permits(unsigned int mode, const char* source, const char* target) {
-  if (mode == kAlways) return true;
-  if ((mode & kOnlyExistingBit) != 0) {
-    return FileExists(target) != 0 && ((mode & kOnlyOlderBit) == 0 || isOlder(target, source));
+  if (mode == kCopyAlways) return true;
+  if ((mode & kExistingBit) != 0) {
+    return FileExists(target) != 0 && ((mode & kOlderBit) == 0 || isOlder(target, source));
   }
-  return mode == kOnlyOlderBit && (FileExists(target) == 0 || isOlder(target, source));
+  return mode == kCopyIfMissingOrOlder && (FileExists(target) == 0 || isOlder(target, source));
 }
 
 // Copies the files that lie directly in a folder; gives their number. What
@@ -69,7 +66,7 @@ int CopyFileA(const char* source, const char* targetFolder, unsigned int mode) {
   TargetText target{std::string_view(targetFolder)};
   target.append(extractName(source));
   target.append(extractExtension(source));
-  if (mode == kOnlyMissing) return copy(source, target.c_str(), TRUE);
+  if (mode == kCopyIfMissing) return copy(source, target.c_str(), TRUE);
   return permits(mode, source, target.c_str()) ? copy(source, target.c_str(), FALSE) : 0;
 }
 

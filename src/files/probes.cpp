@@ -12,7 +12,8 @@
 namespace FileSystem {
 namespace {
 
-constexpr DWORD kReadWrite = GENERIC_READ | GENERIC_WRITE;
+static_assert(kAccessRead == GENERIC_READ && kAccessWrite == GENERIC_WRITE);
+
 constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE;
 
 bool sameSecond(const SYSTEMTIME& a, const SYSTEMTIME& b) {
@@ -63,10 +64,10 @@ int TestOpen(const char* filename, unsigned long access) {
 }
 
 unsigned long AllowedAccess(const char* filename) {
-  if (filename == nullptr || FileExists(filename) == 0) return kReadWrite;
-  if (TestOpen(filename, kReadWrite) != 0) return kReadWrite;
-  if (TestOpen(filename, GENERIC_READ) != 0) return GENERIC_READ;
-  return 0;
+  if (filename == nullptr || FileExists(filename) == 0) return kAccessReadWrite;
+  if (TestOpen(filename, kAccessReadWrite) != 0) return kAccessReadWrite;
+  if (TestOpen(filename, kAccessRead) != 0) return kAccessRead;
+  return kAccessNone;
 }
 
 double fileTime(const std::string& filename) {
