@@ -1,28 +1,58 @@
-# What `make install` puts under the prefix.
+# What `make install` puts under the prefix, in three components: the library that programs load,
+# what their developers need besides, and the program vesk-fs.
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
-install(TARGETS filesystem EXPORT VeskFileSystemTargets
-  LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}"
-  ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}")
-install(TARGETS vesk-fs RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
-install(DIRECTORY include/filesystem DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}")
-install(FILES docs/vesk-fs.1 DESTINATION "${CMAKE_INSTALL_MANDIR}/man1")
+install(TARGETS vesk_filesystem EXPORT VeskFileSystemTargets
+  RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT library
+  LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT library NAMELINK_COMPONENT development
+  ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT development
+  INCLUDES DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}")
+install(DIRECTORY include/filesystem DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}"
+  COMPONENT development)
 
-# The command finds the library beside it, wherever the prefix is moved.
-file(RELATIVE_PATH library_from_command
-  "${CMAKE_INSTALL_FULL_BINDIR}" "${CMAKE_INSTALL_FULL_LIBDIR}")
-set_target_properties(vesk-fs PROPERTIES INSTALL_RPATH "$ORIGIN/${library_from_command}")
+if(TARGET vesk-fs)
+  install(TARGETS vesk-fs RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT program)
+  install(FILES docs/vesk-fs.1 DESTINATION "${CMAKE_INSTALL_MANDIR}/man1" COMPONENT program)
+  # The program finds the library next to it, wherever the prefix is moved. A distribution's
+  # package, whose library is in a directory of the system, sets VESK_RPATH to off.
+  option(VESK_RPATH "Let the installed program find the library under its own prefix" ON)
+  if(VESK_RPATH)
+    file(RELATIVE_PATH library_from_program
+      "${CMAKE_INSTALL_FULL_BINDIR}" "${CMAKE_INSTALL_FULL_LIBDIR}")
+    set_target_properties(vesk-fs PROPERTIES INSTALL_RPATH "$ORIGIN/${library_from_program}")
+  endif()
+endif()
 
-set(package_folder "${CMAKE_INSTALL_LIBDIR}/cmake/VeskFileSystem")
-install(EXPORT VeskFileSystemTargets NAMESPACE Vesk:: DESTINATION "${package_folder}")
-configure_package_config_file(cmake/VeskFileSystemConfig.cmake.in VeskFileSystemConfig.cmake
-  INSTALL_DESTINATION "${package_folder}")
-write_basic_package_version_file(VeskFileSystemConfigVersion.cmake COMPATIBILITY SameMajorVersion)
+set(package_directory "${CMAKE_INSTALL_LIBDIR}/cmake/VeskFileSystem")
+install(EXPORT VeskFileSystemTargets NAMESPACE Vesk:: DESTINATION "${package_directory}"
+  COMPONENT development)
+# A static library needs at link time what the shared one contains.
+set(find_dependencies "")
+set(PC_REQUIRES "")
+if(kind STREQUAL STATIC)
+  set(find_dependencies "find_dependency(ZLIB)\n")
+  set(PC_REQUIRES "zlib")
+  set(PC_CFLAGS " -DFILESYSTEM_STATIC")
+  if(VESK_LIBDEFLATE)
+    string(APPEND find_dependencies
+      "list(APPEND CMAKE_MODULE_PATH \"\${CMAKE_CURRENT_LIST_DIR}\")\n"
+      "find_dependency(Libdeflate)\n"
+      "list(POP_BACK CMAKE_MODULE_PATH)\n")
+    string(APPEND PC_REQUIRES " libdeflate")
+    install(FILES cmake/FindLibdeflate.cmake DESTINATION "${package_directory}"
+      COMPONENT development)
+  endif()
+endif()
+configure_package_config_file(cmake/VeskFileSystemConfig.cmake.in
+  "${PROJECT_BINARY_DIR}/VeskFileSystemConfig.cmake" INSTALL_DESTINATION "${package_directory}")
+write_basic_package_version_file("${PROJECT_BINARY_DIR}/VeskFileSystemConfigVersion.cmake"
+  COMPATIBILITY SameMajorVersion)
 install(FILES "${PROJECT_BINARY_DIR}/VeskFileSystemConfig.cmake"
-  "${PROJECT_BINARY_DIR}/VeskFileSystemConfigVersion.cmake" DESTINATION "${package_folder}")
+  "${PROJECT_BINARY_DIR}/VeskFileSystemConfigVersion.cmake" DESTINATION "${package_directory}"
+  COMPONENT development)
 
 file(RELATIVE_PATH PC_PREFIX "${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig" "${CMAKE_INSTALL_PREFIX}")
-configure_file(cmake/vesk-filesystem.pc.in vesk-filesystem.pc @ONLY)
+configure_file(cmake/vesk-filesystem.pc.in "${PROJECT_BINARY_DIR}/vesk-filesystem.pc" @ONLY)
 install(FILES "${PROJECT_BINARY_DIR}/vesk-filesystem.pc"
-  DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
+  DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig" COMPONENT development)

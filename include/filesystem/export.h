@@ -1,12 +1,16 @@
 #pragma once
 /// @file
-/// The macro that marks what the library exports. Hosts never define
-/// FILESYSTEM_BUILD; the library's own build does.
+/// The macro that marks the exported declarations. The build of the library and
+/// its CMake and pkg-config packages define what it needs; hosts need not.
 
 /// @def FILESYSTEM_API
-/// Stands in front of each declaration that the library exports.
+/// Precedes each declaration that the library exports. With FILESYSTEM_STATIC
+/// the library is static and exports nothing; FILESYSTEM_BUILD is defined while
+/// the shared library itself is compiled.
 
-#if defined(_WIN32)
+#if defined(FILESYSTEM_STATIC)
+#define FILESYSTEM_API
+#elif defined(_WIN32)
 #if defined(FILESYSTEM_BUILD)
 #define FILESYSTEM_API __declspec(dllexport)
 #else

@@ -1,23 +1,24 @@
 #pragma once
-// A stand-in for MFC's extension modules, for builds without MFC: the few names
+// Stands in for MFC's extension modules in builds without MFC: the few names
 // that the frame calls, with their published contracts.
 
 #include "platform/win32.h"
 
-// What an extension library tells of itself. Zero until it is initialised.
+// Describes an extension library. All zero until it is initialised.
 struct AFX_EXTENSION_MODULE {
   BOOL bInitialized;
   HMODULE hModule;
 };
 
-// FALSE if there is no module. A second call changes nothing.
+// Initialises `record` for `module`. Returns FALSE if `module` is null. A second
+// call changes nothing.
 BOOL AfxInitExtensionModule(AFX_EXTENSION_MODULE& record, HMODULE module);
 
-// Deletes the record's objects in the chain.
+// Deletes the objects of `record` from the chain.
 void AfxTermExtensionModule(AFX_EXTENSION_MODULE& record, BOOL all);
 
-// Puts a module into the process's chain. Belongs to the chain once it is made,
-// so it is always made with `new`.
+// Adds a module to the process's chain. The chain owns the object, so create it
+// with `new`.
 class CDynLinkLibrary {
  public:
   explicit CDynLinkLibrary(AFX_EXTENSION_MODULE& record, BOOL system = FALSE);
@@ -25,8 +26,9 @@ class CDynLinkLibrary {
   CDynLinkLibrary& operator=(const CDynLinkLibrary&) = delete;
   ~CDynLinkLibrary();
 
-  // The latest object in the chain, and the one before this.
+  // Returns the newest object in the chain, or null.
   static CDynLinkLibrary* latest();
+  // Returns the object added before this one, or null.
   CDynLinkLibrary* previous() const { return previous_; }
   HMODULE module() const { return module_; }
 
@@ -34,3 +36,7 @@ class CDynLinkLibrary {
   HMODULE module_;
   CDynLinkLibrary* previous_;
 };
+
+// The record of this library. The entry routine fills it; in a static library
+// it stays zero.
+extern AFX_EXTENSION_MODULE extensionModule;
