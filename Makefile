@@ -18,11 +18,13 @@ PREFIX ?= /usr/local
 # The folder that `make demo` packs; its files are on every machine that builds this.
 FOLDER ?= /usr/include
 
-.PHONY: help demo test windows test-windows windows-packages fuzz bench docs install clean
+.PHONY: help demo test mutants windows test-windows windows-packages fuzz bench docs install clean
 
 help:
 	@echo "make demo [FOLDER=...]     pack a real folder, unpack it, compare"
 	@echo "make test                  build and run all tests, plain and under the sanitizers"
+	@echo "make mutants [FILES=...]   list small changes of the code that no test notices;"
+	@echo "                           SEED=, COUNT=, BUDGET=seconds, QUICK=1 choose and limit them"
 	@echo "make fuzz                  build and run the fuzz targets, a minute each"
 	@echo "make windows               cross-compile for 64-bit Windows, zip in build/windows"
 	@echo "make test-windows          run the tests under Wine"
@@ -45,6 +47,11 @@ test:
 	cmake --build --preset asan
 	ctest --preset release
 	ctest --preset asan
+
+mutants:
+	@scripts/install-packages $(BUILD_PACKAGES) $(TEST_PACKAGES)
+	scripts/mutants $(if $(SEED),--seed $(SEED)) $(if $(COUNT),--count $(COUNT)) \
+	  $(if $(BUDGET),--budget $(BUDGET)) $(if $(QUICK),--quick) $(FILES)
 
 fuzz:
 	@scripts/install-packages $(BUILD_PACKAGES) $(FUZZ_PACKAGES)
