@@ -1,0 +1,182 @@
+#include "platform/confined_directory.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <utility>
+#include <vector>
+
+#include "platform/linux/attributes.h"
+#include "platform/linux/existing_file.h"
+#include "platform/linux/file_handle.h"
+#include "platform/linux/last_error.h"
+#include "platform/linux/native_path.h"
+#include "platform/linux/replacement_file.h"
+#include "platform/linux/share_lock.h"
+#include "platform/unique_handle.h"
+
+namespace platform {
+
+// The directories from the confined one down to that of the last file. Files of one directory
+// usually follow each other, so most of them open none.
+struct ConfinedDirectory::State {
+  struct Level {
+    std::string name;
+    native::Descriptor directory;
+  };
+
+  native::Descriptor root;
+  std::vector<Level> levels;
+
+  int deepest() const { return levels.empty() ? root.get() : levels.back().directory.get(); }
+  bool descend(std::string_view path);
+};
+
+}  // namespace platform
+
+namespace platform::native {
+namespace {
+
+constexpr DWORD kAllAccess = GENERIC_READ | GENERIC_WRITE;
+
+// Opens a directory in the open directory `parent`, creating it if it is missing.
+Descriptor openOrCreateDirectory(int parent, const char* name) {
+  for (int attempt = 1;; ++attempt) {
+    Descriptor directory(::openat(parent, name, O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    if (directory || errno != ENOENT || attempt == kOpenAttempts) return directory;
+    constexpr mode_t kPermissions = 0777;
+    if (mkdirat(parent, name, kPermissions) != 0 && errno != EEXIST) return directory;
+  }
+}
+
+// Runs `fill` on a handle that does not own the descriptor.
+bool fillFile(int descriptor, const ConfinedDirectory::Fill& fill) {
+  struct stat status;
+  if (fstat(descriptor, &status) != 0) return failWithErrno() != FALSE;
+  return fill(makeFileHandle(descriptor, kAllAccess, status));
+}
+
+// False with errno EEXIST, and `fill` not called, if the name is in use.
+bool writeNew(int directory, const char* name, const ConfinedDirectory::Fill& fill) {
+  constexpr mode_t kPermissions = 0666;
+  const Descriptor file(
+      openRetrying(directory, name, O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW, kPermissions));
+  if (!file) return false;
+  if (!holdNew(file.get(), kAllAccess, 0) &&
+      acquireShare(file.get(), kAllAccess, 0) != ShareResult::Granted) {
+    errno = EBUSY;
+    return false;
+  }
+  if (fillFile(file.get(), fill)) return true;
+  unlinkat(directory, name, 0);
+  errno = EIO;
+  return false;
+}
+
+// Opens a regular file that is to be replaced and locks it, so that no other process uses it
+// meanwhile. Fails if it is read-only or in use.
+Descriptor lockForReplacement(int directory, const char* name, struct stat& status) {
+  if (!isOpenable(status, true)) {
+    fail(ERROR_ACCESS_DENIED);
+    return {};
+  }
+  Descriptor file(openRetrying(directory, name, O_RDWR | O_NOFOLLOW));
+  if (!file || fstat(file.get(), &status) != 0) {
+    failWithErrno();
+    return {};
+  }
+  if (!isOpenable(status, true)) {
+    fail(ERROR_ACCESS_DENIED);
+    return {};
+  }
+  if (acquireShare(file.get(), kAllAccess, 0) == ShareResult::Granted) return file;
+  fail(ERROR_SHARING_VIOLATION);
+  return {};
+}
+
+// A replaced file keeps its owner and its permissions.
+bool carryOver(const struct stat& old, int descriptor) {
+  if (old.st_uid != geteuid() || old.st_gid != getegid()) {
+    // Only the superuser can give a file away; other users become its owner.
+    [[maybe_unused]] const int ignored = fchown(descriptor, old.st_uid, old.st_gid);
+  }
+  return fchmod(descriptor, old.st_mode & 07777) == 0;
+}
+
+// Replaces what has the name: a link itself, never the file that it leads to.
+bool replaceExisting(int directory, const char* name, const ConfinedDirectory::Fill& fill) {
+  struct stat old;
+  if (fstatat(directory, name, &old, AT_SYMLINK_NOFOLLOW) != 0) return failWithErrno() != FALSE;
+  const bool isLink = S_ISLNK(old.st_mode);
+  Descriptor held;
+  if (!isLink) {
+    held = lockForReplacement(directory, name, old);
+    if (!held) return false;
+  }
+  constexpr mode_t kPermissions = 0666;
+  constexpr mode_t kOwnerOnly = 0600;
+  ReplacementFile file(directory, old, isLink ? kPermissions : kOwnerOnly);
+  if (!file) return failWithErrno() != FALSE;
+  if (!fillFile(file.descriptor(), fill)) return false;
+  return ((isLink || carryOver(old, file.descriptor())) && file.putInPlace(name)) ||
+         failWithErrno() != FALSE;
+}
+
+}  // namespace
+}  // namespace platform::native
+
+namespace platform {
+
+using namespace platform::native;
+
+// Opens the directories of `path`, a native path without doubled separators.
+bool ConfinedDirectory::State::descend(std::string_view path) {
+  std::size_t depth = 0;
+  while (!path.empty()) {
+    const std::string_view name = path.substr(0, path.find('/'));
+    path.remove_prefix(std::min(name.size() + 1, path.size()));
+    if (name == ".") continue;
+    if (name == "..") return fail(ERROR_ACCESS_DENIED) != FALSE;
+    if (depth == levels.size() || levels[depth].name != name) {
+      levels.resize(depth);
+      Level level{.name = std::string(name), .directory = {}};
+      level.directory = openOrCreateDirectory(deepest(), level.name.c_str());
+      if (!level.directory) return failWithErrno() != FALSE;
+      levels.push_back(std::move(level));
+    }
+    ++depth;
+  }
+  levels.resize(depth);
+  return true;
+}
+
+ConfinedDirectory::ConfinedDirectory(const std::string& path) : state_(std::make_unique<State>()) {
+  // With the dot an empty text and a bare drive are directories too.
+  const NativePath native((path + '.').c_str());
+  if (native.valid()) {
+    state_->root = Descriptor(::open(native.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+  }
+}
+
+ConfinedDirectory::~ConfinedDirectory() = default;
+
+ConfinedDirectory::operator bool() const { return static_cast<bool>(state_->root); }
+
+bool ConfinedDirectory::write(std::string_view name, const Fill& fill) {
+  // The dot keeps the start of the name from being taken for a drive or a share.
+  const NativePath path((".\\" + std::string(name)).c_str());
+  if (!path.valid()) return fail(path.error()) != FALSE;
+  const std::string_view whole(path.c_str(), path.size());
+  const std::size_t fileStart = path.hadTrailingSeparator() ? whole.size() : whole.rfind('/') + 1;
+  if (!state_->descend(whole.substr(0, fileStart))) return false;
+  const char* const file = path.c_str() + fileStart;
+  if (*file == '\0') return fail(ERROR_PATH_NOT_FOUND) != FALSE;
+  if (writeNew(state_->deepest(), file, fill)) return true;
+  return errno == EEXIST ? replaceExisting(state_->deepest(), file, fill)
+                         : failWithErrno() != FALSE;
+}
+
+}  // namespace platform

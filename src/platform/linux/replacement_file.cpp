@@ -1,0 +1,50 @@
+#include "platform/linux/replacement_file.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+
+namespace platform::native {
+namespace {
+
+std::string temporaryNameFor(const struct stat& old) {
+  char name[40];
+  std::snprintf(name, sizeof(name), ".~copy%llx.tmp", static_cast<unsigned long long>(old.st_ino));
+  return name;
+}
+
+}  // namespace
+
+ReplacementFile::ReplacementFile(int directory, const struct stat& old, mode_t mode)
+    : directory_(directory), temporaryName_(temporaryNameFor(old)) {
+  file_ = Descriptor(::openat(directory, ".", O_TMPFILE | O_RDWR | O_CLOEXEC, mode));
+  if (file_ || (errno != EOPNOTSUPP && errno != EISDIR && errno != EINVAL)) return;
+  unlinkat(directory, temporaryName_.c_str(), 0);
+  file_ = Descriptor(::openat(directory, temporaryName_.c_str(),
+                              O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, mode));
+  named_ = static_cast<bool>(file_);
+}
+
+ReplacementFile::~ReplacementFile() {
+  if (named_) unlinkat(directory_, temporaryName_.c_str(), 0);
+}
+
+bool ReplacementFile::link() {
+  const std::string own = "/proc/self/fd/" + std::to_string(file_.get());
+  return linkat(AT_FDCWD, own.c_str(), directory_, temporaryName_.c_str(), AT_SYMLINK_FOLLOW) == 0;
+}
+
+bool ReplacementFile::putInPlace(const char* name) {
+  if (!named_) {
+    named_ = link() ||
+             (errno == EEXIST && unlinkat(directory_, temporaryName_.c_str(), 0) == 0 && link());
+    if (!named_) return false;
+  }
+  if (renameat(directory_, temporaryName_.c_str(), directory_, name) != 0) return false;
+  named_ = false;
+  return true;
+}
+
+}  // namespace platform::native

@@ -1,0 +1,41 @@
+#pragma once
+// A file that takes the place of another one once it is complete.
+
+#include <sys/stat.h>
+
+#include <string>
+
+#include "platform/linux/descriptor.h"
+
+namespace platform::native {
+
+// The file has no name until then where the file system supports that (O_TMPFILE), and is deleted
+// with its object if it never gets one. A link needs a free name before a rename can put it in
+// place, so for an instant the file is called `.~copyINODE.tmp`, after the inode it replaces. That
+// inode stays the same until a replacement succeeds, so the next attempt deletes what a process
+// killed in that instant left.
+class ReplacementFile {
+ public:
+  // Creates the file in the open directory `directory`, to replace a file with the status `old`.
+  ReplacementFile(int directory, const struct stat& old, mode_t mode);
+  ReplacementFile(const ReplacementFile&) = delete;
+  ReplacementFile& operator=(const ReplacementFile&) = delete;
+  ~ReplacementFile();
+
+  // True if the file could be created; if not, errno is set.
+  explicit operator bool() const { return static_cast<bool>(file_); }
+  int descriptor() const { return file_.get(); }
+
+  // Renames the file to `name` in its directory, replacing that one. False, with errno, on failure.
+  bool putInPlace(const char* name);
+
+ private:
+  bool link();
+
+  int directory_;
+  std::string temporaryName_;
+  bool named_ = false;
+  Descriptor file_;
+};
+
+}  // namespace platform::native
