@@ -18,13 +18,11 @@ FILESYSTEM_API bool FRT_ZIP_FOLDER(const char* folder, const char* zip);
 
 /// Unpacks a zip archive without password into a folder.
 ///
-/// Missing folders are made, existing files replaced. The first entry that
-/// fails ends the call: one that is damaged, is encrypted, is a folder, or has
-/// a name that leads out of the folder (`..`, a root, a drive).
+/// Missing folders are created, existing files and links replaced. The first
+/// entry that fails ends the call: one that is damaged, is encrypted, is a
+/// folder, or has a name that escapes the folder (`..`, a root, a drive) or
+/// passes through a symbolic link in it.
 /// @param zip    path of the archive, not null
-/// @param folder folder, with or without trailing `\`, not null. A `/` at its
-///               end gets a `\` behind it, and behind such a pair, as
-///               EnsurePathExists has it, no folder is made: entries in
-///               folders that are not there fail.
+/// @param folder folder, with or without trailing separator, not null
 /// @return true if every entry came out; also for a file that is no zip archive
 FILESYSTEM_API bool FRT_UNZIP_FILE(const char* zip, const char* folder);

@@ -78,28 +78,31 @@ class FILESYSTEM_API ZipArchive {
   /// @return 0 if it has at least one, else 1, also if it cannot be read
   int empty() const;
 
-  /// Extracts entries to files. Missing folders are made, existing files
-  /// replaced. A name that leads out of the prefix (`..`, a root, a drive) fails.
+  /// Extracts entries to files, each at the path made of the prefix and its name.
+  /// Missing folders are created and existing files replaced. A name that escapes
+  /// the prefix (`..`, a root, a drive) fails, and so does one that passes through
+  /// a symbolic link below it. A link that has the name of an entry is replaced.
   /// @param names  names of entries
   /// @param prefix text put directly in front of each name: a folder ends in a
   ///               separator
   /// @return 1 if at least one entry was extracted
   int extract(const std::vector<std::string>& names, const char* prefix) const;
-  /// Extracts one entry to a file. Missing folders are made, an existing file
-  /// is replaced whole or not at all.
+  /// Extracts one entry to a file. Missing folders are created. An existing file
+  /// is replaced whole or not at all; a symbolic link is replaced itself.
   /// @param name   name of the entry
   /// @param target path of the file
   /// @return 1 or 0
   int extract(const char* name, const char* target) const;
   /// Extracts one entry to memory.
   /// @param name  name of the entry
-  /// @param bytes gets the content
-  /// @return 1 if at least one byte came: an empty entry gives 0
+  /// @param bytes receives the content. Unchanged if there is no such entry or it
+  ///              cannot be opened; empty if its data are damaged.
+  /// @return 1 if at least one byte was extracted; 0 for an empty entry
   int extract(const char* name, std::vector<unsigned char>& bytes) const;
 
   /// Adds an entry with the present time (UTC).
   /// @param bytes     its content
-  /// @param name      its name
+  /// @param name      its name, at most 260 bytes
   /// @param comment   its comment, bytes as they are
   /// @param overwrite non-zero to replace an entry of that name
   /// @return 1 if the entry is in the archive. A failure that replaces nothing
@@ -108,7 +111,8 @@ class FILESYSTEM_API ZipArchive {
              const std::string& comment, int overwrite);
   /// Adds a file with its last write time (local) and attributes.
   /// @param source    path of the file
-  /// @param name      name of the entry; null or empty for `source` as given
+  /// @param name      name of the entry, at most 260 bytes; null or empty for
+  ///                  `source` as given
   /// @param comment   its comment, bytes as they are; null for none
   /// @param overwrite non-zero to replace an entry of that name
   /// @return as for the form with bytes

@@ -2,7 +2,6 @@
 
 #include "zip/extraction.h"
 
-#include <filesystem/path.h>
 #include <filesystem/zip_archive.h>
 
 #include <algorithm>
@@ -31,6 +30,13 @@ bool leadsOut(std::string_view name) {
   return false;
 }
 
+// Length of the part of a path that is its folder: up to the last separator, or a drive.
+std::size_t folderLength(std::string_view path) {
+  const std::size_t separator = path.find_last_of(kSeparators);
+  if (separator != std::string_view::npos) return separator + 1;
+  return path.size() > 1 && path[1] == ':' ? 2 : 0;
+}
+
 constexpr std::uint32_t kBlock = 256 << 10;
 
 // Whether nothing is gained from holding the whole entry in memory.
@@ -53,18 +59,6 @@ bool readWhole(ZipReader* reader, unsigned char* place, std::uint32_t entrySize)
   return true;
 }
 
-// Whether one of the folders of `name` under `prefix` is a link, which could
-// lead anywhere.
-bool goesThroughLink(const std::string& prefix, const std::string& name) {
-  for (std::size_t end = name.find_first_of(kSeparators); end != std::string::npos;
-       end = name.find_first_of(kSeparators, end + 1)) {
-    const DWORD attributes = GetFileAttributesA((prefix + name.substr(0, end)).c_str());
-    if (attributes == INVALID_FILE_ATTRIBUTES) return false;
-    if ((attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0) return true;
-  }
-  return false;
-}
-
 bool writeAll(HANDLE file, std::span<const unsigned char> bytes) {
   constexpr std::size_t kBlock = std::size_t{1} << 30;
   for (std::size_t done = 0; done < bytes.size();) {
@@ -76,42 +70,6 @@ bool writeAll(HANDLE file, std::span<const unsigned char> bytes) {
     done += size;
   }
   return true;
-}
-
-// Replaces an existing file by way of a temporary one, so that its old content
-// outlives a full disk.
-template <typename Fill>
-bool replaceFile(const char* target, Fill fill) {
-  // Somebody who holds the target, or its read-only attribute, keeps it.
-  if (!platform::FileHandle(CreateFileA(target, GENERIC_READ | GENERIC_WRITE, 0, nullptr,
-                                        OPEN_EXISTING, FILE_ATTRIBUTE_ARCHIVE, nullptr))) {
-    return false;
-  }
-  char folder[MAX_PATH + 1] = {};
-  char temporary[MAX_PATH + 1] = {};
-  if (GetTempPathA(sizeof folder, folder) == 0 ||
-      GetTempFileNameA(folder, "~za", 0, temporary) == 0) {
-    return false;
-  }
-  platform::FileHandle file(CreateFileA(temporary, GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
-                                        FILE_ATTRIBUTE_ARCHIVE, nullptr));
-  const bool complete = file && fill(file.get());
-  file.reset();
-  const bool replaced = complete && ::CopyFileA(temporary, target, FALSE) != 0;
-  DeleteFileA(temporary);
-  return replaced;
-}
-
-// Makes or replaces a file with what `fill(handle)` writes, if that gives true.
-template <typename Fill>
-bool writeFile(const char* target, Fill fill) {
-  platform::FileHandle file(CreateFileA(target, GENERIC_READ | GENERIC_WRITE, 0, nullptr,
-                                        CREATE_NEW, FILE_ATTRIBUTE_ARCHIVE, nullptr));
-  if (!file) return GetLastError() == ERROR_FILE_EXISTS && replaceFile(target, fill);
-  if (fill(file.get())) return true;
-  file.reset();
-  DeleteFileA(target);
-  return false;
 }
 
 }  // namespace
@@ -141,7 +99,6 @@ std::vector<std::string> Extractor::names() {
 }
 
 bool Extractor::toBytes(const std::string& stored, std::vector<unsigned char>& bytes) {
-  bytes.clear();
   if (!locate(stored)) return false;
   const OpenEntry entry(reader_.get(), password_);
   ZipEntryInfo info = {};
@@ -154,21 +111,30 @@ bool Extractor::toBytes(const std::string& stored, std::vector<unsigned char>& b
 }
 
 bool Extractor::toFile(const std::string& stored, const std::string& target) {
+  return write(stored, target, folderLength(target));
+}
+
+bool Extractor::toPlace(const std::string& stored, const std::string& prefix,
+                        const std::string& name) {
+  return !leadsOut(name) && write(stored, prefix + name, folderLength(prefix));
+}
+
+bool Extractor::write(const std::string& stored, const std::string& target,
+                      std::size_t folderLength) {
   if (!locate(stored)) return false;
   const OpenEntry entry(reader_.get(), password_);
   ZipEntryInfo info = {};
   if (!entry || !describe(info)) return false;
+  const auto writeTo = [&](const platform::ConfinedDirectory::Fill& fill) {
+    return openFolder(target.substr(0, folderLength)) &&
+           folder_->write(std::string_view(target).substr(folderLength), fill);
+  };
   if (comesInBlocks(info)) {
-    makeFolderOf(target);
-    return writeFile(target.c_str(),
-                     [&](HANDLE file) { return copyBlocks(file, info.uncompressedSize); });
+    return writeTo([&](HANDLE file) { return copyBlocks(file, info.uncompressedSize); });
   }
   unsigned char* const content = content_.of(std::max(info.uncompressedSize, 1U));
   if (!readWhole(reader_.get(), content, info.uncompressedSize)) return false;
-  makeFolderOf(target);
-  return writeFile(target.c_str(), [&](HANDLE file) {
-    return writeAll(file, {content, info.uncompressedSize});
-  });
+  return writeTo([&](HANDLE file) { return writeAll(file, {content, info.uncompressedSize}); });
 }
 
 // The open entry's bytes, block by block.
@@ -182,22 +148,21 @@ bool Extractor::copyBlocks(HANDLE file, std::uint32_t entrySize) {
   return true;
 }
 
-void Extractor::makeFolderOf(const std::string& target) {
-  std::string folder = FileSystem::extractPath(target);
-  if (folder == lastFolder_) return;
-  FileSystem::Detail::makeFolders(folder.c_str());
-  lastFolder_ = std::move(folder);
-}
-
-bool Extractor::toPlace(const std::string& stored, const std::string& prefix,
-                        const std::string& name) {
-  if (leadsOut(name)) return false;
-  std::string folder = prefix + name.substr(0, name.find_last_of(kSeparators) + 1);
-  if (folder != lastPlace_) {
-    if (goesThroughLink(prefix, name)) return false;
-    lastPlace_ = std::move(folder);
+// Opens the folder that the next files are written below, and makes it if it is missing.
+bool Extractor::openFolder(const std::string& path) {
+  if (folder_ && path == folderPath_) return true;
+  folder_.emplace(path);
+  if (!*folder_) {
+    // With one separator at the end: a pair that begins with `/` would count as the start of a
+    // server's name.
+    const std::size_t end = path.find_last_not_of(kSeparators) + 1;
+    FileSystem::Detail::makeFolders(path.substr(0, end + 1).c_str());
+    folder_.emplace(path);
   }
-  return toFile(stored, prefix + name);
+  folderPath_ = path;
+  if (*folder_) return true;
+  folder_.reset();
+  return false;
 }
 
 }  // namespace zip

@@ -1,9 +1,11 @@
 #pragma once
 // Entries out of an archive that stays open: one reader for a whole list.
 
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "platform/confined_directory.h"
 #include "platform/large_memory.h"
 #include "zip/zip_archive_private.h"
 
@@ -25,21 +27,25 @@ class Extractor {
   // As toFile, to the place that the entry's name tells under `prefix`; a name
   // that leads out of it is refused, and so is a way through a link.
   bool toPlace(const std::string& stored, const std::string& prefix, const std::string& name);
-  // Reads an entry. On failure `bytes` is empty.
+  // Reads an entry. `bytes` is unchanged if there is no such entry or it cannot be opened, and
+  // empty if it turns out damaged.
   bool toBytes(const std::string& stored, std::vector<unsigned char>& bytes);
 
  private:
   // Makes the entry of that stored name the current one.
   bool locate(const std::string& stored);
   bool describe(ZipEntryInfo& info);
+  // Writes an entry to a file. The first `folderLength` bytes of its path are the folder, which may
+  // lie behind links; past them no link is followed.
+  bool write(const std::string& stored, const std::string& target, std::size_t folderLength);
   bool copyBlocks(HANDLE file, std::uint32_t entrySize);
-  void makeFolderOf(const std::string& target);
+  bool openFolder(const std::string& path);
 
   Reader reader_;
   const char* password_;
-  platform::Room content_;  // of the last toFile
-  std::string lastPlace_;   // folder of the last toPlace, which is behind no link
-  std::string lastFolder_;  // made by the last toFile, so that it is made once
+  platform::Room content_;                             // of the last toFile
+  std::optional<platform::ConfinedDirectory> folder_;  // of the last file written
+  std::string folderPath_;
 };
 
 }  // namespace zip

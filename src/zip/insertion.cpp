@@ -29,6 +29,8 @@ std::uint32_t startCrc() { return ZipCrc32(0, nullptr, 0); }
 
 bool beginEntry(ZipWriter* writer, const std::string& stored, const ZipNewEntryInfo& info,
                 const char* comment, const char* password, std::uint32_t crc) {
+  // A longer name could be looked up by no other call.
+  if (stored.size() > kLongestName) return false;
   constexpr int kWindowBits = -15;
   constexpr int kMemoryLevel = 8;
   return ZipOpenNewEntry(writer, stored.c_str(), &info, nullptr, 0, nullptr, 0, comment,

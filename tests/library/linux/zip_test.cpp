@@ -1,5 +1,6 @@
 // Archives against links, full disks and small memories.
 
+#include <fcntl.h>
 #include <filesystem/zip.h>
 #include <filesystem/zip_archive.h>
 #include <gtest/gtest.h>
@@ -82,20 +83,67 @@ TEST_F(ZipOnLinux, BackslashesInNamesComeBack) {
   EXPECT_EQ(support::run(folder_.path(), "diff -r in out"), 0);
 }
 
-TEST_F(ZipOnLinux, ExtractionDoesNotGoThroughLinks) {
-  support::writeFile(folder_.file("outside/file"), "untouched");
+// Unpacking writes nothing outside the target through links that the target contains. A link that
+// has the name of an entry is replaced; a link in the place of a directory fails.
+TEST_F(ZipOnLinux, ExtractionFollowsNoLinks) {
+  for (const char* const name : {"link", "folder/file"}) {
+    const std::string link = std::string(name).substr(0, std::string(name).find('/'));
+    ZipArchive archive;
+    ASSERT_EQ(archive.create(path_.c_str(), 1), 1);
+    ASSERT_EQ(archive.insert({'x'}, name, "", 0), 1);
+    archive.open(path_.c_str(), kRead);
+    for (const char* const leadsTo : {"../outside/file", "../outside/missing", "../outside"}) {
+      for (int way = 0; way < 3; ++way) {
+        SCOPED_TRACE(name + std::string(" ") + leadsTo + " " + std::to_string(way));
+        const std::filesystem::path inTheWay = std::filesystem::path(out_) / link;
+        std::filesystem::remove_all(out_);
+        std::filesystem::create_directories(out_);
+        support::writeFile(folder_.file("outside/file"), "untouched");
+        std::filesystem::create_symlink(leadsTo, inTheWay);
+        const bool replaces = link == name;
+        const std::string prefix = out_ + "/";
+        if (way == 0) {
+          EXPECT_EQ(FRT_UNZIP_FILE(path_.c_str(), out_.c_str()), replaces);
+        } else if (way == 1) {
+          EXPECT_EQ(archive.extract(std::vector<std::string>{name}, prefix.c_str()), replaces);
+        } else if (replaces) {
+          EXPECT_EQ(archive.extract(name, (prefix + name).c_str()), 1);
+        }
+        EXPECT_EQ(std::filesystem::is_symlink(inTheWay), !replaces);
+        EXPECT_EQ(support::outputOf(folder_.path(), "ls outside; cat outside/file"),
+                  "file\nuntouched");
+      }
+    }
+  }
+}
+
+// Another process exchanges a directory of the target, and a file in another one, for links all the
+// time.
+TEST_F(ZipOnLinux, ExtractionFollowsNoLinksThatAreSwappedIn) {
   {
     ZipArchive archive;
     ASSERT_EQ(archive.create(path_.c_str(), 1), 1);
-    ASSERT_EQ(archive.insert({'x'}, "link/file", "", 0), 1);
+    ASSERT_EQ(archive.insert({'x'}, "folder/file", "", 0), 1);
+    ASSERT_EQ(archive.insert({'x'}, "stable/file", "", 0), 1);
   }
-  std::filesystem::create_directory(out_);
-  std::filesystem::create_directory_symlink(folder_.file("outside"), out_ + "/link");
-  EXPECT_FALSE(FRT_UNZIP_FILE(path_.c_str(), out_.c_str()));
-  ZipArchive archive;
-  archive.open(path_.c_str(), kRead);
-  EXPECT_EQ(archive.extract(std::vector<std::string>{"link/file"}, (out_ + "\\").c_str()), 0);
-  EXPECT_EQ(support::readFile(folder_.file("outside/file")), "untouched");
+  support::writeFile(folder_.file("outside/file"), "untouched");
+  support::writeFile(folder_.file("out/stable/file"), "old");
+  std::filesystem::create_directory(out_ + "/folder");
+  std::filesystem::create_symlink(folder_.file("outside"), folder_.file("folder link"));
+  std::filesystem::create_symlink(folder_.file("outside/file"), folder_.file("file link"));
+  support::ForkedProcess swapper([&](const auto&) {
+    const auto exchange = [](const std::string& a, const std::string& b) {
+      return renameat2(AT_FDCWD, a.c_str(), AT_FDCWD, b.c_str(), RENAME_EXCHANGE);
+    };
+    for (;;) {
+      exchange(folder_.file("folder link"), out_ + "/folder");
+      exchange(folder_.file("file link"), out_ + "/stable/file");
+    }
+    return 0;
+  });
+  for (int round = 0; round < 300; ++round) FRT_UNZIP_FILE(path_.c_str(), out_.c_str());
+  swapper.kill();
+  EXPECT_EQ(support::outputOf(folder_.path(), "ls outside; cat outside/file"), "file\nuntouched");
 }
 
 // What a process leaves that is killed between naming a rewritten archive and
