@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/unique_handle.h"
@@ -86,6 +87,57 @@ TEST_F(Conformance, Opening) {
       DeleteFileA(at("missing").c_str());
     }
   }
+}
+
+// Rights beside those of reading and writing, on a file that is free, one that is
+// read-only, one that is held without any sharing, and one whose holder reads
+// and shares reading alone.
+TEST_F(Conformance, Rights) {
+  const platform::FileHandle reader(
+      CreateFileA(at("other").c_str(), kRead, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr));
+  constexpr DWORD kDenied = ERROR_ACCESS_DENIED;
+  constexpr DWORD kViolation = ERROR_SHARING_VIOLATION;
+  struct {
+    DWORD access;
+    DWORD file, readOnly, held, other;
+  } const cases[] = {
+      {0, 0, 0, 0, 0},
+      {GENERIC_EXECUTE, 0, 0, kViolation, 0},
+      {GENERIC_ALL, 0, kDenied, kViolation, kViolation},
+      {FILE_READ_DATA, 0, 0, kViolation, 0},
+      {FILE_WRITE_DATA, 0, kDenied, kViolation, kViolation},
+      {FILE_APPEND_DATA, 0, kDenied, kViolation, kViolation},
+      {FILE_EXECUTE, 0, 0, kViolation, 0},
+      {DELETE, 0, 0, kViolation, kViolation},
+  };
+  for (const auto& c : cases) {
+    const std::pair<const char*, DWORD> files[] = {
+        {"file", c.file}, {"read-only", c.readOnly}, {"held", c.held}, {"other", c.other}};
+    for (const auto& [name, error] : files) {
+      SetLastError(ERROR_SUCCESS);
+      const platform::FileHandle file(
+          CreateFileA(at(name).c_str(), c.access, 3, nullptr, OPEN_EXISTING, 0, nullptr));
+      EXPECT_EQ(static_cast<bool>(file), error == ERROR_SUCCESS) << name << ' ' << c.access;
+      EXPECT_EQ(GetLastError(), error) << name << ' ' << c.access;
+    }
+  }
+  // Who may delete is refused by one who denies it, and the other way round.
+  const platform::FileHandle deleter(
+      CreateFileA(at("file").c_str(), DELETE, 7, nullptr, OPEN_EXISTING, 0, nullptr));
+  for (const DWORD share : {3, 7}) {
+    EXPECT_EQ(static_cast<bool>(platform::FileHandle(CreateFileA(
+                  at("file").c_str(), kRead, share, nullptr, OPEN_EXISTING, 0, nullptr))),
+              share == 7);
+  }
+  // A handle that appends writes at the end, wherever it is positioned.
+  const platform::FileHandle appender(CreateFileA(at("full\\inside").c_str(), FILE_APPEND_DATA, 7,
+                                                  nullptr, OPEN_EXISTING, 0, nullptr));
+  for (const char* text : {"a", "b"}) {
+    DWORD count = 0;
+    OVERLAPPED start{};
+    EXPECT_TRUE(WriteFile(appender.get(), text, 1, &count, &start));
+  }
+  EXPECT_EQ(support::readFile(folder_.file("full/inside")), "ab");
 }
 
 TEST_F(Conformance, Names) {

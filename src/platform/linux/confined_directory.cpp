@@ -40,7 +40,7 @@ struct ConfinedDirectory::State {
 namespace platform::native {
 namespace {
 
-constexpr DWORD kAllAccess = GENERIC_READ | GENERIC_WRITE;
+constexpr DWORD kReadWrite = FILE_READ_DATA | FILE_WRITE_DATA | FILE_APPEND_DATA;
 
 // Opens a directory in the open directory `parent`, creating it if it is missing.
 Descriptor openOrCreateDirectory(int parent, const char* name) {
@@ -54,9 +54,10 @@ Descriptor openOrCreateDirectory(int parent, const char* name) {
 
 // Runs `fill` on a handle that does not own the descriptor.
 bool fillFile(int descriptor, const ConfinedDirectory::Fill& fill) {
-  struct stat status;
-  if (fstat(descriptor, &status) != 0) return failWithErrno() != FALSE;
-  return fill(makeFileHandle(descriptor, kAllAccess, status));
+  const HANDLE handle = makeFileHandle(descriptor, kReadWrite);
+  const bool filled = handle != INVALID_HANDLE_VALUE && fill(handle);
+  endOpening(handle);
+  return filled;
 }
 
 // False with errno EEXIST, and `fill` not called, if the name is in use.
@@ -65,8 +66,7 @@ bool writeNew(int directory, const char* name, const ConfinedDirectory::Fill& fi
   const Descriptor file(
       openRetrying(directory, name, O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW, kPermissions));
   if (!file) return false;
-  if (!holdNew(file.get(), kAllAccess, 0) &&
-      acquireShare(file.get(), kAllAccess, 0) != ShareResult::Granted) {
+  if (!acquireNew(file.get(), kReadWrite, 0) && !acquireShare(file.get(), kReadWrite, 0)) {
     errno = EBUSY;
     return false;
   }
@@ -92,7 +92,7 @@ Descriptor lockForReplacement(int directory, const char* name, struct stat& stat
     fail(ERROR_ACCESS_DENIED);
     return {};
   }
-  if (acquireShare(file.get(), kAllAccess, 0) == ShareResult::Granted) return file;
+  if (acquireShare(file.get(), kReadWrite, 0)) return file;
   fail(ERROR_SHARING_VIOLATION);
   return {};
 }

@@ -15,25 +15,24 @@
 namespace platform::native {
 namespace {
 
-// Whether what the status tells of can be deleted.
-bool permits(const struct stat& status) {
-  return !S_ISDIR(status.st_mode) && !(S_ISREG(status.st_mode) && isReadOnly(status.st_mode));
+// Returns the error of a regular file that must not be deleted now.
+DWORD denialOf(int folder, const char* path, const struct stat& status) {
+  if (isReadOnly(status.st_mode)) return ERROR_ACCESS_DENIED;
+  const Descriptor file(openRetrying(folder, path, O_RDONLY | O_NOFOLLOW));
+  if (file) return deletionDenied(file.get()) ? ERROR_SHARING_VIOLATION : ERROR_SUCCESS;
+  // No one holds a file with locks that cannot be opened for reading.
+  return errno == EACCES ? ERROR_SUCCESS : errorFromErrno(errno);
 }
 
 }  // namespace
 
 DWORD deleteAt(int folder, const char* path) {
-  const Descriptor file(openRetrying(folder, path, O_RDONLY | O_NOFOLLOW));
   struct stat status;
-  // What cannot be opened for reading, as a link, has no holder that went through
-  // here.
-  const bool looked = (file && fstat(file.get(), &status) == 0) ||
-                      fstatat(folder, path, &status, AT_SYMLINK_NOFOLLOW) == 0;
-  if (!looked) return errorFromErrno(errno);
-  if (!permits(status)) return ERROR_ACCESS_DENIED;
-  if (file && S_ISREG(status.st_mode) && deletionDenied(file.get())) {
-    return ERROR_SHARING_VIOLATION;
-  }
+  if (fstatat(folder, path, &status, AT_SYMLINK_NOFOLLOW) != 0) return errorFromErrno(errno);
+  if (S_ISDIR(status.st_mode)) return ERROR_ACCESS_DENIED;
+  const DWORD denial =
+      S_ISREG(status.st_mode) ? denialOf(folder, path, status) : DWORD{ERROR_SUCCESS};
+  if (denial != ERROR_SUCCESS) return denial;
   return unlinkat(folder, path, 0) == 0 ? ERROR_SUCCESS : errorFromErrno(errno);
 }
 

@@ -5,9 +5,9 @@
 
 namespace platform::native {
 
-// Deletes a file that nobody holds without delete sharing; of a link the link,
-// whatever is behind it. A relative path counts from `folder`, an open folder or
-// AT_FDCWD. Gives the Win32 error code; a missing folder counts as a missing file.
+// Deletes a file, or a link itself, unless it is read-only or held without delete
+// sharing. A relative path counts from `folder`, an open folder or AT_FDCWD.
+// Returns the Win32 error code; a missing folder counts as a missing file.
 DWORD deleteAt(int folder, const char* path);
 
 }  // namespace platform::native

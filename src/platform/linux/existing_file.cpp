@@ -4,6 +4,7 @@
 
 #include <cerrno>
 
+#include "platform/linux/access_rights.h"
 #include "platform/linux/attributes.h"
 #include "platform/linux/share_lock.h"
 
@@ -17,27 +18,35 @@ int openRetrying(int folder, const char* path, int flags, mode_t mode) {
   return descriptor;
 }
 
-// The locks need a descriptor that reads, so a file is opened for writing alone
-// only if it cannot be opened for both; its sharing is not enforced then.
-Descriptor openExisting(int folder, const char* path, DWORD access) {
-  if ((access & GENERIC_WRITE) == 0) return Descriptor(openRetrying(folder, path, O_RDONLY));
-  Descriptor both(openRetrying(folder, path, O_RDWR));
-  if (both || errno != EACCES || (access & GENERIC_READ) != 0) return both;
-  return Descriptor(openRetrying(folder, path, O_WRONLY));
-}
-
 bool isOpenable(const struct stat& status, bool changes) {
   return S_ISREG(status.st_mode) && !(changes && isReadOnly(status.st_mode));
 }
 
-bool probeExisting(int folder, const char* path, DWORD access, DWORD share) {
+// The locks of share modes need a descriptor that reads. A file is opened for
+// writing alone only if it cannot be opened for both, and is shared freely then.
+Descriptor openRegular(int folder, const char* path, DWORD rights) {
+  if (!writes(rights)) return Descriptor(openRetrying(folder, path, O_RDONLY));
+  const int append = appendsOnly(rights) ? O_APPEND : 0;
+  Descriptor both(openRetrying(folder, path, O_RDWR | append));
+  if (both || errno != EACCES || reads(rights)) return both;
+  return Descriptor(openRetrying(folder, path, O_WRONLY | append));
+}
+
+bool probeExisting(int folder, const char* path, DWORD rights, DWORD share) {
+  struct stat status;
+  return fstatat(folder, path, &status, 0) == 0 && isOpenable(status, writes(rights)) &&
+         probeRegular(folder, path, rights, share);
+}
+
+bool probeRegular(int folder, const char* path, DWORD rights, DWORD share) {
   for (int attempt = 1;; ++attempt) {
-    const Descriptor file = openExisting(folder, path, access);
+    const Descriptor file = openRegular(folder, path, rights);
+    if (!file) return false;
+    if (shareAvailable(file.get(), rights, share)) return true;
+    // Another file may have the name by now.
     struct stat status;
-    if (!file || fstat(file.get(), &status) != 0) return false;
-    if (status.st_nlink == 0 && attempt < kOpenAttempts) continue;
-    return isOpenable(status, (access & GENERIC_WRITE) != 0) &&
-           shareAvailable(file.get(), access, share);
+    const bool isGone = fstat(file.get(), &status) == 0 && status.st_nlink == 0;
+    if (!isGone || attempt == kOpenAttempts) return false;
   }
 }
 

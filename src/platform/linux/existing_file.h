@@ -1,6 +1,6 @@
 #pragma once
-// Opening files that are there. A relative path counts from `folder`, an open
-// folder or AT_FDCWD.
+// Opening files that exist. A relative path counts from `folder`, an open folder
+// or AT_FDCWD. Rights are specific ones.
 
 #include <sys/stat.h>
 
@@ -9,21 +9,27 @@
 
 namespace platform::native {
 
-// Openings in a row that meet a file which somebody deletes, replaces or makes
-// at the same instant.
+// Attempts to open a file that other processes delete, replace or create at the
+// same time.
 inline constexpr int kOpenAttempts = 100;
 
-// As openat, in a way that neither waits nor is cut short by a signal.
+// Calls openat, so that it neither blocks nor is interrupted by a signal.
 int openRetrying(int folder, const char* path, int flags, mode_t mode = 0);
 
-// Opens for the access, and where that is possible for reading too.
-Descriptor openExisting(int folder, const char* path, DWORD access);
-
-// Whether what has that status is a file that can be opened at all, for changes
-// or without.
+// True if CreateFileA opens what has this status: a regular file, which is not
+// read-only if the opening `changes` it.
 bool isOpenable(const struct stat& status, bool changes);
 
-// Whether the file can be opened with that access and sharing now.
-bool probeExisting(int folder, const char* path, DWORD access, DWORD share);
+// Opens a regular file for the rights and, where that is possible, for reading
+// too. The caller has checked the type before: opening a FIFO wakes a process
+// that waits for its other end, and opening a device can set it going.
+Descriptor openRegular(int folder, const char* path, DWORD rights);
+
+// Reports whether the file can be opened with these rights and this share mode
+// now.
+bool probeExisting(int folder, const char* path, DWORD rights, DWORD share);
+
+// Does the same for a name that its folder lists as that of a regular file.
+bool probeRegular(int folder, const char* path, DWORD rights, DWORD share);
 
 }  // namespace platform::native

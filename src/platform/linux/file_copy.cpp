@@ -135,7 +135,7 @@ bool examine(const NativePath& path, const Source& source, bool failIfExists, Ta
   target.held = Descriptor(::open(real, O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY));
   if (!target.held) return true;
   constexpr DWORD kShare = FILE_SHARE_READ | FILE_SHARE_DELETE;
-  if (acquireShare(target.held.get(), GENERIC_WRITE, kShare) != ShareResult::Granted) {
+  if (!acquireShare(target.held.get(), FILE_WRITE_DATA, kShare)) {
     return fail(ERROR_SHARING_VIOLATION);
   }
   // The one who held it before may have put another file in its place.
@@ -154,7 +154,7 @@ bool copyTo(const Source& source, const Target& target) {
   }
   constexpr mode_t kPermissions = 0777;
   NewFile file = NewFile::named(target.path, source.status.st_mode & kPermissions);
-  if (file) holdAlone(file.descriptor());
+  if (file) holdUnfinished(file.descriptor());
   if (!fill(source, target, file)) return false;
   file.keep();
   return true;

@@ -1,60 +1,83 @@
 #include "platform/linux/file_handle.h"
 
-#include <cerrno>
+#include <array>
+#include <atomic>
+
+#include "platform/linux/last_error.h"
 
 namespace platform::native {
 namespace {
 
-// From the lowest bit: 24 bits descriptor, one bit each for reading and
-// writing, a marker, 37 bits tag.
-constexpr unsigned kDescriptorBits = 24;
-constexpr std::uint64_t kDescriptorMask = (std::uint64_t{1} << kDescriptorBits) - 1;
-constexpr std::uint64_t kRead = std::uint64_t{1} << 24;
-constexpr std::uint64_t kWrite = std::uint64_t{1} << 25;
-// With its neighbour zero it tells handles from INVALID_HANDLE_VALUE and null.
-constexpr std::uint64_t kMarker = std::uint64_t{1} << 26;
-constexpr std::uint64_t kMarkerMask = std::uint64_t{3} << 26;
-constexpr unsigned kTagShift = 28;
+// A handle, from its lowest bit:
+//
+//   24 bits      3 bits             1 bit   4 bits  32 bits
+//   descriptor   read write append  marker  zero    number of the opening
+//
+// The marker and the zeros distinguish handles from null and from
+// INVALID_HANDLE_VALUE. The bits of the rights are those of FILE_READ_DATA,
+// FILE_WRITE_DATA and FILE_APPEND_DATA.
+constexpr unsigned kRightsShift = 24;
+constexpr std::uint64_t kDescriptorMask = (std::uint64_t{1} << kRightsShift) - 1;
+constexpr DWORD kRights = FILE_READ_DATA | FILE_WRITE_DATA | FILE_APPEND_DATA;
+constexpr std::uint64_t kMarker = std::uint64_t{1} << 27;
+constexpr std::uint64_t kMarkerMask = std::uint64_t{0x1F} << 27;
+constexpr unsigned kOpeningShift = 32;
 
 static_assert(sizeof(HANDLE) == sizeof(std::uint64_t));
+static_assert(kRights == 7);
+
+// As many descriptors as Linux lets a process have, unless the administrator
+// raised fs.nr_open. Pages of the table that no descriptor uses take no memory.
+constexpr std::size_t kDescriptors = std::size_t{1} << 20;
+
+// Changes whenever the descriptor is opened or closed through this layer. It
+// repeats after 2^31 openings of one descriptor.
+std::array<std::atomic<std::uint32_t>, kDescriptors> openings;
 
 std::uint64_t valueOf(HANDLE handle) { return reinterpret_cast<std::uintptr_t>(handle); }
 
-std::uint64_t tagOf(const struct stat& status) {
-  // Fibonacci hashing: the upper bits of the product depend on all of the input.
-  constexpr std::uint64_t kFactor = 0x9E3779B97F4A7C15;
-  const std::uint64_t product = (status.st_ino * kFactor + status.st_dev) * kFactor;
-  return product >> kTagShift;
+std::uint32_t openingOf(HANDLE handle) {
+  return static_cast<std::uint32_t>(valueOf(handle) >> kOpeningShift);
 }
+
+// The table's entry for a value that makeFileHandle can have returned, or null.
+std::atomic<std::uint32_t>* entryOf(HANDLE handle) {
+  const std::uint64_t value = valueOf(handle);
+  const std::uint64_t descriptor = value & kDescriptorMask;
+  const bool isHandle = (value & kMarkerMask) == kMarker && descriptor < kDescriptors;
+  return isHandle ? &openings[descriptor] : nullptr;
+}
+
+int descriptorIn(HANDLE handle) { return static_cast<int>(valueOf(handle) & kDescriptorMask); }
 
 }  // namespace
 
-HANDLE makeFileHandle(int descriptor, DWORD access, const struct stat& status) {
-  std::uint64_t value = static_cast<std::uint64_t>(descriptor) | kMarker;
-  if ((access & GENERIC_READ) != 0) value |= kRead;
-  if ((access & GENERIC_WRITE) != 0) value |= kWrite;
-  value |= tagOf(status) << kTagShift;
+HANDLE makeFileHandle(int descriptor, DWORD rights) {
+  const auto index = static_cast<std::size_t>(descriptor);
+  if (index >= kDescriptors) return invalidHandle(ERROR_TOO_MANY_OPEN_FILES);
+  const std::uint64_t opening = openings[index].fetch_add(1, std::memory_order_relaxed) + 1U;
+  const std::uint64_t value = index | std::uint64_t{rights & kRights} << kRightsShift | kMarker |
+                              (opening & 0xFFFFFFFF) << kOpeningShift;
   return reinterpret_cast<HANDLE>(value);
 }
 
 int descriptorOf(HANDLE handle) {
-  const std::uint64_t value = valueOf(handle);
-  return (value & kMarkerMask) == kMarker ? static_cast<int>(value & kDescriptorMask) : -1;
+  const auto* const entry = entryOf(handle);
+  const bool isOpen =
+      entry != nullptr && entry->load(std::memory_order_relaxed) == openingOf(handle);
+  return isOpen ? descriptorIn(handle) : -1;
 }
 
-bool grants(HANDLE handle, DWORD access) {
-  const std::uint64_t value = valueOf(handle);
-  return ((access & GENERIC_READ) == 0 || (value & kRead) != 0) &&
-         ((access & GENERIC_WRITE) == 0 || (value & kWrite) != 0);
+int endOpening(HANDLE handle) {
+  auto* const entry = entryOf(handle);
+  std::uint32_t opening = openingOf(handle);
+  const bool ended = entry != nullptr && entry->compare_exchange_strong(opening, opening + 1,
+                                                                        std::memory_order_relaxed);
+  return ended ? descriptorIn(handle) : -1;
 }
 
-bool isCurrent(HANDLE handle) {
-  const int descriptor = descriptorOf(handle);
-  if (descriptor < 0) return false;
-  struct stat status;
-  // A file that cannot be asked is open all the same, and has to be closed.
-  if (fstat(descriptor, &status) != 0) return errno != EBADF;
-  return tagOf(status) == valueOf(handle) >> kTagShift;
+bool grantsAny(HANDLE handle, DWORD rights) {
+  return (valueOf(handle) >> kRightsShift & rights & kRights) != 0;
 }
 
 }  // namespace platform::native

@@ -1,24 +1,25 @@
 #pragma once
-// What a file handle is made of: the descriptor, the granted access, and a tag
-// of the file's identity that tells a stale handle from the file that got its
-// descriptor afterwards.
-
-#include <sys/stat.h>
+// File handles: values that pack a descriptor, the granted rights, and the number
+// of the opening. A table keeps the number of the last opening of each
+// descriptor, so that a handle is known to be closed without a system call, even
+// if its descriptor is in use again.
 
 #include "platform/linux/win32_linux.h"
 
 namespace platform::native {
 
-// `status` is that of the open file.
-HANDLE makeFileHandle(int descriptor, DWORD access, const struct stat& status);
+// Returns INVALID_HANDLE_VALUE, with the error, if the table does not reach as
+// far as the descriptor, which stays open. `rights` are specific ones.
+HANDLE makeFileHandle(int descriptor, DWORD rights);
 
-// -1 for INVALID_HANDLE_VALUE and values that no open can have given.
+// Returns the descriptor of an open handle, or -1.
 int descriptorOf(HANDLE handle);
 
-// Whether the handle was opened with this access.
-bool grants(HANDLE handle, DWORD access);
+// Ends the opening, so that all copies of the handle are closed ones. Returns the
+// descriptor, for the caller to close, or -1 if the handle is closed.
+int endOpening(HANDLE handle);
 
-// Whether the descriptor is still open on the handle's file.
-bool isCurrent(HANDLE handle);
+// True if the handle was opened with one of these specific rights.
+bool grantsAny(HANDLE handle, DWORD rights);
 
 }  // namespace platform::native

@@ -1,5 +1,6 @@
 // Reading, writing, positions and sizes of open files.
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -17,16 +18,18 @@ namespace {
 // Most bytes that Linux transfers in one call, whatever it is asked for.
 constexpr std::size_t kLargestTransfer = 0x7FFFF000;
 
-// The descriptor of a handle with that access; -1 and the error otherwise.
-int usable(HANDLE handle, DWORD access) {
+// Returns the descriptor of an open handle, or -1 with the error.
+int opened(HANDLE handle) {
   const int descriptor = descriptorOf(handle);
-  if (descriptor < 0) {
-    fail(ERROR_INVALID_HANDLE);
-  } else if (!grants(handle, access)) {
-    fail(ERROR_ACCESS_DENIED);
-  } else {
-    return descriptor;
-  }
+  if (descriptor < 0) fail(ERROR_INVALID_HANDLE);
+  return descriptor;
+}
+
+// Does the same for a handle that needs one of these rights.
+int openedFor(HANDLE handle, DWORD rights) {
+  const int descriptor = opened(handle);
+  if (descriptor < 0 || grantsAny(handle, rights)) return descriptor;
+  fail(ERROR_ACCESS_DENIED);
   return -1;
 }
 
@@ -34,8 +37,8 @@ off_t offsetOf(const OVERLAPPED& overlapped) {
   return static_cast<off_t>(std::uint64_t{overlapped.OffsetHigh} << 32 | overlapped.Offset);
 }
 
-// Calls `step(done, size)` until `size` bytes are through or it gives 0.
-// False, with errno, if it gave a negative value before that.
+// Calls `step(done, size)`, which transfers at most `size` bytes, until all bytes
+// are done or it returns 0. False, with errno, if it returned a negative value.
 template <typename Step>
 bool transfer(DWORD size, DWORD& done, Step step) {
   done = 0;
@@ -55,15 +58,16 @@ bool transfer(DWORD size, DWORD& done, Step step) {
 using namespace platform::native;
 
 BOOL CloseHandle(HANDLE handle) {
-  if (!isCurrent(handle)) return fail(ERROR_INVALID_HANDLE);
-  return ::close(descriptorOf(handle)) == 0 || errno == EINTR ? TRUE : failWithErrno();
+  const int descriptor = endOpening(handle);
+  if (descriptor < 0) return fail(ERROR_INVALID_HANDLE);
+  return ::close(descriptor) == 0 || errno == EINTR ? TRUE : failWithErrno();
 }
 
 BOOL ReadFile(HANDLE handle, void* buffer, DWORD size, DWORD* read, OVERLAPPED* overlapped) {
   DWORD ignored = 0;
   DWORD& done = read != nullptr ? *read : ignored;
   done = 0;
-  const int descriptor = usable(handle, GENERIC_READ);
+  const int descriptor = openedFor(handle, FILE_READ_DATA);
   if (descriptor < 0) return FALSE;
   char* const bytes = static_cast<char*>(buffer);
   const bool complete =
@@ -74,7 +78,7 @@ BOOL ReadFile(HANDLE handle, void* buffer, DWORD size, DWORD* read, OVERLAPPED* 
           : transfer(size, done, [=](DWORD at, std::size_t count) {
               return pread(descriptor, bytes + at, count, offsetOf(*overlapped) + off_t{at});
             });
-  // What was read before a failure is delivered; the next call meets it again.
+  // Bytes that were read before a failure are returned; the next call fails.
   return complete || done > 0 ? TRUE : failWithErrno();
 }
 
@@ -83,10 +87,8 @@ BOOL WriteFile(HANDLE handle, const void* data, DWORD size, DWORD* written,
   DWORD ignored = 0;
   DWORD& done = written != nullptr ? *written : ignored;
   done = 0;
-  const int descriptor = usable(handle, GENERIC_WRITE);
+  const int descriptor = openedFor(handle, FILE_WRITE_DATA | FILE_APPEND_DATA);
   if (descriptor < 0) return FALSE;
-  // A copy of a handle that was closed must not write into another file.
-  if (!isCurrent(handle)) return fail(ERROR_INVALID_HANDLE);
   const char* const bytes = static_cast<const char*>(data);
   const bool complete =
       overlapped == nullptr
@@ -100,9 +102,9 @@ BOOL WriteFile(HANDLE handle, const void* data, DWORD size, DWORD* written,
 }
 
 BOOL FlushFileBuffers(HANDLE handle) {
-  const int descriptor = usable(handle, GENERIC_WRITE);
+  const int descriptor = openedFor(handle, FILE_WRITE_DATA | FILE_APPEND_DATA);
   if (descriptor < 0) return FALSE;
-  // Some file systems have nothing to commit and say so with EINVAL.
+  // File systems that have nothing to commit fail with EINVAL.
   return fdatasync(descriptor) == 0 || errno == EINVAL ? TRUE : failWithErrno();
 }
 
@@ -126,7 +128,7 @@ DWORD SetFilePointer(HANDLE handle, LONG distance, LONG* distanceHigh, DWORD met
 
 BOOL SetFilePointerEx(HANDLE handle, LARGE_INTEGER distance, LARGE_INTEGER* position,
                       DWORD method) {
-  const int descriptor = usable(handle, 0);
+  const int descriptor = opened(handle);
   if (descriptor < 0) return FALSE;
   constexpr int kWhence[] = {SEEK_SET, SEEK_CUR, SEEK_END};
   if (method >= std::size(kWhence)) return fail(ERROR_INVALID_PARAMETER);
@@ -137,7 +139,7 @@ BOOL SetFilePointerEx(HANDLE handle, LARGE_INTEGER distance, LARGE_INTEGER* posi
 }
 
 BOOL GetFileSizeEx(HANDLE handle, LARGE_INTEGER* size) {
-  const int descriptor = usable(handle, 0);
+  const int descriptor = opened(handle);
   if (descriptor < 0) return FALSE;
   struct stat status;
   if (fstat(descriptor, &status) != 0) return failWithErrno();
@@ -146,9 +148,8 @@ BOOL GetFileSizeEx(HANDLE handle, LARGE_INTEGER* size) {
 }
 
 BOOL SetEndOfFile(HANDLE handle) {
-  const int descriptor = usable(handle, GENERIC_WRITE);
+  const int descriptor = openedFor(handle, FILE_WRITE_DATA);
   if (descriptor < 0) return FALSE;
-  if (!isCurrent(handle)) return fail(ERROR_INVALID_HANDLE);
   const off_t position = lseek(descriptor, 0, SEEK_CUR);
   return position >= 0 && ftruncate(descriptor, position) == 0 ? TRUE : failWithErrno();
 }

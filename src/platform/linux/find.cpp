@@ -73,8 +73,7 @@ class Search {
 
   bool next(WIN32_FIND_DATAA& data) {
     while (folder_ != nullptr) {
-      const dirent* const entry = readdir(folder_.get());
-      name_ = entry == nullptr ? nullptr : entry->d_name;
+      const dirent* const entry = entry_ = readdir(folder_.get());
       if (entry == nullptr) break;
       if (foldersOnly_ && entry->d_type != DT_DIR && entry->d_type != DT_LNK &&
           entry->d_type != DT_UNKNOWN) {
@@ -92,30 +91,25 @@ class Search {
   }
 
   int folder() const { return dirfd(folder_.get()); }
-  // What the folder calls the entry that was delivered last; null if there is no
-  // such entry any more, or the search was for one name without a folder.
-  const char* name() const { return name_; }
+  // The entry that was returned last; null if there is none any more, or if the
+  // search was for a single name without an open folder.
+  const dirent* entry() const { return entry_; }
 
  private:
   std::unique_ptr<DIR, FolderCloser> folder_;
-  const char* name_ = nullptr;
+  const dirent* entry_ = nullptr;
   std::optional<Wildcard> pattern_;
   bool foldersOnly_ = false;
   bool namesOnly_ = false;
 };
 
-HANDLE invalid(DWORD error) {
-  SetLastError(error);
-  return INVALID_HANDLE_VALUE;
-}
-
 HANDLE findOne(const char* text, WIN32_FIND_DATAA& data) {
   const NativePath path(text);
-  if (!path.valid()) return invalid(path.error());
+  if (!path.valid()) return invalidHandle(path.error());
   const char* const separator = std::strrchr(path.c_str(), '/');
   const char* const name = separator == nullptr ? path.c_str() : separator + 1;
-  if (*name == '\0' || path.hadTrailingSeparator()) return invalid(ERROR_FILE_NOT_FOUND);
-  if (!describe(AT_FDCWD, path.c_str(), name, data)) return invalid(errorOnPath(path, errno));
+  if (*name == '\0' || path.hadTrailingSeparator()) return invalidHandle(ERROR_FILE_NOT_FOUND);
+  if (!describe(AT_FDCWD, path.c_str(), name, data)) return invalidHandle(errorOnPath(path, errno));
   return std::make_unique<Search>().release();
 }
 
@@ -130,8 +124,9 @@ std::string folderOf(std::string_view text, std::size_t patternStart) {
 
 FoundEntry lastFound(HANDLE handle) {
   const auto& search = *static_cast<const Search*>(handle);
-  if (search.name() == nullptr) return {};
-  return {.folder = search.folder(), .name = search.name()};
+  const dirent* const entry = search.entry();
+  if (entry == nullptr) return {};
+  return {.folder = search.folder(), .name = entry->d_name, .isRegular = entry->d_type == DT_REG};
 }
 
 }  // namespace platform::native
@@ -144,7 +139,7 @@ HANDLE FindFirstFileA(const char* pattern, WIN32_FIND_DATAA* data) {
 
 HANDLE FindFirstFileExA(const char* pattern, FINDEX_INFO_LEVELS, void* data,
                         FINDEX_SEARCH_OPS operation, void*, DWORD flags) {
-  if (pattern == nullptr || *pattern == '\0') return invalid(ERROR_PATH_NOT_FOUND);
+  if (pattern == nullptr || *pattern == '\0') return invalidHandle(ERROR_PATH_NOT_FOUND);
   auto& found = *static_cast<WIN32_FIND_DATAA*>(data);
   const std::string_view text(pattern);
   const std::size_t separator = text.find_last_of("\\/:");
@@ -153,15 +148,15 @@ HANDLE FindFirstFileExA(const char* pattern, FINDEX_INFO_LEVELS, void* data,
   if (!hasWildcards(names)) return findOne(pattern, found);
 
   const NativePath path(folderOf(text, start).c_str());
-  if (!path.valid()) return invalid(path.error());
+  if (!path.valid()) return invalidHandle(path.error());
   std::unique_ptr<DIR, FolderCloser> folder(opendir(path.c_str()));
   if (folder == nullptr) {
-    return invalid(errno == ENOENT ? ERROR_PATH_NOT_FOUND : errorFromErrno(errno));
+    return invalidHandle(errno == ENOENT ? ERROR_PATH_NOT_FOUND : errorFromErrno(errno));
   }
   auto search = std::make_unique<Search>(std::move(folder), names,
                                          operation == FindExSearchLimitToDirectories,
                                          (flags & FIND_NAMES_ONLY) != 0);
-  if (!search->next(found)) return invalid(ERROR_FILE_NOT_FOUND);
+  if (!search->next(found)) return invalidHandle(ERROR_FILE_NOT_FOUND);
   return search.release();
 }
 

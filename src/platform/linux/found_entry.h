@@ -8,6 +8,7 @@ namespace platform::native {
 struct FoundEntry {
   int folder = -1;             // descriptor, owned by the search
   const char* name = nullptr;  // native; valid until the search goes on
+  bool isRegular = false;      // listed as a regular file; false if the type is unknown
 };
 
 // The name is null if the search was for a single name, without an open folder,

@@ -69,4 +69,9 @@ BOOL fail(DWORD error) {
 
 BOOL failWithErrno() { return fail(errorFromErrno(errno)); }
 
+HANDLE invalidHandle(DWORD error) {
+  SetLastError(error);
+  return INVALID_HANDLE_VALUE;
+}
+
 }  // namespace platform::native

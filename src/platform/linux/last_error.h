@@ -5,15 +5,17 @@
 
 namespace platform::native {
 
-// The Win32 code of an errno value. A missing last component (ENOENT) is
-// ERROR_FILE_NOT_FOUND; callers that know the folder to be missing say
-// ERROR_PATH_NOT_FOUND themselves.
+// Returns the Win32 code of an errno value. A missing last component (ENOENT) is
+// ERROR_FILE_NOT_FOUND; see errorOnPath for a missing folder before it.
 DWORD errorFromErrno(int error);
 
-// Sets the error and gives FALSE, so that failing is one statement.
+// Sets the error and returns FALSE, so that failing is one statement.
 BOOL fail(DWORD error);
 
-// As fail(errorFromErrno(errno)).
+// Fails with the code of errno.
 BOOL failWithErrno();
+
+// Sets the error and returns INVALID_HANDLE_VALUE.
+HANDLE invalidHandle(DWORD error);
 
 }  // namespace platform::native

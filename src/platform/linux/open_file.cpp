@@ -1,11 +1,13 @@
-// CreateFileA: opening with access, sharing and disposition. A file is changed
-// only after its sharing was granted.
+// CreateFileA: opening with rights, share mode and disposition. A file is
+// changed only after its share mode was granted.
 
 #include <fcntl.h>
 #include <unistd.h>
 
 #include <cerrno>
 
+#include "platform/linux/access_rights.h"
+#include "platform/linux/attributes.h"
 #include "platform/linux/existing_file.h"
 #include "platform/linux/file_handle.h"
 #include "platform/linux/last_error.h"
@@ -17,77 +19,123 @@ namespace platform::native {
 namespace {
 
 struct Opening {
-  DWORD access;
+  DWORD rights;  // specific ones
   DWORD share;
   DWORD disposition;
-  mode_t mode;  // of a new file
+  bool makesReadOnly;  // a new file
 
-  bool makesFile() const {
+  bool creates() const {
     return disposition == CREATE_NEW || disposition == CREATE_ALWAYS || disposition == OPEN_ALWAYS;
   }
-  bool empties() const { return disposition == CREATE_ALWAYS || disposition == TRUNCATE_EXISTING; }
+  bool truncates() const {
+    return disposition == CREATE_ALWAYS || disposition == TRUNCATE_EXISTING;
+  }
+  bool changes() const { return writes(rights) || truncates(); }
 };
 
-// Opens or makes the file and says which. An exclusive making tells a new file
-// from one that was there.
-Descriptor openOrMake(const char* path, const Opening& opening, bool& made) {
-  made = false;
-  if (opening.disposition != CREATE_NEW) {
-    // A file can be emptied by who may only read the handle.
-    const DWORD needed = opening.empties() ? opening.access | GENERIC_WRITE : opening.access;
-    Descriptor existing = openExisting(AT_FDCWD, path, needed);
-    if (existing || errno != ENOENT || !opening.makesFile()) return existing;
+enum class Outcome { Done, Failed, Retry };
+
+// Opens the file that has the name. Retry if there is none.
+Outcome openExisting(const char* path, const Opening& opening, Descriptor& file) {
+  struct stat status;
+  if (fstatat(AT_FDCWD, path, &status, 0) == 0) {
+    if (!isOpenable(status, opening.changes())) {
+      errno = EACCES;
+      return Outcome::Failed;
+    }
+    // Truncating needs the right to write, whatever the handle gets.
+    const DWORD needed = opening.rights | (opening.truncates() ? DWORD{FILE_WRITE_DATA} : 0);
+    file = openRegular(AT_FDCWD, path, needed);
+    if (file) return Outcome::Done;
   }
-  made = true;
-  return Descriptor(openRetrying(AT_FDCWD, path, O_RDWR | O_CREAT | O_EXCL, opening.mode));
+  return errno == ENOENT ? Outcome::Retry : Outcome::Failed;
 }
 
-// Not for good: the file went away or came between two steps.
-bool passing(const Opening& opening, bool making, int error) {
-  return opening.disposition != CREATE_NEW && making && error == EEXIST;
+// Opens or creates the file and sets which. Creating is exclusive, so that a new
+// file is known from one that was there. Retry, with errno, if another process
+// created the file at the same time.
+Outcome openOrCreate(const char* path, const Opening& opening, Descriptor& file, bool& created) {
+  created = false;
+  if (opening.disposition != CREATE_NEW) {
+    const Outcome outcome = openExisting(path, opening, file);
+    if (outcome != Outcome::Retry) return outcome;
+    if (!opening.creates()) return Outcome::Failed;
+  }
+  constexpr mode_t kAll = 0666;
+  constexpr mode_t kReadOnly = 0444;
+  const int append = appendsOnly(opening.rights) ? O_APPEND : 0;
+  file = Descriptor(openRetrying(AT_FDCWD, path, O_RDWR | O_CREAT | O_EXCL | append,
+                                 opening.makesReadOnly ? kReadOnly : kAll));
+  created = static_cast<bool>(file);
+  if (created) return Outcome::Done;
+  const bool wasFaster = errno == EEXIST && opening.disposition != CREATE_NEW;
+  return wasFaster ? Outcome::Retry : Outcome::Failed;
 }
 
 DWORD openError(const Opening& opening, const NativePath& path, int error) {
-  if (opening.disposition == CREATE_NEW && error == EEXIST) return ERROR_FILE_EXISTS;
-  if (error == EEXIST) return ERROR_ACCESS_DENIED;
-  return errorOnPath(path, error);
+  if (error != EEXIST) return errorOnPath(path, error);
+  return opening.disposition == CREATE_NEW ? ERROR_FILE_EXISTS : ERROR_ACCESS_DENIED;
 }
 
-HANDLE invalid(DWORD error) {
+Outcome failed(DWORD error) {
   SetLastError(error);
-  return INVALID_HANDLE_VALUE;
+  return Outcome::Failed;
+}
+
+bool isDeleted(int descriptor) {
+  struct stat status;
+  return fstat(descriptor, &status) == 0 && status.st_nlink == 0;
+}
+
+// Takes the locks. Retry if they were refused on a file that has no name any
+// more: another one can have its name.
+Outcome acquire(int descriptor, const Opening& opening, bool created) {
+  if (opening.rights == 0) return Outcome::Done;
+  if (created && acquireNew(descriptor, opening.rights, opening.share)) return Outcome::Done;
+  if (acquireShare(descriptor, opening.rights, opening.share)) return Outcome::Done;
+  SetLastError(ERROR_SHARING_VIOLATION);
+  return isDeleted(descriptor) ? Outcome::Retry : Outcome::Failed;
+}
+
+// Checks the open file again, now that no one else can delete it, and truncates
+// it if the disposition says so. Retry if the file was deleted before.
+Outcome finish(int descriptor, const Opening& opening, bool created) {
+  struct stat status;
+  if (fstat(descriptor, &status) != 0) return failed(errorFromErrno(errno));
+  if (!created && !isOpenable(status, opening.changes())) return failed(ERROR_ACCESS_DENIED);
+  if (status.st_nlink == 0) {
+    SetLastError(ERROR_FILE_NOT_FOUND);
+    return Outcome::Retry;
+  }
+  if (opening.truncates() && status.st_size != 0 && ftruncate(descriptor, 0) != 0) {
+    return failed(errorFromErrno(errno));
+  }
+  // The process's umask must not make the file one that its creator cannot write.
+  if (created && !opening.makesReadOnly && isReadOnly(status.st_mode)) {
+    fchmod(descriptor, (status.st_mode & 07777) | S_IWUSR);
+  }
+  return Outcome::Done;
 }
 
 HANDLE openFile(const NativePath& path, const Opening& opening) {
   for (int attempt = 1;; ++attempt) {
-    bool made = false;
-    Descriptor file = openOrMake(path.c_str(), opening, made);
-    if (!file) {
-      const int error = errno;
-      if (passing(opening, made, error) && attempt < kOpenAttempts) continue;
-      return invalid(openError(opening, path, error));
+    Descriptor file;
+    bool created = false;
+    Outcome outcome = openOrCreate(path.c_str(), opening, file, created);
+    if (outcome != Outcome::Done) SetLastError(openError(opening, path, errno));
+    if (outcome == Outcome::Done) outcome = acquire(file.get(), opening, created);
+    if (outcome == Outcome::Done) {
+      outcome = finish(file.get(), opening, created);
+      if (outcome == Outcome::Failed && created) unlink(path.c_str());
     }
-    const bool shared = opening.access != 0;
-    if (shared && !(made && holdNew(file.get(), opening.access, opening.share)) &&
-        acquireShare(file.get(), opening.access, opening.share) != ShareResult::Granted) {
-      return invalid(ERROR_SHARING_VIOLATION);
-    }
+    if (outcome == Outcome::Retry && attempt < kOpenAttempts) continue;
+    if (outcome != Outcome::Done) return INVALID_HANDLE_VALUE;
 
-    // Looked at only now, when nobody can delete the file any more.
-    struct stat status;
-    if (fstat(file.get(), &status) != 0) {
-      const DWORD error = errorFromErrno(errno);
-      if (made) unlink(path.c_str());
-      return invalid(error);
-    }
-    const bool changes = (opening.access & GENERIC_WRITE) != 0 || opening.empties();
-    if (!isOpenable(status, changes && !made)) return invalid(ERROR_ACCESS_DENIED);
-    if (status.st_nlink == 0 && attempt < kOpenAttempts) continue;
-    if (opening.empties() && status.st_size != 0 && ftruncate(file.get(), 0) != 0) {
-      return invalid(errorFromErrno(errno));
-    }
-    SetLastError(opening.makesFile() && !made ? ERROR_ALREADY_EXISTS : ERROR_SUCCESS);
-    return makeFileHandle(file.release(), opening.access, status);
+    const HANDLE handle = makeFileHandle(file.get(), opening.rights);
+    if (handle == INVALID_HANDLE_VALUE) return handle;
+    file.release();
+    SetLastError(opening.creates() && !created ? ERROR_ALREADY_EXISTS : ERROR_SUCCESS);
+    return handle;
   }
 }
 
@@ -98,20 +146,18 @@ HANDLE CreateFileA(const char* path, DWORD access, DWORD share, SECURITY_ATTRIBU
                    DWORD disposition, DWORD attributes, HANDLE) {
   using namespace platform::native;
   if (disposition < CREATE_NEW || disposition > TRUNCATE_EXISTING) {
-    return invalid(ERROR_INVALID_PARAMETER);
+    return invalidHandle(ERROR_INVALID_PARAMETER);
   }
-  if (disposition == TRUNCATE_EXISTING && (access & GENERIC_WRITE) == 0) {
-    return invalid(ERROR_INVALID_PARAMETER);
+  const DWORD rights = specificRights(access);
+  if (disposition == TRUNCATE_EXISTING && (rights & FILE_WRITE_DATA) == 0) {
+    return invalidHandle(ERROR_INVALID_PARAMETER);
   }
   const NativePath native(path);
-  if (!native.valid()) return invalid(native.error());
-  // Only a folder can have a separator behind its name.
-  if (native.hadTrailingSeparator()) return invalid(ERROR_PATH_NOT_FOUND);
-
-  constexpr mode_t kAll = 0666;
-  constexpr mode_t kReadOnly = 0444;
-  return openFile(native, {.access = access & (GENERIC_READ | GENERIC_WRITE),
+  if (!native.valid()) return invalidHandle(native.error());
+  // Only a folder can have a separator after its name.
+  if (native.hadTrailingSeparator()) return invalidHandle(ERROR_PATH_NOT_FOUND);
+  return openFile(native, {.rights = rights,
                            .share = share,
                            .disposition = disposition,
-                           .mode = (attributes & FILE_ATTRIBUTE_READONLY) != 0 ? kReadOnly : kAll});
+                           .makesReadOnly = (attributes & FILE_ATTRIBUTE_READONLY) != 0});
 }

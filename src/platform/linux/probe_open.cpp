@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 
+#include "platform/linux/access_rights.h"
 #include "platform/linux/existing_file.h"
 #include "platform/linux/found_entry.h"
 #include "platform/linux/native_path.h"
@@ -11,12 +12,13 @@ using namespace platform::native;
 bool platform::probeOpen(const char* text, DWORD access, DWORD share) {
   const NativePath path(text);
   if (!path.valid() || path.hadTrailingSeparator()) return false;
-  return probeExisting(AT_FDCWD, path.c_str(), access, share);
+  return probeExisting(AT_FDCWD, path.c_str(), specificRights(access), share);
 }
 
 bool platform::probeFound(HANDLE search, const char* path) {
   constexpr DWORD kShare = FILE_SHARE_READ | FILE_SHARE_WRITE;
   const FoundEntry found = lastFound(search);
-  return found.name == nullptr ? probeOpen(path, GENERIC_READ, kShare)
-                               : probeExisting(found.folder, found.name, GENERIC_READ, kShare);
+  if (found.name == nullptr) return probeOpen(path, GENERIC_READ, kShare);
+  const auto probe = found.isRegular ? probeRegular : probeExisting;
+  return probe(found.folder, found.name, FILE_READ_DATA, kShare);
 }

@@ -1,32 +1,39 @@
 #pragma once
-// Share modes between handles, of one process and of many, as open file
-// description locks on bytes far beyond any file's end.
+// Share modes between handles, of one process and of several, as open file
+// description locks on bytes far beyond any file's end. share_lock.cpp describes
+// the protocol.
 
 #include "platform/linux/win32_linux.h"
 
 namespace platform::native {
 
-enum class ShareResult { Granted, Violation };
+// Takes the locks of an opening with these specific rights and this share mode
+// on `descriptor`, which must be open for reading whatever the rights are. False
+// if another holder's rights or share mode contradict it; no lock is left then.
+// True without locks where the file system has none. The locks end with the last
+// descriptor of the open file description.
+bool acquireShare(int descriptor, DWORD rights, DWORD share);
 
-// Takes the locks for an open with `access` (GENERIC_READ, GENERIC_WRITE) and
-// `share` mode on `descriptor`, which is open for reading as well whatever
-// `access` says. Where the file system has no locks the answer is Granted. The
-// locks go with the last close of the descriptor; nothing is left on Violation.
-ShareResult acquireShare(int descriptor, DWORD access, DWORD share);
+// Reports whether acquireShare would succeed, without taking a lock.
+bool shareAvailable(int descriptor, DWORD rights, DWORD share);
 
-// Whether acquireShare would grant that, without taking a lock.
-bool shareAvailable(int descriptor, DWORD access, DWORD share);
+// Does the work of acquireShare for a file that was just created, in two system
+// calls, if it is opened to read and write without any sharing. False, with no
+// lock taken, if another process opened the file first or if acquireShare has to
+// decide.
+bool acquireNew(int descriptor, DWORD rights, DWORD share);
 
-// As acquireShare for a file that was just made, in two calls if it is opened
-// with all access and no sharing and nobody was faster. False, with nothing
-// left, where acquireShare has to decide.
-bool holdNew(int descriptor, DWORD access, DWORD share);
+// Keeps everyone else from a file that was just created, while it is filled.
+void holdUnfinished(int descriptor);
 
-// Takes the locks of an open with all access and no sharing on a file that was
-// just made, so that nobody else can hold it.
-void holdAlone(int descriptor);
+// Adds the denial of reading to the locks of an opening that writes and denies
+// writing. False, with that denial dropped, if another handle holds the file.
+bool holdExclusively(int descriptor);
 
-// Whether somebody holds the file without delete sharing.
+// True if another handle holds the file, whatever it shares.
+bool isHeldByOthers(int descriptor);
+
+// True if another handle holds the file without sharing its deletion.
 bool deletionDenied(int descriptor);
 
 }  // namespace platform::native

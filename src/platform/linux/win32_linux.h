@@ -35,6 +35,13 @@ inline constexpr std::size_t MAX_PATH = 260;
 
 inline constexpr DWORD GENERIC_READ = 0x80000000;
 inline constexpr DWORD GENERIC_WRITE = 0x40000000;
+inline constexpr DWORD GENERIC_EXECUTE = 0x20000000;
+inline constexpr DWORD GENERIC_ALL = 0x10000000;
+inline constexpr DWORD FILE_READ_DATA = 0x0001;
+inline constexpr DWORD FILE_WRITE_DATA = 0x0002;
+inline constexpr DWORD FILE_APPEND_DATA = 0x0004;
+inline constexpr DWORD FILE_EXECUTE = 0x0020;
+inline constexpr DWORD DELETE = 0x00010000;
 inline constexpr DWORD FILE_SHARE_READ = 1;
 inline constexpr DWORD FILE_SHARE_WRITE = 2;
 inline constexpr DWORD FILE_SHARE_DELETE = 4;
@@ -176,11 +183,12 @@ extern "C" __attribute__((visibility("default"))) BOOL DefineDosDeviceA(DWORD fl
                                                                         const char* device,
                                                                         const char* target);
 
-// Open files. A handle carries the descriptor, the granted access and a tag of
-// the file's identity; a stale handle fails with ERROR_INVALID_HANDLE. Sharing
-// is enforced between all that open through this layer, in any process, where
-// the file system has locks. FIFOs, sockets and devices fail with
-// ERROR_ACCESS_DENIED, folders too; nothing waits.
+// Open files. A closed handle fails with ERROR_INVALID_HANDLE for good. Share
+// modes hold between all openings through this layer, in any process, where the
+// file system has locks. Folders, FIFOs, sockets and devices are not opened and
+// fail with ERROR_ACCESS_DENIED. Of the access rights, generic ones, DELETE, and
+// those to read, write, append to and execute the data count; a file need not be
+// executable to be opened for execution.
 HANDLE CreateFileA(const char* path, DWORD access, DWORD share, SECURITY_ATTRIBUTES* security,
                    DWORD disposition, DWORD attributes, HANDLE templateFile);
 BOOL CloseHandle(HANDLE handle);

@@ -1,11 +1,15 @@
-// Handles that are descriptors, and what cannot be opened.
+// Handles that are descriptors, and names that are no regular files.
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/inotify.h>
 #include <sys/stat.h>
 
+#include <functional>
 #include <string>
 
+#include "platform/linux/descriptor.h"
+#include "platform/probe_open.h"
 #include "platform/unique_handle.h"
 #include "platform/win32.h"
 #include "support/temporary_folder.h"
@@ -18,23 +22,34 @@ HANDLE open(const std::string& path, DWORD access, DWORD disposition) {
   return CreateFileA(path.c_str(), access, 3, nullptr, disposition, 0, nullptr);
 }
 
-// The descriptor of a closed handle is soon another file's, which the stale
-// handle must neither write to nor close.
-TEST(FileHandlesOnLinux, StaleOnesAreHarmless) {
+// The descriptor of a closed handle is soon used again, here for the same file,
+// and no copy of the closed handle must reach it.
+TEST(FileHandlesOnLinux, ClosedOnesStayClosed) {
   const support::TemporaryFolder folder;
-  const HANDLE stale = open(folder.file("first"), kReadWrite, CREATE_NEW);
-  ASSERT_TRUE(CloseHandle(stale));
-  const platform::FileHandle other(open(folder.file("second"), kReadWrite, CREATE_NEW));
+  const std::string path = folder.file("file");
+  const HANDLE closed = open(path, kReadWrite, CREATE_NEW);
+  ASSERT_TRUE(CloseHandle(closed));
+  const platform::FileHandle other(open(path, kReadWrite, OPEN_EXISTING));
+  char byte = 'x';
   DWORD count = 0;
-  EXPECT_FALSE(WriteFile(stale, "x", 1, &count, nullptr));
-  EXPECT_FALSE(SetEndOfFile(stale));
-  EXPECT_FALSE(CloseHandle(stale));
-  EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
-  EXPECT_TRUE(WriteFile(other.get(), "y", 1, &count, nullptr));
-  for (const HANDLE none : {INVALID_HANDLE_VALUE, static_cast<HANDLE>(nullptr)}) {
-    EXPECT_FALSE(CloseHandle(none));
-    EXPECT_FALSE(ReadFile(none, nullptr, 0, &count, nullptr));
+  LARGE_INTEGER number{};
+  const std::function<BOOL(HANDLE)> calls[] = {
+      [&](HANDLE handle) { return ReadFile(handle, &byte, 1, &count, nullptr); },
+      [&](HANDLE handle) { return WriteFile(handle, &byte, 1, &count, nullptr); },
+      [&](HANDLE handle) { return SetFilePointerEx(handle, number, nullptr, FILE_BEGIN); },
+      [&](HANDLE handle) { return GetFileSizeEx(handle, &number); },
+      [&](HANDLE handle) { return SetEndOfFile(handle); },
+      [&](HANDLE handle) { return FlushFileBuffers(handle); },
+      [&](HANDLE handle) { return CloseHandle(handle); },
+  };
+  for (const HANDLE handle : {closed, INVALID_HANDLE_VALUE, static_cast<HANDLE>(nullptr)}) {
+    for (const auto& call : calls) {
+      SetLastError(ERROR_SUCCESS);
+      EXPECT_FALSE(call(handle)) << &call - calls;
+      EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE) << &call - calls;
+    }
   }
+  EXPECT_TRUE(WriteFile(other.get(), "y", 1, &count, nullptr));
 }
 
 TEST(FileHandlesOnLinux, AreNotInherited) {
@@ -44,15 +59,47 @@ TEST(FileHandlesOnLinux, AreNotInherited) {
   EXPECT_NE(fcntl(descriptor, F_GETFD) & FD_CLOEXEC, 0);
 }
 
-TEST(FileHandlesOnLinux, OpeningNeverWaits) {
+// Opening a FIFO wakes a process that waits for its other end, and opening a
+// device can set it going. Neither is opened by anything, which inotify reports.
+TEST(OpeningOnLinux, OpensNothingButRegularFiles) {
   const support::TemporaryFolder folder;
+  const std::string file = folder.file("source");
   const std::string fifo = folder.file("fifo");
+  support::writeFile(file, "content");
   ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
-  for (const std::string& path : {fifo, folder.name(), std::string("/dev/null")}) {
-    for (const DWORD access : {GENERIC_READ, GENERIC_WRITE, kReadWrite}) {
-      EXPECT_EQ(open(path, access, OPEN_EXISTING), INVALID_HANDLE_VALUE) << path;
-      EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED) << path;
+  std::filesystem::create_symlink(fifo, folder.file("link"));
+  const platform::native::Descriptor events(inotify_init1(IN_NONBLOCK | IN_CLOEXEC));
+  for (const std::string& path : {fifo, std::string("/dev/null")}) {
+    ASSERT_GE(inotify_add_watch(events.get(), path.c_str(), IN_OPEN), 0);
+  }
+  for (const std::string& path :
+       {fifo, folder.file("link"), folder.name(), std::string("/dev/null")}) {
+    for (const DWORD access : {GENERIC_READ, GENERIC_WRITE, kReadWrite, DWORD{0}}) {
+      for (const DWORD disposition : {CREATE_ALWAYS, OPEN_EXISTING, OPEN_ALWAYS}) {
+        EXPECT_EQ(open(path, access, disposition), INVALID_HANDLE_VALUE) << path;
+        EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED) << path;
+      }
+      EXPECT_FALSE(platform::probeOpen(path.c_str(), access, 3)) << path;
     }
+    EXPECT_FALSE(CopyFileA(path.c_str(), folder.file("copy").c_str(), FALSE)) << path;
+    EXPECT_FALSE(CopyFileA(file.c_str(), path.c_str(), FALSE)) << path;
+  }
+  for (const DWORD flags : {DWORD{0}, FIND_NAMES_ONLY}) {
+    WIN32_FIND_DATAA data{};
+    const platform::SearchHandle search(FindFirstFileExA((folder.text() + "*").c_str(),
+                                                         FindExInfoBasic, &data,
+                                                         FindExSearchNameMatch, nullptr, flags));
+    ASSERT_TRUE(search);
+    do {
+      const std::string name = data.cFileName;
+      EXPECT_EQ(platform::probeFound(search.get(), folder.file(name).c_str()), name == "source");
+    } while (FindNextFileA(search.get(), &data) != FALSE);
+  }
+  EXPECT_TRUE(DeleteFileA(folder.file("link").c_str()));
+  EXPECT_TRUE(DeleteFileA(fifo.c_str()));
+  alignas(inotify_event) char event[sizeof(inotify_event) + NAME_MAX + 1];
+  while (read(events.get(), event, sizeof(event)) > 0) {
+    EXPECT_EQ(reinterpret_cast<inotify_event*>(event)->mask & IN_OPEN, 0U);
   }
 }
 
