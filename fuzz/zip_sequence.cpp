@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <map>
+#include <optional>
 
 #include "workplace.h"
 
@@ -30,6 +31,26 @@ Content contentOf(const ZipArchive& archive) {
     }
   }
   return content;
+}
+
+// Returns the number of entries that other programs find: in the directory that directly precedes
+// the last end record. Nothing if they find none, or for values of the zip64 format.
+std::optional<std::size_t> countByOthers(const std::string& bytes) {
+  const auto load = [&](std::size_t at, int size) {
+    std::size_t value = 0;
+    while (size-- > 0) value = value << 8 | static_cast<unsigned char>(bytes[at + size]);
+    return value;
+  };
+  if (bytes.size() < 22) return std::nullopt;
+  const std::size_t end = bytes.rfind("PK\5\6", bytes.size() - 22);
+  if (end == std::string::npos || load(end + 10, 2) == 0xFFFF) return std::nullopt;
+  std::size_t count = 0;
+  std::size_t at = end - std::min(end, load(end + 12, 4));
+  for (; end - at >= 46 && bytes.compare(at, 4, "PK\1\2") == 0; ++count) {
+    at += 46 + load(at + 28, 2) + load(at + 30, 2) + load(at + 32, 2);
+    if (at > end) return std::nullopt;
+  }
+  return at == end ? std::optional(count) : std::nullopt;
 }
 
 bool sameButForCase(const std::string& first, const std::string& second) {
@@ -73,6 +94,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   };
 
   Content before = contentOf(archive);
+  const std::optional<std::size_t> count = countByOthers(std::string(fuzz::textOf(data, size)));
+  fuzz::require(!count || before.names.empty() || before.names.size() == *count,
+                "the entries are those that other programs find");
   const Bytes first(data, data + std::min<std::size_t>(size, variant * 8));
   const std::string added = "folder\\added";
   const bool wasThere = archive.exist(added.c_str()) == 1;
@@ -82,6 +106,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     requireOthers(archive, before, added);
     before.names.push_back(added);
     fuzz::require(contentOf(archive).names == before.names, "a new entry is the last one");
+    fuzz::require(!count || countByOthers(fileNow()) == *count + 1,
+                  "an insertion loses no entry that other programs find");
   } else {
     fuzz::require(fileNow() == fuzz::textOf(data, size), "a failed insertion changes nothing");
   }

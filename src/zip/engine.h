@@ -52,7 +52,7 @@ static_assert(sizeof(ZipNewEntryInfo) == 36);
 enum ZipWriterMode : int {
   ZipModeCreate = 0,       // a new archive; an existing file is replaced
   ZipModeAppendFirst = 1,  // an archive without entries, or an empty file
-  ZipModeAppend = 2,       // an archive with entries
+  ZipModeAppend = 2,       // any archive, or an empty file
 };
 
 inline constexpr int ZipMethodStored = 0;
@@ -65,7 +65,8 @@ inline constexpr std::uint32_t ZipLargestInflatedAtOnce = 28 << 20;
 
 // Reading. Status 0 is success.
 
-// Null if the file is missing, held without read sharing, or no sound archive.
+// Opens an archive by its last end record, as other programs do. Returns null if the file is
+// missing or held without read sharing, or if that record does not lead to a sound directory.
 ZipReader* ZipOpenReader(const char* path);
 void ZipCloseReader(ZipReader* reader);
 int ZipReadGlobalInfo(ZipReader* reader, ZipGlobalInfo* info);
@@ -100,9 +101,10 @@ void ZipCloseEntry(ZipReader* reader);
 
 // Writing.
 
-// Null if the file cannot be opened, or is in mode 1 or 2 neither an archive
-// nor empty; in mode 2 also if an entry claims to go on behind the others, where
-// new ones would come. In mode 1 entries that the archive has are dropped with the commit.
+// Returns null if the file cannot be opened, or is in mode 1 or 2 neither a sound archive nor
+// empty. Refused too are entries in mode 1; an entry that claims to extend past the directory,
+// where new ones would be written; and an archive without entries that has bytes before its end
+// record, since nothing shows what they are.
 ZipWriter* ZipOpenWriter(const char* path, int mode);
 // Begins an entry; one left open is taken back. `method` is 0 or 8 unless
 // `raw`; `level` is -1 or 0 to 9. With `raw` the data come stored as they are
@@ -122,13 +124,14 @@ int ZipCloseNewEntry(ZipWriter* writer);
 int ZipCloseRawEntry(ZipWriter* writer, std::uint32_t uncompressedSize, std::uint32_t crc);
 // Takes back the open entry, or the completed entry that was written last.
 int ZipCancelNewEntry(ZipWriter* writer);
-// Appends the reader's current entry as it is stored: data, date, attributes,
-// extra fields and comment. On failure nothing of it is left.
+// Appends the reader's current entry as it is stored: data, date, attributes, extra fields and
+// comment. Refuses an entry whose local header differs from the central record in size or CRC,
+// since programs differ in which of the two they read. On failure nothing of it is left.
 int ZipCopyEntry(ZipWriter* writer, ZipReader* reader);
-// Commits and frees the writer. A null comment keeps the archive's comment in
-// modes 1 and 2; without a new entry either, the file is left as it was. Negative: nothing could be
-// committed, and the archive is byte for byte what it was. Positive: there was room for the first
-// entries only.
+// Commits and frees the writer. A null comment keeps the archive's comment in modes 1 and 2; one of
+// more than 65,535 bytes, or one that other programs may take for an end record, is refused;
+// without a new entry either, the file is left as it was. Negative: nothing could be committed, and
+// the archive is byte for byte what it was. Positive: there was room for the first entries only.
 int ZipCloseWriter(ZipWriter* writer, const char* globalComment);
 
 // CRC-32 (ISO 3309) of the data behind those that gave `crc`; (0, null, 0) gives

@@ -1,6 +1,5 @@
 #pragma once
-// Finding, checking and reading the central directory of an archive, and the
-// records that end an archive.
+// Finding, proving and reading the central directory of an archive.
 
 #include <cstdint>
 #include <string>
@@ -12,8 +11,8 @@
 
 namespace zip_engine {
 
-// The records of all entries, as they stand in the file. Each was checked to
-// lie inside with its name, extra field and comment.
+// The records of all entries, unchanged. Each was checked to end, with its name, extra field and
+// comment, within the directory.
 struct CentralDirectory {
   Bytes blob;
   std::uint64_t entryCount = 0;
@@ -53,16 +52,8 @@ struct CentralRecord {
 // Reads the record at an offset of the directory's blob where one begins.
 CentralRecord recordAt(const CentralDirectory& directory, std::size_t offset);
 
-// False if the file holds no sound archive: then `directory` is unspecified.
+// Reads the directory that the last end record of the file refers to, if it is proved to be that of
+// the whole file. Returns false otherwise; then `directory` is unspecified.
 bool readCentralDirectory(const ArchiveFile& file, CentralDirectory& directory);
-
-// Whether readers that look for the end record from the end of the file may find
-// one in the comment, and with it another directory.
-bool mayHoldEndRecord(std::string_view comment);
-
-// Appends the end of central directory record with what belongs in front of it:
-// the zip64 records if a value needs them. Positions count from the base.
-void appendEndRecords(Bytes& out, std::uint64_t directoryPosition, std::uint64_t directorySize,
-                      std::uint64_t entryCount, const std::string& comment);
 
 }  // namespace zip_engine

@@ -42,6 +42,22 @@ bool isUtf8Name(const std::string& name) {
 
 }  // namespace
 
+bool isSameName(std::string_view local, std::string_view central) {
+  if (local == central) return true;
+  // Takes a character; a run of bytes outside ASCII counts as one.
+  const auto take = [](std::string_view& name) {
+    const char first = name.front();
+    name.remove_prefix(1);
+    if ((first & 0x80) == 0) return first == '\\' ? '/' : first;
+    while (!name.empty() && (name.front() & 0x80) != 0) name.remove_prefix(1);
+    return '\x80';
+  };
+  while (!local.empty() && !central.empty()) {
+    if (take(local) != take(central)) return false;
+  }
+  return local.empty() && central.empty();
+}
+
 ArchiveName archiveName(const std::string& oemName) {
   if (GetOEMCP() == CP_UTF8) return {oemName, isUtf8Name(oemName)};
   if (isAscii(oemName)) return {oemName, false};

@@ -21,4 +21,9 @@ ArchiveName archiveName(const std::string& oemName);
 // the archive's own bytes.
 std::string_view oemName(const CentralRecord& record, std::string& converted);
 
+// Reports whether the names of a local header and of a central record are those of one entry: they
+// may differ in the direction of slashes and in the encoding of characters outside ASCII. The
+// central name is the one that counts.
+bool isSameName(std::string_view local, std::string_view central);
+
 }  // namespace zip_engine

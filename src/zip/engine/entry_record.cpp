@@ -36,13 +36,12 @@ void appendLocalHeader(Bytes& out, const EntryRecord& record) {
 }
 
 void appendCentralRecord(Bytes& out, const EntryRecord& record, std::uint64_t localOffset) {
-  constexpr std::uint16_t kZip64Version = 45;
   constexpr std::uint16_t kOffsetLength = 8;
   const bool far = localOffset >= kSaturated32;
   append32(out, kCentralSignature);
   append16(out, record.versionMadeBy);
   appendShared(out, record,
-               far ? std::max(record.versionNeeded, kZip64Version) : record.versionNeeded);
+               far ? std::max(record.versionNeeded, kVersionZip64) : record.versionNeeded);
   append16(out,
            static_cast<std::uint16_t>(record.centralExtra.size() + (far ? 4 + kOffsetLength : 0)));
   append16(out, static_cast<std::uint16_t>(record.comment.size()));
@@ -71,20 +70,6 @@ std::uint32_t dosDateOf(const ZipDateWords& words) {
   const std::uint32_t minute = std::min<std::uint32_t>(words.minute, 59);
   const std::uint32_t second = std::min<std::uint32_t>(words.second, 59);
   return year << 25 | month << 21 | day << 16 | hour << 11 | minute << 5 | second / 2;
-}
-
-Bytes withoutZip64(const unsigned char* extra, std::size_t size) {
-  Bytes rest;
-  while (size >= 4) {
-    const std::size_t block = 4 + std::size_t{load16(extra + 2)};
-    if (block > size) break;
-    if (load16(extra) != kZip64ExtraId) rest.insert(rest.end(), extra, extra + block);
-    extra += block;
-    size -= block;
-  }
-  // What is no block is kept as it is.
-  rest.insert(rest.end(), extra, extra + size);
-  return rest;
 }
 
 }  // namespace zip_engine

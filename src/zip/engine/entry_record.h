@@ -11,7 +11,7 @@ namespace zip_engine {
 
 struct EntryRecord {
   std::uint16_t versionMadeBy = 20;  // host FAT
-  std::uint16_t versionNeeded = 10;
+  std::uint16_t versionNeeded = kVersionStored;
   std::uint16_t flags = 0;
   std::uint16_t method = 0;
   std::uint32_t dosDate = 0;
@@ -32,8 +32,5 @@ void appendCentralRecord(Bytes& out, const EntryRecord& record, std::uint64_t lo
 
 // A DOS date of date words, the nearest one that it can hold.
 std::uint32_t dosDateOf(const ZipDateWords& words);
-
-// The extra field without the zip64 block, which is made anew where needed.
-Bytes withoutZip64(const unsigned char* extra, std::size_t size);
 
 }  // namespace zip_engine

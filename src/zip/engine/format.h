@@ -22,7 +22,14 @@ inline constexpr std::size_t kEndSize = 22;
 inline constexpr std::size_t kEnd64Size = 56;
 inline constexpr std::size_t kLocator64Size = 20;
 
+inline constexpr std::uint32_t kSignatureSignature = 0x05054b50;  // of the digital signature
+
 inline constexpr std::uint16_t kZip64ExtraId = 0x0001;
+
+// "Version needed to extract", ten times the version of the format.
+inline constexpr std::uint16_t kVersionStored = 10;
+inline constexpr std::uint16_t kVersionDeflate = 20;
+inline constexpr std::uint16_t kVersionZip64 = 45;
 
 // Fields that say "look into the zip64 record".
 inline constexpr std::uint16_t kSaturated16 = 0xFFFF;

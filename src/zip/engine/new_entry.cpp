@@ -19,8 +19,6 @@ constexpr std::size_t kPartOverhead = 64 << 10;
 // so that the whole is no larger than one stream of zlib's default level.
 constexpr int kPartLevel = 7;
 
-constexpr std::uint16_t kVersionDeflate = 20;
-
 }  // namespace
 
 NewEntry::NewEntry(Transaction& archive, SamplingDeflater& deflater, EntryRecord record,
@@ -133,7 +131,7 @@ bool NewEntry::finishGathered() {
     if (!stored(size)) return false;
   } else {
     record_.method = ZipMethodStored;
-    if (!cipher_) record_.versionNeeded = EntryRecord{}.versionNeeded;
+    if (!cipher_) record_.versionNeeded = kVersionStored;
     if (!store(gathered_.data(), gathered_.size())) return false;
   }
   return patchHeader();

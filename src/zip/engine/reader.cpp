@@ -12,7 +12,6 @@
 #include "zip/engine/entry_data.h"
 #include "zip/engine/entry_map.h"
 #include "zip/engine/entry_name.h"
-#include "zip/engine/read_ahead.h"
 
 using namespace zip_engine;
 
@@ -21,10 +20,7 @@ struct ZipReader {
   CentralDirectory directory;
   std::size_t current = 0;  // offset of the current record; the blob's size if none
   NameIndex names;
-  EntryMap map;
-  ReadAhead readAhead;
-  Bytes head;  // the local header and what was read with it
-  EntrySpan span;
+  LocalEntry local;  // of the entry that was opened or copied last
   platform::Room storedRoom;
   std::optional<EntryData> entry;
 
@@ -37,9 +33,6 @@ namespace {
 constexpr int kSuccess = 0;
 constexpr int kFailure = -1;
 constexpr int kNoEntry = -100;
-
-// Bytes read in one go for an entry: the whole of a small one.
-constexpr std::uint64_t kHeadBlock = 64 << 10;
 
 // Deflate makes at most 1,032 bytes of one.
 bool canInflateTo(std::uint64_t compressed, std::uint64_t plain) {
@@ -67,54 +60,13 @@ bool isReadable(const CentralRecord& record, const char* password) {
   return (!encrypted || password != nullptr) && hasPossibleSizes(record);
 }
 
-bool agrees(const unsigned char* local, const CentralRecord& record) {
-  return load32(local) == kLocalSignature && load16(local + 8) == record.method() &&
-         ((load16(local + 6) ^ record.flags()) & kFlagEncrypted) == 0 &&
-         load16(local + 26) == record.nameLength() &&
-         std::memcmp(local + kLocalSize, record.name().data(), record.nameLength()) == 0;
-}
-
-// Reads the local header, and small entries whole, into reader.head, and checks
-// it. Fills reader.span.
-bool readLocal(ZipReader& reader, const CentralRecord& record) {
-  std::uint64_t start = 0;
-  std::uint64_t limit = 0;
-  if (!reader.map.locate(reader.directory, record, start, limit)) return false;
-  const std::uint64_t fixed = kLocalSize + record.nameLength();
-  if (start > limit || limit - start < fixed) return false;
-  // The extra field's length is known only behind the header.
-  constexpr std::uint64_t kUsualExtra = 64;
-  const std::uint64_t whole = fixed + kUsualExtra + std::min(record.compressedSize, kHeadBlock);
-  reader.head.resize(static_cast<std::size_t>(std::min(limit - start, whole)));
-  if (!readBytes(reader, start, reader.head.data(), reader.head.size())) return false;
-  if (!agrees(reader.head.data(), record)) return false;
-
-  const std::uint64_t extraLength = load16(reader.head.data() + 28);
-  if (limit - start - fixed < extraLength ||
-      limit - start - fixed - extraLength < record.compressedSize) {
-    return false;
-  }
-  if (reader.head.size() < fixed + extraLength) {
-    const std::size_t known = reader.head.size();
-    reader.head.resize(static_cast<std::size_t>(fixed + extraLength));
-    if (!reader.file.readAt(start + known, reader.head.data() + known,
-                            reader.head.size() - known)) {
-      return false;
-    }
-  }
-  const auto extra = reader.head.begin() + static_cast<std::ptrdiff_t>(fixed);
-  reader.span.localExtra.assign(extra, extra + static_cast<std::ptrdiff_t>(extraLength));
-  reader.span.dataPosition = start + fixed + extraLength;
-  return true;
-}
-
 EntryLayout layoutOf(const ZipReader& reader, const CentralRecord& record, bool raw,
                      const char* password) {
   const bool encrypted = (record.flags() & kFlagEncrypted) != 0;
   // A program that does not know the CRC in advance checks by the time.
   const std::uint32_t check =
       (record.flags() & kFlagDescriptor) != 0 ? std::uint32_t{record.time()} << 16 : record.crc();
-  return {.position = reader.span.dataPosition,
+  return {.position = reader.local.dataPosition(),
           .compressedSize = record.compressedSize,
           .uncompressedSize = record.uncompressedSize,
           .crc = record.crc(),
@@ -240,11 +192,10 @@ int ZipOpenEntry(ZipReader* reader, int*, int*, int raw, const char* password) {
   if (raw != 0 ? record.compressedSize >= kSaturated32 : !isReadable(record, password)) {
     return kFailure;
   }
-  if (!readLocal(*reader, record)) return kFailure;
+  if (!reader->local.read(reader->file, reader->directory, record)) return kFailure;
   EntryData& entry = reader->entry.emplace(
       reader->file, layoutOf(*reader, record, raw != 0, password), reader->storedRoom);
-  const std::size_t header = kLocalSize + record.nameLength() + reader->span.localExtra.size();
-  entry.prefetched(reader->head.data() + header, reader->head.size() - header);
+  entry.prefetched(reader->local.prefetched(), reader->local.prefetchedSize());
   if (entry.begin()) return kSuccess;
   reader->entry.reset();
   return kFailure;
@@ -257,10 +208,10 @@ int ZipReadEntry(ZipReader* reader, void* buffer, std::uint32_t size) {
 
 int ZipReadLocalExtra(ZipReader* reader, void* buffer, std::uint32_t size) {
   if (reader == nullptr || !reader->entry) return kFailure;
-  const Bytes& extra = reader->span.localExtra;
-  if (buffer == nullptr) return static_cast<int>(extra.size());
-  const std::size_t count = std::min<std::size_t>(extra.size(), size);
-  std::copy_n(extra.data(), count, static_cast<unsigned char*>(buffer));
+  const std::size_t length = reader->local.extraSize();
+  if (buffer == nullptr) return static_cast<int>(length);
+  const std::size_t count = std::min<std::size_t>(length, size);
+  std::copy_n(reader->local.extra(), count, static_cast<unsigned char*>(buffer));
   return static_cast<int>(count);
 }
 
@@ -274,14 +225,14 @@ CentralRecord currentRecord(const ZipReader& reader) {
   return reader.hasCurrent() ? reader.record() : CentralRecord{};
 }
 
-bool currentSpan(ZipReader& reader, EntrySpan& span) {
-  if (!reader.hasCurrent() || !readLocal(reader, reader.record())) return false;
-  span = reader.span;
-  return true;
+const LocalEntry* currentLocalEntry(ZipReader& reader) {
+  const bool read =
+      reader.hasCurrent() && reader.local.read(reader.file, reader.directory, reader.record());
+  return read ? &reader.local : nullptr;
 }
 
 bool readBytes(ZipReader& reader, std::uint64_t position, unsigned char* buffer, std::size_t size) {
-  return reader.readAhead.readAt(reader.file, position, buffer, size);
+  return reader.local.readBytes(reader.file, position, buffer, size);
 }
 
 }  // namespace zip_engine

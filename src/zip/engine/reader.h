@@ -1,24 +1,19 @@
 #pragma once
-// What the writer needs of a reader to copy entries as they are stored.
+// The parts of a reader that the writer needs to copy entries as they are stored.
 
 #include <cstdint>
 
 #include "zip/engine.h"
 #include "zip/engine/central_directory.h"
+#include "zip/engine/local_entry.h"
 
 namespace zip_engine {
 
-// Where an entry's local header and stored bytes lie; checked to be inside the
-// archive and apart from all other entries.
-struct EntrySpan {
-  std::uint64_t dataPosition = 0;
-  Bytes localExtra;
-};
-
-// The central record of the current entry; bytes is null if there is none.
+// The central record of the current entry; its bytes are null if there is none.
 CentralRecord currentRecord(const ZipReader& reader);
-bool currentSpan(ZipReader& reader, EntrySpan& span);
-// Reads the archive's bytes as they are.
+// The local entry of the current record, or null if it cannot be read.
+const LocalEntry* currentLocalEntry(ZipReader& reader);
+// Reads bytes of the archive.
 bool readBytes(ZipReader& reader, std::uint64_t position, unsigned char* buffer, std::size_t size);
 
 }  // namespace zip_engine

@@ -4,6 +4,8 @@
 #include <cstring>
 #include <optional>
 
+#include "zip/engine/end_record.h"
+
 namespace zip_engine {
 namespace {
 

@@ -7,8 +7,10 @@
 #include <utility>
 #include <vector>
 
+#include "zip/engine/end_record.h"
 #include "zip/engine/entry_map.h"
 #include "zip/engine/entry_name.h"
+#include "zip/engine/extra_field.h"
 #include "zip/engine/new_entry.h"
 #include "zip/engine/reader.h"
 
@@ -69,10 +71,8 @@ int finishEntry(ZipWriter& writer, bool complete) {
 
 bool commit(ZipWriter& writer, const std::string& comment) {
   const CentralDirectory& before = writer.archive.before();
-  static const Bytes kNothing;
-  const bool keeps = writer.mode == ZipModeAppend && before.entryCount != 0;
-  return writer.archive.commit(keeps ? before.blob : kNothing, writer.records,
-                               (keeps ? before.entryCount : 0) + writer.completed.size(), comment);
+  return writer.archive.commit(before.blob, writer.records,
+                               before.entryCount + writer.completed.size(), comment);
 }
 
 // The bytes of a copied entry, as they are stored.
@@ -92,7 +92,7 @@ bool copyBytes(ZipReader& from, std::uint64_t position, std::uint64_t size, Tran
   return true;
 }
 
-EntryRecord recordOf(const CentralRecord& central, const Bytes& localExtra) {
+EntryRecord recordOf(const CentralRecord& central, const LocalEntry& local) {
   return {.versionMadeBy = central.versionMadeBy(),
           .versionNeeded = central.versionNeeded(),
           .flags = central.flags(),
@@ -104,7 +104,7 @@ EntryRecord recordOf(const CentralRecord& central, const Bytes& localExtra) {
           .internalAttributes = central.internalAttributes(),
           .externalAttributes = central.externalAttributes(),
           .name = std::string(central.name()),
-          .localExtra = withoutZip64(localExtra.data(), localExtra.size()),
+          .localExtra = withoutZip64(local.extra(), local.extraSize()),
           .centralExtra = withoutZip64(central.extra(), central.extraLength()),
           .comment = {reinterpret_cast<const char*>(central.comment()), central.commentLength()}};
 }
@@ -142,10 +142,10 @@ ZipWriter* ZipOpenWriter(const char* path, int mode) {
       mode == ZipModeCreate ? writer->archive.createNew(path) : writer->archive.openExisting(path);
   if (!opened) return nullptr;
   const CentralDirectory& before = writer->archive.before();
-  if (mode == ZipModeAppend &&
-      (!endInFrontOfDirectory(before) || mayHoldEndRecord(before.comment))) {
-    return nullptr;
-  }
+  // With a prefix, a directory without records proves nothing about the file.
+  if (before.entryCount == 0 && before.base != 0) return nullptr;
+  if (mode == ZipModeAppendFirst && before.entryCount != 0) return nullptr;
+  if (!endInFrontOfDirectory(before)) return nullptr;
   writer->mode = mode;
   return writer.release();
 }
@@ -219,14 +219,15 @@ int ZipCopyEntry(ZipWriter* writer, ZipReader* reader) {
   if (writer == nullptr || reader == nullptr) return kFailure;
   writer->dropOpen();
   const CentralRecord central = currentRecord(*reader);
-  EntrySpan span;
   if (central.bytes == nullptr || central.compressedSize >= kSaturated32 ||
-      central.uncompressedSize >= kSaturated32 || !currentSpan(*reader, span)) {
+      central.uncompressedSize >= kSaturated32) {
     return kFailure;
   }
-  EntryRecord record = recordOf(central, span.localExtra);
+  const LocalEntry* const local = currentLocalEntry(*reader);
+  if (local == nullptr || !local->hasSumsOf(central)) return kFailure;
+  EntryRecord record = recordOf(central, *local);
   const std::uint64_t start = writer->archive.position();
-  if (!copyEntry(writer->archive, record, *reader, span.dataPosition)) {
+  if (!copyEntry(writer->archive, record, *reader, local->dataPosition())) {
     writer->archive.rewind(start);
     return kFailure;
   }
@@ -244,7 +245,7 @@ int ZipCloseWriter(ZipWriter* writer, const char* globalComment) {
   }
   const std::string comment =
       globalComment != nullptr ? globalComment : writer->archive.before().comment;
-  if (mayHoldEndRecord(comment)) {
+  if (comment.size() > kLongestField || mayHoldEndRecord(comment)) {
     writer->archive.restore();
     return kFailure;
   }
