@@ -1,21 +1,14 @@
 // Every operation with each of its system calls failed in turn, and on a disk
 // that is full from some call on.
 
-#include <filesystem/enumeration.h>
-#include <filesystem/file_stream.h>
 #include <filesystem/files.h>
-#include <filesystem/stream.h>
-#include <filesystem/temporary_storage.h>
-#include <filesystem/zip.h>
 #include <filesystem/zip_archive.h>
 #include <gtest/gtest.h>
 #include <sched.h>
 #include <sys/mount.h>
 
 #include <algorithm>
-#include <functional>
 #include <map>
-#include <ostream>
 #include <random>
 #include <set>
 #include <sstream>
@@ -23,6 +16,7 @@
 #include <vector>
 
 #include "failing_calls.h"
+#include "operations.h"
 #include "started_threads.h"
 #include "support/linux/forked_process.h"
 #include "support/linux/left_over.h"
@@ -32,183 +26,11 @@ namespace {
 
 using failing::Failing;
 using failing::Fault;
+using operations::contentsOf;
+using operations::Files;
+using operations::Operation;
 
-constexpr unsigned int kRead = 0x80000000;
 constexpr unsigned int kReadWrite = 0xC0000000;
-
-const std::string kLarge(100000, 'l');
-
-std::string textOf(const std::vector<unsigned char>& bytes) { return {bytes.begin(), bytes.end()}; }
-std::vector<unsigned char> bytesOf(const std::string& text) { return {text.begin(), text.end()}; }
-
-// All files of a folder. With `entries` an archive counts by its entries, since
-// its bytes hold the time.
-std::map<std::string, std::string> look(const std::filesystem::path& folder, bool entries) {
-  std::map<std::string, std::string> files;
-  for (const auto& item : std::filesystem::recursive_directory_iterator(folder)) {
-    if (!item.is_regular_file()) continue;
-    const std::string path = item.path().string();
-    files[path] = support::readFile(path);
-    if (!entries || item.path().extension() != ".zip") continue;
-    ZipArchive archive;
-    std::vector<std::string> names;
-    std::string content = "archive:";
-    archive.open(path.c_str(), kRead);
-    archive.enumerate(names);
-    for (const std::string& name : names) {
-      std::vector<unsigned char> bytes;
-      archive.extract(name.c_str(), bytes);
-      content += "\n" + name + "=" + textOf(bytes);
-    }
-    files[path] = content;
-  }
-  return files;
-}
-
-// Makes what the operations work on: an archive of two entries, a tree, and a
-// copy of the tree with other content.
-void prepare(const std::string& folder) {
-  ZipArchive archive;
-  ASSERT_EQ(archive.create((folder + "a.zip").c_str(), 0), 1);
-  ASSERT_EQ(archive.insert(bytesOf("kept"), "kept", "", 0), 1);
-  ASSERT_EQ(archive.insert(bytesOf(kLarge), "deep\\old", "", 0), 1);
-  support::writeFile(folder + "in/small", "new");
-  support::writeFile(folder + "in/deep/large", kLarge);
-  support::writeFile(folder + "out/small", "old");
-  support::writeFile(folder + "out/deep/large", "old");
-  support::writeFile(folder + "out/deep/old", "old");
-}
-
-// Adds an archive whose directory fills pages.
-void prepareMany(const std::string& folder) {
-  ZipArchive many;
-  ASSERT_EQ(many.create((folder + "many.zip").c_str(), 0), 1);
-  for (int i = 0; i < 20; ++i) {
-    ASSERT_EQ(many.insert(bytesOf("m"), std::to_string(i) + std::string(200, 'n'), "", 0), 1);
-  }
-}
-
-ZipArchive opened(const std::string& folder, unsigned int access) {
-  ZipArchive archive;
-  archive.open((folder + "a.zip").c_str(), access);
-  return archive;
-}
-
-struct Operation {
-  const char* name;
-  // The folder ends in a separator. True for success.
-  std::function<bool(const std::string& folder)> run;
-  // Some of the files may have been done already when one fails, each whole.
-  bool inParts = false;
-  // What cannot be listed or read is passed over and is no failure.
-  bool passesOver = false;
-};
-
-void PrintTo(const Operation& operation, std::ostream* out) { *out << operation.name; }
-
-const Operation kOperations[] = {
-    {"insert",
-     [](const std::string& folder) {
-       return opened(folder, kReadWrite).insert(bytesOf(kLarge), "new", "", 0) == 1;
-     }},
-    {"insert a file",
-     [](const std::string& folder) {
-       return opened(folder, kReadWrite)
-                  .insert((folder + "in/deep/large").c_str(), "new", nullptr, 0) == 1;
-     }},
-    {"insert into many",
-     [](const std::string& folder) {
-       ZipArchive archive;
-       archive.open((folder + "many.zip").c_str(), kReadWrite);
-       return archive.insert(bytesOf("x"), "new", "", 0) == 1;
-     }},
-    {"replace",
-     [](const std::string& folder) {
-       return opened(folder, kReadWrite).insert(bytesOf("newer"), "deep\\old", "", 1) == 1;
-     }},
-    {"remove",
-     [](const std::string& folder) { return opened(folder, kReadWrite).remove("kept") == 1; }},
-    {"create",
-     [](const std::string& folder) {
-       return ZipArchive().create((folder + "b.zip").c_str(), 0) == 1;
-     },
-     true},
-    {"list",
-     [](const std::string& folder) {
-       std::vector<std::string> names;
-       return opened(folder, kRead).enumerate(names) == 1 && names.size() == 2;
-     }},
-    {"extract to memory",
-     [](const std::string& folder) {
-       std::vector<unsigned char> bytes;
-       return opened(folder, kRead).extract("deep\\old", bytes) == 1 && textOf(bytes) == kLarge;
-     }},
-    {"extract to a new file",
-     [](const std::string& folder) {
-       return opened(folder, kRead).extract("deep\\old", (folder + "new/file").c_str()) == 1;
-     }},
-    {"extract over a file",
-     [](const std::string& folder) {
-       return opened(folder, kRead).extract("deep\\old", (folder + "out/small").c_str()) == 1;
-     }},
-    {"unpack",
-     [](const std::string& folder) {
-       return FRT_UNZIP_FILE((folder + "a.zip").c_str(), (folder + "out").c_str());
-     },
-     true, true},
-    {"pack",
-     [](const std::string& folder) {
-       return FRT_ZIP_FOLDER((folder + "in").c_str(), (folder + "b.zip").c_str());
-     },
-     true, true},
-    {"copy over files",
-     [](const std::string& folder) {
-       return FileSystem::CopyContent(folder + "in/", folder + "out/") == 2;
-     },
-     true},
-    {"copy to new files",
-     [](const std::string& folder) {
-       return FileSystem::CopyContent(folder + "in/", folder + "new/") == 2;
-     },
-     true},
-    {"copy a file",
-     [](const std::string& folder) {
-       return FileSystem::CopyFileA((folder + "in/small").c_str(), (folder + "out/").c_str(), 0) !=
-              0;
-     }},
-    {"make folders",
-     [](const std::string& folder) {
-       return FileSystem::EnsurePathExists((folder + "x/y/z").c_str()) != 0;
-     }},
-    {"read a file",
-     [](const std::string& folder) {
-       return FileSystem::readContent(folder + "in/deep/large") == kLarge;
-     }},
-    {"probe",
-     [](const std::string& folder) {
-       const std::string path = folder + "in/small";
-       return FileSystem::FileExists(path.c_str()) != 0 &&
-              FileSystem::AllowedAccess(path.c_str()) == kReadWrite &&
-              FileSystem::IsValidPath(folder.c_str()) != 0;
-     }},
-    {"list a tree",
-     [](const std::string& folder) {
-       std::vector<std::string> files;
-       return FileSystem::EnumFilesWithPath(files, folder.c_str(), "*", true) == 6;
-     }},
-    {"temporary storage",
-     [](const std::string& folder) {
-       FileSystem::TemporaryStorage storage;
-       return storage.create(folder.substr(0, folder.size() - 1), false) &&
-              FileSystem::writeContent(storage.path() + "file", "content");
-     },
-     true, true},
-    {"lock file",
-     [](const std::string& folder) {
-       return FileSystem::CreateLockFile(folder.c_str()) != 0 &&
-              FileSystem::DeleteLockFile(folder.c_str()) != 0;
-     }},
-};
 
 std::set<std::string> linesOf(const std::string& text) {
   std::set<std::string> lines;
@@ -219,9 +41,7 @@ std::set<std::string> linesOf(const std::string& text) {
 
 // Whether each file is as in one of two states, or an archive that has some of
 // the entries of the second.
-bool isBetween(const std::map<std::string, std::string>& now,
-               const std::map<std::string, std::string>& before,
-               const std::map<std::string, std::string>& after) {
+bool isBetween(const Files& now, const Files& before, const Files& after) {
   for (const auto& [path, content] : now) {
     const auto old = before.find(path);
     const auto done = after.find(path);
@@ -242,8 +62,7 @@ class FailingCalls : public testing::TestWithParam<Operation> {
   FailingCalls() {
     std::filesystem::create_directory(temporary_);
     std::filesystem::create_directory(model_);
-    prepare(model_);
-    if (std::string(GetParam().name) == "insert into many") prepareMany(model_);
+    operations::prepare(model_, GetParam());
     setenv("TMPDIR", temporary_.c_str(), 1);
   }
   ~FailingCalls() override { unsetenv("TMPDIR"); }
@@ -262,7 +81,7 @@ class FailingCalls : public testing::TestWithParam<Operation> {
 
 // A file that is left because of all calls the one failed that was to remove it.
 bool removalFailed(const std::string& call) {
-  return call.starts_with("unlink ") || call.starts_with("lstat ") || call.starts_with("rmdir ");
+  return call.starts_with("unlink") || call.starts_with("lstat ") || call.starts_with("rmdir ");
 }
 
 TEST_P(FailingCalls, SucceedOrLeaveAllAsItWas) {
@@ -274,8 +93,8 @@ TEST_P(FailingCalls, SucceedOrLeaveAllAsItWas) {
                  {Fault::HalfRead, "half of read "}};
   const Operation& operation = GetParam();
   prepareAnew();
-  const auto beforeBytes = look(work_, false);
-  const auto before = look(work_, true);
+  const auto beforeBytes = contentsOf(work_, false);
+  const auto before = contentsOf(work_, true);
   std::map<Fault, int> total;
   const int threads = startedThreads();
   for (const auto& [fault, name] : kFaults) {
@@ -284,7 +103,7 @@ TEST_P(FailingCalls, SucceedOrLeaveAllAsItWas) {
     ASSERT_TRUE(operation.run(work_));
     total[fault] = counter.count();
   }
-  const auto after = look(work_, true);
+  const auto after = contentsOf(work_, true);
   EXPECT_GT(total[Fault::OneCall], 3);
   EXPECT_EQ(startedThreads(), threads);
 
@@ -309,11 +128,10 @@ TEST_P(FailingCalls, SucceedOrLeaveAllAsItWas) {
         continue;
       }
       EXPECT_TRUE(std::filesystem::is_empty(temporary_));
-      auto now = look(work_, true);
+      auto now = contentsOf(work_, true);
       // What a storage cannot list it cannot clear.
       if (operation.passesOver && success) {
-        std::erase_if(now,
-                      [](const auto& file) { return file.first.find("/{") != file.first.npos; });
+        std::erase_if(now, [](const auto& file) { return file.first.starts_with("{"); });
       }
       if (success && !operation.passesOver) {
         EXPECT_TRUE(now == after);
@@ -322,7 +140,7 @@ TEST_P(FailingCalls, SucceedOrLeaveAllAsItWas) {
       } else {
         EXPECT_TRUE(now == before);
         if (fault == Fault::OneCall) {
-          EXPECT_TRUE(look(work_, false) == beforeBytes);
+          EXPECT_TRUE(contentsOf(work_, false) == beforeBytes);
         }
       }
     }
@@ -332,14 +150,14 @@ TEST_P(FailingCalls, SucceedOrLeaveAllAsItWas) {
 TEST_P(FailingCalls, KilledInFrontOfAnyCallLeaveAllWhole) {
   const Operation& operation = GetParam();
   prepareAnew();
-  const auto before = look(work_, true);
+  const auto before = contentsOf(work_, true);
   int total = 0;
   {
     const Failing counter(Fault::Kill, 0);
     ASSERT_TRUE(operation.run(work_));
     total = counter.count();
   }
-  const auto after = look(work_, true);
+  const auto after = contentsOf(work_, true);
   if (after == before) return;  // it only reads
   // Starting a process under a sanitizer takes long, so there only some are.
   constexpr int kStep = sizeof(VESK_SANITIZE) > 1 ? 10 : 1;
@@ -351,7 +169,7 @@ TEST_P(FailingCalls, KilledInFrontOfAnyCallLeaveAllWhole) {
     });
     EXPECT_EQ(process.wait(), -1) << "call " << number;
     // Files of new names are whole only at the end.
-    const auto now = look(work_, true);
+    const auto now = contentsOf(work_, true);
     for (const auto& [path, content] : before) {
       const auto file = now.find(path);
       EXPECT_TRUE(file != now.end() && (file->second == content || file->second == after.at(path)))
@@ -360,11 +178,9 @@ TEST_P(FailingCalls, KilledInFrontOfAnyCallLeaveAllWhole) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(All, FailingCalls, testing::ValuesIn(kOperations), [](const auto& info) {
-  std::string name = info.param.name;
-  for (char& c : name) c = c == ' ' ? '_' : c;
-  return name;
-});
+INSTANTIATE_TEST_SUITE_P(All, FailingCalls,
+                         testing::ValuesIn(operations::all().begin(), operations::all().end()),
+                         operations::testName);
 
 // On a file system of 400 KiB, in a process that has mounts of its own. What the
 // child gives is the line of the first promise that did not hold.
@@ -373,7 +189,7 @@ TEST(FullDisk, ArchivesAndTargetsStayAsTheyWere) {
   support::TemporaryFolder folder;
   const std::string disk = folder.file("disk/");
   std::filesystem::create_directory(disk);
-  support::writeFile(folder.file("in/small"), kLarge + kLarge);
+  support::writeFile(folder.file("in/small"), std::string(200000, 'l'));
   std::string noise(60000, '\0');
   std::minstd_rand random(1);
   for (char& c : noise) c = static_cast<char>(random() >> 8);
@@ -383,6 +199,7 @@ TEST(FullDisk, ArchivesAndTargetsStayAsTheyWere) {
       return kNotAllowed;
     }
     const std::string path = disk + "a.zip";
+    const std::vector<unsigned char> bytes(noise.begin(), noise.end());
     std::ofstream(disk + "small") << "old";
     ZipArchive archive;
     if (archive.create(path.c_str(), 0) == 0) return __LINE__ % 250;
@@ -392,7 +209,7 @@ TEST(FullDisk, ArchivesAndTargetsStayAsTheyWere) {
       archive.close();
       before = support::readFile(path);
       archive.open(path.c_str(), kReadWrite);
-      room = archive.insert(bytesOf(noise), std::to_string(count), "", 0) == 1;
+      room = archive.insert(bytes, std::to_string(count), "", 0) == 1;
       if (room) ++count;
     }
     archive.close();
@@ -402,7 +219,7 @@ TEST(FullDisk, ArchivesAndTargetsStayAsTheyWere) {
     for (const std::string& temporary : {disk, folder.text()}) {
       setenv("TMPDIR", temporary.c_str(), 1);
       if (archive.extract("0", (disk + "small").c_str()) != 0) return __LINE__ % 250;
-      if (archive.insert(bytesOf(noise), "0", "", 1) != 0) return __LINE__ % 250;
+      if (archive.insert(bytes, "0", "", 1) != 0) return __LINE__ % 250;
       if (FileSystem::CopyContent(folder.file("in") + "/", disk) != 0) return __LINE__ % 250;
       if (support::readFile(disk + "small") != "old") return __LINE__ % 250;
     }
