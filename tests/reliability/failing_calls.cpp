@@ -3,6 +3,7 @@
 #include <dirent.h>
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <linux/fs.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -11,6 +12,8 @@
 #include <csignal>
 #include <cstdarg>
 #include <cstring>
+
+#include "recorded_calls.h"
 
 namespace failing {
 namespace {
@@ -81,6 +84,19 @@ std::string Failing::failed() const { return firstFailed; }
     return failing::fails(#name, path, needsRoom) ? failure : real arguments;    \
   }
 
+// A call that changes what is on disk: `record` is done after it succeeded.
+#define RECORDED(result, name, parameters, arguments, path, needsRoom, record) \
+  INTERPOSED(result, name, parameters) {                                       \
+    using Function = result(*) parameters;                                     \
+    static const Function real = failing::next<Function>(#name);               \
+    if (failing::fails(#name, path, needsRoom)) return -1;                     \
+    const result done = real arguments;                                        \
+    const int error = errno;                                                   \
+    if (done >= 0) recording::record;                                          \
+    errno = error;                                                             \
+    return done;                                                               \
+  }
+
 INTERPOSED(ssize_t, read, (int fd, void* buffer, std::size_t size)) {
   using Function = ssize_t (*)(int, void*, std::size_t);
   static const Function real = failing::next<Function>("read");
@@ -90,16 +106,17 @@ INTERPOSED(ssize_t, read, (int fd, void* buffer, std::size_t size)) {
 
 PASSES_ON(ssize_t, pread, (int fd, void* buffer, std::size_t size, off_t at),
           (fd, buffer, size, at), -1, nullptr, false)
-PASSES_ON(ssize_t, write, (int fd, const void* data, std::size_t size), (fd, data, size), -1,
-          nullptr, true)
-PASSES_ON(ssize_t, pwrite, (int fd, const void* data, std::size_t size, off_t at),
-          (fd, data, size, at), -1, nullptr, true)
-PASSES_ON(ssize_t, copy_file_range,
-          (int from, off_t* fromAt, int to, off_t* toAt, std::size_t size, unsigned flags),
-          (from, fromAt, to, toAt, size, flags), -1, nullptr, true)
+RECORDED(ssize_t, write, (int fd, const void* data, std::size_t size), (fd, data, size), nullptr,
+         true, contentChanged(fd))
+RECORDED(ssize_t, pwrite, (int fd, const void* data, std::size_t size, off_t at),
+         (fd, data, size, at), nullptr, true, contentChanged(fd))
+RECORDED(ssize_t, copy_file_range,
+         (int from, off_t* fromAt, int to, off_t* toAt, std::size_t size, unsigned flags),
+         (from, fromAt, to, toAt, size, flags), nullptr, true, contentChanged(to))
 PASSES_ON(off_t, lseek, (int fd, off_t at, int whence), (fd, at, whence), -1, nullptr, false)
-PASSES_ON(int, ftruncate, (int fd, off_t size), (fd, size), -1, nullptr, false)
-PASSES_ON(int, fdatasync, (int fd), (fd), -1, nullptr, false)
+RECORDED(int, ftruncate, (int fd, off_t size), (fd, size), nullptr, false, contentChanged(fd))
+RECORDED(int, fsync, (int fd), (fd), nullptr, false, fileCommitted(fd))
+RECORDED(int, fdatasync, (int fd), (fd), nullptr, false, fileCommitted(fd))
 PASSES_ON(int, fstat, (int fd, struct stat* status), (fd, status), -1, nullptr, false)
 PASSES_ON(int, stat, (const char* path, struct stat* status), (path, status), -1, path, false)
 PASSES_ON(int, lstat, (const char* path, struct stat* status), (path, status), -1, path, false)
@@ -109,10 +126,12 @@ PASSES_ON(int, statx,
 PASSES_ON(int, fchmod, (int fd, mode_t mode), (fd, mode), -1, nullptr, false)
 PASSES_ON(int, chmod, (const char* path, mode_t mode), (path, mode), -1, path, false)
 PASSES_ON(int, futimens, (int fd, const struct timespec* times), (fd, times), -1, nullptr, false)
-PASSES_ON(int, linkat, (int from, const char* old, int to, const char* path, int flags),
-          (from, old, to, path, flags), -1, path, true)
-PASSES_ON(int, rename, (const char* old, const char* path), (old, path), -1, path, false)
-PASSES_ON(int, unlink, (const char* path), (path), -1, path, false)
+RECORDED(int, linkat, (int from, const char* old, int to, const char* path, int flags),
+         (from, old, to, path, flags), path, true, namesChanged())
+RECORDED(int, rename, (const char* old, const char* path), (old, path), path, false, namesChanged())
+RECORDED(int, unlink, (const char* path), (path), path, false, namesChanged())
+RECORDED(int, unlinkat, (int folder, const char* path, int flags), (folder, path, flags), path,
+         false, namesChanged())
 PASSES_ON(int, rmdir, (const char* path), (path), -1, path, false)
 PASSES_ON(int, mkdir, (const char* path, mode_t mode), (path, mode), -1, path, true)
 PASSES_ON(char*, realpath, (const char* path, char* real_path), (path, real_path), nullptr, path,
@@ -120,18 +139,38 @@ PASSES_ON(char*, realpath, (const char* path, char* real_path), (path, real_path
 PASSES_ON(DIR*, opendir, (const char* path), (path), nullptr, path, false)
 PASSES_ON(struct dirent*, readdir, (DIR * folder), (folder), nullptr, nullptr, false)
 
-INTERPOSED(int, open, (const char* path, int flags, ...)) {
-  using Function = int (*)(const char*, int, ...);
-  static const Function real = failing::next<Function>("open");
-  va_list rest;
-  va_start(rest, flags);
-  const mode_t mode = (flags & O_CREAT) != 0 || (flags & O_TMPFILE) == O_TMPFILE
-                          ? static_cast<mode_t>(va_arg(rest, unsigned))
-                          : 0;
-  va_end(rest);
-  const bool makes = (flags & O_CREAT) != 0 || (flags & O_TMPFILE) == O_TMPFILE;
-  return failing::fails("open", path, makes) ? -1 : real(path, flags, mode);
+namespace {
+
+bool creates(int flags) { return (flags & O_CREAT) != 0 || (flags & O_TMPFILE) == O_TMPFILE; }
+
+// Opens through the real `openat`, whichever of the two functions was called.
+int openAndRecord(const char* name, int folder, const char* path, int flags, mode_t mode) {
+  using Function = int (*)(int, const char*, int, ...);
+  static const Function real = failing::next<Function>("openat");
+  if (failing::fails(name, path, creates(flags))) return -1;
+  const bool isNew =
+      creates(flags) && ((flags & O_CREAT) == 0 || faccessat(folder, path, F_OK, 0) != 0);
+  const int descriptor = real(folder, path, flags, mode);
+  const int error = errno;
+  if (descriptor >= 0 && isNew) recording::fileCreated(descriptor);
+  if (descriptor >= 0 && (flags & O_TRUNC) != 0) recording::contentChanged(descriptor);
+  errno = error;
+  return descriptor;
 }
+
+}  // namespace
+
+#define OPENS(name, parameters, folder)                                                   \
+  INTERPOSED(int, name, parameters) {                                                     \
+    va_list rest;                                                                         \
+    va_start(rest, flags);                                                                \
+    const mode_t mode = creates(flags) ? static_cast<mode_t>(va_arg(rest, unsigned)) : 0; \
+    va_end(rest);                                                                         \
+    return openAndRecord(#name, folder, path, flags, mode);                               \
+  }
+
+OPENS(open, (const char* path, int flags, ...), AT_FDCWD)
+OPENS(openat, (int folder, const char* path, int flags, ...), folder)
 
 // The one argument of these is a pointer or nothing here.
 INTERPOSED(int, fcntl, (int fd, int command, ...)) {
@@ -151,7 +190,10 @@ INTERPOSED(int, ioctl, (int fd, unsigned long request, ...)) {
   va_start(rest, request);
   void* const argument = va_arg(rest, void*);
   va_end(rest);
-  return failing::fails("ioctl", nullptr, true) ? -1 : real(fd, request, argument);
+  if (failing::fails("ioctl", nullptr, true)) return -1;
+  const int result = real(fd, request, argument);
+  if (result == 0 && request == FICLONE) recording::contentChanged(fd);
+  return result;
 }
 
 // A failing close has closed all the same.

@@ -1,0 +1,27 @@
+#pragma once
+// The states in which a power failure can leave a directory.
+//
+// What a file system keeps of the changes since the last commit of a file, in the model used here:
+//  - each block of 4 KiB as it was at any moment since, or torn between two of them at 512 bytes;
+//  - the size that the file had at any moment since;
+//  - the names of the tree as they were at any moment since the tree's last commit.
+// All these are independent of each other.
+
+#include <functional>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "recorded_calls.h"
+
+namespace power_loss {
+
+// Contents by relative path.
+using State = std::map<std::string, std::string>;
+
+// Visits each distinct state once. Where more than `limit` states are possible before a commit,
+// visits `limit` of them, chosen with a fixed seed.
+void forEachState(const std::vector<recording::Event>& events, std::size_t limit,
+                  const std::function<void(const State&)>& visit);
+
+}  // namespace power_loss

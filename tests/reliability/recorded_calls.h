@@ -1,0 +1,56 @@
+#pragma once
+// Records what the library's system calls change in a directory, and what they commit.
+
+#include <map>
+#include <string>
+#include <vector>
+
+namespace recording {
+
+// Path relative to the directory, and the file's number.
+using Names = std::map<std::string, int>;
+
+// The number of the directory tree in an event.
+inline constexpr int kTree = -1;
+
+struct Event {
+  int file = kTree;
+  bool committed = false;  // of the file or tree; what it holds has not changed
+  std::string content;     // of the file, all of it
+  Names names;             // of the tree
+};
+
+// Records during its lifetime. The first events describe what is there. One at a time.
+class Recorder {
+ public:
+  explicit Recorder(const std::string& folder);
+  Recorder(const Recorder&) = delete;
+  Recorder& operator=(const Recorder&) = delete;
+  ~Recorder();
+
+  const std::vector<Event>& events() const { return events_; }
+
+ private:
+  friend void contentChanged(int descriptor);
+  friend void fileCreated(int descriptor);
+  friend void namesChanged();
+  friend void fileCommitted(int descriptor);
+
+  void addContent(int file, const std::string& path);
+  void addNames();
+  bool covers(int descriptor) const;
+  int numberOf(int descriptor);
+
+  std::string folder_;
+  std::vector<Event> events_;
+  std::map<unsigned long, int> numbers_;  // by inode
+  int files_ = 0;
+};
+
+// Called after a system call that succeeded.
+void contentChanged(int descriptor);
+void fileCreated(int descriptor);
+void namesChanged();
+void fileCommitted(int descriptor);
+
+}  // namespace recording
