@@ -64,4 +64,6 @@ bool ArchiveFile::truncate(std::uint64_t size) {
          SetEndOfFile(handle_.get());
 }
 
+bool ArchiveFile::sync() { return FlushFileBuffers(handle_.get()) != FALSE; }
+
 }  // namespace zip_engine

@@ -21,6 +21,8 @@ class ArchiveFile {
   bool writeAt(std::uint64_t position, const void* data, std::size_t size);
   // Cuts the file, or extends it with zeros.
   bool truncate(std::uint64_t size);
+  // Waits until everything written so far, the size included, survives a power failure.
+  bool sync();
 
  private:
   platform::FileHandle handle_;

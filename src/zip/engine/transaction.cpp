@@ -12,15 +12,14 @@ namespace {
 // Appended bytes are gathered up to this size.
 constexpr std::size_t kBufferSize = 1 << 20;
 
-// How far ahead of a write the guard is put while more is to come.
-constexpr std::uint64_t kGuardDistance = 64 << 20;
+// How far past a write the backup directory is put while more is to come.
+constexpr std::uint64_t kBackupDistance = 16 << 20;
 
-// Records of this alignment lie within one page of the page cache, so that no
-// kill can leave half of one.
+// What is written within one page of the page cache is there entirely or not at all after a kill.
 constexpr std::uint64_t kPage = 4096;
 
-// A gap between the old directory and the file's end up to this size is
-// overwritten with it; a larger one is left where it is.
+// A gap between the old directory and the end of the file up to this size is overwritten with it; a
+// larger one is left unchanged.
 constexpr std::uint64_t kLargestGap = 1 << 20;
 
 std::uint64_t nextPage(std::uint64_t position) { return (position + kPage - 1) / kPage * kPage; }
@@ -33,6 +32,7 @@ bool Transaction::createNew(const char* path) {
 
 bool Transaction::openExisting(const char* path) {
   if (!file_.open(path, GENERIC_READ | GENERIC_WRITE, 0, OPEN_EXISTING)) return false;
+  durable_ = true;
   const std::optional<std::uint64_t> size = file_.size();
   if (!size) return false;
   beforeSize_ = *size;
@@ -57,17 +57,16 @@ bool Transaction::append(const void* data, std::size_t size) {
   return flushIfLarge();
 }
 
-bool Transaction::flushIfLarge() { return buffer_.size() < kBufferSize || flush(kGuardDistance); }
+bool Transaction::flushIfLarge() { return buffer_.size() < kBufferSize || flush(kBackupDistance); }
 
-// `roomBehind` is the space that is expected to be needed behind the buffer.
-bool Transaction::flush(std::uint64_t roomBehind) {
+// `expected` is the number of bytes that are expected to be appended after the buffer.
+bool Transaction::flush(std::uint64_t expected) {
   if (buffer_.empty()) return true;
   const std::uint64_t end = position();
-  const bool needsGuard = beforeSize_ != 0 || guardStart_ != 0 || roomBehind != 0;
-  if (needsGuard && end > guardStart_) {
-    const std::uint64_t far =
-        std::max<std::uint64_t>(roomBehind, roomBehind == 0 ? 0 : 4 * before_.blob.size());
-    if (!guard(end + far) && !(far > kBufferSize && guard(end + kBufferSize))) return false;
+  const bool needsBackup = beforeSize_ != 0 || backupStart_ != 0 || expected != 0;
+  if (needsBackup && end > backupStart_ && !backUp(end + expected) &&
+      !(expected > kBufferSize && backUp(end + kBufferSize))) {
+    return false;
   }
   touched_ = true;
   if (!file_.writeAt(flushed_, buffer_.data(), buffer_.size())) return false;
@@ -76,49 +75,49 @@ bool Transaction::flush(std::uint64_t roomBehind) {
   return true;
 }
 
-// Puts a copy of the old directory behind `end`, which must not be in front of
-// the guard that is there.
-bool Transaction::guard(std::uint64_t end) {
+// Puts a backup directory past `end`, which must not precede the present one.
+bool Transaction::backUp(std::uint64_t end) {
   const std::optional<std::uint64_t> size = file_.size();
   if (!size) return false;
   const std::uint64_t former = std::max(*size, beforeSize_);
   touched_ = true;
-  if (placeGuard(std::max(end, former))) return true;
-  // What was written of it must not hide the end record in front of it.
+  if (writeBackup(std::max(end, former)) && sync()) return true;
+  // An incomplete one must not hide the end record before it.
   file_.truncate(former);
   return false;
 }
 
-bool Transaction::placeGuard(std::uint64_t end) {
+bool Transaction::writeBackup(std::uint64_t end) {
   const auto endRecordsFor = [&](std::uint64_t directory) {
     Bytes bytes;
     appendEndRecords(bytes, directory - before_.base, before_.blob.size(), before_.entryCount,
                      before_.comment);
     return bytes;
   };
-  const auto placedAt = [&](std::uint64_t copy) {
+  const auto writtenAt = [&](std::uint64_t copy) {
     safeDirectory_ = copy;
-    guardStart_ = copy;
+    backupStart_ = copy;
     return true;
   };
-  // What fits into a page is there at once or not at all.
   Bytes whole = before_.blob;
   const Bytes whenSmall = endRecordsFor(nextPage(end));
   if (whole.size() + whenSmall.size() <= kPage) {
     whole.insert(whole.end(), whenSmall.begin(), whenSmall.end());
-    return file_.writeAt(nextPage(end), whole.data(), whole.size()) && placedAt(nextPage(end));
+    return file_.writeAt(nextPage(end), whole.data(), whole.size()) && writtenAt(nextPage(end));
   }
-  // First an end record that leads to the directory where it stands now, then
-  // the copy, and only then the record that leads to the copy. With the zip64
-  // records they are of one length for every place.
+  // First an end record that refers to the directory that is there, then the copy, then the end
+  // record that refers to the copy, so that a kill between two of them leaves a sound end record.
+  // With the zip64 records they have one size wherever the directory is.
   const std::uint64_t endRecord = nextPage(end + before_.blob.size());
   const std::uint64_t copy = endRecord - before_.blob.size();
   const Bytes far = endRecordsFor(safeDirectory_);
   const Bytes near = endRecordsFor(copy);
   if (far.size() == near.size() && !file_.writeAt(endRecord, far.data(), far.size())) return false;
   return file_.writeAt(copy, before_.blob.data(), before_.blob.size()) &&
-         file_.writeAt(endRecord, near.data(), near.size()) && placedAt(copy);
+         file_.writeAt(endRecord, near.data(), near.size()) && writtenAt(copy);
 }
+
+bool Transaction::sync() { return !durable_ || file_.sync(); }
 
 bool Transaction::patch(std::uint64_t position, const void* data, std::size_t size) {
   const auto* bytes = static_cast<const unsigned char*>(data);
@@ -153,15 +152,17 @@ bool Transaction::commit(const Bytes& kept, const Bytes& added, std::uint64_t en
   buffer_.insert(buffer_.end(), added.begin(), added.end());
   appendEndRecords(buffer_, directoryPosition - before_.base, directorySize, entryCount, comment);
   const std::uint64_t end = position();
-  if (flush(0) && (guardStart_ == 0 || file_.truncate(end))) return true;
+  if (flush(0) && sync() && (backupStart_ == 0 || (file_.truncate(end) && sync()))) return true;
   rewind(directoryPosition);
   return false;
 }
 
 void Transaction::restore() {
   if (!touched_) return;
-  // If this fails the guard stays, and with it all entries.
-  if (file_.writeAt(start_, beforeTail_.data(), beforeTail_.size())) file_.truncate(beforeSize_);
+  // On failure the backup directory stays, and with it all entries.
+  if (file_.writeAt(start_, beforeTail_.data(), beforeTail_.size()) && sync()) {
+    file_.truncate(beforeSize_);
+  }
 }
 
 }  // namespace zip_engine

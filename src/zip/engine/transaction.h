@@ -1,11 +1,22 @@
 #pragma once
-// Appending to an archive in place so that at every instant the file is whole:
-// as it was before, or as it is after the commit.
+// Appending to an archive in place.
 //
-// Before a byte of the old directory is overwritten, a copy of it, with an end
-// record of its own, stands behind the place where the finished file will end:
-// the guard. New entries and the new directory are written in front of it, and
-// cutting the guard off is the commit.
+// New entries and the new directory belong where the old directory is. If it were overwritten
+// directly, an interruption would leave an archive without a directory. If they were written after
+// it, each append would leave a dead directory in the file. Copying the archive would make an
+// append as expensive as its size. So a copy of the old directory, with an end record of its own,
+// is first written past the place where the finished file will end: the backup directory.
+//
+//      | entries | directory | end |
+//   1  | entries | directory | end |             | backup directory | end |
+//   2  | entries | new entries | new directory | end | backup directory | end |
+//   3  | entries | new entries | new directory | end |
+//
+// Step 3, the truncation, is the commit. Each step is committed to the disk before the next one
+// begins, so that a power failure leaves the archive of before or that of after the append. A
+// process that is killed leaves a file whose last end record leads to a whole directory. A power
+// failure during step 1 can leave any part of the backup directory; interrupted_append.h recognizes
+// that.
 
 #include <cstdint>
 #include <string>
@@ -18,51 +29,55 @@ namespace zip_engine {
 
 class Transaction {
  public:
-  // Opens the archive for an append, or makes a new one of what is there. False
-  // if the file cannot be opened or is neither an archive nor empty.
+  // Opens an archive or an empty file to append to it. Returns false if it cannot be opened or is
+  // neither.
   bool openExisting(const char* path);
+  // Creates an empty file, or empties an existing one. Nothing is committed to the disk: the file
+  // has no old state to protect.
   bool createNew(const char* path);
 
-  // The archive as it was.
+  // The archive before the append.
   const CentralDirectory& before() const { return before_; }
 
   // Absolute position of the next byte that is appended.
   std::uint64_t position() const { return flushed_ + buffer_.size(); }
-  // The bytes behind the last flush, to append to; flushIfLarge() follows.
+  // The bytes since the last flush, to append to; flushIfLarge() follows.
   Bytes& buffer() { return buffer_; }
-  // The same with room for a part of a large entry, always of the same size: a
-  // buffer that grows holds its old room beside the new one.
+  // The same with the capacity for a part of a large entry, always of one size: a buffer that grows
+  // holds its old memory beside the new one.
   Bytes& bufferForPart(std::size_t size);
   bool append(const void* data, std::size_t size);
-  // Writes the buffer out when it has grown. After a failure its bytes are kept.
+  // Writes the buffer out if it has grown. Its bytes are kept on failure.
   bool flushIfLarge();
   // Replaces bytes that were appended.
   bool patch(std::uint64_t position, const void* data, std::size_t size);
-  // Takes back everything behind a position that was reached before.
+  // Undoes everything past a position that was reached before.
   void rewind(std::uint64_t position);
 
-  // Ends the archive with a directory of the records that are kept and those that
-  // are added, and cuts off what is behind it.
+  // Ends the archive with a directory of the kept and the added records. Once it returns true the
+  // append survives a power failure, unless the file was created.
   bool commit(const Bytes& kept, const Bytes& added, std::uint64_t entryCount,
               const std::string& comment);
   // Makes the file byte for byte what it was.
   void restore();
 
  private:
-  bool flush(std::uint64_t roomBehind);
-  bool guard(std::uint64_t end);
-  bool placeGuard(std::uint64_t end);
+  bool flush(std::uint64_t expected);
+  bool backUp(std::uint64_t end);
+  bool writeBackup(std::uint64_t end);
+  bool sync();
 
   ArchiveFile file_;
+  bool durable_ = false;
   CentralDirectory before_;
-  Bytes beforeTail_;  // what was overwritten first: directory and end
+  Bytes beforeTail_;  // the old bytes from start_ on: directory and end record
   std::uint64_t beforeSize_ = 0;
   std::uint64_t start_ = 0;    // absolute; where appended bytes begin
   std::uint64_t flushed_ = 0;  // absolute; where the buffer begins
   Bytes buffer_;
-  bool touched_ = false;             // whether the file differs from what it was
+  bool touched_ = false;             // true if the file differs from what it was
   std::uint64_t safeDirectory_ = 0;  // absolute; a whole copy of the old directory
-  std::uint64_t guardStart_ = 0;     // absolute; 0 without a guard
+  std::uint64_t backupStart_ = 0;    // absolute; 0 without a backup directory
 };
 
 }  // namespace zip_engine
