@@ -1,42 +1,60 @@
 #pragma once
-// The commands of vesk-fs. Each does its job through the library's exported
-// interface and throws Failure, whose text is the line that the user reads.
+// The commands of vesk-fs, one function each. They work through the library's
+// exported interface and throw Failure; a failure after which they go on is
+// reported through Output.
 
-#include <stdexcept>
 #include <string>
+#include <vector>
 
-class Failure : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
+#include "output.h"
+
+// How the user gives a password. At most one of the two texts is not empty.
+struct PasswordSource {
+  std::string text;
+  std::string file;
 };
 
-// The path without the separators at its end, but for those of a root: the
-// library puts a backslash behind a `/`, and the two would begin a server's name.
-std::string withoutEndSeparators(std::string path);
+enum class ListFormat { kNames, kTable, kJson };
 
-// The path as the library makes folders for it: a relative one gets `.\` in
-// front, because its first component counts as given, and doubled separators
-// behind the start become one, because they would begin a server's name. None
-// is left at the end.
-std::string madeReady(const std::string& path);
+// Packs all files below a directory into a new archive.
+void pack(const std::string& directory, const std::string& zip, Output& output);
 
-void pack(const std::string& folder, const std::string& zip);
-void unpack(const std::string& zip, const std::string& folder);
-void list(const std::string& zip);
-// An empty name stands for the file's own; the archive is made if it is missing.
-void add(const std::string& zip, const std::string& file, const std::string& name,
-         const std::string& password);
-void remove(const std::string& zip, const std::string& name);
-void extract(const std::string& zip, const std::string& name, const std::string& target,
-             const std::string& password);
+// Unpacks all entries into a directory. Goes on after an entry that fails.
+void unpack(const std::string& zip, const std::string& directory, bool overwrite,
+            const PasswordSource& password, Output& output);
 
-// Writes the paths of all files below the folder.
-void tree(const std::string& folder, const std::string& pattern);
+// Lists the entries that the patterns select, or all without patterns.
+void list(const std::string& zip, const std::vector<std::string>& patterns, ListFormat format);
 
-// A file is copied into the folder `target`; of a folder all that it holds is.
-void copy(const std::string& source, const std::string& target);
+// Reads and checks every entry; writes nothing.
+void test(const std::string& zip, const PasswordSource& password, Output& output);
+
+struct AddRequest {
+  std::string zip;                 // created if it does not exist
+  std::vector<std::string> files;  // files and directories, or `-` for standard input
+  std::string name;                // of the entry of a single file; empty for the default
+  bool encrypt = false;            // ask for a password
+  PasswordSource password;
+};
+void add(const AddRequest& request, Output& output);
+
+// Removes the entries that the patterns select.
+void remove(const std::string& zip, const std::vector<std::string>& patterns, Output& output);
+
+// Extracts one entry to a file or into a directory, the entries that a pattern
+// with wildcards selects into a directory, or either to standard output (`-`).
+void extract(const std::string& zip, const std::string& pattern, const std::string& target,
+             const PasswordSource& password, Output& output);
+
+// Writes the paths of all files below a directory whose names match a pattern.
+void tree(const std::string& directory, const std::string& pattern, const Output& output);
+
+// Copies a file, or everything in a directory, into the directory `target`.
+void copy(const std::string& source, const std::string& target, const Output& output);
+
 // Deletes old files as eraseOldFile does; a dry run writes their paths instead.
-void sweep(const std::string& folder, unsigned int days, bool dryRun);
+void sweep(const std::string& directory, unsigned int days, bool dryRun, const Output& output);
+
 // Writes the version text of an executable.
 void version(const std::string& file);
 

@@ -8,13 +8,13 @@
 #include <cstdio>
 
 #include "commands.h"
+#include "text.h"
 
 namespace {
 
 void requireFile(const std::string& file) {
-  constexpr unsigned long kRead = 0x80000000;
-  if (FileSystem::TestOpen(file.c_str(), kRead) == 0) {
-    throw Failure("cannot read the file '" + file + "'");
+  if (FileSystem::TestOpen(file.c_str(), FileSystem::kAccessRead) == 0) {
+    throw Failure("cannot read the file " + inQuotes(file));
   }
 }
 
@@ -24,7 +24,7 @@ void version(const std::string& file) {
   requireFile(file);
   CString text;
   if (FileSystem::FormatVersion(file.c_str(), text) == 0) {
-    throw Failure("'" + file + "' has no version resource with a ProductVersion");
+    throw Failure(inQuotes(file) + " has no version resource with a ProductVersion");
   }
   std::printf("%s\n", static_cast<const char*>(text));
 }
@@ -35,8 +35,9 @@ void xmlGet(const std::string& file, const std::string& tag, const std::string& 
   const std::string value = attribute.empty() ? FileSystem::Xml::xmlContent(text, tag, false)
                                               : FileSystem::Xml::xmlAttribute(text, tag, attribute);
   if (value.empty()) {
-    const std::string what = attribute.empty() ? "element" : "attribute '" + attribute + "' of";
-    throw Failure("'" + file + "' has no " + what + " '" + tag + "', or it is empty");
+    const std::string item = attribute.empty() ? "" : "attribute " + inQuotes(attribute) + " of ";
+    throw Failure(inQuotes(file) + " has no " + item + "element " + inQuotes(tag) +
+                  ", or it is empty");
   }
   std::printf("%s\n", value.c_str());
 }

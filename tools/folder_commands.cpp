@@ -10,60 +10,65 @@
 #include <vector>
 
 #include "commands.h"
+#include "paths.h"
 #include "progress.h"
+#include "terminal.h"
+#include "text.h"
 
 namespace {
 
-void requireFolder(const std::string& folder) {
-  if (FileSystem::FolderExists(folder.c_str()) == 0) {
-    throw Failure("there is no folder '" + folder + "'");
+void requireDirectory(const std::string& directory) {
+  if (FileSystem::FolderExists(directory.c_str()) == 0) {
+    throw Failure("there is no directory " + inQuotes(directory));
   }
 }
 
-std::string withBackslash(const std::string& folder) {
-  std::string text = withoutEndSeparators(folder);
-  return text.ends_with('\\') ? text : text + '\\';
+// Writes paths for other programs; on a terminal without what would act on it.
+void writePath(const std::string& path) {
+  const std::string native = nativePath(path);
+  std::printf("%s\n", isTerminal(stdout) ? printable(native).c_str() : native.c_str());
 }
 
-std::size_t countFiles(const std::string& folder) {
-  std::vector<std::string> folders{folder};
-  FileSystem::EnumFolders(folders, folder.c_str(), 1);
+std::size_t countFiles(const std::string& directory) {
+  std::vector<std::string> directories{directory};
+  FileSystem::EnumFolders(directories, directory.c_str(), 1);
   std::vector<std::string> names;
-  for (const std::string& current : folders) {
+  for (const std::string& current : directories) {
     FileSystem::EnumFiles(names, current.c_str(), "*.*");
   }
   return names.size();
 }
 
 void copyFile(const std::string& source, const std::string& target) {
-  if (FileSystem::TestOpen(source.c_str(), 0x80000000) == 0) {
-    throw Failure("cannot read '" + source + "': it does not exist, or another program holds it");
+  if (FileSystem::TestOpen(source.c_str(), FileSystem::kAccessRead) == 0) {
+    throw Failure("cannot read " + inQuotes(source) +
+                  ": it does not exist, is not permitted, or another program uses it");
   }
   if (FileSystem::EnsurePathExists(target.c_str()) == 0) {
-    throw Failure("cannot make or write to the folder '" + target + "'");
+    throw Failure("cannot create or write to the directory " + inQuotes(target));
   }
-  constexpr unsigned int kAlways = 0;
-  if (FileSystem::CopyFileA(source.c_str(), target.c_str(), kAlways) == 0) {
-    throw Failure("cannot copy '" + source + "' to '" + target + "'");
+  if (FileSystem::CopyFileA(source.c_str(), target.c_str(), FileSystem::kCopyAlways) == 0) {
+    throw Failure("cannot copy " + inQuotes(source) + " to " + inQuotes(target));
   }
 }
 
-void copyFolder(const std::string& source, const std::string& target) {
+void copyDirectory(const std::string& source, const std::string& target, const Output& output) {
   const std::size_t expected = countFiles(source);
   long copied = 0;
   {
-    const Progress progress("copying " + source);
+    const Progress progress(output, "copying " + source);
     copied = FileSystem::CopyContent(source, target);
   }
-  if (copied < 0) throw Failure("cannot make or write to the folder '" + target + "'");
-  if (static_cast<std::size_t>(copied) < expected) {
-    throw Failure(std::to_string(expected - static_cast<std::size_t>(copied)) + " of " +
-                  std::to_string(expected) + " files could not be copied to '" + target + "'");
+  if (copied < 0) throw Failure("cannot create or write to the directory " + inQuotes(target));
+  const auto count = static_cast<std::size_t>(copied);
+  if (count < expected) {
+    throw Failure(std::to_string(expected - count) + " of " + std::to_string(expected) +
+                  " files could not be copied to " + inQuotes(target));
   }
-  std::printf("copied %ld files\n", copied);
+  output.summary("copied " + counted(count, "file", "files"));
 }
 
-// The present moment as fileTime gives moments: local days since 1899-12-30.
+// The present moment in the unit of fileTime: local days since 1899-12-30.
 double now() {
   const std::time_t utc = std::time(nullptr);
   const std::tm local = *std::localtime(&utc);
@@ -78,52 +83,53 @@ double now() {
   return kDaysTo1970 + static_cast<double>(days) + seconds / kSecondsPerDay;
 }
 
-// The files below a folder that a sweep looks at, without those behind links.
-void collectBelow(const std::string& folder, std::vector<std::string>& files) {
+// Appends the files that a sweep considers below a directory. It follows no link.
+void appendCandidates(const std::string& directory, std::vector<std::string>& files) {
   constexpr std::uint32_t kLink = 0x400;  // FILE_ATTRIBUTE_REPARSE_POINT
-  std::vector<FileSystem::FILE_INFORMATION> folders;
-  FileSystem::EnumFolders(folders, folder.c_str(), 0);
-  for (const FileSystem::FILE_INFORMATION& below : folders) {
-    if ((below.dwFileAttributes & kLink) != 0) continue;
-    const std::string path = folder + below.cFileName + '\\';
+  std::vector<FileSystem::FILE_INFORMATION> children;
+  FileSystem::EnumFolders(children, directory.c_str(), 0);
+  for (const FileSystem::FILE_INFORMATION& child : children) {
+    if ((child.dwFileAttributes & kLink) != 0) continue;
+    const std::string path = directory + child.cFileName + '\\';
     FileSystem::EnumFilesWithPath(files, path.c_str(), "*.*", false);
-    collectBelow(path, files);
+    appendCandidates(path, files);
   }
 }
 
 }  // namespace
 
-void tree(const std::string& folder, const std::string& pattern) {
-  requireFolder(folder);
+void tree(const std::string& directory, const std::string& pattern, const Output& output) {
+  requireDirectory(directory);
   std::vector<std::string> files;
   {
-    const Progress progress("listing " + folder);
-    FileSystem::EnumFilesWithPath(files, withBackslash(folder).c_str(), pattern.c_str(), true);
+    const Progress progress(output, "listing " + directory);
+    FileSystem::EnumFilesWithPath(files, withBackslash(directory).c_str(), pattern.c_str(), true);
   }
-  for (const std::string& file : files) std::printf("%s\n", file.c_str());
+  for (const std::string& file : files) writePath(file);
 }
 
-void copy(const std::string& source, const std::string& target) {
-  const std::string folder = withBackslash(madeReady(target));
+void copy(const std::string& source, const std::string& target, const Output& output) {
+  const std::string directory = withBackslash(creatablePath(target));
   if (FileSystem::FolderExists(source.c_str()) != 0) {
-    copyFolder(withBackslash(source), folder);
+    copyDirectory(withBackslash(source), directory, output);
   } else {
-    copyFile(source, folder);
+    copyFile(source, directory);
   }
 }
 
-void sweep(const std::string& folder, unsigned int days, bool dryRun) {
-  requireFolder(folder);
-  const std::string top = withBackslash(folder);
+void sweep(const std::string& directory, unsigned int days, bool dryRun, const Output& output) {
+  requireDirectory(directory);
+  const std::string top = withBackslash(directory);
   if (!dryRun) {
-    std::printf("deleted %u files\n", FileSystem::eraseOldFile(top, days));
+    const unsigned int count = FileSystem::eraseOldFile(top, days);
+    output.summary("deleted " + counted(count, "file", "files"));
     return;
   }
   std::vector<std::string> files;
   FileSystem::EnumFilesWithPath(files, top.c_str(), "*.tmp", false);
-  collectBelow(top, files);
+  appendCandidates(top, files);
   const double limit = now() - days;
   for (const std::string& file : files) {
-    if (FileSystem::fileTime(file) <= limit) std::printf("%s\n", file.c_str());
+    if (FileSystem::fileTime(file) <= limit) writePath(file);
   }
 }

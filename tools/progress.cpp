@@ -1,29 +1,37 @@
 #include "progress.h"
 
-#include <filesystem/file_stream.h>
-#include <unistd.h>
-
 #include <chrono>
 #include <cstdio>
+#include <filesystem>
 #include <utility>
+
+#include "paths.h"
+#include "terminal.h"
+#include "text.h"
 
 namespace {
 
 constexpr std::chrono::milliseconds kDelay{500};
 constexpr std::chrono::milliseconds kInterval{100};
 
-// In MB; -1 if the file cannot be read now.
-double sizeOf(const std::string& file) {
-  FileSystem::FileStream stream;
-  if (!stream.open(file.c_str(), FileSystem::FileStream::OpenRead)) return -1;
-  return static_cast<double>(stream.size()) / 1e6;
+std::uint64_t sizeOf(const std::string& file) {
+  std::error_code error;
+  const std::uint64_t size = std::filesystem::file_size(nativePath(file), error);
+  return error ? 0 : size;
+}
+
+std::string formatted(const char* format, double value) {
+  char text[64];
+  std::snprintf(text, sizeof(text), format, value);
+  return text;
 }
 
 }  // namespace
 
-Progress::Progress(std::string what, std::string file)
-    : what_(std::move(what)), file_(std::move(file)) {
-  if (isatty(STDERR_FILENO) != 0) thread_ = std::thread([this] { show(); });
+Progress::Progress(const Output& output, const std::string& what, std::uint64_t total,
+                   std::string growing)
+    : what_(printable(what)), total_(total), growing_(std::move(growing)) {
+  if (isTerminal(stderr) && !output.quiet) thread_ = std::thread([this] { show(); });
 }
 
 Progress::~Progress() {
@@ -36,6 +44,26 @@ Progress::~Progress() {
   thread_.join();
 }
 
+std::string Progress::line(double seconds, std::size_t columns) const {
+  constexpr double kMega = 1e6;
+  const auto done = static_cast<double>(done_ + (growing_.empty() ? 0 : sizeOf(growing_)));
+  const auto total = static_cast<double>(total_);
+  std::string numbers;
+  if (done > 0) {
+    numbers += formatted(", %.1f MB", done / kMega);
+    numbers += formatted(", %.1f MB/s", done / kMega / seconds);
+  }
+  if (done > 0 && done < total) {
+    numbers += formatted(", %.0f %%", 100 * done / total);
+    numbers += formatted(", %.0f s left", seconds / done * (total - done));
+  } else {
+    numbers += formatted(", %.1f s", seconds);
+  }
+  // The numbers come first where the terminal is narrow.
+  if (numbers.size() >= columns) return std::string(fitting(numbers.substr(2), columns));
+  return std::string(fitting(what_, columns - numbers.size())) + numbers;
+}
+
 void Progress::show() {
   const auto start = std::chrono::steady_clock::now();
   const auto isFinished = [this] { return finished_; };
@@ -43,10 +71,9 @@ void Progress::show() {
   if (over_.wait_for(lock, kDelay, isFinished)) return;
   do {
     const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
-    const double size = file_.empty() ? -1 : sizeOf(file_);
-    std::fprintf(stderr, "\r%s: %.1f s", what_.c_str(), elapsed.count());
-    if (size >= 0) std::fprintf(stderr, ", %.1f MB", size);
-    std::fputs("\x1b[K", stderr);
+    // A line of the full width would scroll.
+    const std::string text = line(elapsed.count(), terminalWidth() - 1);
+    std::fprintf(stderr, "\r%s\x1b[K", text.c_str());
     std::fflush(stderr);
   } while (!over_.wait_for(lock, kInterval, isFinished));
   std::fputs("\r\x1b[K", stderr);

@@ -1,27 +1,39 @@
 #pragma once
 // A line of progress on a terminal, for work that takes longer than half a
-// second. Without a terminal nothing is written.
+// second. Nothing is written without a terminal, and nothing with --quiet.
 
+#include <atomic>
 #include <condition_variable>
+#include <cstdint>
 #include <mutex>
 #include <string>
 #include <thread>
 
+#include "output.h"
+
 class Progress {
  public:
-  // `what` is what is going on ("packing photos"). `file`, if not empty, is a
-  // file that grows with the work; its size is shown.
-  explicit Progress(std::string what, std::string file = {});
+  // `what` names the work ("packing photos"). `total` is the number of bytes
+  // that advance() will report, 0 if it is unknown. `growing`, if not empty, is
+  // a file that grows with the work; its size is added to the bytes reported.
+  Progress(const Output& output, const std::string& what, std::uint64_t total = 0,
+           std::string growing = {});
   Progress(const Progress&) = delete;
   Progress& operator=(const Progress&) = delete;
-  // Takes the line back.
+  // Removes the line.
   ~Progress();
+
+  void advance(std::uint64_t bytes) { done_ += bytes; }
 
  private:
   void show();
+  // The line, which fits into `columns`.
+  std::string line(double seconds, std::size_t columns) const;
 
   const std::string what_;
-  const std::string file_;
+  const std::uint64_t total_;
+  const std::string growing_;
+  std::atomic<std::uint64_t> done_{0};
   std::mutex mutex_;
   std::condition_variable over_;
   bool finished_ = false;

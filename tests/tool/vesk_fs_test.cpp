@@ -1,129 +1,197 @@
-// The command-line host, run as a user runs it.
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <string>
-
-#include "support/programs.h"
-#include "support/temporary_folder.h"
+#include "tool/vesk_fs.h"
 
 namespace {
 
-class VeskFs : public testing::Test {
- protected:
-  // Standard output of a run, then the exit status, then standard error.
-  std::string run(const std::string& arguments) const {
-    return support::outputOf(folder_.path(), std::string("{ " VESK_FS " ") + arguments +
-                                                 " 2>err; echo \"[$?]\"; cat err; rm err; }");
-  }
-  // Whether a run fails as told: status 1, nothing on standard output, and one
-  // line on standard error that tells `what`.
-  void expectFailure(const std::string& arguments, const std::string& what) const {
-    const std::string result = run(arguments);
-    EXPECT_TRUE(result.starts_with("[1]\nvesk-fs: ")) << arguments << ": " << result;
-    EXPECT_NE(result.find(what), std::string::npos) << arguments << ": " << result;
-    EXPECT_EQ(std::count(result.begin(), result.end(), '\n'), 2) << result;
-  }
-
-  support::TemporaryFolder folder_;
-};
-
 TEST_F(VeskFs, PacksAndUnpacks) {
-  support::writeFile(folder_.file("in/sub/a.txt"), "a");
-  support::writeFile(folder_.file("in/b.txt"), "b");
-  EXPECT_EQ(run("pack in a.zip"), "packed 2 files into a.zip\n[0]\n");
-  EXPECT_EQ(run("list a.zip"), "b.txt\nsub\\a.txt\n[0]\n");
-  EXPECT_EQ(run("unpack a.zip out/deep"), "unpacked 2 files into out/deep\n[0]\n");
-  EXPECT_EQ(support::run(folder_.path(), "diff -r in out/deep"), 0);
-  EXPECT_EQ(run("tree in '*.TXT'"), "in\\b.txt\nin\\sub\\a.txt\n[0]\n");
+  write("in/sub/a.txt", "a");
+  write("in/b.txt", "b");
+  check({
+      {"pack in a.zip", 0, "packed 2 files into a.zip\n"},
+      {"list a.zip", 0, "b.txt\nsub\\a.txt\n"},
+      {"unpack a.zip out/deep", 0, "unpacked 2 files into out/deep\n"},
+      {"test a.zip", 0, "tested 2 entries of a.zip: no errors\n"},
+      // As a shell completes the names of directories.
+      {"pack in/ b.zip -q", 0, ""},
+      {"-v unpack b.zip other//place/", 0,
+       "unpacked b.txt\nunpacked sub\\a.txt\nunpacked 2 files into other//place/\n"},
+  });
+  EXPECT_EQ(shell("diff -r in out/deep && diff -r in other/place"), 0);
 
-  // As a shell completes the names of folders.
-  EXPECT_EQ(run("pack in/ b.zip"), "packed 2 files into b.zip\n[0]\n");
-  EXPECT_EQ(run("unpack b.zip other//place/"), "unpacked 2 files into other//place/\n[0]\n");
-  EXPECT_EQ(support::run(folder_.path(), "diff -r in other/place"), 0);
-  EXPECT_EQ(run("tree in/"), "in\\b.txt\nin\\sub\\a.txt\n[0]\n");
+  write("other/place/b.txt", "mine");
+  check({{"unpack b.zip other/place --no-overwrite", 0,
+          "unpacked 0 files into other/place, kept 2 existing files\n"}});
+  EXPECT_EQ(read("other/place/b.txt"), "mine");
 }
 
-TEST_F(VeskFs, ChangesSingleEntries) {
-  support::writeFile(folder_.file("one"), "1");
-  support::writeFile(folder_.file("in/two"), "2");
-  EXPECT_EQ(run("add a.zip one --password secret"), "[0]\n");
-  EXPECT_EQ(run("add a.zip in/two"), "[0]\n");
-  EXPECT_EQ(run("add a.zip one named/it"), "[0]\n");
-  EXPECT_EQ(run("list a.zip"), "one\ntwo\nnamed/it\n[0]\n");
-  EXPECT_EQ(support::run(folder_.path(), "unzip -P secret -tqq a.zip"), 0);
-  EXPECT_EQ(run("remove a.zip named/it"), "[0]\n");
-  EXPECT_EQ(run("extract a.zip one out/x --password secret"), "[0]\n");
-  EXPECT_EQ(support::readFile(folder_.file("out/x")), "1");
-  expectFailure("extract a.zip one y --password wrong", "password");
-  expectFailure("extract a.zip one y", "password");
+TEST_F(VeskFs, UnpacksArchivesOfOtherPrograms) {
+  write("in/sub/a.txt", std::string(5000, 'a'));
+  write("in/b.txt", "b");
+  ASSERT_EQ(shell("mkdir -p in/empty/deep"), 0);
+  for (const char* maker : {"zip -qr a.zip in", "7z a a.zip in", "bsdtar --format zip -cf a.zip in",
+                            "python3 -m zipfile -c a.zip in"}) {
+    ASSERT_EQ(shell("rm -rf a.zip out && " + std::string(maker)), 0) << maker;
+    check({{"unpack a.zip out", 0, "unpacked 2 files into out\n"},
+           {"test a.zip -q", 0, ""},
+           {"unpack a.zip out", 0, "unpacked 2 files into out\n"}});
+    EXPECT_EQ(shell("diff -r in out/in"), 0) << maker;
+  }
+}
+
+TEST_F(VeskFs, ChangesEntries) {
+  write("one", "1");
+  write("in/two", "2");
+  write("in/deep/three.txt", "3");
+  write("pass", "secret\nmore\n");
+  check({
+      {"add a.zip one --password-file pass", 0, ""},
+      {"add a.zip in one --name x", 2, "", "--name is for a single file"},
+      {"add a.zip in/two in -v", 0, "added two\nadded in\\deep\\three.txt\nadded in\\two\n"},
+      {"add a.zip one --name named/it", 0, ""},
+      {"printf 12 | add a.zip - --name input", 0, ""},
+      {"printf 12 | add a.zip -", 2, "", "--name"},
+      {"add a.zip one missing", 1, "", "'missing'"},
+      {"list a.zip", 0, "one\ntwo\nin\\deep\\three.txt\nin\\two\nnamed/it\ninput\n"},
+      {"list a.zip 'in/*.t?t' 'named*'", 0, "in\\deep\\three.txt\nnamed/it\n"},
+      {"list a.zip x", 1, "", "'x'"},
+      {"extract a.zip input -", 0, "12"},
+      {"extract a.zip in/two new/place/", 0, ""},
+      {"extract a.zip 'in/*' all -v", 0, "extracted in\\deep\\three.txt\nextracted in\\two\n"},
+      {"extract a.zip one out/x --password-file pass", 0, ""},
+      {"extract a.zip one y --password wrong -q", 1, "", "the password is wrong or it is damaged"},
+      {"extract a.zip one y </dev/null", 1, "", "needs a password"},
+      {"extract a.zip one new", 1, "", "needs a password"},
+      {"extract a.zip three y", 1, "", "'three'"},
+      {"test a.zip --password-file pass", 0, "tested 6 entries of a.zip: no errors\n"},
+      {"test a.zip", 1, "tested 6 entries of a.zip: 1 error\n", "'one': it is encrypted"},
+      {"remove a.zip three", 1, "", "'three'"},
+      {"remove a.zip '*'", 1, "", "the only entry"},
+      {"remove a.zip 'in/*' named/it -v", 0,
+       "removed in\\deep\\three.txt\nremoved in\\two\nremoved named/it\n"},
+      {"add a.zip one --name TWO", 0, ""},
+      {"remove a.zip two", 1, "", "without 'TWO'"},
+      {"list a.zip", 0, "one\ntwo\ninput\nTWO\n"},
+  });
+  EXPECT_EQ(read("out/x") + read("new/place/two") + read("all/in/two"), "122");
   EXPECT_FALSE(support::exists(folder_.file("y")));
-  expectFailure("extract a.zip three y", "'three'");
-  expectFailure("remove a.zip three", "'three'");
-  EXPECT_EQ(run("remove a.zip one"), "[0]\n");
-  expectFailure("remove a.zip two", "only entry");
+  EXPECT_NE(run("extract a.zip one y --password secret").find("other users can see"),
+            std::string::npos);
+}
+
+TEST_F(VeskFs, DescribesEntries) {
+  python(R"(
+z = zipfile.ZipFile("a.zip", "w")
+def add(name, data, method, comment=b""):
+    info = zipfile.ZipInfo(name, (2024, 2, 29, 12, 34, 56))
+    info.compress_type, info.comment = method, comment
+    z.writestr(info, data)
+add("dir/", "", 0)
+add("a\"b", "x" * 1000, 8, "\u00e9\n".encode())
+add("c", "abc", 12)
+z.comment = b"PK\5\6" + b"x" * 40
+z.close())");
+  check(
+      {{"list -l a.zip", 0,
+        "        size       packed  saved  modified             CRC-32    method     encrypt  "
+        "name\n"
+        "           0            0     0%  2024-02-29 12:34:56  00000000  stored     none     "
+        "dir/\n"
+        "        1000           11    98%  2024-02-29 12:34:56  3b41c9e6  deflate    none     "
+        "a\"b\n"
+        "           3           38 -1166%  2024-02-29 12:34:56  352441c2  bzip2      none     c\n"
+        "        1003           49    95%  2 files, 1 directory\n"},
+       {"list a.zip 'a*' --json", 0,
+        "[\n  {\"name\": \"a\\\"b\", \"directory\": false, \"size\": 1000, \"packedSize\": 11, "
+        "\"modified\": \"2024-02-29T12:34:56\", \"crc32\": \"3b41c9e6\", \"method\": \"deflate\", "
+        "\"encryption\": \"none\", \"comment\": \"\u00e9\\u000a\"}\n]\n"},
+       {"test a.zip", 1, "tested 3 entries of a.zip: 1 error\n",
+        "'c': its compression method, bzip2"}});
+}
+
+TEST_F(VeskFs, NamesWhatFails) {
+  python(R"(
+z = zipfile.ZipFile("a.zip", "w", 8)
+for name in "good", "bad", "../../out", "in/file", "in/dir", "x", "x", "n" * 261:
+    z.writestr(name, name * 99)
+z.close()
+bytes = bytearray(open("a.zip", "rb").read())
+bytes[z.getinfo("bad").header_offset + 36] ^= 255
+bytes[-6:-2] = (z.start_dir + 108).to_bytes(4, "little")
+open("a.zip", "wb").write(bytes[:z.start_dir] + b"unused bytes" * 9 + bytes[z.start_dir:]))");
+  write("out/in/file", "old");
+  write("out/in/dir/x", "old");
+  support::makeReadOnly(folder_.file("out/in/file"));
+  const std::string result = run("unpack a.zip out -q");
+  for (const char* line :
+       {"the entry 'x' occurs again", "'bad': it is damaged", "'../../out': its name leads outside",
+        "'in/file': the existing file is read-only", "'in/dir': a directory has its name",
+        "nnn': its name has more than 260 bytes"}) {
+    EXPECT_NE(result.find(line), std::string::npos) << line << ": " << result;
+  }
+  EXPECT_TRUE(result.starts_with("[1]\n")) << result;
+  EXPECT_EQ(std::count(result.begin(), result.end(), '\n'), 7) << result;
+  EXPECT_EQ(read("out/in/file") + read("out/x"), "old" + std::string(99, 'x'));
+  EXPECT_EQ(shell("test $(find . -type f | wc -l) = 5"), 0);
+
+  const std::string tested = run("test a.zip");
+  EXPECT_TRUE(tested.starts_with("tested 8 entries of a.zip: 2 errors\n[1]\n")) << tested;
+  EXPECT_NE(tested.find("84 bytes of 'a.zip' belong to no entry"), std::string::npos) << tested;
 }
 
 TEST_F(VeskFs, SaysWhatIsWrong) {
-  support::writeFile(folder_.file("text.zip"), "no archive");
-  support::writeFile(folder_.file("in/file"), "x");
-  support::writeFile(folder_.file("out/file"), "old");
-  support::makeReadOnly(folder_.file("out/file"));
+  write("text.zip", "no archive");
+  write("in/file", "x");
   run("pack in a.zip");
-  expectFailure("pack none b.zip", "'none'");
-  expectFailure("pack in none/b.zip", "'none/b.zip'");
-  expectFailure("unpack none.zip x", "'none.zip'");
-  expectFailure("unpack text.zip x", "not a sound zip archive");
-  expectFailure("list text.zip", "not a sound zip archive");
-  expectFailure("list in", "is a folder");
-  expectFailure("unpack a.zip out", "cannot be replaced");
-  EXPECT_EQ(support::readFile(folder_.file("out/file")), "old");
-  expectFailure("add text.zip in/file", "not a sound zip archive");
-  expectFailure("add a.zip none", "'none'");
-  expectFailure("tree none", "'none'");
-  EXPECT_EQ(support::readFile(folder_.file("text.zip")), "no archive");
-  expectFailure("", "subcommand");
-  expectFailure("nonsense", "subcommand");
-  expectFailure("pack in", "ZIP");
-  EXPECT_NE(run("--help").find("unpack"), std::string::npos);
+  check({
+      {"pack none b.zip", 1, "", "'none'"},
+      {"pack in none/b.zip", 1, "", "'none/b.zip'"},
+      {"unpack none.zip x", 1, "", "'none.zip'"},
+      {"unpack text.zip x", 1, "", "not a sound zip archive"},
+      {"unpack a.zip text.zip", 1, "", "cannot create or write to the directory"},
+      {"list in", 1, "", "is a directory"},
+      {"add text.zip in/file", 1, "", "not a sound zip archive"},
+      {"add a.zip in/file --password-file none", 1, "", "'none'"},
+      {"tree none", 1, "", "'none'"},
+      {"", 2, "", "a command is required"},
+      {"nonsense", 2, "", "unknown command 'nonsense'"},
+      {"pack --all in a.zip", 2, "", "unknown option '--all'"},
+      {"pack in", 2, "", "ZIP is required (see vesk-fs pack --help)"},
+      {"pack in a.zip b.zip", 2, "", "unexpected argument 'b.zip'"},
+      {"sweep in -1", 2, "", "--help"},
+      {"list a.zip -l --json", 2, "", "--json"},
+  });
+  EXPECT_EQ(read("text.zip"), "no archive");
+  EXPECT_TRUE(run("--version").starts_with("vesk-fs 1."));
 }
 
 TEST_F(VeskFs, CopiesSweepsAndReads) {
-  support::writeFile(folder_.file("in/sub/a"), "a");
-  support::writeFile(folder_.file("in/b.tmp"), "b");
-  EXPECT_EQ(run("copy in/ out/new/"), "copied 2 files\n[0]\n");
-  EXPECT_EQ(support::run(folder_.path(), "diff -r in out/new"), 0);
-  EXPECT_EQ(run("copy in/b.tmp single/place"), "[0]\n");
-  EXPECT_EQ(support::readFile(folder_.file("single/place/b.tmp")), "b");
-  expectFailure("copy none out", "'none'");
-  expectFailure("copy in in/b.tmp/x", "'.\\in/b.tmp/x\\'");
+  write("in/sub/a", "a");
+  write("in/b.tmp", "b");
+  write("f.xml", "<a k=\"&lt;1\">x &amp; y</a>");
+  check({
+      {"copy in/ out/new/", 0, "copied 2 files\n"},
+      {"copy in/b.tmp single/place", 0, ""},
+      {"copy none out", 1, "", "'none'"},
+      {"copy in in/b.tmp/x", 1, "", "'.\\in/b.tmp/x\\'"},
+      {"sweep none 2", 1, "", "'none'"},
+      {"version " VESK_TEST_DATA "/version/special3.dll", 0, "2.5.1C\n"},
+      {"version f.xml", 1, "", "version resource"},
+      {"xml get f.xml a", 0, "x & y\n"},
+      {"xml get f.xml a k", 0, "<1\n"},
+      {"xml get f.xml b", 1, "", "'b'"},
+      {"xml get none a", 1, "", "'none'"},
+  });
+  EXPECT_EQ(shell("diff -r in out/new && cmp in/b.tmp single/place/b.tmp"), 0);
 
-  ASSERT_EQ(support::run(folder_.path(), "touch -d '3 days ago' in/sub/a in/b.tmp"), 0);
-  EXPECT_EQ(run("sweep in 4 --dry-run"), "[0]\n");
-  EXPECT_EQ(run("sweep in 2 --dry-run"), "in\\b.tmp\nin\\sub\\a\n[0]\n");
-  EXPECT_EQ(support::run(folder_.path(), "test -f in/sub/a"), 0);
-  EXPECT_EQ(run("sweep in 2"), "deleted 2 files\n[0]\n");
-  EXPECT_EQ(support::run(folder_.path(), "test -e in/sub"), 1);
-  expectFailure("sweep none 2", "'none'");
-  expectFailure("sweep out -1", "--help");
-
-  EXPECT_EQ(run("version " VESK_TEST_DATA "/version/special3.dll"), "2.5.1C\n[0]\n");
-  support::writeFile(folder_.file("f.xml"), "<a k=\"&lt;1\">x &amp; y</a>");
-  expectFailure("version f.xml", "version resource");
-  EXPECT_EQ(run("xml get f.xml a"), "x & y\n[0]\n");
-  EXPECT_EQ(run("xml get f.xml a k"), "<1\n[0]\n");
-  expectFailure("xml get f.xml b", "'b'");
-  expectFailure("xml get none a", "'none'");
-}
-
-TEST_F(VeskFs, RefusesNamesThatLeadOut) {
-  ASSERT_EQ(support::run(folder_.path(),
-                         "python3 -c 'import zipfile; z = zipfile.ZipFile(\"a.zip\", \"w\");"
-                         " z.writestr(\"../../x\", \"x\"); z.close()'"),
-            0);
-  expectFailure("unpack a.zip in/deep", "'../../x'");
-  EXPECT_EQ(support::outputOf(folder_.path(), "find . -type f"), "./a.zip\n");
+  ASSERT_EQ(shell("touch -d '3 days ago' in/sub/a in/b.tmp"), 0);
+  const std::string separator(1, static_cast<char>(std::filesystem::path::preferred_separator));
+  const std::string files = "in" + separator + "b.tmp\nin" + separator + "sub" + separator + "a\n";
+  check({{"tree in", 0, files},
+         {"tree in/ 'B.*'", 0, files.substr(0, files.find('\n') + 1)},
+         {"sweep in 4 --dry-run", 0, ""},
+         {"sweep in 2 --dry-run", 0, files}});
+  EXPECT_EQ(shell("test -f in/sub/a"), 0);
+  check({{"sweep in 2", 0, "deleted 2 files\n"}});
+  EXPECT_EQ(shell("test -e in/sub"), 1);
 }
 
 }  // namespace

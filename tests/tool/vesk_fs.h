@@ -1,0 +1,65 @@
+#pragma once
+// The command-line program, run as a user runs it.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "support/programs.h"
+#include "support/temporary_folder.h"
+
+class VeskFs : public testing::Test {
+ protected:
+  // A command and what it must do. `error` is part of the only line on standard
+  // error; nullptr for no line.
+  struct Row {
+    std::string arguments;
+    int status;
+    std::string output;
+    const char* error = nullptr;
+  };
+
+  // Standard output of a run, then the exit status, then standard error. Shell
+  // text may precede the arguments, up to a `|`.
+  std::string run(const std::string& arguments) const {
+    const std::size_t pipe = arguments.rfind("| ");
+    const std::size_t start = pipe == std::string::npos ? 0 : pipe + 2;
+    return support::outputOf(folder_.path(), "{ " + arguments.substr(0, start) + VESK_FS " " +
+                                                 arguments.substr(start) +
+                                                 " 2>err; echo \"[$?]\"; cat err; rm err; }");
+  }
+
+  void check(const std::vector<Row>& rows) const {
+    for (const Row& row : rows) {
+      const std::string result = run(row.arguments);
+      const std::string expected = row.output + '[' + std::to_string(row.status) + "]\n";
+      if (row.error == nullptr) {
+        EXPECT_EQ(result, expected) << row.arguments;
+        continue;
+      }
+      EXPECT_TRUE(result.starts_with(expected + "vesk-fs: ")) << row.arguments << ": " << result;
+      EXPECT_NE(result.find(row.error, expected.size()), std::string::npos)
+          << row.arguments << ": " << result;
+      const std::string error = result.substr(std::min(result.size(), expected.size()));
+      EXPECT_EQ(std::count(error.begin(), error.end(), '\n'), 1) << row.arguments << ": " << result;
+    }
+  }
+
+  // Exit status of a shell command in the test's directory.
+  int shell(const std::string& command) const { return support::run(folder_.path(), command); }
+
+  void write(const std::string& name, const std::string& bytes) const {
+    support::writeFile(folder_.file(name), bytes);
+  }
+  std::string read(const std::string& name) const { return support::readFile(folder_.file(name)); }
+
+  // Runs a Python script in the test's directory.
+  void python(const std::string& script) const {
+    write("script.py", "import sys, zipfile\n" + script);
+    ASSERT_EQ(shell("python3 script.py && rm script.py"), 0) << script;
+  }
+
+  support::TemporaryFolder folder_;
+};

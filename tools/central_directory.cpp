@@ -1,0 +1,228 @@
+#include "central_directory.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+
+namespace {
+
+constexpr std::uint32_t kLocalSignature = 0x04034b50;
+constexpr std::uint32_t kRecordSignature = 0x02014b50;
+constexpr std::uint32_t kEndSignature = 0x06054b50;
+constexpr std::uint32_t kEnd64Signature = 0x06064b50;
+constexpr std::uint32_t kLocator64Signature = 0x07064b50;
+constexpr std::size_t kLocalSize = 30;
+constexpr std::size_t kRecordSize = 46;
+constexpr std::size_t kEndSize = 22;
+constexpr std::size_t kEnd64Size = 56;
+constexpr std::size_t kLocator64Size = 20;
+// An end record can be followed by a comment of at most this size.
+constexpr std::size_t kLongestComment = 0xFFFF;
+
+constexpr std::uint16_t kAesMethod = 99;
+constexpr std::uint16_t kZip64Extra = 0x0001;
+constexpr std::uint16_t kAesExtra = 0x9901;
+
+// Bytes of the file, read as little-endian numbers. A number that is not all
+// there is 0.
+class Bytes {
+ public:
+  Bytes(const char* data, std::size_t size) : data_(data), size_(size) {}
+  explicit Bytes(const std::string& text) : Bytes(text.data(), text.size()) {}
+
+  std::size_t size() const { return size_; }
+  // At most `size` bytes from `position` on.
+  Bytes at(std::size_t position, std::size_t size = std::string::npos) const {
+    position = std::min(position, size_);
+    return {data_ + position, std::min(size, size_ - position)};
+  }
+  std::uint16_t u16(std::size_t position) const {
+    return static_cast<std::uint16_t>(number(position, 2));
+  }
+  std::uint32_t u32(std::size_t position) const {
+    return static_cast<std::uint32_t>(number(position, 4));
+  }
+  std::uint64_t u64(std::size_t position) const { return number(position, 8); }
+  std::string text() const { return {data_, size_}; }
+
+ private:
+  std::uint64_t number(std::size_t position, std::size_t count) const {
+    if (position > size_ || size_ - position < count) return 0;
+    std::uint64_t value = 0;
+    for (std::size_t i = count; i-- != 0;) {
+      value = value << 8 | static_cast<unsigned char>(data_[position + i]);
+    }
+    return value;
+  }
+
+  const char* data_;
+  std::size_t size_;
+};
+
+class File {
+ public:
+  explicit File(const std::string& path) : stream_(std::filesystem::path(path), std::ios::binary) {
+    std::error_code error;
+    size_ = std::filesystem::file_size(path, error);
+    if (error) size_ = 0;
+  }
+  std::uint64_t size() const { return size_; }
+  // `size` bytes at `position`, or none if the file does not have them.
+  std::string read(std::uint64_t position, std::uint64_t size) {
+    if (position > size_ || size > size_ - position) return {};
+    std::string bytes(static_cast<std::size_t>(size), '\0');
+    stream_.clear();
+    stream_.seekg(static_cast<std::streamoff>(position));
+    stream_.read(bytes.data(), static_cast<std::streamsize>(size));
+    return stream_ ? bytes : std::string();
+  }
+
+ private:
+  std::ifstream stream_;
+  std::uint64_t size_ = 0;
+};
+
+// The values of an end record, with those of the zip64 record where it counts.
+struct End {
+  std::uint64_t position;  // of the first end record
+  std::uint64_t count;
+  std::uint64_t directorySize;
+  std::uint64_t directoryOffset;  // as stored; from the beginning of the archive
+  bool isZip64;
+};
+
+End endAt(File& file, Bytes record, std::uint64_t position) {
+  End end{position, record.u16(10), record.u32(12), record.u32(16), false};
+  const bool isFull =
+      end.count == 0xFFFF || end.directorySize == 0xFFFFFFFF || end.directoryOffset == 0xFFFFFFFF;
+  if (!isFull || position < kLocator64Size + kEnd64Size) return end;
+  const std::string locator = file.read(position - kLocator64Size, kLocator64Size);
+  if (Bytes(locator).u32(0) != kLocator64Signature) return end;
+  // The stored position is wrong in a file with a prefix; the record then is
+  // directly before its locator.
+  for (const std::uint64_t at : {Bytes(locator).u64(8), position - kLocator64Size - kEnd64Size}) {
+    const std::string bytes = file.read(at, kEnd64Size);
+    const Bytes end64(bytes);
+    if (end64.u32(0) == kEnd64Signature)
+      return {at, end64.u64(32), end64.u64(40), end64.u64(48), true};
+  }
+  return end;
+}
+
+// Applies the extra field with zip64 sizes and the one of AES entries.
+void applyExtra(Bytes extra, EntryRecord& record) {
+  while (extra.size() >= 4) {
+    const Bytes field = extra.at(4, extra.u16(2));
+    std::size_t position = 0;
+    const auto widen = [&](std::uint64_t& value) {
+      if (value != 0xFFFFFFFF || field.size() < position + 8) return;
+      value = field.u64(position);
+      position += 8;
+    };
+    if (extra.u16(0) == kZip64Extra) {
+      widen(record.size);
+      widen(record.packedSize);
+      widen(record.headerOffset);
+    } else if (extra.u16(0) == kAesExtra && record.method == kAesMethod) {
+      record.method = field.u16(5);
+    }
+    extra = extra.at(4 + field.size());
+  }
+}
+
+Encryption encryptionOf(std::uint16_t flags, std::uint16_t method) {
+  constexpr std::uint16_t kEncrypted = 1;
+  constexpr std::uint16_t kStrong = 1 << 6;
+  if ((flags & kEncrypted) == 0) return Encryption::kNone;
+  if (method == kAesMethod) return Encryption::kAes;
+  return (flags & kStrong) != 0 ? Encryption::kStrong : Encryption::kTraditional;
+}
+
+EntryRecord recordOf(Bytes bytes) {
+  EntryRecord record;
+  record.flags = bytes.u16(8);
+  record.method = bytes.u16(10);
+  record.time = bytes.u16(12);
+  record.date = bytes.u16(14);
+  record.crc = bytes.u32(16);
+  record.packedSize = bytes.u32(20);
+  record.size = bytes.u32(24);
+  record.nameLength = bytes.u16(28);
+  record.attributes = bytes.u32(38);
+  record.headerOffset = bytes.u32(42);
+  record.encryption = encryptionOf(record.flags, record.method);
+  const Bytes rest = bytes.at(kRecordSize + record.nameLength);
+  applyExtra(rest.at(0, bytes.u16(30)), record);
+  record.comment = rest.at(bytes.u16(30)).text();
+  return record;
+}
+
+// The records of the directory at `position`. Returns nothing if it is not a
+// whole directory of as many entries as the end record says.
+std::optional<std::vector<EntryRecord>> recordsAt(File& file, const End& end,
+                                                  std::uint64_t position) {
+  if (position < end.directoryOffset) return std::nullopt;
+  const std::string bytes = file.read(position, end.directorySize);
+  std::vector<EntryRecord> records;
+  for (Bytes rest(bytes); rest.u32(0) == kRecordSignature;) {
+    const std::size_t size = kRecordSize + std::size_t{rest.u16(28)} + rest.u16(30) + rest.u16(32);
+    if (rest.size() < size) break;
+    records.push_back(recordOf(rest.at(0, size)));
+    records.back().headerOffset += position - end.directoryOffset;
+    rest = rest.at(size);
+  }
+  // Old programs store the count modulo 65,536.
+  const std::uint64_t count = end.isZip64 ? records.size() : records.size() & 0xFFFF;
+  if (count != end.count) return std::nullopt;
+  return records;
+}
+
+// The records that an end record leads to: the directory is directly before it,
+// as it is also in a file with a prefix, or else where the record says.
+std::optional<std::vector<EntryRecord>> recordsOf(File& file, const End& end) {
+  if (end.directorySize > end.position) return std::nullopt;
+  if (auto records = recordsAt(file, end, end.position - end.directorySize)) return records;
+  return recordsAt(file, end, end.directoryOffset);
+}
+
+// Bytes before the end record that belong to neither an entry nor the directory.
+std::uint64_t unusedBefore(File& file, const End& end, const std::vector<EntryRecord>& records) {
+  constexpr std::uint64_t kLongestDescriptor = 24;
+  if (records.empty()) return 0;
+  const auto last = std::max_element(
+      records.begin(), records.end(),
+      [](const auto& a, const auto& b) { return a.headerOffset < b.headerOffset; });
+  const std::string bytes = file.read(last->headerOffset, kLocalSize);
+  const Bytes header(bytes);
+  if (header.u32(0) != kLocalSignature) return 0;
+  const std::uint64_t used = last->headerOffset + kLocalSize + header.u16(26) + header.u16(28) +
+                             last->packedSize + kLongestDescriptor + end.directorySize;
+  return end.position > used ? end.position - used : 0;
+}
+
+}  // namespace
+
+std::optional<CentralDirectory> readCentralDirectory(const std::string& path) {
+  File file(path);
+  const std::uint64_t tailSize = std::min<std::uint64_t>(file.size(), kEndSize + kLongestComment);
+  const std::uint64_t tailStart = file.size() - tailSize;
+  const std::string tail = file.read(tailStart, tailSize);
+  // A comment may contain what looks like an end record. A record whose comment
+  // ends with the file comes before others. The number of tries is bounded.
+  int tries = 16;
+  for (const bool exact : {true, false}) {
+    for (std::size_t i = tail.size() < kEndSize ? 0 : tail.size() - kEndSize + 1; i-- != 0;) {
+      const Bytes record = Bytes(tail).at(i);
+      if (record.u32(0) != kEndSignature) continue;
+      const std::size_t following = record.size() - kEndSize;
+      if (exact ? record.u16(20) != following : record.u16(20) >= following) continue;
+      if (tries-- == 0) return std::nullopt;
+      const End end = endAt(file, record, tailStart + i);
+      auto records = recordsOf(file, end);
+      if (!records) continue;
+      const std::uint64_t unused = unusedBefore(file, end, *records);
+      return CentralDirectory{*std::move(records), unused};
+    }
+  }
+  return std::nullopt;
+}

@@ -1,0 +1,20 @@
+#pragma once
+// The files of a directory tree, found without the library, which does not report
+// the files that it leaves out.
+
+#include <string>
+#include <vector>
+
+#include "output.h"
+
+// Paths of all files below a directory that ends in a backslash, relative to it,
+// sorted. Links to directories are followed, except one that is a cycle. A
+// directory that cannot be read is a failure; what is neither a file nor a
+// directory is left out with a warning.
+std::vector<std::string> filesBelow(const std::string& directory, Output& output);
+
+// True if both paths exist and are the same file.
+bool isSameFile(const std::string& a, const std::string& b);
+
+// Why the library could not read or store a file that exists.
+std::string readFailure(const std::string& path);

@@ -1,0 +1,44 @@
+#include "password.h"
+
+#include <filesystem/files.h>
+#include <filesystem/stream.h>
+
+#include <algorithm>
+
+#include "terminal.h"
+#include "text.h"
+
+std::string givenPassword(const PasswordSource& source, const Output& output) {
+  if (!source.text.empty()) {
+    output.warn("other users can see the password of --password in the list of processes");
+    return source.text;
+  }
+  if (source.file.empty()) return {};
+  if (FileSystem::TestOpen(source.file.c_str(), FileSystem::kAccessRead) == 0) {
+    throw Failure("cannot read the password file " + inQuotes(source.file));
+  }
+  const std::string content = FileSystem::readContent(source.file);
+  std::string line = content.substr(0, content.find('\n'));
+  if (line.ends_with('\r')) line.pop_back();
+  if (line.empty()) {
+    throw Failure("the first line of the password file " + inQuotes(source.file) + " is empty");
+  }
+  return line;
+}
+
+std::string passwordFor(const std::vector<Entry>& entries, const PasswordSource& source,
+                        const Output& output) {
+  const std::string password = givenPassword(source, output);
+  const auto encrypted = std::find_if(entries.begin(), entries.end(), [](const Entry& entry) {
+    return entry.record.encryption != Encryption::kNone;
+  });
+  if (!password.empty() || encrypted == entries.end()) return password;
+  return askHidden("password for " + inQuotes(encrypted->name) + ": ").value_or("");
+}
+
+std::string newPassword() {
+  const auto password = askHidden("new password: ");
+  if (!password || password->empty()) throw Failure("no password was given");
+  if (askHidden("the same again: ") != password) throw Failure("the two passwords differ");
+  return *password;
+}

@@ -1,0 +1,19 @@
+#pragma once
+// Passwords: from the command line, from a file, or asked for on a terminal.
+
+#include <string>
+
+#include "archive.h"
+#include "commands.h"
+
+// The password of the source; empty if it has none. Warns of one on the command
+// line, which other users can see.
+std::string givenPassword(const PasswordSource& source, const Output& output);
+
+// The password for reading the entries: the given one, or one that is asked for
+// on the terminal if an entry is encrypted. Empty if there is none.
+std::string passwordFor(const std::vector<Entry>& entries, const PasswordSource& source,
+                        const Output& output);
+
+// Asks twice for a new password. Throws Failure without a terminal.
+std::string newPassword();

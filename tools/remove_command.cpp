@@ -1,0 +1,50 @@
+// remove.
+
+#include <filesystem/path.h>
+
+#include "archive.h"
+#include "commands.h"
+#include "progress.h"
+#include "text.h"
+
+namespace {
+
+// The library removes entries without regard to letter case. One that is not
+// selected must not be removed with another.
+void requireNoOtherCase(const std::vector<std::string>& names,
+                        const std::vector<std::size_t>& selected) {
+  std::vector<bool> isSelected(names.size(), false);
+  for (const std::size_t i : selected) isSelected[i] = true;
+  for (std::size_t i = 0; i < names.size(); ++i) {
+    if (isSelected[i]) continue;
+    for (const std::size_t other : selected) {
+      if (!FileSystem::pathEqual(names[i], names[other])) continue;
+      throw Failure("cannot remove " + inQuotes(names[other]) + " without " + inQuotes(names[i]) +
+                    ", whose name differs in letter case only");
+    }
+  }
+}
+
+}  // namespace
+
+void remove(const std::string& zip, const std::vector<std::string>& patterns, Output& output) {
+  Archive archive(zip, FileSystem::kAccessReadWrite);
+  const std::vector<std::string>& names = archive.names();
+  const std::vector<std::size_t> selected = selectEntries(names, patterns, zip);
+  requireNoOtherCase(names, selected);
+  if (selected.size() == names.size()) {
+    throw Failure("cannot remove " + inQuotes(names[selected.back()]) +
+                  ": it is the only entry of " + inQuotes(zip) +
+                  " that would be left; delete the archive instead");
+  }
+  const Progress progress(output, "removing from " + zip);
+  for (const std::size_t i : selected) {
+    // An entry of the same name may have been removed with an earlier one.
+    if (archive.zip().exist(names[i].c_str()) == 0) continue;
+    if (archive.zip().remove(names[i].c_str()) == 0) {
+      throw Failure("cannot remove " + inQuotes(names[i]) + ": " + inQuotes(zip) +
+                    " cannot be written, or an entry that is kept is damaged");
+    }
+    output.detail("removed " + printable(names[i]));
+  }
+}

@@ -1,0 +1,21 @@
+#pragma once
+// The terminal, as the program needs it of each system.
+
+#include <cstdio>
+#include <optional>
+#include <string>
+
+// Prepares the standard streams for UTF-8 text. Called once, first.
+void prepareConsole();
+
+// Makes a standard stream pass bytes unchanged.
+void passBytes(std::FILE* stream);
+
+bool isTerminal(std::FILE* stream);
+
+// Width in columns of the terminal of standard error; 80 if it is unknown.
+std::size_t terminalWidth();
+
+// Asks on the terminal for a line that is not shown. Returns nothing without a
+// terminal, or if the user interrupts.
+std::optional<std::string> askHidden(const std::string& prompt);
