@@ -79,10 +79,10 @@ FILESYSTEM_API int EnsurePathExists(const char* path);
 /// @return 1 or 0
 FILESYSTEM_API int IsValidPath(const char* path);
 
-/// Removes an empty folder, and then the folders above it for as long as they
-/// are empty too.
+/// Deletes an empty folder, and then each parent that has become empty, up to the first that is a
+/// link or the root of a drive or share.
 /// @param path folder, with or without trailing `\`; null counts as empty
-/// @return 1 if `path` itself was removed, whatever became of its parents; else 0
+/// @return 1 if `path` itself was deleted, whether or not any parent was; else 0
 FILESYSTEM_API int DeleteEmptyFolder(const char* path);
 
 /// When CopyFileA copies. "Older" compares the times of the last write.
@@ -127,9 +127,11 @@ FILESYSTEM_API int DeleteLockFile(const char* folder);
 
 /// Deletes old files of a tree, and its empty subfolders whatever their age.
 ///
-/// Directly in `folder` only files of the pattern `*.tmp` are candidates, below
-/// it all files. If the tree becomes empty, `folder` goes too, and so do the
-/// folders above it that then are empty. Nothing is deleted through a link.
+/// Directly in `folder` only files of the pattern `*.tmp` are candidates, below it all files. Files
+/// that FileExists denies and files with a path of over 259 bytes are kept. If `folder` becomes
+/// empty because its last subfolder was deleted, it is deleted too, and then each parent that has
+/// become empty, up to the first link. Nothing outside the tree is deleted: links are kept and not
+/// followed, also if another process replaces a folder with a link during the sweep.
 /// @param folder folder text that ends in a separator
 /// @param days   age in days from which on a file is old, by its last write
 /// @return number of files deleted

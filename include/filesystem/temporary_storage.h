@@ -32,8 +32,9 @@ class FILESYSTEM_API TemporaryStorage {
   /// @param removeBase whether clear() removes `base` too, if it is empty by then
   /// @return false if `base` cannot be used
   bool create(const std::string& base, bool removeBase);
-  /// Deletes the folder and all it holds, as far as it can be deleted. Links
-  /// are deleted, never followed; read-only files stay.
+  /// Deletes the folder and all it holds, except read-only files, files that are open without
+  /// delete sharing, and the folders that hold them. Links are deleted, never followed, also if
+  /// another process replaces a folder with a link meanwhile.
   void clear();
   /// The folder, with trailing `\`; empty before the first create(), and still
   /// the old text after clear().

@@ -7,6 +7,7 @@
 
 #include "enumeration/folder_walk.h"
 #include "path/fixed_text.h"
+#include "path/with_backslash.h"
 
 namespace FileSystem {
 namespace {
@@ -33,7 +34,7 @@ void forEachFile(Detail::Search search, const std::string& folder, Found found) 
 // In the order of the folders that EnumFolders gives, each read once for both.
 template <typename Found>
 void forEachFileInTree(const std::string& start, Found found) {
-  Detail::FolderWalk walk(start, true, Detail::Links::Followed, true);
+  Detail::FolderWalk walk(start, true, true);
   walk.run([](const WIN32_FIND_DATAA&) { return true; },
            [&](const Detail::Search& search) { reportFile(search, walk.path(), found); });
 }

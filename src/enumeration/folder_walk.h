@@ -10,23 +10,15 @@
 
 namespace FileSystem::Detail {
 
-// What a walk does with links to folders.
-enum class Links {
-  Followed,  // but for those that lead back into the walk, which are left out
-  Reported,  // each is visited, what is behind it is not
-};
-
 // A walk down a tree. It keeps one search open at a time, whatever the depth.
 class FolderWalk {
  public:
   // The start is a folder text that ends in a separator.
   // Where `namesOnly`, the entries are those of a search for names.
-  FolderWalk(std::string start, bool recursive, Links links = Links::Followed,
-             bool namesOnly = false)
+  FolderWalk(std::string start, bool recursive, bool namesOnly = false)
       : path_(std::move(start)),
         startSize_(path_.size()),
         recursive_(recursive),
-        links_(links),
         namesOnly_(namesOnly) {}
 
   // Calls `visit(entry)` for each folder; path() is then its path, without
@@ -59,8 +51,8 @@ class FolderWalk {
       path_.resize(size);
       path_ += entry.cFileName;
       const bool isLink = (entry.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
-      if (isLink && links_ == Links::Followed && leadsBack()) continue;
-      if (!visit(entry) || !recursive_ || (isLink && links_ == Links::Reported)) continue;
+      if (isLink && leadsBack()) continue;
+      if (!visit(entry) || !recursive_) continue;
       path_ += '\\';
       walk(operation, visit, file);
     }
@@ -89,7 +81,6 @@ class FolderWalk {
   std::string path_;
   const std::size_t startSize_;
   const bool recursive_;
-  const Links links_;
   const bool namesOnly_;
   std::vector<std::size_t> levels_;  // lengths of the paths that the walk is in
 };

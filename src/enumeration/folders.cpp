@@ -6,6 +6,7 @@
 
 #include "enumeration/folder_walk.h"
 #include "path/fixed_text.h"
+#include "path/with_backslash.h"
 
 namespace FileSystem {
 namespace {
@@ -32,8 +33,7 @@ std::uint64_t EnumFolders(std::vector<FILE_INFORMATION>& result, const char* fol
 
 std::uint64_t EnumFolders(std::vector<std::string>& result, const char* folder, int recursive) {
   const std::size_t before = result.size();
-  Detail::FolderWalk walk(Detail::withBackslash(folder), recursive != 0, Detail::Links::Followed,
-                          true);
+  Detail::FolderWalk walk(Detail::withBackslash(folder), recursive != 0, true);
   walk.run([&](const WIN32_FIND_DATAA&) {
     result.push_back(walk.path() + '\\');
     return true;

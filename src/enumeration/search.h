@@ -5,7 +5,6 @@
 
 #include <string>
 
-#include "platform/delete_found.h"
 #include "platform/probe_open.h"
 #include "platform/unique_handle.h"
 #include "platform/win32.h"
@@ -35,11 +34,6 @@ class Search {
   bool isFolder() const { return (entry_.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0; }
   // Whether the entry, a file of that full path, can be opened for reading.
   bool canOpen(const char* path) const { return platform::probeFound(handle_.get(), path); }
-  // Deletes the entry, a file of that folder, whose path ends in a separator. The
-  // search can go on.
-  bool removeFrom(const std::string& folder) {
-    return platform::deleteFound(handle_.get(), folder, entry_.cFileName);
-  }
 
  private:
   WIN32_FIND_DATAA entry_{};
@@ -48,11 +42,5 @@ class Search {
 };
 
 FILE_INFORMATION informationOf(const WIN32_FIND_DATAA& entry);
-
-inline std::string withBackslash(const char* folder) {
-  std::string text = folder;
-  if (!text.ends_with('\\')) text += '\\';
-  return text;
-}
 
 }  // namespace FileSystem::Detail

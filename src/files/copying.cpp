@@ -9,6 +9,7 @@
 #include "enumeration/search.h"
 #include "files/make_folders.h"
 #include "path/fixed_text.h"
+#include "path/with_backslash.h"
 #include "platform/win32.h"
 
 namespace FileSystem {
@@ -48,7 +49,7 @@ bool permits(unsigned int mode, const char* source, const char* target) {
 // taken first, because the target may lie in the source.
 long copyFiles(const std::string& source, const std::string& target) {
   std::vector<std::string> names;
-  const std::string pattern = Detail::withBackslash(source.c_str()) + "*.*";
+  const std::string pattern = Detail::withBackslash(source) + "*.*";
   for (auto search = Detail::Search::forNames(pattern); search.next();) {
     if (!search.isFolder()) names.emplace_back(search.entry().cFileName);
   }

@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 
+#include "files/attributes.h"
 #include "files/make_folders.h"
 #include "path/characters.h"
 #include "path/fixed_text.h"
@@ -37,11 +38,6 @@ std::string_view nextPiece(std::string_view& rest) {
   return piece;
 }
 
-bool isFolder(const char* path) {
-  const DWORD attributes = GetFileAttributesA(path);
-  return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
-}
-
 void clearReadOnly(const char* path) {
   const DWORD attributes = GetFileAttributesA(path);
   if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_READONLY) == 0) return;
@@ -49,7 +45,7 @@ void clearReadOnly(const char* path) {
 }
 
 bool makeFolder(const char* path) {
-  if (isFolder(path)) return true;
+  if (Detail::isDirectory(path)) return true;
   if (CreateDirectoryA(path, nullptr)) {
     clearReadOnly(path);
     return true;
@@ -124,7 +120,8 @@ int IsValidPath(const char* path) {
 int DeleteEmptyFolder(const char* path) {
   if (path == nullptr || !RemoveDirectoryA(path)) return 0;
   CString folder = ParentDirectory(path);
-  while (RemoveDirectoryA(folder)) folder = ParentDirectory(folder);
+  // RemoveDirectoryA removes a link even if the linked directory has content.
+  while (!Detail::isLink(folder) && RemoveDirectoryA(folder)) folder = ParentDirectory(folder);
   return 1;
 }
 

@@ -3,6 +3,7 @@
 
 #include <filesystem/files.h>
 
+#include "files/file_time.h"
 #include "path/fixed_text.h"
 #include "path/split_path.h"
 #include "platform/probe_open.h"
@@ -15,11 +16,6 @@ namespace {
 static_assert(kAccessRead == GENERIC_READ && kAccessWrite == GENERIC_WRITE);
 
 constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE;
-
-bool sameSecond(const SYSTEMTIME& a, const SYSTEMTIME& b) {
-  return a.wYear == b.wYear && a.wMonth == b.wMonth && a.wDay == b.wDay && a.wHour == b.wHour &&
-         a.wMinute == b.wMinute && a.wSecond == b.wSecond;
-}
 
 }  // namespace
 
@@ -72,22 +68,9 @@ unsigned long AllowedAccess(const char* filename) {
 
 double fileTime(const std::string& filename) {
   if (FileExists(filename.c_str()) == 0) return 0.0;
-
   WIN32_FILE_ATTRIBUTE_DATA data{};
   GetFileAttributesExA(filename.c_str(), GetFileExInfoStandard, &data);
-
-  FILETIME local{};
-  SYSTEMTIME parts{};
-  if (!FileTimeToLocalFileTime(&data.ftLastWriteTime, &local)) return 0.0;
-  if (!FileTimeToSystemTime(&local, &parts)) return 0.0;
-
-  double date = 0.0;
-  if (!SystemTimeToVariantTime(&parts, &date)) return 0.0;
-
-  // A time that the date cannot hold comes back as another one.
-  SYSTEMTIME back{};
-  if (!VariantTimeToSystemTime(date, &back) || !sameSecond(parts, back)) return 0.0;
-  return date;
+  return Detail::dateOf(data.ftLastWriteTime);
 }
 
 }  // namespace FileSystem

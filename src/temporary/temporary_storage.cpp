@@ -4,9 +4,9 @@
 #include <filesystem/temporary_storage.h>
 
 #include <cstdio>
-#include <vector>
 
-#include "enumeration/folder_walk.h"
+#include "files/tree_deletion.h"
+#include "path/with_backslash.h"
 #include "platform/win32.h"
 
 namespace FileSystem {
@@ -20,26 +20,6 @@ std::string newName() {
                 static_cast<unsigned int>(id.Data1), id.Data2, id.Data3, id.Data4[0], id.Data4[1],
                 id.Data4[2], id.Data4[3], id.Data4[4], id.Data4[5], id.Data4[6], id.Data4[7]);
   return text;
-}
-
-// Deletes what can be deleted of a folder and all below it. A link goes itself,
-// what is behind it stays.
-void deleteTree(const std::string& start) {
-  std::vector<std::string> folders{start};
-  Detail::FolderWalk walk(start, true, Detail::Links::Reported, true);
-  walk.run(
-      [&](const WIN32_FIND_DATAA& entry) {
-        if ((entry.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0) {
-          RemoveDirectoryA(walk.path().c_str());
-        } else {
-          folders.push_back(walk.path() + '\\');
-        }
-        return true;
-      },
-      [&](Detail::Search& file) { file.removeFrom(walk.path()); });
-  for (auto folder = folders.rbegin(); folder != folders.rend(); ++folder) {
-    RemoveDirectoryA(folder->c_str());
-  }
 }
 
 }  // namespace
@@ -56,7 +36,7 @@ bool TemporaryStorage::create(const std::string& base, bool removeBase) {
   if (m_created) clear();
   if (IsValidPath(base.c_str()) == 0) return false;
   m_removeBase = removeBase;
-  m_basePath = Detail::withBackslash(base.c_str());
+  m_basePath = Detail::withBackslash(base);
   m_path = m_basePath + newName() + '\\';
   EnsurePathExists(m_path.c_str());
   m_created = true;
@@ -67,7 +47,9 @@ void TemporaryStorage::clear() {
   const bool exists = m_created && !m_path.empty() && FolderExists(m_path.c_str()) != 0;
   m_created = false;
   if (!exists) return;
-  deleteTree(m_path);
+  Detail::deleteFromTree(m_path, platform::OpenDirectory::LastLink::Refused,
+                         [](const Detail::TreeEntry&) { return true; });
+  RemoveDirectoryA(m_path.c_str());
   if (m_removeBase && !m_basePath.empty()) RemoveDirectoryA(m_basePath.c_str());
 }
 

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "enumeration/search.h"
+#include "path/with_backslash.h"
 #include "platform/file_identity.h"
 #include "zip/extraction.h"
 #include "zip/insertion.h"

@@ -12,6 +12,7 @@
 #include <string_view>
 
 #include "platform/linux/attributes.h"
+#include "platform/linux/directory_stream.h"
 #include "platform/linux/found_entry.h"
 #include "platform/linux/last_error.h"
 #include "platform/linux/native_path.h"
@@ -19,10 +20,6 @@
 
 namespace platform::native {
 namespace {
-
-struct FolderCloser {
-  void operator()(DIR* folder) const { closedir(folder); }
-};
 
 constexpr unsigned kWanted = STATX_BASIC_STATS | STATX_BTIME;
 
@@ -62,8 +59,7 @@ bool describe(int folder, const char* path, const char* name, WIN32_FIND_DATAA& 
 
 class Search {
  public:
-  Search(std::unique_ptr<DIR, FolderCloser> folder, std::string_view pattern, bool foldersOnly,
-         bool namesOnly)
+  Search(DirectoryStream folder, std::string_view pattern, bool foldersOnly, bool namesOnly)
       : folder_(std::move(folder)),
         pattern_(pattern),
         foldersOnly_(foldersOnly),
@@ -96,7 +92,7 @@ class Search {
   const dirent* entry() const { return entry_; }
 
  private:
-  std::unique_ptr<DIR, FolderCloser> folder_;
+  DirectoryStream folder_;
   const dirent* entry_ = nullptr;
   std::optional<Wildcard> pattern_;
   bool foldersOnly_ = false;
@@ -149,7 +145,7 @@ HANDLE FindFirstFileExA(const char* pattern, FINDEX_INFO_LEVELS, void* data,
 
   const NativePath path(folderOf(text, start).c_str());
   if (!path.valid()) return invalidHandle(path.error());
-  std::unique_ptr<DIR, FolderCloser> folder(opendir(path.c_str()));
+  DirectoryStream folder(opendir(path.c_str()));
   if (folder == nullptr) {
     return invalidHandle(errno == ENOENT ? ERROR_PATH_NOT_FOUND : errorFromErrno(errno));
   }

@@ -1,39 +1,84 @@
-// What lies behind a link stays, whatever is deleted.
+// Deletion of trees that hold links, or are changed meanwhile.
 
+#include <fcntl.h>
 #include <filesystem/files.h>
 #include <filesystem/temporary_storage.h>
 #include <gtest/gtest.h>
+#include <stdio.h>
+#include <sys/resource.h>
 
+#include <atomic>
 #include <string>
+#include <thread>
 
+#include "platform/win32.h"
 #include "support/programs.h"
 #include "support/temporary_folder.h"
 
 namespace {
 
+namespace fs = std::filesystem;
+using FileSystem::TemporaryStorage;
+
 class TreesOnLinux : public testing::Test {
  protected:
+  void writeOld(const std::string& file) {
+    support::writeFile(file, "");
+    support::setWriteTime(file, 0);
+  }
+  // A storage's directory as the native programs name it.
+  std::string nativeOf(const TemporaryStorage& storage) const {
+    const std::string name = storage.path().substr(storage.basePath().size());
+    return folder_.file(name.substr(0, name.size() - 1));
+  }
+
   support::TemporaryFolder folder_;
   support::TemporaryFolder elsewhere_;
 };
 
 TEST_F(TreesOnLinux, SweepDoesNotGoThroughLinks) {
-  support::writeFile(elsewhere_.file("old"), "");
-  support::setWriteTime(elsewhere_.file("old"), 0);
-  std::filesystem::create_directory_symlink(elsewhere_.path(), folder_.file("link"));
+  writeOld(elsewhere_.file("old"));
+  fs::create_directory_symlink(elsewhere_.path(), folder_.file("link"));
   EXPECT_EQ(FileSystem::eraseOldFile(folder_.text(), 7), 0U);
-  EXPECT_TRUE(std::filesystem::is_symlink(folder_.file("link")));
+  EXPECT_TRUE(fs::is_symlink(folder_.file("link")));
+  EXPECT_TRUE(support::exists(elsewhere_.file("old")));
+
+  // A link as the start is followed, but it is no directory that has become empty.
+  writeOld(elsewhere_.file("sub/old"));
+  EXPECT_EQ(FileSystem::eraseOldFile(folder_.file("link\\"), 7), 1U);
+  EXPECT_FALSE(support::exists(elsewhere_.file("sub")));
+  EXPECT_TRUE(fs::is_symlink(folder_.file("link")));
+  fs::create_directory(elsewhere_.file("sub"));
+  EXPECT_EQ(FileSystem::DeleteEmptyFolder(folder_.file("link\\sub").c_str()), 1);
+  EXPECT_TRUE(fs::is_symlink(folder_.file("link")));
+}
+
+// Whoever swaps a directory for a link to another one gains nothing.
+TEST_F(TreesOnLinux, SweepStaysInItsTreeWhileDirectoriesAreSwapped) {
+  writeOld(elsewhere_.file("old"));
+  support::writeFile(folder_.file("tree/sub/new"), "");
+  fs::create_directory_symlink(elsewhere_.path(), folder_.file("link"));
+  std::atomic<bool> isDone = false;
+  std::thread swapper([&, sub = folder_.file("tree/sub"), link = folder_.file("link")] {
+    constexpr int kSwaps = 20000;
+    int swaps = 0;
+    while (swaps < kSwaps &&
+           renameat2(AT_FDCWD, sub.c_str(), AT_FDCWD, link.c_str(), RENAME_EXCHANGE) == 0) {
+      ++swaps;
+    }
+    EXPECT_EQ(swaps, kSwaps);
+    isDone = true;
+  });
+  while (!isDone) FileSystem::eraseOldFile(folder_.file("tree\\"), 1);
+  swapper.join();
   EXPECT_TRUE(support::exists(elsewhere_.file("old")));
 }
 
 TEST_F(TreesOnLinux, TemporaryStorageTakesAllOfItsOwn) {
   support::writeFile(elsewhere_.file("kept"), "");
-  FileSystem::TemporaryStorage storage;
+  TemporaryStorage storage;
   ASSERT_TRUE(storage.create(folder_.name(), true));
-  const std::string path = storage.path();
-  std::string native = path;
-  native.erase(0, folder_.text().size());
-  native = folder_.file(native.substr(0, native.size() - 1));
+  const std::string native = nativeOf(storage);
   ASSERT_EQ(support::run(native, "mkdir -p a/b/c && touch a/1 a/b/2 a/b/c/3 '4\\5' && ln -s '" +
                                      elsewhere_.path().string() +
                                      "' a/link && ln -s /nowhere a/dangling && ln -s .. a/b/up && "
@@ -43,7 +88,28 @@ TEST_F(TreesOnLinux, TemporaryStorageTakesAllOfItsOwn) {
   storage.clear();
   EXPECT_FALSE(support::exists(native));
   EXPECT_TRUE(support::exists(folder_.file("neighbour")));
+
+  // The directory itself was replaced by a link.
+  ASSERT_TRUE(storage.create(folder_.name(), false));
+  fs::remove(nativeOf(storage));
+  fs::create_directory_symlink(elsewhere_.path(), nativeOf(storage));
+  storage.clear();
   EXPECT_TRUE(support::exists(elsewhere_.file("kept")));
+}
+
+TEST_F(TreesOnLinux, DeepTreesAreDeletedWithFewDescriptors) {
+  TemporaryStorage storage;
+  ASSERT_TRUE(storage.create(folder_.name(), false));
+  fs::path deep = nativeOf(storage);
+  for (int i = 0; i < 300; ++i) deep /= "d";
+  support::writeFile(deep.string() + "/file", "");
+  rlimit limit{};
+  ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &limit), 0);
+  const rlimit few{100, limit.rlim_max};
+  ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &few), 0);
+  storage.clear();
+  setrlimit(RLIMIT_NOFILE, &limit);
+  EXPECT_FALSE(support::exists(nativeOf(storage)));
 }
 
 }  // namespace

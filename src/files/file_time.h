@@ -1,0 +1,12 @@
+#pragma once
+// File times as automation dates.
+
+#include "platform/win32.h"
+
+namespace FileSystem::Detail {
+
+// Returns a file time as an automation date in local time, or 0.0 if an automation date cannot hold
+// it.
+double dateOf(const FILETIME& time);
+
+}  // namespace FileSystem::Detail

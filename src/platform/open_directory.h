@@ -1,0 +1,62 @@
+#pragma once
+// An open directory, for walks that delete.
+//
+// Deleting a tree by path is unsafe. Between the moment a walk lists the directory `tree\a` and the
+// moment it deletes `tree\a\file`, another process can replace `a` with a link to any other
+// directory, and the path then names a file there. An OpenDirectory is opened from its parent and
+// never through a link, and its entries are examined and deleted relative to it. A walk therefore
+// stays in the tree it started in, whatever happens to the names above it.
+
+#include <memory>
+#include <string>
+
+#include "platform/win32.h"
+
+namespace platform {
+
+class OpenDirectory {
+ public:
+  // What to do if the last component of a path is a link; links before it are followed.
+  enum class LastLink { Followed, Refused };
+
+  // Opens the directory at a path, which may end in a separator.
+  OpenDirectory(const std::string& path, LastLink link);
+  // Opens a subdirectory by its storedName(). Fails if it is a link. `parent` must have been listed
+  // to its end, and must outlive this object.
+  OpenDirectory(OpenDirectory& parent, const std::string& storedName);
+  OpenDirectory(OpenDirectory&&) noexcept;
+  OpenDirectory& operator=(OpenDirectory&&) = delete;
+  OpenDirectory(const OpenDirectory&) = delete;
+  OpenDirectory& operator=(const OpenDirectory&) = delete;
+  ~OpenDirectory();
+
+  // True if the directory could be opened.
+  explicit operator bool() const;
+
+  // Advances to the next entry, at first to the first one; `.` and `..` are left out. Returns false
+  // at the end. Deleting entries does not disturb the listing.
+  bool next();
+
+  // The current entry's name as paths spell it; empty if no path can name it.
+  const char* name() const;
+  // The current entry's name as the directory stores it, for the functions that take one.
+  std::string storedName() const;
+  // True if the current entry is a directory and no link to one.
+  bool isDirectory() const;
+  // Reports whether the current entry is a file that can be opened for reading now, as FileExists
+  // does.
+  bool canOpen() const;
+  // Reads the time of the current entry's last write; that of a link is its target's.
+  bool lastWrite(FILETIME& time) const;
+  // Deletes the current entry, a file or a link, under the rules of DeleteFileA.
+  bool deleteEntry();
+
+  // Removes an empty subdirectory, but no link, under the rules of RemoveDirectoryA.
+  bool removeDirectory(const std::string& storedName);
+
+ private:
+  struct State;
+  std::unique_ptr<State> state_;
+};
+
+}  // namespace platform

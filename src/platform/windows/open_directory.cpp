@@ -1,0 +1,117 @@
+// A directory that is open without FILE_SHARE_DELETE can be neither renamed nor deleted, and nor
+// can a directory above it. While a walk holds every directory it is in, their paths therefore stay
+// valid.
+
+#include "platform/open_directory.h"
+
+#include <string_view>
+
+#include "platform/probe_open.h"
+#include "platform/unique_handle.h"
+
+namespace platform {
+namespace {
+
+bool isPlainDirectory(DWORD attributes) {
+  constexpr DWORD kKind = FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT;
+  return (attributes & kKind) == FILE_ATTRIBUTE_DIRECTORY;
+}
+
+}  // namespace
+
+struct OpenDirectory::State {
+  std::string pathOf(const std::string& name) const { return path + name; }
+
+  void hold(const std::string& directory, LastLink link) {
+    const DWORD flags = link == LastLink::Refused ? FILE_FLAG_OPEN_REPARSE_POINT : 0;
+    held.reset(CreateFileA(directory.c_str(), FILE_LIST_DIRECTORY,
+                           FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING,
+                           FILE_FLAG_BACKUP_SEMANTICS | flags, nullptr));
+    BY_HANDLE_FILE_INFORMATION information;
+    if (held && (!GetFileInformationByHandle(held.get(), &information) ||
+                 !isPlainDirectory(information.dwFileAttributes))) {
+      held.reset();
+    }
+  }
+
+  std::string path;  // ends in a separator
+  FileHandle held;
+  SearchHandle search;
+  bool started = false;
+  WIN32_FIND_DATAA entry{};
+};
+
+OpenDirectory::OpenDirectory(const std::string& path, LastLink link)
+    : state_(std::make_unique<State>()) {
+  state_->path = path;
+  if (!path.ends_with('\\') && !path.ends_with('/')) state_->path += '\\';
+  state_->hold(path, link);
+}
+
+OpenDirectory::OpenDirectory(OpenDirectory& parent, const std::string& storedName)
+    : state_(std::make_unique<State>()) {
+  if (!parent) return;
+  const std::string path = parent.state_->pathOf(storedName);
+  state_->path = path + '\\';
+  state_->hold(path, LastLink::Refused);
+}
+
+OpenDirectory::OpenDirectory(OpenDirectory&&) noexcept = default;
+
+OpenDirectory::~OpenDirectory() = default;
+
+OpenDirectory::operator bool() const { return static_cast<bool>(state_->held); }
+
+bool OpenDirectory::next() {
+  if (!*this) return false;
+  for (;;) {
+    if (!state_->started) {
+      state_->started = true;
+      state_->search.reset(FindFirstFileExA(state_->pathOf("*").c_str(), FindExInfoBasic,
+                                            &state_->entry, FindExSearchNameMatch, nullptr,
+                                            FIND_FIRST_EX_LARGE_FETCH));
+      if (!state_->search) return false;
+    } else if (!state_->search || !FindNextFileA(state_->search.get(), &state_->entry)) {
+      state_->search.reset();
+      return false;
+    }
+    const std::string_view name = state_->entry.cFileName;
+    if (name != "." && name != "..") return true;
+  }
+}
+
+const char* OpenDirectory::name() const { return state_->entry.cFileName; }
+
+std::string OpenDirectory::storedName() const { return state_->entry.cFileName; }
+
+bool OpenDirectory::isDirectory() const { return isPlainDirectory(state_->entry.dwFileAttributes); }
+
+bool OpenDirectory::canOpen() const {
+  return probeOpen(state_->pathOf(state_->entry.cFileName).c_str(), GENERIC_READ,
+                   FILE_SHARE_READ | FILE_SHARE_WRITE);
+}
+
+bool OpenDirectory::lastWrite(FILETIME& time) const {
+  WIN32_FILE_ATTRIBUTE_DATA data;
+  if (!GetFileAttributesExA(state_->pathOf(state_->entry.cFileName).c_str(), GetFileExInfoStandard,
+                            &data)) {
+    return false;
+  }
+  time = data.ftLastWriteTime;
+  return true;
+}
+
+bool OpenDirectory::deleteEntry() {
+  const std::string path = state_->pathOf(state_->entry.cFileName);
+  const bool isDirectoryLink = (state_->entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+  return (isDirectoryLink ? RemoveDirectoryA(path.c_str()) : DeleteFileA(path.c_str())) != FALSE;
+}
+
+bool OpenDirectory::removeDirectory(const std::string& storedName) {
+  const std::string path = state_->pathOf(storedName);
+  const DWORD attributes = GetFileAttributesA(path.c_str());
+  return attributes != INVALID_FILE_ATTRIBUTES && isPlainDirectory(attributes) &&
+         RemoveDirectoryA(path.c_str()) != FALSE;
+}
+
+}  // namespace platform
