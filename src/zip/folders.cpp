@@ -1,4 +1,4 @@
-// Whole folders in one call.
+// FRT_ZIP_FOLDER and FRT_UNZIP_FILE.
 
 #include <filesystem/enumeration.h>
 #include <filesystem/path.h>
@@ -10,15 +10,30 @@
 
 #include "path/with_backslash.h"
 #include "platform/file_identity.h"
+#include "zip/archive_reader.h"
+#include "zip/archive_writer.h"
+#include "zip/entry_names.h"
 #include "zip/extraction.h"
 #include "zip/insertion.h"
 
 namespace {
 
-bool sameFile(const char* a, const char* b) {
+bool isSameFile(const char* a, const char* b) {
   platform::FileIdentity first;
   platform::FileIdentity second;
   return platform::fileIdentity(a, first) && platform::fileIdentity(b, second) && first == second;
+}
+
+// Adds the files, named by their paths below `folder`, up to the first one that fails.
+bool addFiles(zip::ArchiveWriter& writer, const std::vector<std::string>& files,
+              const std::string& folder, const char* archive) {
+  for (const std::string& file : files) {
+    const std::string name = zip::storedName(FileSystem::subPath(folder, file));
+    if (zip::addFile(writer, file.c_str(), name, "", nullptr)) continue;
+    // The archive that is being written is not packed into itself.
+    if (!isSameFile(file.c_str(), archive)) return false;
+  }
+  return true;
 }
 
 }  // namespace
@@ -27,32 +42,25 @@ bool FRT_ZIP_FOLDER(const char* folder, const char* zip) {
   const std::string base = FileSystem::Detail::withBackslash(folder);
   std::vector<std::string> files;
   FileSystem::EnumFilesWithPath(files, base.c_str(), "*.*", true);
-  {
-    ZipArchive archive;
-    if (archive.create(zip, static_cast<int>(GENERIC_WRITE)) == 0) return false;
-  }
-  zip::Writer writer(zip, ZipModeAppendFirst);
+  zip::ArchiveWriter writer(zip, zip::ArchiveWriter::Mode::Create);
   if (!writer) return false;
-  for (const std::string& file : files) {
-    const std::string name = zip::storedName(FileSystem::subPath(base, file));
-    if (zip::addFile(writer.get(), file.c_str(), name, "", nullptr)) continue;
-    // The archive that is being written is not packed into itself.
-    if (sameFile(file.c_str(), zip)) continue;
-    writer.commit(nullptr);
-    return false;
-  }
-  return writer.commit(nullptr);
+  const bool complete = addFiles(writer, files, base, zip);
+  return writer.commit(nullptr) == zip::ArchiveWriter::Commit::Complete && complete;
 }
 
 bool FRT_UNZIP_FILE(const char* zip, const char* folder) {
   const std::string base = FileSystem::Detail::withBackslash(folder);
-  ZipArchive archive;
-  if (archive.open(zip, GENERIC_READ) == 0) return false;
-  archive.close();
-  zip::Extractor extractor(zip, nullptr);
-  if (!extractor) return true;
-  for (const std::string& stored : extractor.names()) {
-    if (!extractor.toPlace(stored, base, zip::callerName(stored))) return false;
+  {
+    ZipArchive archive;
+    if (archive.open(zip, GENERIC_READ) == 0) return false;
+  }
+  zip::ArchiveReader reader(zip);
+  std::vector<std::string> names;
+  reader.names(names);
+  zip::Extractor extractor(reader, nullptr);
+  for (const std::string& stored : names) {
+    const std::string target = base + zip::callerName(stored);
+    if (!extractor.toFileBelow(stored, target, base.size())) return false;
   }
   return true;
 }

@@ -1,5 +1,3 @@
-// The file that a ZipArchive holds between its calls.
-
 #include "zip/held_file.h"
 
 #include <filesystem/files.h>

@@ -1,32 +1,35 @@
 #pragma once
-// The file that a ZipArchive holds between its calls, as a lock and for nothing
-// else, and the guard that takes it again after the engine has used it.
+// The file that a ZipArchive holds open between its calls.
 
 #include <string>
 
 #include "platform/unique_handle.h"
 
+// The handle is a lock: nothing is read or written through it.
 class ZipHeldFile {
  public:
   DWORD access = GENERIC_READ | GENERIC_WRITE;
   std::string name;  // empty: bound to no file
 
   bool held() const { return static_cast<bool>(handle_); }
+  bool canRead() const { return held() && (access & GENERIC_READ) != 0; }
+  bool canWrite() const { return held() && (access & GENERIC_WRITE) != 0; }
+
   void release() { handle_.reset(); }
-  // Takes the file, if there is a name and the platform grants it: alone for
-  // writing, with other readers for reading.
+  // Opens the file, if there is a name and the platform grants it: exclusively for writing, shared
+  // with other readers for reading.
   void acquire();
-  // Removes what a killed process left beside the held file.
+  // Deletes what a killed process left beside the held file.
   void cleanUp();
-  // Binds to another file, or to none for null. The handle stays only if the
-  // names are equal but for letter case.
+  // Binds to another file, or to none for null. Releases the file unless the names are equal apart
+  // from letter case.
   void setName(const char* newName);
 
  private:
   platform::FileHandle handle_;
 };
 
-// Gives the file up for the engine, and takes it again on every way out.
+// Releases the file, so that the engine can open it, and acquires it again when the scope is left.
 class ZipHeldFileGuard {
  public:
   explicit ZipHeldFileGuard(ZipHeldFile& file) : file_(file) { file_.release(); }

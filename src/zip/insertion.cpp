@@ -1,191 +1,149 @@
-// ZipArchive: insertion.
-
 #include "zip/insertion.h"
 
-#include <filesystem/zip_archive.h>
-
 #include <algorithm>
-#include <functional>
 #include <optional>
 
+#include "platform/unique_handle.h"
+#include "zip/archive_reader.h"
 #include "zip/rewrite.h"
 
 namespace zip {
 namespace {
-
-// Bytes read from a source at once.
-constexpr std::size_t kBlock = std::size_t{256} << 10;
-
-ZipDateWords dateWords(const SYSTEMTIME& time) {
-  return {time.wSecond, time.wMinute, time.wHour, time.wDay, time.wMonth - 1u, time.wYear};
-}
 
 platform::FileHandle openSource(const char* path) {
   return platform::FileHandle(CreateFileA(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE,
                                           nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_ARCHIVE, nullptr));
 }
 
-std::uint32_t startCrc() { return ZipCrc32(0, nullptr, 0); }
+// A file read from its start to its end in blocks.
+class BlockReader {
+ public:
+  // `reportedSize` is the size that the file's attributes report.
+  BlockReader(HANDLE file, std::uint64_t reportedSize)
+      : file_(file),
+        reportedSize_(reportedSize),
+        // With a byte more than a small file has, its first read also finds the end.
+        block_(static_cast<std::size_t>(std::min<std::uint64_t>(reportedSize + 1, kBlock))) {}
 
-bool beginEntry(ZipWriter* writer, const std::string& stored, const ZipNewEntryInfo& info,
-                const char* comment, const char* password, std::uint32_t crc) {
-  // A longer name could be looked up by no other call.
-  if (stored.size() > kLongestName) return false;
-  constexpr int kWindowBits = -15;
-  constexpr int kMemoryLevel = 8;
-  return ZipOpenNewEntry(writer, stored.c_str(), &info, nullptr, 0, nullptr, 0, comment,
-                         ZipMethodDeflate, ZipLevelDefault, 0, kWindowBits, kMemoryLevel, 0,
-                         password, crc) == 0;
-}
-
-// Hands all blocks of a file to `use`; false if a read or `use` fails. A short
-// block is the last one where it ends at the size that the file told. Elsewhere it
-// may stand in front of an error, which only a further read shows.
-template <typename Use>
-bool forEachBlock(HANDLE file, std::uint64_t told, std::vector<unsigned char>& block, Use use) {
-  for (std::uint64_t done = 0;;) {
-    DWORD size = 0;
-    if (ReadFile(file, block.data(), static_cast<DWORD>(block.size()), &size, nullptr) == 0) {
-      return false;
+  // Passes each block to `use(data, size)`. False if a read or `use` fails.
+  template <typename Use>
+  bool forEachBlock(Use use) {
+    for (std::uint64_t done = 0;;) {
+      DWORD size = 0;
+      if (ReadFile(file_, block_.data(), static_cast<DWORD>(block_.size()), &size, nullptr) == 0) {
+        return false;
+      }
+      if (size == 0) return true;
+      if (!use(block_.data(), size)) return false;
+      done += size;
+      // A short block that reaches the reported size is the last one. Any other short block may
+      // precede a read error, which only another read shows.
+      if (size < block_.size() && done == reportedSize_) return true;
     }
-    if (size == 0) return true;
-    if (!use(block.data(), size)) return false;
-    done += size;
-    if (size < block.size() && done == told) return true;
   }
-}
 
-std::optional<std::uint32_t> crcOfFile(HANDLE file, std::uint64_t told,
-                                       std::vector<unsigned char>& block) {
-  std::uint32_t crc = startCrc();
-  const bool read = forEachBlock(file, told, block, [&](const unsigned char* data, DWORD size) {
-    crc = ZipCrc32(crc, data, size);
-    return true;
-  });
-  if (!read || SetFilePointer(file, 0, nullptr, FILE_BEGIN) != 0) return std::nullopt;
-  return crc;
-}
-
-}  // namespace
-
-bool addBytes(ZipWriter* writer, const std::vector<unsigned char>& bytes, const std::string& stored,
-              const std::string& comment, const char* password) {
-  if (bytes.size() > UINT32_MAX) return false;
-  const std::uint32_t size = static_cast<std::uint32_t>(bytes.size());
-  SYSTEMTIME now = {};
-  GetSystemTime(&now);
-  ZipNewEntryInfo info = {};
-  info.date = dateWords(now);
-  std::uint32_t crc = startCrc();
-  if (password != nullptr) crc = ZipCrc32(crc, bytes.data(), size);
-  if (!beginEntry(writer, stored, info, comment.c_str(), password, crc)) return false;
-  ZipWriteEntry(writer, bytes.data(), size);
-  return ZipCloseNewEntry(writer) == 0;
-}
-
-bool addFile(ZipWriter* writer, const char* source, const std::string& stored, const char* comment,
-             const char* password) {
-  const platform::FileHandle file = openSource(source);
-  if (!file) return false;
-  WIN32_FILE_ATTRIBUTE_DATA data = {};
-  FILETIME local = {};
-  SYSTEMTIME time = {};
-  if (GetFileAttributesExA(source, GetFileExInfoStandard, &data) == 0) return false;
-  FileTimeToLocalFileTime(&data.ftLastWriteTime, &local);
-  FileTimeToSystemTime(&local, &time);
-  ZipNewEntryInfo info = {};
-  info.date = dateWords(time);
-  info.externalAttributes = data.dwFileAttributes;
-
-  // One byte more than a small file has, so that it is read in one piece.
-  const std::uint64_t told = std::uint64_t{data.nFileSizeHigh} << 32 | data.nFileSizeLow;
-  std::vector<unsigned char> block(
-      static_cast<std::size_t>(std::min<std::uint64_t>(told + 1, kBlock)));
-  std::uint32_t crc = startCrc();
-  if (password != nullptr) {
-    const std::optional<std::uint32_t> whole = crcOfFile(file.get(), told, block);
-    if (!whole) return false;
-    crc = *whole;
+  // Returns the CRC-32 of the file and goes back to its start.
+  std::optional<std::uint32_t> crc() {
+    Crc32 crc;
+    const bool complete = forEachBlock([&](const unsigned char* data, DWORD size) {
+      crc.add(data, size);
+      return true;
+    });
+    if (!complete || SetFilePointer(file_, 0, nullptr, FILE_BEGIN) != 0) return std::nullopt;
+    return crc.value();
   }
-  if (!beginEntry(writer, stored, info, comment, password, crc)) return false;
-  const bool complete =
-      forEachBlock(file.get(), told, block, [&](const unsigned char* bytes, DWORD size) {
-        return ZipWriteEntry(writer, bytes, size) == 0;
-      });
-  if (!complete) {
-    ZipCancelNewEntry(writer);
-    return false;
-  }
-  return ZipCloseNewEntry(writer) == 0;
-}
 
-namespace {
+ private:
+  static constexpr std::uint64_t kBlock = 256 << 10;
 
-bool isEmptyFile(const std::string& path) {
+  HANDLE file_;
+  std::uint64_t reportedSize_;
+  std::vector<unsigned char> block_;
+};
+
+// True if entries can be appended: to an archive, or to a file without bytes, which becomes one.
+bool canAppend(const ArchiveReader& archive, const std::string& path) {
+  if (archive) return true;
   WIN32_FILE_ATTRIBUTE_DATA data = {};
   return GetFileAttributesExA(path.c_str(), GetFileExInfoStandard, &data) != 0 &&
          data.nFileSizeLow == 0 && data.nFileSizeHigh == 0;
 }
 
-bool appendEntry(const std::string& path, ZipWriterMode mode,
-                 const std::function<bool(ZipWriter*)>& add) {
-  Writer writer(path.c_str(), mode);
-  if (!writer) return false;
-  const bool added = add(writer.get());
-  return writer.commit(nullptr) && added;
-}
-
-// Old and new entry change places in one step, so that at every instant the
-// archive has one of them. Without a source the old one goes all the same.
-bool replaceEntry(const std::string& path, const std::string& name, bool hasSource,
-                  const std::function<bool(ZipWriter*)>& add) {
-  if (hasSource) return rewriteArchive(path, {name}, add) == RewriteResult::Replaced;
-  rewriteArchive(path, {name});
-  return false;
-}
-
-// The frame of both insertions; `hasSource` tells whether there is something to
-// insert, `add` writes the entry.
-bool insertEntry(const std::string& path, const std::string& name, bool overwrite,
-                 const std::function<bool()>& hasSource,
-                 const std::function<bool(ZipWriter*)>& add) {
-  Reader reader(ZipOpenReader(path.c_str()));
-  // A file of no bytes is no archive yet.
-  if (!reader) return isEmptyFile(path) && appendEntry(path, ZipModeAppendFirst, add);
-  const std::string stored = storedName(name);
-  const bool exists =
-      stored.size() <= kLongestName && ZipLocateEntry(reader.get(), stored.c_str(), 0) == 0;
-  reader.reset();
-  if (!exists) return appendEntry(path, ZipModeAppend, add);
-  return overwrite && replaceEntry(path, name, hasSource(), add);
+SYSTEMTIME localTimeOf(const FILETIME& time) {
+  FILETIME local = {};
+  SYSTEMTIME result = {};
+  FileTimeToLocalFileTime(&time, &local);
+  FileTimeToSystemTime(&local, &result);
+  return result;
 }
 
 }  // namespace
+
+bool addBytes(ArchiveWriter& writer, const std::vector<unsigned char>& bytes,
+              const std::string& stored, const char* comment, const char* password) {
+  if (bytes.size() > UINT32_MAX) return false;
+  const std::uint32_t size = static_cast<std::uint32_t>(bytes.size());
+  Crc32 crc;
+  if (password != nullptr) crc.add(bytes.data(), size);
+  NewEntry entry{.name = stored,
+                 .comment = comment,
+                 .time = {},
+                 .attributes = 0,
+                 .password = password,
+                 .crc = crc.value()};
+  GetSystemTime(&entry.time);
+  if (!writer.begin(entry)) return false;
+  writer.write(bytes.data(), size);
+  return writer.finish();
+}
+
+bool addFile(ArchiveWriter& writer, const char* source, const std::string& stored,
+             const char* comment, const char* password) {
+  const platform::FileHandle file = openSource(source);
+  WIN32_FILE_ATTRIBUTE_DATA data = {};
+  if (!file || GetFileAttributesExA(source, GetFileExInfoStandard, &data) == 0) return false;
+  BlockReader reader(file.get(), std::uint64_t{data.nFileSizeHigh} << 32 | data.nFileSizeLow);
+  // The engine encrypts with the CRC of all content, so with a password the file is read twice.
+  const std::optional<std::uint32_t> crc = password != nullptr ? reader.crc() : Crc32().value();
+  if (!crc || !writer.begin({.name = stored,
+                             .comment = comment,
+                             .time = localTimeOf(data.ftLastWriteTime),
+                             .attributes = data.dwFileAttributes,
+                             .password = password,
+                             .crc = *crc})) {
+    return false;
+  }
+  const auto write = [&](const unsigned char* bytes, DWORD size) {
+    return writer.write(bytes, size);
+  };
+  if (reader.forEachBlock(write)) return writer.finish();
+  writer.cancel();
+  return false;
+}
+
+bool canOpenSource(const char* source) { return static_cast<bool>(openSource(source)); }
+
+bool insertEntry(const std::string& path, const std::string& name, bool overwrite,
+                 const std::function<bool()>& hasSource,
+                 const std::function<bool(ArchiveWriter&)>& add) {
+  const std::string stored = storedName(name);
+  if (overwrite) {
+    Rewrite archive(path);
+    if (archive.reader().locate(stored)) {
+      // The old and the new entry are exchanged in one step, so that at every instant the archive
+      // has one of them.
+      if (hasSource()) return archive.run({name}, add) == Rewrite::Result::Replaced;
+      archive.run({name});
+      return false;
+    }
+    if (!canAppend(archive.reader(), path)) return false;
+  } else {
+    ArchiveReader archive(path.c_str());
+    if (archive.locate(stored) || !canAppend(archive, path)) return false;
+  }
+  ArchiveWriter writer(path.c_str(), ArchiveWriter::Mode::Append);
+  const bool added = writer && add(writer);
+  return writer.commit(nullptr) == ArchiveWriter::Commit::Complete && added;
+}
+
 }  // namespace zip
-
-int ZipArchive::insert(const std::vector<unsigned char>& bytes, const std::string& name,
-                       const std::string& comment, int overwrite) {
-  if (canRead() == 0 || canWrite() == 0) return 0;
-  const ZipHeldFileGuard guard(m_private->file);
-  // The text up to the first zero byte counts.
-  const std::string entry = name.substr(0, name.find('\0'));
-  const auto add = [&](ZipWriter* writer) {
-    return zip::addBytes(writer, bytes, zip::storedName(entry), comment,
-                         m_private->passwordOrNull());
-  };
-  const auto hasSource = [] { return true; };
-  return zip::insertEntry(m_private->file.name, entry, overwrite != 0, hasSource, add) ? 1 : 0;
-}
-
-int ZipArchive::insert(const char* source, const char* name, const char* comment, int overwrite) {
-  if (canRead() == 0 || canWrite() == 0) return 0;
-  const ZipHeldFileGuard guard(m_private->file);
-  const char* const lookup = name != nullptr ? name : source;
-  const auto add = [&](ZipWriter* writer) {
-    const char* const entry = lookup[0] != '\0' ? lookup : source;
-    return zip::addFile(writer, source, zip::storedName(entry), comment != nullptr ? comment : "",
-                        m_private->passwordOrNull());
-  };
-  const auto hasSource = [&] { return static_cast<bool>(zip::openSource(source)); };
-  return zip::insertEntry(m_private->file.name, lookup, overwrite != 0, hasSource, add) ? 1 : 0;
-}

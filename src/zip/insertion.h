@@ -1,21 +1,32 @@
 #pragma once
-// One new entry into an open writer.
+// Inserting entries into archives.
 
+#include <functional>
 #include <string>
 #include <vector>
 
-#include "zip/zip_archive_private.h"
+#include "zip/archive_writer.h"
 
 namespace zip {
 
-// Adds bytes under a stored name with the present time (UTC). On failure the
-// archive gets nothing. `password` is null for none.
-bool addBytes(ZipWriter* writer, const std::vector<unsigned char>& bytes, const std::string& stored,
-              const std::string& comment, const char* password);
+// Adds bytes under a stored name, with the present time (UTC). On failure the archive does not get
+// the entry. `password` is null for none.
+bool addBytes(ArchiveWriter& writer, const std::vector<unsigned char>& bytes,
+              const std::string& stored, const char* comment, const char* password);
 
-// Adds a file with its last write time (local) and attributes; reads it in
-// blocks. A file that cannot be read to its end is a failure.
-bool addFile(ZipWriter* writer, const char* source, const std::string& stored, const char* comment,
-             const char* password);
+// Adds a file with its last write time (local) and attributes. The file is read in blocks; one that
+// cannot be read to its end is a failure.
+bool addFile(ArchiveWriter& writer, const char* source, const std::string& stored,
+             const char* comment, const char* password);
+
+// True if the file can be opened for reading.
+bool canOpenSource(const char* source);
+
+// Inserts the entry that `add` writes into the archive at `path`. An existing entry `name` is
+// replaced if `overwrite` is set, else nothing is changed. If there is an entry to replace and
+// `hasSource()` is false, the entry is removed and the insertion fails.
+bool insertEntry(const std::string& path, const std::string& name, bool overwrite,
+                 const std::function<bool()>& hasSource,
+                 const std::function<bool(ArchiveWriter&)>& add);
 
 }  // namespace zip

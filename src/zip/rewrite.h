@@ -1,35 +1,40 @@
 #pragma once
-// Entries out of an archive: a copy without them takes its place.
+// Rewriting an archive without some of its entries.
 
 #include <functional>
-#include <set>
 #include <string>
 
-#include "platform/win32.h"
-#include "zip/engine.h"
+#include "platform/unique_handle.h"
+#include "zip/archive_reader.h"
+#include "zip/archive_writer.h"
+#include "zip/entry_names.h"
 
 namespace zip {
 
-// Orders names without regard to letter case.
-struct NameLess {
-  bool operator()(const std::string& a, const std::string& b) const {
-    return lstrcmpiA(a.c_str(), b.c_str()) < 0;
-  }
-};
-// Names in the callers' code page, of at most kLongestName bytes.
-using NameSet = std::set<std::string, NameLess>;
+// An archive that is read and then replaced by a copy of itself. The engine cannot take an entry
+// out of an archive, so the entries that stay are copied to a temporary file, as they are stored.
+class Rewrite {
+ public:
+  // Opens the archive. Until the object is destroyed no other process can open it without sharing,
+  // and so none can append an entry that the copy lacks.
+  explicit Rewrite(const std::string& path);
 
-enum class RewriteResult {
-  Replaced,     // the archive has all entries but the dropped ones
-  NothingLeft,  // no entry would stay; the archive is untouched
-  Failed,       // the archive is untouched
-};
+  // The archive. No reader if it cannot be opened.
+  ArchiveReader& reader() { return reader_; }
 
-// Replaces an archive by a copy without the entries of `dropped`, in the same
-// order, and with what `add` (which may be empty) puts behind them; if that
-// fails, so does all. Entries cross as they are stored, so that no password is
-// needed.
-RewriteResult rewriteArchive(const std::string& path, const NameSet& dropped,
-                             const std::function<bool(ZipWriter*)>& add = {});
+  enum class Result {
+    Replaced,     // the archive has all entries but the dropped ones
+    NothingLeft,  // no entry would remain; the archive is unchanged
+    Failed,       // the archive is unchanged
+  };
+  // Replaces the archive by a copy without the entries of `dropped`, in the same order. `add` may
+  // be empty; if not, it appends an entry to the copy, and its failure is that of the rewrite.
+  Result run(const NameSet& dropped, const std::function<bool(ArchiveWriter&)>& add = {});
+
+ private:
+  std::string path_;
+  platform::FileHandle original_;
+  ArchiveReader reader_;
+};
 
 }  // namespace zip

@@ -1,12 +1,44 @@
-// ZipArchive: the object and its binding to a file.
+// ZipArchive: binding to a file, and the calls that read and write it.
 
 #include <filesystem/file_stream.h>
 #include <filesystem/files.h>
 #include <filesystem/zip_archive.h>
 
+#include <boost/format.hpp>
 #include <utility>
 
+#include "zip/archive_reader.h"
+#include "zip/archive_writer.h"
+#include "zip/extraction.h"
+#include "zip/insertion.h"
+#include "zip/rewrite.h"
 #include "zip/zip_archive_private.h"
+
+// The object holds its file open between calls, which keeps other processes from changing it. The
+// engine opens the file by itself, by name. So each call that needs the engine releases the file,
+// works, and acquires it again. The following two functions are the only places that do so.
+
+namespace {
+
+// Runs `work(reader)` on the archive. Returns 1 if that returned true; 0 if not, or if the archive
+// cannot be read.
+template <typename Work>
+int reading(ZipArchivePrivate& archive, Work work) {
+  if (!archive.file.canRead()) return 0;
+  const ZipHeldFileGuard guard(archive.file);
+  zip::ArchiveReader reader(archive.file.name.c_str());
+  return reader && work(reader) ? 1 : 0;
+}
+
+// Runs `work(path)`, which changes the archive at that path. Returns as reading() does.
+template <typename Work>
+int writing(ZipArchivePrivate& archive, Work work) {
+  if (!archive.file.canRead() || !archive.file.canWrite()) return 0;
+  const ZipHeldFileGuard guard(archive.file);
+  return work(archive.file.name) ? 1 : 0;
+}
+
+}  // namespace
 
 ZipArchive::ZipArchive() : m_private(new ZipArchivePrivate) {}
 
@@ -36,19 +68,15 @@ int ZipArchive::open(const char* name, unsigned int access) {
 
 int ZipArchive::create(const char* name, int overwrite) {
   ZipHeldFile& file = m_private->file;
-  // The attributes also tell of a file that this very object holds and that
-  // FileExists therefore cannot open.
-  if (overwrite == 0 &&
-      (FileSystem::FileExists(name) != 0 || GetFileAttributesA(name) != INVALID_FILE_ATTRIBUTES)) {
-    return 0;
-  }
-  // `name` may be what fileName() gave, which goes with the next step.
-  const std::string path = name;
   const bool isNew = GetFileAttributesA(name) == INVALID_FILE_ATTRIBUTES;
+  // FileExists() alone is not enough: it cannot open a file that this object holds.
+  if (overwrite == 0 && (!isNew || FileSystem::FileExists(name) != 0)) return 0;
+  // A copy, because `name` may be the result of fileName(), which the next step changes.
+  const std::string path = name;
   file.setName(nullptr);
-  zip::Writer writer(path.c_str(), ZipModeCreate);
+  zip::ArchiveWriter writer(path.c_str(), zip::ArchiveWriter::Mode::Create);
   if (!writer) return 0;
-  if (!writer.commit(nullptr)) {
+  if (writer.commit(nullptr) != zip::ArchiveWriter::Commit::Complete) {
     if (isNew) DeleteFileA(path.c_str());
     return 0;
   }
@@ -67,15 +95,9 @@ void ZipArchive::password(const char* text) { m_private->password = text; }
 
 unsigned int ZipArchive::access() const { return m_private->file.access; }
 
-int ZipArchive::canRead() const {
-  const ZipHeldFile& file = m_private->file;
-  return file.held() && (file.access & GENERIC_READ) != 0 ? 1 : 0;
-}
+int ZipArchive::canRead() const { return m_private->file.canRead() ? 1 : 0; }
 
-int ZipArchive::canWrite() const {
-  const ZipHeldFile& file = m_private->file;
-  return file.held() && (file.access & GENERIC_WRITE) != 0 ? 1 : 0;
-}
+int ZipArchive::canWrite() const { return m_private->file.canWrite() ? 1 : 0; }
 
 const char* ZipArchive::fileName() const {
   const std::string& name = m_private->file.name;
@@ -85,8 +107,97 @@ const char* ZipArchive::fileName() const {
 int ZipArchive::isZip(const char* path) {
   FileSystem::FileStream stream(path, FileSystem::FileStream::OpenRead);
   std::vector<char> start(2);
-  return stream.is_open() && stream.read(start) && start.size() == 2 && start[0] == 'P' &&
-                 start[1] == 'K'
-             ? 1
-             : 0;
+  const bool isRead = stream.is_open() && stream.read(start) && start.size() == 2;
+  return isRead && start[0] == 'P' && start[1] == 'K' ? 1 : 0;
+}
+
+int ZipArchive::enumerate(std::vector<std::string>& names) const {
+  return reading(*m_private, [&](zip::ArchiveReader& reader) { return reader.names(names); });
+}
+
+int ZipArchive::content(std::vector<std::pair<std::string, std::string>>& entries) const {
+  return reading(*m_private, [&](zip::ArchiveReader& reader) {
+    zip::EntryInfo info;
+    std::string comment;
+    return reader.forEachEntry([&] {
+      if (!reader.describe(info) || info.isDirectory) return true;
+      if (!reader.readComment(info.commentLength, comment)) return true;
+      entries.emplace_back(info.name, comment.c_str());
+      return true;
+    });
+  });
+}
+
+int ZipArchive::exist(const char* name) const {
+  return reading(*m_private,
+                 [&](zip::ArchiveReader& reader) { return reader.locate(zip::storedName(name)); });
+}
+
+int ZipArchive::empty() const {
+  const auto hasEntry = [](zip::ArchiveReader& reader) { return reader.entryCount() != 0; };
+  return reading(*m_private, hasEntry) != 0 ? 0 : 1;
+}
+
+int ZipArchive::extract(const std::vector<std::string>& names, const char* prefix) const {
+  const std::size_t prefixLength = std::char_traits<char>::length(prefix);
+  return reading(*m_private, [&](zip::ArchiveReader& reader) {
+    zip::Extractor extractor(reader, m_private->passwordOrNull());
+    boost::format target("%s%s");
+    bool any = false;
+    for (const std::string& name : names) {
+      target % prefix % name;
+      any |= extractor.toFileBelow(zip::storedName(name), target.str(), prefixLength);
+    }
+    return any;
+  });
+}
+
+int ZipArchive::extract(const char* name, const char* target) const {
+  return reading(*m_private, [&](zip::ArchiveReader& reader) {
+    return zip::Extractor(reader, m_private->passwordOrNull())
+        .toFile(zip::storedName(name), target);
+  });
+}
+
+int ZipArchive::extract(const char* name, std::vector<unsigned char>& bytes) const {
+  return reading(*m_private, [&](zip::ArchiveReader& reader) {
+    zip::Extractor extractor(reader, m_private->passwordOrNull());
+    return extractor.toBytes(zip::storedName(name), bytes) && !bytes.empty();
+  });
+}
+
+int ZipArchive::insert(const std::vector<unsigned char>& bytes, const std::string& name,
+                       const std::string& comment, int overwrite) {
+  // The name ends at its first zero byte.
+  const std::string entry = name.c_str();
+  const auto hasSource = [] { return true; };
+  const auto add = [&](zip::ArchiveWriter& writer) {
+    return zip::addBytes(writer, bytes, zip::storedName(entry), comment.c_str(),
+                         m_private->passwordOrNull());
+  };
+  return writing(*m_private, [&](const std::string& path) {
+    return zip::insertEntry(path, entry, overwrite != 0, hasSource, add);
+  });
+}
+
+int ZipArchive::insert(const char* source, const char* name, const char* comment, int overwrite) {
+  // An empty name is looked up as it is; only the new entry is called after its source.
+  const char* const lookup = name != nullptr ? name : source;
+  const char* const entry = *lookup != '\0' ? lookup : source;
+  const auto hasSource = [&] { return zip::canOpenSource(source); };
+  const auto add = [&](zip::ArchiveWriter& writer) {
+    return zip::addFile(writer, source, zip::storedName(entry), comment != nullptr ? comment : "",
+                        m_private->passwordOrNull());
+  };
+  return writing(*m_private, [&](const std::string& path) {
+    return zip::insertEntry(path, lookup, overwrite != 0, hasSource, add);
+  });
+}
+
+int ZipArchive::remove(const char* name) {
+  return writing(*m_private, [&](const std::string& path) {
+    zip::Rewrite archive(path);
+    return archive.reader().locate(zip::storedName(name)) &&
+           archive.run({name}) == zip::Rewrite::Result::Replaced;
+  });
 }

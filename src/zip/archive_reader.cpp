@@ -1,0 +1,99 @@
+#include "zip/archive_reader.h"
+
+#include <algorithm>
+#include <climits>
+
+#include "platform/win32.h"
+#include "zip/engine.h"
+#include "zip/entry_names.h"
+
+namespace zip {
+
+void ArchiveReader::Closer::operator()(ZipReader* reader) const { ZipCloseReader(reader); }
+
+ArchiveReader::ArchiveReader(const char* path) : reader_(ZipOpenReader(path)) {}
+
+std::uint32_t ArchiveReader::entryCount() const {
+  ZipGlobalInfo info = {};
+  return ZipReadGlobalInfo(reader_.get(), &info) == 0 ? info.entryCount : 0;
+}
+
+std::string ArchiveReader::globalComment() const {
+  ZipGlobalInfo info = {};
+  if (ZipReadGlobalInfo(reader_.get(), &info) != 0) return {};
+  std::string comment(info.commentLength, '\0');
+  ZipReadGlobalComment(reader_.get(), comment.data(), info.commentLength);
+  return comment;
+}
+
+bool ArchiveReader::first() { return ZipFirstEntry(reader_.get()) == 0; }
+
+bool ArchiveReader::next() { return ZipNextEntry(reader_.get()) == 0; }
+
+bool ArchiveReader::names(std::vector<std::string>& names) {
+  char name[kLongestName + 1] = {};
+  const auto appendName = [&] {
+    if (ZipReadEntryInfo(reader_.get(), nullptr, name, kLongestName, nullptr, 0, nullptr, 0) != 0) {
+      return false;
+    }
+    names.emplace_back(name);
+    return true;
+  };
+  return entryCount() != 0 && forEachEntry(appendName);
+}
+
+bool ArchiveReader::locate(const std::string& stored) {
+  return stored.size() <= kLongestName && ZipLocateEntry(reader_.get(), stored.c_str(), 0) == 0;
+}
+
+bool ArchiveReader::describe(EntryInfo& info) const {
+  ZipEntryInfo record = {};
+  char name[kLongestName + 1] = {};
+  if (ZipReadEntryInfo(reader_.get(), &record, name, kLongestName, nullptr, 0, nullptr, 0) != 0) {
+    return false;
+  }
+  info.name = name;
+  info.nameIsCut = record.nameLength > kLongestName;
+  info.isDirectory = (record.externalAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+  info.isStored = record.method == ZipMethodStored;
+  info.size = record.uncompressedSize;
+  info.storedSize = record.compressedSize;
+  info.commentLength = record.commentLength;
+  return true;
+}
+
+bool ArchiveReader::readComment(std::uint32_t length, std::string& comment) const {
+  comment.assign(length, '\0');
+  return ZipReadEntryInfo(reader_.get(), nullptr, nullptr, 0, nullptr, 0, comment.data(), length) ==
+         0;
+}
+
+OpenEntry::OpenEntry(ArchiveReader& archive, const char* password)
+    : reader_(archive.reader_.get()),
+      open_(ZipOpenEntry(reader_, nullptr, nullptr, 0, password) == 0) {}
+
+OpenEntry::~OpenEntry() {
+  if (open_) ZipCloseEntry(reader_);
+}
+
+int OpenEntry::read(unsigned char* buffer, std::uint32_t size) {
+  return ZipReadEntry(reader_, buffer, size);
+}
+
+bool OpenEntry::readAll(unsigned char* buffer, std::uint32_t size) {
+  // An empty entry is read too, so that its CRC is checked.
+  std::uint32_t done = 0;
+  do {
+    const std::uint32_t count = std::min<std::uint32_t>(size - done, INT_MAX);
+    const int result = read(buffer + done, count);
+    if (result < 0 || (result == 0 && count != 0)) return false;
+    done += static_cast<std::uint32_t>(result);
+  } while (done < size);
+  return true;
+}
+
+bool isReadInBlocks(const EntryInfo& info) {
+  return info.isStored ? info.size > kReadBlock : info.storedSize > ZipLargestInflatedAtOnce;
+}
+
+}  // namespace zip

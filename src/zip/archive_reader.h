@@ -1,0 +1,104 @@
+#pragma once
+// Reading an archive through the zip engine.
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+struct ZipReader;
+
+namespace zip {
+
+// What an archive's central directory says about an entry.
+struct EntryInfo {
+  std::string name;        // as stored, cut at kLongestName bytes
+  bool nameIsCut = false;  // the stored name is longer than that
+  bool isDirectory = false;
+  bool isStored = false;         // without compression
+  std::uint32_t size = 0;        // of the content, in bytes
+  std::uint32_t storedSize = 0;  // of the stored bytes
+  std::uint32_t commentLength = 0;
+};
+
+// An archive open for reading, with one of its entries as the current one. Closed with its object.
+// A reader whose archive could not be opened has no entries.
+class ArchiveReader {
+ public:
+  explicit ArchiveReader(const char* path);
+
+  // True if the file could be opened and is an archive.
+  explicit operator bool() const { return reader_ != nullptr; }
+
+  // Closes the archive before the object is destroyed.
+  void close() { reader_.reset(); }
+
+  // Returns the number of entries, 0 if it cannot be read.
+  std::uint32_t entryCount() const;
+  // Returns the comment of the whole archive.
+  std::string globalComment() const;
+
+  // Makes each entry the current one, in the order of the central directory, and calls
+  // `visit()`, until that returns false. True if all entries were visited.
+  template <typename Visit>
+  bool forEachEntry(Visit visit) {
+    for (bool found = first(); found; found = next()) {
+      if (!visit()) return false;
+    }
+    return true;
+  }
+  // Appends the stored names of all entries. False if there is none or one cannot be read.
+  bool names(std::vector<std::string>& names);
+  // Makes the first entry with exactly this stored name the current one. False if there is none.
+  bool locate(const std::string& stored);
+
+  // Reads what the directory says about the current entry. False if that cannot be read.
+  bool describe(EntryInfo& info) const;
+  // Reads the current entry's comment, whose length describe() returned.
+  bool readComment(std::uint32_t length, std::string& comment) const;
+
+ private:
+  friend class OpenEntry;
+  friend class ArchiveWriter;
+
+  struct Closer {
+    void operator()(ZipReader* reader) const;
+  };
+
+  bool first();
+  bool next();
+
+  std::unique_ptr<ZipReader, Closer> reader_;
+};
+
+// The content of a reader's current entry. Closed with its object.
+class OpenEntry {
+ public:
+  // Opens the entry. `password` is null for none.
+  OpenEntry(ArchiveReader& archive, const char* password);
+  OpenEntry(const OpenEntry&) = delete;
+  OpenEntry& operator=(const OpenEntry&) = delete;
+  ~OpenEntry();
+
+  // False if the entry cannot be read: its method is unknown, the password is wrong or missing, or
+  // its sizes or place in the file are impossible.
+  explicit operator bool() const { return open_; }
+
+  // Reads the next bytes, at most INT_MAX. Returns their number, negative on failure. The last
+  // byte is delivered only if length and CRC-32 of the content are right.
+  int read(unsigned char* buffer, std::uint32_t size);
+  // Reads all `size` bytes of the content, with one engine read where that can count them.
+  bool readAll(unsigned char* buffer, std::uint32_t size);
+
+ private:
+  ZipReader* reader_;
+  bool open_;
+};
+
+// True if reading the content into memory as a whole is no faster than in blocks.
+bool isReadInBlocks(const EntryInfo& info);
+
+// Size of those blocks, in bytes.
+inline constexpr std::uint32_t kReadBlock = 256 << 10;
+
+}  // namespace zip

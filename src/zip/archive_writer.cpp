@@ -1,0 +1,65 @@
+#include "zip/archive_writer.h"
+
+#include <utility>
+
+#include "zip/archive_reader.h"
+#include "zip/engine.h"
+#include "zip/entry_names.h"
+
+namespace zip {
+namespace {
+
+ZipDateWords dateWords(const SYSTEMTIME& time) {
+  return {.second = time.wSecond,
+          .minute = time.wMinute,
+          .hour = time.wHour,
+          .day = time.wDay,
+          .month = time.wMonth - 1u,
+          .year = time.wYear};
+}
+
+}  // namespace
+
+Crc32::Crc32() : value_(ZipCrc32(0, nullptr, 0)) {}
+
+void Crc32::add(const unsigned char* data, std::uint32_t size) {
+  value_ = ZipCrc32(value_, data, size);
+}
+
+ArchiveWriter::ArchiveWriter(const char* path, Mode mode)
+    : writer_(ZipOpenWriter(path, mode == Mode::Create ? ZipModeCreate : ZipModeAppend)) {}
+
+ArchiveWriter::~ArchiveWriter() { commit(nullptr); }
+
+bool ArchiveWriter::begin(const NewEntry& entry) {
+  constexpr int kWindowBits = -15;
+  constexpr int kMemoryLevel = 8;
+  // No other call of the library could find a longer name.
+  if (entry.name.size() > kLongestName) return false;
+  ZipNewEntryInfo info = {};
+  info.date = dateWords(entry.time);
+  info.externalAttributes = entry.attributes;
+  return ZipOpenNewEntry(writer_, entry.name.c_str(), &info, nullptr, 0, nullptr, 0, entry.comment,
+                         ZipMethodDeflate, ZipLevelDefault, 0, kWindowBits, kMemoryLevel, 0,
+                         entry.password, entry.crc) == 0;
+}
+
+bool ArchiveWriter::write(const unsigned char* data, std::uint32_t size) {
+  return ZipWriteEntry(writer_, data, size) == 0;
+}
+
+bool ArchiveWriter::finish() { return ZipCloseNewEntry(writer_) == 0; }
+
+void ArchiveWriter::cancel() { ZipCancelNewEntry(writer_); }
+
+bool ArchiveWriter::copy(ArchiveReader& from) {
+  return ZipCopyEntry(writer_, from.reader_.get()) == 0;
+}
+
+ArchiveWriter::Commit ArchiveWriter::commit(const char* globalComment) {
+  const int status = ZipCloseWriter(std::exchange(writer_, nullptr), globalComment);
+  if (status == 0) return Commit::Complete;
+  return status > 0 ? Commit::Partial : Commit::Failed;
+}
+
+}  // namespace zip

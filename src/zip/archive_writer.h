@@ -1,0 +1,79 @@
+#pragma once
+// Writing an archive through the zip engine.
+
+#include <cstdint>
+#include <string>
+
+#include "platform/win32.h"
+
+struct ZipWriter;
+
+namespace zip {
+
+class ArchiveReader;
+
+// CRC-32 (ISO 3309) of data that arrive in pieces.
+class Crc32 {
+ public:
+  Crc32();
+  void add(const unsigned char* data, std::uint32_t size);
+  std::uint32_t value() const { return value_; }
+
+ private:
+  std::uint32_t value_;
+};
+
+// The description of an entry that is to be written.
+struct NewEntry {
+  std::string name;     // as stored, at most kLongestName bytes
+  const char* comment;  // not null
+  SYSTEMTIME time;
+  DWORD attributes;
+  const char* password;  // null for none
+  std::uint32_t crc;     // of the whole content if there is a password, else that of no data
+};
+
+// An archive open for writing. The file keeps its former content until commit(). An entry is
+// written by begin(), write() and finish().
+class ArchiveWriter {
+ public:
+  enum class Mode {
+    Create,  // a new archive, in the place of an existing file
+    Append,  // an archive, or a file without bytes
+  };
+  enum class Commit {
+    Complete,
+    Partial,  // the disk had space for the first entries only; the others are missing
+    Failed,   // the file is byte for byte unchanged, and empty in the mode Create
+  };
+
+  ArchiveWriter(const char* path, Mode mode);
+  ArchiveWriter(const ArchiveWriter&) = delete;
+  ArchiveWriter& operator=(const ArchiveWriter&) = delete;
+  // Commits if commit() was not called.
+  ~ArchiveWriter();
+
+  // False if the file could not be opened, or, in the mode Append, is no archive.
+  explicit operator bool() const { return writer_ != nullptr; }
+
+  // Begins an entry. False if it cannot be written, as with a name that is too long.
+  bool begin(const NewEntry& entry);
+  // Appends to the entry's content. After a failure finish() fails too.
+  bool write(const unsigned char* data, std::uint32_t size);
+  // Completes the entry. On failure the archive does not get it.
+  bool finish();
+  // Drops the entry that was begun.
+  void cancel();
+
+  // Copies a reader's current entry as it is stored: data, time, attributes, extra fields, comment.
+  // On failure the archive does not get it.
+  bool copy(ArchiveReader& from);
+
+  // Ends the archive with its directory and closes it. A null comment keeps the archive's comment.
+  Commit commit(const char* globalComment);
+
+ private:
+  ZipWriter* writer_;
+};
+
+}  // namespace zip

@@ -1,0 +1,24 @@
+#pragma once
+// Temporary files, deleted with their objects.
+
+#include "platform/win32.h"
+
+namespace zip {
+
+// An empty file with a new name in the system's temporary folder.
+class TemporaryFile {
+ public:
+  TemporaryFile();
+  TemporaryFile(const TemporaryFile&) = delete;
+  TemporaryFile& operator=(const TemporaryFile&) = delete;
+  ~TemporaryFile();
+
+  // True if the file could be created.
+  explicit operator bool() const { return path_[0] != '\0'; }
+  const char* path() const { return path_; }
+
+ private:
+  char path_[MAX_PATH + 1] = {};
+};
+
+}  // namespace zip
