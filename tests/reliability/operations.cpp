@@ -59,7 +59,7 @@ const Operation kOperations[] = {
      false, false, true},
     {"insert much",
      [](const std::string& folder) {
-       return opened(folder, kReadWrite).insert(bytesOf(noise(7000)), "new", "", 0) == 1;
+       return opened(folder, kReadWrite).insert(bytesOf(noise(70000)), "new", "", 0) == 1;
      }},
     {"replace",
      [](const std::string& folder) {

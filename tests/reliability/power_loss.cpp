@@ -73,7 +73,9 @@ class UncertainFile {
   void addBlock(const FileHistory& history, std::size_t number) {
     Block block{.position = number * kBlock, .whole = 0, .bytes = {}};
     for (const std::string& content : history) {
-      addDistinct(block.bytes, blockOf(content, number));
+      // A truncation discards whole blocks and does not write them.
+      const bool discarded = content.size() <= block.position && !block.bytes.empty();
+      if (!discarded) addDistinct(block.bytes, blockOf(content, number));
     }
     block.whole = block.bytes.size();
     for (std::size_t i = 1; i < block.whole; ++i) {

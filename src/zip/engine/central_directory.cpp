@@ -6,8 +6,8 @@
 //            ^ base                      ^ base + offset     ^ end
 //
 // A directory that is taken for the right one by mistake would hide entries, and a writer would
-// destroy them. So only the last end record of the file counts, as in other programs, and its
-// directory is used only if
+// destroy them. So only the last end record of the file counts, as in other programs, or one that
+// only an interrupted append follows (interrupted_append.h), and its directory is used only if
 //
 // - it consists of exactly as many records as the end record says, in exactly as many bytes;
 // - it directly precedes the end record, or is where the offset says without a prefix (an append
@@ -27,6 +27,7 @@
 #include "zip/engine/end_record.h"
 #include "zip/engine/entry_name.h"
 #include "zip/engine/extra_field.h"
+#include "zip/engine/interrupted_append.h"
 #include "zip/engine/local_header.h"
 
 namespace zip_engine {
@@ -152,10 +153,16 @@ bool readCentralDirectory(const ArchiveFile& file, CentralDirectory& directory) 
   if (!file.readAt(tail.position, tail.bytes.data(), tail.bytes.size())) return false;
   EndRecord end;
   const std::optional<std::size_t> at = findLastEndRecord(tail);
-  if (!at || !readEndRecord(file, tail, *at, end) || !proveDirectory(file, end, directory)) {
-    return false;
-  }
-  directory.comment = std::move(end.comment);
+  const bool proved =
+      at && readEndRecord(file, tail, *at, end) && proveDirectory(file, end, directory);
+  if (proved) directory.comment = std::move(end.comment);
+  if (proved && !lacksSector(directory)) return true;
+  CentralDirectory before;
+  const auto prove = [&](const EndRecord& candidate, CentralDirectory& result) {
+    return proveDirectory(file, candidate, result);
+  };
+  if (!readInterruptedAppend(file, tail, prove, before)) return proved;
+  directory = std::move(before);
   return true;
 }
 

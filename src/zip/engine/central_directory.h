@@ -53,7 +53,8 @@ struct CentralRecord {
 CentralRecord recordAt(const CentralDirectory& directory, std::size_t offset);
 
 // Reads the directory that the last end record of the file refers to, if it is proved to be that of
-// the whole file. Returns false otherwise; then `directory` is unspecified.
+// the whole file, or the one that was there before an interrupted append. Returns false otherwise;
+// then `directory` is unspecified.
 bool readCentralDirectory(const ArchiveFile& file, CentralDirectory& directory);
 
 }  // namespace zip_engine

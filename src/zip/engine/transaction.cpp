@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "zip/engine/end_record.h"
+#include "zip/engine/interrupted_append.h"
 
 namespace zip_engine {
 namespace {
@@ -87,6 +88,8 @@ bool Transaction::backUp(std::uint64_t end) {
   return false;
 }
 
+// The backup shares no page with the bytes before `end`: the truncation that commits the append
+// zeroes the rest of its last page, and that may reach the disk before the new size.
 bool Transaction::writeBackup(std::uint64_t end) {
   const auto endRecordsFor = [&](std::uint64_t directory) {
     Bytes bytes;
@@ -108,13 +111,16 @@ bool Transaction::writeBackup(std::uint64_t end) {
   // First an end record that refers to the directory that is there, then the copy, then the end
   // record that refers to the copy, so that a kill between two of them leaves a sound end record.
   // With the zip64 records they have one size wherever the directory is.
-  const std::uint64_t endRecord = nextPage(end + before_.blob.size());
+  const std::uint64_t endRecord = nextPage(nextPage(end) + before_.blob.size());
   const std::uint64_t copy = endRecord - before_.blob.size();
   const Bytes far = endRecordsFor(safeDirectory_);
   const Bytes near = endRecordsFor(copy);
   if (far.size() == near.size() && !file_.writeAt(endRecord, far.data(), far.size())) return false;
-  return file_.writeAt(copy, before_.blob.data(), before_.blob.size()) &&
-         file_.writeAt(endRecord, near.data(), near.size()) && writtenAt(copy);
+  // After a power failure the end record of the archive is not searched farther back than that.
+  const bool isReachable = endRecord + far.size() - safeDirectory_ <= kLongestInterruption;
+  return (isReachable || sync()) && file_.writeAt(copy, before_.blob.data(), before_.blob.size()) &&
+         (isReachable || sync()) && file_.writeAt(endRecord, near.data(), near.size()) &&
+         writtenAt(copy);
 }
 
 bool Transaction::sync() { return !durable_ || file_.sync(); }
