@@ -67,6 +67,19 @@ class FailingCalls : public testing::TestWithParam<Operation> {
   }
   ~FailingCalls() override { unsetenv("TMPDIR"); }
 
+  // Deletes the temporary files of a call that succeeded all the same: the system call that failed
+  // was one that was to delete them.
+  void deleteTemporaryFiles() {
+    for (const std::string& folder : {temporary_, work_}) {
+      std::vector<std::filesystem::path> found;
+      for (const auto& item : std::filesystem::recursive_directory_iterator(folder)) {
+        const std::string name = item.path().filename().string();
+        if (name.starts_with("~") && name.ends_with(".TMP")) found.push_back(item.path());
+      }
+      for (const auto& path : found) std::filesystem::remove(path);
+    }
+  }
+
   // The same path for each run.
   void prepareAnew() {
     std::filesystem::remove_all(work_);
@@ -79,9 +92,10 @@ class FailingCalls : public testing::TestWithParam<Operation> {
   std::string work_ = folder_.file("work/");
 };
 
-// A file that is left because of all calls the one failed that was to remove it.
+// Reports whether a file is left because the call failed that was to delete it.
 bool removalFailed(const std::string& call) {
-  return call.starts_with("unlink") || call.starts_with("lstat ") || call.starts_with("rmdir ");
+  return call.starts_with("unlink") || call.starts_with("lstat ") || call.starts_with("rmdir ") ||
+         (call.starts_with("openat ") && call.ends_with(".lock"));
 }
 
 TEST_P(FailingCalls, SucceedOrLeaveAllAsItWas) {
@@ -122,11 +136,10 @@ TEST_P(FailingCalls, SucceedOrLeaveAllAsItWas) {
                    (success ? ", success" : ", failure"));
       EXPECT_EQ(support::openDescriptors(), descriptors);
       if (fault == Fault::OneCall && removalFailed(failed)) {
-        for (const auto& item : std::filesystem::directory_iterator(temporary_)) {
-          std::filesystem::remove(item.path());
-        }
+        deleteTemporaryFiles();
         continue;
       }
+      if (fault == Fault::OneCall && success) deleteTemporaryFiles();
       EXPECT_TRUE(std::filesystem::is_empty(temporary_));
       auto now = contentsOf(work_, true);
       // What a storage cannot list it cannot clear.
