@@ -5,11 +5,12 @@
 #include <filesystem/zip.h>
 #include <filesystem/zip_archive.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
 #include "path/with_backslash.h"
-#include "platform/file_identity.h"
+#include "platform/new_version.h"
 #include "zip/archive_reader.h"
 #include "zip/archive_writer.h"
 #include "zip/entry_names.h"
@@ -18,34 +19,37 @@
 
 namespace {
 
-bool isSameFile(const char* a, const char* b) {
-  platform::FileIdentity first;
-  platform::FileIdentity second;
-  return platform::fileIdentity(a, first) && platform::fileIdentity(b, second) && first == second;
-}
-
-// Adds the files, named by their paths below `folder`, up to the first one that fails.
+// Adds the files, named by their paths below `folder`. False at the first one that fails.
 bool addFiles(zip::ArchiveWriter& writer, const std::vector<std::string>& files,
-              const std::string& folder, const char* archive) {
-  for (const std::string& file : files) {
+              const std::string& folder) {
+  return std::all_of(files.begin(), files.end(), [&](const std::string& file) {
     const std::string name = zip::storedName(FileSystem::subPath(folder, file));
-    if (zip::addFile(writer, file.c_str(), name, "", nullptr)) continue;
-    // The archive that is being written is not packed into itself.
-    if (!isSameFile(file.c_str(), archive)) return false;
-  }
-  return true;
+    return zip::addFile(writer, file.c_str(), name, "", nullptr);
+  });
 }
 
 }  // namespace
 
+// An existing archive keeps its content until the new one is complete. It is locked before the
+// files are listed, so that an archive that lies in the folder is not packed into the new one.
 bool FRT_ZIP_FOLDER(const char* folder, const char* zip) {
+  platform::NewVersion version(zip);
+  if (!version) return false;
   const std::string base = FileSystem::Detail::withBackslash(folder);
   std::vector<std::string> files;
   FileSystem::EnumFilesWithPath(files, base.c_str(), "*.*", true);
-  zip::ArchiveWriter writer(zip, zip::ArchiveWriter::Mode::Create);
+
+  using Commit = zip::ArchiveWriter::Commit;
+  zip::ArchiveWriter writer(version.create().c_str(), zip::ArchiveWriter::Mode::Create);
   if (!writer) return false;
-  const bool complete = addFiles(writer, files, base, zip);
-  return writer.commit(nullptr) == zip::ArchiveWriter::Commit::Complete && complete;
+  const bool allAdded = addFiles(writer, files, base);
+  const Commit result = writer.commit(nullptr);
+  if (result == Commit::Failed) {
+    if (version.isFirst()) DeleteFileA(zip);
+    return false;
+  }
+  // An archive that lacks the last files replaces the old one too.
+  return version.putInPlace() && allAdded && result == Commit::Complete;
 }
 
 bool FRT_UNZIP_FILE(const char* zip, const char* folder) {

@@ -7,15 +7,12 @@
 #include <cstdio>
 
 namespace platform::native {
-namespace {
 
 std::string temporaryNameFor(const struct stat& old) {
   char name[40];
   std::snprintf(name, sizeof(name), ".~copy%llx.tmp", static_cast<unsigned long long>(old.st_ino));
   return name;
 }
-
-}  // namespace
 
 ReplacementFile::ReplacementFile(int directory, const struct stat& old, mode_t mode)
     : directory_(directory), temporaryName_(temporaryNameFor(old)) {

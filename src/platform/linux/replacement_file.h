@@ -9,6 +9,9 @@
 
 namespace platform::native {
 
+// The name that the replacement of a file with the status `old` has for an instant.
+std::string temporaryNameFor(const struct stat& old);
+
 // The file has no name until then where the file system supports that (O_TMPFILE), and is deleted
 // with its object if it never gets one. A link needs a free name before a rename can put it in
 // place, so for an instant the file is called `.~copyINODE.tmp`, after the inode it replaces. That

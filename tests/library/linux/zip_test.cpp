@@ -9,6 +9,7 @@
 
 #include <csignal>
 #include <cstdio>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -144,6 +145,41 @@ TEST_F(ZipOnLinux, ExtractionFollowsNoLinksThatAreSwappedIn) {
   for (int round = 0; round < 300; ++round) FRT_UNZIP_FILE(path_.c_str(), out_.c_str());
   swapper.kill();
   EXPECT_EQ(support::outputOf(folder_.path(), "ls outside; cat outside/file"), "file\nuntouched");
+}
+
+// The archive is in the folder that it is made of, so what a killed process leaves is there too.
+TEST_F(ZipOnLinux, PackingKeepsTheOldArchiveUntilTheNewOneIsComplete) {
+  path_ = folder_.file("in/a.zip");
+  support::writeFile(folder_.file("in/small"), "x");
+  ASSERT_TRUE(FRT_ZIP_FOLDER(in_.c_str(), path_.c_str()));
+  std::filesystem::permissions(path_, std::filesystem::perms(0640));
+  std::string content(3 << 20, '\0');
+  std::minstd_rand random(1);
+  for (char& c : content) c = static_cast<char>(random() >> 8);
+  support::writeFile(folder_.file("in/large"), content);
+  const auto packWithLimit = [&](void (*onLimit)(int)) {
+    support::ForkedProcess process([&](const auto&) {
+      std::signal(SIGXFSZ, onLimit);
+      const rlimit limit{2 << 20, 2 << 20};
+      setrlimit(RLIMIT_FSIZE, &limit);
+      return FRT_ZIP_FOLDER(in_.c_str(), path_.c_str()) ? 1 : 0;
+    });
+    return process.wait();
+  };
+  const auto list = [&] { return support::outputOf(in_, "unzip -Z1 a.zip | sort | tr '\\n' ' '"); };
+
+  constexpr int kKilled = -1;
+  EXPECT_EQ(packWithLimit(SIG_DFL), kKilled);
+  EXPECT_EQ(list(), "small ");
+  EXPECT_TRUE(FRT_ZIP_FOLDER(in_.c_str(), path_.c_str()));
+  EXPECT_EQ(list(), "large small ");
+  EXPECT_EQ(support::outputOf(in_, "ls -A; stat -c %a a.zip"), "a.zip\nlarge\nsmall\n640\n");
+
+  // A file that fails ends the call. The files before it are in the archive that is left.
+  constexpr int kFailed = 0;
+  EXPECT_EQ(packWithLimit(SIG_IGN), kFailed);
+  EXPECT_EQ(list().find("large"), std::string::npos);
+  EXPECT_EQ(support::outputOf(in_, "ls -A"), "a.zip\nlarge\nsmall\n");
 }
 
 // What a process leaves that is killed between naming a rewritten archive and
