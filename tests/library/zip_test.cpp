@@ -1,3 +1,4 @@
+#include <filesystem/files.h>
 #include <filesystem/zip.h>
 #include <filesystem/zip_archive.h>
 #include <gtest/gtest.h>
@@ -20,6 +21,20 @@ constexpr unsigned int kRead = GENERIC_READ;
 constexpr unsigned int kReadWrite = GENERIC_READ | GENERIC_WRITE;
 
 std::vector<unsigned char> bytesOf(const std::string& text) { return {text.begin(), text.end()}; }
+
+// Prints what a foreign program reads of the archive: its comment, and of each entry all fields and
+// the content.
+constexpr const char* kDescribe = R"(python3 -c '
+import struct, zipfile
+z = zipfile.ZipFile("a.zip")
+print("comment", z.comment)
+for i in z.infolist():
+    z.fp.seek(i.header_offset + 26)
+    name, extra = struct.unpack("<HH", z.fp.read(4))
+    local = z.fp.read(name + extra)[name:]
+    print(i.filename, i.date_time, i.compress_type, i.comment, i.extra, local, i.create_system,
+          i.create_version, i.extract_version, i.internal_attr, i.external_attr, hex(i.CRC),
+          i.flag_bits & ~8, z.open(i, pwd=b"secret").read()[:20])')";
 
 class Zip : public testing::Test {
  protected:
@@ -60,8 +75,9 @@ TEST_F(Zip, Lifecycle) {
   EXPECT_STREQ(archive.fileName(), path_.c_str());
   EXPECT_EQ(archive.access(), kReadWrite);
   EXPECT_EQ(archive.empty(), 1);
-  // Held for itself alone, also against its own creation anew.
+  // Opened exclusively, which also keeps it from being created again.
   EXPECT_EQ(ZipArchive().open(path_.c_str(), kRead), 0);
+  EXPECT_EQ(FileSystem::FileExists(path_.c_str()), 0);
   EXPECT_EQ(archive.create(path_.c_str(), 0), 0);
   EXPECT_EQ(archive.canWrite(), 1);
   EXPECT_EQ(archive.insert(bytesOf("x"), "x", "", 0), 1);
@@ -71,40 +87,51 @@ TEST_F(Zip, Lifecycle) {
   EXPECT_EQ(copy.close(), 1);
   EXPECT_EQ(archive.canRead(), 0);
   EXPECT_EQ(archive.exist("x"), 0);
+  EXPECT_EQ(archive.empty(), 1);
+  EXPECT_STREQ(archive.fileName(), path_.c_str());
+  EXPECT_EQ(archive.access(), kReadWrite);
 
   EXPECT_EQ(archive.open(path_.c_str(), kRead), 1);
   EXPECT_EQ(archive.canWrite(), 0);
   EXPECT_EQ(archive.insert(bytesOf("y"), "y", "", 0), 0);
   EXPECT_EQ(archive.remove("x"), 0);
-  // Readers share, writers wait outside.
+  EXPECT_EQ(FileSystem::FileExists(path_.c_str()), 1);
+  // Readers share the file; a writer cannot open it.
   EXPECT_EQ(ZipArchive().open(path_.c_str(), kRead), 1);
   EXPECT_EQ(ZipArchive().open(path_.c_str(), kReadWrite), 0);
   EXPECT_EQ(ZipArchive::isZip(path_.c_str()), 1);
   support::writeFile(folder_.file("text"), "P");
   EXPECT_EQ(ZipArchive::isZip(folder_.file("text").c_str()), 0);
+  EXPECT_EQ(archive.open(folder_.file("text").c_str(), kRead), 1);
+  EXPECT_EQ(archive.empty(), 1);
+  // No archive can be created in a missing folder.
+  EXPECT_EQ(archive.create(folder_.file("missing/a.zip").c_str(), 1), 0);
+  EXPECT_EQ(archive.fileName(), nullptr);
 }
 
 TEST_F(Zip, ListingAndLookup) {
   ASSERT_EQ(support::run(folder_.path(),
-                         "mkdir -p in/sub && echo f >in/sub/f && "
-                         "printf 'words\\n\\n' | zip -qrc a.zip in"),
+                         "mkdir -p in/sub && echo f >in/sub/f && echo g >in/g && "
+                         "printf '\\n\\nwords\\n' | zip -qc a.zip in in/sub in/sub/f && "
+                         "zip -qg a.zip in/g"),
             0);
-  EXPECT_EQ(names(), (Names{"in/", "in/sub/", "in/sub/f"}));
+  EXPECT_EQ(names(), (Names{"in/", "in/sub/", "in/sub/f", "in/g"}));
   ZipArchive archive;
   archive.open(path_.c_str(), kRead);
-  std::vector<std::pair<std::string, std::string>> entries;
+  std::vector<std::pair<std::string, std::string>> entries{{"before", ""}};
   EXPECT_EQ(archive.content(entries), 1);
-  ASSERT_EQ(entries.size(), 1U);
-  EXPECT_EQ(entries[0].first, "in/sub/f");
+  EXPECT_EQ(entries, (std::vector<std::pair<std::string, std::string>>{
+                         {"before", ""}, {"in/sub/f", "words"}, {"in/g", ""}}));
   EXPECT_EQ(archive.exist("in/sub/f"), 1);
   EXPECT_EQ(archive.exist("IN/SUB/F"), 0);
+  EXPECT_EQ(archive.exist(""), 0);
+  EXPECT_EQ(archive.empty(), 0);
   std::vector<unsigned char> bytes = bytesOf("kept");
   EXPECT_EQ(archive.extract("missing", bytes), 0);
   EXPECT_EQ(bytes, bytesOf("kept"));
-  EXPECT_EQ(archive.empty(), 0);
 }
 
-TEST_F(Zip, InsertionReplacesOnlyWhenTold) {
+TEST_F(Zip, InsertionReplacesOnlyOnRequest) {
   make({"a", "b"});
   ZipArchive archive;
   archive.open(path_.c_str(), kReadWrite);
@@ -115,8 +142,17 @@ TEST_F(Zip, InsertionReplacesOnlyWhenTold) {
   EXPECT_EQ(contentOf("a"), "new");
   EXPECT_EQ(contentOf("b"), "b");
 
+  // A source that is missing: the old entry is removed all the same, unless it is the only one.
+  const std::string missing = folder_.file("missing");
+  archive.open(path_.c_str(), kReadWrite);
+  EXPECT_EQ(archive.insert(missing.c_str(), "b", nullptr, 0), 0);
+  EXPECT_EQ(archive.exist("b"), 1);
+  EXPECT_EQ(archive.insert(missing.c_str(), "b", nullptr, 1), 0);
+  EXPECT_EQ(archive.insert(missing.c_str(), "a", nullptr, 1), 0);
+  archive.close();
+  EXPECT_EQ(names(), Names{"a"});
+
   // The only entry of an archive.
-  make({"a"});
   archive.open(path_.c_str(), kReadWrite);
   EXPECT_EQ(archive.insert(bytesOf("second"), "a", "", 1), 1);
   archive.close();
@@ -125,31 +161,56 @@ TEST_F(Zip, InsertionReplacesOnlyWhenTold) {
   EXPECT_EQ(support::run(folder_.path(), "unzip -tqq a.zip && 7z t a.zip"), 0);
 }
 
-TEST_F(Zip, InsertionFromAFile) {
+// What other programs read of entries from bytes and from files.
+TEST_F(Zip, InsertedEntries) {
+  const support::TwoHoursEast zone;
   make({"first"});
+  std::string words;
+  std::minstd_rand random(1);
+  for (int i = 0; i < 50000; ++i) words += "word " + std::to_string(random() % 500) + ' ';
   const std::string source = folder_.file("source.txt");
-  support::writeFile(source, std::string(300000, 'x'));
-  support::setWriteTime(source, 1600000000);
+  support::writeFile(source, words);
+  support::setWriteTime(source, 1600000001);
+  support::writeFile(folder_.file("empty"), "");
   ZipArchive archive;
   archive.open(path_.c_str(), kReadWrite);
+  EXPECT_EQ(archive.insert(source.c_str(), "plain", "remark", 0), 1);
+  EXPECT_EQ(archive.insert(bytesOf(""), "empty", "", 0), 1);
   archive.password("secret");
-  EXPECT_EQ(archive.insert(source.c_str(), "in\\it", "remark", 0), 1);
+  EXPECT_EQ(archive.insert(source.c_str(), "in\\it", nullptr, 0), 1);
   EXPECT_EQ(archive.insert(source.c_str(), nullptr, nullptr, 0), 1);
+  EXPECT_EQ(archive.insert(folder_.file("empty").c_str(), "", nullptr, 0), 1);
   const std::string before = (archive.close(), support::readFile(path_));
   archive.open(path_.c_str(), kReadWrite);
   EXPECT_EQ(archive.insert(folder_.file("missing").c_str(), "m", nullptr, 0), 0);
   EXPECT_EQ(archive.insert(folder_.name().c_str(), "folder", nullptr, 1), 0);
+  EXPECT_EQ(archive.insert(bytesOf("x"), "comment", std::string(65536, 'c'), 0), 0);
   archive.close();
   EXPECT_TRUE(support::readFile(path_) == before);
-  EXPECT_EQ(names(), (Names{"first", "in\\it", source}));
-  EXPECT_EQ(contentOf("in\\it", "secret").size(), 300000U);
+  EXPECT_EQ(names(), (Names{"first", "plain", "empty", "in\\it", source, folder_.file("empty")}));
+  EXPECT_EQ(contentOf("plain"), words);
+  EXPECT_EQ(contentOf("in\\it", "secret"), words);
   EXPECT_EQ(contentOf("in\\it", "wrong"), "<nothing>");
   EXPECT_EQ(contentOf("in\\it"), "<nothing>");
-  EXPECT_EQ(support::outputOf(folder_.path(),
-                              "TZ=UTC python3 -c 'import zipfile;"
-                              " i = zipfile.ZipFile(\"a.zip\").getinfo(\"in\\\\it\");"
-                              " print(i.date_time, i.comment, i.external_attr)'"),
-            "(2020, 9, 13, 12, 26, 40) b'remark' 32\n");
+  // Files have local times, and bytes the present time in UTC. Content is deflated
+  // where that pays, at the default level.
+  const std::string hour = std::to_string(12 + static_cast<int>(zone.seconds()) / 3600);
+  const std::string fileTime = "(2020, 9, 13, " + hour + ", 26, 40)";
+  EXPECT_EQ(support::outputOf(folder_.path(), R"(python3 -c '
+import datetime, zipfile, zlib
+z = zipfile.ZipFile("a.zip")
+now = datetime.datetime.now(datetime.timezone.utc).replace(tzinfo=None)
+size = len(zlib.compress(z.read("plain"), 6))
+for i in z.infolist():
+    age = now - datetime.datetime(*i.date_time)
+    time = i.date_time if i.date_time[0] == 2020 else abs(age) < datetime.timedelta(minutes=5)
+    small = i.file_size < 10 or i.compress_size < size * 1.06
+    print(time, i.comment, i.external_attr, i.compress_type, i.extract_version, small, i.CRC == 0)
+')"),
+            "True b'note of first' 0 0 10 True False\n" + fileTime +
+                " b'remark' 32 8 20 True False\n" + "True b'' 0 0 10 True True\n" + fileTime +
+                " b'' 32 8 20 True False\n" + fileTime + " b'' 32 8 20 True False\n" +
+                (zone.seconds() == 0 ? "True" : "False") + " b'' 32 0 20 True True\n");
 }
 
 TEST_F(Zip, InsertionIntoWhatIsNoArchive) {
@@ -192,17 +253,57 @@ TEST_F(Zip, Removal) {
   archive.open(path_.c_str(), kReadWrite);
   EXPECT_EQ(archive.remove("missing"), 0);
   EXPECT_EQ(archive.remove("b"), 1);
-  archive.close();
-  EXPECT_EQ(names(), (Names{"a", "c"}));
-  EXPECT_EQ(support::run(folder_.path(), "unzip -tqq a.zip && 7z t a.zip"), 0);
-  archive.open(path_.c_str(), kReadWrite);
   EXPECT_EQ(archive.remove("c"), 1);
-  archive.close();
-  const std::string one = support::readFile(path_);
+  const std::string one = (archive.close(), support::readFile(path_));
+  EXPECT_EQ(names(), Names{"a"});
   archive.open(path_.c_str(), kReadWrite);
   EXPECT_EQ(archive.remove("a"), 0);
   archive.close();
   EXPECT_TRUE(support::readFile(path_) == one);
+
+  // An entry that cannot be copied, because its local header is damaged.
+  make({"a", "b", "c"});
+  std::string damaged = support::readFile(path_);
+  damaged[0] = 'X';
+  support::writeFile(path_, damaged);
+  archive.open(path_.c_str(), kReadWrite);
+  EXPECT_EQ(archive.remove("b"), 0);
+  archive.close();
+  EXPECT_TRUE(support::readFile(path_) == damaged);
+}
+
+// An archive by another program, with everything that the format can say about an entry.
+TEST_F(Zip, OtherEntriesKeepAllFields) {
+  ASSERT_EQ(
+      support::run(folder_.path(), R"(printf 'secret data' >coded && zip -qP secret a.zip coded
+python3 -c '
+import struct, zipfile
+z = zipfile.ZipFile("a.zip", "a")
+z.comment = b"the archive"
+for number, name in enumerate(("full", "other", "dropped")):
+    i = zipfile.ZipInfo(name, (1990 + number, 2, 3, 4, 5, 6))
+    i.compress_type = 8 * (number & 1)
+    i.comment = b"note"
+    i.extra = struct.pack("<HH2s", 0x7777, 2, b"ex")
+    i.create_system, i.create_version = 3, 63
+    i.internal_attr, i.external_attr = 1, 0o100640 << 16
+    z.writestr(i, name * 100)
+z.close()')"),
+      0);
+  const auto describe = [&] { return support::outputOf(folder_.path(), kDescribe); };
+  const std::string before = describe();
+  ASSERT_NE(before.find("b'the archive'"), std::string::npos);
+  ZipArchive archive;
+  archive.open(path_.c_str(), kReadWrite);
+  EXPECT_EQ(archive.remove("dropped"), 1);
+  archive.close();
+  const std::string after = before.substr(0, before.find("dropped ("));
+  EXPECT_EQ(describe(), after);
+  archive.open(path_.c_str(), kReadWrite);
+  EXPECT_EQ(archive.insert(bytesOf("new"), "new", "", 0), 1);
+  archive.close();
+  EXPECT_EQ(describe().find(after), 0U);
+  EXPECT_EQ(names(), (Names{"coded", "full", "other", "new"}));
 }
 
 // A name that does not fit the library's buffers is no other entry's name.
@@ -215,6 +316,10 @@ TEST_F(Zip, LongNamesStayApart) {
   ZipArchive archive;
   archive.open(path_.c_str(), kReadWrite);
   EXPECT_EQ(archive.exist((stem + std::string(40, 'n')).c_str()), 0);
+  EXPECT_EQ(archive.exist(stem.c_str()), 1);
+  Names listed;
+  EXPECT_EQ(archive.enumerate(listed), 1);
+  EXPECT_EQ(listed, (Names{stem.substr(1), stem, stem}));
   EXPECT_EQ(archive.remove(stem.substr(0, 259).c_str()), 1);
   const std::string before = (archive.close(), support::readFile(path_));
   support::writeFile(folder_.file("source"), "x");
@@ -243,7 +348,7 @@ TEST_F(Zip, ExtractionToFiles) {
   support::writeFile(folder_.file("out/a"), "an older and longer text");
   ZipArchive archive;
   archive.open(path_.c_str(), kRead);
-  EXPECT_EQ(archive.extract(Names{"a", "missing", "sub\\b", "c/d"}, out.c_str()), 1);
+  EXPECT_EQ(archive.extract(Names{"a", "sub\\b", "c/d", "missing"}, out.c_str()), 1);
   EXPECT_EQ(support::readFile(folder_.file("out/a")), "a");
   EXPECT_EQ(support::readFile(folder_.file("out/sub/b")), "sub\\b");
   EXPECT_EQ(support::readFile(folder_.file("out/c/d")), "c/d");
@@ -255,6 +360,35 @@ TEST_F(Zip, ExtractionToFiles) {
   EXPECT_EQ(archive.extract("a", readOnly.c_str()), 0);
   EXPECT_EQ(support::readFile(readOnly), "old");
   EXPECT_EQ(archive.extract(Names{"missing"}, out.c_str()), 0);
+}
+
+// Content that its CRC does not confirm: nothing is delivered of it.
+TEST_F(Zip, DamagedEntriesAreNotExtracted) {
+  for (const std::string& content : {std::string(), std::string(1000, 'x')}) {
+    SCOPED_TRACE(content.size());
+    ZipArchive archive;
+    ASSERT_EQ(archive.create(path_.c_str(), 1), 1);
+    ASSERT_EQ(archive.insert(bytesOf(content), "e", "", 0), 1);
+    archive.close();
+    const std::string target = folder_.file("target");
+    std::vector<unsigned char> bytes = bytesOf("old");
+    archive.open(path_.c_str(), kRead);
+    EXPECT_EQ(archive.extract("e", target.c_str()), 1);
+    EXPECT_EQ(support::readFile(target), content);
+    EXPECT_EQ(archive.extract("e", bytes), content.empty() ? 0 : 1);
+    EXPECT_EQ(bytes, bytesOf(content));
+    archive.close();
+
+    std::string damaged = support::readFile(path_);
+    damaged[damaged.find("PK\1\2") + 16] ^= 1;  // the CRC
+    support::writeFile(path_, damaged);
+    bytes = bytesOf("old");
+    archive.open(path_.c_str(), kRead);
+    EXPECT_EQ(archive.extract("e", folder_.file("fresh").c_str()), 0);
+    EXPECT_FALSE(support::exists(folder_.file("fresh")));
+    EXPECT_EQ(archive.extract("e", bytes), 0);
+    EXPECT_TRUE(bytes.empty());
+  }
 }
 
 // Entries that are not held in memory: stored ones, and deflated ones beyond the
@@ -355,7 +489,6 @@ TEST_F(ZipFolders, HostileNamesStayInside) {
   }
 }
 
-// Entries that stand one over the other, by the names of other programs.
 TEST_F(ZipFolders, FirstFailureEndsTheWalk) {
   ASSERT_EQ(support::run(folder_.path(),
                          "mkdir in && echo 1 >in/a && echo 2 >in/b && echo 3 >in/c"
