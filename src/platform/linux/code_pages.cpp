@@ -6,7 +6,7 @@
 #include <string_view>
 
 #include "platform/linux/last_error.h"
-#include "platform/linux/utf8.h"
+#include "platform/utf8.h"
 #include "platform/linux/win32_linux.h"
 
 namespace platform::native {

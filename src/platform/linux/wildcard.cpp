@@ -1,6 +1,6 @@
 #include "platform/linux/wildcard.h"
 
-#include "platform/linux/utf8.h"
+#include "platform/utf8.h"
 
 namespace platform::native {
 namespace {

@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <string_view>
 
-namespace platform::native {
+namespace platform {
 
 // An ill-formed byte counts as the character at this base plus the byte: one of
 // U+DC80 to U+DCFF, which well-formed text never holds.
@@ -36,4 +36,4 @@ inline char32_t takeUtf8(std::string_view& text) {
   return value;
 }
 
-}  // namespace platform::native
+}  // namespace platform
