@@ -1,17 +1,17 @@
 #pragma once
-// Reading UTF-8 (RFC 3629) that may be ill-formed.
+// Decoding and validating UTF-8 (RFC 3629).
 
 #include <cstddef>
 #include <string_view>
 
 namespace platform {
 
-// An ill-formed byte counts as the character at this base plus the byte: one of
-// U+DC80 to U+DCFF, which well-formed text never holds.
+// An ill-formed byte is decoded as this base plus the byte: one of U+DC80 to U+DCFF, which
+// well-formed text never holds.
 inline constexpr char32_t kIllFormedBase = 0xDC00;
 
-// Takes a well-formed sequence off the front of a text that is not empty, or one
-// byte that is none.
+// Removes one well-formed sequence, or else one ill-formed byte, from the front of a text that is
+// not empty, and returns the character.
 inline char32_t takeUtf8(std::string_view& text) {
   const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
   const unsigned char lead = byte(0);
@@ -34,6 +34,14 @@ inline char32_t takeUtf8(std::string_view& text) {
   }
   text.remove_prefix(length);
   return value;
+}
+
+inline bool isUtf8(std::string_view text) {
+  while (!text.empty()) {
+    const char32_t value = takeUtf8(text);
+    if (value >= 0xD800 && value <= 0xDFFF) return false;
+  }
+  return true;
 }
 
 }  // namespace platform

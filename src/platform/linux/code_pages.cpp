@@ -6,8 +6,8 @@
 #include <string_view>
 
 #include "platform/linux/last_error.h"
-#include "platform/utf8.h"
 #include "platform/linux/win32_linux.h"
+#include "platform/utf8.h"
 
 namespace platform::native {
 namespace {
@@ -86,7 +86,7 @@ int MultiByteToWideChar(UINT codePage, DWORD, const char* text, int length, WCHA
                         length < 0 ? std::strlen(text) + 1 : static_cast<std::size_t>(length));
   std::u16string wide;
   wide.reserve(rest.size());
-  while (!rest.empty()) appendUtf16(wide, takeUtf8(rest));
+  while (!rest.empty()) appendUtf16(wide, platform::takeUtf8(rest));
   return deliver(wide, buffer, size);
 }
 

@@ -4,6 +4,9 @@
 #include <bit>
 #include <functional>
 #include <limits>
+#include <string>
+
+#include "zip/engine/entry_name.h"
 
 namespace zip_engine {
 namespace {
@@ -40,18 +43,20 @@ std::size_t NameIndex::find(const CentralDirectory& directory, std::string_view 
   if (!lookedBefore_) {
     lookedBefore_ = true;
     std::size_t found = kNone;
+    std::string converted;
     forEachRecord(directory, [&](const CentralRecord& record, std::size_t offset) {
-      if (record.name() == name) found = offset;
+      if (oemName(record, converted) == name) found = offset;
       return found == kNone;
     });
     return found;
   }
   if (slots_.empty()) build(directory);
+  std::string converted;
   const std::size_t mask = slots_.size() - 1;
   std::size_t slot = std::hash<std::string_view>{}(name)&mask;
   for (; slots_[slot] != 0; slot = (slot + 1) & mask) {
     const std::size_t offset = slots_[slot] - 1;
-    if (recordAt(directory, offset).name() == name) return offset;
+    if (oemName(recordAt(directory, offset), converted) == name) return offset;
   }
   return kNone;
 }
@@ -59,12 +64,14 @@ std::size_t NameIndex::find(const CentralDirectory& directory, std::string_view 
 void NameIndex::build(const CentralDirectory& directory) {
   slots_.resize(std::bit_ceil(static_cast<std::size_t>(directory.entryCount) * 2 + 1));
   const std::size_t mask = slots_.size() - 1;
+  std::string converted;
+  std::string other;
   forEachRecord(directory, [&](const CentralRecord& record, std::size_t offset) {
-    const std::string_view name = record.name();
+    const std::string_view name = oemName(record, converted);
     std::size_t slot = std::hash<std::string_view>{}(name)&mask;
     for (; slots_[slot] != 0; slot = (slot + 1) & mask) {
       // The first of equal names counts; the others must not make long chains.
-      if (recordAt(directory, slots_[slot] - 1).name() == name) return true;
+      if (oemName(recordAt(directory, slots_[slot] - 1), other) == name) return true;
     }
     slots_[slot] = static_cast<std::uint32_t>(offset + 1);
     return true;

@@ -9,13 +9,13 @@
 
 namespace zip_engine {
 
-// Finds records by their exact names. The index is built when a second name is
+// Finds records by their exact names in the OEM code page. The index is built when a second name is
 // looked for, because for one a walk is cheaper.
 class NameIndex {
  public:
   static constexpr std::size_t kNone = static_cast<std::size_t>(-1);
 
-  // Offset in the blob of the first record of that name, or kNone.
+  // Returns the offset in the blob of the first record of that name, or kNone.
   std::size_t find(const CentralDirectory& directory, std::string_view name);
 
  private:

@@ -1,46 +1,63 @@
 #include "zip/engine/entry_name.h"
 
-#include <algorithm>
+#include <cstring>
+#include <optional>
 
 #include "platform/code_page.h"
+#include "platform/utf8.h"
+#include "zip/engine/codec.h"
+#include "zip/engine/cp437.h"
+#include "zip/engine/extra_field.h"
 
 namespace zip_engine {
 namespace {
 
 bool isAscii(std::string_view name) {
-  return std::all_of(name.begin(), name.end(), [](char c) { return (c & 0x80) == 0; });
+  constexpr std::uint64_t kHighBits = 0x8080808080808080;
+  std::uint64_t bits = 0;
+  for (; name.size() >= sizeof(bits); name.remove_prefix(sizeof(bits))) {
+    std::memcpy(&bits, name.data(), sizeof(bits));
+    if ((bits & kHighBits) != 0) return false;
+  }
+  bits = 0;
+  if (!name.empty()) std::memcpy(&bits, name.data(), name.size());
+  return (bits & kHighBits) == 0;
 }
 
-// Whether a name is UTF-8 with bytes outside ASCII.
-bool isUtf8Name(const std::string& name) {
-  bool beyondAscii = false;
-  for (std::size_t i = 0; i < name.size();) {
-    const auto byte = [&](std::size_t at) {
-      return at < name.size() ? static_cast<unsigned char>(name[at]) : 0U;
-    };
-    const unsigned lead = byte(i);
-    if (lead < 0x80) {
-      ++i;
-      continue;
-    }
-    beyondAscii = true;
-    const std::size_t length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : 2;
-    if (lead < 0xC2 || lead > 0xF4) return false;
-    for (std::size_t k = 1; k < length; ++k) {
-      if ((byte(i + k) & 0xC0) != 0x80) return false;
-    }
-    // Longer than needed, a surrogate, or beyond the last code point.
-    const unsigned second = byte(i + 1);
-    if ((lead == 0xE0 && second < 0xA0) || (lead == 0xED && second > 0x9F) ||
-        (lead == 0xF0 && second < 0x90) || (lead == 0xF4 && second > 0x8F)) {
-      return false;
-    }
-    i += length;
-  }
-  return beyondAscii;
+// Returns the name in the Unicode Path extra field, if the field was made for the record's name.
+std::optional<std::string_view> unicodePath(const CentralRecord& record) {
+  constexpr std::uint16_t kId = 0x7075;
+  constexpr std::size_t kHeader = 5;  // version 1 and the CRC-32 of the name
+  const auto block = findExtraBlock(record.extra(), record.extraLength(), kId);
+  if (!block || block->size <= kHeader || block->data[0] != 1) return std::nullopt;
+  const std::string_view stored = record.name();
+  if (load32(block->data + 1) != crc32(0, stored.data(), stored.size())) return std::nullopt;
+  const std::string_view name(reinterpret_cast<const char*>(block->data) + kHeader,
+                              block->size - kHeader);
+  return platform::isUtf8(name) ? std::optional(name) : std::nullopt;
 }
 
 }  // namespace
+
+ArchiveName archiveName(const std::string& oemName) {
+  if (isAscii(oemName)) return {oemName, NameEncoding::Ascii};
+  if (GetOEMCP() == CP_UTF8) {
+    return {oemName, platform::isUtf8(oemName) ? NameEncoding::Utf8 : NameEncoding::Unknown};
+  }
+  return {platform::convertCodePage(oemName, CP_OEMCP, CP_UTF8), NameEncoding::Utf8};
+}
+
+std::string_view oemName(const CentralRecord& record, std::string& converted) {
+  const std::optional<std::string_view> unicode = unicodePath(record);
+  const std::string_view name = unicode.value_or(record.name());
+  if (isAscii(name)) return name;
+  if (GetOEMCP() == CP_UTF8) {
+    if (platform::isUtf8(name) || record.versionMadeBy() == kMadeByUnknownNames) return name;
+    return converted = utf8OfCp437(name);
+  }
+  if (!unicode && (record.flags() & kFlagUtf8) == 0) return name;
+  return converted = platform::convertCodePage(std::string(name), CP_UTF8, CP_OEMCP);
+}
 
 bool isSameName(std::string_view local, std::string_view central) {
   if (local == central) return true;
@@ -56,19 +73,6 @@ bool isSameName(std::string_view local, std::string_view central) {
     if (take(local) != take(central)) return false;
   }
   return local.empty() && central.empty();
-}
-
-ArchiveName archiveName(const std::string& oemName) {
-  if (GetOEMCP() == CP_UTF8) return {oemName, isUtf8Name(oemName)};
-  if (isAscii(oemName)) return {oemName, false};
-  return {platform::convertCodePage(oemName, CP_OEMCP, CP_UTF8), true};
-}
-
-std::string_view oemName(const CentralRecord& record, std::string& converted) {
-  const std::string_view stored = record.name();
-  const bool isOem = (record.flags() & kFlagUtf8) == 0 || GetOEMCP() == CP_UTF8;
-  if (isOem || isAscii(stored)) return stored;
-  return converted = platform::convertCodePage(std::string(stored), CP_UTF8, CP_OEMCP);
 }
 
 }  // namespace zip_engine

@@ -1,7 +1,10 @@
 #pragma once
-// Entry names. Callers of the engine give and get them in the OEM code page; an
-// archive holds a name outside ASCII as UTF-8 and flags it, so that every system
-// reads it alike. A name without the flag is taken for OEM, as it stands.
+// Entry names. Callers of the engine give and get them in the OEM code page. An archive holds a
+// name outside ASCII as UTF-8 and flags it, so that every system reads it alike.
+//
+// Other programs also write names without the flag, in the OEM code page of the machine (which is
+// code page 437 for most readers) or in UTF-8, and add the name in UTF-8 as an extra field that
+// readers prefer (APPNOTE 4.6.9).
 
 #include <string>
 #include <string_view>
@@ -10,15 +13,25 @@
 
 namespace zip_engine {
 
+enum class NameEncoding {
+  Ascii,
+  Utf8,     // to be flagged
+  Unknown,  // a name of the system that is not text; stored unchanged, with kMadeByUnknownNames
+};
+
 struct ArchiveName {
   std::string bytes;
-  bool isUtf8 = false;  // to be flagged
+  NameEncoding encoding = NameEncoding::Ascii;
 };
 
 ArchiveName archiveName(const std::string& oemName);
 
-// The name of an entry as callers get it. `converted` holds it where it is not
-// the archive's own bytes.
+// "Version made by" of entries whose name must not be converted: host Unix, whose names readers
+// leave alone, and version 1.0, which no other program writes with it.
+inline constexpr std::uint16_t kMadeByUnknownNames = 3 << 8 | 10;
+
+// Returns the name of an entry in the OEM code page. Where that is UTF-8, names in another encoding
+// are taken for code page 437. `converted` owns the name if it is not part of the record.
 std::string_view oemName(const CentralRecord& record, std::string& converted);
 
 // Reports whether the names of a local header and of a central record are those of one entry: they

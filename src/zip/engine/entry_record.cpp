@@ -62,14 +62,17 @@ void appendCentralRecord(Bytes& out, const EntryRecord& record, std::uint64_t lo
 std::uint32_t dosDateOf(const ZipDateWords& words) {
   constexpr std::uint32_t kFirstYear = 1980;
   constexpr std::uint32_t kLastYear = kFirstYear + 127;
-  if (words.year < kFirstYear) return 1 << 21 | 1 << 16;
-  const std::uint32_t year = std::min(words.year, kLastYear) - kFirstYear;
+  constexpr std::uint32_t kFirst = 1 << 21 | 1 << 16;
+  constexpr std::uint32_t kLast = 127U << 25 | 12 << 21 | 31 << 16 | 23 << 11 | 59 << 5 | 29;
+  if (words.year < kFirstYear) return kFirst;
+  if (words.year > kLastYear) return kLast;
   const std::uint32_t month = std::min<std::uint32_t>(words.month, 11) + 1;
   const std::uint32_t day = std::clamp<std::uint32_t>(words.day, 1, 31);
   const std::uint32_t hour = std::min<std::uint32_t>(words.hour, 23);
   const std::uint32_t minute = std::min<std::uint32_t>(words.minute, 59);
   const std::uint32_t second = std::min<std::uint32_t>(words.second, 59);
-  return year << 25 | month << 21 | day << 16 | hour << 11 | minute << 5 | second / 2;
+  return (words.year - kFirstYear) << 25 | month << 21 | day << 16 | hour << 11 | minute << 5 |
+         second / 2;
 }
 
 }  // namespace zip_engine

@@ -141,12 +141,7 @@ int ZipNextEntry(ZipReader* reader) {
 
 int ZipLocateEntry(ZipReader* reader, const char* name, int) {
   if (reader == nullptr || name == nullptr) return kFailure;
-  const ArchiveName stored = archiveName(name);
-  std::size_t found = reader->names.find(reader->directory, stored.bytes);
-  // Other programs may have left the name in the OEM code page.
-  if (found == NameIndex::kNone && stored.bytes != name) {
-    found = reader->names.find(reader->directory, name);
-  }
+  const std::size_t found = reader->names.find(reader->directory, name);
   if (found == NameIndex::kNone) return kNoEntry;
   reader->entry.reset();
   reader->current = found;

@@ -59,6 +59,25 @@ Bytes bytesOf(const void* data, std::uint32_t size) {
   return bytes == nullptr ? Bytes() : Bytes(bytes, bytes + size);
 }
 
+void setName(EntryRecord& record, const char* name) {
+  ArchiveName stored = archiveName(name);
+  record.name = std::move(stored.bytes);
+  if (stored.encoding == NameEncoding::Utf8) record.flags |= kFlagUtf8;
+  if (stored.encoding == NameEncoding::Unknown) {
+    // Programs take the permissions from the upper half of the attributes if the host is Unix.
+    constexpr std::uint32_t kRegularFile = 0100644U << 16;
+    record.versionMadeBy = kMadeByUnknownNames;
+    record.externalAttributes = kRegularFile;
+  }
+}
+
+// Reports whether the lengths of the variable fields can be written.
+bool fitsFields(const EntryRecord& record) {
+  return record.name.size() <= kLongestField && record.comment.size() <= kLongestField &&
+         record.localExtra.size() <= kLongestField &&
+         record.centralExtra.size() <= kLongestField - kZip64OffsetBlock;
+}
+
 int finishEntry(ZipWriter& writer, bool complete) {
   if (!complete || writer.entryFailed) {
     writer.dropOpen();
@@ -159,17 +178,11 @@ int ZipOpenNewEntry(ZipWriter* writer, const char* name, const ZipNewEntryInfo* 
   writer->dropOpen();
   writer->entryFailed = false;
   EntryRecord record;
-  ArchiveName stored = archiveName(name);
-  if (stored.isUtf8) record.flags |= kFlagUtf8;
-  record.name = std::move(stored.bytes);
+  setName(record, name);
   record.comment = comment == nullptr ? "" : comment;
   record.localExtra = bytesOf(localExtra, localExtraLength);
   record.centralExtra = bytesOf(centralExtra, centralExtraLength);
-  if (record.name.empty() || record.name.size() > kLongestField ||
-      record.comment.size() > kLongestField || record.localExtra.size() > kLongestField ||
-      record.centralExtra.size() > kLongestField) {
-    return kFailure;
-  }
+  if (record.name.empty() || !fitsFields(record)) return kFailure;
   if (raw == 0 && method != ZipMethodStored && method != ZipMethodDeflate) return kFailure;
   if (level < ZipLevelDefault || level > 9) return kFailure;
   record.method = static_cast<std::uint16_t>(method);
@@ -177,7 +190,7 @@ int ZipOpenNewEntry(ZipWriter* writer, const char* name, const ZipNewEntryInfo* 
   if (info != nullptr) {
     record.dosDate = info->dosDate != 0 ? info->dosDate : dosDateOf(info->date);
     record.internalAttributes = static_cast<std::uint16_t>(info->internalAttributes);
-    record.externalAttributes = info->externalAttributes;
+    record.externalAttributes |= info->externalAttributes;
   }
   writer->entry.emplace(
       writer->archive, writer->deflater, std::move(record),
@@ -226,6 +239,7 @@ int ZipCopyEntry(ZipWriter* writer, ZipReader* reader) {
   const LocalEntry* const local = currentLocalEntry(*reader);
   if (local == nullptr || !local->hasSumsOf(central)) return kFailure;
   EntryRecord record = recordOf(central, *local);
+  if (!fitsFields(record)) return kFailure;
   const std::uint64_t start = writer->archive.position();
   if (!copyEntry(writer->archive, record, *reader, local->dataPosition())) {
     writer->archive.rewind(start);

@@ -1,0 +1,134 @@
+// Names that other programs write, and names that other programs read.
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "engine/entries.h"
+#include "platform/code_page.h"
+#include "support/programs.h"
+#include "support/temporary_folder.h"
+#include "zip/engine/end_record.h"
+#include "zip/engine/entry_record.h"
+
+namespace {
+
+using namespace entries;
+using namespace zip_engine;
+
+std::string oem(const std::string& utf8) {
+  return platform::convertCodePage(utf8, CP_UTF8, CP_OEMCP);
+}
+
+// An archive of one stored entry whose two records may differ.
+std::string archiveOf(EntryRecord local, EntryRecord central) {
+  const std::string content = "content";
+  Bytes bytes;
+  for (EntryRecord* record : {&local, &central}) {
+    record->compressedSize = record->uncompressedSize = static_cast<std::uint32_t>(content.size());
+    record->crc = ZipCrc32(0, content.data(), record->uncompressedSize);
+  }
+  appendLocalHeader(bytes, local);
+  bytes.insert(bytes.end(), content.begin(), content.end());
+  const std::size_t position = bytes.size();
+  appendCentralRecord(bytes, central, 0);
+  appendEndRecords(bytes, position, bytes.size() - position, 1, "");
+  return {bytes.begin(), bytes.end()};
+}
+
+// The Unicode Path extra field of a name.
+Bytes unicodePath(const std::string& name, const std::string& unicode) {
+  Bytes field;
+  append16(field, 0x7075);
+  append16(field, static_cast<std::uint16_t>(5 + unicode.size()));
+  field.push_back(1);
+  append32(field, ZipCrc32(0, name.data(), static_cast<std::uint32_t>(name.size())));
+  field.insert(field.end(), unicode.begin(), unicode.end());
+  return field;
+}
+
+TEST(Names, OfOtherProgramsAreShownFoundAndKept) {
+  const std::string oldName = "gr\x94\xE1.txt";  // in code page 437
+  constexpr std::uint16_t kUtf8 = kFlagUtf8;
+  constexpr std::uint16_t kNone = 0;
+  const bool everyName = support::kPlatform.everyName;
+  struct {
+    const char* what;
+    std::string local;
+    std::string central;
+    std::uint16_t flags;
+    Bytes extra;
+    std::string shown;  // UTF-8; empty if the entry cannot be read
+  } const rows[] = {
+      {"slashes", "a\\b.txt", "a/b.txt", kNone, {}, "a/b.txt"},
+      {"flagged in the directory only", oldName, "größ.txt", kUtf8, {}, "größ.txt"},
+      {"code page 437", oldName, oldName, kNone, {}, "größ.txt"},
+      {"flagged wrongly", oldName, oldName, everyName ? kUtf8 : kNone, {}, "größ.txt"},
+      {"not flagged",
+       everyName ? "größ.txt" : "x",
+       everyName ? "größ.txt" : "x",
+       kNone,
+       {},
+       everyName ? "größ.txt" : "x"},
+      {"extra field", "gr__.txt", "gr__.txt", kNone, unicodePath("gr__.txt", "größ.txt"),
+       "größ.txt"},
+      {"extra field of a former name", "new.txt", "new.txt", kNone,
+       unicodePath("gr__.txt", "größ.txt"), "new.txt"},
+      {"extra field that is no UTF-8", "gr__.txt", "gr__.txt", kNone,
+       unicodePath("gr__.txt", oldName), "gr__.txt"},
+      {"another name", "other", "entry", kNone, {}, ""},
+      {"a longer name", "entry", "entry1", kNone, {}, ""},
+  };
+  const support::TemporaryFolder folder;
+  const std::string path = folder.file("a.zip");
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.what);
+    EntryRecord local;
+    EntryRecord central;
+    local.name = row.local;
+    central.name = row.central;
+    central.flags = row.flags;
+    central.centralExtra = row.extra;
+    support::writeFile(path, archiveOf(local, central));
+    const Reader reader(ZipOpenReader(path.c_str()));
+    ZipWriter* const writer = ZipOpenWriter(folder.file("copy.zip").c_str(), ZipModeCreate);
+    ASSERT_EQ(ZipFirstEntry(reader.get()), 0);
+    EXPECT_EQ(ZipCopyEntry(writer, reader.get()) == 0, !row.shown.empty());
+    EXPECT_EQ(ZipCloseWriter(writer, nullptr), 0);
+    if (row.shown.empty()) continue;
+    EXPECT_EQ(readArchive(path), (Entries{{oem(row.shown), "content"}}));
+    EXPECT_EQ(readArchive(folder.file("copy.zip")), (Entries{{oem(row.shown), "content"}}));
+    // By a walk, then by the index.
+    for (int i = 0; i < 2; ++i) {
+      EXPECT_EQ(ZipLocateEntry(reader.get(), oem(row.shown).c_str(), 0), 0);
+      EXPECT_NE(ZipLocateEntry(reader.get(), "gr", 0), 0);
+    }
+  }
+}
+
+TEST(Names, OutsideAsciiAreTheSameOnDisk) {
+  const bool everyName = support::kPlatform.everyName;
+  const std::string name = everyName ? "größe 日本 😀" : "größe";
+  const support::TemporaryFolder folder;
+  Entries written{{oem(name), "x"}};
+  // Linux has names that are no text.
+  const std::string notText = "gr\xF6\xDF";
+  if (everyName) written[notText] = "x";
+  writeArchive(folder.file("a.zip"), written);
+  EXPECT_EQ(readArchive(folder.file("a.zip")), written);
+  for (const char* program : {"unzip -qqo a.zip -d out", "7z x -y -oout a.zip",
+                              "mkdir -p out && bsdtar -xf a.zip -C out"}) {
+    SCOPED_TRACE(program);
+    std::filesystem::remove_all(folder.path() / "out");
+    EXPECT_EQ(support::run(folder.path(), std::string("export LC_ALL=C.UTF-8; ") + program), 0);
+    EXPECT_EQ(support::outputOf(folder.path(), "cat 'out/" + name + "'"), "x");
+  }
+  if (everyName) {
+    support::run(folder.path(), "unzip -qqo a.zip -d raw");
+    const std::filesystem::path raw = folder.path() / "raw" / notText;
+    EXPECT_EQ(support::readFile(raw.string()), "x");
+    EXPECT_EQ(std::filesystem::status(raw).permissions(), std::filesystem::perms{0644});
+  }
+}
+
+}  // namespace
