@@ -1,6 +1,6 @@
 #pragma once
-// Deflate (RFC 1951) and CRC-32 of whole buffers. The build chooses the library
-// that does it: libdeflate/codec.cpp or zlib/codec.cpp.
+// Deflate (RFC 1951) and CRC-32 of whole buffers, implemented by libdeflate/codec.cpp or by
+// zlib/codec.cpp, as the build chooses.
 
 #include <cstddef>
 #include <cstdint>
@@ -10,10 +10,10 @@
 
 namespace zip_engine {
 
-// Goes on from the CRC-32 of what stands in front of the data; 0 at the start.
+// Continues the CRC-32 of the preceding bytes; 0 at the start.
 std::uint32_t crc32(std::uint32_t crc, const void* data, std::size_t size);
 
-// Deflates whole buffers; what it needs for that is kept from call to call.
+// Deflates whole buffers. Keeps its memory from call to call.
 class BufferDeflater {
  public:
   BufferDeflater();
@@ -21,8 +21,8 @@ class BufferDeflater {
   BufferDeflater(const BufferDeflater&) = delete;
   BufferDeflater& operator=(const BufferDeflater&) = delete;
 
-  // Appends the deflated bytes to `out`. False, with `out` unchanged, if they
-  // would not be fewer than the plain ones, or without memory.
+  // Appends the deflated bytes to `out`. Returns false, with `out` unchanged, if they would not be
+  // fewer than the plain ones, or if memory is short.
   bool appendSmaller(Bytes& out, const unsigned char* plain, std::size_t size, int level);
 
  private:
@@ -30,8 +30,21 @@ class BufferDeflater {
   std::unique_ptr<Compressor> compressor_;
 };
 
-// Inflates what gives exactly `plainSize` bytes. False for anything else.
-bool inflateBuffer(const unsigned char* stored, std::size_t storedSize, unsigned char* plain,
-                   std::size_t plainSize);
+// Inflates whole buffers. Keeps its memory from call to call.
+class BufferInflater {
+ public:
+  BufferInflater();
+  ~BufferInflater();
+  BufferInflater(const BufferInflater&) = delete;
+  BufferInflater& operator=(const BufferInflater&) = delete;
+
+  // Returns false unless the stored bytes inflate to exactly `plainSize` bytes.
+  bool inflate(const unsigned char* stored, std::size_t storedSize, unsigned char* plain,
+               std::size_t plainSize);
+
+ private:
+  struct Decompressor;
+  std::unique_ptr<Decompressor> decompressor_;
+};
 
 }  // namespace zip_engine

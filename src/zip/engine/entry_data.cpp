@@ -5,7 +5,6 @@
 #include <limits>
 
 #include "zip/engine.h"
-#include "zip/engine/codec.h"
 
 namespace zip_engine {
 namespace {
@@ -28,9 +27,9 @@ struct EntryData::Inflater {
   bool ended = false;
 };
 
-EntryData::EntryData(const ArchiveFile& file, const EntryLayout& layout, platform::Room& storedRoom)
+EntryData::EntryData(const ArchiveFile& file, const EntryLayout& layout, EntryBuffers& buffers)
     : file_(file),
-      storedRoom_(storedRoom),
+      buffers_(buffers),
       layout_(layout),
       storedLeft_(layout.compressedSize),
       plainLeft_(layout.raw ? layout.compressedSize : layout.uncompressedSize) {
@@ -106,13 +105,14 @@ bool EntryData::decodeWhole(unsigned char* out) {
   const std::size_t size = static_cast<std::size_t>(storedLeft_);
   const unsigned char* stored = ahead_.data() + aheadUsed_;
   if (cipher_ || ahead_.size() - aheadUsed_ < size) {
-    unsigned char* const loaded = storedRoom_.of(size);
+    unsigned char* const loaded = buffers_.stored.of(size);
     if (!readStored(loaded, size)) return false;
     stored = loaded;
   } else {
     storedLeft_ = 0;
   }
-  return inflateBuffer(stored, size, out, static_cast<std::size_t>(layout_.uncompressedSize));
+  return buffers_.inflater.inflate(stored, size, out,
+                                   static_cast<std::size_t>(layout_.uncompressedSize));
 }
 
 bool EntryData::inflate(unsigned char* out, std::size_t size) {

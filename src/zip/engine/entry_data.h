@@ -9,6 +9,7 @@
 
 #include "platform/large_memory.h"
 #include "zip/engine/archive_file.h"
+#include "zip/engine/codec.h"
 #include "zip/engine/crypto.h"
 #include "zip/engine/format.h"
 
@@ -26,10 +27,15 @@ struct EntryLayout {
   unsigned char checkByte = 0;     // last byte of the decrypted encryption header
 };
 
+// Memory that one entry after the other uses.
+struct EntryBuffers {
+  platform::Room stored;  // for stored bytes that are needed whole
+  BufferInflater inflater;
+};
+
 class EntryData {
  public:
-  // `storedRoom` takes the stored bytes where they are needed whole.
-  EntryData(const ArchiveFile& file, const EntryLayout& layout, platform::Room& storedRoom);
+  EntryData(const ArchiveFile& file, const EntryLayout& layout, EntryBuffers& buffers);
   EntryData(const EntryData&) = delete;
   EntryData& operator=(const EntryData&) = delete;
   ~EntryData();
@@ -54,7 +60,7 @@ class EntryData {
   bool endsHere();
 
   const ArchiveFile& file_;
-  platform::Room& storedRoom_;
+  EntryBuffers& buffers_;
   EntryLayout layout_;
   std::optional<TraditionalCipher> cipher_;
   Bytes ahead_;  // stored bytes that were read and not used yet

@@ -43,7 +43,7 @@ bool NewEntry::beginData() {
   appendLocalHeader(archive_.buffer(), record_);
   if (!cipher_) return true;
   unsigned char header[kEncryptionHeaderSize];
-  static thread_local std::random_device random;
+  std::random_device random;
   for (unsigned char& byte : header) byte = static_cast<unsigned char>(random());
   // By its last byte a reader tells a wrong password.
   header[kEncryptionHeaderSize - 1] = static_cast<unsigned char>(options_.expectedCrc >> 24);

@@ -21,7 +21,7 @@ struct ZipReader {
   std::size_t current = 0;  // offset of the current record; the blob's size if none
   NameIndex names;
   LocalEntry local;  // of the entry that was opened or copied last
-  platform::Room storedRoom;
+  EntryBuffers buffers;
   std::optional<EntryData> entry;
 
   bool hasCurrent() const { return current < directory.blob.size(); }
@@ -189,7 +189,7 @@ int ZipOpenEntry(ZipReader* reader, int*, int*, int raw, const char* password) {
   }
   if (!reader->local.read(reader->file, reader->directory, record)) return kFailure;
   EntryData& entry = reader->entry.emplace(
-      reader->file, layoutOf(*reader, record, raw != 0, password), reader->storedRoom);
+      reader->file, layoutOf(*reader, record, raw != 0, password), reader->buffers);
   entry.prefetched(reader->local.prefetched(), reader->local.prefetchedSize());
   if (entry.begin()) return kSuccess;
   reader->entry.reset();

@@ -16,13 +16,6 @@ struct Deleter {
   }
 };
 
-// It keeps no state between calls, so one for a thread serves all entries.
-libdeflate_decompressor* decompressor() {
-  thread_local const std::unique_ptr<libdeflate_decompressor, Deleter> instance(
-      libdeflate_alloc_decompressor());
-  return instance.get();
-}
-
 }  // namespace
 
 std::uint32_t crc32(std::uint32_t crc, const void* data, std::size_t size) {
@@ -57,12 +50,23 @@ bool BufferDeflater::appendSmaller(Bytes& out, const unsigned char* plain, std::
   return packed != 0;
 }
 
-bool inflateBuffer(const unsigned char* stored, std::size_t storedSize, unsigned char* plain,
-                   std::size_t plainSize) {
-  libdeflate_decompressor* const codec = decompressor();
-  return codec != nullptr &&
-         libdeflate_deflate_decompress(codec, stored, storedSize, plain, plainSize, nullptr) ==
-             LIBDEFLATE_SUCCESS;
+struct BufferInflater::Decompressor {
+  std::unique_ptr<libdeflate_decompressor, Deleter> codec;
+};
+
+BufferInflater::BufferInflater() = default;
+BufferInflater::~BufferInflater() = default;
+
+bool BufferInflater::inflate(const unsigned char* stored, std::size_t storedSize,
+                             unsigned char* plain, std::size_t plainSize) {
+  if (decompressor_ == nullptr) {
+    libdeflate_decompressor* const codec = libdeflate_alloc_decompressor();
+    if (codec == nullptr) return false;
+    decompressor_ = std::make_unique<Decompressor>();
+    decompressor_->codec.reset(codec);
+  }
+  return libdeflate_deflate_decompress(decompressor_->codec.get(), stored, storedSize, plain,
+                                       plainSize, nullptr) == LIBDEFLATE_SUCCESS;
 }
 
 }  // namespace zip_engine

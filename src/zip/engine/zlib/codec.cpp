@@ -55,18 +55,30 @@ bool BufferDeflater::appendSmaller(Bytes& out, const unsigned char* plain, std::
   return fits;
 }
 
-bool inflateBuffer(const unsigned char* stored, std::size_t storedSize, unsigned char* plain,
-                   std::size_t plainSize) {
-  if (storedSize > kLargest || plainSize > kLargest) return false;
+struct BufferInflater::Decompressor {
+  Decompressor() { good = inflateInit2(&stream, -MAX_WBITS) == Z_OK; }
+  Decompressor(const Decompressor&) = delete;
+  Decompressor& operator=(const Decompressor&) = delete;
+  ~Decompressor() { inflateEnd(&stream); }
+
   z_stream stream{};
-  if (inflateInit2(&stream, -MAX_WBITS) != Z_OK) return false;
+  bool good = false;
+};
+
+BufferInflater::BufferInflater() = default;
+BufferInflater::~BufferInflater() = default;
+
+bool BufferInflater::inflate(const unsigned char* stored, std::size_t storedSize,
+                             unsigned char* plain, std::size_t plainSize) {
+  if (storedSize > kLargest || plainSize > kLargest) return false;
+  if (decompressor_ == nullptr) decompressor_ = std::make_unique<Decompressor>();
+  z_stream& stream = decompressor_->stream;
+  if (!decompressor_->good || inflateReset(&stream) != Z_OK) return false;
   stream.next_in = const_cast<unsigned char*>(stored);
   stream.avail_in = static_cast<uInt>(storedSize);
   stream.next_out = plain;
   stream.avail_out = static_cast<uInt>(plainSize);
-  const bool whole = ::inflate(&stream, Z_FINISH) == Z_STREAM_END && stream.avail_out == 0;
-  inflateEnd(&stream);
-  return whole;
+  return ::inflate(&stream, Z_FINISH) == Z_STREAM_END && stream.avail_out == 0;
 }
 
 }  // namespace zip_engine
