@@ -13,7 +13,10 @@ install(DIRECTORY include/filesystem DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}"
 
 if(TARGET vesk-fs)
   install(TARGETS vesk-fs RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT program)
-  install(FILES docs/vesk-fs.1 DESTINATION "${CMAKE_INSTALL_MANDIR}/man1" COMPONENT program)
+  option(VESK_DEBIAN "Install documents as Debian's packages have them" OFF)
+  if(NOT VESK_DEBIAN)
+    install(FILES docs/vesk-fs.1 DESTINATION "${CMAKE_INSTALL_MANDIR}/man1" COMPONENT program)
+  endif()
   # The program finds the library next to it, wherever the prefix is moved. A distribution's
   # package, whose library is in a directory of the system, sets VESK_RPATH to off.
   option(VESK_RPATH "Let the installed program find the library under its own prefix" ON)
