@@ -1,4 +1,4 @@
-# The front door. Each target installs the Debian packages it misses.
+# The commands of daily work. Each target installs the Debian packages that it needs.
 
 BUILD_PACKAGES = cmake g++ ninja-build libboost-dev zlib1g-dev libdeflate-dev libgtest-dev \
                  libcli11-dev
@@ -7,18 +7,21 @@ TEST_PACKAGES = zip unzip p7zip-full libarchive-tools python3 coreutils diffutil
 FUZZ_PACKAGES = clang libclang-rt-dev
 BENCH_PACKAGES = zip unzip p7zip-full libarchive-tools pkg-config libzip-dev libpoco-dev \
                  libpugixml-dev
-# Where the benchmarks work: memory-backed, and on disk.
-BENCH_MEMORY ?= /dev/shm
-BENCH_DISK ?= build/bench
 DOCS_PACKAGES = doxygen
+ABI_PACKAGES = abigail-tools binutils
+PACKAGE_PACKAGES = dpkg-dev file lintian
 WINDOWS_PACKAGES = cmake ninja-build binutils zip libboost-dev libcli11-dev \
                    g++-mingw-w64-x86-64-posix libz-mingw-w64-dev googletest wine64
 
 PREFIX ?= /usr/local
-# The folder that `make demo` packs; its files are on every machine that builds this.
+# Where the benchmarks work: in memory, and on disk.
+BENCH_MEMORY ?= /dev/shm
+BENCH_DISK ?= build/bench
+# The directory that `make demo` packs. Every machine that builds the library has it.
 FOLDER ?= /usr/include
 
-.PHONY: help demo test mutants windows test-windows windows-packages fuzz bench docs install clean
+.PHONY: help demo test mutants windows test-windows windows-packages fuzz bench docs abi package \
+        install uninstall clean
 
 help:
 	@echo "make demo [FOLDER=...]     pack a real folder, unpack it, compare"
@@ -29,7 +32,10 @@ help:
 	@echo "make windows               cross-compile for 64-bit Windows, zip in build/windows"
 	@echo "make test-windows          run the tests under Wine"
 	@echo "make bench                 measure beside other programs; BENCH_QUICK=1 for a tenth"
-	@echo "make install [PREFIX=...]  install library and headers (default $(PREFIX))"
+	@echo "make install [PREFIX=...]  install library, headers and program (default $(PREFIX));"
+	@echo "make uninstall             remove them again"
+	@echo "make package               build Debian packages and a source archive in build/package"
+	@echo "make abi                   compare the binary interface with the last release's"
 	@echo "make docs                  build the HTML reference in build/docs/html"
 	@echo "make clean                 remove everything that was built"
 
@@ -80,18 +86,34 @@ bench:
 	cmake --preset release -DVESK_BENCH=ON
 	cmake --build --preset release --target bench
 	mkdir -p build/bench
-	build/release/bin/bench build/bench memory="$(BENCH_MEMORY)" disk="$(abspath $(BENCH_DISK))"
+	BENCH_PACKAGES="$(sort $(BUILD_PACKAGES) $(BENCH_PACKAGES))" \
+	  build/release/bin/bench build/bench memory="$(BENCH_MEMORY)" disk="$(abspath $(BENCH_DISK))"
 
 docs:
 	@scripts/install-packages $(DOCS_PACKAGES)
 	mkdir -p build/docs
 	doxygen docs/Doxyfile
 
+abi:
+	@scripts/install-packages $(BUILD_PACKAGES) $(ABI_PACKAGES)
+	tests/abi/check build/abi
+
+package:
+	@scripts/install-packages $(BUILD_PACKAGES) $(PACKAGE_PACKAGES)
+	cmake --preset package
+	cmake --build --preset package
+	rm -f build/package/*.deb build/package/*.tar.xz
+	cd build/package && cpack && cpack --config CPackSourceConfig.cmake
+	lintian --fail-on error,warning build/package/*.deb
+
 install:
 	@scripts/install-packages $(BUILD_PACKAGES)
 	cmake --preset release
 	cmake --build --preset release --target vesk-fs
 	cmake --install build/release --prefix "$(PREFIX)"
+
+uninstall:
+	scripts/uninstall build/release "$(DESTDIR)$(PREFIX)"
 
 clean:
 	rm -rf build

@@ -46,7 +46,7 @@ bench::Cost bench::runProgram(const std::vector<std::string>& command, const std
 std::string bench::versionLine(const std::string& command) {
   const std::unique_ptr<FILE, int (*)(FILE*)> pipe(popen(command.c_str(), "r"), pclose);
   if (!pipe) return {};
-  char line[512];
+  char line[4096];
   std::string found;
   while (std::fgets(line, sizeof(line), pipe.get()) != nullptr) {
     if (found.empty() && std::strpbrk(line, "0123456789") != nullptr) {

@@ -40,11 +40,11 @@ std::string machine() {
                 versionLine("nproc").c_str(), system.sysname, system.release);
 }
 
+// Returns the versions of the packages that take part, which the environment
+// lists in BENCH_PACKAGES.
 std::string versions() {
   const std::string list = versionLine(
-      "dpkg-query -W -f '${Package} ${Version}, ' zip unzip p7zip-full libarchive-tools libzip-dev "
-      "libpoco-dev libpugixml-dev libboost-dev libdeflate-dev zlib1g-dev g++ coreutils "
-      "2>/dev/null");
+      "dpkg-query -W -f '${Package} ${Version}, ' coreutils $BENCH_PACKAGES 2>/dev/null");
   return list.substr(0, list.find_last_not_of(", ") + 1);
 }
 
