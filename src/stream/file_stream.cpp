@@ -22,13 +22,19 @@ bool writeAndCommit(HANDLE file, const std::string& data) {
   return done != FALSE;
 }
 
-// Writes what is pending. Bytes that fail to reach the file are dropped, or
-// they would come up again out of their place.
-void drain(HANDLE file, std::string& pending, unsigned int limit) {
+// Writes the pending bytes. Bytes that fail to reach the file are dropped:
+// written later, they would be in the wrong place.
+void writePending(HANDLE file, std::string& pending) {
   if (pending.empty()) return;
   writeAndCommit(file, pending);
   pending.clear();
-  // From now on a small write costs no more than a copy.
+}
+
+// Writes the pending bytes and makes room for as many again, so that a small
+// write costs no more than a copy.
+void drain(HANDLE file, std::string& pending, unsigned int limit) {
+  if (pending.empty()) return;
+  writePending(file, pending);
   pending.reserve(limit);
 }
 
@@ -89,7 +95,8 @@ bool FileStream::open(const char* path, int flags) {
 
 bool FileStream::close() {
   if (!is_open()) return false;
-  drain(m_handle, m_buffer, m_bufferSize);
+  // Without a reservation, which could fail and leave the file open.
+  writePending(m_handle, m_buffer);
   CloseHandle(std::exchange(m_handle, INVALID_HANDLE_VALUE));
   return true;
 }

@@ -3,6 +3,9 @@
 
 #include <filesystem/file_stream.h>
 
+#include <boost/format.hpp>
+#include <locale>
+
 FileSystem::FileStream& FileSystem::FileStream::operator<<(
     FileStream& (*manipulator)(FileStream&)) {
   return manipulator(*this);
@@ -19,7 +22,8 @@ FileSystem::FileStream& operator<<(FileSystem::FileStream& out, const std::strin
 }
 
 FileSystem::FileStream& operator<<(FileSystem::FileStream& out, long value) {
-  out.write(std::to_string(value));
+  // The host's global locale may group digits.
+  out.write(str(boost::format("%d", std::locale::classic()) % value));
   return out;
 }
 

@@ -2,6 +2,7 @@
 
 #include <filesystem/xml.h>
 
+#include <boost/format.hpp>
 #include <utility>
 
 #include "xml/element.h"
@@ -20,14 +21,8 @@ std::string remove(std::string& text, std::size_t start, std::size_t end, std::s
 
 std::string xmlDefine(const std::string& tag, const std::string& value) {
   const std::string name = toXmlTag(tag);
-  std::string element(1, '<');
-  if (value.empty()) return element.append(name).append(" />");
-  return element.append(name)
-      .append(1, '>')
-      .append(toXml(value))
-      .append("</")
-      .append(name)
-      .append(1, '>');
+  if (value.empty()) return str(boost::format("<%s />") % name);
+  return str(boost::format("<%s>%s</%s>") % name % toXml(value) % name);
 }
 
 std::string xmlExtract(std::string& text, const std::string& tag, bool wholeElement) {

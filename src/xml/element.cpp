@@ -1,5 +1,7 @@
 #include "xml/element.h"
 
+#include <boost/format.hpp>
+
 #include "xml/text_search.h"
 
 namespace FileSystem::Xml::Detail {
@@ -7,11 +9,9 @@ namespace {
 
 constexpr std::size_t kNone = std::string_view::npos;
 
-std::string openingText(std::string_view name) { return std::string(1, '<').append(name); }
+std::string openingText(std::string_view name) { return str(boost::format("<%s") % name); }
 
-std::string closingText(std::string_view name) {
-  return std::string("</").append(name).append(1, '>');
-}
+std::string closingText(std::string_view name) { return str(boost::format("</%s>") % name); }
 
 }  // namespace
 

@@ -2,6 +2,7 @@
 #include <filesystem/stream.h>
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -45,6 +46,8 @@ TEST_F(Stream, OpenFlags) {
       {kWrite | kTruncate, true, true, "XY"},
       {kRead | kWrite | kTruncate, true, true, "XY"},
       {kWrite | 8 | 32, true, true, "XYd"},
+      {kRead | kWrite, false, true, "XY"},
+      {kAppend, true, true, "old"},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(testing::Message() << c.flags << (c.existing ? " existing" : " missing"));
@@ -62,7 +65,15 @@ TEST_F(Stream, OpenFlags) {
   }
 }
 
-// What stands in the file and what is pending after a write, by limit.
+TEST_F(Stream, AppendAloneStartsAtTheEnd) {
+  support::writeFile(path_, "old");
+  FileStream stream(path_.c_str(), kRead | kAppend);
+  std::vector<char> bytes;
+  EXPECT_TRUE(stream.read(bytes));
+  EXPECT_TRUE(bytes.empty());
+}
+
+// The bytes in the file after two writes, by limit.
 TEST_F(Stream, BufferLimit) {
   struct {
     unsigned int limit;
@@ -122,10 +133,13 @@ TEST_F(Stream, ClosedStreamKeepsWhatItWasGiven) {
   EXPECT_FALSE(stream.seekEOF() && stream.seekBOF());
   EXPECT_EQ(stream.size(), 0U);
   stream.write("kept");
+  EXPECT_EQ(stream.size(), 0U);
   support::writeFile(path_, "0123456789");
   ASSERT_TRUE(stream.open(path_.c_str(), kWrite | kAppend));
   stream.write("!");
+  stream.bufferSize(77);
   stream.close();
+  EXPECT_EQ(stream.bufferSize(), 77U);
   // The seek of the opening drained it at the start of the file.
   EXPECT_EQ(content(), "kept456789!");
   EXPECT_FALSE(stream.close());
@@ -133,20 +147,32 @@ TEST_F(Stream, ClosedStreamKeepsWhatItWasGiven) {
 
 TEST_F(Stream, CopiesShareTheHandleAndSwapExchangesIt) {
   FileStream first(path_.c_str(), kWrite);
+  first.bufferSize(5);
   first.write("a");
   FileStream copy(first);
+  EXPECT_EQ(copy.bufferSize(), 5U);
   first.flush();
   copy.flush();
   EXPECT_EQ(content(), "aa");
+  // Neither an assignment nor a failed opening closes the file.
   copy = FileStream();
   EXPECT_FALSE(copy.is_open());
+  EXPECT_EQ(copy.bufferSize(), 0x200000U);
+  copy = first;
+  EXPECT_FALSE(first.open(folder_.file("missing").c_str(), kRead));
+  EXPECT_FALSE(first.is_open());
+  first = copy;
+  copy = FileStream();
+  first << "b";
+  first.flush();
+  EXPECT_EQ(content(), "aab");
   FileStream other(folder_.file("other").c_str(), kWrite);
-  first.write("pending");
+  first.write("pend");
   first.swap(other);
   first.close();
   other.close();
-  EXPECT_EQ(support::readFile(folder_.file("other")), "pending");
-  EXPECT_EQ(content(), "aa");
+  EXPECT_EQ(support::readFile(folder_.file("other")), "pend");
+  EXPECT_EQ(content(), "aab");
 }
 
 TEST_F(Stream, Reading) {
@@ -159,9 +185,11 @@ TEST_F(Stream, Reading) {
   EXPECT_EQ(block.size(), 5U);
   stream.seekBOF();
   stream.bufferSize(2);
-  std::vector<char> whole;
+  std::vector<char> whole(1);
   EXPECT_TRUE(stream.read(whole));
-  EXPECT_EQ(std::string(whole.begin(), whole.end()), "12345");
+  whole.assign({});
+  EXPECT_TRUE(stream.read(whole));
+  EXPECT_EQ(std::string(whole.begin(), whole.end()), "2345");
   whole.clear();
   EXPECT_TRUE(FileStream().read(whole));
   EXPECT_TRUE(whole.empty());
@@ -176,11 +204,25 @@ TEST_F(Stream, AppendingAStream) {
   target.write("<");
   EXPECT_TRUE(target.append(source));
   EXPECT_TRUE(target.append(source));
-  target << ">" << -42L << std::string("\n");
-  target.flush();
-  EXPECT_EQ(content(), "<" + bytes + bytes + ">-42\n");
-  FileStream closed;
-  EXPECT_FALSE(target.append(closed));
+  EXPECT_FALSE(target.append(*std::make_unique<FileStream>()));
+  target.close();
+  EXPECT_EQ(content(), "<" + bytes + bytes);
+}
+
+FileStream* elsewhere = nullptr;
+
+TEST_F(Stream, TextOutput) {
+  FileStream source(folder_.file("source").c_str(), kRead | kWrite);
+  FileStream other(folder_.file("other").c_str(), kWrite);
+  FileStream stream(path_.c_str(), kWrite);
+  source << "source";
+  elsewhere = &other;
+  stream << "" << std::string("a\0b", 3) << "c\0d" << 0L << -2147483647L - 1 << source
+         << [](FileStream& out) -> FileStream& { return out.put('!') ? *elsewhere : out; } << "z";
+  stream.close();
+  other.close();
+  EXPECT_EQ(content(), std::string("a\0bc0-2147483648source!", 23));
+  EXPECT_EQ(support::readFile(folder_.file("other")), "z");
 }
 
 TEST_F(Stream, HeldFileIsSharedButNotDeleted) {

@@ -1,0 +1,168 @@
+// The system calls of a stream: when it writes, and that it commits what it wrote.
+
+#include <filesystem/file_stream.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <fstream>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "support/temporary_folder.h"
+
+namespace {
+
+using FileSystem::FileStream;
+
+// `w` and the size for a write, `c` for a commit.
+std::string calls;
+int failingWrite = 0;  // its number; 0 fails none
+
+}  // namespace
+
+// The library calls these instead of the C library's. They have other names in C++
+// because headers may define the real ones inline.
+#define INTERPOSED(result, name, parameters)                                                    \
+  extern "C" __attribute__((visibility("default"))) result my_##name parameters __asm__(#name); \
+  extern "C" result my_##name parameters
+
+INTERPOSED(ssize_t, write, (int file, const void* data, std::size_t size)) {
+  calls += (calls.empty() ? "w" : " w") + std::to_string(size);
+  if (failingWrite != 0 && --failingWrite == 0) {
+    errno = EIO;
+    return -1;
+  }
+  return syscall(SYS_write, file, data, size);
+}
+
+INTERPOSED(int, fdatasync, (int file)) {
+  calls += calls.empty() ? "c" : " c";
+  return static_cast<int>(syscall(SYS_fdatasync, file));
+}
+
+namespace {
+
+class StreamOnLinux : public testing::Test {
+ protected:
+  support::TemporaryFolder folder_;
+  const std::string path_ = folder_.file("file");
+};
+
+TEST_F(StreamOnLinux, WritesAndCommits) {
+  const std::string otherPath = folder_.file("other");
+  struct {
+    const char* name;
+    std::function<void(FileStream&)> action;  // with three bytes of ten pending
+    const char* calls;
+  } const cases[] = {
+      {"flush", [](FileStream& s) { s.flush(); }, "w3 c c"},
+      {"flush twice", [](FileStream& s) { s.flush(), s.flush(); }, "w3 c c c"},
+      {"close twice", [](FileStream& s) { s.close(), s.close(); }, "w3 c"},
+      {"seek to the start", [](FileStream& s) { s.seekBOF(); }, "w3 c"},
+      {"seek to the end", [](FileStream& s) { s.seekEOF(); }, "w3 c"},
+      {"truncate", [](FileStream& s) { s.truncate(); }, "w3 c"},
+      {"below the limit", [](FileStream& s) { s.write("123456"); }, ""},
+      {"at the limit", [](FileStream& s) { s.write("1234567"); }, "w3 c"},
+      {"the limit's size", [](FileStream& s) { s.write("1234567890"); }, "w3 c w10 c"},
+      {"limit at the pending size", [](FileStream& s) { s.bufferSize(3); }, ""},
+      {"limit below", [](FileStream& s) { s.bufferSize(2), s.write("1"); }, "w3 c"},
+      {"unbuffered", [](FileStream& s) { s.bufferSize(0), s.write(""), s.put('1'); },
+       "w3 c c w1 c"},
+      {"questions", [](FileStream& s) { s.size(), s.is_open(), s.bufferSize(); }, ""},
+      {"copy", [](FileStream& s) { FileStream{s} = FileStream(); }, ""},
+      {"block",
+       [](FileStream& s) {
+         std::vector<char> b(4);
+         s.read(b);
+       },
+       ""},
+      {"everything",
+       [](FileStream& s) {
+         std::vector<char> b;
+         s.read(b);
+       },
+       ""},
+      {"another stream",
+       [&](FileStream& s) {
+         FileStream source(otherPath.c_str(), FileStream::OpenRead | FileStream::OpenWrite);
+         source.write("ab");
+         s.append(source);
+       },
+       "w2 c c w3 c w10 w10 w5"},
+      {"an empty stream",
+       [&](FileStream& s) {
+         FileStream source(otherPath.c_str(), 18 | FileStream::OpenRead);
+         s.append(source);
+       },
+       "c w3 c"},
+      {"a closed stream",
+       [](FileStream& s) {
+         FileStream source;
+         s.append(source);
+       },
+       ""},
+      {"a swap",
+       [](FileStream& s) {
+         FileStream other;
+         s.swap(other), other.close();
+       },
+       ""},
+  };
+  for (const auto& c : cases) {
+    std::ofstream(otherPath) << std::string(25, 'x');
+    FileStream stream(path_.c_str(), FileStream::OpenRead | FileStream::OpenWrite);
+    stream.bufferSize(10);
+    stream.write("abc");
+    calls.clear();
+    c.action(stream);
+    EXPECT_EQ(calls, c.calls) << c.name;
+  }
+}
+
+TEST_F(StreamOnLinux, FailedWritesAreDropped) {
+  struct {
+    int failing;
+    const char* data;
+    bool result;
+    const char *calls, *content;
+  } const cases[] = {
+      {1, "1234567", true, "w3 c", "1234567"},
+      {1, "1234567890", true, "w3 c w10 c", "1234567890"},
+      {2, "1234567890", false, "w3 c w10 c", "abc"},
+  };
+  for (const auto& c : cases) {
+    FileStream stream(path_.c_str(), FileStream::OpenWrite | FileStream::OpenTruncate);
+    stream.bufferSize(10);
+    stream.write("abc");
+    calls.clear();
+    failingWrite = c.failing;
+    EXPECT_EQ(stream.write(c.data), c.result) << c.data;
+    EXPECT_EQ(calls, c.calls);
+    stream.close();
+    EXPECT_EQ(support::readFile(path_), c.content);
+  }
+}
+
+// Closing needs no memory for bytes that will never come.
+TEST_F(StreamOnLinux, ClosesWithoutMemory) {
+  FileStream stream(path_.c_str(), FileStream::OpenWrite);
+  stream.bufferSize(0xFFFFFFFF);
+  stream.write("x");
+  long pages = 0;
+  std::ifstream("/proc/self/statm") >> pages;
+  rlimit before{};
+  ASSERT_EQ(getrlimit(RLIMIT_AS, &before), 0);
+  rlimit low = before;
+  low.rlim_cur = static_cast<rlim_t>(pages) * static_cast<rlim_t>(getpagesize()) + (1U << 30);
+  ASSERT_EQ(setrlimit(RLIMIT_AS, &low), 0);
+  EXPECT_NO_THROW(stream.close());
+  setrlimit(RLIMIT_AS, &before);
+  EXPECT_FALSE(stream.is_open());
+  EXPECT_EQ(support::readFile(path_), "x");
+}
+
+}  // namespace
