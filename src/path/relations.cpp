@@ -52,7 +52,7 @@ std::size_t rootLength(std::string_view path) {
 }  // namespace
 
 bool pathEqual(const std::string& first, const std::string& second) {
-  return first.size() == second.size() && Detail::equalIgnoringCase(first, second);
+  return Detail::equalIgnoringCase(first, second);
 }
 
 std::string subPath(const std::string& base, const std::string& path) {

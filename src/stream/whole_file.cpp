@@ -44,7 +44,6 @@ std::string readContent(const std::string& path) {
   do {
     const std::size_t block = size < told ? std::min(told - size, kLargestBlock) : kLargestBlock;
     content.resize(size + block);
-    count = 0;
     if (!ReadFile(file.get(), content.data() + size, static_cast<DWORD>(block), &count, nullptr)) {
       break;
     }

@@ -193,6 +193,7 @@ TEST_F(Stream, Reading) {
   whole.clear();
   EXPECT_TRUE(FileStream().read(whole));
   EXPECT_TRUE(whole.empty());
+  for (const int flags : {0, +kWrite}) EXPECT_FALSE(FileStream(path_.c_str(), flags).read(block));
 }
 
 TEST_F(Stream, AppendingAStream) {
@@ -243,6 +244,8 @@ TEST_F(Stream, WholeContent) {
     EXPECT_TRUE(writeContent(path_, bytes));
     EXPECT_TRUE(readContent(path_) == bytes) << size;
   }
+  const FileStream writer(path_.c_str(), kWrite);
+  EXPECT_NE(readContent(path_), "");
   EXPECT_TRUE(writeContent(path_, ""));
   EXPECT_EQ(content(), "");
   EXPECT_FALSE(writeContent(folder_.file("none/file"), "x"));

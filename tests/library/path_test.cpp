@@ -29,6 +29,12 @@ TEST(Path, Decomposition) {
       {"..", "", "", "..", ".", "."},
       {"  a .b  ", "", "", "  a .b", "a", ".b"},
       {"a.b\t", "", "", "a.b\t", "a", ".b\t"},
+      {"\ta\t.b\r\n", "", "", "\ta\t.b\r\n", "\ta\t", ".b\r\n"},
+      {"\t\r\nd\\ x", "", "d\\", " x", "x", ""},
+      {" :\\x", ":", ":\\", "x", "x", ""},
+      {"1:x", "1:", "1:", "x", "x", ""},
+      {"CC:x", "", "", "CC:x", "CC:x", ""},
+      {":", "", "", ":", ":", ""},
       {" dir\\x", "", "dir\\", "x", "x", ""},
       {"/x.y", "", "/", "x.y", "x", ".y"},
       {"d.e/x", "", "d.e/", "x", "x", ""},
@@ -58,6 +64,8 @@ TEST(Path, ReplacedExtension) {
       {"C:\\", "txt", "C:\\.txt"},
       {"a", "%s ", "a.%s"},
       {" a.b", "c", "a.c"},
+      {"\ta.b", "c\t", "\ta.c\t"},
+      {"d.e/a", "c", "d.e/a.c"},
   };
   for (const auto& c : cases) EXPECT_EQ(replaceExtension(c.path, c.extension), c.result) << c.path;
 }
@@ -67,8 +75,16 @@ TEST(Path, TooLongPartsAreCut) {
   EXPECT_EQ(extractName(part), part.substr(0, 255));
   EXPECT_EQ(extractFilename(part + ".txt "), part.substr(0, 255) + ".txt");
   EXPECT_EQ(extractPath(part + "\\").size(), 255U);
+  EXPECT_EQ(extractPath(part.substr(0, 250) + " \r\n\t \\"), part.substr(0, 250));
+  EXPECT_EQ(replaceExtension("C:" + part + "\\", "").back(), '\\');
   EXPECT_EQ(extractExtension("." + part).size(), 255U);
   EXPECT_EQ(replaceExtension("C:\\" + part + "\\" + part, part).size(), 260U);
+  CString root;
+  PathRoot(part.c_str(), root);
+  EXPECT_EQ(root.GetString(), part.substr(0, 259));
+  EXPECT_EQ(ParentDirectory((part.substr(0, 257) + "\\x\\").c_str()).GetString(),
+            part.substr(0, 257) + "\\");
+  EXPECT_EQ(ParentDirectory(part.c_str()).GetString(), part.substr(0, 259) + "\\");
 }
 
 TEST(Path, EqualityAndSubPath) {
@@ -77,6 +93,7 @@ TEST(Path, EqualityAndSubPath) {
   EXPECT_TRUE(pathEqual("\xC9t\xC9", "\xE9T\xE9"));
   EXPECT_FALSE(pathEqual("C:\\a", "C:/a"));
   EXPECT_FALSE(pathEqual("C:\\a", "C:\\a\\"));
+  EXPECT_FALSE(pathEqual("ab", "a"));
   struct {
     const char *base, *path, *result;
   } const cases[] = {
@@ -109,6 +126,10 @@ TEST(Path, Root) {
       {"//srv/share/a", "//srv/share/"},
       {"C:\\a\\\\b\\c\\d", "C:\\a\\\\b\\c\\"},
       {"C:\\a\\\\b", "C:\\a\\\\b"},
+      {"\\/srv\\share/a", "\\/srv\\share/"},
+      {"/\\srv/share\\a", "/\\srv/share\\"},
+      {"\\\\", "\\\\"},
+      {"\\\\\\a\\b", "\\\\\\a\\"},
   };
   for (const auto& c : cases) {
     CString root("before");
@@ -130,15 +151,20 @@ TEST(Path, Parent) {
       {"no-such-name", "no-such-name\\"},
       {"C:/a/b", "C:/a/b\\"},
       {"C:\\a/b", "C:\\"},
+      {"C:/a/b/", "C:/a/b/\\"},
+      {"C:\\a\\b/", "C:\\a\\"},
   };
   for (const auto& c : cases) EXPECT_STREQ(ParentDirectory(c.path), c.parent);
 
-  // An existing file is told from a folder where the text alone does not.
+  // Whether there is such a file matters where the text alone does not decide.
   const support::TemporaryFolder folder;
   support::writeFile(folder.file("f.txt"), "");
   std::string base = folder.path().generic_string();
   if (base[1] != ':') base = "C:" + base;
-  EXPECT_EQ(std::string(ParentDirectory((base + "/f.txt").c_str())), base + "/\\");
+  for (const char* const file : {"/f.txt", "/f.txt\\"}) {
+    EXPECT_EQ(ParentDirectory((base + file).c_str()).GetString(), base + "/\\") << file;
+  }
+  EXPECT_STREQ(ParentDirectory(support::kPlatform.program), "");
 }
 
 TEST(Path, InvalidCharacters) {
