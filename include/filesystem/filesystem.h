@@ -1,6 +1,10 @@
 #pragma once
 /// @file
-/// Everything the library exports.
+/// Includes everything that the library exports.
+///
+/// @code
+/// #include <filesystem/filesystem.h>
+/// @endcode
 
 #include <filesystem/access.h>
 #include <filesystem/enumeration.h>

@@ -1,12 +1,16 @@
 #pragma once
 /// @file
-/// The library's start-up export.
+/// The start-up function of the library, which most hosts never call.
 
 #include <filesystem/export.h>
 
-/// Puts the library into the host's chain of MFC extension modules.
+/// Adds the library to the chain of MFC extension modules, where MFC looks up resources.
 ///
-/// Only a host that is built on MFC and wants its resources looked up in the
-/// library calls this, once, after the load. No other export depends on it. On
-/// a platform without MFC there is no chain, and the call does nothing.
+/// A host that is built on MFC and wants that calls this once after the library is loaded. No other
+/// function depends on it. This build has no MFC: the chain is a list of the library's own without
+/// effect. Each call adds an object to it, which is deleted when the shared library is unloaded.
+///
+/// @code
+/// InitFileSystemDLL();
+/// @endcode
 extern "C" FILESYSTEM_API void InitFileSystemDLL(void);

@@ -1,9 +1,15 @@
 #pragma once
 /// @file
-/// The text and array classes that stand in five exported signatures. A host
-/// that includes MFC before this header gets MFC's classes; every other host
-/// gets these two, which have the few operations that are in use and are
-/// defined in the header, so that nothing of them is exported.
+/// CString and CStringArray, which five functions take or return. A host that includes MFC before
+/// this header gets MFC's classes. Every other host gets these two, which have the same names and
+/// the few operations that are used. They are defined in the header alone; nothing of them is
+/// exported.
+///
+/// @code
+/// CString root;
+/// FileSystem::PathRoot("C:\\logs\\app.log", root);
+/// std::string text = root.GetString();  // "C:\\"
+/// @endcode
 
 #if !defined(__AFX_H__) && !defined(__AFXSTR_H__)
 
@@ -12,23 +18,23 @@
 #include <utility>
 #include <vector>
 
-/// A narrow text in the process code page.
+/// A text in the process code page.
 class CString {
  public:
-  /// The empty text.
+  /// Constructs an empty text.
   CString() = default;
   /// @param text zero-terminated text, copied; null counts as the empty text
   CString(const char* text) : text_(text != nullptr ? text : "") {}
   /// @param text text, copied
   explicit CString(std::string text) : text_(std::move(text)) {}
 
-  /// The zero-terminated text; valid until the object changes.
+  /// Returns the zero-terminated text, valid until the object changes.
   operator const char*() const { return text_.c_str(); }
-  /// As the conversion to `const char*`, by name.
+  /// Does the same as the conversion to `const char*`.
   const char* GetString() const { return text_.c_str(); }
-  /// Length in bytes, without the terminator.
+  /// Returns the length in bytes, without the terminator.
   int GetLength() const { return static_cast<int>(text_.size()); }
-  /// Whether the text has no byte.
+  /// Reports whether the text is empty.
   bool IsEmpty() const { return text_.empty(); }
 
   /// Appends a text; null counts as the empty text.
@@ -42,17 +48,17 @@ class CString {
     return *this;
   }
 
-  /// Whether the texts are the same, byte for byte.
+  /// Reports whether the texts are equal, byte for byte.
   friend bool operator==(const CString& a, const CString& b) { return a.text_ == b.text_; }
-  /// Whether the texts are the same, byte for byte.
+  /// Reports whether the texts are equal, byte for byte.
   friend bool operator==(const CString& a, const char* b) { return a.text_ == b; }
-  /// Whether the texts are the same, byte for byte.
+  /// Reports whether the texts are equal, byte for byte.
   friend bool operator==(const char* a, const CString& b) { return b.text_ == a; }
-  /// Whether the texts differ, byte for byte.
+  /// Reports whether the texts differ in any byte.
   friend bool operator!=(const CString& a, const CString& b) { return !(a == b); }
-  /// Whether the texts differ, byte for byte.
+  /// Reports whether the texts differ in any byte.
   friend bool operator!=(const CString& a, const char* b) { return !(a == b); }
-  /// Whether the texts differ, byte for byte.
+  /// Reports whether the texts differ in any byte.
   friend bool operator!=(const char* a, const CString& b) { return !(a == b); }
 
  private:
@@ -62,30 +68,31 @@ class CString {
 /// A growing array of texts.
 class CStringArray {
  public:
-  /// Number of elements.
+  /// Returns the number of elements.
   std::ptrdiff_t GetSize() const { return static_cast<std::ptrdiff_t>(items_.size()); }
-  /// Number of elements.
+  /// Returns the number of elements.
   std::ptrdiff_t GetCount() const { return GetSize(); }
-  /// Whether there is no element.
+  /// Reports whether there are no elements.
   bool IsEmpty() const { return items_.empty(); }
+  /// Returns an element. Throws std::out_of_range for a wrong index.
   /// @param index 0 to GetSize() - 1
   const CString& GetAt(std::ptrdiff_t index) const {
     return items_.at(static_cast<std::size_t>(index));
   }
-  /// @param index 0 to GetSize() - 1
+  /// Does the same as GetAt().
   const CString& operator[](std::ptrdiff_t index) const { return GetAt(index); }
-  /// Appends a copy of `text` and gives its index.
+  /// Appends a copy of `text` and returns its index.
   std::ptrdiff_t Add(const char* text) {
     items_.emplace_back(text);
     return GetSize() - 1;
   }
-  /// Sets the element at `index` (0 or more), growing the array with empty
-  /// texts as far as needed.
+  /// Sets the element at `index`, which is 0 or more. Adds empty texts before it if the array is
+  /// shorter.
   void SetAtGrow(std::ptrdiff_t index, const char* text) {
     if (index >= GetSize()) items_.resize(static_cast<std::size_t>(index) + 1);
     items_[static_cast<std::size_t>(index)] = CString(text);
   }
-  /// Drops all elements.
+  /// Removes all elements.
   void RemoveAll() { items_.clear(); }
 
  private:

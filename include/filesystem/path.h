@@ -1,8 +1,17 @@
 #pragma once
 /// @file
-/// Path text: taking paths apart and relating them to each other. Texts are in
-/// the process code page; both `\` and `/` separate unless a function says
-/// otherwise. Only ParentDirectory looks at the disk.
+/// Path text: splitting paths and comparing them. Texts are in the process code page. Both `\` and
+/// `/` separate components unless a function says otherwise. Only ParentDirectory accesses the
+/// disk, and no function reports an error.
+///
+/// @code
+/// using namespace FileSystem;
+/// extractPath("C:\\logs\\app.old.txt");              // "C:\\logs\\"
+/// extractFilename("C:\\logs\\app.old.txt");          // "app.old.txt"
+/// extractName("C:\\logs\\app.old.txt");              // "app.old"
+/// replaceExtension("C:\\logs\\app.txt", "bak");      // "C:\\logs\\app.bak"
+/// subPath("C:\\Logs\\", "c:\\logs\\2024\\app.txt");  // "2024\\app.txt"
+/// @endcode
 
 #include <filesystem/export.h>
 #include <filesystem/mfc_text.h>
@@ -11,77 +20,77 @@
 
 namespace FileSystem {
 
-/// Drive of a path, such as `C:`.
-/// @param path any path; only the text up to its first zero byte counts
-/// @return the first two bytes if the second is a colon, white space trimmed;
-///         otherwise the empty text
+/// Returns the drive of a path, such as `C:`.
+/// @param path any path, up to its first zero byte
+/// @return the first two bytes without white space if the second is a colon; otherwise empty
 FILESYSTEM_API std::string extractDrive(const std::string& path);
 
-/// Drive and directory of a path, up to and including the last separator.
-/// @param path any path; separators come back as they stand
-/// @return drive and directory with white space trimmed from both ends; empty
-///         if there is neither. A directory of over 255 bytes is cut.
+/// Returns the drive and directory of a path, including the last separator.
+/// @param path any path, up to its first zero byte; its separators are kept unchanged
+/// @return drive and directory without white space at the ends; empty if the path has neither. A
+///         directory is cut to 255 bytes.
 FILESYSTEM_API std::string extractPath(const std::string& path);
 
-/// File name with extension.
-/// @param path any path
-/// @return what stands behind the last separator, blanks trimmed from the two
-///         ends of the extension only; empty for a path that ends in a
-///         separator. Name and extension are cut at 255 bytes each.
+/// Returns the file name with its extension.
+/// @param path any path, up to its first zero byte
+/// @return the text after the last separator, without spaces at the end of the extension; spaces
+///         around the name are kept. Empty for a path that ends in a separator. Name and extension
+///         are cut to 255 bytes each.
 FILESYSTEM_API std::string extractFilename(const std::string& path);
 
-/// File name without extension.
-/// @param path any path
-/// @return what stands between the last separator and the last dot behind it,
-///         blanks trimmed; cut at 255 bytes
+/// Returns the file name without its extension.
+/// @param path any path, up to its first zero byte
+/// @return the text between the last separator and the last dot after it, without spaces at the
+///         ends; cut to 255 bytes
 FILESYSTEM_API std::string extractName(const std::string& path);
 
-/// Extension with its leading dot.
-/// @param path any path
-/// @return the text from the last dot behind the last separator on, blanks
-///         trimmed; empty if there is no such dot; cut at 255 bytes
+/// Returns the extension with its dot.
+/// @param path any path, up to its first zero byte
+/// @return the text from the last dot after the last separator, without spaces at its end; empty if
+///         there is no such dot; cut to 255 bytes
 FILESYSTEM_API std::string extractExtension(const std::string& path);
 
-/// A path with its extension replaced, or appended if it has none.
-/// @param path      any path
-/// @param extension the new extension, with or without its dot; empty removes
-///                  the old one
-/// @return the new path with blanks trimmed from both ends; cut at 260 bytes
+/// Replaces the extension of a path, or appends it if the path has none.
+/// @param path      any path, up to its first zero byte
+/// @param extension the new extension, with or without its dot; empty to remove the old one
+/// @return the new path without spaces at its ends; cut to 260 bytes
 FILESYSTEM_API std::string replaceExtension(const std::string& path, const std::string& extension);
 
-/// Whether two paths are the same text but for letter case.
+/// Compares two paths as text, ignoring case.
 ///
-/// Nothing is resolved: `\` and `/` differ, and so do paths with and without a
-/// trailing separator.
-/// @return true if the texts are equal after lower-casing
+/// Nothing is resolved: `\` differs from `/`, and a path with a trailing separator from the same
+/// path without one. Accented letters are compared as in Windows-1252, all others by the global
+/// locale.
+/// @return true if the texts are equal in lower case
 FILESYSTEM_API bool pathEqual(const std::string& first, const std::string& second);
 
-/// A path without the folder in front of it.
-/// @param base folder text, with its trailing separator; compared as plain
-///             text without regard to letter case
+/// Returns the part of a path that follows a base directory.
+/// @param base directory with its trailing separator; compared as text, ignoring case
 /// @param path any path
-/// @return what stands behind `base` in `path`, or all of `path` if it does not
-///         begin with `base` or holds nothing more
+/// @return the part of `path` after `base`; all of `path` if it does not begin with `base` or is
+/// not
+///         longer
 FILESYSTEM_API std::string subPath(const std::string& base, const std::string& path);
 
-/// The folder above a path. Looks at the disk, to tell a file from a folder
-/// where the text alone does not.
-/// @param path zero-terminated path; null counts as empty; at most 259 bytes
-///             are looked at
-/// @return the folder, as a rule with a trailing `\`; a root gives itself
+/// Returns the directory that contains a path. Checks the disk for a file of that name, because the
+/// text alone does not distinguish a file from a directory if its separators are `/`.
+/// @param path zero-terminated path; null counts as empty; only the first 259 bytes count. One
+///             trailing `\` is ignored.
+/// @return the text up to the last `\`. A path without `\` is returned with a `\` appended. Empty
+/// for
+///         an empty path and for the bare name of an existing file.
 FILESYSTEM_API CString ParentDirectory(const char* path);
 
-/// The root of a path: a drive with its separator, a share, or the first
-/// component of a relative path.
-/// @param path zero-terminated path; null counts as empty; at most 259 bytes
-///             are looked at
-/// @param root filled in; what it held before is lost
+/// Finds the root of a path: a drive with its separator, a server and share, or the first component
+/// of a relative path. A pair of separators begins a server name wherever it is in the path.
+/// @param path zero-terminated path; null counts as empty; only the first 259 bytes count
+/// @param root receives the root, with its trailing separator if the path has one
 FILESYSTEM_API void PathRoot(const char* path, CString& root);
 
-/// A text without the characters that a file name cannot hold:
-/// `\ / : ? " < > |`. They are deleted, not replaced; `*` stays.
-/// @param name a file name, not a path, whose separators would go
-/// @return the rest of the bytes in their order
+/// Removes the characters that a file name cannot hold: `\ / : ? " < > |`. Keeps `*`, control
+/// characters, and spaces and dots at the end.
+/// @param name a file name; a path would lose its separators
+/// @return the remaining bytes in their order, possibly none
 FILESYSTEM_API std::string eraseInvalidCharacter(const std::string& name);
 
 }  // namespace FileSystem

@@ -1,7 +1,11 @@
 #pragma once
 /// @file
-/// Whole files as one text of bytes. No newline, byte order mark or encoding is
-/// looked at.
+/// Whole files as texts of bytes, without newline translation, byte order marks or encodings.
+///
+/// @code
+/// std::string text = FileSystem::readContent("C:\\notes.txt");
+/// if (!FileSystem::writeContent("C:\\notes.txt", text + "one more line\n")) { ... }
+/// @endcode
 
 #include <filesystem/export.h>
 
@@ -9,17 +13,20 @@
 
 namespace FileSystem {
 
-/// The bytes of a file.
+/// Reads a file.
 /// @param path path of the file
-/// @return the content; empty if the file is empty or cannot be opened. After a
-///         read error, the bytes read so far.
+/// @return its content; empty if the file is empty or cannot be opened. After a read error, the
+/// bytes
+///         before the error.
 FILESYSTEM_API std::string readContent(const std::string& path);
 
-/// Replaces the content of a file, or makes the file.
-/// @param path    path of the file; its folder must exist
-/// @param content the bytes
-/// @return true if the file could be opened and took the data. Of content below
-///         2 MiB only the opening is known: it is written when the file closes.
+/// Replaces the content of a file in place, or creates the file. The old content is lost before the
+/// new one is written, and a process that is killed between the two leaves an incomplete file.
+/// @param path    path of the file; its directory must exist
+/// @param content the new content
+/// @return false if the file cannot be opened, or if content of 2 MiB or more cannot be written.
+///         Smaller content is written when the file closes, and a failure of that write, such as a
+///         full disk, is not reported.
 FILESYSTEM_API bool writeContent(const std::string& path, const std::string& content);
 
 }  // namespace FileSystem

@@ -1,8 +1,17 @@
 #pragma once
 /// @file
-/// XML as plain text: escaping, and elements and attributes found by substring
-/// search, with no document tree. Nothing here is a parser: comments, CDATA
-/// sections, namespaces and quotes are not looked at. Texts are bytes.
+/// XML as plain text: escaping, and elements and attributes found by substring search, without a
+/// document tree. This is no parser: comments, CDATA sections, namespaces and quotes are ordinary
+/// text. Texts are bytes in any encoding that extends ASCII. An element or attribute that is not
+/// found is reported as an empty text.
+///
+/// @code
+/// namespace Xml = FileSystem::Xml;
+/// std::string text = Xml::xmlDefine("User", "Ann & Bob");  // <user>Ann &amp; Bob</user>
+/// Xml::xmlContent(text, "User", false);                    // Ann & Bob
+/// Xml::xmlExtract(text, "User", true);                     // the element; text is empty now
+/// Xml::xmlAttribute("<item id=\"7\"/>", "item", "id");     // 7
+/// @endcode
 
 #include <filesystem/export.h>
 
@@ -10,80 +19,78 @@
 
 namespace FileSystem {
 
-/// Whether a file starts like an XML document: its first word begins with the
-/// five bytes `<?xml`, white space in front aside.
-/// @param path path of the file
-/// @return 1 or 0; a file that cannot be read gives 0
+/// Reports whether a file begins like an XML document: with the five bytes `<?xml`, after white
+/// space of the global locale. A byte order mark is no white space.
+/// @param path path of the file, not null
+/// @return 1 or 0; 0 also if the file cannot be read
 FILESYSTEM_API int isFileXml(const char* path);
 
 namespace Xml {
 
-/// Escapes text for the place between tags or inside a double-quoted attribute:
-/// the five characters `< > & ' "` become named entities, and control
-/// characters other than 0, tab, line feed and carriage return are dropped.
+/// Escapes text for use between tags or inside an attribute in double quotes: replaces `<`, `>`,
+/// `&`,
+/// `'` and `"` by named entities, and drops the control characters other than 0, tab, line feed and
+/// carriage return.
 FILESYSTEM_API std::string toXml(const std::string& text);
 
-/// Undoes the five named entities, one after the other in the order `&lt;`,
-/// `&gt;`, `&amp;`, `&apos;`, `&quot;`; what one replacement makes feeds the
-/// replacements of its own kind and of the later ones. Numeric references stay.
-/// Linear in the length of the text.
+/// Replaces the named entities of toXml() by their characters, kind by kind in the order `&lt;`,
+/// `&gt;`, `&amp;`, `&apos;`, `&quot;`. An `&` that results is combined with the text after it, but
+/// not to one of the earlier kinds: `&amp;quot;` becomes `"`, `&amp;lt;` becomes `&lt;`. Numeric
+/// references and all other text are kept unchanged. Takes linear time.
 FILESYSTEM_API std::string fromXml(const std::string& text);
 
-/// Turns free text into a tag or attribute name: accented letters become plain
-/// ones, blanks and marks become `_`, letters become small. Bytes are taken as
-/// Windows-1252. The result need not be a valid XML name.
+/// Makes a tag or attribute name of free text: replaces accented lower-case letters by plain ones,
+/// spaces and marks by `_`, `@` by `_at_`, and converts the result to lower case. Bytes are taken
+/// as Windows-1252. The result need not be a valid XML name: digits, colons and dots are kept, and
+/// an empty text remains empty.
 FILESYSTEM_API std::string toXmlTag(const std::string& name);
 
-/// Content of the first element of a name, nested elements of the same name
-/// paired.
-/// @param text         text that holds the element
-/// @param tag          its name, not empty; cleaned with toXmlTag
-/// @param wholeElement true for the element with its tags, not unescaped; false
-///                     for its content, unescaped
-/// @return the content; empty if the element is empty or not found
+/// Returns the content of the first element of a name. Nested elements of the same name are paired.
+/// @param text         text that contains the element
+/// @param tag          name of the element, not empty; converted by toXmlTag()
+/// @param wholeElement true for the element with its tags, not unescaped; false for its content,
+///                     unescaped
+/// @return the content or element; empty if the element is not found, is empty, or lacks an end tag
 FILESYSTEM_API std::string xmlContent(const std::string& text, const std::string& tag,
                                       bool wholeElement);
 
-/// Value of an attribute of the first element of a name, unescaped.
-/// @param text      text that holds the element
-/// @param tag       name of the element; cleaned with toXmlTag
-/// @param attribute name of the attribute; cleaned with toXmlTag
-/// @return the value; empty if it is empty or not found
+/// Returns the value of an attribute of the first element of a name, unescaped.
+/// @param text      text that contains the element
+/// @param tag       name of the element; converted by toXmlTag()
+/// @param attribute name of the attribute; converted by toXmlTag()
+/// @return the value; empty if it is empty, not found, or not in double quotes
 FILESYSTEM_API std::string xmlAttribute(const std::string& text, const std::string& tag,
                                         const std::string& attribute);
 
-/// Writes one element: `<name />` for an empty value, otherwise
-/// `<name>value</name>`.
-/// @param tag   name of the element; cleaned with toXmlTag
-/// @param value its content; escaped with toXml
+/// Writes one element: `<name />` for an empty value, otherwise `<name>value</name>`.
+/// @param tag   name of the element; converted by toXmlTag()
+/// @param value content; escaped by toXml()
 FILESYSTEM_API std::string xmlDefine(const std::string& tag, const std::string& value);
 
-/// Takes the first element of a name out of a text.
-/// @param text         the text; the element is removed from it, and nothing
-///                     around it. Unchanged if the element is not found.
-/// @param tag          its name, not empty; cleaned with toXmlTag
-/// @param wholeElement true for the element with its tags, not unescaped; false
-///                     for its content, unescaped. With false an empty element
-///                     written as a pair is not taken.
-/// @return the element or its content; empty also for an empty element, so that
-///         only the length of `text` tells whether one was removed
+/// Removes the first element of a name from a text.
+/// @param text         text that contains the element; loses the element and nothing around it.
+///                     Unchanged if the element is not found.
+/// @param tag          name of the element, not empty; converted by toXmlTag()
+/// @param wholeElement true for the element with its tags, not unescaped; false for its content,
+///                     unescaped. With false, `<name></name>` is not removed; `<name />` is.
+/// @return the element or its content. An empty result does not mean that nothing was removed:
+///         compare the size of `text` before and after.
 FILESYSTEM_API std::string xmlExtract(std::string& text, const std::string& tag, bool wholeElement);
 
-/// Forms that take names literally, return bytes as they stand, and do not look
-/// at nesting.
+/// Forms that take names literally, return bytes unchanged, and ignore nesting.
 namespace Raw {
 
-/// Bytes between the first start tag of a name and the first closing tag.
-/// @param text text that holds the element
-/// @param tag  its name, as it stands in the text
-/// @return the bytes; empty if the element is empty or not found
+/// Returns the bytes between the first start tag of a name and the first end tag.
+/// @param text text that contains the element
+/// @param tag  name of the element, as in the text
+/// @return the bytes; empty if the element is not found, is empty, or lacks an end tag
 FILESYSTEM_API std::string xmlContent(const std::string& text, const std::string& tag);
 
-/// Bytes of an attribute's value in the first element of a name.
-/// @param text      text that holds the element
-/// @param tag       name of the element, as it stands in the text
-/// @param attribute name of the attribute, as it stands in the text
-/// @return the bytes; empty if the value is empty or not found
+/// Returns the value of an attribute of the first element of a name, not unescaped.
+/// @param text      text that contains the element
+/// @param tag       name of the element, as in the text
+/// @param attribute name of the attribute, as in the text
+/// @return the bytes; empty if the value is empty, not found, or not in double quotes
 FILESYSTEM_API std::string xmlAttribute(const std::string& text, const std::string& tag,
                                         const std::string& attribute);
 

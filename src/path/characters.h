@@ -1,6 +1,6 @@
 #pragma once
-// Stepping through path text by character, so that the second byte of a
-// double-byte character is never taken for a separator or a dot.
+// Iterating over path text by character. In a double-byte code page the second byte of a character
+// can equal a separator or a dot.
 
 #include <cstddef>
 #include <string_view>
@@ -11,7 +11,7 @@ namespace FileSystem::Detail {
 
 constexpr bool isSeparator(char c) { return c == '\\' || c == '/'; }
 
-// Bytes of the character at `position`, which must lie inside the text.
+// Returns the number of bytes of the character at `position`, which must be inside the text.
 inline std::size_t characterLength(std::string_view text, std::size_t position) {
   const bool pair =
       position + 1 < text.size() && IsDBCSLeadByte(static_cast<BYTE>(text[position])) != FALSE;

@@ -1,5 +1,5 @@
-// Taking one path apart, and giving it another extension. Pure text: what the
-// functions differ in is which parts they take and how they trim them.
+// Splitting a path and replacing its extension. Each function has its own trim: spaces only, or all
+// white space.
 
 #include <filesystem/path.h>
 
@@ -10,7 +10,7 @@
 namespace FileSystem {
 namespace {
 
-bool isBlank(char c) { return c == ' '; }
+bool isSpace(char c) { return c == ' '; }
 
 bool isWhiteSpace(char c) { return c == ' ' || c == '\r' || c == '\n' || c == '\t'; }
 
@@ -21,7 +21,7 @@ std::string_view trimmed(std::string_view text, Test test) {
   return text;
 }
 
-// Only the text in front of the first zero byte is a path.
+// A path ends at its first zero byte.
 Detail::PathParts split(const std::string& path) { return Detail::splitPath(path.c_str()); }
 
 }  // namespace
@@ -40,7 +40,7 @@ std::string extractPath(const std::string& path) {
 
 std::string extractFilename(const std::string& path) {
   const Detail::PathParts parts = split(path);
-  const std::string_view extension = trimmed(parts.extension, isBlank);
+  const std::string_view extension = trimmed(parts.extension, isSpace);
   // Both are adjacent in the path unless the name was cut. Joining them with
   // boost::format("%s%s") would take 20 times as many instructions.
   if (parts.name.data() + parts.name.size() == extension.data()) {
@@ -50,18 +50,18 @@ std::string extractFilename(const std::string& path) {
 }
 
 std::string extractName(const std::string& path) {
-  return std::string(trimmed(split(path).name, isBlank));
+  return std::string(trimmed(split(path).name, isSpace));
 }
 
 std::string extractExtension(const std::string& path) {
-  return std::string(trimmed(split(path).extension, isBlank));
+  return std::string(trimmed(split(path).extension, isSpace));
 }
 
 std::string replaceExtension(const std::string& path, const std::string& extension) {
   Detail::PathParts parts = split(path);
   parts.extension = extension.c_str();
   const auto composed = Detail::composePath(parts);
-  return std::string(trimmed(composed.view(), isBlank));
+  return std::string(trimmed(composed.view(), isSpace));
 }
 
 }  // namespace FileSystem

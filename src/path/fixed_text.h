@@ -1,6 +1,5 @@
 #pragma once
-// A text of limited length: what goes beyond the limit is cut without notice,
-// as lstrcpynA does it.
+// A text of limited size, which is cut without notice as by lstrcpynA.
 
 #include <algorithm>
 #include <cstddef>
@@ -9,15 +8,15 @@
 
 namespace FileSystem::Detail {
 
-// Size in bytes of the usual buffer for a path, terminator included.
+// Size of a path buffer in bytes, including the terminator.
 inline constexpr std::size_t kPathBuffer = 260;
 
-// Holds at most Size - 1 bytes and their terminator.
+// Holds at most Size - 1 bytes and a terminator.
 template <std::size_t Size>
 class FixedText {
  public:
   FixedText() = default;
-  // Null counts as empty. No more than the bytes that are kept are looked at.
+  // Null counts as empty. Reads no more bytes than are kept.
   explicit FixedText(const char* text) {
     if (text != nullptr) append({text, strnlen(text, Size - 1)});
   }
@@ -28,7 +27,7 @@ class FixedText {
     text.copy(text_ + size_, count);
     truncate(size_ + count);
   }
-  // Keeps the first `size` bytes, which must be there.
+  // Keeps the first `size` bytes. The text must not be shorter.
   void truncate(std::size_t size) {
     size_ = size;
     text_[size] = '\0';

@@ -1,6 +1,3 @@
-// Lower-casing: a fixed table for accented letters, the global locale for the
-// rest.
-
 #include "path/lower_case.h"
 
 #include <array>
@@ -10,9 +7,9 @@
 namespace FileSystem::Detail {
 namespace {
 
-// For each byte its folded value, or 0 where the locale decides. The capitals
-// are À Â Ç È É Ê Ë Î Ï Ô Ö Ù Û; their small letters stand 0x20 above them and
-// are taken out of the locale's hands too.
+// The lower-case value of each byte, or 0 for the bytes that the locale converts. The capitals are
+// À Â Ç È É Ê Ë Î Ï Ô Ö Ù Û in Windows-1252. Their lower-case letters, 0x20 above them, are in the
+// table too: no locale changes them.
 constexpr std::array<unsigned char, 256> makeAccentTable() {
   constexpr unsigned char kCapitals[] = {0xC0, 0xC2, 0xC7, 0xC8, 0xC9, 0xCA, 0xCB,
                                          0xCE, 0xCF, 0xD4, 0xD6, 0xD9, 0xDB};

@@ -1,20 +1,19 @@
 #pragma once
-// The library's lower-casing of narrow text, byte for byte, so that the length
-// stays.
+// Lower-casing, byte for byte: the size of a text does not change.
 
 #include <string>
 #include <string_view>
 
 namespace FileSystem::Detail {
 
-// Folds the accented capitals of Western European languages as Windows-1252
-// encodes them, whatever the code page, and every other byte by the global
-// locale of the moment. Changes `text` in place and gives it back.
+// Lower-cases `text` in place and returns it. Converts 13 accented capitals of Windows-1252 in any
+// code page, and all other bytes by the current global locale.
 std::string& lowerCase(std::string& text);
 
+// Returns a lower-cased copy.
 std::string lowerCaseCopy(const std::string& text);
 
-// Whether two texts are the same once they are lower-cased.
+// Reports whether two texts are equal in lower case.
 bool equalIgnoringCase(std::string_view first, std::string_view second);
 
 }  // namespace FileSystem::Detail

@@ -1,5 +1,3 @@
-// Making a file name of a text.
-
 #include <filesystem/path.h>
 
 #include <string_view>

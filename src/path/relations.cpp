@@ -1,5 +1,5 @@
-// A path in relation to another, or to the folders above it. Nothing is
-// resolved; only ParentDirectory asks the disk.
+// Comparing paths, and finding their parents and roots. No path is resolved, and only
+// ParentDirectory accesses the disk.
 
 #include <filesystem/files.h>
 #include <filesystem/path.h>
@@ -17,24 +17,24 @@ namespace {
 using Detail::characterLength;
 using Detail::isSeparator;
 
-// Position behind the next separator from `start` on, or the text's size.
-std::size_t behindSeparator(std::string_view text, std::size_t start) {
+// Returns the position after the first separator at or after `start`, or the size of the text.
+std::size_t afterSeparator(std::string_view text, std::size_t start) {
   for (std::size_t i = start; i < text.size(); i += characterLength(text, i)) {
     if (isSeparator(text[i])) return i + 1;
   }
   return text.size();
 }
 
-// Position behind the first two neighbouring separators, or npos.
-std::size_t behindSeparatorPair(std::string_view text) {
+// Returns the position after the first two adjacent separators, or npos.
+std::size_t afterSeparatorPair(std::string_view text) {
   for (std::size_t i = 0; i + 1 < text.size(); i += characterLength(text, i)) {
     if (isSeparator(text[i]) && isSeparator(text[i + 1])) return i + 2;
   }
   return std::string_view::npos;
 }
 
-// Length up to and including the last backslash; the whole text if it has none.
-std::size_t behindLastBackslash(std::string_view text) {
+// Returns the position after the last backslash, or the size of a text without one.
+std::size_t afterLastBackslash(std::string_view text) {
   std::size_t end = text.size();
   for (std::size_t i = 0; i < text.size(); i += characterLength(text, i)) {
     if (text[i] == '\\') end = i + 1;
@@ -43,10 +43,10 @@ std::size_t behindLastBackslash(std::string_view text) {
 }
 
 std::size_t rootLength(std::string_view path) {
-  const std::size_t server = behindSeparatorPair(path);
-  if (server == std::string_view::npos) return behindSeparator(path, 0);
-  const std::size_t share = behindSeparator(path, server);
-  return behindSeparator(path, share);
+  const std::size_t server = afterSeparatorPair(path);
+  if (server == std::string_view::npos) return afterSeparator(path, 0);
+  const std::size_t share = afterSeparator(path, server);
+  return afterSeparator(path, share);
 }
 
 }  // namespace
@@ -68,7 +68,7 @@ CString ParentDirectory(const char* path) {
     const Detail::PathParts parts = Detail::splitPath(folder.view());
     folder = Detail::PathText(Detail::composePath({parts.drive, parts.directory, {}, {}}).view());
   }
-  folder.truncate(behindLastBackslash(folder.view()));
+  folder.truncate(afterLastBackslash(folder.view()));
 
   std::string parent(folder.view());
   if (!parent.empty() && parent.back() != '\\') parent += '\\';

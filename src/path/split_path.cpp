@@ -1,6 +1,3 @@
-// Splitting and composing of paths, in one pass and without a buffer for each
-// component.
-
 #include "path/split_path.h"
 
 #include <array>
@@ -12,7 +9,7 @@ namespace FileSystem::Detail {
 
 namespace {
 
-// Where the name begins, and the last dot in it or npos.
+// Where a file name begins, and the last dot in it or npos.
 struct NameStart {
   std::size_t name = 0;
   std::size_t dot = std::string_view::npos;
@@ -21,8 +18,7 @@ struct NameStart {
 // Lead bytes of double-byte characters have the highest bit set.
 constexpr bool mayLead(char c) { return (static_cast<unsigned char>(c) & 0x80) != 0; }
 
-// Bytes that can be passed by: they do not divide, and tell nothing about what
-// stands behind them.
+// The bytes that can be skipped: neither separators or dots, nor halves of a character.
 constexpr std::array<bool, 256> makePlain() {
   std::array<bool, 256> plain{};
   for (std::size_t byte = 0; byte < plain.size(); ++byte) {
@@ -34,8 +30,9 @@ constexpr std::array<bool, 256> makePlain() {
 
 constexpr std::array<bool, 256> kPlain = makePlain();
 
-// Looks from the end. Nothing if one of the bytes that were looked at can be half
-// of a character.
+// Searches backward, which is faster because a file name is short. A byte that may be half of a
+// character ends the search without a result: only a forward search finds the character's
+// beginning.
 std::optional<NameStart> findNameFromEnd(std::string_view text) {
   NameStart found;
   for (std::size_t i = text.size(); i > 0; --i) {

@@ -1,6 +1,6 @@
 #pragma once
-// Splitting and composing of paths by the rules of _splitpath and _makepath,
-// bounded: no component goes beyond the limits that those functions state.
+// Splitting and composing paths by the rules of _splitpath and _makepath, with components cut to
+// the limits of those functions.
 
 #include <cstddef>
 #include <string_view>
@@ -9,25 +9,25 @@
 
 namespace FileSystem::Detail {
 
-// Longest directory, file name and extension, in bytes; longer ones are cut.
+// The longest directory, file name and extension, in bytes.
 inline constexpr std::size_t kLongestComponent = 255;
 
-// Size in bytes of a composed path, terminator included.
+// Size of the buffer for a composed path in bytes, including the terminator.
 inline constexpr std::size_t kComposedBuffer = 261;
 
-// Views of the text that was split.
+// Views of parts of a path.
 struct PathParts {
   std::string_view drive;      // `C:`
-  std::string_view directory;  // up to and including the last separator
+  std::string_view directory;  // including the last separator
   std::string_view name;       // without extension
-  std::string_view extension;  // from its dot on
+  std::string_view extension;  // with its dot
 };
 
+// Returns views of `path`.
 PathParts splitPath(std::string_view path);
 
-// Adds the separator behind a directory and the dot before an extension where
-// they are missing. Empty parts are left out, and what goes beyond the limit is
-// cut.
+// Composes a path. Adds a `\` after a directory and a dot before an extension where they are
+// missing, and cuts the path to the size of its buffer.
 FixedText<kComposedBuffer> composePath(const PathParts& parts);
 
 }  // namespace FileSystem::Detail

@@ -4,7 +4,7 @@
 
 namespace FileSystem::Detail {
 
-// Returns a folder text that ends in `\`. A trailing `/` counts as no separator.
+// Returns a directory with a trailing `\`. A trailing `/` does not count.
 inline std::string withBackslash(std::string folder) {
   if (!folder.ends_with('\\')) folder += '\\';
   return folder;
