@@ -14,9 +14,18 @@ install(DIRECTORY include/filesystem DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}"
 if(TARGET vesk-fs)
   install(TARGETS vesk-fs RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT program)
   option(VESK_DEBIAN "Install documents as Debian's packages have them" OFF)
-  if(NOT VESK_DEBIAN)
+  set(zsh_directory "zsh/site-functions")
+  if(VESK_DEBIAN)
+    set(zsh_directory "zsh/vendor-completions")
+  else()
     install(FILES docs/vesk-fs.1 DESTINATION "${CMAKE_INSTALL_MANDIR}/man1" COMPONENT program)
   endif()
+  install(FILES tools/completions/vesk-fs.bash RENAME vesk-fs
+    DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions" COMPONENT program)
+  install(FILES tools/completions/_vesk-fs
+    DESTINATION "${CMAKE_INSTALL_DATADIR}/${zsh_directory}" COMPONENT program)
+  install(FILES tools/completions/vesk-fs.fish
+    DESTINATION "${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d" COMPONENT program)
   # The program finds the library next to it, wherever the prefix is moved. A distribution's
   # package, whose library is in a directory of the system, sets VESK_RPATH to off.
   option(VESK_RPATH "Let the installed program find the library under its own prefix" ON)

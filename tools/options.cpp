@@ -161,7 +161,6 @@ void describe(CLI::App& app, Options& options) {
   app.add_flag("-v,--verbose", options.output.verbose, "write a line for every entry");
   app.fallthrough();
   app.get_formatter()->label("SUBCOMMAND", "COMMAND");
-  app.get_formatter()->label("Subcommands", "Commands");
   app.footer(
       "`vesk-fs COMMAND --help` describes a command. The exit status is 0 for success, 1 for\n"
       "failure and 2 for wrong usage.\n");
@@ -174,4 +173,5 @@ void describe(CLI::App& app, Options& options) {
   describeExtract(app, options);
   describeDirectoryCommands(app, options);
   describeFileCommands(app, options);
+  for (CLI::App* command : app.get_subcommands({})) command->group("Commands");
 }

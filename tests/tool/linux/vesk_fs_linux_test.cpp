@@ -55,6 +55,26 @@ import json
 assert json.load(open("json"))[0]["name"] == "a\x1b[31m\nb\x7f\u009b\u202e\u00e9")");
 }
 
+// The man page and the completions have every command and every option.
+TEST_F(VeskFs, IsDescribedCompletely) {
+  write("check", R"sh(
+set -eu
+vesk_fs=$1 source=$2
+commands=$($vesk_fs --help | sed -n '/^Commands:/,/^$/s/^  \([a-z]\+\) .*/\1/p')
+echo $commands | wc -w
+options=$(for command in '' $commands; do $vesk_fs $command --help; done |
+          grep -oE '^  (-[a-z],)?--[a-z-]+' | sed 's/.*--//' | sort -u)
+echo $options | wc -w
+for file in docs/vesk-fs.1 tools/completions/vesk-fs.bash tools/completions/_vesk-fs \
+            tools/completions/vesk-fs.fish; do
+  for word in $commands $options; do
+    sed 's/\\-/-/g' "$source/$file" | grep -qw -e "$word" || echo "$file: $word"
+  done
+done)sh");
+  EXPECT_EQ(support::outputOf(folder_.path(), "sh check " VESK_FS " " VESK_TEST_DATA "/../.. 2>&1"),
+            "12\n12\n");
+}
+
 // Types a password when it is asked for.
 TEST_F(VeskFs, AsksForAPassword) {
   write("one", "1");

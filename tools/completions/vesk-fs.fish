@@ -1,0 +1,37 @@
+# fish completion for vesk-fs
+
+set -l commands pack unpack list test add remove extract tree copy sweep version xml
+
+# Writes the entry names of the archive, the word after the command.
+function __vesk_fs_entries
+    set -l words (commandline -opc | string match -v -- '-*')
+    set -q words[3]; and vesk-fs list -- $words[3] 2>/dev/null
+end
+
+complete -c vesk-fs -s h -l help -d 'Describe the program or a command'
+complete -c vesk-fs -s q -l quiet -d 'Write no summary, warning or progress'
+complete -c vesk-fs -s v -l verbose -d 'Write a line for every entry'
+
+complete -c vesk-fs -n "not __fish_seen_subcommand_from $commands" -f
+complete -c vesk-fs -n "not __fish_seen_subcommand_from $commands" -l version -d 'Write the version'
+for line in 'pack Pack all files of a directory' 'unpack Unpack an archive' \
+        'list Write the names of entries' 'test Check every entry' 'add Add files' \
+        'remove Remove entries' 'extract Extract entries' 'tree Write the paths of all files' \
+        'copy Copy a file or a directory' 'sweep Delete old files' \
+        'version Write the version of an executable' 'xml Read XML'
+    set -l words (string split -m 1 ' ' $line)
+    complete -c vesk-fs -n "not __fish_seen_subcommand_from $commands" -a $words[1] -d $words[2]
+end
+
+complete -c vesk-fs -n '__fish_seen_subcommand_from unpack test add extract' -x -l password \
+    -d 'Password, visible to other users'
+complete -c vesk-fs -n '__fish_seen_subcommand_from unpack test add extract' -r -l password-file \
+    -d 'File whose first line is the password'
+complete -c vesk-fs -n '__fish_seen_subcommand_from unpack' -l no-overwrite -d 'Keep existing files'
+complete -c vesk-fs -n '__fish_seen_subcommand_from list' -s l -l long -d 'With sizes and dates'
+complete -c vesk-fs -n '__fish_seen_subcommand_from list' -l json -d 'As JSON'
+complete -c vesk-fs -n '__fish_seen_subcommand_from list remove extract' -a '(__vesk_fs_entries)'
+complete -c vesk-fs -n '__fish_seen_subcommand_from add' -x -l name -d 'Name of the entry'
+complete -c vesk-fs -n '__fish_seen_subcommand_from add' -l encrypt -d 'Ask for a password'
+complete -c vesk-fs -n '__fish_seen_subcommand_from sweep' -l dry-run -d 'Delete nothing'
+complete -c vesk-fs -n '__fish_seen_subcommand_from xml' -a get -d 'Write an element or attribute'
