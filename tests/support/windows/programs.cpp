@@ -1,6 +1,6 @@
 // Runs the shell of the system that Wine runs on. Wine starts its programs, but
-// gives no handle to wait for and no pipe to read from: the shell writes into
-// files, the status last.
+// provides neither a handle to wait for nor a pipe to read from. So the shell
+// writes into files: first its process id, last the status.
 
 #include "support/programs.h"
 
@@ -29,11 +29,20 @@ std::string withPlainLineEnds(const std::string& text) {
   return plain;
 }
 
+// True if the shell has written its process id and has not exited. Z: is the root
+// of the system that Wine runs on.
+bool isShellRunning(const TemporaryFolder& files) {
+  std::string id;
+  std::ifstream(files.path() / "pid") >> id;
+  return !id.empty() && std::filesystem::exists("Z:\\proc\\" + id);
+}
+
 Result runShell(const std::filesystem::path& folder, const std::string& command) {
   const TemporaryFolder files;
   const std::string own = shellPath(files.path());
   std::ofstream script(files.path() / "script", std::ios::binary);
-  script << "exec >'" << own << "/output' 2>/dev/null\n"
+  script << "echo $$ >'" << own << "/starting' && mv '" << own << "/starting' '" << own << "/pid'\n"
+         << "exec >'" << own << "/output' 2>/dev/null\n"
          << "cd '" << shellPath(folder) << "' && { " << command << " ; }\n"
          << "echo $? >'" << own << "/ending' && mv '" << own << "/ending' '" << own << "/status'\n";
   script.close();
@@ -46,14 +55,20 @@ Result runShell(const std::filesystem::path& folder, const std::string& command)
                      &startup, &process) == FALSE) {
     return {};
   }
-  constexpr std::chrono::minutes kLongest{5};
-  const auto limit = std::chrono::steady_clock::now() + kLongest;
-  while (!std::filesystem::exists(files.path() / "status")) {
-    if (std::chrono::steady_clock::now() > limit) return {};
+  constexpr std::chrono::seconds kLongestStart{20};
+  const auto limit = std::chrono::steady_clock::now() + kLongestStart;
+  const std::filesystem::path status = files.path() / "status";
+  while (!std::filesystem::exists(status)) {
+    const bool isRunning = isShellRunning(files);
+    if (!isRunning && !std::filesystem::exists(files.path() / "pid")) {
+      if (std::chrono::steady_clock::now() > limit) return {};
+    } else if (!isRunning && !std::filesystem::exists(status)) {
+      return {};
+    }
     std::this_thread::sleep_for(std::chrono::milliseconds(2));
   }
   Result result;
-  std::ifstream(files.path() / "status") >> result.status;
+  std::ifstream(status) >> result.status;
   result.output = withPlainLineEnds(readFile(files.file("output")));
   return result;
 }
