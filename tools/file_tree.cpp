@@ -36,7 +36,9 @@ class Walk {
   void visit(const fs::directory_entry& entry, const std::string& name) {
     std::error_code error;
     if (entry.is_directory(error)) {
-      if (!entry.is_symlink(error) || !isCycle(entry.path())) enter(entry.path(), name + '/');
+      if (!entry.is_symlink(error) || !isCycle(entry.path())) {
+        enter(entry.path(), name + static_cast<char>(fs::path::preferred_separator));
+      }
     } else if (entry.is_regular_file(error)) {
       files_.push_back(libraryPath(name));
     } else {
