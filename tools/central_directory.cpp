@@ -8,7 +8,6 @@ namespace {
 
 constexpr std::uint32_t kLocalSignature = 0x04034b50;
 constexpr std::uint32_t kRecordSignature = 0x02014b50;
-constexpr std::uint32_t kEndSignature = 0x06054b50;
 constexpr std::uint32_t kEnd64Signature = 0x06064b50;
 constexpr std::uint32_t kLocator64Signature = 0x07064b50;
 constexpr std::size_t kLocalSize = 30;
@@ -207,22 +206,13 @@ std::optional<CentralDirectory> readCentralDirectory(const std::string& path) {
   const std::uint64_t tailSize = std::min<std::uint64_t>(file.size(), kEndSize + kLongestComment);
   const std::uint64_t tailStart = file.size() - tailSize;
   const std::string tail = file.read(tailStart, tailSize);
-  // A comment may contain what looks like an end record. A record whose comment
-  // ends with the file comes before others. The number of tries is bounded.
-  int tries = 16;
-  for (const bool exact : {true, false}) {
-    for (std::size_t i = tail.size() < kEndSize ? 0 : tail.size() - kEndSize + 1; i-- != 0;) {
-      const Bytes record = Bytes(tail).at(i);
-      if (record.u32(0) != kEndSignature) continue;
-      const std::size_t following = record.size() - kEndSize;
-      if (exact ? record.u16(20) != following : record.u16(20) >= following) continue;
-      if (tries-- == 0) return std::nullopt;
-      const End end = endAt(file, record, tailStart + i);
-      auto records = recordsOf(file, end);
-      if (!records) continue;
-      const std::uint64_t unused = unusedBefore(file, end, *records);
-      return CentralDirectory{*std::move(records), unused};
-    }
-  }
-  return std::nullopt;
+  // Only the last end record counts, as in the library and in other programs.
+  const std::size_t last =
+      tail.rfind("PK\5\6", tail.size() < kEndSize ? 0 : tail.size() - kEndSize);
+  if (last == std::string::npos) return std::nullopt;
+  const End end = endAt(file, Bytes(tail).at(last), tailStart + last);
+  auto records = recordsOf(file, end);
+  if (!records) return std::nullopt;
+  const std::uint64_t unused = unusedBefore(file, end, *records);
+  return CentralDirectory{*std::move(records), unused};
 }

@@ -4,8 +4,10 @@
 #include <filesystem/path.h>
 
 #include <cstdio>
+#include <unordered_set>
 
 #include "archive.h"
+#include "batch_extraction.h"
 #include "commands.h"
 #include "extraction.h"
 #include "password.h"
@@ -31,11 +33,28 @@ void writeToStandardOutput(Archive& archive, const Entry& entry, bool hasPasswor
   std::fwrite(bytes.data(), 1, bytes.size(), stdout);
 }
 
-// The file that an entry is extracted to: its whole path under the directory if a
-// pattern selected it, its last component otherwise.
-std::string targetOf(const Entry& entry, const std::string& directory, bool isPattern) {
-  if (isPattern) return directory + entry.name;
-  return directory + FileSystem::extractFilename(entry.name);
+// The entries that the pattern selects, without directories. Of entries of the
+// same name only the first can be extracted.
+std::vector<Entry> selectedFiles(const Archive& archive, const std::string& pattern) {
+  const std::vector<Entry> all = archive.entries();
+  std::vector<Entry> files;
+  std::unordered_set<std::string> seen;
+  for (const std::size_t i : selectEntries(archive.names(), {pattern}, archive.path())) {
+    if (!all[i].isDirectory() && seen.insert(all[i].name).second) files.push_back(all[i]);
+  }
+  if (files.empty()) throw Failure(inQuotes(pattern) + " selects only directories");
+  return files;
+}
+
+void extractToFile(Archive& archive, const Entry& entry, const std::string& target,
+                   bool hasPassword) {
+  const std::string file = isDirectoryName(target) ? withBackslash(creatablePath(target)) +
+                                                         FileSystem::extractFilename(entry.name)
+                                                   : creatablePath(target);
+  if (archive.zip().extract(entry.name.c_str(), file.c_str()) == 0) {
+    throw Failure("cannot extract " + inQuotes(entry.name) + ": " +
+                  extractionFailure(archive, entry, file, hasPassword));
+  }
 }
 
 }  // namespace
@@ -43,37 +62,21 @@ std::string targetOf(const Entry& entry, const std::string& directory, bool isPa
 void extract(const std::string& zip, const std::string& pattern, const std::string& target,
              const PasswordSource& password, Output& output) {
   Archive archive(zip, FileSystem::kAccessRead);
-  std::vector<Entry> all = archive.entries();
-  std::vector<Entry> entries;
-  for (const std::size_t i : selectEntries(archive.names(), {pattern}, zip)) {
-    entries.push_back(std::move(all[i]));
-  }
+  const std::vector<Entry> entries = selectedFiles(archive, pattern);
   const std::string text = passwordFor(entries, password, output);
   archive.zip().password(text.c_str());
-  const bool hasPassword = !text.empty();
-  const bool toStandardOutput = target == "-";
-  const bool isPattern = pattern.find_first_of("*?") != std::string::npos &&
-                         (entries.size() != 1 || entries[0].name != pattern);
-  const bool intoDirectory = isPattern || isDirectoryName(target);
-  const std::string base = intoDirectory ? withBackslash(creatablePath(target)) : "";
-  Progress progress(output, "extracting " + pattern);
-  if (toStandardOutput) passBytes(stdout);
-  for (const Entry& entry : entries) {
-    if (entry.isDirectory()) continue;
-    if (toStandardOutput) {
-      writeToStandardOutput(archive, entry, hasPassword);
-      continue;
-    }
-    const std::string file =
-        intoDirectory ? targetOf(entry, base, isPattern) : creatablePath(target);
-    const bool isExtracted = isPattern
-                                 ? archive.zip().extract(std::vector{entry.name}, base.c_str()) != 0
-                                 : archive.zip().extract(entry.name.c_str(), file.c_str()) != 0;
-    if (isExtracted) {
-      output.detail("extracted " + printable(entry.name));
-    } else {
-      output.fail("cannot extract " + inQuotes(entry.name) + ": " +
-                  extractionFailure(archive, entry, file, hasPassword));
-    }
+  std::uint64_t bytes = 0;
+  for (const Entry& entry : entries) bytes += entry.record.size;
+  Progress progress(output, "extracting " + pattern, bytes);
+  const bool hasWildcards = pattern.find_first_of("*?") != std::string::npos;
+  if (target == "-") {
+    passBytes(stdout);
+    for (const Entry& entry : entries) writeToStandardOutput(archive, entry, !text.empty());
+  } else if (entries.size() == 1 && (!hasWildcards || entries[0].name == pattern)) {
+    extractToFile(archive, entries[0], target, !text.empty());
+    output.detail("extracted " + printable(entries[0].name));
+  } else {
+    const std::string base = withBackslash(creatablePath(target));
+    BatchExtraction(archive, base, !text.empty(), output).run(entries, progress);
   }
 }

@@ -13,7 +13,7 @@ TEST_F(VeskFs, PacksAndUnpacks) {
       // As a shell completes the names of directories.
       {"pack in/ b.zip -q", 0, ""},
       {"-v unpack b.zip other//place/", 0,
-       "unpacked b.txt\nunpacked sub\\a.txt\nunpacked 2 files into other//place/\n"},
+       "extracted b.txt\nextracted sub\\a.txt\nunpacked 2 files into other//place/\n"},
   });
   EXPECT_EQ(shell("diff -r in out/deep && diff -r in other/place"), 0);
 
