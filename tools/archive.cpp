@@ -80,7 +80,9 @@ Archive::Archive(const std::string& path, unsigned int access) : path_(path) {
   // An archive without entries has no complete list either.
   std::vector<std::pair<std::string, std::string>> content;
   if (zip_.enumerate(names_) == 0 && (zip_.content(content) == 0 || !names_.empty())) {
-    throw Failure(inQuotes(path) + " is not a sound zip archive");
+    const bool isSplit = isSplitArchive(nativePath(path));
+    throw Failure(inQuotes(path) + (isSplit ? " is part of a split archive, which is not supported"
+                                            : " is not a sound zip archive"));
   }
 }
 

@@ -5,16 +5,10 @@
 #include <algorithm>
 
 #include "extraction.h"
-#include "paths.h"
+#include "file_tree.h"
 #include "text.h"
 
 namespace fs = std::filesystem;
-
-std::optional<fs::file_time_type> writeTime(const std::string& path) {
-  std::error_code error;
-  const fs::file_time_type time = fs::last_write_time(nativePath(path), error);
-  return error ? std::nullopt : std::optional(time);
-}
 
 void BatchExtraction::run(const std::vector<Entry>& entries, Progress& progress) {
   // Each batch costs one reading of the directory.

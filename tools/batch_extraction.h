@@ -10,9 +10,6 @@
 #include "output.h"
 #include "progress.h"
 
-// The write time of a file of the library; nothing if it does not exist.
-std::optional<std::filesystem::file_time_type> writeTime(const std::string& path);
-
 // Extracts entries into a directory.
 //
 // The library's extraction of a list opens the archive once, but does not report

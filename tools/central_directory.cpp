@@ -10,6 +10,7 @@ constexpr std::uint32_t kLocalSignature = 0x04034b50;
 constexpr std::uint32_t kRecordSignature = 0x02014b50;
 constexpr std::uint32_t kEnd64Signature = 0x06064b50;
 constexpr std::uint32_t kLocator64Signature = 0x07064b50;
+constexpr std::uint32_t kSplitSignature = 0x08074b50;
 constexpr std::size_t kLocalSize = 30;
 constexpr std::size_t kRecordSize = 46;
 constexpr std::size_t kEndSize = 22;
@@ -199,20 +200,40 @@ std::uint64_t unusedBefore(File& file, const End& end, const std::vector<EntryRe
   return end.position > used ? end.position - used : 0;
 }
 
+// The last end record of a file, which is the only one that counts, as in the
+// library and in other programs.
+struct LastEnd {
+  std::uint64_t position;
+  std::string bytes;
+};
+
+std::optional<LastEnd> findEnd(File& file) {
+  const std::uint64_t tailSize = std::min<std::uint64_t>(file.size(), kEndSize + kLongestComment);
+  const std::uint64_t tailStart = file.size() - tailSize;
+  const std::string tail = file.read(tailStart, tailSize);
+  if (tail.size() < kEndSize) return std::nullopt;
+  const std::size_t last = tail.rfind("PK\5\6", tail.size() - kEndSize);
+  if (last == std::string::npos) return std::nullopt;
+  return LastEnd{tailStart + last, tail.substr(last)};
+}
+
 }  // namespace
 
 std::optional<CentralDirectory> readCentralDirectory(const std::string& path) {
   File file(path);
-  const std::uint64_t tailSize = std::min<std::uint64_t>(file.size(), kEndSize + kLongestComment);
-  const std::uint64_t tailStart = file.size() - tailSize;
-  const std::string tail = file.read(tailStart, tailSize);
-  // Only the last end record counts, as in the library and in other programs.
-  const std::size_t last =
-      tail.rfind("PK\5\6", tail.size() < kEndSize ? 0 : tail.size() - kEndSize);
-  if (last == std::string::npos) return std::nullopt;
-  const End end = endAt(file, Bytes(tail).at(last), tailStart + last);
+  const auto last = findEnd(file);
+  if (!last) return std::nullopt;
+  const End end = endAt(file, Bytes(last->bytes), last->position);
   auto records = recordsOf(file, end);
   if (!records) return std::nullopt;
   const std::uint64_t unused = unusedBefore(file, end, *records);
   return CentralDirectory{*std::move(records), unused};
+}
+
+bool isSplitArchive(const std::string& path) {
+  File file(path);
+  const auto last = findEnd(file);
+  if (!last) return Bytes(file.read(0, 4)).u32(0) == kSplitSignature;
+  const std::uint16_t disk = Bytes(last->bytes).u16(4);
+  return disk != 0 && disk != 0xFFFF;
 }

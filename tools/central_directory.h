@@ -35,3 +35,6 @@ struct CentralDirectory {
 // Reads the directory of the archive at `path`, a path of this system. Returns
 // nothing if the file cannot be read or has no sound directory.
 std::optional<CentralDirectory> readCentralDirectory(const std::string& path);
+
+// True if the archive at `path` is one file of several, which is not supported.
+bool isSplitArchive(const std::string& path);

@@ -50,7 +50,7 @@ void extract(const std::string& zip, const std::string& pattern, const std::stri
 void tree(const std::string& directory, const std::string& pattern, const Output& output);
 
 // Copies a file, or everything in a directory, into the directory `target`.
-void copy(const std::string& source, const std::string& target, const Output& output);
+void copy(const std::string& source, const std::string& target, Output& output);
 
 // Deletes old files as eraseOldFile does; a dry run writes their paths instead.
 void sweep(const std::string& directory, unsigned int days, bool dryRun, const Output& output);

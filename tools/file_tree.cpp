@@ -68,6 +68,12 @@ std::vector<std::string> filesBelow(const std::string& directory, Output& output
   return files;
 }
 
+std::optional<fs::file_time_type> writeTime(const std::string& path) {
+  std::error_code error;
+  const fs::file_time_type time = fs::last_write_time(nativePath(path), error);
+  return error ? std::nullopt : std::optional(time);
+}
+
 bool isSameFile(const std::string& a, const std::string& b) {
   std::error_code error;
   return fs::equivalent(nativePath(a), nativePath(b), error);

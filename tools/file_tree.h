@@ -1,7 +1,9 @@
 #pragma once
-// The files of a directory tree, found without the library, which does not report
+// Files and directory trees as the system shows them. The library does not report
 // the files that it leaves out.
 
+#include <filesystem>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -12,6 +14,9 @@
 // directory that cannot be read is a failure; what is neither a file nor a
 // directory is left out with a warning.
 std::vector<std::string> filesBelow(const std::string& directory, Output& output);
+
+// The write time of a file; nothing if it does not exist.
+std::optional<std::filesystem::file_time_type> writeTime(const std::string& path);
 
 // True if both paths exist and are the same file.
 bool isSameFile(const std::string& a, const std::string& b);

@@ -7,9 +7,11 @@
 #include <cstdint>
 #include <cstdio>
 #include <ctime>
+#include <filesystem>
 #include <vector>
 
 #include "commands.h"
+#include "file_tree.h"
 #include "paths.h"
 #include "progress.h"
 #include "terminal.h"
@@ -29,16 +31,6 @@ void writePath(const std::string& path) {
   std::printf("%s\n", isTerminal(stdout) ? printable(native).c_str() : native.c_str());
 }
 
-std::size_t countFiles(const std::string& directory) {
-  std::vector<std::string> directories{directory};
-  FileSystem::EnumFolders(directories, directory.c_str(), 1);
-  std::vector<std::string> names;
-  for (const std::string& current : directories) {
-    FileSystem::EnumFiles(names, current.c_str(), "*.*");
-  }
-  return names.size();
-}
-
 void copyFile(const std::string& source, const std::string& target) {
   if (FileSystem::TestOpen(source.c_str(), FileSystem::kAccessRead) == 0) {
     throw Failure("cannot read " + inQuotes(source) +
@@ -52,8 +44,29 @@ void copyFile(const std::string& source, const std::string& target) {
   }
 }
 
-void copyDirectory(const std::string& source, const std::string& target, const Output& output) {
-  const std::size_t expected = countFiles(source);
+// True if the target has the size and the write time of the source, which the
+// library keeps.
+bool isCopied(const std::string& source, const std::string& target) {
+  std::error_code error;
+  return std::filesystem::file_size(nativePath(source), error) ==
+             std::filesystem::file_size(nativePath(target), error) &&
+         !error && writeTime(source) == writeTime(target);
+}
+
+// The library reports how many files it has copied, but not which.
+void reportUncopied(const std::string& source, const std::string& target,
+                    const std::vector<std::string>& files, Output& output) {
+  for (const std::string& file : files) {
+    if (isCopied(source + file, target + file)) continue;
+    const bool isReadable =
+        FileSystem::TestOpen((source + file).c_str(), FileSystem::kAccessRead) != 0;
+    output.fail("cannot copy " + inQuotes(nativePath(file)) + ": " +
+                (isReadable ? "the target cannot be written" : readFailure(source + file)));
+  }
+}
+
+void copyDirectory(const std::string& source, const std::string& target, Output& output) {
+  const std::vector<std::string> files = filesBelow(source, output);
   long copied = 0;
   {
     const Progress progress(output, "copying " + source);
@@ -61,11 +74,11 @@ void copyDirectory(const std::string& source, const std::string& target, const O
   }
   if (copied < 0) throw Failure("cannot create or write to the directory " + inQuotes(target));
   const auto count = static_cast<std::size_t>(copied);
-  if (count < expected) {
-    throw Failure(std::to_string(expected - count) + " of " + std::to_string(expected) +
-                  " files could not be copied to " + inQuotes(target));
-  }
+  if (count < files.size()) reportUncopied(source, target, files, output);
   output.summary("copied " + counted(count, "file", "files"));
+  if (count < files.size() && output.failures() == 0) {
+    output.fail(counted(files.size() - count, "file", "files") + " could not be copied");
+  }
 }
 
 // The present moment in the unit of fileTime: local days since 1899-12-30.
@@ -108,7 +121,7 @@ void tree(const std::string& directory, const std::string& pattern, const Output
   for (const std::string& file : files) writePath(file);
 }
 
-void copy(const std::string& source, const std::string& target, const Output& output) {
+void copy(const std::string& source, const std::string& target, Output& output) {
   const std::string directory = withBackslash(creatablePath(target));
   if (FileSystem::FolderExists(source.c_str()) != 0) {
     copyDirectory(withBackslash(source), directory, output);

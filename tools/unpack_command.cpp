@@ -7,6 +7,7 @@
 #include "archive.h"
 #include "batch_extraction.h"
 #include "commands.h"
+#include "file_tree.h"
 #include "password.h"
 #include "paths.h"
 #include "progress.h"

@@ -166,10 +166,13 @@ TEST_F(VeskFs, SaysWhatIsWrong) {
 TEST_F(VeskFs, CopiesSweepsAndReads) {
   write("in/sub/a", "a");
   write("in/b.tmp", "b");
+  write("blocked/b.tmp/x", "");
   write("f.xml", "<a k=\"&lt;1\">x &amp; y</a>");
   check({
       {"copy in/ out/new/", 0, "copied 2 files\n"},
       {"copy in/b.tmp single/place", 0, ""},
+      {"copy in blocked", 1, "copied 1 file\n",
+       "cannot copy 'b.tmp': the target cannot be written"},
       {"copy none out", 1, "", "'none'"},
       {"copy in in/b.tmp/x", 1, "", "'.\\in/b.tmp/x\\'"},
       {"sweep none 2", 1, "", "'none'"},
