@@ -1,4 +1,4 @@
-// Packs a folder into an archive and lists what went in.
+// Packs a directory into an archive and lists its entries.
 // Usage: pack_folder FOLDER ZIP
 
 #include <filesystem/zip.h>

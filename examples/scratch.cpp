@@ -1,4 +1,4 @@
-// Works in temporary storage, and sweeps what earlier programs left behind.
+// Works in temporary storage, and removes old files of earlier runs.
 // Usage: scratch FOLDER
 
 #include <filesystem/files.h>
@@ -12,7 +12,7 @@ int main(int argc, char** argv) {
   if (argc != 2) return 2;
   const std::string folder = std::string(argv[1]) + "\\";
   constexpr unsigned int kDays = 7;
-  std::printf("swept %u old files\n", FileSystem::eraseOldFile(folder, kDays));
+  std::printf("removed %u old files\n", FileSystem::eraseOldFile(folder, kDays));
 
   FileSystem::TemporaryStorage storage;
   if (!storage.create(folder, false)) {
@@ -20,7 +20,7 @@ int main(int argc, char** argv) {
     return 1;
   }
   const std::string file = storage.path() + "notes.txt";
-  if (!FileSystem::writeContent(file, "gone with its object")) return 1;
+  if (!FileSystem::writeContent(file, "deleted with the object")) return 1;
   std::printf("%s\n", FileSystem::readContent(file).c_str());
   return 0;
 }

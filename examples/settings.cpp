@@ -15,7 +15,7 @@ int main(int argc, char** argv) {
   const std::string path = argv[1];
   std::string settings = FileSystem::readContent(path);
 
-  // A setting is taken out, changed, and put back.
+  // Removes the setting, and appends it with its new value.
   const int runs = std::atoi(Xml::xmlExtract(settings, "Number of runs", false).c_str()) + 1;
   settings += Xml::xmlDefine("Number of runs", std::to_string(runs));
   if (Xml::xmlContent(settings, "Greeting", false).empty()) {

@@ -1,4 +1,4 @@
-// The XML text functions. The first line is the tag, the second the attribute,
+// Fuzzes the XML text functions. The first line of the input is the tag, the second the attribute,
 // and the rest the text.
 
 #include <filesystem/xml.h>
@@ -12,20 +12,21 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::string attribute = fuzz::takeLine(rest);
   const std::string text(rest);
 
-  fuzz::require(fromXml(text).size() <= text.size(), "undoing never grows");
+  fuzz::require(fromXml(text).size() <= text.size(), "unescaping never grows the text");
   fuzz::require(toXml(text).find_first_of("<>'\"") == std::string::npos, "escaping is complete");
   toXmlTag(text);
   xmlAttribute(text, tag, attribute);
-  const auto standsInText = [&](const std::string& piece) {
-    fuzz::require(text.find(piece) != std::string::npos, "a piece of the text stands in it");
+  const auto requirePart = [&](const std::string& piece) {
+    fuzz::require(text.find(piece) != std::string::npos, "the result is a part of the text");
   };
-  standsInText(Raw::xmlContent(text, tag));
-  standsInText(Raw::xmlAttribute(text, tag, attribute));
-  standsInText(xmlContent(text, tag, true));
-  fuzz::require(xmlContent(text, tag, false).size() <= text.size(), "content never grows");
+  requirePart(Raw::xmlContent(text, tag));
+  requirePart(Raw::xmlAttribute(text, tag, attribute));
+  requirePart(xmlContent(text, tag, true));
+  fuzz::require(xmlContent(text, tag, false).size() <= text.size(),
+                "content is never longer than the text");
 
   for (const bool whole : {true, false}) {
-    // Takes all elements out, each with one call.
+    // Removes all elements, one with each call.
     std::string left = text;
     for (std::size_t before = left.size() + 1; left.size() < before;) {
       before = left.size();
@@ -38,9 +39,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
   const std::string element = xmlDefine(tag, text);
   const bool plainTag = !tag.empty() && tag.find_first_of("<>/") == std::string::npos;
-  // The tag of an element that holds its own closing text is no name.
+  // A tag with markup in it could contain its own end tag.
   if (plainTag && !text.empty() && !toXml(text).empty()) {
-    fuzz::require(xmlContent(element, tag, true) == element, "what was written is found");
+    fuzz::require(xmlContent(element, tag, true) == element,
+                  "an element that was written is found");
   }
   const std::string path = fuzz::Workplace::instance().write("a.xml", data, size);
   FileSystem::isFileXml(path.c_str());

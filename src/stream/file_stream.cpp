@@ -1,6 +1,3 @@
-// The write-buffered stream. What it writes out of its buffer is committed to
-// disk at once, so physical writes are few and large.
-
 #include <filesystem/file_stream.h>
 
 #include <memory>
@@ -13,7 +10,7 @@ namespace {
 
 constexpr unsigned int kDefaultLimit = 0x200000;
 
-// One physical write and its commit. A short write is not told from a whole one.
+// Writes and commits. A short write counts as success.
 bool writeAndCommit(HANDLE file, const std::string& data) {
   DWORD written = 0;
   const BOOL done =
@@ -30,8 +27,8 @@ void writePending(HANDLE file, std::string& pending) {
   pending.clear();
 }
 
-// Writes the pending bytes and makes room for as many again, so that a small
-// write costs no more than a copy.
+// Writes the pending bytes and reserves a full buffer, so that a small write costs no more than a
+// copy.
 void drain(HANDLE file, std::string& pending, unsigned int limit) {
   if (pending.empty()) return;
   writePending(file, pending);
@@ -44,15 +41,15 @@ bool seekTo(HANDLE file, DWORD method) {
   return SetFilePointerEx(file, distance, nullptr, method) != FALSE;
 }
 
-// Memory for one block of a copying loop, not zero-filled. An unbuffered stream
-// has no block size of its own and takes the default.
+// A buffer for one block of a copying loop, not zero-filled. An unbuffered stream has no block size
+// of its own and uses the default.
 class Block {
  public:
   explicit Block(unsigned int limit)
       : size_(limit != 0 ? limit : kDefaultLimit),
         bytes_(std::make_unique_for_overwrite<char[]>(size_)) {}
 
-  // The number of bytes that came; 0 at the end of the file and on failure.
+  // Returns the number of bytes read; 0 at the end of the file and on failure.
   DWORD readFrom(HANDLE file) {
     DWORD count = 0;
     return ReadFile(file, bytes_.get(), size_, &count, nullptr) ? count : 0;

@@ -1,6 +1,3 @@
-// The stream operators of FileStream: items in a row, without formatting state
-// and without a sign of failure.
-
 #include <filesystem/file_stream.h>
 
 #include <boost/format.hpp>

@@ -1,5 +1,3 @@
-// A whole file as one text of bytes.
-
 #include <filesystem/file_stream.h>
 #include <filesystem/stream.h>
 
@@ -12,18 +10,18 @@
 namespace FileSystem {
 namespace {
 
-// Most bytes asked for in one read.
+// The most bytes of one read.
 constexpr std::size_t kLargestBlock = 0x40000;
 
-// Most bytes that room is made for because a file tells its size: some tell more
-// than they hold, or than there is memory for.
-constexpr LONGLONG kLargestTold = LONGLONG{4} << 30;
+// The most bytes that are reserved because a file reports its size. Some files report more than
+// they hold, or more than there is memory for.
+constexpr LONGLONG kLargestReservation = LONGLONG{4} << 30;
 
-// Size in bytes that the file tells, as far as it is believed; 0 if it tells none.
-std::size_t toldSize(HANDLE file) {
+// Returns the size that the file reports, up to the largest reservation; 0 if it reports none.
+std::size_t reportedSize(HANDLE file) {
   LARGE_INTEGER size{};
   if (!GetFileSizeEx(file, &size)) return 0;
-  return static_cast<std::size_t>(std::min(size.QuadPart, kLargestTold));
+  return static_cast<std::size_t>(std::min(size.QuadPart, kLargestReservation));
 }
 
 }  // namespace
@@ -35,14 +33,15 @@ std::string readContent(const std::string& path) {
                                               OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
   if (!file) return content;
 
-  // One byte more, so that the end shows without another growth of the text. A
-  // block is made room for just before it is read, while it is in the cache.
-  const std::size_t told = toldSize(file.get()) + 1;
-  platform::reserveForFilling(content, told);
+  // One byte more than reported, so that the read that finds the end needs no larger text. A block
+  // is zero-filled just before it is read, so that it is in the cache.
+  const std::size_t expected = reportedSize(file.get()) + 1;
+  platform::reserveForFilling(content, expected);
   std::size_t size = 0;
   DWORD count = 0;
   do {
-    const std::size_t block = size < told ? std::min(told - size, kLargestBlock) : kLargestBlock;
+    const std::size_t block =
+        size < expected ? std::min(expected - size, kLargestBlock) : kLargestBlock;
     content.resize(size + block);
     if (!ReadFile(file.get(), content.data() + size, static_cast<DWORD>(block), &count, nullptr)) {
       break;

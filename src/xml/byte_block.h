@@ -1,5 +1,5 @@
 #pragma once
-// Testing 64 bytes at once.
+// Tests 64 bytes at a time with vector instructions.
 
 #include <cstddef>
 #include <cstdint>
@@ -12,12 +12,11 @@ namespace FileSystem::Xml::Detail {
 
 inline constexpr std::size_t kBlock = 64;
 
-// Operators work on each of these bytes; a comparison gives all bits of a byte or
-// none.
+// 16 bytes. Operators apply to each byte, and a comparison sets all bits of a byte or none.
 using Bytes [[gnu::vector_size(16)]] = unsigned char;
 using Truths [[gnu::vector_size(16)]] = signed char;
 
-// A bit for each byte, the lowest for the first.
+// Returns one bit for each byte, the lowest for the first.
 inline std::uint64_t bitsOf(Truths truths) {
 #ifdef __SSE2__
   return static_cast<unsigned>(_mm_movemask_epi8(reinterpret_cast<__m128i>(truths)));
@@ -28,9 +27,8 @@ inline std::uint64_t bitsOf(Truths truths) {
 #endif
 }
 
-// A bit for each byte of a block, the lowest for the first, that is set where
-// `test` holds. A test of more blocks than one takes the bytes that stand at the
-// same place in each.
+// Returns one bit for each byte of a block, the lowest for the first, which is set if `test` holds
+// for the byte. With several blocks, `test` takes the bytes at the same offset in each of them.
 template <typename Test, typename... Block>
 std::uint64_t testBlock(Test test, const Block*... blocks) {
   std::uint64_t bits = 0;

@@ -1,5 +1,3 @@
-// Writing an element, and taking one out of a text.
-
 #include <filesystem/xml.h>
 
 #include <boost/format.hpp>
@@ -12,6 +10,7 @@ namespace {
 
 constexpr std::size_t kNone = std::string_view::npos;
 
+// Removes a range of the text and returns `piece`.
 std::string remove(std::string& text, std::size_t start, std::size_t end, std::string piece) {
   text.erase(start, end - start);
   return piece;
@@ -32,19 +31,19 @@ std::string xmlExtract(std::string& text, const std::string& tag, bool wholeElem
   if (!start) return {};
   const std::size_t contentStart = start->contentStart;
 
-  const bool isSelfClosing = text[contentStart - 2] == '/';
-  if (isSelfClosing) {
+  const bool isEmptyElementTag = text[contentStart - 2] == '/';
+  if (isEmptyElementTag) {
     std::string piece =
         wholeElement ? text.substr(start->position, contentStart - start->position) : "";
     return remove(text, start->position, contentStart, std::move(piece));
   }
 
-  const std::size_t closing = Detail::findClosingTag(text, name);
+  const std::size_t closing = Detail::findEndTag(text, name);
   if (closing == kNone || closing < contentStart) return {};
   if (closing == contentStart && !wholeElement) return {};
-  const std::size_t last = Detail::pairClosingTag(text, name, contentStart, closing, tag.size());
+  const std::size_t last = Detail::pairEndTag(text, name, contentStart, closing, tag.size());
   if (last == kNone) return {};
-  const std::size_t end = last + Detail::closingTagSize(name);
+  const std::size_t end = last + Detail::endTagSize(name);
   std::string piece = wholeElement ? text.substr(start->position, end - start->position)
                                    : fromXml(text.substr(contentStart, last - contentStart));
   return remove(text, start->position, end, std::move(piece));

@@ -24,17 +24,17 @@ std::optional<StartTag> findStartTag(std::string_view text, std::string_view nam
       .position = position, .nameEnd = position + 1 + name.size(), .contentStart = end + 1};
 }
 
-std::size_t findClosingTag(std::string_view text, std::string_view name) {
+std::size_t findEndTag(std::string_view text, std::string_view name) {
   return findText(text, closingText(name));
 }
 
-std::size_t closingTagSize(std::string_view name) { return name.size() + 3; }
+std::size_t endTagSize(std::string_view name) { return name.size() + 3; }
 
-std::size_t pairClosingTag(std::string_view text, std::string_view name, std::size_t contentStart,
-                           std::size_t firstClosing, std::size_t step) {
+std::size_t pairEndTag(std::string_view text, std::string_view name, std::size_t contentStart,
+                       std::size_t firstEndTag, std::size_t step) {
   const std::string opening = openingText(name);
   const std::string closing = closingText(name);
-  std::size_t end = firstClosing;
+  std::size_t end = firstEndTag;
   std::size_t next = findText(text, opening, contentStart);
   while (end != kNone && next < end) {
     end = findText(text, closing, end + step);

@@ -1,5 +1,3 @@
-// Whether a file starts like an XML document.
-
 #include <filesystem/file_stream.h>
 #include <filesystem/files.h>
 #include <filesystem/xml.h>

@@ -1,5 +1,3 @@
-// Reading an element's content and an attribute's value.
-
 #include <filesystem/xml.h>
 
 #include "xml/element.h"
@@ -14,14 +12,14 @@ std::string_view attributeValue(std::string_view text, std::string_view tag,
   const auto start = Detail::findStartTag(text, tag);
   if (!start) return {};
   std::string_view header;
-  // The start tag of an empty name can end right behind its `<`.
+  // With an empty name, the tag may be `<>`.
   if (start->nameEnd < start->contentStart) {
     header = text.substr(start->nameEnd, start->contentStart - 1 - start->nameEnd);
   }
   const std::size_t name = header.find(attribute);
   if (name == kNone) return {};
   const std::size_t equals = header.find('=', name);
-  // Behind it stands the opening quote.
+  // The next byte is taken for the opening quote, whatever it is.
   if (equals == kNone || header.size() - equals <= 2) return {};
   const std::string_view value = header.substr(equals + 2);
   const std::size_t quote = value.find('"');
@@ -35,13 +33,12 @@ std::string xmlContent(const std::string& text, const std::string& tag, bool who
   const std::string name = toXmlTag(tag);
   const auto start = Detail::findStartTag(text, name);
   if (!start) return {};
-  const std::size_t closing = Detail::findClosingTag(text, name);
+  const std::size_t closing = Detail::findEndTag(text, name);
   if (closing == kNone || closing <= start->contentStart) return {};
-  const std::size_t end =
-      Detail::pairClosingTag(text, name, start->contentStart, closing, tag.size());
+  const std::size_t end = Detail::pairEndTag(text, name, start->contentStart, closing, tag.size());
   if (end == kNone) return {};
   if (wholeElement) {
-    return text.substr(start->position, end + Detail::closingTagSize(name) - start->position);
+    return text.substr(start->position, end + Detail::endTagSize(name) - start->position);
   }
   return fromXml(text.substr(start->contentStart, end - start->contentStart));
 }
@@ -54,7 +51,7 @@ std::string xmlAttribute(const std::string& text, const std::string& tag,
 std::string Raw::xmlContent(const std::string& text, const std::string& tag) {
   const auto start = Detail::findStartTag(text, tag);
   if (!start) return {};
-  const std::size_t closing = Detail::findClosingTag(text, tag);
+  const std::size_t closing = Detail::findEndTag(text, tag);
   if (closing == kNone || closing <= start->contentStart) return {};
   return text.substr(start->contentStart, closing - start->contentStart);
 }

@@ -1,5 +1,3 @@
-// Names of tags and attributes.
-
 #include <filesystem/xml.h>
 
 #include <array>
@@ -10,8 +8,7 @@
 namespace FileSystem::Xml {
 namespace {
 
-// What stands for a byte of Windows-1252 text in a name; an empty text keeps the
-// byte.
+// The text that replaces each byte of Windows-1252 in a name; empty for a byte that is kept.
 constexpr std::array<std::string_view, 256> makeSubstitutes() {
   std::array<std::string_view, 256> table{};
   struct Group {

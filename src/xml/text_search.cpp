@@ -10,7 +10,7 @@ namespace FileSystem::Xml::Detail {
 
 std::size_t findText(std::string_view text, std::string_view searched, std::size_t start) {
   if (searched.size() < 2) return text.find(searched, start);
-  // Two bytes in a row and the last one are seldom right by chance.
+  // The first two bytes and the last one rarely match by chance.
   const auto first = static_cast<unsigned char>(searched[0]);
   const auto second = static_cast<unsigned char>(searched[1]);
   const auto last = static_cast<unsigned char>(searched.back());

@@ -1,4 +1,21 @@
-// Undoing the escapes of XML.
+// Replacing entities in blocks.
+//
+// As for escaping, 64 bytes are tested at a time: for `&` here. The block is copied unchanged, then
+// each character is written over the `&` of its entity, and the 64 bytes after the entity are
+// copied after it:
+//
+//   in     a&lt;b&amp;cd...     bits 1 and 6
+//   out    a&lt;b&amp;cd...     the block, copied
+//          a<b&amp;cd...        `&lt;` replaced, the rest copied again
+//          a<b&cd...            `&amp;` replaced, the rest copied again
+//
+// Which of the five entities it is must not be branched on, since the processor cannot predict it.
+// So the eight bytes at the `&` are compared, under a mask, with one entry of a table, which is
+// selected by the first two letters of the name.
+//
+// Entities are replaced kind by kind, in a fixed order, and the `&` from an `&amp;` can begin
+// another entity: `&amp;quot;` is `"`. An `&amp;` before `a` or `q` therefore ends the block;
+// entityAt() handles it and all that is no entity.
 
 #include <filesystem/xml.h>
 
@@ -22,13 +39,12 @@ constexpr std::string_view kAmpersand = "&amp;";
 
 struct Entity {
   char character;
-  std::size_t size;  // of what stands for it in the text
+  std::size_t size;  // in the text, in bytes
 };
 
-// What an ampersand at the start of a text begins; itself, if that is no entity.
-// Entities are undone kind by kind, so that an ampersand that came out of its own
-// entity begins one of the later kinds, or its own again, but none of the earlier
-// ones.
+// Returns the entity that the `&` at the start of a text begins, or the `&` itself. An `&` that
+// came from an `&amp;` can begin `&amp;`, `&apos;` or `&quot;`, but not `&lt;` or `&gt;`, which are
+// replaced before it.
 Entity entityAt(std::string_view text) {
   if (text.starts_with("&lt;")) return {'<', 4};
   if (text.starts_with("&gt;")) return {'>', 4};
@@ -40,9 +56,9 @@ Entity entityAt(std::string_view text) {
   return {'&', size};
 }
 
-// An entity by its text, to be found without branching on its kind.
+// An entity with its text.
 struct NamedEntity {
-  Word text = 1;  // of what the mask leaves; as it is, none
+  Word text = 1;  // under the mask; equal to no text as long as the mask is 0
   Word mask = 0;
   Entity entity{};
 };
@@ -53,7 +69,8 @@ constexpr Word makeWord(std::string_view bytes) {
   return std::bit_cast<Word>(word);
 }
 
-// The sum of the first two letters, in which all names differ.
+// Returns the slot of an entity in the table, from the first two letters of its name. All names
+// differ in it.
 constexpr std::size_t slotOf(const char* text) {
   return static_cast<std::size_t>(text[1] + text[2]) % 16;
 }
@@ -71,18 +88,18 @@ constexpr std::array<NamedEntity, 16> makeNamedEntities() {
 
 constexpr std::array<NamedEntity, 16> kNamedEntities = makeNamedEntities();
 
-// Text that was read, and what it became.
+// Numbers of bytes.
 struct Progress {
-  std::size_t taken;
-  std::size_t made;
+  std::size_t taken;   // read from the text
+  std::size_t filled;  // written to the result
 };
 
-// Beyond a block stand an entity that begins in it, and what is copied behind that.
-constexpr std::size_t kRoom = 3 * Detail::kBlock;
+// The bytes that must be readable and writable: a block, an entity that begins at its end, and the
+// block that is copied after it.
+constexpr std::size_t kReach = 3 * Detail::kBlock;
 
-// Undoes the entities that begin in the first block of a text, which must hold
-// kRoom bytes; fewer, if one of them needs a closer look. May write a block more
-// than what counts.
+// Replaces the entities that begin in the first block of a text. Stops before an `&` that
+// entityAt() must handle. Overwrites up to a block after the result.
 Progress unescapeBlock(const char* text, char* out) {
   std::uint64_t ampersands =
       Detail::testBlock([](Detail::Bytes bytes) { return bytes == '&'; }, text);
@@ -90,60 +107,59 @@ Progress unescapeBlock(const char* text, char* out) {
   Progress done{0, 0};
   for (; ampersands != 0; ampersands &= ampersands - 1) {
     const std::size_t at = static_cast<std::size_t>(std::countr_zero(ampersands));
-    done.made += at - done.taken;
+    done.filled += at - done.taken;
     const NamedEntity& named = kNamedEntities[slotOf(text + at)];
     Word word;
     std::memcpy(&word, text + at, sizeof(word));
     const bool isNamed = (word & named.mask) == named.text;
     const char next = text[at + kAmpersand.size()];
-    // Without short circuits, whose branches would follow the kind of the entity.
-    const bool goesOn = (named.entity.character == '&') & ((next == 'a') | (next == 'q'));
-    if (goesOn | !isNamed) return {at, done.made};
-    out[done.made++] = named.entity.character;
+    // Without short circuits, which would branch on the kind of the entity.
+    const bool mayContinue = (named.entity.character == '&') & ((next == 'a') | (next == 'q'));
+    if (mayContinue | !isNamed) return {at, done.filled};
+    out[done.filled++] = named.entity.character;
     done.taken = at + named.entity.size;
-    // Always as much, since an exact size would have to be branched on.
-    if (text[done.taken] != '&') std::memcpy(out + done.made, text + done.taken, Detail::kBlock);
+    // The next entity overwrites the copy if it follows directly.
+    if (text[done.taken] != '&') std::memcpy(out + done.filled, text + done.taken, Detail::kBlock);
   }
   if (done.taken >= Detail::kBlock) return done;
-  return {Detail::kBlock, done.made + Detail::kBlock - done.taken};
+  return {Detail::kBlock, done.filled + Detail::kBlock - done.taken};
 }
 
 }  // namespace
 
 std::string fromXml(const std::string& text) {
-  // Pieces are made in a buffer that stays in the cache; filling the result in
-  // place would mean to zero it first.
+  // Pieces are unescaped in a buffer that remains in the cache. A string would have to be
+  // zero-filled before it could be written to in place.
   constexpr std::size_t kPiece = 2048;
   constexpr std::size_t kAhead = 2048;
-  std::array<char, kPiece + kRoom> buffer;
+  std::array<char, kPiece + kReach> buffer;
   std::string result;
-  // It is never longer than the text.
+  // The result is never longer than the text.
   platform::reserveForFilling(result, text.size());
   std::string_view rest = text;
-  std::size_t made = 0;
-  while (rest.size() >= kRoom) {
-    // Where a text is larger than the caches, the processor by itself does not look
-    // far enough ahead.
+  std::size_t filled = 0;
+  while (rest.size() >= kReach) {
+    // For a text larger than the caches, the processor does not prefetch far enough by itself.
     __builtin_prefetch(rest.data() + std::min(kAhead, rest.size()));
-    const Progress done = unescapeBlock(rest.data(), buffer.data() + made);
+    const Progress done = unescapeBlock(rest.data(), buffer.data() + filled);
     rest.remove_prefix(done.taken);
-    made += done.made;
+    filled += done.filled;
     if (done.taken < Detail::kBlock) {
       const Entity entity = entityAt(rest);
-      buffer[made++] = entity.character;
+      buffer[filled++] = entity.character;
       rest.remove_prefix(entity.size);
     }
-    if (made >= kPiece) {
-      result.append(buffer.data(), made);
-      made = 0;
+    if (filled >= kPiece) {
+      result.append(buffer.data(), filled);
+      filled = 0;
     }
   }
   while (!rest.empty()) {
     const Entity next = rest.front() == '&' ? entityAt(rest) : Entity{rest.front(), 1};
-    buffer[made++] = next.character;
+    buffer[filled++] = next.character;
     rest.remove_prefix(next.size);
   }
-  result.append(buffer.data(), made);
+  result.append(buffer.data(), filled);
   return result;
 }
 

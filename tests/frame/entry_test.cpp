@@ -1,4 +1,4 @@
-// What runs when the library is loaded and unloaded.
+// Tests the entry routine of the shared library, and the start-up function.
 
 #include <filesystem/frame.h>
 #include <gtest/gtest.h>
@@ -9,7 +9,7 @@ extern "C" BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, void* reserved);
 
 namespace {
 
-// Any address tells a module.
+// Any address can be a module handle.
 int address = 0;
 const HINSTANCE kModule = reinterpret_cast<HINSTANCE>(&address);
 
@@ -28,7 +28,7 @@ TEST(Entry, ChainLivesFromLoadToUnload) {
     EXPECT_EQ(second->module(), kModule);
     ASSERT_NE(second->previous(), nullptr);
     EXPECT_EQ(second->previous()->previous(), nullptr);
-    // Notices of threads change nothing.
+    // Thread notifications change nothing.
     EXPECT_NE(DllMain(kModule, 2, nullptr), FALSE);
     EXPECT_EQ(CDynLinkLibrary::latest(), second);
     EXPECT_NE(DllMain(kModule, DLL_PROCESS_DETACH, nullptr), FALSE);
@@ -37,8 +37,7 @@ TEST(Entry, ChainLivesFromLoadToUnload) {
   EXPECT_NE(DllMain(kModule, DLL_PROCESS_DETACH, nullptr), FALSE);
 }
 
-// Another library's objects stay when this one goes.
-TEST(Entry, ChainOfOthersStays) {
+TEST(Entry, UnloadingKeepsObjectsOfOtherModules) {
   AFX_EXTENSION_MODULE other{};
   int otherAddress = 0;
   ASSERT_NE(AfxInitExtensionModule(other, reinterpret_cast<HMODULE>(&otherAddress)), FALSE);

@@ -126,7 +126,7 @@ TEST_F(Stream, PositionsAndTruncation) {
   EXPECT_EQ(stream.size(), 0U);
 }
 
-TEST_F(Stream, ClosedStreamKeepsWhatItWasGiven) {
+TEST_F(Stream, ClosedStreamKeepsPendingBytes) {
   FileStream stream;
   EXPECT_FALSE(stream.close());
   EXPECT_TRUE(stream.write("early"));
@@ -140,7 +140,7 @@ TEST_F(Stream, ClosedStreamKeepsWhatItWasGiven) {
   stream.bufferSize(77);
   stream.close();
   EXPECT_EQ(stream.bufferSize(), 77U);
-  // The seek of the opening drained it at the start of the file.
+  // The seek of open() wrote them at the beginning of the file.
   EXPECT_EQ(content(), "kept456789!");
   EXPECT_FALSE(stream.close());
 }
@@ -226,7 +226,7 @@ TEST_F(Stream, TextOutput) {
   EXPECT_EQ(support::readFile(folder_.file("other")), "z");
 }
 
-TEST_F(Stream, HeldFileIsSharedButNotDeleted) {
+TEST_F(Stream, OpenFileIsSharedButNotDeleted) {
   FileStream stream(path_.c_str(), kWrite);
   EXPECT_FALSE(DeleteFileA(path_.c_str()));
   EXPECT_TRUE(platform::FileHandle(CreateFileA(path_.c_str(), GENERIC_READ | GENERIC_WRITE, 3,

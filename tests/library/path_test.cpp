@@ -70,7 +70,7 @@ TEST(Path, ReplacedExtension) {
   for (const auto& c : cases) EXPECT_EQ(replaceExtension(c.path, c.extension), c.result) << c.path;
 }
 
-TEST(Path, TooLongPartsAreCut) {
+TEST(Path, LongPartsAreCut) {
   const std::string part(300, 'x');
   EXPECT_EQ(extractName(part), part.substr(0, 255));
   EXPECT_EQ(extractFilename(part + ".txt "), part.substr(0, 255) + ".txt");

@@ -15,7 +15,7 @@ namespace {
 using namespace FileSystem;
 using namespace FileSystem::Xml;
 
-// Escaping as it is defined, byte by byte.
+// Escapes byte by byte, as toXml is defined.
 std::string toXmlByBytes(const std::string& text) {
   std::string escaped;
   for (const char c : text) {
@@ -44,7 +44,7 @@ std::string toXmlByBytes(const std::string& text) {
   return escaped;
 }
 
-// Undoing as it is defined: kind by kind, each from the start again after every
+// Replaces the entities kind by kind, as fromXml is defined. Searches from the beginning after each
 // replacement.
 std::string fromXmlByPasses(std::string text) {
   const std::pair<const char*, char> entities[] = {
@@ -72,7 +72,7 @@ TEST(Xml, Escaping) {
 }
 
 TEST(Xml, EscapingOfLongTexts) {
-  // Every byte at every place in blocks and behind them.
+  // Every byte at every position in a block and after the last block.
   for (std::size_t at = 0; at < 300; ++at) {
     std::string text(300, 'x');
     for (int c = 0; c < 256; ++c) {
@@ -80,7 +80,7 @@ TEST(Xml, EscapingOfLongTexts) {
       ASSERT_EQ(toXml(text), toXmlByBytes(text)) << "byte " << c << " at " << at;
     }
   }
-  // All densities, so that the room for the result is guessed well and badly.
+  // All densities of replacements, since the size of the result is estimated.
   std::minstd_rand random(3);
   constexpr std::size_t kSizes[] = {127, 128, 129, 5000, 100000};
   for (unsigned percent = 0; percent <= 100; percent += 5) {
@@ -117,7 +117,7 @@ TEST(Xml, Unescaping) {
     for (std::size_t i = random() % 10; i > 0; --i) text += pieces[random() % std::size(pieces)];
     ASSERT_EQ(fromXml(text), fromXmlByPasses(text)) << text;
   }
-  // Entities at every place in blocks, with long and with short runs between them.
+  // Entities at every position in a block, with long and short runs between them.
   for (int round = 0; round < 3000; ++round) {
     const std::size_t longestRun = 1 + random() % 100;
     std::string text;
@@ -126,13 +126,13 @@ TEST(Xml, Unescaping) {
     }
     ASSERT_EQ(fromXml(text), fromXmlByPasses(text)) << text;
   }
-  // Megabytes of what repeated passes would need hours for.
+  // Repeated passes would take hours.
   std::string dense = "&";
   for (int i = 0; i < 1000000; ++i) dense += "amp;";
   EXPECT_EQ(fromXml(dense), "&");
 }
 
-TEST(Xml, FirstCallsTogetherAgree) {
+TEST(Xml, ConcurrentFirstCallsAgree) {
   std::vector<std::thread> threads;
   for (int i = 0; i < 8; ++i) {
     threads.emplace_back([] { EXPECT_EQ(toXml("\x02<\x03"), "&lt;"); });
@@ -211,8 +211,8 @@ TEST(Xml, Content) {
   }
 }
 
-TEST(Xml, ContentAtEveryPlace) {
-  // In front stands what looks like the tags at its start, or at start and end.
+TEST(Xml, ContentAtEveryPosition) {
+  // The text before the element resembles its tags at the start, or at the start and end.
   for (const std::string& name : {std::string("ab"), std::string("name"), std::string(100, 'n')}) {
     const std::string opening = "<" + name;
     const std::string decoys[] = {"x", "<", "</", opening.substr(0, opening.size() - 1) + "?",

@@ -1,4 +1,4 @@
-// The system calls of a stream: when it writes, and that it commits what it wrote.
+// The system calls of a stream: that it writes when it should, and commits each write.
 
 #include <filesystem/file_stream.h>
 #include <gtest/gtest.h>

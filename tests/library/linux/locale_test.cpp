@@ -14,14 +14,14 @@
 
 namespace {
 
-// Here one more character is a space, and `#` is the capital of `+`.
+// Here one more character is a space, and `#` is the capital of `+`, as all accented letters are.
 class Characters : public std::ctype<char> {
  public:
   explicit Characters(char space) : std::ctype<char>(tableWith(space), true) {}
 
  protected:
   char do_tolower(char c) const override {
-    return c == '#' ? '+' : std::ctype<char>::do_tolower(c);
+    return c == '#' || c < 0 ? '+' : std::ctype<char>::do_tolower(c);
   }
 
  private:
@@ -56,8 +56,9 @@ class Locale : public testing::Test {
 
 TEST_F(Locale, DecidesLetters) {
   install(new Characters('-'));
-  EXPECT_EQ(FileSystem::Xml::toXmlTag("A#"), "a+");
+  EXPECT_EQ(FileSystem::Xml::toXmlTag("A#\xE1\xC2"), "a++\xE2");
   EXPECT_TRUE(FileSystem::pathEqual("A#", "a+"));
+  EXPECT_FALSE(FileSystem::pathEqual("\xE2", "+"));
 }
 
 TEST_F(Locale, DecidesSpaces) {
