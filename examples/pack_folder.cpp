@@ -1,6 +1,7 @@
 // Packs a directory into an archive and lists its entries.
-// Usage: pack_folder FOLDER ZIP
+// Usage: pack_folder DIRECTORY ZIP
 
+#include <filesystem/access.h>
 #include <filesystem/zip.h>
 #include <filesystem/zip_archive.h>
 
@@ -15,10 +16,10 @@ int main(int argc, char** argv) {
     std::fprintf(stderr, "cannot pack all of %s\n", argv[1]);
     return 1;
   }
-  constexpr unsigned int kGenericRead = 0x80000000;
   ZipArchive archive;
   std::vector<std::pair<std::string, std::string>> entries;
-  if (archive.open(argv[2], kGenericRead) == 0 || archive.content(entries) == 0) return 1;
+  if (archive.open(argv[2], FileSystem::kAccessRead) == 0 || archive.content(entries) == 0)
+    return 1;
   for (const auto& entry : entries) std::printf("%s\n", entry.first.c_str());
   return 0;
 }

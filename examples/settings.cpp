@@ -1,4 +1,4 @@
-// Keeps settings as XML text in a file: counts its own runs.
+// Keeps settings as XML text in a file, and counts its own runs there.
 // Usage: settings FILE
 
 #include <filesystem/stream.h>
@@ -15,7 +15,7 @@ int main(int argc, char** argv) {
   const std::string path = argv[1];
   std::string settings = FileSystem::readContent(path);
 
-  // Removes the setting, and appends it with its new value.
+  // Extracting an element removes it from the text.
   const int runs = std::atoi(Xml::xmlExtract(settings, "Number of runs", false).c_str()) + 1;
   settings += Xml::xmlDefine("Number of runs", std::to_string(runs));
   if (Xml::xmlContent(settings, "Greeting", false).empty()) {
