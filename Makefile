@@ -13,6 +13,7 @@ PACKAGE_PACKAGES = dpkg-dev file lintian
 WINDOWS_PACKAGES = cmake ninja-build binutils zip libboost-dev libcli11-dev \
                    g++-mingw-w64-x86-64-posix libz-mingw-w64-dev googletest wine64
 
+VERSION = $(shell sed -n 's/^ *VERSION \([0-9.]*\)$$/\1/p' CMakeLists.txt)
 PREFIX ?= /usr/local
 # Where the benchmarks work: in memory, and on disk.
 BENCH_MEMORY ?= /dev/shm
@@ -92,7 +93,7 @@ bench:
 docs:
 	@scripts/install-packages $(DOCS_PACKAGES)
 	mkdir -p build/docs
-	doxygen docs/Doxyfile
+	VERSION=$(VERSION) doxygen docs/Doxyfile
 
 abi:
 	@scripts/install-packages $(BUILD_PACKAGES) $(ABI_PACKAGES)
