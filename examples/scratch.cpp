@@ -13,7 +13,7 @@ int main(int argc, char** argv) {
   if (argc != 2) return 2;
   const std::string directory = std::string(argv[1]) + "\\";
   constexpr unsigned int kDays = 7;
-  std::printf("swept %u old files\n", FileSystem::eraseOldFile(directory, kDays));
+  std::printf("removed %u old files\n", FileSystem::eraseOldFile(directory, kDays));
 
   FileSystem::TemporaryStorage storage;
   if (!storage.create(directory, false)) {
