@@ -53,7 +53,13 @@ class StreamOnLinux : public testing::Test {
 };
 
 TEST_F(StreamOnLinux, WritesAndCommits) {
-  const std::string otherPath = folder_.file("other");
+  support::writeFile(folder_.file("source"), std::string(25, 'x'));
+  FileStream source(folder_.file("source").c_str(), FileStream::OpenRead | FileStream::OpenWrite);
+  source.write("ab");
+  FileStream empty(folder_.file("empty").c_str(), FileStream::OpenRead | FileStream::OpenWrite);
+  FileStream closed;
+  std::vector<char> block(4);
+  std::vector<char> everything;
   struct {
     const char* name;
     std::function<void(FileStream&)> action;  // with three bytes of ten pending
@@ -70,50 +76,17 @@ TEST_F(StreamOnLinux, WritesAndCommits) {
       {"the limit's size", [](FileStream& s) { s.write("1234567890"); }, "w3 c w10 c"},
       {"limit at the pending size", [](FileStream& s) { s.bufferSize(3); }, ""},
       {"limit below", [](FileStream& s) { s.bufferSize(2), s.write("1"); }, "w3 c"},
-      {"unbuffered", [](FileStream& s) { s.bufferSize(0), s.write(""), s.put('1'); },
-       "w3 c c w1 c"},
+      {"unbuffered", [](FileStream& s) { s.bufferSize(0), s.write(""); }, "w3 c c"},
       {"questions", [](FileStream& s) { s.size(), s.is_open(), s.bufferSize(); }, ""},
       {"copy", [](FileStream& s) { FileStream{s} = FileStream(); }, ""},
-      {"block",
-       [](FileStream& s) {
-         std::vector<char> b(4);
-         s.read(b);
-       },
-       ""},
-      {"everything",
-       [](FileStream& s) {
-         std::vector<char> b;
-         s.read(b);
-       },
-       ""},
-      {"another stream",
-       [&](FileStream& s) {
-         FileStream source(otherPath.c_str(), FileStream::OpenRead | FileStream::OpenWrite);
-         source.write("ab");
-         s.append(source);
-       },
-       "w2 c c w3 c w10 w10 w5"},
-      {"an empty stream",
-       [&](FileStream& s) {
-         FileStream source(otherPath.c_str(), 18 | FileStream::OpenRead);
-         s.append(source);
-       },
-       "c w3 c"},
-      {"a closed stream",
-       [](FileStream& s) {
-         FileStream source;
-         s.append(source);
-       },
-       ""},
-      {"a swap",
-       [](FileStream& s) {
-         FileStream other;
-         s.swap(other), other.close();
-       },
-       ""},
+      {"swap", [&](FileStream& s) { s.swap(closed), s.swap(closed); }, ""},
+      {"block", [&](FileStream& s) { s.read(block); }, ""},
+      {"everything", [&](FileStream& s) { s.read(everything); }, ""},
+      {"another stream", [&](FileStream& s) { s.append(source); }, "w2 c c w3 c w10 w10 w5"},
+      {"an empty stream", [&](FileStream& s) { s.append(empty); }, "c w3 c"},
+      {"a closed stream", [&](FileStream& s) { s.append(closed); }, ""},
   };
   for (const auto& c : cases) {
-    std::ofstream(otherPath) << std::string(25, 'x');
     FileStream stream(path_.c_str(), FileStream::OpenRead | FileStream::OpenWrite);
     stream.bufferSize(10);
     stream.write("abc");
