@@ -40,23 +40,22 @@ std::uint64_t leastEndOf(const CentralDirectory& directory, const CentralRecord&
 }  // namespace
 
 std::size_t NameIndex::find(const CentralDirectory& directory, std::string_view name) {
+  NameMatcher matcher(name);
   if (!lookedBefore_) {
     lookedBefore_ = true;
     std::size_t found = kNone;
-    std::string converted;
     forEachRecord(directory, [&](const CentralRecord& record, std::size_t offset) {
-      if (oemName(record, converted) == name) found = offset;
+      if (matcher.matches(record)) found = offset;
       return found == kNone;
     });
     return found;
   }
   if (slots_.empty()) build(directory);
-  std::string converted;
   const std::size_t mask = slots_.size() - 1;
   std::size_t slot = std::hash<std::string_view>{}(name)&mask;
   for (; slots_[slot] != 0; slot = (slot + 1) & mask) {
     const std::size_t offset = slots_[slot] - 1;
-    if (oemName(recordAt(directory, offset), converted) == name) return offset;
+    if (matcher.matches(recordAt(directory, offset))) return offset;
   }
   return kNone;
 }

@@ -14,26 +14,33 @@ namespace {
 
 bool isAscii(std::string_view name) {
   constexpr std::uint64_t kHighBits = 0x8080808080808080;
+  const auto eightAt = [&](std::size_t at) {
+    std::uint64_t bits;
+    std::memcpy(&bits, name.data() + at, sizeof(bits));
+    return bits;
+  };
+  const std::size_t size = name.size();
   std::uint64_t bits = 0;
-  for (; name.size() >= sizeof(bits); name.remove_prefix(sizeof(bits))) {
-    std::memcpy(&bits, name.data(), sizeof(bits));
-    if ((bits & kHighBits) != 0) return false;
+  if (size < sizeof(bits)) {
+    for (const char c : name) bits |= static_cast<std::uint64_t>(c);
+    return (bits & kHighBits) == 0;
   }
-  bits = 0;
-  if (!name.empty()) std::memcpy(&bits, name.data(), name.size());
-  return (bits & kHighBits) == 0;
+  for (std::size_t at = 0; at + sizeof(bits) <= size; at += sizeof(bits)) bits |= eightAt(at);
+  // The last eight may overlap with those before them.
+  return ((bits | eightAt(size - sizeof(bits))) & kHighBits) == 0;
 }
+
+constexpr std::uint16_t kUnicodePathId = 0x7075;
 
 // Returns the name in the Unicode Path extra field, if the field was made for the record's name.
 std::optional<std::string_view> unicodePath(const CentralRecord& record) {
-  constexpr std::uint16_t kId = 0x7075;
-  constexpr std::size_t kHeader = 5;  // version 1 and the CRC-32 of the name
-  const auto block = findExtraBlock(record.extra(), record.extraLength(), kId);
-  if (!block || block->size <= kHeader || block->data[0] != 1) return std::nullopt;
+  if (!mayHaveUnicodePath(record)) return std::nullopt;
+  const auto block = findExtraBlock(record.extra(), record.extraLength(), kUnicodePathId);
+  if (!block || block->size <= kUnicodePathHeader || block->data[0] != 1) return std::nullopt;
   const std::string_view stored = record.name();
   if (load32(block->data + 1) != crc32(0, stored.data(), stored.size())) return std::nullopt;
-  const std::string_view name(reinterpret_cast<const char*>(block->data) + kHeader,
-                              block->size - kHeader);
+  const std::string_view name(reinterpret_cast<const char*>(block->data) + kUnicodePathHeader,
+                              block->size - kUnicodePathHeader);
   return platform::isUtf8(name) ? std::optional(name) : std::nullopt;
 }
 
@@ -58,6 +65,9 @@ std::string_view oemName(const CentralRecord& record, std::string& converted) {
   if (!unicode && (record.flags() & kFlagUtf8) == 0) return name;
   return converted = platform::convertCodePage(std::string(name), CP_UTF8, CP_OEMCP);
 }
+
+NameMatcher::NameMatcher(std::string_view oemName)
+    : name_(oemName), isPlain_(GetOEMCP() == CP_UTF8 && isAscii(oemName)) {}
 
 bool isSameName(std::string_view local, std::string_view central) {
   if (local == central) return true;

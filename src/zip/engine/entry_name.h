@@ -34,6 +34,32 @@ inline constexpr std::uint16_t kMadeByUnknownNames = 3 << 8 | 10;
 // are taken for code page 437. `converted` owns the name if it is not part of the record.
 std::string_view oemName(const CentralRecord& record, std::string& converted);
 
+// Bytes of the Unicode Path extra field that precede its name: version 1 and the CRC-32 of the name
+// in the record.
+inline constexpr std::size_t kUnicodePathHeader = 5;
+
+inline bool mayHaveUnicodePath(const CentralRecord& record) {
+  constexpr std::size_t kBlockHeader = 4;
+  return record.extraLength() > kBlockHeader + kUnicodePathHeader;
+}
+
+// Finds the records of one name without converting the names of all others.
+class NameMatcher {
+ public:
+  // The name is borrowed.
+  explicit NameMatcher(std::string_view oemName);
+  bool matches(const CentralRecord& record) {
+    // No conversion gives a name in ASCII.
+    if (isPlain_ && !mayHaveUnicodePath(record)) return record.name() == name_;
+    return oemName(record, converted_) == name_;
+  }
+
+ private:
+  std::string_view name_;
+  bool isPlain_;
+  std::string converted_;
+};
+
 // Reports whether the names of a local header and of a central record are those of one entry: they
 // may differ in the direction of slashes and in the encoding of characters outside ASCII. The
 // central name is the one that counts.
