@@ -38,7 +38,9 @@ inline std::string repetitiveText(std::size_t size) {
 inline bool addEntry(ZipWriter* writer, const std::string& name, const std::string& content,
                      const char* password = nullptr, int level = ZipLevelDefault) {
   ZipNewEntryInfo info{};
-  info.date = {.second = 2, .minute = 3, .hour = 4, .day = 5, .month = 5, .year = 2021};
+  info.date = {.second = 3, .minute = 3, .hour = 4, .day = 5, .month = 5, .year = 2021};
+  info.internalAttributes = 1;
+  info.externalAttributes = 0x21;
   const std::uint32_t crc = ZipCrc32(0, content.data(), static_cast<std::uint32_t>(content.size()));
   if (ZipOpenNewEntry(writer, name.c_str(), &info, nullptr, 0, nullptr, 0, "note", ZipMethodDeflate,
                       level, 0, -15, 8, 0, password, crc) != 0) {
@@ -61,6 +63,25 @@ inline void writeArchive(const std::string& path, const Entries& entries, int mo
     ASSERT_TRUE(addEntry(writer, name, content, password)) << name;
   }
   ASSERT_EQ(ZipCloseWriter(writer, nullptr), 0);
+}
+
+inline std::string globalComment(ZipReader* reader) {
+  ZipGlobalInfo info{};
+  EXPECT_EQ(ZipReadGlobalInfo(reader, &info), 0);
+  std::string comment(info.commentLength, '\0');
+  ZipReadGlobalComment(reader, comment.data(), info.commentLength);
+  return comment;
+}
+
+// Copies all entries into a new archive.
+inline void copyArchive(const std::string& path, const std::string& target,
+                        const std::string& comment) {
+  const Reader reader(ZipOpenReader(path.c_str()));
+  ZipWriter* const writer = ZipOpenWriter(target.c_str(), ZipModeCreate);
+  for (int s = ZipFirstEntry(reader.get()); s == 0; s = ZipNextEntry(reader.get())) {
+    EXPECT_EQ(ZipCopyEntry(writer, reader.get()), 0);
+  }
+  EXPECT_EQ(ZipCloseWriter(writer, comment.c_str()), 0);
 }
 
 // Reads the current entry in steps of `step` bytes. False if it fails.
