@@ -54,40 +54,52 @@ TEST_F(Copying, KeepsContentTimeAndAttributes) {
   support::makeReadOnly(source_);
   ASSERT_TRUE(copy());
   const bool isReadOnly = (GetFileAttributesA(target_.c_str()) & FILE_ATTRIBUTE_READONLY) != 0;
-  EXPECT_EQ(isReadOnly, support::kPlatform.copyGuardsTarget);
+  EXPECT_EQ(isReadOnly, support::kPlatform.copyCarriesReadOnly);
 }
 
-TEST_F(Copying, RefusesAndLeavesAllAsItWas) {
-  EXPECT_FALSE(copy());
-  EXPECT_EQ(GetLastError(), ERROR_FILE_NOT_FOUND);
-  support::writeFile(source_, "new");
-  support::writeFile(target_, "old");
-  EXPECT_FALSE(copy(true));
-  EXPECT_EQ(GetLastError(), ERROR_FILE_EXISTS);
-  if (support::kPlatform.copyGuardsTarget) {
-    const platform::FileHandle writer(
-        CreateFileA(target_.c_str(), GENERIC_WRITE, 3, nullptr, OPEN_EXISTING, 0, nullptr));
-    EXPECT_FALSE(copy());
-    EXPECT_EQ(GetLastError(), ERROR_SHARING_VIOLATION);
+// A held target is overwritten in place if its holders share writing, so that
+// they keep the file and it stays theirs.
+TEST_F(Copying, HeldTargets) {
+  constexpr DWORD kReadWrite = GENERIC_READ | GENERIC_WRITE;
+  struct {
+    DWORD access, share, error;
+  } const cases[] = {
+      {GENERIC_READ, 7, ERROR_SUCCESS},
+      {GENERIC_READ, 3, ERROR_SUCCESS},
+      {GENERIC_READ, 5, ERROR_SHARING_VIOLATION},
+      {GENERIC_READ, 0, ERROR_SHARING_VIOLATION},
+      {kReadWrite, 7, ERROR_SUCCESS},
+      {kReadWrite, 3, ERROR_SUCCESS},
+      {kReadWrite, 1, ERROR_SHARING_VIOLATION},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(testing::Message() << c.access << ' ' << c.share);
+    for (const std::string& text : {std::string("new"), std::string(100000, 'n')}) {
+      support::writeFile(source_, text);
+      support::writeFile(target_, std::string(200000, 'o'));
+      const platform::FileHandle holder(
+          CreateFileA(target_.c_str(), c.access, c.share, nullptr, OPEN_EXISTING, 0, nullptr));
+      const bool isCopied = c.error == ERROR_SUCCESS;
+      EXPECT_EQ(copy(), isCopied);
+      LARGE_INTEGER size{};
+      EXPECT_TRUE(GetFileSizeEx(holder.get(), &size));
+      EXPECT_EQ(size.QuadPart, isCopied ? static_cast<LONGLONG>(text.size()) : 200000);
+      if (!isCopied) {
+        EXPECT_EQ(GetLastError(), c.error);
+      } else {
+        EXPECT_TRUE(support::readFile(target_) == text);
+      }
+      EXPECT_EQ(DeleteFileA(target_.c_str()) != FALSE, (c.share & FILE_SHARE_DELETE) != 0);
+    }
   }
-  {
-    const platform::FileHandle owner(
-        CreateFileA(source_.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
-    EXPECT_FALSE(copy());
-    EXPECT_EQ(GetLastError(), ERROR_SHARING_VIOLATION);
-  }
-  support::makeReadOnly(target_);
-  EXPECT_FALSE(copy());
-  EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);
-  EXPECT_EQ(support::readFile(target_), "old");
-  EXPECT_FALSE(CopyFileA(source_.c_str(), folder_.name().c_str(), FALSE));
-  EXPECT_FALSE(CopyFileA(folder_.name().c_str(), target_.c_str(), FALSE));
+}
 
-  // The same file, by its own name and another one.
+TEST_F(Copying, RefusesTheSameFile) {
+  support::writeFile(source_, "content");
   std::filesystem::create_hard_link(source_, folder_.file("hard"));
   for (const char* name : {"source", "hard"}) {
     EXPECT_FALSE(CopyFileA(source_.c_str(), folder_.file(name).c_str(), FALSE)) << name;
-    EXPECT_EQ(support::readFile(source_), "new");
+    EXPECT_EQ(support::readFile(source_), "content");
   }
 }
 

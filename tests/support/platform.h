@@ -16,11 +16,10 @@ struct Platform {
   bool everyName;
   // A leading dot hides a file.
   bool dotHides;
-  // A read with a position at or behind the end of the file fails.
+  // A read with a position at or past the end of the file fails.
   bool positionedReadFailsAtEnd;
-  // A copy replaces no file that somebody has open for writing, and gives an
-  // existing file the attributes of its source.
-  bool copyGuardsTarget;
+  // A copy of a read-only file makes an existing target read-only.
+  bool copyCarriesReadOnly;
   // Automation dates are made of existing days and numbers only.
   bool strictDates;
   // The pattern `*.` finds the names without a dot alone.

@@ -12,11 +12,6 @@
 namespace platform::native {
 namespace {
 
-const char* lastComponent(const char* path) {
-  const char* const separator = std::strrchr(path, '/');
-  return separator == nullptr ? path : separator + 1;
-}
-
 // Looks at what the path leads to. False, with the error, if there is nothing.
 bool look(const char* text, struct statx& status, DWORD& attributes) {
   const NativePath path(text);
@@ -32,7 +27,7 @@ bool look(const char* text, struct statx& status, DWORD& attributes) {
     return fail(errorOnPath(path, errno));
   }
   if (path.hadTrailingSeparator() && !S_ISDIR(status.stx_mode)) return fail(ERROR_PATH_NOT_FOUND);
-  attributes = attributesOf(lastComponent(path.c_str()), status.stx_mode, isLink);
+  attributes = attributesOf(nameOf(path.c_str()), status.stx_mode, isLink);
   return true;
 }
 

@@ -36,7 +36,7 @@ bool copyBlocks(int from, int to, std::size_t blockSize) {
   }
 }
 
-// A read that gives just the bytes that the file had reached its end.
+// A read that returns the expected bytes, and no more, has reached the end.
 bool copySmall(int from, int to, off_t size) {
   char block[kSmall];
   const ssize_t count = ::read(from, block, sizeof(block));
@@ -46,16 +46,21 @@ bool copySmall(int from, int to, off_t size) {
 
 }  // namespace
 
-bool copyContent(int from, off_t size, int to) {
+bool copyBytes(int from, off_t size, int to) {
   if (size < static_cast<off_t>(kSmall)) return copySmall(from, to, size);
-  if (ioctl(to, FICLONE, from) == 0) return true;
   for (;;) {
     const ssize_t count = copy_file_range(from, nullptr, to, nullptr, std::size_t{1} << 30, 0);
     if (count > 0 || (count < 0 && errno == EINTR)) continue;
-    // Where the kernel cannot copy, or says that it is done, blocks do the rest.
+    // Blocks do the rest if the kernel cannot copy, or reports the end: files
+    // whose size is not known in advance end at once for it.
     if (count < 0 && (errno == ENOSPC || errno == EFBIG || errno == EDQUOT)) return false;
     return copyBlocks(from, to, kBlock);
   }
+}
+
+bool copyContent(int from, off_t size, int to) {
+  const bool isCloned = size >= static_cast<off_t>(kSmall) && ioctl(to, FICLONE, from) == 0;
+  return isCloned || copyBytes(from, size, to);
 }
 
 }  // namespace platform::native

@@ -1,13 +1,16 @@
 #pragma once
-// The content of one open file, copied into another.
+// Copying the content of one open file to another.
 
 #include <sys/types.h>
 
 namespace platform::native {
 
-// Copies what `from` holds after its position, expected to be `size` bytes, to
-// `to`, the fastest way that the file systems offer. False, with errno, on
-// failure.
+// Copies the bytes after the position of `from`, expected to be `size`, to the
+// position of `to`. False, with errno, on failure.
+bool copyBytes(int from, off_t size, int to);
+
+// Copies a whole file to a new one. File systems that can do so let both share
+// their blocks.
 bool copyContent(int from, off_t size, int to);
 
 }  // namespace platform::native

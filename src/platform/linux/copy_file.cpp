@@ -1,37 +1,35 @@
-// CopyFileA. A copy in the place of an existing file is made without a name and
-// gets the target's name only when it is complete, so that a failed or killed
-// copy leaves the old content. A copy of a free name is made under that name,
-// held against all others until it is complete.
+// CopyFileA. A file that no one holds is replaced by a complete copy, so that a
+// failed or killed copy leaves the old content. A copy to a free name is made
+// under that name and held against all others until it is complete.
 
 #include <cerrno>
-#include <utility>
 
 #include "platform/linux/file_copy.h"
 #include "platform/linux/last_error.h"
 #include "platform/linux/native_path.h"
-#include "platform/unique_handle.h"
+#include "platform/linux/win32_linux.h"
 
-namespace {
-
-// Rounds with somebody else who makes and deletes the target at the same time.
-constexpr int kAttempts = 16;
-
-}  // namespace
+using namespace platform::native;
 
 BOOL CopyFileA(const char* sourceText, const char* targetText, BOOL failIfExists) {
-  using namespace platform::native;
   const NativePath path(targetText);
   if (!path.valid()) return fail(path.error());
   if (path.hadTrailingSeparator()) return fail(ERROR_PATH_NOT_FOUND);
-  platform::FileHandle handle;
-  Source source{.descriptor = -1, .status = {}};
-  if (!openSource(sourceText, handle, source)) return FALSE;
+  Source source;
+  if (!openSource(sourceText, source)) return FALSE;
 
-  // At first the name is taken to be free, which costs no look.
-  Target target{.path = path.c_str(), .held = {}};
-  for (int attempt = 1; !copyTo(source, target); ++attempt) {
-    if (errno != EEXIST || attempt == kAttempts) return fail(errorOnPath(path, errno));
-    if (!examine(path, source, failIfExists != FALSE, target)) return FALSE;
+  // Other processes may create and delete the target at the same time.
+  constexpr int kAttempts = 16;
+  for (int attempt = 1; attempt <= kAttempts; ++attempt) {
+    // The name is taken for a free one first, which needs no check.
+    if (copyToNew(source, path)) return TRUE;
+    if (errno != EEXIST) return fail(errorOnPath(path, errno));
+    if (failIfExists != FALSE) return fail(ERROR_FILE_EXISTS);
+    Target target;
+    const TargetState state = lockTarget(path, source, target);
+    if (state == TargetState::Failed) return FALSE;
+    if (state != TargetState::Locked) continue;
+    return copyOver(source, target) ? TRUE : fail(errorOnPath(path, errno));
   }
-  return TRUE;
+  return fail(ERROR_SHARING_VIOLATION);
 }

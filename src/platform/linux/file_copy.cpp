@@ -5,102 +5,127 @@
 
 #include <cerrno>
 #include <climits>
-#include <cstdio>
 #include <cstdlib>
-#include <utility>
 
 #include "platform/linux/attributes.h"
 #include "platform/linux/copy_content.h"
+#include "platform/linux/existing_file.h"
 #include "platform/linux/file_handle.h"
 #include "platform/linux/last_error.h"
+#include "platform/linux/replacement_file.h"
 #include "platform/linux/share_lock.h"
 
 namespace platform::native {
 namespace {
 
-std::string folderOf(const std::string& path) {
-  const std::size_t separator = path.rfind('/');
-  if (separator == std::string::npos) return ".";
-  return separator == 0 ? "/" : path.substr(0, separator);
+constexpr mode_t kPermissions = 07777;
+
+// Finds the file itself, past all links. Most names are no links and need no
+// resolution.
+TargetState findTarget(const NativePath& path, Target& target) {
+  target.path = path.c_str();
+  char real[PATH_MAX];
+  bool found = lstat(path.c_str(), &target.status) == 0;
+  if (found && S_ISLNK(target.status.st_mode)) {
+    found = realpath(path.c_str(), real) != nullptr && stat(real, &target.status) == 0;
+    if (found) target.path = real;
+  }
+  if (found) return TargetState::Locked;
+  if (errno == ENOENT) return TargetState::Missing;
+  SetLastError(errorOnPath(path, errno));
+  return TargetState::Failed;
 }
 
-// A file that goes again unless it is kept.
-class NewFile {
- public:
-  // A file of that name, which nobody may have.
-  static NewFile named(const std::string& name, mode_t mode) {
-    NewFile file;
-    file.file_ = Descriptor(::open(name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode));
-    if (file) file.name_ = name;
-    return file;
-  }
-  // A file in the folder of `target`, without a name where the file system has
-  // such files.
-  static NewFile beside(const Target& target, mode_t mode) {
-    NewFile file;
-    file.file_ =
-        Descriptor(::open(folderOf(target.path).c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, mode));
-    if (file || (errno != EOPNOTSUPP && errno != EISDIR && errno != EINVAL)) return file;
-    const std::string name = temporaryName(target);
-    unlink(name.c_str());
-    return named(name, mode);
-  }
-  NewFile(NewFile&& other) noexcept
-      : file_(std::move(other.file_)), name_(std::exchange(other.name_, {})) {}
-  NewFile& operator=(NewFile&&) = delete;
-  ~NewFile() {
-    if (!name_.empty()) unlink(name_.c_str());
-  }
-
-  explicit operator bool() const { return static_cast<bool>(file_); }
-  int descriptor() const { return file_.get(); }
-
-  void keep() { name_.clear(); }
-  // Puts the file in the place of another one.
-  bool replace(const Target& target) {
-    if (name_.empty() && !takeName(temporaryName(target))) return false;
-    if (rename(name_.c_str(), target.path.c_str()) != 0) return false;
-    keep();
+// Takes the locks of a writer. False if the holders do not permit that.
+bool lockForWriting(Target& target) {
+  constexpr DWORD kShareReading = FILE_SHARE_READ | FILE_SHARE_DELETE;
+  const int descriptor = target.held.get();
+  if (acquireShare(descriptor, FILE_WRITE_DATA, kShareReading)) {
+    target.isShared = target.whenHeld == HeldTarget::Overwrite && isHeldByOthers(descriptor);
     return true;
   }
+  target.isShared = true;
+  return target.whenHeld == HeldTarget::Overwrite &&
+         acquireShare(descriptor, FILE_WRITE_DATA, kShareReading | FILE_SHARE_WRITE);
+}
 
- private:
-  NewFile() = default;
+struct timespec unchangedTime() {
+  return {.tv_sec = 0, .tv_nsec = UTIME_OMIT};
+}
 
-  bool takeName(const std::string& name) {
-    const std::string own = "/proc/self/fd/" + std::to_string(file_.get());
-    const auto link = [&] {
-      return linkat(AT_FDCWD, own.c_str(), AT_FDCWD, name.c_str(), AT_SYMLINK_FOLLOW) == 0;
-    };
-    const bool linked = link() || (errno == EEXIST && unlink(name.c_str()) == 0 && link());
-    if (linked) name_ = name;
-    return linked;
-  }
-
-  Descriptor file_;
-  std::string name_;  // empty while the file has none, and once it is kept
-};
-
-// A replaced file stays its owner's, with its permissions; whether it may be
-// written to follows from the source.
-bool carryOver(const Source& source, const Target& target, int descriptor) {
-  const struct timespec times[] = {{.tv_sec = 0, .tv_nsec = UTIME_OMIT}, source.status.st_mtim};
-  if (target.exists) {
-    const struct stat& old = target.status;
-    if (old.st_uid != geteuid() || old.st_gid != getegid()) {
-      // Only the superuser can give a file away; for others it becomes theirs.
-      [[maybe_unused]] const int ignored = fchown(descriptor, old.st_uid, old.st_gid);
-    }
-    mode_t mode = old.st_mode & 07777;
-    if (isReadOnly(source.status.st_mode)) mode &= ~kAnyWrite;
-    if (fchmod(descriptor, mode) != 0) return false;
-  }
+bool setWriteTime(const Source& source, int descriptor) {
+  const struct timespec times[] = {unchangedTime(), source.status.st_mtim};
   return futimens(descriptor, times) == 0;
 }
 
-bool fill(const Source& source, const Target& target, NewFile& file) {
-  return file && copyContent(source.descriptor, source.status.st_size, file.descriptor()) &&
-         carryOver(source, target, file.descriptor());
+mode_t permissionsAfter(const Source& source, const Target& target) {
+  const mode_t mode = target.status.st_mode & kPermissions;
+  return isReadOnly(source.status.st_mode) ? mode & ~kAnyWrite : mode;
+}
+
+// True if a failed step of a replacement shows that the target's folder or owner
+// does not permit one; writing into the target is possible then.
+bool isRefusal(int error) {
+  switch (error) {
+    case EACCES:
+    case EPERM:
+    case EROFS:
+    case EBUSY:         // the target is a mount point
+    case ENOENT:        // there is no /proc, which names the new file
+    case ENAMETOOLONG:  // the temporary name is longer than the target's
+      return true;
+    default:
+      return false;
+  }
+}
+
+enum class Replacement { Done, Failed, Refused };
+
+Replacement failure() { return isRefusal(errno) ? Replacement::Refused : Replacement::Failed; }
+
+Replacement replaceWhole(const Source& source, const Target& target) {
+  constexpr mode_t kOwnerOnly = 0600;
+  const Descriptor folder(::open(folderOf(target.path).c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+  if (!folder) return failure();
+  ReplacementFile file(folder.get(), target.status, kOwnerOnly);
+  if (!file) return failure();
+  const int descriptor = file.descriptor();
+  if (fchown(descriptor, target.status.st_uid, target.status.st_gid) != 0) {
+    return Replacement::Refused;
+  }
+  if (!copyContent(source.descriptor, source.status.st_size, descriptor) ||
+      fchmod(descriptor, permissionsAfter(source, target)) != 0 ||
+      !setWriteTime(source, descriptor)) {
+    return Replacement::Failed;
+  }
+  // Another process may have opened the target during the copying.
+  if (target.whenHeld == HeldTarget::Overwrite && !holdExclusively(target.held.get())) {
+    return Replacement::Refused;
+  }
+  return file.putInPlace(nameOf(target.path.c_str())) ? Replacement::Done : failure();
+}
+
+// Writes over the content. Blocks that it lacks are reserved first, so that a full
+// disk is noticed while the old content is complete.
+bool overwrite(const Source& source, const Target& target) {
+  const int descriptor = target.held.get();
+  const off_t size = source.status.st_size;
+  if (!target.isShared) holdExclusively(descriptor);
+  if (fallocate(descriptor, FALLOC_FL_KEEP_SIZE, 0, size) != 0 &&
+      (errno == ENOSPC || errno == EDQUOT || errno == EFBIG)) {
+    return false;
+  }
+  if (lseek(source.descriptor, 0, SEEK_SET) != 0 ||
+      !copyBytes(source.descriptor, size, descriptor)) {
+    return false;
+  }
+  if (ftruncate(descriptor, lseek(descriptor, 0, SEEK_CUR)) != 0) return false;
+  const mode_t mode = permissionsAfter(source, target);
+  const bool isComplete =
+      (mode == (target.status.st_mode & kPermissions) || fchmod(descriptor, mode) == 0) &&
+      setWriteTime(source, descriptor);
+  // The right to write does not include that to set times and permissions.
+  return isComplete || errno == EPERM;
 }
 
 }  // namespace
@@ -109,62 +134,58 @@ bool isSameFile(const struct stat& a, const struct stat& b) {
   return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
 }
 
-bool openSource(const char* text, platform::FileHandle& handle, Source& source) {
+bool openSource(const char* text, Source& source) {
   constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
-  handle.reset(CreateFileA(text, GENERIC_READ, kShareAll, nullptr, OPEN_EXISTING, 0, nullptr));
-  if (!handle) return false;
-  source.descriptor = descriptorOf(handle.get());
+  source.handle.reset(
+      CreateFileA(text, GENERIC_READ, kShareAll, nullptr, OPEN_EXISTING, 0, nullptr));
+  if (!source.handle) return false;
+  source.descriptor = descriptorOf(source.handle.get());
   return fstat(source.descriptor, &source.status) == 0 || failWithErrno() != FALSE;
 }
 
-bool examine(const NativePath& path, const Source& source, bool failIfExists, Target& target) {
-  target = Target{.path = path.c_str(), .held = {}};
-  if (stat(path.c_str(), &target.status) != 0) {
-    return errno == ENOENT ? true : fail(errorOnPath(path, errno));
+TargetState lockTarget(const NativePath& path, const Source& source, Target& target) {
+  const auto failed = [](DWORD error) {
+    SetLastError(error);
+    return TargetState::Failed;
+  };
+  const TargetState found = findTarget(path, target);
+  if (found != TargetState::Locked) return found;
+  if (isSameFile(target.status, source.status)) return failed(ERROR_SHARING_VIOLATION);
+  if (!isOpenable(target.status, true)) return failed(ERROR_ACCESS_DENIED);
+  target.held = openRegular(AT_FDCWD, target.path.c_str(), FILE_WRITE_DATA);
+  if (!target.held) {
+    return errno == ENOENT ? TargetState::Changed : failed(errorOnPath(path, errno));
   }
-  target.exists = true;
-  const struct stat& status = target.status;
-  if (!S_ISREG(status.st_mode)) return fail(ERROR_ACCESS_DENIED);
-  if (failIfExists) return fail(ERROR_FILE_EXISTS);
-  if (isSameFile(status, source.status)) return fail(ERROR_SHARING_VIOLATION);
-  if (isReadOnly(status.st_mode)) return fail(ERROR_ACCESS_DENIED);
-
-  char real[PATH_MAX];
-  if (realpath(path.c_str(), real) == nullptr) return fail(errorOnPath(path, errno));
-  target.path = real;
-  target.held = Descriptor(::open(real, O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY));
-  if (!target.held) return true;
-  constexpr DWORD kShare = FILE_SHARE_READ | FILE_SHARE_DELETE;
-  if (!acquireShare(target.held.get(), FILE_WRITE_DATA, kShare)) {
-    return fail(ERROR_SHARING_VIOLATION);
-  }
-  // The one who held it before may have put another file in its place.
-  struct stat held;
-  if (fstat(target.held.get(), &held) != 0 || stat(real, &target.status) != 0) {
-    return failWithErrno();
-  }
-  return isSameFile(held, target.status) ? true : fail(ERROR_SHARING_VIOLATION);
+  if (!lockForWriting(target)) return failed(ERROR_SHARING_VIOLATION);
+  // The holder before may have put another file in its place.
+  struct stat current;
+  if (fstat(target.held.get(), &target.status) != 0) return failed(errorFromErrno(errno));
+  const bool isCurrent =
+      lstat(target.path.c_str(), &current) == 0 && isSameFile(current, target.status);
+  return isCurrent ? TargetState::Locked : TargetState::Changed;
 }
 
-bool copyTo(const Source& source, const Target& target) {
-  if (target.exists) {
-    constexpr mode_t kOwnOnly = 0600;
-    NewFile file = NewFile::beside(target, kOwnOnly);
-    return fill(source, target, file) && file.replace(target);
+bool copyOver(const Source& source, Target& target) {
+  if (!target.isShared && target.status.st_nlink == 1) {
+    const Replacement result = replaceWhole(source, target);
+    if (result != Replacement::Refused) return result == Replacement::Done;
   }
-  constexpr mode_t kPermissions = 0777;
-  NewFile file = NewFile::named(target.path, source.status.st_mode & kPermissions);
-  if (file) holdUnfinished(file.descriptor());
-  if (!fill(source, target, file)) return false;
-  file.keep();
-  return true;
+  return overwrite(source, target);
 }
 
-std::string temporaryName(const Target& target) {
-  char name[40];
-  std::snprintf(name, sizeof(name), "/.~copy%llx.tmp",
-                static_cast<unsigned long long>(target.status.st_ino));
-  return folderOf(target.path) + name;
+bool copyToNew(const Source& source, const NativePath& path) {
+  const mode_t mode = source.status.st_mode & 0777;
+  const Descriptor file(openRetrying(AT_FDCWD, path.c_str(), O_RDWR | O_CREAT | O_EXCL, mode));
+  if (!file) return false;
+  holdUnfinished(file.get());
+  if (copyContent(source.descriptor, source.status.st_size, file.get()) &&
+      setWriteTime(source, file.get())) {
+    return true;
+  }
+  const int error = errno;
+  unlink(path.c_str());
+  errno = error;
+  return false;
 }
 
 }  // namespace platform::native

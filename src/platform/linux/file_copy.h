@@ -1,5 +1,5 @@
 #pragma once
-// A copy of one file to the name of another, for CopyFileA and replaceFile.
+// Copying one file over another, for CopyFileA and replaceFile.
 
 #include <sys/stat.h>
 
@@ -12,33 +12,47 @@
 namespace platform::native {
 
 struct Source {
-  int descriptor;
-  struct stat status;
+  platform::FileHandle handle;
+  int descriptor = -1;
+  struct stat status {};
 };
 
-struct Target {
-  std::string path;  // native, behind all links
-  bool exists = false;
-  struct stat status {};
-  Descriptor held;  // keeps writers out of a file that is to be replaced
+// Opens a file to be copied. False, with the error, on failure.
+bool openSource(const char* text, Source& source);
+
+// What happens to a target that other handles hold.
+enum class HeldTarget {
+  Overwrite,  // it gets the new content in place, if its holders share writing
+  Replace,    // it is replaced all the same, if its holders only read and share writing
 };
+
+// An existing file that a copy takes the place of.
+struct Target {
+  std::string path;  // native; that of the file itself if the name is a link
+  struct stat status {};
+  Descriptor held;  // open for writing; denies writing to others unless isShared
+  HeldTarget whenHeld = HeldTarget::Overwrite;
+  bool isShared = false;  // must be overwritten in place, because others hold it
+};
+
+// The outcome of locking a target. With Failed the error is set.
+enum class TargetState { Locked, Missing, Changed, Failed };
+
+// Opens and locks the file that the path leads to, if a copy of the source may
+// take its place. Changed if another process replaced the file at the same time.
+TargetState lockTarget(const NativePath& path, const Source& source, Target& target);
+
+// Gives the target the content and the write time of the source. The target keeps
+// its owner and permissions, but becomes read-only if the source is. It is
+// replaced by a complete copy. It is overwritten in place if others hold it, if it
+// has several hard links, or if its folder permits no replacement. False, with
+// errno, on failure; only a failure in place can have changed the target.
+bool copyOver(const Source& source, Target& target);
+
+// Copies the source to a new file. False with errno EEXIST, and nothing read, if
+// the name is in use. A file that could not be completed is deleted.
+bool copyToNew(const Source& source, const NativePath& path);
 
 bool isSameFile(const struct stat& a, const struct stat& b);
-
-bool openSource(const char* text, platform::FileHandle& handle, Source& source);
-
-// Looks at what has the target's name now. False, with the error, if it cannot
-// be replaced by a copy of the source.
-bool examine(const NativePath& path, const Source& source, bool failIfExists, Target& target);
-
-// One attempt. False with EEXIST, and nothing read, if the target is there after
-// all.
-bool copyTo(const Source& source, const Target& target);
-
-// The name that a copy has in the instant before it takes its target's. It is
-// the same until the target is replaced, so that the next copy, and the next
-// opening of an archive, finds and removes what a process that was killed in that
-// instant left.
-std::string temporaryName(const Target& target);
 
 }  // namespace platform::native

@@ -102,8 +102,7 @@ class Search {
 HANDLE findOne(const char* text, WIN32_FIND_DATAA& data) {
   const NativePath path(text);
   if (!path.valid()) return invalidHandle(path.error());
-  const char* const separator = std::strrchr(path.c_str(), '/');
-  const char* const name = separator == nullptr ? path.c_str() : separator + 1;
+  const char* const name = nameOf(path.c_str());
   if (*name == '\0' || path.hadTrailingSeparator()) return invalidHandle(ERROR_FILE_NOT_FOUND);
   if (!describe(AT_FDCWD, path.c_str(), name, data)) return invalidHandle(errorOnPath(path, errno));
   return std::make_unique<Search>().release();

@@ -109,6 +109,17 @@ NativePath::NativePath(const char* text) {
   native_[size_] = '\0';
 }
 
+std::string folderOf(std::string_view path) {
+  const std::size_t separator = path.rfind('/');
+  if (separator == std::string_view::npos) return ".";
+  return std::string(path.substr(0, separator == 0 ? 1 : separator));
+}
+
+const char* nameOf(const char* path) {
+  const char* const separator = std::strrchr(path, '/');
+  return separator == nullptr ? path : separator + 1;
+}
+
 std::size_t displayName(const char* native, char* buffer, std::size_t size) {
   std::string_view rest(native);
   std::size_t length = 0;
@@ -130,11 +141,8 @@ std::size_t displayName(const char* native, char* buffer, std::size_t size) {
 
 DWORD errorOnPath(const NativePath& path, int error) {
   if (error != ENOENT) return errorFromErrno(error);
-  const std::string_view whole(path.c_str(), path.size());
-  const std::size_t separator = whole.rfind('/');
-  if (separator == std::string_view::npos || separator == 0) return ERROR_FILE_NOT_FOUND;
   struct stat status;
-  const std::string folder(whole.substr(0, separator));
+  const std::string folder = folderOf({path.c_str(), path.size()});
   return stat(folder.c_str(), &status) == 0 ? ERROR_FILE_NOT_FOUND : ERROR_PATH_NOT_FOUND;
 }
 

@@ -2,6 +2,8 @@
 // Windows path text to native path: separators, drives, shares, U+F05C.
 
 #include <climits>
+#include <string>
+#include <string_view>
 
 #include "platform/linux/win32_linux.h"
 
@@ -29,6 +31,10 @@ class NativePath {
   std::size_t size_ = 0;
   char native_[PATH_MAX];
 };
+
+// The folder of a native path, "." for a bare name, and the name in it.
+std::string folderOf(std::string_view path);
+const char* nameOf(const char* path);
 
 // A file name as a search delivers it: backslash bytes become U+F05C. Gives the
 // length written without terminator, or 0 if `size` bytes are too few.

@@ -1,14 +1,16 @@
-// Copies: modes, links, and a disk that is full.
+// Copies: permissions, owners and links.
 
 #include <gtest/gtest.h>
-#include <sys/resource.h>
+#include <sched.h>
+#include <sys/fsuid.h>
+#include <sys/mount.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
-#include <csignal>
 #include <string>
+#include <thread>
 
 #include "platform/win32.h"
-#include "support/linux/forked_process.h"
 #include "support/temporary_folder.h"
 
 namespace {
@@ -50,19 +52,55 @@ TEST_F(CopyingOnLinux, ThroughALinkTheLinkStays) {
   EXPECT_EQ(support::readFile(source_), "new");
 }
 
-TEST_F(CopyingOnLinux, FullDiskKeepsTheOldContent) {
-  const std::string old(100, 'o');
-  support::writeFile(source_, std::string(30000000, 'n'));
-  support::writeFile(target_, old);
-  support::ForkedProcess limited([&](const auto&) {
-    std::signal(SIGXFSZ, SIG_IGN);
-    const rlimit limit{1000000, 1000000};
-    setrlimit(RLIMIT_FSIZE, &limit);
-    return copy() ? 1 : GetLastError() == ERROR_DISK_FULL ? 0 : 2;
-  });
-  EXPECT_EQ(limited.wait(), 0);
-  EXPECT_EQ(support::readFile(target_), old);
-  EXPECT_EQ(folder_.entries(), 2U);
+// The copy goes into the target where that cannot be replaced: its other names
+// stay its own, and so does its owner.
+TEST_F(CopyingOnLinux, NeedsOnlyTheRightToWriteTheTarget) {
+  constexpr uid_t kOwner = 65533;
+  constexpr uid_t kWriter = 65534;
+  support::writeFile(source_, "new");
+  const std::string link = folder_.file("link");
+  struct {
+    const char* what;
+    mode_t folder;
+    uid_t owner;
+    bool isLinked, hidesProc;
+  } const cases[] = {
+      {"several names", 0777, kWriter, true, false},
+      {"folder that is not writable", 0555, kWriter, false, false},
+      {"another owner", 0777, kOwner, false, false},
+      {"no /proc", 0777, kWriter, false, true},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.what);
+    support::writeFile(target_, "something old");
+    std::filesystem::remove(link);
+    if (c.isLinked) std::filesystem::create_hard_link(target_, link);
+    chmod(target_.c_str(), 0666);
+    const bool isSuperuser = chown(target_.c_str(), c.owner, c.owner) == 0;
+    if (!isSuperuser && (c.owner == kOwner || c.hidesProc)) continue;
+    chmod(folder_.path().c_str(), c.folder);
+    struct stat before {};
+    stat(target_.c_str(), &before);
+    bool isCopied = false;
+    // What follows changes this thread alone.
+    std::thread([&] {
+      if (c.hidesProc) {
+        unshare(CLONE_NEWNS);
+        mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr);
+        mount("none", "/proc", "tmpfs", 0, nullptr);
+      }
+      if (isSuperuser) setfsuid(kWriter);
+      isCopied = copy();
+    }).join();
+    EXPECT_TRUE(isCopied);
+    chmod(folder_.path().c_str(), 0700);
+    struct stat after {};
+    stat(target_.c_str(), &after);
+    EXPECT_EQ(after.st_ino, before.st_ino);
+    EXPECT_EQ(after.st_uid, before.st_uid);
+    EXPECT_EQ(support::readFile(target_), "new");
+    std::filesystem::remove(target_);
+  }
 }
 
 }  // namespace
