@@ -20,8 +20,9 @@ DWORD denialOf(int folder, const char* path, const struct stat& status) {
   if (isReadOnly(status.st_mode)) return ERROR_ACCESS_DENIED;
   const Descriptor file(openRetrying(folder, path, O_RDONLY | O_NOFOLLOW));
   if (file) return deletionDenied(file.get()) ? ERROR_SHARING_VIOLATION : ERROR_SUCCESS;
-  // No one holds a file with locks that cannot be opened for reading.
-  return errno == EACCES ? ERROR_SUCCESS : errorFromErrno(errno);
+  // Without descriptors the locks are not known. Otherwise, a file that cannot be
+  // opened for reading has no holder with locks.
+  return errno == EMFILE || errno == ENFILE ? errorFromErrno(errno) : ERROR_SUCCESS;
 }
 
 }  // namespace
