@@ -31,11 +31,15 @@ class Conformance : public testing::Test {
     support::writeFile(folder_.file("held"), "h");
     support::writeFile(folder_.file("full/inside"), "");
     std::filesystem::create_directory(folder_.path() / "empty");
+    std::filesystem::create_directory(folder_.path() / "current");
+    std::filesystem::current_path(folder_.path() / "current");
     holder_.reset(CreateFileA(at("held").c_str(), kRead, 0, nullptr, OPEN_EXISTING, 0, nullptr));
     ASSERT_TRUE(holder_);
   }
+  void TearDown() override { std::filesystem::current_path(former_); }
   std::string at(const std::string& name) const { return folder_.text() + name; }
 
+  const std::filesystem::path former_ = std::filesystem::current_path();
   support::TemporaryFolder folder_;
   platform::FileHandle holder_;
 };
@@ -68,6 +72,15 @@ TEST_F(Conformance, Opening) {
       {"held", OPEN_ALWAYS, ERROR_SHARING_VIOLATION, ERROR_SHARING_VIOLATION},
       {"full", CREATE_NEW, ERROR_FILE_EXISTS, ERROR_FILE_EXISTS},
       {"full", OPEN_EXISTING, ERROR_ACCESS_DENIED, ERROR_ACCESS_DENIED},
+      {"full\\", CREATE_NEW, ERROR_FILE_EXISTS, ERROR_FILE_EXISTS},
+      {"file\\", CREATE_NEW, ERROR_FILE_EXISTS, ERROR_FILE_EXISTS},
+      {"file\\", OPEN_EXISTING, ERROR_INVALID_NAME, ERROR_INVALID_NAME},
+      {"missing\\", CREATE_NEW, ERROR_INVALID_NAME, ERROR_INVALID_NAME},
+      {"missing\\", OPEN_EXISTING, ERROR_FILE_NOT_FOUND, ERROR_FILE_NOT_FOUND},
+      {"none\\x\\", OPEN_ALWAYS, ERROR_PATH_NOT_FOUND, ERROR_PATH_NOT_FOUND},
+      {"missing\\..\\file", OPEN_EXISTING, ERROR_SUCCESS, ERROR_SUCCESS},
+      {"file\\.", OPEN_EXISTING, ERROR_SUCCESS, ERROR_SUCCESS},
+      {"file\\..\\full\\.\\..", OPEN_EXISTING, ERROR_ACCESS_DENIED, ERROR_ACCESS_DENIED},
       {"none\\file", OPEN_EXISTING, ERROR_PATH_NOT_FOUND, ERROR_PATH_NOT_FOUND},
       {"none\\file", CREATE_NEW, ERROR_PATH_NOT_FOUND, ERROR_PATH_NOT_FOUND},
       {"file\\under", OPEN_EXISTING, ERROR_PATH_NOT_FOUND, ERROR_PATH_NOT_FOUND},
@@ -152,6 +165,12 @@ TEST_F(Conformance, Names) {
        ERROR_ACCESS_DENIED},
       {"delete folder", [&] { return DeleteFileA(at("empty").c_str()); }, ERROR_ACCESS_DENIED},
       {"delete missing", [&] { return DeleteFileA(at("missing").c_str()); }, ERROR_FILE_NOT_FOUND},
+      {"delete file with separator", [&] { return DeleteFileA(at("file\\").c_str()); },
+       ERROR_INVALID_NAME},
+      {"delete folder with separator", [&] { return DeleteFileA(at("empty\\").c_str()); },
+       ERROR_ACCESS_DENIED},
+      {"delete below missing", [&] { return DeleteFileA(at("none\\x").c_str()); },
+       ERROR_PATH_NOT_FOUND},
       {"delete empty text", [] { return DeleteFileA(""); }, ERROR_PATH_NOT_FOUND},
       {"remove full", [&] { return RemoveDirectoryA(at("full").c_str()); }, ERROR_DIR_NOT_EMPTY},
       {"remove file", [&] { return RemoveDirectoryA(file.c_str()); }, ERROR_DIRECTORY},
@@ -159,6 +178,8 @@ TEST_F(Conformance, Names) {
        ERROR_FILE_NOT_FOUND},
       {"remove below missing", [&] { return RemoveDirectoryA(at("none\\x").c_str()); },
        ERROR_PATH_NOT_FOUND},
+      {"remove current", [&] { return RemoveDirectoryA(at("current").c_str()); },
+       ERROR_SHARING_VIOLATION},
       {"make existing", [&] { return CreateDirectoryA(at("full").c_str(), nullptr); },
        ERROR_ALREADY_EXISTS},
       {"make over file", [&] { return CreateDirectoryA(file.c_str(), nullptr); },
@@ -185,6 +206,13 @@ TEST_F(Conformance, Names) {
       {"copy below missing",
        [&] { return CopyFileA(file.c_str(), at("none\\copy").c_str(), FALSE); },
        ERROR_PATH_NOT_FOUND},
+      {"copy to existing with separator, which is told to fail",
+       [&] { return CopyFileA(file.c_str(), at("full\\").c_str(), TRUE); }, ERROR_FILE_EXISTS},
+      {"copy to missing with separator",
+       [&] { return CopyFileA(file.c_str(), at("missing\\").c_str(), FALSE); }, ERROR_INVALID_NAME},
+      {"attributes of file with separator",
+       [&] { return SetFileAttributesA(at("file\\").c_str(), FILE_ATTRIBUTE_NORMAL); },
+       ERROR_INVALID_NAME},
       {"attributes of missing",
        [&] { return SetFileAttributesA(at("missing").c_str(), FILE_ATTRIBUTE_READONLY); },
        ERROR_FILE_NOT_FOUND},

@@ -79,6 +79,7 @@ BOOL SetFileAttributesA(const char* text, DWORD attributes) {
   if (!path.valid()) return fail(path.error());
   struct stat status;
   if (stat(path.c_str(), &status) != 0) return fail(errorOnPath(path, errno));
+  if (path.hadTrailingSeparator() && !S_ISDIR(status.st_mode)) return fail(ERROR_INVALID_NAME);
   const bool wanted = (attributes & FILE_ATTRIBUTE_READONLY) != 0;
   if (wanted == isReadOnly(status.st_mode)) return TRUE;
   const mode_t mode = status.st_mode & 07777;

@@ -1,5 +1,5 @@
 #pragma once
-// Win32 attributes and times of what stat tells.
+// Win32 attributes and times from the status of a file.
 
 #include <sys/stat.h>
 
@@ -9,17 +9,21 @@ namespace platform::native {
 
 inline constexpr mode_t kAnyWrite = S_IWUSR | S_IWGRP | S_IWOTH;
 
-// Nobody may write: that binds the superuser too.
+// True if no one may write. Here that binds the superuser too.
 inline bool isReadOnly(mode_t mode) { return (mode & kAnyWrite) == 0; }
 
-// Attributes of a file or folder. `name` is its last component; `isLink` tells
-// that the status is that of what a link leads to.
+inline bool isSameFile(const struct stat& a, const struct stat& b) {
+  return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
+}
+
+// Returns the attributes of a file or folder. `name` is its last component. With
+// `isLink`, `mode` is that of the file which a link of that name leads to.
 DWORD attributesOf(const char* name, mode_t mode, bool isLink);
 
 FILETIME fileTimeOf(const statx_timestamp& time);
 
-// The parts of a status that WIN32_FILE_ATTRIBUTE_DATA and WIN32_FIND_DATAA have
-// in common.
+// Sets the fields that WIN32_FILE_ATTRIBUTE_DATA and WIN32_FIND_DATAA have in
+// common.
 template <typename Data>
 void fillData(Data& data, const struct statx& status, DWORD attributes) {
   const bool hasBirth = (status.stx_mask & STATX_BTIME) != 0;

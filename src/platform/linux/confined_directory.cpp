@@ -106,6 +106,15 @@ bool carryOver(const struct stat& old, int descriptor) {
   return fchmod(descriptor, old.st_mode & 07777) == 0;
 }
 
+bool climbs(std::string_view name) {
+  while (!name.empty()) {
+    const std::string_view component = name.substr(0, name.find_first_of("\\/"));
+    if (component == "..") return true;
+    name.remove_prefix(std::min(component.size() + 1, name.size()));
+  }
+  return false;
+}
+
 // Replaces what has the name: a link itself, never the file that it leads to.
 bool replaceExisting(int directory, const char* name, const ConfinedDirectory::Fill& fill) {
   struct stat old;
@@ -139,7 +148,6 @@ bool ConfinedDirectory::State::descend(std::string_view path) {
     const std::string_view name = path.substr(0, path.find('/'));
     path.remove_prefix(std::min(name.size() + 1, path.size()));
     if (name == ".") continue;
-    if (name == "..") return fail(ERROR_ACCESS_DENIED) != FALSE;
     if (depth == levels.size() || levels[depth].name != name) {
       levels.resize(depth);
       Level level{.name = std::string(name), .directory = {}};
@@ -166,6 +174,7 @@ ConfinedDirectory::~ConfinedDirectory() = default;
 ConfinedDirectory::operator bool() const { return static_cast<bool>(state_->root); }
 
 bool ConfinedDirectory::write(std::string_view name, const Fill& fill) {
+  if (climbs(name)) return fail(ERROR_ACCESS_DENIED) != FALSE;
   // The dot keeps the start of the name from being taken for a drive or a share.
   const NativePath path((".\\" + std::string(name)).c_str());
   if (!path.valid()) return fail(path.error()) != FALSE;

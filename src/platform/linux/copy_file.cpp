@@ -4,6 +4,7 @@
 
 #include <cerrno>
 
+#include "platform/linux/existing_file.h"
 #include "platform/linux/file_copy.h"
 #include "platform/linux/last_error.h"
 #include "platform/linux/native_path.h"
@@ -14,7 +15,11 @@ using namespace platform::native;
 BOOL CopyFileA(const char* sourceText, const char* targetText, BOOL failIfExists) {
   const NativePath path(targetText);
   if (!path.valid()) return fail(path.error());
-  if (path.hadTrailingSeparator()) return fail(ERROR_PATH_NOT_FOUND);
+  if (path.hadTrailingSeparator()) {
+    TrailingSeparatorErrors errors{.missing = ERROR_INVALID_NAME};
+    if (failIfExists != FALSE) errors.folder = errors.file = ERROR_FILE_EXISTS;
+    return fail(trailingSeparatorError(path, errors));
+  }
   Source source;
   if (!openSource(sourceText, source)) return FALSE;
 

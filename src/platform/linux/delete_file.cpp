@@ -44,7 +44,7 @@ using namespace platform::native;
 BOOL DeleteFileA(const char* text) {
   const NativePath path(text);
   if (!path.valid()) return fail(path.error());
-  if (path.hadTrailingSeparator()) return fail(ERROR_INVALID_NAME);
+  if (path.hadTrailingSeparator()) return fail(trailingSeparatorError(path, {}));
   const DWORD error = deleteAt(AT_FDCWD, path.c_str());
   if (error == ERROR_SUCCESS) return TRUE;
   return fail(error == ERROR_FILE_NOT_FOUND ? errorOnPath(path, ENOENT) : error);

@@ -1,7 +1,9 @@
 #include "platform/linux/dos_device.h"
 
 #include <cctype>
+#include <cstddef>
 #include <mutex>
+#include <new>
 #include <shared_mutex>
 #include <vector>
 
@@ -24,13 +26,14 @@ class DeviceTable {
     devices_.push_back(std::move(device));
   }
 
-  // Removes the latest definition, or the latest one of `folder` if that is not
-  // empty.
+  // Removes the last definition, or the last one of `folder` if that is not empty.
   bool remove(std::string_view name, std::string_view folder) {
     const std::unique_lock lock(mutex_);
     for (auto device = devices_.rbegin(); device != devices_.rend(); ++device) {
       if (device->name == name && (folder.empty() || device->folder == folder)) {
         devices_.erase(std::next(device).base());
+        // The last one takes the memory with it.
+        if (devices_.empty()) devices_.shrink_to_fit();
         return true;
       }
     }
@@ -53,9 +56,11 @@ class DeviceTable {
   std::vector<Device> devices_;
 };
 
-// Never destroyed: hosts may use files while the process ends.
+// Never destroyed, as hosts may use files while the process ends, and not on the
+// heap, so that unloading the library leaks nothing.
 DeviceTable& devices() {
-  static auto& table = *new DeviceTable;
+  alignas(DeviceTable) static std::byte memory[sizeof(DeviceTable)];
+  static auto& table = *new (memory) DeviceTable;
   return table;
 }
 
@@ -79,7 +84,8 @@ bool isShare(std::string_view name) {
          rest.find('\\', separator + 1) == std::string_view::npos;
 }
 
-// Empty if the target is no absolute path.
+// Returns the native folder of a target, or an empty text if that is no absolute
+// path.
 std::string targetFolder(std::string_view target) {
   constexpr std::string_view kRawPrefix = "\\??\\";
   constexpr std::string_view kRawShare = "UNC\\";

@@ -6,8 +6,8 @@
 
 namespace platform::native {
 
-// The native folder that a device (`T:`, `UNC\srv\share`, in any letter case)
-// stands for. False if it is not mapped. `C:` is the root unless it was mapped.
+// Finds the native folder of a device (`T:`, `UNC\srv\share`, in any letter
+// case). False if it is not mapped. `C:` is the root unless it was mapped.
 bool findDevice(std::string_view device, std::string& folder);
 
 }  // namespace platform::native

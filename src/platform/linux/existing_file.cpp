@@ -32,6 +32,14 @@ Descriptor openRegular(int folder, const char* path, DWORD rights) {
   return Descriptor(openRetrying(folder, path, O_WRONLY | append));
 }
 
+DWORD trailingSeparatorError(const NativePath& path, const TrailingSeparatorErrors& errors) {
+  struct stat status;
+  if (stat(path.c_str(), &status) == 0)
+    return S_ISDIR(status.st_mode) ? errors.folder : errors.file;
+  const DWORD error = errorOnPath(path, errno);
+  return error == ERROR_FILE_NOT_FOUND ? errors.missing : error;
+}
+
 bool probeExisting(int folder, const char* path, DWORD rights, DWORD share) {
   struct stat status;
   return fstatat(folder, path, &status, 0) == 0 && isOpenable(status, writes(rights)) &&

@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 
 #include "platform/linux/descriptor.h"
+#include "platform/linux/native_path.h"
 #include "platform/linux/win32_linux.h"
 
 namespace platform::native {
@@ -24,6 +25,15 @@ bool isOpenable(const struct stat& status, bool changes);
 // too. The caller has checked the type before: opening a FIFO wakes a process
 // that waits for its other end, and opening a device can set it going.
 Descriptor openRegular(int folder, const char* path, DWORD rights);
+
+// The errors of using a path as that of a file although it ends in a separator,
+// by what has the name.
+struct TrailingSeparatorErrors {
+  DWORD folder = ERROR_ACCESS_DENIED;
+  DWORD file = ERROR_INVALID_NAME;
+  DWORD missing = ERROR_FILE_NOT_FOUND;
+};
+DWORD trailingSeparatorError(const NativePath& path, const TrailingSeparatorErrors& errors);
 
 // Reports whether the file can be opened with these rights and this share mode
 // now.

@@ -130,10 +130,6 @@ bool overwrite(const Source& source, const Target& target) {
 
 }  // namespace
 
-bool isSameFile(const struct stat& a, const struct stat& b) {
-  return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
-}
-
 bool openSource(const char* text, Source& source) {
   constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
   source.handle.reset(

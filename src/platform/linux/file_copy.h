@@ -53,6 +53,4 @@ bool copyOver(const Source& source, Target& target);
 // the name is in use. A file that could not be completed is deleted.
 bool copyToNew(const Source& source, const NativePath& path);
 
-bool isSameFile(const struct stat& a, const struct stat& b);
-
 }  // namespace platform::native

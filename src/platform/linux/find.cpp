@@ -103,7 +103,11 @@ HANDLE findOne(const char* text, WIN32_FIND_DATAA& data) {
   const NativePath path(text);
   if (!path.valid()) return invalidHandle(path.error());
   const char* const name = nameOf(path.c_str());
-  if (*name == '\0' || path.hadTrailingSeparator()) return invalidHandle(ERROR_FILE_NOT_FOUND);
+  if (path.isRoot() || path.hadTrailingSeparator()) {
+    struct stat status;
+    const bool exists = stat(path.c_str(), &status) == 0;
+    return invalidHandle(exists ? ERROR_FILE_NOT_FOUND : ERROR_PATH_NOT_FOUND);
+  }
   if (!describe(AT_FDCWD, path.c_str(), name, data)) return invalidHandle(errorOnPath(path, errno));
   return std::make_unique<Search>().release();
 }

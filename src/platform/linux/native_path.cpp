@@ -26,7 +26,19 @@ std::size_t componentLength(std::string_view text, std::size_t start) {
   return end - start;
 }
 
-// Takes a device off the front of `text` and gives its native folder.
+// Removes the prefix that switches off Windows' own limit of paths. `share` is
+// the memory of the result for a share.
+std::string_view withoutPrefix(std::string_view text, std::string& share) {
+  if (!text.starts_with("\\\\?\\")) return text;
+  text.remove_prefix(4);
+  if (!text.starts_with("UNC\\")) return text;
+  share = '\\';
+  share += text.substr(3);
+  return share;
+}
+
+// Removes a device from the start of `text` and sets its native folder, which is
+// empty if there is none. Returns the error of an unmapped one.
 DWORD takeDevice(std::string_view& text, std::string& folder) {
   if (text.size() >= 2 && isLetter(text[0]) && text[1] == ':') {
     const std::string_view drive = text.substr(0, 2);
@@ -52,60 +64,68 @@ DWORD takeDevice(std::string_view& text, std::string& folder) {
 
 }  // namespace
 
+// Starts the path with the folder of a drive or share, the root, or nothing.
+bool NativePath::takeRoot(std::string_view& text) {
+  std::string folder;
+  error_ = takeDevice(text, folder);
+  if (!valid()) return false;
+  if (folder.empty() && !text.empty() && isSeparator(text.front())) folder = "/";
+  if (folder.size() >= sizeof(native_)) return false;
+  isAbsolute_ = !folder.empty();
+  rootSize_ = size_ = folder.copy(native_, folder.size());
+  return true;
+}
+
+// False if there is no space for the component and a terminator.
+bool NativePath::append(std::string_view component) {
+  std::size_t end = size_;
+  if (end > 0 && native_[end - 1] != '/') native_[end++] = '/';
+  while (!component.empty()) {
+    const bool isBackslash = component.starts_with(kBackslashInName);
+    if (end + 1 >= sizeof(native_)) return false;
+    native_[end++] = isBackslash ? '\\' : component.front();
+    component.remove_prefix(isBackslash ? kBackslashInName.size() : 1);
+  }
+  size_ = end;
+  return true;
+}
+
+void NativePath::removeLast() {
+  while (size_ > rootSize_ && native_[size_ - 1] != '/') --size_;
+  if (size_ > rootSize_) --size_;
+}
+
 NativePath::NativePath(const char* text) {
   native_[0] = '\0';
   if (text == nullptr || *text == '\0') {
     error_ = ERROR_PATH_NOT_FOUND;
     return;
   }
-  std::string_view rest(text);
-  // The prefix that switches off Windows' own path limit.
   std::string share;
-  if (rest.starts_with("\\\\?\\")) {
-    rest.remove_prefix(4);
-    if (rest.starts_with("UNC\\")) {
-      share = '\\';
-      share += rest.substr(3);
-      rest = share;
-    }
-  }
-
-  std::string folder;
-  error_ = takeDevice(rest, folder);
+  std::string_view rest = withoutPrefix(text, share);
+  bool fits = takeRoot(rest);
   if (!valid()) return;
-  if (folder.size() >= sizeof(native_)) {
+  while (fits && !rest.empty()) {
+    const std::string_view component = rest.substr(0, componentLength(rest, 0));
+    rest.remove_prefix(component.size());
+    trailing_ = !rest.empty();
+    if (trailing_) rest.remove_prefix(1);
+    if (component.empty() || component == ".") continue;
+    if (component != "..") {
+      fits = append(component);
+    } else if (size_ > rootSize_) {
+      removeLast();
+    } else if (!isAbsolute_) {
+      fits = append(component);
+      rootSize_ = size_;
+    }
+  }
+  if (!fits) {
     error_ = ERROR_FILENAME_EXCED_RANGE;
-    return;
+    size_ = 0;
   }
-  std::memcpy(native_, folder.data(), folder.size());
-  size_ = folder.size();
-
-  if (!folder.empty() && folder.back() != '/' && !rest.empty() && !isSeparator(rest.front())) {
-    native_[size_++] = '/';
-  }
-  while (!rest.empty()) {
-    // Runs of separators, and one behind a device's own, count as one.
-    if (isSeparator(rest.front())) {
-      rest.remove_prefix(1);
-      if (size_ > 0 && native_[size_ - 1] == '/') continue;
-      native_[size_] = '/';
-    } else if (rest.starts_with(kBackslashInName)) {
-      rest.remove_prefix(kBackslashInName.size());
-      native_[size_] = '\\';
-    } else {
-      native_[size_] = rest.front();
-      rest.remove_prefix(1);
-    }
-    if (++size_ == sizeof(native_)) {
-      error_ = ERROR_FILENAME_EXCED_RANGE;
-      size_ = 0;
-      break;
-    }
-  }
-  if (size_ > 1 && native_[size_ - 1] == '/') {
-    trailing_ = true;
-    --size_;
-  }
+  if (fits && size_ == 0) native_[size_++] = '.';
+  if (size_ == 1 && native_[0] == '/') trailing_ = false;
   native_[size_] = '\0';
 }
 

@@ -9,26 +9,37 @@
 
 namespace platform::native {
 
-// A native path made from a path text, in a buffer of its own: no heap.
+// A native path made from a path text, in a buffer of its own, without the heap.
+// The components `.` and `..` are resolved in the text, as Windows does: links
+// and missing folders before a `..` do not matter. Leading `..` of a relative
+// path remain.
 class NativePath {
  public:
-  // Null and empty texts, unmapped drives and shares, and texts that are too
-  // long are not valid; error() then tells the Win32 code. Trailing separators
-  // are dropped, but for the root's.
+  // Null and empty texts, unmapped drives and shares, and texts that are too long
+  // are not valid; error() is the Win32 code then.
   explicit NativePath(const char* text);
 
   bool valid() const { return error_ == ERROR_SUCCESS; }
   DWORD error() const { return error_; }
-  // Whether the text ended in a separator, so that it can only name a folder.
+  // True if the text ended in a separator, so that it can only name a folder.
+  // That separator is not part of the native path.
   bool hadTrailingSeparator() const { return trailing_; }
+  // True for the root of a drive or share.
+  bool isRoot() const { return isAbsolute_ && size_ == rootSize_; }
   const char* c_str() const { return native_; }
-  // Length of c_str() in bytes.
+  // The length of c_str() in bytes.
   std::size_t size() const { return size_; }
 
  private:
+  bool takeRoot(std::string_view& text);
+  bool append(std::string_view component);
+  void removeLast();
+
   DWORD error_ = ERROR_SUCCESS;
   bool trailing_ = false;
+  bool isAbsolute_ = false;
   std::size_t size_ = 0;
+  std::size_t rootSize_ = 0;  // of the part that no `..` removes
   char native_[PATH_MAX];
 };
 
@@ -36,12 +47,12 @@ class NativePath {
 std::string folderOf(std::string_view path);
 const char* nameOf(const char* path);
 
-// A file name as a search delivers it: backslash bytes become U+F05C. Gives the
-// length written without terminator, or 0 if `size` bytes are too few.
+// Writes a file name as searches return it, with U+F05C for each backslash.
+// Returns the length without terminator, or 0 if `size` bytes are too few.
 std::size_t displayName(const char* native, char* buffer, std::size_t size);
 
-// The Win32 code of an errno value that a call on `path` gave. Unlike
-// errorFromErrno it tells a missing folder from a missing file in it.
+// Returns the Win32 code of an errno value that a call on `path` left. Unlike
+// errorFromErrno it distinguishes a missing folder from a missing file in it.
 DWORD errorOnPath(const NativePath& path, int error);
 
 }  // namespace platform::native

@@ -20,6 +20,7 @@
 #include "platform/linux/existing_file.h"
 #include "platform/linux/last_error.h"
 #include "platform/linux/native_path.h"
+#include "platform/linux/remove_directory.h"
 
 using namespace platform::native;
 
@@ -54,10 +55,7 @@ struct platform::OpenDirectory::State {
   void resume(int below) {
     Descriptor parent(openRetrying(below, "..", kDirectoryFlags | O_NOFOLLOW));
     struct stat status;
-    if (!parent || fstat(parent.get(), &status) != 0 || status.st_dev != identity.st_dev ||
-        status.st_ino != identity.st_ino) {
-      return;
-    }
+    if (!parent || fstat(parent.get(), &status) != 0 || !isSameFile(status, identity)) return;
     stream = streamOf(std::move(parent));
     entry = nullptr;
     listed = true;
@@ -153,13 +151,8 @@ bool OpenDirectory::deleteEntry() {
 
 bool OpenDirectory::removeDirectory(const std::string& storedName) {
   if (!*this) return fail(ERROR_INVALID_HANDLE) != FALSE;
-  const int folder = dirfd(state_->stream.get());
-  struct stat status;
-  if (fstatat(folder, storedName.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
-    return failWithErrno() != FALSE;
-  }
-  if (isReadOnly(status.st_mode)) return fail(ERROR_ACCESS_DENIED) != FALSE;
-  return unlinkat(folder, storedName.c_str(), AT_REMOVEDIR) == 0 || failWithErrno() != FALSE;
+  const DWORD error = removeDirectoryAt(dirfd(state_->stream.get()), storedName.c_str());
+  return error == ERROR_SUCCESS || fail(error) != FALSE;
 }
 
 }  // namespace platform

@@ -82,6 +82,14 @@ Outcome failed(DWORD error) {
   return Outcome::Failed;
 }
 
+// Only a folder can have a separator after its name.
+DWORD trailingError(const Opening& opening, const NativePath& path) {
+  TrailingSeparatorErrors errors{.folder = ERROR_PATH_NOT_FOUND};
+  if (opening.creates()) errors.missing = ERROR_INVALID_NAME;
+  if (opening.disposition == CREATE_NEW) errors.folder = errors.file = ERROR_FILE_EXISTS;
+  return trailingSeparatorError(path, errors);
+}
+
 bool isDeleted(int descriptor) {
   struct stat status;
   return fstat(descriptor, &status) == 0 && status.st_nlink == 0;
@@ -154,10 +162,10 @@ HANDLE CreateFileA(const char* path, DWORD access, DWORD share, SECURITY_ATTRIBU
   }
   const NativePath native(path);
   if (!native.valid()) return invalidHandle(native.error());
-  // Only a folder can have a separator after its name.
-  if (native.hadTrailingSeparator()) return invalidHandle(ERROR_PATH_NOT_FOUND);
-  return openFile(native, {.rights = rights,
-                           .share = share,
-                           .disposition = disposition,
-                           .makesReadOnly = (attributes & FILE_ATTRIBUTE_READONLY) != 0});
+  const Opening opening{.rights = rights,
+                        .share = share,
+                        .disposition = disposition,
+                        .makesReadOnly = (attributes & FILE_ATTRIBUTE_READONLY) != 0};
+  if (native.hadTrailingSeparator()) return invalidHandle(trailingError(opening, native));
+  return openFile(native, opening);
 }

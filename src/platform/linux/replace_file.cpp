@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <string>
 
+#include "platform/linux/attributes.h"
 #include "platform/linux/file_copy.h"
 #include "platform/linux/file_handle.h"
 #include "platform/linux/last_error.h"

@@ -1,4 +1,4 @@
-// The folder for temporary files, and names that are free in a folder.
+// The folder for temporary files, and free names in a folder.
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -20,7 +20,7 @@
 namespace platform::native {
 namespace {
 
-// Longest folder text, so that a name still fits into MAX_PATH.
+// A folder text of this length leaves space for a name within MAX_PATH.
 constexpr std::size_t kLongestFolder = MAX_PATH - 14;
 constexpr std::size_t kLongestPrefix = 3;
 
@@ -39,7 +39,20 @@ std::string composed(const char* folder, const char* prefix, UINT number) {
   return name += tail;
 }
 
-// Where the search for a free number begins: elsewhere for each process and call.
+// Creates a file that its owner can read and write, whatever the umask is. False,
+// with errno, if the name is in use or on failure.
+bool createFile(const std::string& name) {
+  constexpr mode_t kMode = S_IRUSR | S_IWUSR;
+  const Descriptor file(
+      ::open(NativePath(name.c_str()).c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, kMode));
+  struct stat status;
+  const bool isMasked =
+      file && fstat(file.get(), &status) == 0 && (status.st_mode & kMode) != kMode;
+  if (isMasked) fchmod(file.get(), kMode);
+  return static_cast<bool>(file);
+}
+
+// Returns the first number to be tried, another one for each process and call.
 UINT firstNumber() {
   static std::atomic<UINT> calls{0};
   const auto now = std::chrono::steady_clock::now().time_since_epoch().count();
@@ -83,9 +96,7 @@ UINT GetTempFileNameA(const char* folder, const char* prefix, UINT unique, char*
   for (UINT i = 0; i < kNumbers; ++i) {
     const UINT number = (first + i) % kNumbers + 1;
     const std::string name = composed(folder, prefix, number);
-    const Descriptor file(::open(NativePath(name.c_str()).c_str(),
-                                 O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR));
-    if (file) {
+    if (createFile(name)) {
       std::memcpy(buffer, name.c_str(), name.size() + 1);
       return number;
     }

@@ -5,7 +5,9 @@
 
 #include <cstdlib>
 #include <string>
+#include <utility>
 
+#include "platform/unique_handle.h"
 #include "platform/win32.h"
 #include "support/temporary_folder.h"
 
@@ -52,6 +54,29 @@ TEST_F(NamesOnLinux, Deletion) {
   EXPECT_TRUE(RemoveDirectoryA(at("link").c_str()));
   EXPECT_TRUE(support::exists(folder_.file("full/inside")));
   EXPECT_TRUE(support::exists(folder_.file("file")));
+}
+
+TEST_F(NamesOnLinux, UmaskMakesNoFileReadOnly) {
+  const mode_t mask = umask(0222);
+  char temporary[MAX_PATH];
+  EXPECT_NE(GetTempFileNameA(folder_.name().c_str(), "~", 0, temporary), 0U);
+  for (const std::string& name : {std::string(temporary), at("new")}) {
+    for (const DWORD disposition : {OPEN_ALWAYS, CREATE_ALWAYS}) {
+      EXPECT_TRUE(platform::FileHandle(CreateFileA(name.c_str(), GENERIC_READ | GENERIC_WRITE, 0,
+                                                   nullptr, disposition, 0, nullptr)))
+          << name;
+    }
+  }
+  umask(mask);
+}
+
+TEST_F(NamesOnLinux, SearchForNoName) {
+  WIN32_FIND_DATAA data{};
+  for (const auto& [name, error] :
+       {std::pair("full\\", ERROR_FILE_NOT_FOUND), std::pair("none\\", ERROR_PATH_NOT_FOUND)}) {
+    EXPECT_EQ(FindFirstFileA(at(name).c_str(), &data), INVALID_HANDLE_VALUE);
+    EXPECT_EQ(GetLastError(), error) << name;
+  }
 }
 
 TEST_F(NamesOnLinux, TemporaryFolder) {

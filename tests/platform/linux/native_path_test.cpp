@@ -24,7 +24,16 @@ TEST(NativePath, MapsPathText) {
       {"\\etc\\", "/etc", true},
       {"/", "/", false},
       {"a\\\\b//c\\", "a/b/c", true},
-      {".\\..\\x", "./../x", false},
+      {".\\..\\x", "../x", false},
+      {"..\\..\\a\\..\\..\\x", "../../../x", false},
+      {"a\\b\\..\\..", ".", false},
+      {"a\\.", "a", false},
+      {"a\\.\\", "a", true},
+      {"a\\..\\", ".", true},
+      {"...\\.x\\..y", ".../.x/..y", false},
+      {"C:\\a\\..\\..\\x", "/x", false},
+      {"C:\\a\\..", "/", false},
+      {"C:..\\x", "../x", false},
       {"a\xEF\x81\x9C"
        "b\\c",
        "a\\b/c", false},
@@ -64,6 +73,7 @@ TEST(NativePath, FollowsDefinedDevices) {
   EXPECT_EQ(NativePath("t:\\a").c_str(), native + "/a");
   EXPECT_EQ(NativePath("T:a").c_str(), native + "/a");
   EXPECT_EQ(NativePath("T:").c_str(), native);
+  EXPECT_EQ(NativePath("T:\\a\\..\\..\\..\\b").c_str(), native + "/b");
 
   ASSERT_TRUE(DefineDosDeviceA(DDD_RAW_TARGET_PATH, "UNC\\srv\\share", "\\??\\T:\\deep"));
   EXPECT_EQ(NativePath("\\\\SRV\\Share\\x").c_str(), native + "/deep/x");

@@ -1,8 +1,11 @@
 // Loading and unloading the library, by a program that does not link with it.
 
 #include <dlfcn.h>
+#include <filesystem/dos_device.h>
 #include <gtest/gtest.h>
+#include <malloc.h>
 
+#include <filesystem>
 #include <fstream>
 #include <string>
 
@@ -59,6 +62,12 @@ TEST(Loading, AThousandTimesLeavesNothing) {
     EXPECT_NE(fileExists("/proc/self/exe"), 0);
     start();
     EXPECT_NE(fileExists("/proc/self/exe"), 0);
+    const auto defineDevice =
+        reinterpret_cast<decltype(&DefineDosDeviceA)>(dlsym(library, "DefineDosDeviceA"));
+    ASSERT_NE(defineDevice, nullptr);
+    EXPECT_NE(defineDevice(0, "T:", "/proc"), 0);
+    EXPECT_NE(fileExists("T:\\self\\exe"), 0);
+    EXPECT_NE(defineDevice(2, "T:", nullptr), 0);
     EXPECT_EQ(dlclose(library), 0);
   };
   loadAndUse(true);
@@ -66,6 +75,7 @@ TEST(Loading, AThousandTimesLeavesNothing) {
   for (int i = 0; i < 100; ++i) loadAndUse(false);
   EXPECT_EQ(dlopen(VESK_LIBRARY, RTLD_NOW | RTLD_NOLOAD), nullptr);
   const std::size_t pages = residentPages();
+  const std::size_t allocated = mallinfo2().uordblks;
   const auto descriptors = support::openDescriptors();
   for (int i = 0; i < 1000; ++i) loadAndUse(false);
   EXPECT_EQ(support::openDescriptors(), descriptors);
@@ -76,9 +86,45 @@ TEST(Loading, AThousandTimesLeavesNothing) {
   constexpr bool kSanitized = false;
 #endif
   constexpr std::size_t kSlack = 100;
+  constexpr std::size_t kSlackBytes = 10000;
   if (!kSanitized && !support::underValgrind()) {
     EXPECT_LT(residentPages(), pages + kSlack);
+    EXPECT_LT(mallinfo2().uordblks, allocated + kSlackBytes);
   }
+}
+
+// Folders below a mapped drive or share are removed, but never its own folder.
+TEST(Loading, RootsOfMappedDevicesStay) {
+  void* const library = dlopen(VESK_LIBRARY, RTLD_NOW | RTLD_LOCAL);
+  ASSERT_NE(library, nullptr) << dlerror();
+  const auto defineDevice =
+      reinterpret_cast<decltype(&DefineDosDeviceA)>(dlsym(library, "DefineDosDeviceA"));
+  const auto deleteEmptyFolder = reinterpret_cast<int (*)(const char*)>(
+      dlsym(library, "_ZN10FileSystem17DeleteEmptyFolderEPKc"));
+  const auto eraseOldFile = reinterpret_cast<unsigned (*)(const std::string&, unsigned)>(dlsym(
+      library,
+      "_ZN10FileSystem12eraseOldFileERKNSt7__cxx1112basic_stringIcSt11char_traitsIcESaIcEEEj"));
+  ASSERT_NE(eraseOldFile, nullptr);
+  const support::TemporaryFolder folder;
+  const std::string mapped = folder.file("mapped");
+  for (const char* device : {"T:", "UNC\\s\\h"}) {
+    ASSERT_NE(defineDevice(0, device, mapped.c_str()), 0);
+  }
+  struct {
+    const char* text;
+    int removed;
+  } const cases[] = {{"T:\\", 0},        {"T:", 0},       {"T:\\a\\..", 0},          {"T:\\a", 1},
+                     {"\\\\s\\h\\a", 1}, {"\\\\s\\h", 0}, {"\\\\S\\h\\a\\..\\..", 0}};
+  for (const auto& c : cases) {
+    std::filesystem::create_directories(mapped + (c.removed != 0 ? "/a" : ""));
+    EXPECT_EQ(deleteEmptyFolder(c.text), c.removed) << c.text;
+    EXPECT_TRUE(std::filesystem::is_empty(mapped)) << c.text;
+  }
+  std::filesystem::create_directories(mapped + "/a");
+  EXPECT_EQ(eraseOldFile("T:\\", 1), 0U);
+  EXPECT_TRUE(std::filesystem::is_empty(mapped));
+  for (const char* device : {"T:", "UNC\\s\\h"}) defineDevice(2, device, nullptr);
+  EXPECT_EQ(dlclose(library), 0);
 }
 
 }  // namespace
