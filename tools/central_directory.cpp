@@ -1,17 +1,15 @@
 #include "central_directory.h"
 
 #include <algorithm>
-#include <filesystem>
-#include <fstream>
+
+#include "file_bytes.h"
 
 namespace {
 
-constexpr std::uint32_t kLocalSignature = 0x04034b50;
 constexpr std::uint32_t kRecordSignature = 0x02014b50;
 constexpr std::uint32_t kEnd64Signature = 0x06064b50;
 constexpr std::uint32_t kLocator64Signature = 0x07064b50;
 constexpr std::uint32_t kSplitSignature = 0x08074b50;
-constexpr std::size_t kLocalSize = 30;
 constexpr std::size_t kRecordSize = 46;
 constexpr std::size_t kEndSize = 22;
 constexpr std::size_t kEnd64Size = 56;
@@ -22,65 +20,6 @@ constexpr std::size_t kLongestComment = 0xFFFF;
 constexpr std::uint16_t kAesMethod = 99;
 constexpr std::uint16_t kZip64Extra = 0x0001;
 constexpr std::uint16_t kAesExtra = 0x9901;
-
-// Bytes of the file, read as little-endian numbers. A number that is not all
-// there is 0.
-class Bytes {
- public:
-  Bytes(const char* data, std::size_t size) : data_(data), size_(size) {}
-  explicit Bytes(const std::string& text) : Bytes(text.data(), text.size()) {}
-
-  std::size_t size() const { return size_; }
-  // At most `size` bytes from `position` on.
-  Bytes at(std::size_t position, std::size_t size = std::string::npos) const {
-    position = std::min(position, size_);
-    return {data_ + position, std::min(size, size_ - position)};
-  }
-  std::uint16_t u16(std::size_t position) const {
-    return static_cast<std::uint16_t>(number(position, 2));
-  }
-  std::uint32_t u32(std::size_t position) const {
-    return static_cast<std::uint32_t>(number(position, 4));
-  }
-  std::uint64_t u64(std::size_t position) const { return number(position, 8); }
-  std::string text() const { return {data_, size_}; }
-
- private:
-  std::uint64_t number(std::size_t position, std::size_t count) const {
-    if (position > size_ || size_ - position < count) return 0;
-    std::uint64_t value = 0;
-    for (std::size_t i = count; i-- != 0;) {
-      value = value << 8 | static_cast<unsigned char>(data_[position + i]);
-    }
-    return value;
-  }
-
-  const char* data_;
-  std::size_t size_;
-};
-
-class File {
- public:
-  explicit File(const std::string& path) : stream_(std::filesystem::path(path), std::ios::binary) {
-    std::error_code error;
-    size_ = std::filesystem::file_size(path, error);
-    if (error) size_ = 0;
-  }
-  std::uint64_t size() const { return size_; }
-  // `size` bytes at `position`, or none if the file does not have them.
-  std::string read(std::uint64_t position, std::uint64_t size) {
-    if (position > size_ || size > size_ - position) return {};
-    std::string bytes(static_cast<std::size_t>(size), '\0');
-    stream_.clear();
-    stream_.seekg(static_cast<std::streamoff>(position));
-    stream_.read(bytes.data(), static_cast<std::streamsize>(size));
-    return stream_ ? bytes : std::string();
-  }
-
- private:
-  std::ifstream stream_;
-  std::uint64_t size_ = 0;
-};
 
 // The values of an end record, with those of the zip64 record where it counts.
 struct End {

@@ -2,10 +2,8 @@
 
 #include <chrono>
 #include <cstdio>
-#include <filesystem>
 #include <utility>
 
-#include "paths.h"
 #include "terminal.h"
 #include "text.h"
 
@@ -13,12 +11,6 @@ namespace {
 
 constexpr std::chrono::milliseconds kDelay{500};
 constexpr std::chrono::milliseconds kInterval{100};
-
-std::uint64_t sizeOf(const std::string& file) {
-  std::error_code error;
-  const std::uint64_t size = std::filesystem::file_size(nativePath(file), error);
-  return error ? 0 : size;
-}
 
 std::string formatted(const char* format, double value) {
   char text[64];
@@ -29,10 +21,12 @@ std::string formatted(const char* format, double value) {
 }  // namespace
 
 Progress::Progress(const Output& output, const std::string& what, std::uint64_t total,
-                   std::string growing)
-    : what_(printable(what)), total_(total), growing_(std::move(growing)) {
-  if (isTerminal(stderr) && !output.quiet) thread_ = std::thread([this] { show(); });
+                   std::function<std::uint64_t()> counter)
+    : what_(printable(what)), total_(total), counter_(std::move(counter)) {
+  if (isShown(output)) thread_ = std::thread([this] { show(); });
 }
+
+bool Progress::isShown(const Output& output) { return isTerminal(stderr) && !output.quiet; }
 
 Progress::~Progress() {
   if (!thread_.joinable()) return;
@@ -46,7 +40,7 @@ Progress::~Progress() {
 
 std::string Progress::line(double seconds, std::size_t columns) const {
   constexpr double kMega = 1e6;
-  const auto done = static_cast<double>(done_ + (growing_.empty() ? 0 : sizeOf(growing_)));
+  const auto done = static_cast<double>(done_ + (counter_ ? counter_() : 0));
   const auto total = static_cast<double>(total_);
   std::string numbers;
   if (done > 0) {

@@ -5,6 +5,7 @@
 #include <atomic>
 #include <condition_variable>
 #include <cstdint>
+#include <functional>
 #include <mutex>
 #include <string>
 #include <thread>
@@ -13,15 +14,18 @@
 
 class Progress {
  public:
-  // `what` names the work ("packing photos"). `total` is the number of bytes
-  // that advance() will report, 0 if it is unknown. `growing`, if not empty, is
-  // a file that grows with the work; its size is added to the bytes reported.
+  // `what` names the work ("packing photos"). `total` is the number of bytes of all
+  // of it, 0 if it is unknown. `counter`, if not empty, returns the number of bytes
+  // done besides those reported to advance(); it is called on another thread.
   Progress(const Output& output, const std::string& what, std::uint64_t total = 0,
-           std::string growing = {});
+           std::function<std::uint64_t()> counter = {});
   Progress(const Progress&) = delete;
   Progress& operator=(const Progress&) = delete;
   // Removes the line.
   ~Progress();
+
+  // True if a line would be written.
+  static bool isShown(const Output& output);
 
   void advance(std::uint64_t bytes) { done_ += bytes; }
 
@@ -32,7 +36,7 @@ class Progress {
 
   const std::string what_;
   const std::uint64_t total_;
-  const std::string growing_;
+  const std::function<std::uint64_t()> counter_;
   std::atomic<std::uint64_t> done_{0};
   std::mutex mutex_;
   std::condition_variable over_;

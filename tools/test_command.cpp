@@ -25,12 +25,13 @@ using Reader = std::unique_ptr<ZipReader, ReaderCloser>;
 
 // Reads all of the reader's current entry. Returns false if it is damaged or
 // cannot be read.
-bool readEntry(ZipReader* reader, const char* password) {
+bool readEntry(ZipReader* reader, const char* password, Progress& progress) {
   if (ZipOpenEntry(reader, nullptr, nullptr, 0, password) != 0) return false;
   std::vector<unsigned char> block(256 << 10);
   int read = 0;
   do {
     read = ZipReadEntry(reader, block.data(), static_cast<std::uint32_t>(block.size()));
+    if (read > 0) progress.advance(static_cast<std::uint64_t>(read));
   } while (read > 0);
   ZipCloseEntry(reader);
   return read == 0;
@@ -56,15 +57,15 @@ void test(const std::string& zip, const PasswordSource& source, Output& output) 
     Progress progress(output, "testing " + zip, bytes);
     const Reader reader(ZipOpenReader(zip.c_str()));
     ZipFirstEntry(reader.get());
+    const char* const passwordOrNull = password.empty() ? nullptr : password.c_str();
     for (const Entry& entry : entries) {
       const bool isNameUsable = entry.record.nameLength <= kLongestEntryName;
-      if (isNameUsable && readEntry(reader.get(), password.empty() ? nullptr : password.c_str())) {
+      if (isNameUsable && readEntry(reader.get(), passwordOrNull, progress)) {
         output.detail("sound " + printable(entry.name));
       } else {
         output.fail(inQuotes(entry.name) + ": " + readFailure(entry, !password.empty()));
       }
       ZipNextEntry(reader.get());
-      progress.advance(entry.record.size);
     }
   }
   reportUnusedBytes(zip, output);

@@ -1,0 +1,18 @@
+#include "file_bytes.h"
+
+#include <filesystem>
+
+File::File(const std::string& path) : stream_(std::filesystem::path(path), std::ios::binary) {
+  std::error_code error;
+  size_ = std::filesystem::file_size(path, error);
+  if (error) size_ = 0;
+}
+
+std::string File::read(std::uint64_t position, std::uint64_t size) {
+  if (position > size_ || size > size_ - position) return {};
+  std::string bytes(static_cast<std::size_t>(size), '\0');
+  stream_.clear();
+  stream_.seekg(static_cast<std::streamoff>(position));
+  stream_.read(bytes.data(), static_cast<std::streamsize>(size));
+  return stream_ ? bytes : std::string();
+}
