@@ -68,8 +68,9 @@ bool Entry::isDirectory() const {
 
 Archive::Archive(const std::string& path, unsigned int access) : path_(path) {
   if (zip_.open(path.c_str(), access) == 0) {
-    if (FileSystem::FolderExists(path.c_str()) != 0)
+    if (FileSystem::FolderExists(path.c_str()) != 0) {
       throw Failure(inQuotes(path) + " is a directory");
+    }
     if (isWriting(access) && FileSystem::TestOpen(path.c_str(), FileSystem::kAccessRead) != 0) {
       throw Failure("cannot write to " + inQuotes(path) +
                     ": it is read-only, or another program uses it");
@@ -125,6 +126,8 @@ std::string readFailure(const Entry& entry, bool hasPassword) {
   if (record.nameLength > kLongestEntryName) {
     return "its name has more than " + std::to_string(kLongestEntryName) + " bytes";
   }
+  if (record.encryption == Encryption::kAes)
+    return "it is encrypted with AES, which is not supported";
   if (record.encryption == Encryption::kStrong) return "its encryption method is not supported";
   if (record.method != 0 && record.method != 8) {
     return "its compression method, " + methodName(record.method) + ", is not supported";
@@ -134,9 +137,6 @@ std::string readFailure(const Entry& entry, bool hasPassword) {
   }
   if (record.encryption != Encryption::kNone && !hasPassword) {
     return "it is encrypted and needs a password";
-  }
-  if (record.encryption == Encryption::kAes) {
-    return "the password is wrong, or it is damaged, or AES encryption is not supported";
   }
   if (record.encryption != Encryption::kNone) return "the password is wrong or it is damaged";
   return "it is damaged";

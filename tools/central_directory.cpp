@@ -42,8 +42,8 @@ End endAt(File& file, Bytes record, std::uint64_t position) {
   for (const std::uint64_t at : {Bytes(locator).u64(8), position - kLocator64Size - kEnd64Size}) {
     const std::string bytes = file.read(at, kEnd64Size);
     const Bytes end64(bytes);
-    if (end64.u32(0) == kEnd64Signature)
-      return {at, end64.u64(32), end64.u64(40), end64.u64(48), true};
+    if (end64.u32(0) != kEnd64Signature) continue;
+    return {at, end64.u64(32), end64.u64(40), end64.u64(48), true};
   }
   return end;
 }

@@ -30,7 +30,7 @@ std::string passwordFor(const std::vector<Entry>& entries, const PasswordSource&
                         const Output& output) {
   const std::string password = givenPassword(source, output);
   const auto encrypted = std::find_if(entries.begin(), entries.end(), [](const Entry& entry) {
-    return entry.record.encryption != Encryption::kNone;
+    return entry.record.encryption == Encryption::kTraditional;
   });
   if (!password.empty() || encrypted == entries.end()) return password;
   return askHidden("password for " + inQuotes(encrypted->name) + ": ").value_or("");

@@ -1,4 +1,4 @@
-// Loading and unloading the library, by a program that does not link with it.
+// Loads and unloads the library from a program that is not linked with it.
 
 #include <dlfcn.h>
 #include <filesystem/dos_device.h>
@@ -79,7 +79,7 @@ TEST(Loading, AThousandTimesLeavesNothing) {
   const auto descriptors = support::openDescriptors();
   for (int i = 0; i < 1000; ++i) loadAndUse(false);
   EXPECT_EQ(support::openDescriptors(), descriptors);
-  // The books of a sanitizer or of valgrind grow with every load.
+  // A sanitizer or valgrind keeps records, which grow with every load.
 #if defined(__SANITIZE_ADDRESS__)
   constexpr bool kSanitized = true;
 #else

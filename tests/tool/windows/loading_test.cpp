@@ -1,4 +1,4 @@
-// Loading and unloading the library, by a program that does not link with it.
+// Loads and unloads the library from a program that is not linked with it.
 
 #include <gtest/gtest.h>
 
