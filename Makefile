@@ -6,7 +6,7 @@ TEST_PACKAGES = zip unzip p7zip-full libarchive-tools python3 coreutils diffutil
                 pkg-config binutils
 FUZZ_PACKAGES = clang libclang-rt-dev
 BENCH_PACKAGES = zip unzip p7zip-full libarchive-tools pkg-config libzip-dev libpoco-dev \
-                 libpugixml-dev
+                 libpugixml-dev libsqlite3-dev
 DOCS_PACKAGES = doxygen
 ABI_PACKAGES = abigail-tools binutils
 PACKAGE_PACKAGES = dpkg-dev file lintian

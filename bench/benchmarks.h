@@ -12,6 +12,7 @@ std::vector<Road> packingRoads(const Workspace& workspace);
 std::vector<Road> archiveRoads(const Workspace& workspace);
 std::vector<Road> folderRoads(const Workspace& workspace);
 std::vector<Road> streamRoads(const Workspace& workspace);
+std::vector<Road> durabilityRoads(const Workspace& workspace);
 // These touch no medium.
 std::vector<Road> xmlRoads(std::size_t scale);
 std::vector<Road> pathRoads(std::size_t scale);

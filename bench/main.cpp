@@ -57,6 +57,8 @@ class Bench {
     for (const auto roads : {packingRoads, archiveRoads, folderRoads, streamRoads}) {
       run(roads(workspace), medium);
     }
+    // In memory nothing is durable, and a commit costs nothing.
+    if (medium != "memory") run(durabilityRoads(workspace), medium);
   }
 
   std::size_t scale() const { return settings_.quick ? 10 : 1; }
