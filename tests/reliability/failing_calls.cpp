@@ -129,6 +129,10 @@ PASSES_ON(int, futimens, (int fd, const struct timespec* times), (fd, times), -1
 RECORDED(int, linkat, (int from, const char* old, int to, const char* path, int flags),
          (from, old, to, path, flags), path, true, namesChanged())
 RECORDED(int, rename, (const char* old, const char* path), (old, path), path, false, namesChanged())
+RECORDED(int, renameat, (int from, const char* old, int to, const char* path),
+         (from, old, to, path), path, false, namesChanged())
+RECORDED(int, renameat2, (int from, const char* old, int to, const char* path, unsigned flags),
+         (from, old, to, path, flags), path, false, namesChanged())
 RECORDED(int, unlink, (const char* path), (path), path, false, namesChanged())
 RECORDED(int, unlinkat, (int folder, const char* path, int flags), (folder, path, flags), path,
          false, namesChanged())

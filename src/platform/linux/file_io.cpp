@@ -8,6 +8,7 @@
 #include <iterator>
 #include <limits>
 
+#include "platform/linux/durability.h"
 #include "platform/linux/file_handle.h"
 #include "platform/linux/last_error.h"
 #include "platform/linux/win32_linux.h"

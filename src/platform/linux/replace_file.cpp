@@ -9,6 +9,7 @@
 #include <string>
 
 #include "platform/linux/attributes.h"
+#include "platform/linux/durability.h"
 #include "platform/linux/file_copy.h"
 #include "platform/linux/file_handle.h"
 #include "platform/linux/last_error.h"
@@ -30,7 +31,9 @@ bool platform::replaceFile(HANDLE opened, const char* path, const char* version)
       !isSameFile(original, target.status)) {
     return fail(ERROR_SHARING_VIOLATION) != FALSE;
   }
-  return copyOver(source, target) || fail(errorOnPath(native, errno)) != FALSE;
+  if (!copyOver(source, target)) return fail(errorOnPath(native, errno)) != FALSE;
+  commitNameOf(target.path.c_str());
+  return true;
 }
 
 void platform::removeUnfinishedVersion(HANDLE opened, const char* path) {

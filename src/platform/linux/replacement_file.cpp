@@ -6,6 +6,8 @@
 #include <cerrno>
 #include <cstdio>
 
+#include "platform/linux/durability.h"
+
 namespace platform::native {
 
 std::string temporaryNameFor(const struct stat& old) {
@@ -34,6 +36,7 @@ bool ReplacementFile::link() {
 }
 
 bool ReplacementFile::putInPlace(const char* name) {
+  if (!commitContent(file_.get())) return false;
   if (!named_) {
     named_ = link() ||
              (errno == EEXIST && unlinkat(directory_, temporaryName_.c_str(), 0) == 0 && link());

@@ -29,7 +29,9 @@ class ReplacementFile {
   explicit operator bool() const { return static_cast<bool>(file_); }
   int descriptor() const { return file_.get(); }
 
-  // Renames the file to `name` in its directory, replacing that one. False, with errno, on failure.
+  // Commits the content to the disk and renames the file to `name` in its directory, replacing that
+  // one. After a power failure either the old file is there or the new one. False, with errno, on
+  // failure.
   bool putInPlace(const char* name);
 
  private:
