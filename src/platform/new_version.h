@@ -8,7 +8,8 @@ namespace platform {
 
 // Replaces a file in three steps: lock it, write the new version to another file of the same
 // directory, and rename that one. Until the rename the file keeps its content, also if the process
-// is killed. No other process can use the file meanwhile.
+// is killed or the power fails. No other process can use the file meanwhile. A file that does not
+// exist yet is created in the same way.
 class NewVersion {
  public:
   // Locks the file at `path`, if there is one, and deletes what a killed process left of a new
@@ -21,15 +22,14 @@ class NewVersion {
 
   // False if there is a file that cannot be replaced: it is in use or read-only, or is a directory.
   explicit operator bool() const;
-  // True if there was no file.
-  bool isFirst() const;
 
   // Creates the file to which the new version is written, empty, and returns its path. That is the
-  // locked file itself, with its lock released, if its directory does not accept new files; and the
-  // path that the constructor got, with no file created, if there was none.
+  // file itself, with its lock released, if its directory does not accept new files; no file is
+  // created then.
   std::string create();
-  // Renames the new version, with the owner and the permissions of the old one. Nothing is left to
-  // do if create() returned the file's own path. False on failure; the old version then remains.
+  // Commits the new version to the disk, renames it, with the owner and the permissions of the old
+  // one, and commits the name. Nothing is left to do if create() returned the file's own path. False
+  // on failure; the old version then remains.
   bool putInPlace();
 
  private:

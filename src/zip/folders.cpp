@@ -44,10 +44,7 @@ bool FRT_ZIP_FOLDER(const char* folder, const char* zip) {
   if (!writer) return false;
   const bool allAdded = addFiles(writer, files, base);
   const Commit result = writer.commit(nullptr);
-  if (result == Commit::Failed) {
-    if (version.isFirst()) DeleteFileA(zip);
-    return false;
-  }
+  if (result == Commit::Failed) return false;
   // An archive that lacks the last files replaces the old one too.
   return version.putInPlace() && allAdded && result == Commit::Complete;
 }

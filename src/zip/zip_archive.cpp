@@ -7,6 +7,7 @@
 #include <boost/format.hpp>
 #include <utility>
 
+#include "platform/new_version.h"
 #include "zip/archive_reader.h"
 #include "zip/archive_writer.h"
 #include "zip/extraction.h"
@@ -68,17 +69,22 @@ int ZipArchive::open(const char* name, unsigned int access) {
 
 int ZipArchive::create(const char* name, int overwrite) {
   ZipHeldFile& file = m_private->file;
-  const bool isNew = GetFileAttributesA(name) == INVALID_FILE_ATTRIBUTES;
   // FileExists() alone is not enough: it cannot open a file that this object holds.
-  if (overwrite == 0 && (!isNew || FileSystem::FileExists(name) != 0)) return 0;
+  if (overwrite == 0 &&
+      (GetFileAttributesA(name) != INVALID_FILE_ATTRIBUTES || FileSystem::FileExists(name) != 0)) {
+    return 0;
+  }
   // A copy, because `name` may be the result of fileName(), which the next step changes.
   const std::string path = name;
   file.setName(nullptr);
-  zip::ArchiveWriter writer(path.c_str(), zip::ArchiveWriter::Mode::Create);
-  if (!writer) return 0;
-  if (writer.commit(nullptr) != zip::ArchiveWriter::Commit::Complete) {
-    if (isNew) DeleteFileA(path.c_str());
-    return 0;
+  {
+    platform::NewVersion version(path);
+    if (!version) return 0;
+    zip::ArchiveWriter writer(version.create().c_str(), zip::ArchiveWriter::Mode::Create);
+    if (!writer || writer.commit(nullptr) != zip::ArchiveWriter::Commit::Complete ||
+        !version.putInPlace()) {
+      return 0;
+    }
   }
   file.setName(path.c_str());
   file.access = GENERIC_READ | GENERIC_WRITE;

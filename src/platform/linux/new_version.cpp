@@ -4,11 +4,15 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <atomic>
+#include <cerrno>
 #include <climits>
+#include <cstdio>
 #include <cstdlib>
 #include <string_view>
 
 #include "platform/linux/descriptor.h"
+#include "platform/linux/durability.h"
 #include "platform/linux/file_handle.h"
 #include "platform/linux/last_error.h"
 #include "platform/linux/native_path.h"
@@ -25,9 +29,31 @@ struct NewVersion::State {
   FileHandle original;
   struct stat originalStatus {};
   std::string originalPath;  // native, with all links resolved
-  std::string versionPath;   // native
-  bool isCreated = false;
+  std::string versionPath;   // native; empty if the file can only be written under its own name
+  Descriptor version;        // open while the new version has its own name
 };
+
+namespace {
+
+std::string directoryOf(const std::string& path) { return path.substr(0, path.rfind('/') + 1); }
+
+// A name that no other process uses at the same time.
+std::string nameOfFirst() {
+  static std::atomic<unsigned> calls{0};
+  char name[48];
+  std::snprintf(name, sizeof(name), ".~copy%x-%x.tmp", static_cast<unsigned>(getpid()), ++calls);
+  return name;
+}
+
+// Renames a file to a name that must be free.
+bool renameToFree(const char* from, const char* to) {
+  if (renameat2(AT_FDCWD, from, AT_FDCWD, to, RENAME_NOREPLACE) == 0) return true;
+  // Some file systems cannot do both in one step.
+  struct stat status;
+  return errno == EINVAL && lstat(to, &status) != 0 && rename(from, to) == 0;
+}
+
+}  // namespace
 
 NewVersion::NewVersion(const std::string& path) : state_(std::make_unique<State>()) {
   state_->path = path;
@@ -36,6 +62,13 @@ NewVersion::NewVersion(const std::string& path) : state_(std::make_unique<State>
   if (!state_->original) {
     const DWORD error = GetLastError();
     state_->isFirst = error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
+    const NativePath native(path.c_str());
+    struct stat link;
+    // The file that a dangling link leads to can only be created through the link.
+    if (state_->isFirst && native.valid() && lstat(native.c_str(), &link) != 0) {
+      state_->originalPath = native.c_str();
+      state_->versionPath = directoryOf(state_->originalPath) + nameOfFirst();
+    }
     return;
   }
   char real[PATH_MAX];
@@ -47,50 +80,53 @@ NewVersion::NewVersion(const std::string& path) : state_(std::make_unique<State>
   // The name is also the one that removeUnfinishedVersion() deletes, so that nothing that a killed
   // process left remains for long.
   state_->originalPath = real;
-  state_->versionPath = state_->originalPath.substr(0, state_->originalPath.rfind('/') + 1) +
-                        temporaryNameFor(state_->originalStatus);
+  state_->versionPath =
+      directoryOf(state_->originalPath) + temporaryNameFor(state_->originalStatus);
   unlink(state_->versionPath.c_str());
 }
 
 NewVersion::~NewVersion() {
-  if (state_->isCreated) unlink(state_->versionPath.c_str());
+  if (state_->version) unlink(state_->versionPath.c_str());
 }
 
 NewVersion::operator bool() const { return state_->isFirst || state_->original; }
 
-bool NewVersion::isFirst() const { return state_->isFirst; }
-
 std::string NewVersion::create() {
-  if (state_->isFirst) return state_->path;
+  if (state_->versionPath.empty()) return state_->path;
   const char* const version = state_->versionPath.c_str();
   constexpr mode_t kOwnerOnly = 0600;
-  const Descriptor file(
-      ::open(version, O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, kOwnerOnly));
+  constexpr mode_t kPermissions = 0666;
+  state_->version = Descriptor(::open(version, O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
+                                      state_->isFirst ? kPermissions : kOwnerOnly));
   char text[PATH_MAX * 3];
-  if (file && displayName(version, text, sizeof(text)) != 0) {
-    state_->isCreated = true;
-    return text;
-  }
+  if (state_->version && displayName(version, text, sizeof(text)) != 0) return text;
   state_->original.reset();
   return state_->path;
 }
 
 bool NewVersion::putInPlace() {
-  if (!state_->isCreated) return true;
+  if (!state_->version) return true;
   const char* const version = state_->versionPath.c_str();
-  const struct stat& old = state_->originalStatus;
-  // Only the superuser can give a file away; for other users it becomes theirs.
-  [[maybe_unused]] const int ignored = chown(version, old.st_uid, old.st_gid);
-  struct stat now;
-  if (chmod(version, old.st_mode & 07777) != 0 || stat(state_->originalPath.c_str(), &now) != 0) {
-    return failWithErrno() != FALSE;
+  const char* const path = state_->originalPath.c_str();
+  if (!commitContent(state_->version.get())) return failWithErrno() != FALSE;
+  if (state_->isFirst) {
+    if (!renameToFree(version, path)) return failWithErrno() != FALSE;
+  } else {
+    const struct stat& old = state_->originalStatus;
+    // Only the superuser can give a file away; for other users it becomes theirs.
+    [[maybe_unused]] const int ignored = chown(version, old.st_uid, old.st_gid);
+    struct stat now;
+    if (chmod(version, old.st_mode & 07777) != 0 || stat(path, &now) != 0) {
+      return failWithErrno() != FALSE;
+    }
+    // A program that does not use the locks may have put another file there.
+    if (now.st_dev != old.st_dev || now.st_ino != old.st_ino) {
+      return fail(ERROR_SHARING_VIOLATION) != FALSE;
+    }
+    if (rename(version, path) != 0) return failWithErrno() != FALSE;
   }
-  // A program that does not use the locks may have put another file there.
-  if (now.st_dev != old.st_dev || now.st_ino != old.st_ino) {
-    return fail(ERROR_SHARING_VIOLATION) != FALSE;
-  }
-  if (rename(version, state_->originalPath.c_str()) != 0) return failWithErrno() != FALSE;
-  state_->isCreated = false;
+  state_->version = Descriptor();
+  commitNameOf(path);
   return true;
 }
 

@@ -26,10 +26,7 @@ NewVersion::~NewVersion() {
 
 NewVersion::operator bool() const { return state_->isFirst || state_->original; }
 
-bool NewVersion::isFirst() const { return state_->isFirst; }
-
 std::string NewVersion::create() {
-  if (state_->isFirst) return state_->path;
   const std::string folder = state_->path.substr(0, state_->path.find_last_of("\\/:") + 1) + '.';
   char version[MAX_PATH + 1] = {};
   if (GetTempFileNameA(folder.c_str(), "~za", 0, version) == 0) {
@@ -42,10 +39,14 @@ std::string NewVersion::create() {
 
 bool NewVersion::putInPlace() {
   if (state_->versionPath.empty()) return true;
+  const char* const version = state_->versionPath.c_str();
+  const FileHandle written(CreateFileA(version, GENERIC_WRITE, FILE_SHARE_DELETE, nullptr,
+                                       OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+  if (!written || FlushFileBuffers(written.get()) == FALSE) return false;
   // Windows does not rename over an open file.
   state_->original.reset();
-  if (MoveFileExA(state_->versionPath.c_str(), state_->path.c_str(), MOVEFILE_REPLACE_EXISTING) ==
-      FALSE) {
+  const DWORD replace = state_->isFirst ? 0 : MOVEFILE_REPLACE_EXISTING;
+  if (MoveFileExA(version, state_->path.c_str(), replace | MOVEFILE_WRITE_THROUGH) == FALSE) {
     return false;
   }
   state_->versionPath.clear();
