@@ -100,6 +100,16 @@ const Operation kOperations[] = {
        return FRT_ZIP_FOLDER((folder + "in").c_str(), (folder + "b.zip").c_str());
      },
      true, true},
+    {"pack over an archive",
+     [](const std::string& folder) {
+       return FRT_ZIP_FOLDER((folder + "in").c_str(), (folder + "a.zip").c_str());
+     },
+     true, true},
+    {"create over an archive",
+     [](const std::string& folder) {
+       return ZipArchive().create((folder + "a.zip").c_str(), 1) == 1;
+     },
+     true},
     {"copy over files",
      [](const std::string& folder) {
        return FileSystem::CopyContent(folder + "in/", folder + "out/") == 2;
