@@ -28,8 +28,8 @@ class NewVersion {
   // created then.
   std::string create();
   // Commits the new version to the disk, renames it, with the owner and the permissions of the old
-  // one, and commits the name. Nothing is left to do if create() returned the file's own path. False
-  // on failure; the old version then remains.
+  // one, and commits the name. Nothing is left to do if create() returned the file's own path.
+  // False on failure; the old version then remains.
   bool putInPlace();
 
  private:
