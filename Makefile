@@ -8,6 +8,7 @@ FUZZ_PACKAGES = clang libclang-rt-dev
 BENCH_PACKAGES = zip unzip p7zip-full libarchive-tools pkg-config libzip-dev libpoco-dev \
                  libpugixml-dev libsqlite3-dev
 DOCS_PACKAGES = doxygen
+MSVC_PACKAGES = $(WINDOWS_PACKAGES) clang libc++-dev python3
 ABI_PACKAGES = abigail-tools binutils
 PACKAGE_PACKAGES = dpkg-dev file lintian
 WINDOWS_PACKAGES = cmake ninja-build binutils zip libboost-dev libcli11-dev \
@@ -21,8 +22,8 @@ BENCH_DISK ?= build/bench
 # The directory that `make demo` packs. Every machine that builds the library has it.
 FOLDER ?= /usr/include
 
-.PHONY: help demo test mutants windows test-windows windows-packages fuzz bench docs abi package \
-        install uninstall clean
+.PHONY: help demo test mutants windows test-windows windows-packages msvc fuzz bench docs abi \
+        package install uninstall clean
 
 help:
 	@echo "make demo [FOLDER=...]     pack a real folder, unpack it, compare"
@@ -32,6 +33,7 @@ help:
 	@echo "make fuzz                  build and run the fuzz targets, a minute each"
 	@echo "make windows               cross-compile for 64-bit Windows, zip in build/windows"
 	@echo "make test-windows          run the tests under Wine"
+	@echo "make msvc                  check that the sources suit Visual C++, without building"
 	@echo "make bench                 measure beside other programs; BENCH_QUICK=1 for a tenth"
 	@echo "make install [PREFIX=...]  install library, headers and program (default $(PREFIX));"
 	@echo "make uninstall             remove them again"
@@ -81,6 +83,10 @@ test-windows: windows-packages
 	cmake --preset windows -DVESK_TESTS=ON
 	cmake --build --preset windows
 	scripts/test-windows build/windows
+
+msvc:
+	@scripts/install-packages $(MSVC_PACKAGES)
+	tests/msvc/check build/msvc
 
 bench:
 	@scripts/install-packages $(BUILD_PACKAGES) $(BENCH_PACKAGES)

@@ -4,28 +4,15 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
-#ifdef __SSE2__
-#include <emmintrin.h>
-#endif
+
+#include "platform/compiler.h"
 
 namespace FileSystem::Xml::Detail {
 
 inline constexpr std::size_t kBlock = 64;
 
-// 16 bytes. Operators apply to each byte, and a comparison sets all bits of a byte or none.
-using Bytes [[gnu::vector_size(16)]] = unsigned char;
-using Truths [[gnu::vector_size(16)]] = signed char;
-
-// Returns one bit for each byte, the lowest for the first.
-inline std::uint64_t bitsOf(Truths truths) {
-#ifdef __SSE2__
-  return static_cast<unsigned>(_mm_movemask_epi8(reinterpret_cast<__m128i>(truths)));
-#else
-  std::uint64_t bits = 0;
-  for (std::size_t i = 0; i < sizeof(truths); ++i) bits |= std::uint64_t{truths[i] != 0} << i;
-  return bits;
-#endif
-}
+using platform::Bytes;
+using platform::Truths;
 
 // Returns one bit for each byte of a block, the lowest for the first, which is set if `test` holds
 // for the byte. With several blocks, `test` takes the bytes at the same offset in each of them.
@@ -38,7 +25,7 @@ std::uint64_t testBlock(Test test, const Block*... blocks) {
       std::memcpy(&bytes, block + i, sizeof(bytes));
       return bytes;
     };
-    bits |= bitsOf(test(load(blocks)...)) << i;
+    bits |= platform::bitsOf(test(load(blocks)...)) << i;
   }
   return bits;
 }

@@ -27,6 +27,7 @@
 #include <string_view>
 #include <utility>
 
+#include "platform/compiler.h"
 #include "platform/large_memory.h"
 #include "xml/byte_block.h"
 
@@ -69,7 +70,7 @@ constexpr std::size_t kLongestReplacement = std::string_view("&apos;").size();
 Detail::Truths isReplaced(Detail::Bytes bytes) {
   const Detail::Truths space = ((bytes & 0xFB) == '\t') | (bytes == '\n');
   return ((bytes | 0x01) == '\'') | ((bytes | 0x02) == '>') | (bytes == '"') |
-         ((bytes | reinterpret_cast<Detail::Bytes>(space)) < ' ');
+         ((bytes | platform::bytesOf(space)) < ' ');
 }
 
 // Writes the replacements of all bytes and returns their end. Overwrites up to a replacement's size

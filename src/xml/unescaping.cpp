@@ -27,6 +27,7 @@
 #include <string_view>
 #include <utility>
 
+#include "platform/compiler.h"
 #include "platform/large_memory.h"
 #include "xml/byte_block.h"
 
@@ -140,7 +141,7 @@ std::string fromXml(const std::string& text) {
   std::size_t filled = 0;
   while (rest.size() >= kReach) {
     // For a text larger than the caches, the processor does not prefetch far enough by itself.
-    __builtin_prefetch(rest.data() + std::min(kAhead, rest.size()));
+    platform::prefetch(rest.data() + std::min(kAhead, rest.size()));
     const Progress done = unescapeBlock(rest.data(), buffer.data() + filled);
     rest.remove_prefix(done.taken);
     filled += done.filled;
