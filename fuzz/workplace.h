@@ -1,6 +1,5 @@
 #pragma once
-// What the fuzz targets share: files of their own to work on, and promises that
-// stop the run where they are broken.
+// Shared by the fuzz targets: a directory to work in, and checks that end the run.
 
 #include <cstddef>
 #include <cstdint>
@@ -14,15 +13,14 @@
 
 namespace fuzz {
 
-inline void require(bool promise, const char* what) {
-  if (promise) return;
-  std::fprintf(stderr, "broken promise: %s\n", what);
+inline void require(bool kept, const char* promise) {
+  if (kept) return;
+  std::fprintf(stderr, "broken promise: %s\n", promise);
   std::abort();
 }
 
-// A folder of the process's own for one file, made with the first use and gone
-// with the process. What the library puts into the platform's temporary folder
-// lands in it too.
+// A directory of the process, created by the first use and deleted when the process exits. It is
+// also the platform's temporary directory for the library.
 class Workplace {
  public:
   static Workplace& instance() {
@@ -45,13 +43,13 @@ class Workplace {
     return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
   }
   void requireNoTemporaryFile() const {
-    require(std::filesystem::is_empty(path_ / "tmp"), "no temporary file stays behind");
+    require(std::filesystem::is_empty(path_ / "tmp"), "no temporary file is left");
   }
 
  private:
   Workplace() {
     std::string name = (std::filesystem::temp_directory_path() / "vesk-fuzz-XXXXXX").string();
-    require(mkdtemp(name.data()) != nullptr, "the fuzz target can make a folder");
+    require(mkdtemp(name.data()) != nullptr, "the fuzz target can create a directory");
     path_ = name;
     std::filesystem::create_directory(path_ / "tmp");
     setenv("TMPDIR", file("tmp").c_str(), 1);
@@ -64,7 +62,7 @@ class Workplace {
   std::filesystem::path path_;
 };
 
-// Takes the next line, or all that is left, off an input.
+// Removes and returns the next line of an input, or the rest of it.
 inline std::string takeLine(std::string_view& rest) {
   const std::size_t end = rest.find('\n');
   const std::string line(rest.substr(0, end));

@@ -1,4 +1,4 @@
-// Lists, extracts and removes the entries of any file.
+// Lists, extracts and removes the entries of arbitrary bytes.
 
 #include <filesystem/zip.h>
 #include <filesystem/zip_archive.h>
@@ -16,10 +16,11 @@ constexpr std::size_t kMostEntries = 24;
 void requireNothingOutside(const fuzz::Workplace& work) {
   for (const auto& item : std::filesystem::directory_iterator(work.path())) {
     const std::string name = item.path().filename().string();
-    fuzz::require(name == "a.zip" || name == "tmp" || name == "target", "nothing gets out");
+    fuzz::require(name == "a.zip" || name == "tmp" || name == "target",
+                  "nothing is written outside");
   }
   for (const auto& item : std::filesystem::directory_iterator(work.path() / "target")) {
-    fuzz::require(item.path().filename() == "inner", "nothing gets out");
+    fuzz::require(item.path().filename() == "inner", "nothing is written outside");
   }
 }
 
@@ -37,7 +38,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     fuzz::require(archive.open(path.c_str(), kRead) == 1, "any file can be held");
     archive.password("secret");
     const bool listed = archive.enumerate(names) == 1;
-    fuzz::require(!listed || archive.empty() == 0, "what has entries is not empty");
+    fuzz::require(!listed || archive.empty() == 0, "an archive with entries is not empty");
     std::vector<std::pair<std::string, std::string>> entries;
     archive.content(entries);
     fuzz::require(!listed || entries.size() <= names.size(), "no more files than entries");
@@ -45,7 +46,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     for (const std::string& name : names) {
       std::vector<unsigned char> bytes;
       const int extracted = archive.extract(name.c_str(), bytes);
-      fuzz::require(extracted == (bytes.empty() ? 0 : 1), "a failure gives no bytes");
+      fuzz::require(extracted == (bytes.empty() ? 0 : 1), "a failure delivers no bytes");
     }
     archive.extract(names, (inner.string() + "/").c_str());
   }
@@ -57,7 +58,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     ZipArchive archive;
     archive.open(path.c_str(), kReadWrite);
     const int removed = archive.remove(names.back().c_str());
-    fuzz::require(archive.exist(names.back().c_str()) == 0 || removed == 0, "removed is gone");
+    fuzz::require(archive.exist(names.back().c_str()) == 0 || removed == 0,
+                  "a removed entry is not found");
     archive.close();
     fuzz::require(removed == 1 || work.read("a.zip") == fuzz::textOf(data, size),
                   "a failed removal changes nothing");

@@ -1,5 +1,5 @@
-// Inserts, replaces, removes and extracts in an archive that may be anything,
-// and holds the library to what it promises about the entries that were there.
+// Inserts, replaces, removes and extracts in an archive of arbitrary bytes, and checks the promises
+// about the entries that it had before.
 
 #include <filesystem/zip_archive.h>
 
@@ -59,7 +59,7 @@ bool sameButForCase(const std::string& first, const std::string& second) {
                     [&](char a, char b) { return lower(a) == lower(b); });
 }
 
-// Every entry that could be read before still gives its bytes, `changed` aside.
+// Requires that every entry that could be read before still has its bytes, except `changed`.
 void requireOthers(const ZipArchive& archive, const Content& before, const std::string& changed) {
   for (const auto& [name, bytes] : before.files) {
     if (sameButForCase(name, changed)) continue;
@@ -71,9 +71,9 @@ void requireOthers(const ZipArchive& archive, const Content& before, const std::
 
 void requireEntry(const ZipArchive& archive, const std::string& name, const Bytes& bytes) {
   Bytes now;
-  fuzz::require(archive.exist(name.c_str()) == 1, "what was inserted is there");
+  fuzz::require(archive.exist(name.c_str()) == 1, "an inserted entry is found");
   fuzz::require(archive.extract(name.c_str(), now) == (bytes.empty() ? 0 : 1) && now == bytes,
-                "what was inserted comes back");
+                "an inserted entry has its bytes");
 }
 
 }  // namespace
@@ -127,7 +127,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::string name = before.names[variant / 2 % before.names.size()];
     const std::string bytes = fileNow();
     if (archive.remove(name.c_str()) == 1) {
-      fuzz::require(archive.exist(name.c_str()) == 0, "what was removed is gone");
+      fuzz::require(archive.exist(name.c_str()) == 0, "a removed entry is not found");
       requireOthers(archive, before, name);
     } else {
       fuzz::require(fileNow() == bytes, "a failed removal changes nothing");

@@ -4,8 +4,8 @@
 //
 // A writer is a transaction. Entries that were completed become part of the
 // archive at ZipCloseWriter; until then the file, at every instant, is the
-// archive that it was before. An entry that cannot be completed is taken back
-// alone. A reader or writer that is null is refused by every call.
+// archive that it was before. An entry that cannot be completed is dropped; the others stay. Every
+// call refuses a null reader or writer.
 
 #include <cstdint>
 
@@ -59,8 +59,8 @@ inline constexpr int ZipMethodStored = 0;
 inline constexpr int ZipMethodDeflate = 8;
 inline constexpr int ZipLevelDefault = -1;
 
-// Stored bytes of the largest deflated entry that one read of all its content
-// inflates at once. That is faster than in pieces, but holds both.
+// Largest number of stored bytes of a deflated entry that one read of all its content inflates in
+// one call. That is faster than inflating in pieces, but holds stored and plain bytes together.
 inline constexpr std::uint32_t ZipLargestInflatedAtOnce = 28 << 20;
 
 // Reading. Status 0 is success.
@@ -70,32 +70,29 @@ inline constexpr std::uint32_t ZipLargestInflatedAtOnce = 28 << 20;
 ZipReader* ZipOpenReader(const char* path);
 void ZipCloseReader(ZipReader* reader);
 int ZipReadGlobalInfo(ZipReader* reader, ZipGlobalInfo* info);
-// Copies at most `length` bytes; gives the number copied, negative on failure.
+// Copies at most `length` bytes and returns their number, negative on failure.
 int ZipReadGlobalComment(ZipReader* reader, char* buffer, std::uint32_t length);
-// Make the first or next entry of the central directory the current one; an
-// entry left open is closed. Non-zero: there is none.
+// Make the first or next entry of the central directory the current one, and close an open entry.
+// Return non-zero if there is none.
 int ZipFirstEntry(ZipReader* reader);
 int ZipNextEntry(ZipReader* reader);
-// Makes the first entry of exactly that name (length `strlen`) the current one.
+// Makes the first entry of exactly that name the current one. Returns non-zero if there is none.
 // `caseMode` is 0.
 int ZipLocateEntry(ZipReader* reader, const char* name, int caseMode);
-// Each target may be null with capacity 0. Texts are cut at their capacity and
-// get a terminating zero where there is room for one; an extra field is copied
-// up to its capacity.
+// Reads the values of the current entry. Each target may be null with capacity 0. Texts are cut at
+// their capacity and get a terminating zero if they are shorter; an extra field is cut too.
 int ZipReadEntryInfo(ZipReader* reader, ZipEntryInfo* info, char* name, std::uint32_t nameCapacity,
                      void* extra, std::uint32_t extraCapacity, char* comment,
                      std::uint32_t commentCapacity);
-// Opens the current entry for reading. Refuses what cannot be read: unknown
-// methods, a wrong or missing password, data that lies outside the file or over
-// another entry or the directory, sizes that cannot be true. `raw` non-zero
-// reads the stored bytes. The two pointers behind the reader are null.
+// Opens the current entry for reading. Refuses unknown methods, a wrong or missing password, data
+// that lies outside the file or overlaps another entry or the directory, and impossible sizes. A
+// non-zero `raw` reads the stored bytes. `method` and `level` are not used.
 int ZipOpenEntry(ZipReader* reader, int* method, int* level, int raw, const char* password);
-// Bytes read, 0 at the end, negative on failure. The last byte is delivered
-// only if length and CRC-32 of the whole entry are right. At most INT_MAX bytes
-// a call.
+// Returns the number of bytes read, 0 at the end, negative on failure. The last byte is delivered
+// only if length and CRC-32 of the whole entry are right. A call reads at most INT_MAX bytes.
 int ZipReadEntry(ZipReader* reader, void* buffer, std::uint32_t size);
-// The local extra field of the open entry: its length for (null, 0), else the
-// number of bytes copied; negative on failure.
+// Copies the local extra field of the open entry and returns the number of bytes, or returns its
+// length for (null, 0). Negative on failure.
 int ZipReadLocalExtra(ZipReader* reader, void* buffer, std::uint32_t size);
 void ZipCloseEntry(ZipReader* reader);
 
@@ -106,23 +103,23 @@ void ZipCloseEntry(ZipReader* reader);
 // where new ones would be written; and an archive without entries that has bytes before its end
 // record, since nothing shows what they are.
 ZipWriter* ZipOpenWriter(const char* path, int mode);
-// Begins an entry; one left open is taken back. `method` is 0 or 8 unless
-// `raw`; `level` is -1 or 0 to 9. With `raw` the data come stored as they are
-// to stand in the file (encrypted if the entry is, then `password` non-null
-// only sets the flag). `crc` is that of the plain data if `raw` or `password`
-// is set. The numbers -15, 8, 0 stand for window, memory level and strategy.
+// Begins an entry, and drops an open one. `method` is 0 or 8 unless `raw`; `level` is -1 or 0 to 9.
+// With `raw` the data are written unchanged; they are encrypted if the entry is, and a non-null
+// `password` then only sets the flag. `crc` is that of the plain data if `raw` or `password` is
+// set. The three numbers after `raw`, -15, 8 and 0, are not used. An entry has less than 4 GiB - 1
+// bytes, both plain and stored.
 int ZipOpenNewEntry(ZipWriter* writer, const char* name, const ZipNewEntryInfo* info,
                     const void* localExtra, std::uint32_t localExtraLength,
                     const void* centralExtra, std::uint32_t centralExtraLength, const char* comment,
                     int method, int level, int raw, int windowBits, int memoryLevel, int strategy,
                     const char* password, std::uint32_t crc);
-// Non-zero on failure; ZipCloseNewEntry then fails too.
+// Returns non-zero on failure; ZipCloseNewEntry then fails too.
 int ZipWriteEntry(ZipWriter* writer, const void* data, std::uint32_t length);
-// Completes the entry; on failure it is taken back.
+// Completes the entry, or drops it on failure.
 int ZipCloseNewEntry(ZipWriter* writer);
-// As ZipCloseNewEntry for a raw entry, whose plain size and CRC are told.
+// Completes a raw entry with the size and the CRC of its plain data.
 int ZipCloseRawEntry(ZipWriter* writer, std::uint32_t uncompressedSize, std::uint32_t crc);
-// Takes back the open entry, or the completed entry that was written last.
+// Drops the open entry, or else the entry that was completed last.
 int ZipCancelNewEntry(ZipWriter* writer);
 // Appends the reader's current entry as it is stored: data, date, attributes, extra fields and
 // comment. Refuses an entry whose local header differs from the central record in size or CRC,
@@ -131,9 +128,9 @@ int ZipCopyEntry(ZipWriter* writer, ZipReader* reader);
 // Commits and frees the writer. A null comment keeps the archive's comment in modes 1 and 2; one of
 // more than 65,535 bytes, or one that other programs may take for an end record, is refused;
 // without a new entry either, the file is left as it was. Negative: nothing could be committed, and
-// the archive is byte for byte what it was. Positive: there was room for the first entries only.
+// the archive is byte for byte what it was. Positive: the disk had space for the first entries
+// only.
 int ZipCloseWriter(ZipWriter* writer, const char* globalComment);
 
-// CRC-32 (ISO 3309) of the data behind those that gave `crc`; (0, null, 0) gives
-// the start value.
+// Continues the CRC-32 (ISO 3309) of the preceding data; returns the start value for (0, null, 0).
 std::uint32_t ZipCrc32(std::uint32_t crc, const void* data, std::uint32_t length);

@@ -48,7 +48,7 @@ const Entries& sample() {
   return entries;
 }
 
-TEST_F(Archive, ComesBackAndSatisfiesOtherPrograms) {
+TEST_F(Archive, IsReadByThisAndOtherPrograms) {
   for (const char* password : {static_cast<const char*>(nullptr), "secret"}) {
     SCOPED_TRACE(password == nullptr ? "plain" : password);
     Entries entries = sample();
@@ -81,7 +81,7 @@ TEST_F(Archive, ComesBackAndSatisfiesOtherPrograms) {
   }
 }
 
-TEST_F(Archive, AppendsBehindWhatOtherProgramsWrote) {
+TEST_F(Archive, AppendsToArchivesOfOtherPrograms) {
   support::writeFile(folder_.file("in/deep/file.txt"), repetitiveText(5000));
   support::writeFile(folder_.file("in/random"), randomText(3000, 3));
   support::writeFile(folder_.file("in/empty"), "");
@@ -110,7 +110,7 @@ TEST_F(Archive, AppendsBehindWhatOtherProgramsWrote) {
       {"prefix", "zip -qr b.zip in && cat in/random b.zip >a.zip && rm b.zip"},
       {"prefix with mended offsets",
        "zip -qr b.zip in && cat in/random b.zip >a.zip && zip -qA a.zip; rm b.zip"},
-      {"bytes behind the end", "zip -qr a.zip in && echo more >>a.zip"},
+      {"bytes after the end", "zip -qr a.zip in && echo more >>a.zip"},
   };
   for (const auto& program : programs) {
     SCOPED_TRACE(program.name);
@@ -128,7 +128,7 @@ TEST_F(Archive, AppendsBehindWhatOtherProgramsWrote) {
     Entries all = theirs;
     all.insert(ours.begin(), ours.end());
     EXPECT_EQ(readArchive(path_), all);
-    // A prefix or more bytes behind the end are a warning, status 1.
+    // unzip warns of a prefix and of bytes after the end with status 1.
     EXPECT_LE(support::run(folder_.path(), "unzip -P secret -tqq a.zip"), 1);
 
     EXPECT_EQ(globalComment(Reader(ZipOpenReader(path_.c_str())).get()), comment);
@@ -181,8 +181,8 @@ TEST_F(Archive, WrongPasswordGivesNothing) {
   EXPECT_NE(ZipOpenEntry(reader.get(), nullptr, nullptr, 0, nullptr), 0);
 }
 
-// Every cut and every changed byte of a small archive: no crash, and no content
-// that was not written.
+// Truncates a small archive at every byte and changes each of its bytes. No content is read that
+// was not written.
 TEST_F(Archive, DamageNeverGivesWrongBytes) {
   const Entries entries{{"a.txt", repetitiveText(300)}, {"b", randomText(40, 5)}, {"c", ""}};
   for (const char* password : {static_cast<const char*>(nullptr), "secret"}) {
@@ -209,7 +209,7 @@ TEST_F(Archive, DamageNeverGivesWrongBytes) {
   }
 }
 
-TEST_F(Archive, WhatIsTakenBackLeavesNoTrace) {
+TEST_F(Archive, DroppedEntriesLeaveNoTrace) {
   writeArchive(path_, {{"kept", "k"}});
   const std::string before = support::readFile(path_);
   ZipWriter* writer = ZipOpenWriter(path_.c_str(), ZipModeAppend);
@@ -218,8 +218,8 @@ TEST_F(Archive, WhatIsTakenBackLeavesNoTrace) {
   EXPECT_NE(ZipCancelNewEntry(writer), 0);
   ASSERT_TRUE(addEntry(writer, "added", "a"));
   ZipNewEntryInfo info{};
-  // With a password the announced CRC must be the true one.
-  ASSERT_EQ(ZipOpenNewEntry(writer, "lies", &info, nullptr, 0, nullptr, 0, nullptr,
+  // With a password the CRC that is passed must be the true one.
+  ASSERT_EQ(ZipOpenNewEntry(writer, "wrong CRC", &info, nullptr, 0, nullptr, 0, nullptr,
                             ZipMethodDeflate, -1, 0, -15, 8, 0, "secret", 1234),
             0);
   ZipWriteEntry(writer, "data", 4);
@@ -229,8 +229,8 @@ TEST_F(Archive, WhatIsTakenBackLeavesNoTrace) {
   EXPECT_LT(std::filesystem::file_size(path_), 2 * before.size() + 100);
 }
 
-// Killed at any moment of an append: our reader and another program find all
-// that was there.
+// Kills a process at any moment of an append. This library and another program then read all old
+// entries.
 TEST_F(Archive, KillLeavesTheOldEntries) {
   Entries old;
   for (int i = 0; i < 500; ++i) old["entry " + std::to_string(i)] = std::to_string(i);
@@ -250,7 +250,7 @@ TEST_F(Archive, KillLeavesTheOldEntries) {
   }
 }
 
-TEST_F(Archive, NullAndStrangeArgumentsAreRefused) {
+TEST_F(Archive, RefusesInvalidArguments) {
   EXPECT_EQ(ZipOpenReader(folder_.file("missing").c_str()), nullptr);
   support::writeFile(path_, std::string(3000, 'x'));
   EXPECT_EQ(ZipOpenReader(path_.c_str()), nullptr);

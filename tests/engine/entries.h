@@ -97,8 +97,7 @@ inline bool readCurrent(ZipReader* reader, std::string& content, std::uint32_t s
   return count == 0;
 }
 
-// All entries that are no folders; what cannot be read has a content that no
-// test writes.
+// Returns the content of all entries but directories; "<unreadable>" for those that cannot be read.
 inline Entries readArchive(const std::string& path, std::uint32_t step = 1 << 20) {
   Entries entries;
   const Reader reader(ZipOpenReader(path.c_str()));

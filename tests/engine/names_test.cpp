@@ -53,7 +53,7 @@ TEST(Names, OfOtherProgramsAreShownFoundAndKept) {
   constexpr std::uint16_t kNone = 0;
   const bool everyName = support::kPlatform.everyName;
   struct {
-    const char* what;
+    const char* row;
     std::string local;
     std::string central;
     std::uint16_t flags;
@@ -82,7 +82,7 @@ TEST(Names, OfOtherProgramsAreShownFoundAndKept) {
   const support::TemporaryFolder folder;
   const std::string path = folder.file("a.zip");
   for (const auto& row : rows) {
-    SCOPED_TRACE(row.what);
+    SCOPED_TRACE(row.row);
     EntryRecord local;
     EntryRecord central;
     local.name = row.local;

@@ -1,5 +1,5 @@
-// Archives that mean harm: each gets its failure value, soon and in little
-// memory, and nothing gets out of the target folder.
+// Hostile archives: each one fails as documented, in little time and memory, and nothing is written
+// outside the target directory.
 
 #include <filesystem/zip.h>
 #include <filesystem/zip_archive.h>
@@ -28,10 +28,10 @@ enum class Is { Refused, Kept };
 
 struct Hostile {
   const char* archive;
-  std::size_t listed;  // entries that enumerate gives
+  std::size_t listed;  // entries that enumerate returns
   std::size_t read;    // entries that can be extracted
   Is appended;         // whether an entry can be added
-  bool unpacked;       // what FRT_UNZIP_FILE gives; true for what is no archive
+  bool unpacked;       // result of FRT_UNZIP_FILE; true for a file that is no archive
 };
 
 constexpr Hostile kArchives[] = {
@@ -47,7 +47,7 @@ constexpr Hostile kArchives[] = {
     {"claims-gigabytes-stored", 1, 0, Is::Kept, false},
     {"claims-gigabytes-deflated", 1, 0, Is::Kept, false},
     {"claims-packed-gigabytes", 1, 0, Is::Refused, false},
-    {"claims-what-deflate-can-reach", 1, 0, Is::Kept, false},
+    {"claims-the-most-deflate-reaches", 1, 0, Is::Kept, false},
     {"less-than-it-holds", 1, 0, Is::Kept, false},
     {"wrong-crc", 1, 0, Is::Kept, false},
     {"wrong-crc-of-nothing", 1, 0, Is::Kept, false},
@@ -80,11 +80,11 @@ constexpr Hostile kArchives[] = {
     {"many-of-one-name", 200000, 0, Is::Refused, false},
     {"encrypted-short", 1, 0, Is::Kept, false},
     {"encrypted-header", 1, 0, Is::Kept, false},
-    {"encrypted-lies", 1, 0, Is::Kept, false},
+    {"encrypted-false-size", 1, 0, Is::Kept, false},
     {"encrypted-strong", 1, 0, Is::Kept, false},
 };
 
-// What a process that works on an archive found.
+// The results of a process that works on an archive.
 struct Findings {
   std::size_t listed = 0;
   std::size_t read = 0;
@@ -117,8 +117,7 @@ Findings workOn(const std::string& path, const std::string& folder) {
   return findings;
 }
 
-// Processor time, which other programs do not lengthen; Linux counts the largest
-// resident memory in KiB.
+// Processor time, which does not depend on other programs, and the largest resident memory.
 struct Cost {
   double seconds = 0;
   long kibibytes = 0;
@@ -161,7 +160,7 @@ TEST(Hostile, ArchivesGetTheirFailureValueSoonAndInLittleMemory) {
     SCOPED_TRACE(hostile.archive);
     const std::string path = folder.file("in/" + std::string(hostile.archive) + ".zip");
     const auto size = std::filesystem::file_size(path);
-    // The target has a link that leads out and a file where a folder is wanted.
+    // The target has a link to another directory, and a file where a directory is needed.
     std::filesystem::remove_all(folder.path() / "home");
     std::filesystem::create_directories(folder.path() / "home" / "outside");
     std::filesystem::create_directories(folder.path() / "home" / "deep" / "target");
@@ -185,7 +184,7 @@ TEST(Hostile, ArchivesGetTheirFailureValueSoonAndInLittleMemory) {
     EXPECT_FALSE(std::filesystem::exists("/tmp/vesk-climbed"));
     std::printf("%-30s %8zu bytes  %6.3f s  %6ld KiB\n", hostile.archive,
                 static_cast<std::size_t>(size), cost.seconds, cost.kibibytes);
-    if (watched) continue;  // what a sanitizer or valgrind adds says nothing
+    if (watched) continue;  // a sanitizer or valgrind needs more
     const bool small = size < 200000;
     EXPECT_LT(cost.seconds, small ? 1.0 : 60.0);
     EXPECT_LT(cost.kibibytes, (small ? 64 << 10 : 512 << 10));

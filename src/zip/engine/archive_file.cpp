@@ -14,7 +14,7 @@ OVERLAPPED overlappedAt(std::uint64_t position) {
   return overlapped;
 }
 
-// Cuts a transfer into pieces that a DWORD can count.
+// Splits a transfer into pieces whose sizes fit a DWORD.
 template <typename Byte, typename Piece>
 bool inPieces(std::uint64_t position, Byte* bytes, std::size_t size, Piece piece) {
   while (size > 0) {

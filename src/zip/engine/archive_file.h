@@ -1,5 +1,5 @@
 #pragma once
-// An archive file with transfers at positions, each whole or failed.
+// An archive file. A transfer at a position is complete, or fails.
 
 #include <cstddef>
 #include <cstdint>
@@ -12,14 +12,14 @@ namespace zip_engine {
 
 class ArchiveFile {
  public:
-  // As CreateFileA; false if the file cannot be opened.
+  // Opens the file as CreateFileA does. Returns false on failure.
   bool open(const char* path, DWORD access, DWORD share, DWORD disposition);
   explicit operator bool() const { return static_cast<bool>(handle_); }
 
   std::optional<std::uint64_t> size() const;
   bool readAt(std::uint64_t position, void* buffer, std::size_t size) const;
   bool writeAt(std::uint64_t position, const void* data, std::size_t size);
-  // Cuts the file, or extends it with zeros.
+  // Truncates the file, or extends it with zeros.
   bool truncate(std::uint64_t size);
   // Waits until everything written so far, the size included, survives a power failure.
   bool sync();

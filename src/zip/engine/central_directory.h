@@ -49,7 +49,7 @@ struct CentralRecord {
   std::size_t size() const { return kCentralSize + nameLength() + extraLength() + commentLength(); }
 };
 
-// Reads the record at an offset of the directory's blob where one begins.
+// Reads the record that begins at an offset of the directory's blob.
 CentralRecord recordAt(const CentralDirectory& directory, std::size_t offset);
 
 // Reads the directory that the last end record of the file refers to, if it is proved to be that of

@@ -5,7 +5,7 @@
 namespace zip_engine {
 namespace {
 
-// Byte-wise table of CRC-32 (ISO 3309): the cipher needs single steps.
+// The CRC-32 (ISO 3309) of single bytes.
 constexpr std::array<std::uint32_t, 256> makeCrcTable() {
   std::array<std::uint32_t, 256> table{};
   for (std::uint32_t i = 0; i < table.size(); ++i) {

@@ -1,13 +1,13 @@
 #pragma once
-// Traditional encryption of zip archives (PKWARE APPNOTE, section 6.1). It keeps
-// the curious out, not an attacker.
+// Traditional encryption of zip archives (APPNOTE 6.1). It is weak: a few known bytes of the
+// content are enough to break it.
 
 #include <cstddef>
 #include <cstdint>
 
 namespace zip_engine {
 
-// The stream cipher, in the state behind the bytes that went through it.
+// The stream cipher. Each call continues after the bytes of the calls before.
 class TraditionalCipher {
  public:
   explicit TraditionalCipher(const char* password);

@@ -16,12 +16,12 @@ constexpr std::size_t kDistanceSymbols = 32;
 constexpr std::size_t kEndOfBlock = 256;
 constexpr unsigned kLongestCode = 15;
 
-// The bits of a stream, lowest first; zeros behind its end.
+// The bits of a stream, lowest first, with zeros after its end.
 class BitReader {
  public:
   BitReader(const unsigned char* bytes, std::size_t size) : bytes_(bytes), size_(size) {}
 
-  // Makes at least 56 bits ready. False if the stream ended long before them.
+  // Makes at least 56 bits ready. Returns false if the stream ended long before them.
   bool refill() {
     if (next_ + sizeof(bits_) <= size_) {
       bits_ |= load64(bytes_ + next_) << ready_;
@@ -45,7 +45,7 @@ class BitReader {
     skip(count);
     return value;
   }
-  // Goes on at a position in bytes.
+  // Continues at a position in bytes.
   void moveTo(std::size_t byte) {
     next_ = byte;
     bits_ = 0;
@@ -64,17 +64,17 @@ class BitReader {
 
 enum Kind : unsigned char { kLiteral, kMatch, kEnd, kNoCode = 0xFF };
 
-// What a code stands for, and its length in bits, extra bits included.
+// The value of a code, and its length in bits with its extra bits.
 struct Step {
   unsigned char value = kNoCode;
   unsigned char bits = 0;
 };
 
-// The steps over the codes of one alphabet, by the bits that come next.
+// The steps over the codes of one alphabet, indexed by the next bits of the stream.
 class StepTable {
  public:
-  // `stepOf(symbol)` gives a symbol's value and extra bits. False if the lengths
-  // are those of no code.
+  // `stepOf(symbol)` returns the value of a symbol and the number of its extra bits. Returns false
+  // if no code has these lengths.
   template <typename StepOf>
   bool build(const unsigned char* lengths, std::size_t count, StepOf stepOf) {
     std::array<unsigned, kLongestCode + 1> counts{};
@@ -132,7 +132,7 @@ class BlockWalk {
   BlockWalk(const unsigned char* stream, std::size_t size)
       : stream_(stream), size_(size), reader_(stream, size) {}
 
-  // False if the stream is none, or ends before its last block does.
+  // Returns false if the stream is invalid, or ends before its last block does.
   bool run() {
     do {
       lastBlock_ = reader_.position();
@@ -141,7 +141,7 @@ class BlockWalk {
     } while (!isLast_);
     return true;
   }
-  // In bits: where the last block begins, and where it ends.
+  // Positions in bits of the start of the last block and of its end.
   std::size_t lastBlock() const { return lastBlock_; }
   std::size_t end() const { return reader_.position(); }
 
@@ -195,7 +195,7 @@ class BlockWalk {
            distances_.build(lengths.data() + lengthCount, distanceCount, distanceStep);
   }
 
-  // Reads code lengths, which are packed with a code of their own.
+  // Reads code lengths, which are compressed with a code of their own.
   bool readLengths(unsigned char* lengths, std::size_t count) {
     for (std::size_t i = 0; i < count;) {
       reader_.refill();
@@ -247,8 +247,8 @@ bool continueStream(Bytes& out, std::size_t start) {
   if (!walk->run()) return false;
   const std::size_t mark = walk->lastBlock();
   out[start + mark / 8] &= static_cast<unsigned char>(~(1U << mark % 8));
-  // The header of the stored block is three zero bits, which the last byte may
-  // have no room for, and zeros up to the next byte.
+  // The header of the stored block is three zero bits, which may be in the next byte, and zeros up
+  // to the end of a byte.
   const std::size_t end = walk->end();
   out.resize(start + (end + 3 + 7) / 8);
   if (end % 8 != 0) out[start + end / 8] &= static_cast<unsigned char>((1U << end % 8) - 1);

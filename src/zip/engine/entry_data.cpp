@@ -9,7 +9,7 @@
 namespace zip_engine {
 namespace {
 
-// Content up to this size is decoded at once, whatever is asked for first.
+// Content up to this size is decoded in one call, however small the first read is.
 constexpr std::uint64_t kSmall = 4 << 20;
 constexpr std::size_t kInputBlock = 256 << 10;
 
@@ -64,7 +64,7 @@ int EntryData::read(unsigned char* buffer, std::uint32_t size) {
   return static_cast<int>(wanted);
 }
 
-// Takes the next stored bytes, decrypted.
+// Reads the next stored bytes and decrypts them.
 bool EntryData::readStored(unsigned char* out, std::size_t size) {
   if (size > storedLeft_) return false;
   const std::size_t known = std::min(size, ahead_.size() - aheadUsed_);
@@ -85,8 +85,8 @@ bool EntryData::readDecoded(unsigned char* out, std::size_t size) {
     std::memcpy(out, whole_.data() + (whole_.size() - plainLeft_), size);
     return true;
   }
-  // Not more stored bytes than deflate makes of what it cannot shrink: a lie is
-  // met in small steps.
+  // Only if the stored size is one that deflate can have made of the plain size; false sizes are
+  // found in small steps.
   const bool first =
       plainLeft_ == layout_.uncompressedSize && storedLeft_ <= plainLeft_ + plainLeft_ / 4 + 1024;
   const bool fits = size == layout_.uncompressedSize && storedLeft_ <= ZipLargestInflatedAtOnce;
@@ -138,7 +138,7 @@ bool EntryData::inflate(unsigned char* out, std::size_t size) {
   return true;
 }
 
-// Whether the compressed stream ends where its length says.
+// Reports whether the compressed stream ends after the last plain byte.
 bool EntryData::endsHere() {
   if (!inflater_ || inflater_->ended) return true;
   unsigned char beyond;

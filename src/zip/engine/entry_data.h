@@ -15,14 +15,14 @@
 
 namespace zip_engine {
 
-// Where an entry's bytes lie and what they must give.
+// Position and size of an entry's stored bytes, and the values that its content must have.
 struct EntryLayout {
   std::uint64_t position = 0;        // absolute, of the stored bytes
   std::uint64_t compressedSize = 0;  // with the encryption header
   std::uint64_t uncompressedSize = 0;
   std::uint32_t crc = 0;
   std::uint16_t method = 0;
-  bool raw = false;                // the stored bytes as they are
+  bool raw = false;                // the stored bytes are the content
   const char* password = nullptr;  // null if not encrypted
   unsigned char checkByte = 0;     // last byte of the decrypted encryption header
 };
@@ -40,14 +40,12 @@ class EntryData {
   EntryData& operator=(const EntryData&) = delete;
   ~EntryData();
 
-  // Gives the stored bytes that begin at the entry's data if some were read
-  // beforehand. To be called first.
+  // Passes the first stored bytes if they were read before. Called before begin().
   void prefetched(const unsigned char* bytes, std::size_t size);
-  // Reads the encryption header. False if the password is wrong or it cannot be
-  // read.
+  // Reads the encryption header. Returns false if it cannot be read or the password is wrong.
   bool begin();
-  // Bytes read, 0 at the end, -1 on failure. The byte that completes the entry
-  // is delivered only if length and CRC-32 are right.
+  // Returns the number of bytes read, 0 at the end, -1 on failure. The last byte of the entry is
+  // delivered only if length and CRC-32 are right.
   int read(unsigned char* buffer, std::uint32_t size);
 
  private:
@@ -65,7 +63,7 @@ class EntryData {
   std::optional<TraditionalCipher> cipher_;
   Bytes ahead_;  // stored bytes that were read and not used yet
   std::size_t aheadUsed_ = 0;
-  std::uint64_t storedLeft_;  // stored bytes not handed on yet
+  std::uint64_t storedLeft_;  // stored bytes that were not decoded yet
   std::uint64_t plainLeft_;
   std::uint32_t crc_ = 0;
   bool failed_ = false;

@@ -11,7 +11,7 @@
 namespace zip_engine {
 namespace {
 
-// Calls `visit(record, offset)` for each record until it gives false.
+// Calls `visit(record, offset)` for each record until it returns false.
 template <typename Visit>
 void forEachRecord(const CentralDirectory& directory, Visit visit) {
   for (std::size_t offset = 0; offset < directory.blob.size();) {
@@ -22,12 +22,13 @@ void forEachRecord(const CentralDirectory& directory, Visit visit) {
 }
 
 std::uint64_t startOf(const CentralDirectory& directory, const CentralRecord& record) {
-  // A wild offset must not wrap round into the archive.
-  constexpr std::uint64_t kWild = std::numeric_limits<std::int64_t>::max();
-  return record.localOffset > kWild - directory.base ? kWild : directory.base + record.localOffset;
+  // The sum must not overflow.
+  constexpr std::uint64_t kLargest = std::numeric_limits<std::int64_t>::max();
+  return record.localOffset > kLargest - directory.base ? kLargest
+                                                        : directory.base + record.localOffset;
 }
 
-// The least that an entry takes: the local extra field and a descriptor are not
+// Returns the least possible end of an entry. Its local extra field and its descriptor are not
 // known here.
 std::uint64_t leastEndOf(const CentralDirectory& directory, const CentralRecord& record) {
   const std::uint64_t start = startOf(directory, record);
@@ -69,7 +70,7 @@ void NameIndex::build(const CentralDirectory& directory) {
     const std::string_view name = oemName(record, converted);
     std::size_t slot = std::hash<std::string_view>{}(name)&mask;
     for (; slots_[slot] != 0; slot = (slot + 1) & mask) {
-      // The first of equal names counts; the others must not make long chains.
+      // Only the first of equal names is added; the others would make long chains.
       if (oemName(recordAt(directory, slots_[slot] - 1), other) == name) return true;
     }
     slots_[slot] = static_cast<std::uint32_t>(offset + 1);
@@ -122,13 +123,13 @@ void EntryMap::build(const CentralDirectory& directory) {
   }
 }
 
-bool endInFrontOfDirectory(const CentralDirectory& directory) {
-  bool inFront = true;
+bool endBeforeDirectory(const CentralDirectory& directory) {
+  bool allBefore = true;
   forEachRecord(directory, [&](const CentralRecord& record, std::size_t) {
-    inFront = leastEndOf(directory, record) <= directory.position;
-    return inFront;
+    allBefore = leastEndOf(directory, record) <= directory.position;
+    return allBefore;
   });
-  return inFront;
+  return allBefore;
 }
 
 }  // namespace zip_engine

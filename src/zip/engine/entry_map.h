@@ -1,5 +1,5 @@
 #pragma once
-// Where the entries of an archive lie, and finding them by name.
+// The positions of the entries of an archive, and finding entries by name.
 
 #include <cstdint>
 #include <string_view>
@@ -9,8 +9,8 @@
 
 namespace zip_engine {
 
-// Finds records by their exact names in the OEM code page. The index is built when a second name is
-// looked for, because for one a walk is cheaper.
+// Finds records by their exact names in the OEM code page. The first search walks over the records;
+// the second one builds an index.
 class NameIndex {
  public:
   static constexpr std::size_t kNone = static_cast<std::size_t>(-1);
@@ -25,13 +25,13 @@ class NameIndex {
   std::vector<std::uint32_t> slots_;  // offset in the blob plus one; 0 is free
 };
 
-// Tells whether an entry lies apart from all others and from the directory. The
-// entries are sorted by position when a second one is asked for.
+// Checks that an entry overlaps neither another one nor the directory. The first check walks over
+// the records; the second one sorts the entries by position.
 class EntryMap {
  public:
-  // Gives the absolute position of the entry's local header, and the limit
-  // behind which the entry cannot go on: the start of the next entry, or of the
-  // directory. False if another entry lies over its start.
+  // Finds the absolute position of the entry's local header, and the limit that the entry cannot
+  // extend past: the start of the next entry, or of the directory. Returns false if another entry
+  // overlaps its start.
   bool locate(const CentralDirectory& directory, const CentralRecord& record, std::uint64_t& start,
               std::uint64_t& limit);
 
@@ -47,8 +47,8 @@ class EntryMap {
   std::vector<Place> places_;
 };
 
-// Whether all entries end in front of the directory, as far as the records tell:
-// one that claims what is behind it would lie over entries that come there.
-bool endInFrontOfDirectory(const CentralDirectory& directory);
+// Reports whether all entries end before the directory, according to their records. An entry that
+// claims to extend past it would overlap entries that are appended there.
+bool endBeforeDirectory(const CentralDirectory& directory);
 
 }  // namespace zip_engine

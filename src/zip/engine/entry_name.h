@@ -1,6 +1,6 @@
 #pragma once
-// Entry names. Callers of the engine give and get them in the OEM code page. An archive holds a
-// name outside ASCII as UTF-8 and flags it, so that every system reads it alike.
+// Entry names. Callers of the engine use the OEM code page. An archive stores a name outside ASCII
+// as UTF-8 and flags it, so that it is the same on every system.
 //
 // Other programs also write names without the flag, in the OEM code page of the machine (which is
 // code page 437 for most readers) or in UTF-8, and add the name in UTF-8 as an extra field that
@@ -49,7 +49,7 @@ class NameMatcher {
   // The name is borrowed.
   explicit NameMatcher(std::string_view oemName);
   bool matches(const CentralRecord& record) {
-    // No conversion gives a name in ASCII.
+    // A name outside ASCII is never converted to one in ASCII.
     if (isPlain_ && !mayHaveUnicodePath(record)) return record.name() == name_;
     return oemName(record, converted_) == name_;
   }

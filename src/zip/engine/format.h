@@ -1,6 +1,5 @@
 #pragma once
-// Numbers of the zip format (PKWARE APPNOTE), which are little-endian wherever
-// they stand.
+// Constants of the zip format (PKWARE APPNOTE), and its numbers, which are always little-endian.
 
 #include <cstddef>
 #include <cstdint>
@@ -31,7 +30,7 @@ inline constexpr std::uint16_t kVersionStored = 10;
 inline constexpr std::uint16_t kVersionDeflate = 20;
 inline constexpr std::uint16_t kVersionZip64 = 45;
 
-// Fields that say "look into the zip64 record".
+// Values that refer to the zip64 record or extra field.
 inline constexpr std::uint16_t kSaturated16 = 0xFFFF;
 inline constexpr std::uint32_t kSaturated32 = 0xFFFFFFFF;
 
@@ -42,7 +41,7 @@ inline constexpr std::uint16_t kFlagPatched = 1 << 5;
 inline constexpr std::uint16_t kFlagStrongEncryption = 1 << 6;
 inline constexpr std::uint16_t kFlagUtf8 = 1 << 11;
 
-// Bytes in front of encrypted data.
+// Bytes that precede encrypted data.
 inline constexpr std::size_t kEncryptionHeaderSize = 12;
 
 inline std::uint16_t load16(const unsigned char* p) {

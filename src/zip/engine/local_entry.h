@@ -15,8 +15,8 @@ namespace zip_engine {
 class LocalEntry {
  public:
   // Reads the local header of a record, and the data of a small entry with it. Returns false if the
-  // entry does not lie within the archive and apart from all others, or its header belongs to
-  // another entry.
+  // entry lies outside the archive or overlaps another one, or if the header belongs to another
+  // entry.
   bool read(const ArchiveFile& file, const CentralDirectory& directory,
             const CentralRecord& record);
 

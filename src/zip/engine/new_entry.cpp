@@ -11,12 +11,12 @@ namespace {
 // Plain data up to this size is deflated in one piece.
 constexpr std::size_t kGatherLimit = 4 << 20;
 
-// A part that deflate cannot shrink has five bytes for each 64 KB of it more, and
-// a header of its entry may stand in front.
+// A part that deflate cannot shrink grows by five bytes for each 64 KB. The header of its entry may
+// precede it.
 constexpr std::size_t kPartOverhead = 64 << 10;
 
-// The level that makes up for what a part loses by not knowing the part before,
-// so that the whole is no larger than one stream of zlib's default level.
+// A part cannot refer to the bytes of the part before. This level makes up for that: the whole is
+// no larger than one stream of zlib's default level.
 constexpr int kPartLevel = 7;
 
 }  // namespace
@@ -36,8 +36,7 @@ NewEntry::NewEntry(Transaction& archive, SamplingDeflater& deflater, EntryRecord
   if (cipher_ || record_.method == ZipMethodDeflate) record_.versionNeeded = kVersionDeflate;
 }
 
-// Writes the local header, whose sizes may be mended later, and what stands in
-// front of encrypted data.
+// Writes the local header, whose sizes are patched at the end, and the encryption header.
 bool NewEntry::beginData() {
   begun_ = true;
   appendLocalHeader(archive_.buffer(), record_);
@@ -45,7 +44,7 @@ bool NewEntry::beginData() {
   unsigned char header[kEncryptionHeaderSize];
   std::random_device random;
   for (unsigned char& byte : header) byte = static_cast<unsigned char>(random());
-  // By its last byte a reader tells a wrong password.
+  // A reader recognizes a wrong password by the last byte.
   header[kEncryptionHeaderSize - 1] = static_cast<unsigned char>(options_.expectedCrc >> 24);
   cipher_->encrypt(header, sizeof(header));
   stored_ += sizeof(header);
@@ -58,8 +57,8 @@ bool NewEntry::store(const unsigned char* bytes, std::size_t size) {
   return stored(size);
 }
 
-// Deflates what is gathered, as a part of the entry's stream that stands for
-// itself, so that no more than one part is ever held.
+// Deflates the gathered bytes as an independent part of the entry's stream, so that no more than
+// one part is ever in memory.
 bool NewEntry::deflatePart(bool last) {
   if (!begun_ && !beginData()) return false;
   Bytes& buffer = archive_.bufferForPart(kGatherLimit + kPartOverhead);
@@ -73,7 +72,7 @@ bool NewEntry::deflatePart(bool last) {
   return stored(buffer.size() - start);
 }
 
-// Counts and encrypts the last bytes of the archive's buffer.
+// Counts and encrypts the last `size` bytes of the archive's buffer.
 bool NewEntry::stored(std::size_t size) {
   stored_ += size;
   if (stored_ >= kSaturated32) return false;
@@ -90,7 +89,8 @@ bool NewEntry::write(const unsigned char* data, std::size_t size) {
     return (begun_ || beginData()) && store(data, size);
   }
   crc_ = crc32(crc_, data, size);
-  // What comes in blocks gets its room once, so that no smaller one stays in the heap.
+  // Data that come in blocks get all their memory in one allocation, so that no smaller one is left
+  // in the heap.
   if (!gathered_.empty()) gathered_.reserve(kGatherLimit);
   while (gathered_.size() + size > kGatherLimit) {
     const std::size_t count = kGatherLimit - gathered_.size();
@@ -120,8 +120,8 @@ bool NewEntry::finishRaw(std::uint32_t uncompressedSize, std::uint32_t crc) {
   return patchHeader();
 }
 
-// All plain data is in memory: deflates it behind the header, or stores it if
-// that is no gain.
+// All plain data are in memory: deflates them after the header, or stores them if deflate does not
+// make them smaller.
 bool NewEntry::finishGathered() {
   if (!beginData()) return false;
   Bytes& buffer = archive_.buffer();

@@ -1,6 +1,6 @@
 #pragma once
-// An entry while it is written: header, data through compression and
-// encryption, and the sums that its records tell.
+// An entry that is being written: its header, its data through compression and encryption, and the
+// sizes and the CRC for its records.
 
 #include <optional>
 
@@ -25,7 +25,7 @@ class NewEntry {
            const NewEntryOptions& options);
 
   bool write(const unsigned char* data, std::size_t size);
-  // Completes the entry. For raw data the plain size and CRC are told.
+  // Complete the entry; a raw one with the size and the CRC of its plain data.
   bool finish();
   bool finishRaw(std::uint32_t uncompressedSize, std::uint32_t crc);
 

@@ -1,5 +1,5 @@
 #pragma once
-// Reading small pieces that lie one behind the other in few calls.
+// Reading small consecutive pieces of a file in few calls.
 
 #include "zip/engine/archive_file.h"
 #include "zip/engine/format.h"
@@ -8,9 +8,8 @@ namespace zip_engine {
 
 class ReadAhead {
  public:
-  // As ArchiveFile::readAt. A small piece that begins where the one before lay,
-  // or shortly behind it, brings a window of the bytes that follow, which serves
-  // the next ones.
+  // Reads as ArchiveFile::readAt. A small piece that begins within or shortly after the piece
+  // before loads a window of the bytes from there on, from which the next pieces are copied.
   bool readAt(const ArchiveFile& file, std::uint64_t position, unsigned char* buffer,
               std::size_t size);
 

@@ -1,5 +1,4 @@
-// Reading: opening an archive, walking and finding its entries, and checking an
-// entry's local header against the central directory.
+// The reading calls: opening an archive, walking over its entries, finding and reading them.
 
 #include "zip/engine/reader.h"
 
@@ -34,7 +33,7 @@ constexpr int kSuccess = 0;
 constexpr int kFailure = -1;
 constexpr int kNoEntry = -100;
 
-// Deflate makes at most 1,032 bytes of one.
+// One deflated byte inflates to at most 1,032.
 bool canInflateTo(std::uint64_t compressed, std::uint64_t plain) {
   return plain <= compressed * 1032 + 64;
 }
@@ -63,7 +62,7 @@ bool isReadable(const CentralRecord& record, const char* password) {
 EntryLayout layoutOf(const ZipReader& reader, const CentralRecord& record, bool raw,
                      const char* password) {
   const bool encrypted = (record.flags() & kFlagEncrypted) != 0;
-  // A program that does not know the CRC in advance checks by the time.
+  // The check byte is from the time if the CRC was not known when the entry was begun.
   const std::uint32_t check =
       (record.flags() & kFlagDescriptor) != 0 ? std::uint32_t{record.time()} << 16 : record.crc();
   return {.position = reader.local.dataPosition(),
@@ -76,7 +75,7 @@ EntryLayout layoutOf(const ZipReader& reader, const CentralRecord& record, bool 
           .checkByte = static_cast<unsigned char>(check >> 24)};
 }
 
-// Copies a text cut at `capacity`, with a terminating zero where there is room.
+// Copies a text, cut at `capacity`, with a terminating zero if it is shorter.
 void copyText(char* target, std::uint32_t capacity, const void* text, std::size_t length) {
   if (target == nullptr || capacity == 0) return;
   const std::size_t count = std::min<std::size_t>(length, capacity);

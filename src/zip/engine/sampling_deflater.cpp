@@ -5,7 +5,7 @@ namespace {
 
 constexpr std::size_t kStride = 16 << 10;
 constexpr std::size_t kSample = 1 << 10;
-// Less is deflated as fast as it is asked about.
+// Deflating less than this is as fast as sampling it.
 constexpr std::size_t kLeastSampled = 64 << 10;
 constexpr int kFastest = 1;
 

@@ -1,13 +1,13 @@
 #pragma once
-// Deflating without wasting time on what does not shrink.
+// Deflating without trying data that cannot be compressed.
 
 #include "zip/engine/codec.h"
 
 namespace zip_engine {
 
-// As BufferDeflater, but of large data samples are deflated first; where they do
-// not get smaller, as in pictures, films and archives, the whole is not tried. A
-// run of bytes that would shrink is found if it is longer than 17 KiB.
+// A BufferDeflater that deflates samples of large data first. If these do not get smaller, as in
+// pictures, films and archives, the rest is not tried. A compressible run of bytes is found if it
+// is longer than 17 KiB.
 class SamplingDeflater {
  public:
   bool appendSmaller(Bytes& out, const unsigned char* plain, std::size_t size, int level);

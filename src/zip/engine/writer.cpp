@@ -1,4 +1,4 @@
-// Writing: new entries, one after the other, and the commit of them all.
+// The writing calls: new entries, copied entries, and their commit.
 
 #include <algorithm>
 #include <memory>
@@ -94,7 +94,7 @@ bool commit(ZipWriter& writer, const std::string& comment) {
                                before.entryCount + writer.completed.size(), comment);
 }
 
-// The bytes of a copied entry, as they are stored.
+// Copies stored bytes unchanged.
 bool copyBytes(ZipReader& from, std::uint64_t position, std::uint64_t size, Transaction& to) {
   constexpr std::uint64_t kBlock = 1 << 20;
   while (size > 0) {
@@ -128,11 +128,11 @@ EntryRecord recordOf(const CentralRecord& central, const LocalEntry& local) {
           .comment = {reinterpret_cast<const char*>(central.comment()), central.commentLength()}};
 }
 
-// Adds the entry to the archive, local header, data and descriptor.
+// Appends local header, data and descriptor of a copied entry.
 bool copyEntry(Transaction& archive, EntryRecord& record, ZipReader& from,
                std::uint64_t dataPosition) {
-  // An encrypted entry with a descriptor is checked by its time and has to stay
-  // one; all others get their sizes into the local header.
+  // The password of an encrypted entry with a descriptor is checked against its time, so it keeps
+  // its descriptor. All others get their sizes into the local header.
   const bool descriptor =
       (record.flags & kFlagDescriptor) != 0 && (record.flags & kFlagEncrypted) != 0;
   EntryRecord local = record;
@@ -164,7 +164,7 @@ ZipWriter* ZipOpenWriter(const char* path, int mode) {
   // With a prefix, a directory without records proves nothing about the file.
   if (before.entryCount == 0 && before.base != 0) return nullptr;
   if (mode == ZipModeAppendFirst && before.entryCount != 0) return nullptr;
-  if (!endInFrontOfDirectory(before)) return nullptr;
+  if (!endBeforeDirectory(before)) return nullptr;
   writer->mode = mode;
   return writer.release();
 }
@@ -264,7 +264,7 @@ int ZipCloseWriter(ZipWriter* writer, const char* globalComment) {
     return kFailure;
   }
   if (commit(*writer, comment)) return kSuccess;
-  // The disk may still hold the first of many entries.
+  // The disk may still have space for the first of many entries.
   while (!writer->completed.empty()) {
     constexpr std::size_t kShare = 16;
     for (std::size_t count = writer->completed.size() / kShare + 1; count > 0; --count) {

@@ -12,28 +12,28 @@ namespace {
 
 using namespace entries;
 
-// A disk that is full, played by a limit of the file's size.
+// A limit of the file's size takes the part of a full disk.
 TEST(FullDisk, RestoresEveryByte) {
   const support::TemporaryFolder folder;
   const std::string path = folder.file("a.zip");
   writeArchive(path, {{"kept", randomText(50000, 9)}});
   const std::string before = support::readFile(path);
   for (const std::size_t added : {10000U, 3000000U, 20000000U}) {
-    for (const std::size_t room : {0U, 30U, 5000U}) {
+    for (const std::size_t space : {0U, 30U, 5000U}) {
       support::ForkedProcess process([&](const auto&) {
         std::signal(SIGXFSZ, SIG_IGN);
-        const rlimit limit{before.size() + room, before.size() + room};
+        const rlimit limit{before.size() + space, before.size() + space};
         setrlimit(RLIMIT_FSIZE, &limit);
         ZipWriter* const writer = ZipOpenWriter(path.c_str(), ZipModeAppend);
         addEntry(writer, "new", randomText(added, 10));
         return ZipCloseWriter(writer, nullptr) < 0 ? 7 : 0;
       });
       const int status = process.wait();
-      // Without room for the new entry nothing fails but the entry.
+      // Without space for the new entry only the entry fails.
       EXPECT_TRUE(status == 7 || status == 0);
       EXPECT_EQ(readArchive(path), (Entries{{"kept", randomText(50000, 9)}}));
       if (status == 7) {
-        EXPECT_TRUE(support::readFile(path) == before) << added << ' ' << room;
+        EXPECT_TRUE(support::readFile(path) == before) << added << ' ' << space;
       }
     }
   }
