@@ -1,4 +1,4 @@
-// Processes and threads that want the same files at the same time.
+// Several processes and threads on the same files.
 
 #include <filesystem/enumeration.h>
 #include <filesystem/file_stream.h>
@@ -35,29 +35,31 @@ constexpr unsigned int kRead = 0x80000000;
 constexpr unsigned int kReadWrite = 0xC0000000;
 constexpr std::chrono::seconds kPatience{60};
 
-// What parent and children share.
+// Shared by parent and children.
 struct Board {
   std::atomic<int> readers{0};
   std::atomic<int> writers{0};
-  std::atomic<int> broken{0};  // times that the share modes did not hold
+  std::atomic<int> violations{0};  // of the share modes
   std::atomic<int> granted{0};
   std::atomic<int> refused{0};
 };
 
-class Rivals : public testing::TestWithParam<unsigned> {
+class Contention : public testing::TestWithParam<unsigned> {
  protected:
-  // Runs `work(number)` in so many processes; false if one of them fails.
+  // Runs `work(number)` in as many processes as the parameter says. False if one of them fails.
   template <typename Work>
   bool inProcesses(Work work) {
     std::list<support::ForkedProcess> processes;
     for (unsigned i = 0; i < GetParam(); ++i) {
       processes.emplace_back([&work, i](const auto&) { return work(i); });
     }
-    bool good = true;
-    for (support::ForkedProcess& process : processes) good = process.wait() == 0 && good;
-    return good;
+    bool succeeded = true;
+    for (support::ForkedProcess& process : processes) {
+      succeeded = process.wait() == 0 && succeeded;
+    }
+    return succeeded;
   }
-  void makeArchive() {
+  void createArchive() {
     ZipArchive archive;
     ASSERT_EQ(archive.create(path_.c_str(), 0), 1);
     ASSERT_EQ(archive.insert({'x'}, "first", "", 0), 1);
@@ -67,8 +69,8 @@ class Rivals : public testing::TestWithParam<unsigned> {
   std::string path_ = folder_.file("a.zip");
 };
 
-TEST_P(Rivals, HoldersExcludeEachOther) {
-  makeArchive();
+TEST_P(Contention, HoldersExcludeEachOther) {
+  createArchive();
   const support::SharedMemory<Board> board;
   const bool ended = inProcesses([&](unsigned number) {
     std::minstd_rand random(number + 1);
@@ -81,23 +83,23 @@ TEST_P(Rivals, HoldersExcludeEachOther) {
         continue;
       }
       ++board->granted;
-      // Writers are alone; readers have only readers beside them.
+      // A writer excludes everything else; readers exclude writers.
       const int writers = writes ? ++board->writers : board->writers.load();
       const int readers = writes ? board->readers.load() : ++board->readers;
-      if (writers > (writes ? 1 : 0) || (writes && readers > 0)) ++board->broken;
+      if (writers > (writes ? 1 : 0) || (writes && readers > 0)) ++board->violations;
       if (random() % 4 == 0) usleep(static_cast<useconds_t>(random() % 200));
       --(writes ? board->writers : board->readers);
     }
     return 0;
   });
   EXPECT_TRUE(ended);
-  EXPECT_EQ(board->broken, 0);
+  EXPECT_EQ(board->violations, 0);
   EXPECT_GT(board->granted, 50);
   EXPECT_GT(board->refused, 0);
 }
 
-TEST_P(Rivals, ProbesKeepNobodyOut) {
-  makeArchive();
+TEST_P(Contention, ProbesBlockNoOpening) {
+  createArchive();
   const bool ended = inProcesses([&](unsigned number) {
     constexpr int kRounds = 3000;
     for (int round = 0; round < kRounds; ++round) {
@@ -105,24 +107,24 @@ TEST_P(Rivals, ProbesKeepNobodyOut) {
         FileSystem::IsFileLockedWrite(path_.c_str());
         continue;
       }
-      const platform::FileHandle alone(CreateFileA(path_.c_str(), GENERIC_READ | GENERIC_WRITE, 0,
-                                                   nullptr, OPEN_EXISTING, 0, nullptr));
-      if (!alone || FileSystem::FileExists(path_.c_str()) != 0) return 1;
+      const platform::FileHandle exclusive(CreateFileA(path_.c_str(), GENERIC_READ | GENERIC_WRITE,
+                                                       0, nullptr, OPEN_EXISTING, 0, nullptr));
+      if (!exclusive || FileSystem::FileExists(path_.c_str()) != 0) return 1;
     }
     return 0;
   });
   EXPECT_TRUE(ended);
 }
 
-TEST_P(Rivals, NoEntryIsLost) {
-  makeArchive();
+TEST_P(Contention, NoEntryIsLost) {
+  createArchive();
   constexpr int kEntries = 30;
   const auto nameOf = [](unsigned process, int entry) {
     return std::to_string(process) + "-" + std::to_string(entry);
   };
   const bool ended = inProcesses([&](unsigned number) {
     const auto end = Clock::now() + kPatience;
-    // Whoever is refused tries again: somebody always gets on.
+    // A refused process tries again; one of them always succeeds.
     const auto untilDone = [&](auto step) {
       for (; Clock::now() < end; usleep(200)) {
         ZipArchive archive;
@@ -134,7 +136,7 @@ TEST_P(Rivals, NoEntryIsLost) {
       const std::string name = nameOf(number, i);
       const std::vector<unsigned char> bytes(name.begin(), name.end());
       if (!untilDone([&](ZipArchive& a) { return a.insert(bytes, name, "", 0) == 1; })) return 1;
-      // Every third goes again, and every third is replaced.
+      // A third of the entries is removed, and a third is replaced.
       if (i % 3 == 1 && !untilDone([&](ZipArchive& a) { return a.remove(name.c_str()) == 1; })) {
         return 2;
       }
@@ -167,11 +169,11 @@ TEST_P(Rivals, NoEntryIsLost) {
   std::sort(expected.begin(), expected.end());
   std::sort(names.begin(), names.end());
   EXPECT_EQ(names, expected);
-  // Nothing but the archive is left.
+  // There is no temporary file.
   EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder_.path()), {}), 1);
 }
 
-TEST_P(Rivals, WhoProbesWritesAndDeletesTheSameFilesEnds) {
+TEST_P(Contention, ProbingWritingAndDeletingTerminates) {
   const bool ended = inProcesses([&](unsigned number) {
     std::minstd_rand random(number + 1);
     for (int round = 0; round < 200; ++round) {
@@ -181,7 +183,7 @@ TEST_P(Rivals, WhoProbesWritesAndDeletesTheSameFilesEnds) {
           FileSystem::writeContent(path, "whole");
           break;
         case 1: {
-          // Writers let readers in, so they can meet the beginning only.
+          // Writers permit readers, which may find the beginning only.
           if (!std::string("whole").starts_with(FileSystem::readContent(path))) return 1;
           break;
         }
@@ -198,9 +200,9 @@ TEST_P(Rivals, WhoProbesWritesAndDeletesTheSameFilesEnds) {
   EXPECT_TRUE(ended);
 }
 
-INSTANTIATE_TEST_SUITE_P(Processes, Rivals, testing::Values(2U, 8U));
+INSTANTIATE_TEST_SUITE_P(Processes, Contention, testing::Values(2U, 8U));
 
-// Many threads, each on objects and files of its own.
+// Threads that use objects and files of their own.
 TEST(Threads, WorkSideBySide) {
   support::TemporaryFolder folder;
   std::vector<std::thread> threads;

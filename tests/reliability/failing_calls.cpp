@@ -24,8 +24,8 @@ int wanted = 0;
 int calls = 0;
 std::string firstFailed;
 
-bool countsFor(const char* name, bool needsRoom) {
-  if (armedFault == Fault::FullDisk) return needsRoom;
+bool countsFor(const char* name, bool needsSpace) {
+  if (armedFault == Fault::FullDisk) return needsSpace;
   return armedFault != Fault::HalfRead || std::strcmp(name, "read") == 0;
 }
 
@@ -35,20 +35,20 @@ bool hits() {
   return calls == (armedFault == Fault::HalfRead ? wanted + 1 : wanted);
 }
 
-// Whether this call fails; leaves its error in errno.
-bool fails(const char* name, const char* path, bool needsRoom) {
-  if (!armed || !countsFor(name, needsRoom)) return false;
+// Reports whether this call fails. Sets errno if so.
+bool fails(const char* name, const char* path, bool needsSpace) {
+  if (!armed || !countsFor(name, needsSpace)) return false;
   ++calls;
   if (!hits()) return false;
   if (armedFault == Fault::Kill) kill(getpid(), SIGKILL);
-  armed = false;  // what follows is the test's own
+  armed = false;  // the following calls are the test's own
   if (firstFailed.empty()) firstFailed = std::string(name) + ' ' + (path != nullptr ? path : "");
   armed = true;
   errno = armedFault == Fault::FullDisk ? ENOSPC : EIO;
   return true;
 }
 
-// Whether the read that was just counted is to be cut.
+// Reports whether the read that was just counted is to be cut.
 bool halvesRead() { return armed && armedFault == Fault::HalfRead && calls == wanted; }
 
 template <typename Function>
@@ -71,30 +71,30 @@ std::string Failing::failed() const { return firstFailed; }
 
 }  // namespace failing
 
-// A function of the program in the place of one of the C library. Its name in
-// C++ is another one, because headers declare the real one in various ways.
+// Defines a function of the program that replaces one of the C library. It has another name in C++,
+// because headers declare the real one in various ways.
 #define INTERPOSED(result, name, parameters)                                                      \
   extern "C" __attribute__((visibility("default"))) result fake_##name parameters __asm__(#name); \
   extern "C" result fake_##name parameters
 
-#define PASSES_ON(result, name, parameters, arguments, failure, path, needsRoom) \
-  INTERPOSED(result, name, parameters) {                                         \
-    using Function = result(*) parameters;                                       \
-    static const Function real = failing::next<Function>(#name);                 \
-    return failing::fails(#name, path, needsRoom) ? failure : real arguments;    \
+#define PASSES_ON(result, name, parameters, arguments, failure, path, needsSpace) \
+  INTERPOSED(result, name, parameters) {                                          \
+    using Function = result(*) parameters;                                        \
+    static const Function real = failing::next<Function>(#name);                  \
+    return failing::fails(#name, path, needsSpace) ? failure : real arguments;    \
   }
 
-// A call that changes what is on disk: `record` is done after it succeeded.
-#define RECORDED(result, name, parameters, arguments, path, needsRoom, record) \
-  INTERPOSED(result, name, parameters) {                                       \
-    using Function = result(*) parameters;                                     \
-    static const Function real = failing::next<Function>(#name);               \
-    if (failing::fails(#name, path, needsRoom)) return -1;                     \
-    const result done = real arguments;                                        \
-    const int error = errno;                                                   \
-    if (done >= 0) recording::record;                                          \
-    errno = error;                                                             \
-    return done;                                                               \
+// A call that changes what is on disk. `record` runs after it has succeeded.
+#define RECORDED(result, name, parameters, arguments, path, needsSpace, record) \
+  INTERPOSED(result, name, parameters) {                                        \
+    using Function = result(*) parameters;                                      \
+    static const Function real = failing::next<Function>(#name);                \
+    if (failing::fails(#name, path, needsSpace)) return -1;                     \
+    const result done = real arguments;                                         \
+    const int error = errno;                                                    \
+    if (done >= 0) recording::record;                                           \
+    errno = error;                                                              \
+    return done;                                                                \
   }
 
 INTERPOSED(ssize_t, read, (int fd, void* buffer, std::size_t size)) {
@@ -147,7 +147,7 @@ namespace {
 
 bool creates(int flags) { return (flags & O_CREAT) != 0 || (flags & O_TMPFILE) == O_TMPFILE; }
 
-// Opens through the real `openat`, whichever of the two functions was called.
+// Calls the real `openat` for both functions.
 int openAndRecord(const char* name, int folder, const char* path, int flags, mode_t mode) {
   using Function = int (*)(int, const char*, int, ...);
   static const Function real = failing::next<Function>("openat");
@@ -176,7 +176,7 @@ int openAndRecord(const char* name, int folder, const char* path, int flags, mod
 OPENS(open, (const char* path, int flags, ...), AT_FDCWD)
 OPENS(openat, (int folder, const char* path, int flags, ...), folder)
 
-// The one argument of these is a pointer or nothing here.
+// The variable argument is a pointer here, or is missing.
 INTERPOSED(int, fcntl, (int fd, int command, ...)) {
   using Function = int (*)(int, int, ...);
   static const Function real = failing::next<Function>("fcntl");
@@ -200,7 +200,7 @@ INTERPOSED(int, ioctl, (int fd, unsigned long request, ...)) {
   return result;
 }
 
-// A failing close has closed all the same.
+// A close that fails has closed the descriptor nevertheless.
 INTERPOSED(int, close, (int fd)) {
   using Function = int (*)(int);
   static const Function real = failing::next<Function>("close");

@@ -1,20 +1,20 @@
 #pragma once
-// System calls that fail when a test wants them to. The library's calls resolve
-// to functions of the test program, which pass them on or fail them.
+// System calls that fail on request. The library's calls resolve to functions of the test program,
+// which forward them or fail.
 
 #include <string>
 
 namespace failing {
 
 enum class Fault {
-  OneCall,   // the n-th call fails with EIO, all others go through
-  FullDisk,  // from the n-th call that needs room on, all of them fail with ENOSPC
-  Kill,      // the process is killed in front of the n-th call
-  HalfRead,  // the n-th `read` gives half of what it is asked for, the next fails with EIO
+  OneCall,   // the n-th call fails with EIO
+  FullDisk,  // the n-th call that needs disk space and all later ones fail with ENOSPC
+  Kill,      // the process is killed before the n-th call
+  HalfRead,  // the n-th `read` returns half of what is requested, the next one fails with EIO
 };
 
-// Counts the calls of its lifetime and fails the n-th, beginning with 1; 0 fails
-// none. One at a time.
+// Counts the calls during its lifetime and fails the n-th one, beginning with 1; 0 fails none. Only
+// one object at a time.
 class Failing {
  public:
   Failing(Fault fault, int number);
@@ -22,9 +22,9 @@ class Failing {
   Failing& operator=(const Failing&) = delete;
   ~Failing();
 
-  // Calls that the fault could have hit.
+  // The number of calls that could have failed.
   int count() const;
-  // The first call that failed, with its path if it has one; empty if none did.
+  // The first call that failed, with its path if it has one; empty if none failed.
   std::string failed() const;
 };
 

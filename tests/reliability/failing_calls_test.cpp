@@ -1,5 +1,5 @@
-// Every operation with each of its system calls failed in turn, and on a disk
-// that is full from some call on.
+// Every operation with each of its system calls failing in turn, and on a disk that is full from
+// some call on.
 
 #include <filesystem/files.h>
 #include <filesystem/zip_archive.h>
@@ -39,8 +39,8 @@ std::set<std::string> linesOf(const std::string& text) {
   return lines;
 }
 
-// Whether each file is as in one of two states, or an archive that has some of
-// the entries of the second.
+// Reports whether each file is as in one of two states, or an archive that has some entries of the
+// second one.
 bool isBetween(const Files& now, const Files& before, const Files& after) {
   for (const auto& [path, content] : now) {
     const auto old = before.find(path);
@@ -80,8 +80,8 @@ class FailingCalls : public testing::TestWithParam<Operation> {
     }
   }
 
-  // The same path for each run.
-  void prepareAnew() {
+  // Restores the files that the operation works on.
+  void restoreFiles() {
     std::filesystem::remove_all(work_);
     std::filesystem::copy(model_, work_, std::filesystem::copy_options::recursive);
   }
@@ -106,13 +106,13 @@ TEST_P(FailingCalls, SucceedOrLeaveAllAsItWas) {
                  {Fault::FullDisk, "full disk from call "},
                  {Fault::HalfRead, "half of read "}};
   const Operation& operation = GetParam();
-  prepareAnew();
+  restoreFiles();
   const auto beforeBytes = contentsOf(work_, false);
   const auto before = contentsOf(work_, true);
   std::map<Fault, int> total;
   const int threads = startedThreads();
   for (const auto& [fault, name] : kFaults) {
-    prepareAnew();
+    restoreFiles();
     const Failing counter(fault, 0);
     ASSERT_TRUE(operation.run(work_));
     total[fault] = counter.count();
@@ -123,7 +123,7 @@ TEST_P(FailingCalls, SucceedOrLeaveAllAsItWas) {
 
   for (const auto& [fault, name] : kFaults) {
     for (int number = 1; number <= total[fault]; ++number) {
-      prepareAnew();
+      restoreFiles();
       const auto descriptors = support::openDescriptors();
       bool success = false;
       std::string failed;
@@ -142,7 +142,7 @@ TEST_P(FailingCalls, SucceedOrLeaveAllAsItWas) {
       if (fault == Fault::OneCall && success) deleteTemporaryFiles();
       EXPECT_TRUE(std::filesystem::is_empty(temporary_));
       auto now = contentsOf(work_, true);
-      // What a storage cannot list it cannot clear.
+      // A storage does not clear what it cannot list.
       if (operation.passesOver && success) {
         std::erase_if(now, [](const auto& file) { return file.first.starts_with("{"); });
       }
@@ -160,9 +160,9 @@ TEST_P(FailingCalls, SucceedOrLeaveAllAsItWas) {
   }
 }
 
-TEST_P(FailingCalls, KilledInFrontOfAnyCallLeaveAllWhole) {
+TEST_P(FailingCalls, KilledBeforeAnyCallLeaveAllWhole) {
   const Operation& operation = GetParam();
-  prepareAnew();
+  restoreFiles();
   const auto before = contentsOf(work_, true);
   int total = 0;
   {
@@ -175,13 +175,13 @@ TEST_P(FailingCalls, KilledInFrontOfAnyCallLeaveAllWhole) {
   // Starting a process under a sanitizer takes long, so there only some are.
   constexpr int kStep = sizeof(VESK_SANITIZE) > 1 ? 10 : 1;
   for (int number = 1; number <= total; number += kStep) {
-    prepareAnew();
+    restoreFiles();
     support::ForkedProcess process([&](const auto&) {
       const Failing failing(Fault::Kill, number);
       return operation.run(work_) ? 0 : 1;
     });
     EXPECT_EQ(process.wait(), -1) << "call " << number;
-    // Files of new names are whole only at the end.
+    // Files with new names are whole only at the end.
     const auto now = contentsOf(work_, true);
     for (const auto& [path, content] : before) {
       const auto file = now.find(path);
@@ -195,8 +195,8 @@ INSTANTIATE_TEST_SUITE_P(All, FailingCalls,
                          testing::ValuesIn(operations::all().begin(), operations::all().end()),
                          operations::testName);
 
-// On a file system of 400 KiB, in a process that has mounts of its own. What the
-// child gives is the line of the first promise that did not hold.
+// On a file system of 400 KiB, in a process with mounts of its own. The child returns the line of
+// the first promise that does not hold.
 TEST(FullDisk, ArchivesAndTargetsStayAsTheyWere) {
   constexpr int kNotAllowed = 255;
   support::TemporaryFolder folder;
@@ -218,17 +218,17 @@ TEST(FullDisk, ArchivesAndTargetsStayAsTheyWere) {
     if (archive.create(path.c_str(), 0) == 0) return __LINE__ % 250;
     int count = 0;
     std::string before;
-    for (bool room = true; room;) {
+    for (bool hasSpace = true; hasSpace;) {
       archive.close();
       before = support::readFile(path);
       archive.open(path.c_str(), kReadWrite);
-      room = archive.insert(bytes, std::to_string(count), "", 0) == 1;
-      if (room) ++count;
+      hasSpace = archive.insert(bytes, std::to_string(count), "", 0) == 1;
+      if (hasSpace) ++count;
     }
     archive.close();
     if (count < 3 || support::readFile(path) != before) return __LINE__ % 250;
     archive.open(path.c_str(), kReadWrite);
-    // With the temporary folder on the same disk, and on another one.
+    // The temporary folder is on the same disk, then on another one.
     for (const std::string& temporary : {disk, folder.text()}) {
       setenv("TMPDIR", temporary.c_str(), 1);
       if (archive.extract("0", (disk + "small").c_str()) != 0) return __LINE__ % 250;

@@ -1,4 +1,4 @@
-// Processes that are killed in the middle of their work, and what others find.
+// Processes that are killed during their work, and what they leave.
 
 #include <filesystem/files.h>
 #include <filesystem/zip.h>
@@ -25,12 +25,12 @@ using Entries = std::map<std::string, std::string>;
 constexpr unsigned int kRead = 0x80000000;
 constexpr unsigned int kReadWrite = 0xC0000000;
 
-// Starting a process under a sanitizer takes long, and what a killed one leaves
-// on disk does not depend on it.
+// Starting a process takes long under a sanitizer, which has no influence on what a killed one
+// leaves.
 constexpr int kPart = sizeof(VESK_SANITIZE) > 1 ? 10 : 1;
 
 std::string contentFor(unsigned seed, std::size_t most) {
-  // Longer than what deflate looks back on, so that repeating it is no gain.
+  // Longer than the window of deflate, so that a repetition does not compress.
   constexpr std::size_t kBlock = 40000;
   std::minstd_rand random(seed + 1);
   const std::size_t size = random() % most + 1;
@@ -42,13 +42,13 @@ std::string contentFor(unsigned seed, std::size_t most) {
   return text;
 }
 
-// Steps that a process has begun and that have returned, seen by its parent.
+// The numbers of steps that a process has begun and completed, for its parent.
 struct Progress {
   std::atomic<unsigned> begun{0};
   std::atomic<unsigned> returned{0};
 };
 
-// One step on an archive, the same for each number, and what it makes of it.
+// One change of an archive, always the same one for a number.
 struct Step {
   std::string name;
   std::string content;  // empty: the entry is removed
@@ -56,7 +56,7 @@ struct Step {
   explicit Step(unsigned number) {
     std::minstd_rand random(number + 7);
     name = "folder\\entry" + std::to_string(random() % 8);
-    // Now and then more than what is written at once.
+    // Sometimes more than is written in one call.
     if (random() % 4 != 0) content = contentFor(number, random() % 60 == 0 ? 5 << 20 : 20000);
   }
   bool apply(ZipArchive& archive) const {
@@ -85,18 +85,17 @@ Entries readArchive(const std::string& path) {
   return entries;
 }
 
-// Names in a folder that are none of the expected ones. Two kinds of names that a
-// kill can leave are taken away and counted apart: a copy has one between the
-// two system calls that put it in place (the next copy takes it away, and the
-// opening of an archive), and a folder is tested by writing a file into it.
-std::vector<std::string> strangers(const std::filesystem::path& folder, const Entries& expected,
-                                   int& passingNames) {
+// Returns the names in a folder that are not expected. Two kinds of names that a kill can leave are
+// removed and counted: that of a copy between the two system calls that put it in place (the next
+// copy or the next opening of the archive removes it), and that of the file that tests a folder.
+std::vector<std::string> unexpectedNames(const std::filesystem::path& folder,
+                                         const Entries& expected, int& transientNames) {
   std::vector<std::string> result;
   for (const auto& item : std::filesystem::directory_iterator(folder)) {
     const std::string name = item.path().filename().string();
     if (expected.count(name) != 0) continue;
     if (name.starts_with(".~copy") || (name.starts_with("~") && name.ends_with(".TMP"))) {
-      ++passingNames;
+      ++transientNames;
       std::filesystem::remove(item.path());
     } else {
       result.push_back(name);
@@ -145,7 +144,7 @@ TEST_F(Killed, ArchiveHasEveryEntryWhoseCallReturned) {
   unsigned next = 0;
   unsigned undone = 0;
   unsigned patience = 5000;
-  int passingNames = 0;
+  int transientNames = 0;
   std::string seen;
   for (int round = 0; round < kKills; ++round) {
     const support::SharedMemory<Progress> progress;
@@ -159,18 +158,18 @@ TEST_F(Killed, ArchiveHasEveryEntryWhoseCallReturned) {
         progress->returned = number + 1;
       }
     });
-    // A busy or slow machine gets more time, so that no step stops the others.
+    // A slow machine gets more time, so that every round completes a step.
     patience = progress->returned == 0 ? std::min(2 * patience, 2000000U) : 5000;
     for (; next < progress->returned; ++next) Step(next).apply(expected);
     const Entries found = readArchive(path);
     if (next < progress->begun && found != expected) {
-      // The step that was interrupted: done, or not at all.
+      // The interrupted step was completed.
       Step(next++).apply(expected);
     } else {
       ++undone;
     }
     ASSERT_TRUE(found == expected) << "round " << round << ", step " << next;
-    EXPECT_EQ(strangers(home, {{"a.zip", ""}}, passingNames), std::vector<std::string>());
+    EXPECT_EQ(unexpectedNames(home, {{"a.zip", ""}}, transientNames), std::vector<std::string>());
     const std::string copy = std::to_string(round) + ".zip";
     std::filesystem::copy_file(path, folder_.path() / "kept" / copy);
     seen += copy + " " + std::to_string(found.size()) + "\n";
@@ -178,8 +177,8 @@ TEST_F(Killed, ArchiveHasEveryEntryWhoseCallReturned) {
   EXPECT_GT(next, 0U);
   EXPECT_GT(undone, 0U);
   RecordProperty("steps", static_cast<int>(next));
-  EXPECT_EQ(passingNames, 0);
-  // What another program finds in all these archives.
+  EXPECT_EQ(transientNames, 0);
+  // Other programs read all these archives.
   EXPECT_EQ(support::outputOf(folder_.path() / "kept",
                               "python3 -c 'import zipfile\n"
                               "for i in range(" +
@@ -207,7 +206,7 @@ TEST_F(Killed, PackedFolderShowsWholeFilesOnly) {
     ASSERT_TRUE(FRT_ZIP_FOLDER(folder_.file("in").c_str(), path.c_str()));
   }
   std::size_t largest = 0;
-  int passingNames = 0;
+  int transientNames = 0;
   for (int round = 0; round < 80 / kPart; ++round) {
     killWithin(20000, [&] {
       for (unsigned i = 0;; ++i) {
@@ -219,11 +218,12 @@ TEST_F(Killed, PackedFolderShowsWholeFilesOnly) {
       largest = std::max(largest, found.size());
       for (const auto& [name, content] : found) EXPECT_TRUE(files[name] == content) << name;
     }
-    EXPECT_EQ(strangers(folder_.path() / "out", {{"0.zip", ""}, {"1.zip", ""}}, passingNames),
-              std::vector<std::string>());
+    EXPECT_EQ(
+        unexpectedNames(folder_.path() / "out", {{"0.zip", ""}, {"1.zip", ""}}, transientNames),
+        std::vector<std::string>());
   }
   EXPECT_EQ(largest, files.size());
-  EXPECT_EQ(passingNames, 0);
+  EXPECT_EQ(transientNames, 0);
 }
 
 TEST_F(Killed, CopiedTargetIsTheOldOrTheNewFile) {
@@ -238,7 +238,7 @@ TEST_F(Killed, CopiedTargetIsTheOldOrTheNewFile) {
       support::writeFile(folder_.path() / "target" / name, content);
     }
   }
-  int passingNames = 0;
+  int transientNames = 0;
   for (int round = 0; round < 120 / kPart; ++round) {
     killWithin(15000, [&] {
       for (unsigned i = 0;; ++i) {
@@ -250,10 +250,10 @@ TEST_F(Killed, CopiedTargetIsTheOldOrTheNewFile) {
       const std::string now = support::readFile(folder_.path() / "target" / name);
       ASSERT_TRUE(now == content || now == versions[1][name]) << "round " << round << ' ' << name;
     }
-    EXPECT_EQ(strangers(folder_.path() / "target", versions[0], passingNames),
+    EXPECT_EQ(unexpectedNames(folder_.path() / "target", versions[0], transientNames),
               std::vector<std::string>());
   }
-  RecordProperty("passing_names", passingNames);
+  RecordProperty("transient_names", transientNames);
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// Every test of this program has to leave nothing behind.
+// No test of this program may leave files or descriptors.
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
-// How much memory the archive operations hold at most, whatever the files' sizes,
-// and that they start no thread.
+// The peak memory of the archive operations, which does not depend on the sizes of the files, and
+// that they start no thread.
 
 #include <filesystem/zip.h>
 #include <filesystem/zip_archive.h>
@@ -31,8 +31,8 @@ constexpr std::size_t kMegabyte = 1 << 20;
 constexpr long kInsertLimit = 16 << 10;
 constexpr long kFolderLimit = 32 << 10;
 
-// A megabyte that repeats beyond the distance that deflate looks back, so that
-// deflate gains nothing from repeating it.
+// A megabyte of random bytes. It is longer than the window of deflate, so a repetition of it does
+// not compress.
 std::string randomBlock() {
   std::minstd_rand random(1);
   std::string block(kMegabyte, '\0');
@@ -40,8 +40,7 @@ std::string randomBlock() {
   return block;
 }
 
-// Deflate makes some 26 MB of 64 of these, nearly the most that is held beside
-// the content while an entry is unpacked in one piece.
+// 64 of these compress to some 26 MB, nearly the largest entry that is inflated in one piece.
 std::string textBlock() {
   std::string block = randomBlock();
   for (char& c : block) c = "0123456789abcdef"[c & 15];
@@ -60,12 +59,12 @@ void writeSparse(const std::string& path, std::uintmax_t megabytes) {
   std::filesystem::resize_file(path, megabytes * kMegabyte);
 }
 
-// Leaves the heap as it is in a program that has run for long. glibc keeps large
-// blocks apart from it, but once one was freed, takes all of up to that size (at
-// most 32 MB) from the heap, which then keeps up to twice as much free.
+// Makes the heap that of a program that has run for long. glibc maps large blocks separately, but
+// once one was freed, it takes blocks of up to that size (at most 32 MB) from the heap, which then
+// keeps up to twice as much free.
 void ageHeap() {
   constexpr std::size_t kLargeBlock = std::size_t{31} << 20;
-  // Or the compiler would leave both calls out.
+  // Without volatile the compiler would omit both calls.
   void* volatile block = std::malloc(kLargeBlock);
   std::free(block);
 }
@@ -73,13 +72,13 @@ void ageHeap() {
 class MemoryLimits : public testing::Test {
  protected:
   void SetUp() override {
-    if (sizeof(VESK_SANITIZE) > 1) GTEST_SKIP() << "what a sanitizer adds says nothing";
+    if (sizeof(VESK_SANITIZE) > 1) GTEST_SKIP() << "a sanitizer takes memory of its own";
     if (!support::peakOf([] { return true; }).measured) {
-      GTEST_SKIP() << "the system does not tell the peak of resident memory";
+      GTEST_SKIP() << "the system does not report the peak of resident memory";
     }
   }
 
-  // Does the work in a process of its own.
+  // Runs the work in a process of its own.
   static void expectBelow(long kibibytes, const std::string& name,
                           const std::function<bool()>& work) {
     SCOPED_TRACE(name);
@@ -117,13 +116,13 @@ TEST_F(FoldersInMemory, HoldTheLargestEntryAndLittleMore) {
     const std::string number = std::to_string(i);
     support::writeFile(in / ("folder" + number.substr(0, 1)) / number, std::string(i, 's'));
   }
-  // No file is held whole to be packed.
+  // No file is in memory as a whole while it is packed.
   expectBelow(kFolderLimit, "pack", [&] { return FRT_ZIP_FOLDER(in.c_str(), archive_.c_str()); });
   expectUnpacking("unpack", 64);
 }
 
-// The room of one entry is of no use to a later, larger one. In a young heap, since
-// the blocks of these then lie in it and apart from it.
+// The memory of one entry is not large enough for the next one. The heap is a new one, in which
+// these blocks are partly mapped separately.
 TEST_F(FoldersInMemory, HoldNothingOfFormerEntries) {
   const std::string block = randomBlock();
   ZipArchive archive;

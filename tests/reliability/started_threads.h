@@ -1,6 +1,7 @@
 #pragma once
-// Threads that were started. The library's calls resolve to a function of the test
-// program, which counts them and passes them on.
+// Counts threads. The library's calls resolve to a function of the test program, which counts and
+// forwards them.
 
-// By this process, or the one that it was forked from; those that have ended count.
+// Returns the number of threads that this process, and the one that it was forked from, have
+// started.
 int startedThreads();
