@@ -100,8 +100,10 @@ inline constexpr unsigned int kCopyIfExistingAndOlder = 6;  ///< the target exis
 ///                     #kCopyIfExisting, or, with bit 4 set too, as #kCopyIfExistingAndOlder; the
 ///                     remaining values never copy.
 /// @return non-zero if the file was copied; 0 if the mode or a failure kept it
-///         from being copied. An existing target is replaced whole or not at
-///         all.
+///         from being copied. On Linux an existing target is replaced whole or
+///         not at all, unless other handles hold it, it has other hard links, or
+///         its folder permits no replacement; it is overwritten in place then,
+///         as always on Windows.
 FILESYSTEM_API int CopyFileA(const char* source, const char* targetFolder, unsigned int mode);
 
 /// Copies all that a folder holds, subfolders included, into another folder.
