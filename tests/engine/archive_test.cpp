@@ -20,7 +20,7 @@ using namespace entries;
 
 const support::Work kAppend("append", [](const std::string& path, const support::Channel& channel) {
   ZipWriter* const writer = ZipOpenWriter(path.c_str(), ZipModeAppend);
-  channel.tell();
+  channel.reportReady();
   for (int i = 0; i < 1000; ++i) addEntry(writer, "n", randomText(300000, 12));
   return ZipCloseWriter(writer, nullptr);
 });

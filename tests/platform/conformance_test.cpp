@@ -1,11 +1,12 @@
-// Calls of the platform with the results and error codes that Windows gives.
-// The layer for POSIX and Windows' own are held to one table.
+// Calls of the platform, with the results and error codes of Windows. One set of
+// tables is for both the Linux layer and Windows itself.
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <functional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -18,7 +19,7 @@ namespace {
 constexpr DWORD kRead = GENERIC_READ;
 constexpr DWORD kWrite = GENERIC_WRITE;
 constexpr DWORD kReadWrite = GENERIC_READ | GENERIC_WRITE;
-// Cutting a file without the right to write has no published error.
+// Truncating a file without the right to write has no published error.
 constexpr DWORD kUnspecified = 0xFFFFFFFF;
 
 class Conformance : public testing::Test {
@@ -49,7 +50,7 @@ TEST_F(Conformance, Opening) {
   struct {
     const char* name;
     DWORD disposition;
-    DWORD forReading, forWriting;  // errors; of a success what it leaves
+    DWORD forReading, forWriting;  // GetLastError afterwards, on success too
   } const cases[] = {
       {"missing", CREATE_NEW, ERROR_SUCCESS, ERROR_SUCCESS},
       {"missing", CREATE_ALWAYS, ERROR_SUCCESS, ERROR_SUCCESS},
@@ -64,6 +65,8 @@ TEST_F(Conformance, Opening) {
       {"file", 0, ERROR_INVALID_PARAMETER, ERROR_INVALID_PARAMETER},
       {"file", 6, ERROR_INVALID_PARAMETER, ERROR_INVALID_PARAMETER},
       {"read-only", CREATE_NEW, ERROR_FILE_EXISTS, ERROR_FILE_EXISTS},
+      {"read-only", CREATE_ALWAYS, ERROR_ACCESS_DENIED, ERROR_ACCESS_DENIED},
+      {"read-only", TRUNCATE_EXISTING, kUnspecified, ERROR_ACCESS_DENIED},
       {"read-only", OPEN_EXISTING, ERROR_SUCCESS, ERROR_ACCESS_DENIED},
       {"read-only", OPEN_ALWAYS, ERROR_ALREADY_EXISTS, ERROR_ACCESS_DENIED},
       {"held", CREATE_NEW, ERROR_FILE_EXISTS, ERROR_FILE_EXISTS},
@@ -96,8 +99,18 @@ TEST_F(Conformance, Opening) {
       EXPECT_EQ(GetLastError(), expected);
       EXPECT_EQ(static_cast<bool>(file),
                 expected == ERROR_SUCCESS || expected == ERROR_ALREADY_EXISTS);
+      LARGE_INTEGER size{};
+      if (file && std::string_view(c.name) == "file") {
+        const bool empties = c.disposition == CREATE_ALWAYS || c.disposition == TRUNCATE_EXISTING;
+        EXPECT_TRUE(GetFileSizeEx(file.get(), &size));
+        EXPECT_EQ(size.QuadPart, empties ? 0 : 5);
+      }
       file.reset();
+      EXPECT_EQ(support::exists(folder_.file("missing")),
+                std::string_view(c.name) == "missing" && expected == ERROR_SUCCESS);
+      EXPECT_EQ(support::readFile(folder_.file("read-only")), "r");
       DeleteFileA(at("missing").c_str());
+      support::writeFile(folder_.file("file"), "12345");
     }
   }
 }
@@ -194,7 +207,7 @@ TEST_F(Conformance, Names) {
        ERROR_SHARING_VIOLATION},
       {"copy over held", [&] { return CopyFileA(file.c_str(), at("held").c_str(), FALSE); },
        ERROR_SHARING_VIOLATION},
-      {"copy over existing, which is told to fail",
+      {"copy over existing, which shall fail",
        [&] { return CopyFileA(file.c_str(), at("other").c_str(), TRUE); }, ERROR_FILE_EXISTS},
       {"copy over read-only",
        [&] { return CopyFileA(file.c_str(), at("read-only").c_str(), FALSE); },
@@ -206,7 +219,7 @@ TEST_F(Conformance, Names) {
       {"copy below missing",
        [&] { return CopyFileA(file.c_str(), at("none\\copy").c_str(), FALSE); },
        ERROR_PATH_NOT_FOUND},
-      {"copy to existing with separator, which is told to fail",
+      {"copy to existing with separator, which shall fail",
        [&] { return CopyFileA(file.c_str(), at("full\\").c_str(), TRUE); }, ERROR_FILE_EXISTS},
       {"copy to missing with separator",
        [&] { return CopyFileA(file.c_str(), at("missing\\").c_str(), FALSE); }, ERROR_INVALID_NAME},
@@ -218,6 +231,8 @@ TEST_F(Conformance, Names) {
        ERROR_FILE_NOT_FOUND},
       {"delete", [&] { return DeleteFileA(at("other").c_str()); }, ERROR_SUCCESS},
       {"remove", [&] { return RemoveDirectoryA(at("empty\\").c_str()); }, ERROR_SUCCESS},
+      {"make", [&] { return CreateDirectoryA(at("empty\\").c_str(), nullptr); }, ERROR_SUCCESS},
+      {"remove again", [&] { return RemoveDirectoryA(at("empty").c_str()); }, ERROR_SUCCESS},
       {"attributes",
        [&] { return SetFileAttributesA(at("read-only").c_str(), FILE_ATTRIBUTE_NORMAL); },
        ERROR_SUCCESS},
@@ -303,7 +318,7 @@ TEST_F(Conformance, Times) {
   EXPECT_EQ(time.wMinute, 26);
   EXPECT_EQ(time.wSecond, 40);
   EXPECT_EQ(time.wMilliseconds, 123);
-  // A search tells the same time as the attributes.
+  // A search returns the same time as the attributes.
   WIN32_FIND_DATAA found{};
   const platform::SearchHandle search(FindFirstFileA(file.c_str(), &found));
   ASSERT_TRUE(search);
@@ -364,10 +379,19 @@ TEST_F(Conformance, Handles) {
   EXPECT_FALSE(WriteFile(file.get(), "x", 1, &count, nullptr));
   EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);
   EXPECT_FALSE(SetEndOfFile(file.get()));
-  OVERLAPPED behind{};
-  behind.Offset = 5;
-  EXPECT_EQ(ReadFile(file.get(), &byte, 1, &count, &behind) == FALSE,
+  EXPECT_FALSE(FlushFileBuffers(file.get()));
+  OVERLAPPED end{};
+  end.Offset = 5;
+  EXPECT_EQ(ReadFile(file.get(), &byte, 1, &count, &end) == FALSE,
             support::kPlatform.positionedReadFailsAtEnd);
+  EXPECT_EQ(support::readFile(folder_.file("file")), "12345");
+
+  const platform::FileHandle writer(
+      CreateFileA(at("file").c_str(), kWrite, 3, nullptr, OPEN_EXISTING, 0, nullptr));
+  count = 7;
+  EXPECT_FALSE(ReadFile(writer.get(), &byte, 1, &count, nullptr));
+  EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);
+  EXPECT_EQ(count, 0U);
 }
 
 }  // namespace

@@ -13,7 +13,7 @@ namespace {
 
 // The argument is the folder of source and target.
 const support::Work kCopy("copy", [](const std::string& folder, const support::Channel& channel) {
-  channel.tell();
+  channel.reportReady();
   return CopyFileA((folder + "source").c_str(), (folder + "target").c_str(), FALSE) ? 0 : 1;
 });
 

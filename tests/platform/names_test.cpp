@@ -61,47 +61,6 @@ TEST_F(Names, Attributes) {
   EXPECT_EQ(write, 116444736010000007U);
 }
 
-TEST_F(Names, Deletion) {
-  support::makeReadOnly(folder_.file(".hidden"));
-  struct {
-    const char* name;
-    DWORD error;
-  } const cases[] = {
-      {"missing", ERROR_FILE_NOT_FOUND}, {"full", ERROR_ACCESS_DENIED},
-      {".hidden", ERROR_ACCESS_DENIED},  {"none\\x", ERROR_PATH_NOT_FOUND},
-      {"file\\", ERROR_INVALID_NAME},    {"file", ERROR_SUCCESS},
-  };
-  for (const auto& c : cases) {
-    const bool deleted = DeleteFileA(at(c.name).c_str()) != FALSE;
-    EXPECT_EQ(deleted, c.error == ERROR_SUCCESS) << c.name;
-    if (!deleted) {
-      EXPECT_EQ(GetLastError(), c.error) << c.name;
-    }
-  }
-}
-
-TEST_F(Names, Folders) {
-  struct {
-    const char* name;
-    DWORD made, removed;
-  } const cases[] = {
-      {"new", ERROR_SUCCESS, ERROR_SUCCESS},
-      {"new\\", ERROR_SUCCESS, ERROR_SUCCESS},
-      {"full", ERROR_ALREADY_EXISTS, ERROR_DIR_NOT_EMPTY},
-      {"file", ERROR_ALREADY_EXISTS, ERROR_DIRECTORY},
-      {"none\\new", ERROR_PATH_NOT_FOUND, ERROR_PATH_NOT_FOUND},
-  };
-  for (const auto& c : cases) {
-    SetLastError(ERROR_SUCCESS);
-    EXPECT_EQ(CreateDirectoryA(at(c.name).c_str(), nullptr) != FALSE, c.made == 0) << c.name;
-    EXPECT_EQ(GetLastError(), c.made) << c.name;
-    SetLastError(ERROR_SUCCESS);
-    EXPECT_EQ(RemoveDirectoryA(at(c.name).c_str()) != FALSE, c.removed == 0) << c.name;
-    EXPECT_EQ(GetLastError(), c.removed) << c.name;
-  }
-  EXPECT_TRUE(support::exists(folder_.file("full/inside")));
-}
-
 TEST_F(Names, TemporaryNames) {
   char name[MAX_PATH];
   std::set<std::string> names;

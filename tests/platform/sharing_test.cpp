@@ -29,7 +29,7 @@ bool agrees(DWORD access, DWORD share) {
 
 const support::Work kHold("hold", [](const std::string& path, const support::Channel& channel) {
   const platform::FileHandle held = openExisting(path, kReadWrite, 0);
-  if (held) channel.tell();
+  if (held) channel.reportReady();
   std::this_thread::sleep_for(std::chrono::hours(1));
   return 0;
 });

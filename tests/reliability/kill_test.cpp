@@ -116,7 +116,7 @@ class Killed : public testing::Test {
   template <typename Work>
   void killWithin(unsigned microseconds, Work work) {
     support::ForkedProcess process([&](const support::ForkedProcess::Channel& channel) {
-      channel.tell();
+      channel.reportReady();
       work();
       return 1;
     });

@@ -1,27 +1,27 @@
 #pragma once
-// A second process that does a part of a test, for what two processes do to
-// each other.
+// A second process that does a part of a test.
 
 #include <cstdint>
+#include <functional>
 #include <string>
 
 namespace support {
 
-// What the second process tells its parent by.
+// The second process reports to its parent through this.
 class Channel {
  public:
   explicit Channel(std::intptr_t end) : end_(end) {}
-  void tell() const;
+  void reportReady() const;
 
  private:
   std::intptr_t end_;
 };
 
-// A part of a test that runs in a process of its own; its result is the exit
-// status. To be defined at namespace scope, with a name of its own, so that a
-// freshly started program finds it.
+// A part of a test that runs in a process of its own. Its result is the exit
+// status. Tests of both platforms define it at namespace scope, with a name of its
+// own, so that a program that was just started finds it.
 struct Work {
-  using Function = int (*)(const std::string& argument, const Channel& channel);
+  using Function = std::function<int(const std::string& argument, const Channel& channel)>;
 
   Work(const char* name, Function function);
 
@@ -30,8 +30,8 @@ struct Work {
   const Work* next;
 };
 
-// Runs a work. It says `ready` by tell() and its parent waits for that with
-// awaitReady(). Killed with its object.
+// Runs a work. Its parent can wait for its reportReady() with awaitReady(). The
+// process is killed with its object.
 class OtherProcess {
  public:
   OtherProcess(const Work& work, const std::string& argument);
@@ -39,15 +39,15 @@ class OtherProcess {
   OtherProcess& operator=(const OtherProcess&) = delete;
   ~OtherProcess();
 
-  // False if the child ended without a word.
+  // False if the child ended without a report.
   bool awaitReady() const;
   void kill();
-  // The exit status, or -1 if the child did not end by itself.
+  // Returns the exit status, or -1 if the child did not end by itself.
   int wait();
 
  private:
   std::intptr_t process_ = -1;
-  std::intptr_t told_ = -1;
+  std::intptr_t report_ = -1;
 };
 
 }  // namespace support

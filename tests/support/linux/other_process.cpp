@@ -4,16 +4,17 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <utility>
 
 namespace support {
 
-void Channel::tell() const {
+void Channel::reportReady() const {
   const char byte = 1;
   [[maybe_unused]] const ssize_t count = write(static_cast<int>(end_), &byte, 1);
 }
 
 Work::Work(const char* ownName, Function ownFunction)
-    : name(ownName), function(ownFunction), next(nullptr) {}
+    : name(ownName), function(std::move(ownFunction)), next(nullptr) {}
 
 OtherProcess::OtherProcess(const Work& work, const std::string& argument) {
   int ends[2];
@@ -24,17 +25,17 @@ OtherProcess::OtherProcess(const Work& work, const std::string& argument) {
     _exit(work.function(argument, Channel(ends[1])));
   }
   close(ends[1]);
-  told_ = ends[0];
+  report_ = ends[0];
 }
 
 OtherProcess::~OtherProcess() {
   kill();
-  if (told_ >= 0) close(static_cast<int>(told_));
+  if (report_ >= 0) close(static_cast<int>(report_));
 }
 
 bool OtherProcess::awaitReady() const {
   char byte;
-  return read(static_cast<int>(told_), &byte, 1) == 1;
+  return read(static_cast<int>(report_), &byte, 1) == 1;
 }
 
 void OtherProcess::kill() {

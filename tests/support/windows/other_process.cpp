@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <utility>
 
 #include "platform/win32.h"
 
@@ -24,13 +25,13 @@ HANDLE handleOf(std::intptr_t value) { return reinterpret_cast<HANDLE>(value); }
 
 }  // namespace
 
-void Channel::tell() const {
+void Channel::reportReady() const {
   DWORD count = 0;
   WriteFile(handleOf(end_), "r", 1, &count, nullptr);
 }
 
 Work::Work(const char* ownName, Function ownFunction)
-    : name(ownName), function(ownFunction), next(works()) {
+    : name(ownName), function(std::move(ownFunction)), next(works()) {
   works() = this;
 }
 
@@ -55,18 +56,18 @@ OtherProcess::OtherProcess(const Work& work, const std::string& argument) {
     process_ = reinterpret_cast<std::intptr_t>(process.hProcess);
   }
   CloseHandle(writeEnd);
-  told_ = reinterpret_cast<std::intptr_t>(readEnd);
+  report_ = reinterpret_cast<std::intptr_t>(readEnd);
 }
 
 OtherProcess::~OtherProcess() {
   kill();
-  if (told_ != -1) CloseHandle(handleOf(told_));
+  if (report_ != -1) CloseHandle(handleOf(report_));
 }
 
 bool OtherProcess::awaitReady() const {
   char byte;
   DWORD count = 0;
-  return ReadFile(handleOf(told_), &byte, 1, &count, nullptr) != FALSE && count == 1;
+  return ReadFile(handleOf(report_), &byte, 1, &count, nullptr) != FALSE && count == 1;
 }
 
 void OtherProcess::kill() {
@@ -92,8 +93,8 @@ int main(int argc, char** argv) {
   if (argc == 4 && std::strcmp(argv[1], kWorkFlag) == 0) {
     for (const Work* work = works(); work != nullptr; work = work->next) {
       if (std::strcmp(work->name, argv[2]) != 0) continue;
-      const HANDLE told = GetStdHandle(STD_OUTPUT_HANDLE);
-      return work->function(argv[3], Channel(reinterpret_cast<std::intptr_t>(told)));
+      const HANDLE report = GetStdHandle(STD_OUTPUT_HANDLE);
+      return work->function(argv[3], Channel(reinterpret_cast<std::intptr_t>(report)));
     }
     return 1;
   }

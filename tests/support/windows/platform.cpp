@@ -18,14 +18,14 @@ const Platform kPlatform{.exactCase = false,
 
 std::string makeTemporaryFolder() {
   char folder[MAX_PATH];
-  char name[MAX_PATH];
   if (GetTempPathA(sizeof(folder), folder) == 0) return "";
-  // A file of that name is made, in whose place the folder comes.
-  if (GetTempFileNameA(folder, "vsk", 0, name) == 0 || DeleteFileA(name) == FALSE ||
-      CreateDirectoryA(name, nullptr) == FALSE) {
-    return "";
+  const std::string start = folder + std::string("vesk-") + std::to_string(GetCurrentProcessId());
+  // Creating the folder is what reserves the name.
+  for (int number = 0;; ++number) {
+    const std::string name = start + "-" + std::to_string(number);
+    if (CreateDirectoryA(name.c_str(), nullptr) != FALSE) return name;
+    if (GetLastError() != ERROR_ALREADY_EXISTS) return "";
   }
-  return name;
 }
 
 std::string textOf(const std::filesystem::path& path) {
