@@ -1,6 +1,6 @@
 # The commands of daily work. Each target installs the Debian packages that it needs.
 
-BUILD_PACKAGES = cmake g++ ninja-build libboost-dev zlib1g-dev libdeflate-dev libgtest-dev \
+BUILD_PACKAGES = cmake g++ ninja-build libboost-dev zlib1g-dev libdeflate-dev nettle-dev libgtest-dev \
                  libcli11-dev
 TEST_PACKAGES = zip unzip p7zip-full libarchive-tools python3 coreutils diffutils \
                 pkg-config binutils

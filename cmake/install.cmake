@@ -46,15 +46,19 @@ if(kind STREQUAL STATIC)
   set(find_dependencies "find_dependency(ZLIB)\n")
   set(PC_REQUIRES "zlib")
   set(PC_CFLAGS " -DFILESYSTEM_STATIC")
-  if(VESK_LIBDEFLATE)
+  foreach(dependency IN ITEMS Libdeflate Nettle)
+    if(NOT TARGET ${dependency}::${dependency})
+      continue()
+    endif()
     string(APPEND find_dependencies
       "list(APPEND CMAKE_MODULE_PATH \"\${CMAKE_CURRENT_LIST_DIR}\")\n"
-      "find_dependency(Libdeflate)\n"
+      "find_dependency(${dependency})\n"
       "list(POP_BACK CMAKE_MODULE_PATH)\n")
-    string(APPEND PC_REQUIRES " libdeflate")
-    install(FILES cmake/FindLibdeflate.cmake DESTINATION "${package_directory}"
+    string(TOLOWER " ${dependency}" module)
+    string(APPEND PC_REQUIRES "${module}")
+    install(FILES cmake/Find${dependency}.cmake DESTINATION "${package_directory}"
       COMPONENT development)
-  endif()
+  endforeach()
 endif()
 configure_package_config_file(cmake/VeskFileSystemConfig.cmake.in
   "${PROJECT_BINARY_DIR}/VeskFileSystemConfig.cmake" INSTALL_DESTINATION "${package_directory}")

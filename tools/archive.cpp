@@ -126,17 +126,18 @@ std::string readFailure(const Entry& entry, bool hasPassword) {
   if (record.nameLength > kLongestEntryName) {
     return "its name has more than " + std::to_string(kLongestEntryName) + " bytes";
   }
-  if (record.encryption == Encryption::kAes)
-    return "it is encrypted with AES, which is not supported";
   if (record.encryption == Encryption::kStrong) return "its encryption method is not supported";
   if (record.method != 0 && record.method != 8) {
     return "its compression method, " + methodName(record.method) + ", is not supported";
   }
-  if (record.size >= 0xFFFFFFFF || record.packedSize >= 0xFFFFFFFF) {
+  if (record.size > 0xFFFFFFFF || record.packedSize > 0xFFFFFFFF) {
     return "it has 4 GiB or more, which is not supported";
   }
   if (record.encryption != Encryption::kNone && !hasPassword) {
     return "it is encrypted and needs a password";
+  }
+  if (record.encryption == Encryption::kAes) {
+    return "the password is wrong, it is damaged, or the library was built without AES";
   }
   if (record.encryption != Encryption::kNone) return "the password is wrong or it is damaged";
   return "it is damaged";

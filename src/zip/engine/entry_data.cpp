@@ -33,7 +33,7 @@ EntryData::EntryData(const ArchiveFile& file, const EntryLayout& layout, EntryBu
       layout_(layout),
       storedLeft_(layout.compressedSize),
       plainLeft_(layout.raw ? layout.compressedSize : layout.uncompressedSize) {
-  if (layout.password != nullptr && !layout.raw) cipher_.emplace(layout.password);
+  if (layout.password != nullptr && !layout.raw && !layout.aes) cipher_.emplace(layout.password);
 }
 
 EntryData::~EntryData() = default;
@@ -43,10 +43,30 @@ void EntryData::prefetched(const unsigned char* bytes, std::size_t size) {
 }
 
 bool EntryData::begin() {
+  if (layout_.aes && !layout_.raw) return beginAes();
   if (!cipher_) return true;
   unsigned char header[kEncryptionHeaderSize];
   return storedLeft_ >= sizeof(header) && readStored(header, sizeof(header)) &&
          header[sizeof(header) - 1] == layout_.checkByte;
+}
+
+// Leaves the authentication code out of the stored bytes.
+bool EntryData::beginAes() {
+  const std::size_t headerSize = layout_.aes->headerSize();
+  unsigned char header[kLongestAesHeader];
+  if (storedLeft_ < headerSize + kAesCodeSize || !readStored(header, headerSize)) return false;
+  layout_.compressedSize -= kAesCodeSize;
+  storedLeft_ -= kAesCodeSize;
+  aes_.emplace(layout_.password, *layout_.aes, header);
+  return aes_->hasVerifier(header + headerSize - kAesVerifierSize);
+}
+
+// Checks the authentication code, which follows the stored bytes.
+bool EntryData::isAuthentic() {
+  unsigned char code[kAesCodeSize];
+  return storedLeft_ == 0 &&
+         file_.readAt(layout_.position + layout_.compressedSize, code, sizeof(code)) &&
+         aes_->isAuthentic(code);
 }
 
 int EntryData::read(unsigned char* buffer, std::uint32_t size) {
@@ -57,11 +77,17 @@ int EntryData::read(unsigned char* buffer, std::uint32_t size) {
   if (failed_) return -1;
   if (!layout_.raw) crc_ = crc32(crc_, buffer, wanted);
   plainLeft_ -= wanted;
-  if (plainLeft_ == 0 && !layout_.raw && (crc_ != layout_.crc || !endsHere())) {
-    failed_ = true;
-    return -1;
+  if (plainLeft_ == 0 && !verified_) {
+    verified_ = layout_.raw || isWhole();
+    failed_ = !verified_;
   }
-  return static_cast<int>(wanted);
+  return failed_ ? -1 : static_cast<int>(wanted);
+}
+
+// Checks the complete content.
+bool EntryData::isWhole() {
+  const bool checksCrc = !aes_ || layout_.aes->hasCrc;
+  return (!checksCrc || crc_ == layout_.crc) && endsHere() && (!aes_ || isAuthentic());
 }
 
 // Reads the next stored bytes and decrypts them.
@@ -74,6 +100,7 @@ bool EntryData::readStored(unsigned char* out, std::size_t size) {
   if (known < size && !file_.readAt(position, out + known, size - known)) return false;
   storedLeft_ -= size;
   if (cipher_) cipher_->decrypt(out, size);
+  if (aes_) aes_->decrypt(out, size);
   return true;
 }
 
@@ -104,7 +131,7 @@ bool EntryData::readDecoded(unsigned char* out, std::size_t size) {
 bool EntryData::decodeWhole(unsigned char* out) {
   const std::size_t size = static_cast<std::size_t>(storedLeft_);
   const unsigned char* stored = ahead_.data() + aheadUsed_;
-  if (cipher_ || ahead_.size() - aheadUsed_ < size) {
+  if (cipher_ || aes_ || ahead_.size() - aheadUsed_ < size) {
     unsigned char* const loaded = buffers_.stored.of(size);
     if (!readStored(loaded, size)) return false;
     stored = loaded;

@@ -8,6 +8,7 @@
 #include <optional>
 
 #include "platform/large_memory.h"
+#include "zip/engine/aes.h"
 #include "zip/engine/archive_file.h"
 #include "zip/engine/codec.h"
 #include "zip/engine/crypto.h"
@@ -22,9 +23,10 @@ struct EntryLayout {
   std::uint64_t uncompressedSize = 0;
   std::uint32_t crc = 0;
   std::uint16_t method = 0;
-  bool raw = false;                // the stored bytes are the content
-  const char* password = nullptr;  // null if not encrypted
-  unsigned char checkByte = 0;     // last byte of the decrypted encryption header
+  bool raw = false;                  // the stored bytes are the content
+  const char* password = nullptr;    // null if not encrypted
+  std::optional<AesParameters> aes;  // nothing for the traditional encryption
+  unsigned char checkByte = 0;       // last byte of the decrypted encryption header
 };
 
 // Memory that one entry after the other uses.
@@ -55,18 +57,23 @@ class EntryData {
   bool readDecoded(unsigned char* out, std::size_t size);
   bool decodeWhole(unsigned char* out);
   bool inflate(unsigned char* out, std::size_t size);
+  bool beginAes();
+  bool isAuthentic();
+  bool isWhole();
   bool endsHere();
 
   const ArchiveFile& file_;
   EntryBuffers& buffers_;
   EntryLayout layout_;
   std::optional<TraditionalCipher> cipher_;
+  std::optional<AesCipher> aes_;
   Bytes ahead_;  // stored bytes that were read and not used yet
   std::size_t aheadUsed_ = 0;
   std::uint64_t storedLeft_;  // stored bytes that were not decoded yet
   std::uint64_t plainLeft_;
   std::uint32_t crc_ = 0;
   bool failed_ = false;
+  bool verified_ = false;
   Bytes whole_;  // the decoded content of a small entry
   std::unique_ptr<Inflater> inflater_;
 };

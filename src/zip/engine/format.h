@@ -23,6 +23,8 @@ inline constexpr std::size_t kLocator64Size = 20;
 
 inline constexpr std::uint32_t kSignatureSignature = 0x05054b50;  // of the digital signature
 
+inline constexpr std::uint16_t kMethodAes = 99;
+
 inline constexpr std::uint16_t kZip64ExtraId = 0x0001;
 
 // "Version needed to extract", ten times the version of the format.

@@ -38,30 +38,39 @@ bool canInflateTo(std::uint64_t compressed, std::uint64_t plain) {
   return plain <= compressed * 1032 + 64;
 }
 
-bool hasPossibleSizes(const CentralRecord& record) {
-  if (record.compressedSize >= kSaturated32 || record.uncompressedSize >= kSaturated32) {
+bool isEncrypted(const CentralRecord& record) { return (record.flags() & kFlagEncrypted) != 0; }
+
+// The parameters of an entry that is encrypted with AES.
+std::optional<AesParameters> aesOf(const CentralRecord& record) {
+  return isEncrypted(record) && record.method() == kMethodAes ? aesParameters(record)
+                                                              : std::nullopt;
+}
+
+// `method` is the one inside the encryption, `overhead` the bytes that the encryption adds.
+bool hasPossibleSizes(const CentralRecord& record, std::uint16_t method, std::uint64_t overhead) {
+  if (record.compressedSize > kSaturated32 || record.uncompressedSize > kSaturated32 ||
+      record.compressedSize < overhead) {
     return false;
   }
-  std::uint64_t payload = record.compressedSize;
-  if ((record.flags() & kFlagEncrypted) != 0) {
-    if (payload < kEncryptionHeaderSize) return false;
-    payload -= kEncryptionHeaderSize;
-  }
-  return record.method() == ZipMethodStored ? payload == record.uncompressedSize
-                                            : canInflateTo(payload, record.uncompressedSize);
+  const std::uint64_t payload = record.compressedSize - overhead;
+  return method == ZipMethodStored ? payload == record.uncompressedSize
+                                   : canInflateTo(payload, record.uncompressedSize);
 }
 
 bool isReadable(const CentralRecord& record, const char* password) {
   constexpr std::uint16_t kUnknown = kFlagPatched | kFlagStrongEncryption;
   if ((record.flags() & kUnknown) != 0) return false;
+  if (isEncrypted(record) && password == nullptr) return false;
+  if (const std::optional<AesParameters> aes = aesOf(record)) {
+    return readsAes() && hasPossibleSizes(record, aes->method, aes->headerSize() + kAesCodeSize);
+  }
   if (record.method() != ZipMethodStored && record.method() != ZipMethodDeflate) return false;
-  const bool encrypted = (record.flags() & kFlagEncrypted) != 0;
-  return (!encrypted || password != nullptr) && hasPossibleSizes(record);
+  return hasPossibleSizes(record, record.method(), isEncrypted(record) ? kEncryptionHeaderSize : 0);
 }
 
 EntryLayout layoutOf(const ZipReader& reader, const CentralRecord& record, bool raw,
                      const char* password) {
-  const bool encrypted = (record.flags() & kFlagEncrypted) != 0;
+  const std::optional<AesParameters> aes = aesOf(record);
   // The check byte is from the time if the CRC was not known when the entry was begun.
   const std::uint32_t check =
       (record.flags() & kFlagDescriptor) != 0 ? std::uint32_t{record.time()} << 16 : record.crc();
@@ -69,9 +78,10 @@ EntryLayout layoutOf(const ZipReader& reader, const CentralRecord& record, bool 
           .compressedSize = record.compressedSize,
           .uncompressedSize = record.uncompressedSize,
           .crc = record.crc(),
-          .method = record.method(),
+          .method = aes ? aes->method : record.method(),
           .raw = raw,
-          .password = encrypted ? password : nullptr,
+          .password = isEncrypted(record) ? password : nullptr,
+          .aes = aes,
           .checkByte = static_cast<unsigned char>(check >> 24)};
 }
 
@@ -183,7 +193,7 @@ int ZipOpenEntry(ZipReader* reader, int*, int*, int raw, const char* password) {
   if (reader == nullptr || !reader->hasCurrent()) return kFailure;
   reader->entry.reset();
   const CentralRecord record = reader->record();
-  if (raw != 0 ? record.compressedSize >= kSaturated32 : !isReadable(record, password)) {
+  if (raw != 0 ? record.compressedSize > kSaturated32 : !isReadable(record, password)) {
     return kFailure;
   }
   if (!reader->local.read(reader->file, reader->directory, record)) return kFailure;

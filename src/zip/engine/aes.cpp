@@ -1,0 +1,22 @@
+#include "zip/engine/aes.h"
+
+#include "zip/engine.h"
+#include "zip/engine/extra_field.h"
+
+namespace zip_engine {
+
+std::optional<AesParameters> aesParameters(const CentralRecord& record) {
+  constexpr std::uint16_t kId = 0x9901;
+  constexpr std::size_t kSize = 7;
+  const auto block = findExtraBlock(record.extra(), record.extraLength(), kId);
+  if (!block || block->size < kSize) return std::nullopt;
+  const std::uint16_t version = load16(block->data);
+  const unsigned strength = block->data[4];
+  const std::uint16_t method = load16(block->data + 5);
+  const bool isKnown = (version == 1 || version == 2) && strength >= 1 && strength <= 3 &&
+                       (method == ZipMethodStored || method == ZipMethodDeflate);
+  if (!isKnown) return std::nullopt;
+  return AesParameters{.keySize = 8 + 8 * strength, .method = method, .hasCrc = version == 1};
+}
+
+}  // namespace zip_engine

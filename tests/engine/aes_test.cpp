@@ -1,0 +1,74 @@
+// Entries that other programs encrypted with AES.
+
+#include "zip/engine/aes.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "engine/entries.h"
+#include "support/programs.h"
+#include "support/temporary_folder.h"
+
+namespace {
+
+using namespace entries;
+
+class Aes : public testing::Test {
+ protected:
+  void SetUp() override {
+    if (!zip_engine::readsAes()) GTEST_SKIP() << "built without AES";
+  }
+
+  support::TemporaryFolder folder_;
+  std::string path_ = folder_.file("a.zip");
+};
+
+TEST_F(Aes, ReadsArchivesOfOtherPrograms) {
+  const Entries theirs{{"in/text", repetitiveText(5000)},
+                       {"in/random", randomText(3000, 3)},
+                       {"in/empty", ""},
+                       {"in/large", repetitiveText(9 << 20)},
+                       {"in/large random", randomText(5 << 20, 4)}};
+  for (const auto& [name, content] : theirs) support::writeFile(folder_.file(name), content);
+  const std::string bsdtar = "bsdtar --format zip --passphrase secret --options zip:encryption=";
+  for (const std::string& command :
+       {std::string("7z a -tzip -psecret -mem=AES256 a.zip in"),
+        std::string("7z a -tzip -psecret -mem=AES192 a.zip in"), bsdtar + "aes256 -cf a.zip in",
+        bsdtar + "aes128 -cf a.zip in"}) {
+    SCOPED_TRACE(command);
+    std::filesystem::remove(path_);
+    ASSERT_EQ(support::run(folder_.path(), command), 0);
+    for (const std::uint32_t step : {1000U, 1U << 20, 1U << 26}) {
+      EXPECT_TRUE(readArchive(path_, step) == theirs);
+    }
+    const std::string copy = folder_.file("copy.zip");
+    copyArchive(path_, copy, "");
+    EXPECT_TRUE(readArchive(copy) == theirs);
+    EXPECT_EQ(support::run(folder_.path(), "7z t -psecret copy.zip"), 0);
+
+    const Reader reader(ZipOpenReader(path_.c_str()));
+    for (int s = ZipFirstEntry(reader.get()); s == 0; s = ZipNextEntry(reader.get())) {
+      std::string content;
+      EXPECT_FALSE(readCurrent(reader.get(), content, 1 << 20, "wrong") && !content.empty());
+      EXPECT_FALSE(readCurrent(reader.get(), content, 1 << 20, nullptr) && !content.empty());
+    }
+  }
+}
+
+// The authentication code takes the place of the CRC.
+TEST_F(Aes, DamageIsNoticed) {
+  support::writeFile(folder_.file("e"), "content");
+  ASSERT_EQ(support::run(folder_.path(), "7z a -tzip -psecret -mem=AES256 -mx0 a.zip e"), 0);
+  const std::string whole = support::readFile(path_);
+  const std::size_t start = whole.find("PK\1\2") - 7 - zip_engine::kAesCodeSize - 18;
+  for (std::size_t at = start; at < start + 35; ++at) {
+    SCOPED_TRACE(at);
+    std::string bytes = whole;
+    bytes[at] ^= 1;
+    support::writeFile(path_, bytes);
+    EXPECT_EQ(readArchive(path_), (Entries{{"e", "<unreadable>"}}));
+  }
+}
+
+}  // namespace
