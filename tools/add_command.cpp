@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <filesystem>
 
 #include "archive.h"
 #include "commands.h"
@@ -90,15 +89,14 @@ void requireSensibleName(const AddRequest& request) {
 
 void addSources(Archive& archive, const std::vector<Source>& sources, Output& output) {
   std::uint64_t total = 0;
-  std::error_code error;
   for (const Source& source : sources) {
-    total += std::filesystem::file_size(nativePath(source.path), error);
+    total += fileSize(source.path);
   }
   Progress progress(output, "adding to " + archive.path(), total);
   for (const Source& source : sources) {
     if (archive.zip().insert(source.path.c_str(), source.name.c_str(), nullptr, 1) != 0) {
       output.detail("added " + printable(source.name));
-      progress.advance(std::filesystem::file_size(nativePath(source.path), error));
+      progress.advance(fileSize(source.path));
       continue;
     }
     if (FileSystem::TestOpen(source.path.c_str(), FileSystem::kAccessRead) != 0) {

@@ -81,14 +81,14 @@ Archive::Archive(const std::string& path, unsigned int access) : path_(path) {
   // An archive without entries has no complete list either.
   std::vector<std::pair<std::string, std::string>> content;
   if (zip_.enumerate(names_) == 0 && (zip_.content(content) == 0 || !names_.empty())) {
-    const bool isSplit = isSplitArchive(nativePath(path));
+    const bool isSplit = isSplitArchive(systemPath(path));
     throw Failure(inQuotes(path) + (isSplit ? " is part of a split archive, which is not supported"
                                             : " is not a sound zip archive"));
   }
 }
 
 std::vector<Entry> Archive::entries() const {
-  auto directory = readCentralDirectory(nativePath(path_));
+  auto directory = readCentralDirectory(systemPath(path_));
   if (!directory || directory->records.size() != names_.size()) {
     throw Failure("cannot read the directory of " + inQuotes(path_));
   }

@@ -158,7 +158,7 @@ std::optional<LastEnd> findEnd(File& file) {
 
 }  // namespace
 
-std::optional<CentralDirectory> readCentralDirectory(const std::string& path) {
+std::optional<CentralDirectory> readCentralDirectory(const std::filesystem::path& path) {
   File file(path);
   const auto last = findEnd(file);
   if (!last) return std::nullopt;
@@ -169,7 +169,7 @@ std::optional<CentralDirectory> readCentralDirectory(const std::string& path) {
   return CentralDirectory{*std::move(records), unused};
 }
 
-bool isSplitArchive(const std::string& path) {
+bool isSplitArchive(const std::filesystem::path& path) {
   File file(path);
   const auto last = findEnd(file);
   if (!last) return Bytes(file.read(0, 4)).u32(0) == kSplitSignature;

@@ -3,6 +3,7 @@
 // dates, checksums and methods, which the library does not export.
 
 #include <cstdint>
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <vector>
@@ -32,9 +33,9 @@ struct CentralDirectory {
   std::uint64_t unusedBytes = 0;
 };
 
-// Reads the directory of the archive at `path`, a path of this system. Returns
+// Reads the directory of the archive at `path`. Returns
 // nothing if the file cannot be read or has no sound directory.
-std::optional<CentralDirectory> readCentralDirectory(const std::string& path);
+std::optional<CentralDirectory> readCentralDirectory(const std::filesystem::path& path);
 
 // True if the archive at `path` is one file of several, which is not supported.
-bool isSplitArchive(const std::string& path);
+bool isSplitArchive(const std::filesystem::path& path);

@@ -1,8 +1,6 @@
 #include "file_bytes.h"
 
-#include <filesystem>
-
-File::File(const std::string& path) : stream_(std::filesystem::path(path), std::ios::binary) {
+File::File(const std::filesystem::path& path) : stream_(path, std::ios::binary) {
   std::error_code error;
   size_ = std::filesystem::file_size(path, error);
   if (error) size_ = 0;

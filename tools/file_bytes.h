@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <filesystem>
 #include <fstream>
 #include <string>
 
@@ -49,7 +50,7 @@ class Bytes {
 // A file of this system.
 class File {
  public:
-  explicit File(const std::string& path);
+  explicit File(const std::filesystem::path& path);
   // Size when the object was made; 0 if the file cannot be read.
   std::uint64_t size() const { return size_; }
   // `size` bytes at `position`, or none if the file does not have them.

@@ -13,6 +13,12 @@ namespace {
 
 namespace fs = std::filesystem;
 
+// The text of a path in the code page of the program.
+std::string textOf(const fs::path& path) {
+  const std::u8string text = path.u8string();
+  return {text.begin(), text.end()};
+}
+
 class Walk {
  public:
   explicit Walk(Output& output) : output_(output) {}
@@ -23,7 +29,7 @@ class Walk {
     fs::directory_iterator entries(directory, error);
     ancestors_.push_back(directory);
     while (!error && entries != fs::directory_iterator()) {
-      visit(*entries, name + entries->path().filename().string());
+      visit(*entries, name + textOf(entries->path().filename()));
       entries.increment(error);
     }
     ancestors_.pop_back();
@@ -62,21 +68,27 @@ class Walk {
 
 std::vector<std::string> filesBelow(const std::string& directory, Output& output) {
   Walk walk(output);
-  walk.enter(nativePath(directory), "");
+  walk.enter(systemPath(directory), "");
   std::vector<std::string> files = walk.takeFiles();
   std::sort(files.begin(), files.end());
   return files;
 }
 
+std::uint64_t fileSize(const std::string& path) {
+  std::error_code error;
+  const std::uint64_t size = fs::file_size(systemPath(path), error);
+  return error ? 0 : size;
+}
+
 std::optional<fs::file_time_type> writeTime(const std::string& path) {
   std::error_code error;
-  const fs::file_time_type time = fs::last_write_time(nativePath(path), error);
+  const fs::file_time_type time = fs::last_write_time(systemPath(path), error);
   return error ? std::nullopt : std::optional(time);
 }
 
 bool isSameFile(const std::string& a, const std::string& b) {
   std::error_code error;
-  return fs::equivalent(nativePath(a), nativePath(b), error);
+  return fs::equivalent(systemPath(a), systemPath(b), error);
 }
 
 std::string readFailure(const std::string& path) {

@@ -2,6 +2,7 @@
 // Files and directory trees as the system shows them. The library does not report
 // the files that it leaves out.
 
+#include <cstdint>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -14,6 +15,9 @@
 // directory that cannot be read is a failure; what is neither a file nor a
 // directory is left out with a warning.
 std::vector<std::string> filesBelow(const std::string& directory, Output& output);
+
+// Size of a file in bytes; 0 if it cannot be determined.
+std::uint64_t fileSize(const std::string& path);
 
 // The write time of a file; nothing if it does not exist.
 std::optional<std::filesystem::file_time_type> writeTime(const std::string& path);

@@ -7,7 +7,6 @@
 #include <cstdint>
 #include <cstdio>
 #include <ctime>
-#include <filesystem>
 #include <vector>
 
 #include "commands.h"
@@ -47,10 +46,9 @@ void copyFile(const std::string& source, const std::string& target) {
 // True if the target has the size and the write time of the source, which the
 // library keeps.
 bool isCopied(const std::string& source, const std::string& target) {
-  std::error_code error;
-  return std::filesystem::file_size(nativePath(source), error) ==
-             std::filesystem::file_size(nativePath(target), error) &&
-         !error && writeTime(source) == writeTime(target);
+  const auto time = writeTime(target);
+  return time && time == writeTime(source) && fileSize(target) == fileSize(source) &&
+         FileSystem::FolderExists(target.c_str()) == 0;
 }
 
 // The library reports how many files it has copied, but not which.

@@ -23,7 +23,7 @@ namespace {
 // the entry that is being written has no sizes yet, and no header follows it.
 class PackedBytes {
  public:
-  explicit PackedBytes(const std::string& zip) : path_(nativePath(zip)) {}
+  explicit PackedBytes(const std::string& zip) : path_(systemPath(zip)) {}
 
   std::uint64_t operator()() {
     File file(path_);
@@ -42,18 +42,14 @@ class PackedBytes {
   }
 
  private:
-  std::string path_;
+  std::filesystem::path path_;
   std::uint64_t position_ = 0;
   std::uint64_t bytes_ = 0;
 };
 
 std::uint64_t totalSize(const std::string& base, const std::vector<std::string>& files) {
   std::uint64_t total = 0;
-  for (const std::string& file : files) {
-    std::error_code error;
-    const std::uint64_t size = std::filesystem::file_size(nativePath(base + file), error);
-    if (!error) total += size;
-  }
+  for (const std::string& file : files) total += fileSize(base + file);
   return total;
 }
 

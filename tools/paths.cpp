@@ -1,6 +1,5 @@
 #include "paths.h"
 
-#include <filesystem>
 #include <string_view>
 #include <utility>
 
@@ -50,6 +49,11 @@ std::string nativePath(const std::string& path) {
     ++i;
   }
   return result;
+}
+
+std::filesystem::path systemPath(const std::string& path) {
+  const std::string native = nativePath(path);
+  return std::u8string(native.begin(), native.end());
 }
 
 std::string libraryPath(const std::string& path) {

@@ -1,6 +1,7 @@
 #pragma once
 // Path text of the library and of the system's other programs.
 
+#include <filesystem>
 #include <string>
 
 inline bool isSeparator(char c) { return c == '\\' || c == '/'; }
@@ -22,6 +23,10 @@ std::string creatablePath(const std::string& path);
 // separators become `/`, `C:` becomes the root, and U+F05C, which represents a
 // backslash in a name, becomes the backslash.
 std::string nativePath(const std::string& path);
+
+// The same as an object of the standard library, whose own conversion of text does
+// not read UTF-8 on every system.
+std::filesystem::path systemPath(const std::string& path);
 
 // A relative path of this system as the library returns it; the inverse of
 // nativePath.

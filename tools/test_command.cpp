@@ -38,7 +38,7 @@ bool readEntry(ZipReader* reader, const char* password, Progress& progress) {
 }
 
 void reportUnusedBytes(const std::string& zip, const Output& output) {
-  const auto directory = readCentralDirectory(nativePath(zip));
+  const auto directory = readCentralDirectory(systemPath(zip));
   if (!directory || directory->unusedBytes == 0) return;
   output.warn(std::to_string(directory->unusedBytes) + " bytes of " + inQuotes(zip) +
               " belong to no entry; an append that was interrupted leaves such bytes, and every "
