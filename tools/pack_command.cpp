@@ -10,42 +10,13 @@
 #include <utility>
 
 #include "commands.h"
-#include "file_bytes.h"
 #include "file_tree.h"
+#include "packed_bytes.h"
 #include "paths.h"
 #include "progress.h"
 #include "text.h"
 
 namespace {
-
-// Counts the bytes of the files that are in a growing archive, by the local headers
-// of its entries: | header | name | extra field | data | header | ... The header of
-// the entry that is being written has no sizes yet, and no header follows it.
-class PackedBytes {
- public:
-  explicit PackedBytes(const std::string& zip) : path_(systemPath(zip)) {}
-
-  std::uint64_t operator()() {
-    File file(path_);
-    std::string current = file.read(position_, kLocalSize);
-    while (Bytes(current).u32(0) == kLocalSignature) {
-      const Bytes header(current);
-      const std::uint64_t next =
-          position_ + kLocalSize + header.u16(26) + header.u16(28) + std::uint64_t{header.u32(18)};
-      std::string following = file.read(next, kLocalSize);
-      if (Bytes(following).u32(0) != kLocalSignature) break;
-      bytes_ += header.u32(22);
-      position_ = next;
-      current = std::move(following);
-    }
-    return bytes_;
-  }
-
- private:
-  std::filesystem::path path_;
-  std::uint64_t position_ = 0;
-  std::uint64_t bytes_ = 0;
-};
 
 std::uint64_t totalSize(const std::string& base, const std::vector<std::string>& files) {
   std::uint64_t total = 0;
