@@ -20,8 +20,8 @@ struct Alternatives {
   std::size_t count = 0;
 };
 
-std::string blockOf(const std::string& content, std::size_t block) {
-  std::string bytes = block * kBlock < content.size() ? content.substr(block * kBlock, kBlock) : "";
+std::string blockOf(const std::string& content, std::size_t position) {
+  std::string bytes = position < content.size() ? content.substr(position, kBlock) : "";
   bytes.resize(kBlock, '\0');
   return bytes;
 }
@@ -34,14 +34,13 @@ void addDistinct(std::vector<Value>& values, const Value& value) {
 // One file of a state: what its size and each of its blocks can be.
 class UncertainFile {
  public:
-  explicit UncertainFile(const FileHistory& history) : base_(history.back()) {
-    std::size_t blocks = 0;
+  explicit UncertainFile(const FileHistory& history) {
     for (const std::string& content : history) {
       addDistinct(sizes_, content.size());
-      blocks = std::max(blocks, (content.size() + kBlock - 1) / kBlock);
+      certain_.resize(std::max(certain_.size(), content.size()));
     }
-    for (std::size_t block = 0; block < blocks && history.size() > 1; ++block) {
-      addBlock(history, block);
+    for (std::size_t position = 0; position < certain_.size(); position += kBlock) {
+      addBlock(history, position);
     }
   }
 
@@ -52,7 +51,7 @@ class UncertainFile {
   // Takes its choices, in the order of its alternatives.
   std::string compose(const std::size_t*& choice) const {
     const std::size_t size = sizes_[*choice++];
-    std::string content = base_;
+    std::string content = certain_;
     content.resize(size);
     for (const Block& block : blocks_) {
       const std::string& bytes = block.bytes[*choice++];
@@ -70,14 +69,19 @@ class UncertainFile {
     std::vector<std::string> bytes;
   };
 
-  void addBlock(const FileHistory& history, std::size_t number) {
-    Block block{.position = number * kBlock, .whole = 0, .bytes = {}};
+  void addBlock(const FileHistory& history, std::size_t position) {
+    Block block{.position = position, .whole = 0, .bytes = {}};
     for (const std::string& content : history) {
       // A truncation discards whole blocks and does not write them.
-      const bool discarded = content.size() <= block.position && !block.bytes.empty();
-      if (!discarded) addDistinct(block.bytes, blockOf(content, number));
+      const bool discarded = content.size() <= position && !block.bytes.empty();
+      if (!discarded) addDistinct(block.bytes, blockOf(content, position));
     }
     block.whole = block.bytes.size();
+    if (block.whole == 1) {
+      const std::size_t size = std::min(kBlock, certain_.size() - position);
+      certain_.replace(position, size, block.bytes[0], 0, size);
+      return;
+    }
     for (std::size_t i = 1; i < block.whole; ++i) {
       const std::string before = block.bytes[i - 1];
       const std::string after = block.bytes[i];
@@ -86,10 +90,10 @@ class UncertainFile {
         addDistinct(block.bytes, before.substr(0, cut) + after.substr(cut));
       }
     }
-    if (block.whole > 1) blocks_.push_back(std::move(block));
+    blocks_.push_back(std::move(block));
   }
 
-  std::string base_;
+  std::string certain_;  // the blocks that have one version only
   std::vector<std::size_t> sizes_;
   std::vector<Block> blocks_;
 };
