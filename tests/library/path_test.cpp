@@ -146,6 +146,7 @@ TEST(Path, Parent) {
       {"C:\\a\\b\\", "C:\\a\\"},
       {"C:\\a\\\\", "C:\\a\\"},
       {"C:\\a", "C:\\"},
+      {"\\a", "\\"},
       {"C:\\", "C:\\"},
       {"\\\\srv\\share\\", "\\\\srv\\"},
       {"no-such-name", "no-such-name\\"},
