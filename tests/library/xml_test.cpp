@@ -184,10 +184,16 @@ TEST(Xml, Content) {
 
 TEST(Xml, ContentAtEveryPosition) {
   // The text before the element resembles its tags at the start, or at the start and end.
-  for (const std::string& name : {std::string("ab"), std::string("name"), std::string(100, 'n')}) {
+  for (const std::string& name : {std::string("abc"), std::string("name"), std::string(100, 'n')}) {
     const std::string opening = "<" + name;
-    const std::string decoys[] = {"x", "<", "</", opening.substr(0, opening.size() - 1) + "?",
-                                  opening.substr(0, 2) + std::string(name.size(), '>')};
+    const std::string decoys[] = {
+        "x",
+        "<",
+        "</",
+        opening.substr(0, opening.size() - 1) + "?",
+        opening.substr(0, 2) + std::string(name.size(), '>'),
+        opening.substr(0, 2) + std::string(name.size() - 2, 'x') + name.back(),
+        "</" + std::string(name.size(), 'x') + ">"};
     for (const std::string& decoy : decoys) {
       std::string text;
       while (text.size() < 300) {
