@@ -1,14 +1,11 @@
 // Zero-terminated texts.
 
 #include <cstring>
+#include <string_view>
 
+#include "platform/linux/case_folding.h"
 #include "platform/linux/win32_linux.h"
-
-namespace {
-
-int lowered(unsigned char c) { return c >= 'A' && c <= 'Z' ? c + ('a' - 'A') : c; }
-
-}  // namespace
+#include "platform/utf8.h"
 
 char* lstrcpynA(char* target, const char* source, int size) {
   if (size <= 0) return target;
@@ -28,11 +25,14 @@ int lstrcmpA(const char* first, const char* second) {
 
 int lstrcmpiA(const char* first, const char* second) {
   if (first == nullptr || second == nullptr) return (first != nullptr) - (second != nullptr);
-  for (;; ++first, ++second) {
-    const int difference =
-        lowered(static_cast<unsigned char>(*first)) - lowered(static_cast<unsigned char>(*second));
-    if (difference != 0 || *first == '\0') return difference;
+  std::string_view a(first);
+  std::string_view b(second);
+  while (!a.empty() && !b.empty()) {
+    const char32_t x = platform::native::foldCase(platform::takeUtf8(a));
+    const char32_t y = platform::native::foldCase(platform::takeUtf8(b));
+    if (x != y) return x < y ? -1 : 1;
   }
+  return static_cast<int>(!a.empty()) - static_cast<int>(!b.empty());
 }
 
 // UTF-8 has no double-byte characters in this sense.

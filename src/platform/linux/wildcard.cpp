@@ -1,101 +1,99 @@
+// A name is matched by following all positions of the pattern at once. Trying one position after
+// the other and going back to the last `*` is not enough here: in `*a*.?` the second `*` must not
+// match the last dot, but the first one may.
+
 #include "platform/linux/wildcard.h"
 
+#include <algorithm>
+
+#include "platform/linux/case_folding.h"
 #include "platform/utf8.h"
 
 namespace platform::native {
 namespace {
 
-// What stands for itself can have any value but these.
-constexpr char32_t kAny = 0xFFFFFF00;           // `*`
-constexpr char32_t kOneOrNone = 0xFFFFFF01;     // `?`
-constexpr char32_t kAnyToLastDot = 0xFFFFFF03;  // `*` in front of such a dot
-constexpr char32_t kDotOrEnd = 0xFFFFFF02;      // `.` in front of a wildcard
+// Elements of a pattern other than characters, which are less than these.
+constexpr char32_t kAny = 0xFFFFFF00;            // `*`
+constexpr char32_t kAnyButLastDot = 0xFFFFFF01;  // `*` before a kDotOrEnd
+constexpr char32_t kOneOrNone = 0xFFFFFF02;      // `?`
+constexpr char32_t kDotOrEnd = 0xFFFFFF03;       // `.` before a wildcard
 
-char32_t lower(char32_t c) {
-  if (c < 0x80) return c >= 'A' && c <= 'Z' ? c + 0x20 : c;
-  if (c >= 0xC0 && c <= 0xDE && c != 0xD7) return c + 0x20;
-  if (c >= 0x100 && c <= 0x137 && c != 0x130) return c | 1;
-  if ((c >= 0x139 && c <= 0x148) || (c >= 0x179 && c <= 0x17E)) return c + (c & 1);
-  if (c >= 0x14A && c <= 0x177) return c | 1;
-  if (c == 0x178) return 0xFF;
-  if (c >= 0x391 && c <= 0x3A9 && c != 0x3A2) return c + 0x20;
-  if (c >= 0x400 && c <= 0x40F) return c + 0x50;
-  if (c >= 0x410 && c <= 0x42F) return c + 0x20;
-  return c;
-}
-
-// Takes the character at a position, and moves it behind that.
-char32_t take(std::string_view text, std::size_t& at) {
-  std::string_view rest = text.substr(at);
-  const char32_t character = takeUtf8(rest);
-  at = text.size() - rest.size();
-  return character;
+std::string_view withoutTrailing(std::string_view pattern) {
+  return pattern.substr(0, pattern.find_last_not_of(". ") + 1);
 }
 
 }  // namespace
 
 Wildcard::Wildcard(std::string_view pattern) {
-  if (pattern == "*.*") pattern = "*";
-  if (pattern.size() > 1 && pattern.ends_with("*.")) {
-    withoutDot_ = true;
-    pattern.remove_suffix(1);
+  bool endsInDot = pattern.ends_with('.');
+  pattern = withoutTrailing(pattern);
+  if (pattern == "*.*") {
+    pattern = "*";
+    endsInDot = false;
   }
-  for (std::size_t at = 0; at < pattern.size();) {
-    const char32_t c = take(pattern, at);
-    const bool beforeWildcard = at < pattern.size() && (pattern[at] == '*' || pattern[at] == '?');
-    if (c == '*') {
-      if (pattern_.empty() || pattern_.back() != kAny) pattern_ += kAny;
-    } else if (c == '?') {
-      pattern_ += kOneOrNone;
-    } else if (c == '.' && beforeWildcard) {
-      if (!pattern_.empty() && pattern_.back() == kAny) pattern_.back() = kAnyToLastDot;
+  int stars = 0;  // directly before the current character
+  while (!pattern.empty()) {
+    const char32_t c = takeUtf8(pattern);
+    const bool beforeWildcard = pattern.starts_with('*') || pattern.starts_with('?');
+    if (c == U'*') {
+      // Two of them match what one matches.
+      if (++stars == 1) pattern_ += kAny;
+      continue;
+    }
+    if (c == U'.' && beforeWildcard) {
+      if (stars == 1) pattern_.back() = kAnyButLastDot;
       pattern_ += kDotOrEnd;
     } else {
-      pattern_ += lower(c);
+      pattern_ += c == U'?' ? kOneOrNone : foldCase(c);
     }
+    stars = 0;
+  }
+  if (endsInDot && stars == 1) pattern_.back() = kAnyButLastDot;
+  reached_.resize(pattern_.size() + 1);
+  next_.resize(pattern_.size() + 1);
+}
+
+void Wildcard::skip(Positions& positions, bool atDot, bool atEnd) const {
+  for (std::size_t at = 0; at < pattern_.size(); ++at) {
+    const char32_t element = pattern_[at];
+    const bool matchesNothing = element == kAny || element == kAnyButLastDot ||
+                                (element == kOneOrNone && (atDot || atEnd)) ||
+                                (element == kDotOrEnd && atEnd);
+    if (positions[at] != 0 && matchesNothing) positions[at + 1] = 1;
   }
 }
 
-bool Wildcard::matches(std::string_view name) const {
-  if (withoutDot_ && name.find('.') != std::string_view::npos) return false;
-  std::size_t p = 0;
-  std::size_t n = 0;
-  // Where to go on when what follows the last `*` does not fit.
-  std::size_t afterAny = std::u32string::npos;
-  std::size_t anyEnd = 0;
-  std::size_t anyLimit = 0;
-  for (;;) {
-    const bool atEnd = n == name.size();
-    if (p == pattern_.size()) {
-      if (atEnd) return true;
-    } else if (pattern_[p] == kAny && p + 1 == pattern_.size()) {
-      return true;
-    } else if (pattern_[p] == kAny || pattern_[p] == kAnyToLastDot) {
-      const std::size_t lastDot = pattern_[p] == kAny ? name.npos : name.rfind('.');
-      anyLimit = lastDot == name.npos || lastDot < n ? name.size() : lastDot;
-      afterAny = ++p;
-      anyEnd = n;
-      continue;
-    } else if ((pattern_[p] == kOneOrNone && (atEnd || name[n] == '.')) ||
-               (pattern_[p] == kDotOrEnd && atEnd)) {
-      ++p;
-      continue;
-    } else if (!atEnd) {
-      std::size_t next = n;
-      const char32_t c = lower(take(name, next));
-      const char32_t wanted = pattern_[p] == kDotOrEnd ? U'.' : pattern_[p];
-      if (wanted == kOneOrNone || wanted == c) {
-        ++p;
-        n = next;
-        continue;
-      }
-    }
-    // The `*` takes one character more.
-    if (afterAny == std::u32string::npos || anyEnd == anyLimit) return false;
-    take(name, anyEnd);
-    n = anyEnd;
-    p = afterAny;
+bool Wildcard::take(char32_t character, bool isLastDot) {
+  const bool isDot = character == U'.';
+  std::fill(next_.begin(), next_.end(), 0);
+  bool any = false;
+  for (std::size_t at = 0; at < pattern_.size(); ++at) {
+    if (reached_[at] == 0) continue;
+    const char32_t element = pattern_[at];
+    const bool stays = element == kAny || (element == kAnyButLastDot && !isLastDot);
+    const bool advances = element == character || (element == kOneOrNone && !isDot) ||
+                          (element == kDotOrEnd && isDot);
+    if (stays) next_[at] = 1;
+    if (advances) next_[at + 1] = 1;
+    any = any || stays || advances;
   }
+  reached_.swap(next_);
+  return any;
+}
+
+bool Wildcard::matches(std::string_view name) {
+  if (pattern_.size() == 1 && pattern_.front() == kAny) return true;
+  const std::size_t lastDot = name.rfind('.');
+  std::fill(reached_.begin(), reached_.end(), 0);
+  reached_.front() = 1;
+  for (std::string_view rest = name; !rest.empty();) {
+    const std::size_t at = name.size() - rest.size();
+    const char32_t character = foldCase(takeUtf8(rest));
+    skip(reached_, character == U'.', false);
+    if (!take(character, at == lastDot)) return false;
+  }
+  skip(reached_, false, true);
+  return reached_.back() != 0;
 }
 
 }  // namespace platform::native

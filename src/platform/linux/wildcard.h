@@ -1,24 +1,37 @@
 #pragma once
-// Wildcards as the platform's file search understands them.
+// Wildcards as Windows' file search understands them.
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace platform::native {
 
-// A pattern of `*` (any text) and `?` (one character, or none at a dot or the
-// end). `*.*` matches every name and `*.` those without a dot; a dot in front of
-// a wildcard also stands for the missing extension. Letter case is ignored, in
-// ASCII and the Latin, Greek and Cyrillic letters.
+// A pattern of `*` (any text) and `?` (one character, or none before a dot and at the end of the
+// name). Letter case is ignored. The rules date from names of eight and three characters:
+//
+//   `*.*`           matches every name
+//   `*.`            matches the names without a dot
+//   `.` before a    also matches the end of the name, so that `a.*` matches `a`; a `*` before such
+//   a wildcard        dot does not match past the last dot of the name
+//   `*.txt. `       trailing dots and spaces are dropped
 class Wildcard {
  public:
   explicit Wildcard(std::string_view pattern);
-  // The time is bounded by the product of both lengths.
-  bool matches(std::string_view name) const;
+  // Takes time in proportion to the product of both lengths. `name` is UTF-8.
+  bool matches(std::string_view name);
 
  private:
+  using Positions = std::vector<char>;  // in pattern_, each reached or not
+
+  // Adds the positions that are reached without taking a character of the name.
+  void skip(Positions& positions, bool atDot, bool atEnd) const;
+  // Takes a character; returns false if no position is left.
+  bool take(char32_t character, bool isLastDot);
+
   std::u32string pattern_;
-  bool withoutDot_ = false;
+  Positions reached_;
+  Positions next_;
 };
 
 inline bool hasWildcards(std::string_view pattern) {

@@ -224,8 +224,8 @@ HANDLE FindFirstFileExA(const char* pattern, FINDEX_INFO_LEVELS level, void* dat
 BOOL FindNextFileA(HANDLE search, WIN32_FIND_DATAA* data);
 BOOL FindClose(HANDLE search);
 
-// Text and code pages. lstrcmpA and lstrcmpiA compare bytes, the latter with
-// ASCII letters folded, so that the result does not hang on a locale.
+// Text and code pages. lstrcmpA compares bytes, lstrcmpiA characters without regard to letter case
+// (foldCase), so that no result depends on a locale.
 char* lstrcpynA(char* target, const char* source, int size);
 int lstrlenA(const char* text);
 int lstrcmpA(const char* first, const char* second);

@@ -34,6 +34,19 @@ TEST(Wildcard, Matches) {
       {"?", "語", true},
       {"?", "\xFF", true},
       {"*\xFF", "a\xFE", false},
+      {"*.txt.", "a.txt", true},
+      {"*.txt ", "a.txt", true},
+      {"*.txt . ", "a.txt", true},
+      {"?.", "a", true},
+      {"?.", "ab", false},
+      {"*.*.", "noext", true},
+      {"a*.", "ab", true},
+      {"a*.", "a.b", false},
+      {"*.?", "a.bc", false},
+      {"**.?", "a.bc", true},
+      {"*a*.?", "a.ba", true},
+      {"ΆΝΩ*", "άνω", true},
+      {"Ặ?", "ặb", true},
   };
   for (const auto& c : cases) {
     EXPECT_EQ(platform::native::Wildcard(c.pattern).matches(c.name), c.matches)
@@ -43,6 +56,22 @@ TEST(Wildcard, Matches) {
   std::string pattern;
   for (int i = 0; i < 50; ++i) pattern += "a*";
   EXPECT_FALSE(platform::native::Wildcard(pattern + "b").matches(std::string(255, 'a')));
+}
+
+TEST(Text, ComparisonIgnoresCase) {
+  struct {
+    const char *first, *second;
+    int order;
+  } const cases[] = {
+      {"", "", 0},           {"ABC", "abc", 0},   {"Straße", "sTRAßE", 0}, {".ÄÖ", ".äö", 0},
+      {"ЯБЛ", "ябл", 0},     {"a", "B", -1},      {"b", "A", 1},           {"a", "ab", -1},
+      {"ab", "A", 1},        {"\xFF", "\xFE", 1}, {"ä", "\xC3", 1 - 2},    {nullptr, "", -1},
+      {nullptr, nullptr, 0},
+  };
+  for (const auto& c : cases) {
+    const int order = lstrcmpiA(c.first, c.second);
+    EXPECT_EQ((order > 0) - (order < 0), c.order) << c.first << ' ' << c.second;
+  }
 }
 
 TEST(CodePages, EveryTextComesBack) {
