@@ -31,9 +31,28 @@ TEST(Times, AutomationDates) {
     ASSERT_TRUE(VariantTimeToSystemTime(date, &back));
     EXPECT_EQ(memcmp(&back, &c.time, sizeof(back)), 0) << c.date;
   }
-  SYSTEMTIME time{2021, 2, 0, 29, 0, 0, 0, 0};
-  double date;
-  EXPECT_EQ(SystemTimeToVariantTime(&time, &date) != FALSE, !support::kPlatform.strictDates);
+  // Days and years that are repaired, each with the date that they mean.
+  struct {
+    SYSTEMTIME time;
+    double date;
+  } const repaired[] = {
+      {{2021, 2, 0, 29, 0, 0, 0, 0}, 44256.0},  // 2021-03-01
+      {{2021, 3, 0, 0, 0, 0, 0, 0}, 44255.0},   // 2021-02-28
+      {{29, 1, 0, 1, 0, 0, 0, 0}, 47119.0},     // 2029-01-01
+      {{30, 1, 0, 1, 0, 0, 0, 0}, 10959.0},     // 1930-01-01
+  };
+  double date = 0;
+  for (const auto& c : repaired) {
+    SYSTEMTIME time = c.time;
+    ASSERT_TRUE(SystemTimeToVariantTime(&time, &date)) << c.date;
+    EXPECT_EQ(date, c.date);
+  }
+  for (SYSTEMTIME bad :
+       {SYSTEMTIME{2021, 13, 0, 1, 0, 0, 0, 0}, SYSTEMTIME{2021, 1, 0, 32, 0, 0, 0, 0},
+        SYSTEMTIME{10000, 1, 0, 1, 0, 0, 0, 0}}) {
+    EXPECT_FALSE(SystemTimeToVariantTime(&bad, &date)) << bad.wYear;
+  }
+  SYSTEMTIME time{};
   EXPECT_EQ(VariantTimeToSystemTime(static_cast<double>(NAN), &time) != FALSE,
             !support::kPlatform.strictDates);
   for (const double bad : {3e6, -7e5, static_cast<double>(INFINITY)}) {

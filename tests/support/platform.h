@@ -20,12 +20,10 @@ struct Platform {
   bool positionedReadFailsAtEnd;
   // A copy of a read-only file makes an existing target read-only.
   bool copyCarriesReadOnly;
-  // Automation dates are made of existing days and numbers only.
+  // What is not a number is refused as an automation date.
   bool strictDates;
   // The pattern `*.` finds the names without a dot alone.
   bool starDotIsExact;
-  // A block of a version resource is no value.
-  bool blockIsNoValue;
   // A program that is found along the search path.
   const char* program;
 };

@@ -46,15 +46,6 @@ DWORD attributesOf(const char* name, mode_t mode, bool isLink) {
   return attributes;
 }
 
-FILETIME fileTimeOf(const statx_timestamp& time) {
-  // Seconds between 1601, where file times begin, and 1970.
-  constexpr std::int64_t kEpoch = 11644473600;
-  constexpr std::int64_t kTicks = 10000000;
-  const std::int64_t seconds = time.tv_sec + kEpoch;
-  const std::int64_t ticks = seconds < 0 ? 0 : seconds * kTicks + time.tv_nsec / 100;
-  return {static_cast<DWORD>(ticks), static_cast<DWORD>(ticks >> 32)};
-}
-
 }  // namespace platform::native
 
 using namespace platform::native;

@@ -3,6 +3,7 @@
 
 #include <sys/stat.h>
 
+#include "platform/linux/file_time.h"
 #include "platform/linux/win32_linux.h"
 
 namespace platform::native {
@@ -20,7 +21,9 @@ inline bool isSameFile(const struct stat& a, const struct stat& b) {
 // `isLink`, `mode` is that of the file which a link of that name leads to.
 DWORD attributesOf(const char* name, mode_t mode, bool isLink);
 
-FILETIME fileTimeOf(const statx_timestamp& time);
+inline FILETIME fileTimeOf(const statx_timestamp& time) {
+  return fileTimeOf(time.tv_sec, time.tv_nsec);
+}
 
 // Sets the fields that WIN32_FILE_ATTRIBUTE_DATA and WIN32_FIND_DATAA have in
 // common.

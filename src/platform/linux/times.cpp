@@ -1,11 +1,15 @@
 // Clocks and the kinds of time: file times (100 ns since 1601), their parts, and
 // automation dates (days since 1899-12-30).
 
+#include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <cstdint>
 #include <ctime>
+#include <limits>
+#include <optional>
 
+#include "platform/linux/file_time.h"
 #include "platform/linux/last_error.h"
 #include "platform/linux/win32_linux.h"
 
@@ -15,7 +19,6 @@ namespace {
 using std::chrono::days;
 using std::chrono::sys_days;
 
-constexpr std::int64_t kTicksPerSecond = 10000000;
 constexpr std::int64_t kTicksPerMillisecond = 10000;
 constexpr std::int64_t kSecondsPerDay = 86400;
 constexpr sys_days kFileTimeStart = std::chrono::year{1601} / 1 / 1;
@@ -23,21 +26,12 @@ constexpr sys_days kDateStart = std::chrono::year{1899} / 12 / 30;
 
 // Dates of the years 100 to 9999.
 constexpr double kFirstDate = -657434.0;
-constexpr double kBehindLastDate = 2958466.0;
+constexpr double kAfterLastDate = 2958466.0;
 
-std::int64_t ticksOf(const FILETIME& time) {
-  return static_cast<std::int64_t>(std::uint64_t{time.dwHighDateTime} << 32 | time.dwLowDateTime);
-}
-
-FILETIME fileTimeOf(std::int64_t ticks) {
-  return {static_cast<DWORD>(ticks), static_cast<DWORD>(ticks >> 32)};
-}
-
-std::int64_t ticksNow() {
+FILETIME timeNow() {
   timespec now{};
   clock_gettime(CLOCK_REALTIME, &now);
-  const std::int64_t offset = (sys_days{} - kFileTimeStart).count() * kSecondsPerDay;
-  return (now.tv_sec + offset) * kTicksPerSecond + now.tv_nsec / 100;
+  return fileTimeOf(now.tv_sec, now.tv_nsec);
 }
 
 // Seconds that the local time is ahead of UTC now.
@@ -62,26 +56,57 @@ void setSeconds(SYSTEMTIME& parts, std::int64_t secondsOfDay) {
   parts.wSecond = static_cast<WORD>(secondsOfDay % 60);
 }
 
+// Returns the day that a SYSTEMTIME names, or nothing if it names none. As published for
+// SystemTimeToVariantTime, a day that its month does not have counts on into the next month, day 0
+// is the last day of the previous month, and years of two digits are those from 1930 to 2029.
+std::optional<sys_days> dayOf(const SYSTEMTIME& parts) {
+  constexpr WORD kLastYear = 9999;
+  constexpr int kCenturySplit = 30;
+  if (parts.wYear > kLastYear || parts.wMonth < 1 || parts.wMonth > 12 || parts.wDay > 31) {
+    return std::nullopt;
+  }
+  int year = parts.wYear;
+  if (year < 100) year += year < kCenturySplit ? 2000 : 1900;
+  const std::chrono::year_month month = std::chrono::year{year} / std::chrono::month{parts.wMonth};
+  return sys_days(month / 1) + days(int{parts.wDay} - 1);
+}
+
 }  // namespace
+
+FILETIME fileTimeOf(std::int64_t seconds, std::int64_t nanoseconds) {
+  const std::int64_t offset = (sys_days{} - kFileTimeStart).count() * kSecondsPerDay;
+  std::int64_t ticks = 0;
+  if (__builtin_add_overflow(seconds, offset, &ticks) ||
+      __builtin_mul_overflow(ticks, kTicksPerSecond, &ticks) ||
+      __builtin_add_overflow(ticks, nanoseconds / 100, &ticks)) {
+    ticks = seconds < 0 ? 0 : std::numeric_limits<std::int64_t>::max();
+  }
+  return fileTimeOf(std::max<std::int64_t>(ticks, 0));
+}
+
 }  // namespace platform::native
 
 using namespace platform::native;
 
 void GetSystemTime(SYSTEMTIME* time) {
-  const FILETIME now = platform::native::fileTimeOf(ticksNow());
+  const FILETIME now = timeNow();
   FileTimeToSystemTime(&now, time);
 }
 
 void GetLocalTime(SYSTEMTIME* time) {
-  const FILETIME now = platform::native::fileTimeOf(ticksNow() + localOffset() * kTicksPerSecond);
-  FileTimeToSystemTime(&now, time);
+  const FILETIME now = timeNow();
+  FILETIME local{};
+  FileTimeToLocalFileTime(&now, &local);
+  FileTimeToSystemTime(&local, time);
 }
 
-// By the offset of the present moment, whatever the season of the time is.
+// Uses the offset of the current time, whatever the season of the converted one.
 BOOL FileTimeToLocalFileTime(const FILETIME* utc, FILETIME* local) {
-  const std::int64_t ticks = ticksOf(*utc);
-  if (ticks < 0) return fail(ERROR_INVALID_PARAMETER);
-  *local = platform::native::fileTimeOf(ticks + localOffset() * kTicksPerSecond);
+  std::int64_t ticks = ticksOf(*utc);
+  if (ticks < 0 || __builtin_add_overflow(ticks, localOffset() * kTicksPerSecond, &ticks)) {
+    return fail(ERROR_INVALID_PARAMETER);
+  }
+  *local = platform::native::fileTimeOf(ticks);
   return TRUE;
 }
 
@@ -95,27 +120,21 @@ BOOL FileTimeToSystemTime(const FILETIME* time, SYSTEMTIME* parts) {
   return TRUE;
 }
 
-// Milliseconds are left out.
+// Ignores milliseconds.
 int SystemTimeToVariantTime(SYSTEMTIME* parts, double* date) {
-  const std::chrono::year_month_day day{std::chrono::year{parts->wYear},
-                                        std::chrono::month{parts->wMonth},
-                                        std::chrono::day{parts->wDay}};
-  constexpr WORD kFirstYear = 100;
-  constexpr WORD kLastYear = 9999;
-  if (!day.ok() || parts->wYear < kFirstYear || parts->wYear > kLastYear || parts->wHour > 23 ||
-      parts->wMinute > 59 || parts->wSecond > 59) {
-    return FALSE;
-  }
-  const double whole = static_cast<double>((sys_days(day) - kDateStart).count());
+  const std::optional<sys_days> day = dayOf(*parts);
+  if (!day || parts->wHour > 23 || parts->wMinute > 59 || parts->wSecond > 59) return FALSE;
+  const double whole = static_cast<double>((*day - kDateStart).count());
+  if (whole < kFirstDate) return FALSE;
   const int seconds = parts->wHour * 3600 + parts->wMinute * 60 + parts->wSecond;
   const double fraction = seconds / static_cast<double>(kSecondsPerDay);
-  // The fraction is the time of day in front of the start, too.
+  // Before the start, too, the fraction is the time of day.
   *date = whole < 0 ? whole - fraction : whole + fraction;
   return TRUE;
 }
 
 int VariantTimeToSystemTime(double date, SYSTEMTIME* parts) {
-  if (!(date > kFirstDate - 1 && date < kBehindLastDate)) return FALSE;
+  if (!(date > kFirstDate - 1 && date < kAfterLastDate)) return FALSE;
   const double whole = std::trunc(date);
   auto day = kDateStart + days(static_cast<int>(whole));
   auto seconds = static_cast<std::int64_t>(std::llround(std::abs(date - whole) * kSecondsPerDay));

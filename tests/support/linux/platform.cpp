@@ -14,7 +14,6 @@ const Platform kPlatform{.exactCase = true,
                          .copyCarriesReadOnly = true,
                          .strictDates = true,
                          .starDotIsExact = true,
-                         .blockIsNoValue = true,
                          .program = "sh"};
 
 std::string makeTemporaryFolder() {

@@ -13,7 +13,6 @@ const Platform kPlatform{.exactCase = false,
                          .copyCarriesReadOnly = false,
                          .strictDates = false,
                          .starDotIsExact = false,
-                         .blockIsNoValue = false,
                          .program = "cmd.exe"};
 
 std::string makeTemporaryFolder() {
