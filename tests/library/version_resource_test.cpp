@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "platform/win32.h"
 #include "support/temporary_folder.h"
 
 namespace {
@@ -19,9 +20,9 @@ TEST(VersionResource, Texts) {
   struct {
     const char *name, *version;
   } const cases[] = {
-      {"plain", "2.5.1"},      {"special3", "2.5.1C"},   {"special26", "2.5.1Z"},
-      {"special27", "2.5.1"},  {"special12x", "2.5.1L"}, {"negative", "2.5.1"},
-      {"languages", "größer"},
+      {"plain", "2.5.1"},      {"plain32", "2.5.1"},    {"special3", "2.5.1C"},
+      {"special26", "2.5.1Z"}, {"special27", "2.5.1"},  {"special12x", "2.5.1L"},
+      {"negative", "2.5.1"},   {"languages", "größer"},
   };
   for (const auto& c : cases) {
     CString version("before");
@@ -40,12 +41,40 @@ TEST(VersionResource, WhatIsMissingChangesNothing) {
   EXPECT_EQ(FormatVersion(folder.name().c_str(), value), 0);
   // Only the first block of the translation list is read.
   EXPECT_EQ(VerGetFileInfoString(data("languages").c_str(), "OnlyThere", value), 0);
-  if (support::kPlatform.blockIsNoValue) {
-    EXPECT_EQ(VerGetFileInfoString(data("plain").c_str(), "", value), 0);
-  }
   EXPECT_STREQ(value, "before");
   EXPECT_EQ(VerGetFileInfoString(data("plain").c_str(), "productVERSION", value), 1);
   EXPECT_STREQ(value, "2.5.1");
+}
+
+// Every change of a byte: the values that are still found lie inside the block.
+TEST(VersionResource, Queries) {
+  const std::string path = data("special3");
+  const DWORD size = GetFileVersionInfoSizeA(path.c_str(), nullptr);
+  ASSERT_GT(size, 0U);
+  std::string block(size, '\0');
+  ASSERT_TRUE(GetFileVersionInfoA(path.c_str(), 0, size, block.data()));
+  const std::string texts = "\\StringFileInfo\\040904B0";
+  void* value = nullptr;
+  UINT length = 0;
+  struct {
+    std::string path;
+    bool found;
+    UINT length;
+  } const cases[] = {
+      {"\\", true, 52},
+      {"", true, 52},
+      {texts, true, 0},
+      {texts + "\\", true, 0},
+      {texts + "\\\\ProductVersion", true, 6},
+      {texts + "\\productversion\\", true, 6},
+      {texts + "\\none", false, 0},
+  };
+  for (const auto& c : cases) {
+    length = 99;
+    EXPECT_EQ(VerQueryValueA(block.data(), c.path.c_str(), &value, &length) != FALSE, c.found)
+        << c.path;
+    EXPECT_EQ(length, c.length) << c.path;
+  }
 }
 
 // Libraries of another project, where it is installed: the text that stands

@@ -8,7 +8,7 @@
 namespace platform::native {
 namespace {
 
-// More than any version resource can tell its length to be.
+// The length fields of a version resource have 16 bits.
 constexpr std::uint32_t kLargestResource = 1 << 20;
 
 constexpr std::uint32_t kSubdirectory = 0x80000000;
@@ -19,8 +19,8 @@ struct Section {
   std::uint32_t position;  // in the file
 };
 
-// Little-endian numbers at positions of a file. A position that is not there
-// gives nothing.
+// Reads little-endian numbers at positions of a file, through a buffer of one page, so that tables
+// are not read number by number. A position outside the file has no number.
 class Numbers {
  public:
   explicit Numbers(const char* path)
@@ -30,26 +30,45 @@ class Numbers {
   bool isOpen() const { return static_cast<bool>(file_); }
 
   bool bytes(std::uint64_t position, unsigned char* out, std::uint32_t size) const {
-    OVERLAPPED at{};
-    at.Offset = static_cast<DWORD>(position);
-    at.OffsetHigh = static_cast<DWORD>(position >> 32);
-    DWORD count = 0;
-    return ReadFile(file_.get(), out, size, &count, &at) && count == size;
+    return readAt(position, out, size) == size;
   }
-  std::optional<std::uint16_t> word(std::uint64_t position) const {
-    unsigned char b[2];
-    if (!bytes(position, b, sizeof(b))) return std::nullopt;
+  std::optional<std::uint16_t> word(std::uint64_t position) {
+    const unsigned char* const b = find(position, 2);
+    if (b == nullptr) return std::nullopt;
     return static_cast<std::uint16_t>(b[0] | b[1] << 8);
   }
-  std::optional<std::uint32_t> dword(std::uint64_t position) const {
-    unsigned char b[4];
-    if (!bytes(position, b, sizeof(b))) return std::nullopt;
+  std::optional<std::uint32_t> dword(std::uint64_t position) {
+    const unsigned char* const b = find(position, 4);
+    if (b == nullptr) return std::nullopt;
     return static_cast<std::uint32_t>(b[0]) | static_cast<std::uint32_t>(b[1]) << 8 |
            static_cast<std::uint32_t>(b[2]) << 16 | static_cast<std::uint32_t>(b[3]) << 24;
   }
 
  private:
+  static constexpr std::uint32_t kPageSize = 16 << 10;
+
+  // Returns the number of bytes read, 0 on failure.
+  std::uint32_t readAt(std::uint64_t position, unsigned char* out, std::uint32_t size) const {
+    OVERLAPPED at{};
+    at.Offset = static_cast<DWORD>(position);
+    at.OffsetHigh = static_cast<DWORD>(position >> 32);
+    DWORD count = 0;
+    return ReadFile(file_.get(), out, size, &count, &at) ? count : 0;
+  }
+
+  // Returns the bytes at a position, valid until the next call; null if there are not as many.
+  const unsigned char* find(std::uint64_t position, std::uint32_t size) {
+    if (position < start_ || position - start_ + size > page_.size()) {
+      page_.resize(kPageSize);
+      start_ = position;
+      page_.resize(readAt(position, page_.data(), kPageSize));
+    }
+    return size <= page_.size() ? &page_[position - start_] : nullptr;
+  }
+
   platform::FileHandle file_;
+  std::uint64_t start_ = 0;  // position of the page in the file
+  std::vector<unsigned char> page_;
 };
 
 class Image {
@@ -81,7 +100,7 @@ class Image {
     return readSections(optional + *optionalSize, *sectionCount) && locate(*resources, root_);
   }
 
-  ResourceResult find(std::uint16_t type, std::vector<unsigned char>& data) const {
+  ResourceResult find(std::uint16_t type, std::vector<unsigned char>& data) {
     std::uint32_t offset = 0;
     if (!entry(0, type, offset)) return ResourceResult::NoSuchType;
     // Below the type come the names, and below a name its languages.
@@ -126,8 +145,7 @@ class Image {
   }
 
   // The entry of an id in a resource directory, or its first one.
-  bool entry(std::uint32_t directory, std::optional<std::uint16_t> id,
-             std::uint32_t& offset) const {
+  bool entry(std::uint32_t directory, std::optional<std::uint16_t> id, std::uint32_t& offset) {
     constexpr std::uint32_t kHeaderSize = 16;
     constexpr std::uint32_t kEntrySize = 8;
     const std::uint64_t start = root_ + directory;

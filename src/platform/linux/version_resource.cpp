@@ -1,6 +1,5 @@
-// Version resources: reading one, and finding values in it. A block of version
-// data holds the resource as it stands in the file, in UTF-16, and room for each
-// of its texts in the process code page.
+// Version resources: reading one, and finding values in it. A block of version data holds the
+// resource unchanged, in UTF-16, followed by space for each of its texts in the process code page.
 
 #include <algorithm>
 #include <cstdint>
@@ -10,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/linux/case_folding.h"
 #include "platform/linux/executable_file.h"
 #include "platform/linux/last_error.h"
 #include "platform/linux/win32_linux.h"
@@ -25,9 +25,10 @@ struct BlockHeader {
   std::uint32_t resourceSize;
 };
 
-// A unit of UTF-16 makes at most three bytes, so a text at an offset of the
-// resource has room at one and a half times that offset.
-std::size_t textOffset(std::size_t offset) { return offset / 2 * 3; }
+// A unit of UTF-16 takes two bytes and becomes at most three, so the text at an offset of the
+// resource has its space at one and a half times that offset.
+constexpr int kBytesPerUnit = 3;
+std::size_t textOffset(std::size_t offset) { return offset / 2 * kBytesPerUnit; }
 
 std::size_t blockSize(std::size_t resourceSize) {
   return sizeof(BlockHeader) + resourceSize + textOffset(resourceSize) + 4;
@@ -81,14 +82,13 @@ class Resource {
     return std::nullopt;
   }
 
+  // Finds the node at a path of keys. Empty keys are skipped, so that the path `\\` names the root.
   std::optional<Node> find(std::u16string_view path) const {
     std::optional<Node> node = nodeAt(0, size_);
-    if (path == u"\\") return node;
     while (node && !path.empty()) {
-      path.remove_prefix(path.front() == u'\\' ? 1 : 0);
       const std::size_t end = std::min(path.find(u'\\'), path.size());
-      node = childOf(*node, path.substr(0, end));
-      path.remove_prefix(end);
+      if (end > 0) node = childOf(*node, path.substr(0, end));
+      path.remove_prefix(std::min(end + 1, path.size()));
     }
     return node;
   }
@@ -103,12 +103,9 @@ class Resource {
   }
 
  private:
-  static char16_t lower(char16_t c) {
-    return c >= u'A' && c <= u'Z' ? static_cast<char16_t>(c + 0x20) : c;
-  }
   static bool sameKey(std::u16string_view a, std::u16string_view b) {
     return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                      [](char16_t x, char16_t y) { return lower(x) == lower(y); });
+                      [](char16_t x, char16_t y) { return foldCase(x) == foldCase(y); });
   }
   std::uint16_t word(std::size_t at) const {
     return static_cast<std::uint16_t>(bytes_[at] | bytes_[at + 1] << 8);
@@ -162,9 +159,10 @@ BOOL GetFileVersionInfoA(const char* path, DWORD, DWORD size, void* data) {
   return TRUE;
 }
 
-// A text is converted into its room in the block, which is why the block must be
-// writable in spite of its type.
+// Converts a text into the space for it in the block, which must therefore be writable in spite of
+// its type.
 BOOL VerQueryValueA(const void* data, const char* subBlock, void** value, UINT* length) {
+  *length = 0;
   BlockHeader header;
   std::memcpy(&header, data, sizeof(header));
   if (header.magic != kMagic) return fail(ERROR_INVALID_PARAMETER);
@@ -173,17 +171,20 @@ BOOL VerQueryValueA(const void* data, const char* subBlock, void** value, UINT* 
   const Resource resource(start, header.resourceSize);
   const std::optional<Node> node = resource.find(wide(subBlock));
   if (!node) return fail(ERROR_RESOURCE_TYPE_NOT_FOUND);
+  const std::size_t size = node->valueEnd - node->value;
   if (!node->isText) {
     *value = start + node->value;
-    *length = static_cast<UINT>(node->valueEnd - node->value);
+    *length = static_cast<UINT>(size);
     return TRUE;
   }
   const std::u16string text = resource.textOf(*node) + u'\0';
-  char* const room = reinterpret_cast<char*>(start) + header.resourceSize + textOffset(node->value);
-  const int size = static_cast<int>(text.size());
-  const int written =
-      WideCharToMultiByte(CP_ACP, 0, text.data(), size, room, size * 3, nullptr, nullptr);
-  *value = room;
-  *length = static_cast<UINT>(written);
-  return written != 0 ? TRUE : FALSE;
+  char* const converted =
+      reinterpret_cast<char*>(start) + header.resourceSize + textOffset(node->value);
+  const int units = static_cast<int>(text.size());
+  const int written = WideCharToMultiByte(CP_ACP, 0, text.data(), units, converted,
+                                          units * kBytesPerUnit, nullptr, nullptr);
+  *value = converted;
+  // A block of values has no value of its own, and so no terminator.
+  if (size > 0) *length = static_cast<UINT>(written);
+  return TRUE;
 }
