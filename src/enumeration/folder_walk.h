@@ -51,7 +51,7 @@ class FolderWalk {
       path_.resize(size);
       path_ += entry.cFileName;
       const bool isLink = (entry.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
-      if (isLink && leadsBack()) continue;
+      if (isLink && isCycle()) continue;
       if (!visit(entry) || !recursive_) continue;
       path_ += '\\';
       walk(operation, visit, file);
@@ -76,7 +76,7 @@ class FolderWalk {
   }
 
   // Whether the folder is one that the walk is in.
-  bool leadsBack() const;
+  bool isCycle() const;
 
   std::string path_;
   const std::size_t startSize_;

@@ -44,16 +44,6 @@ void clearReadOnly(const char* path) {
   SetFileAttributesA(path, attributes & ~FILE_ATTRIBUTE_READONLY);
 }
 
-bool makeFolder(const char* path) {
-  if (Detail::isDirectory(path)) return true;
-  if (CreateDirectoryA(path, nullptr)) {
-    clearReadOnly(path);
-    return true;
-  }
-  // Somebody else may have been faster.
-  return GetLastError() == ERROR_ALREADY_EXISTS;
-}
-
 // A new file of a free name in a folder, gone with its object.
 class ProbeFile {
  public:
@@ -73,6 +63,16 @@ class ProbeFile {
 };
 
 }  // namespace
+
+bool Detail::makeFolder(const char* path) {
+  if (isDirectory(path)) return true;
+  if (CreateDirectoryA(path, nullptr)) {
+    clearReadOnly(path);
+    return true;
+  }
+  // Another process may have created it in the meantime.
+  return GetLastError() == ERROR_ALREADY_EXISTS;
+}
 
 bool Detail::makeFolders(const char* path) {
   if (path == nullptr) return true;

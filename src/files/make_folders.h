@@ -9,4 +9,7 @@ namespace FileSystem::Detail {
 // that has the name of a piece is noticed only at the next piece.
 bool makeFolders(const char* path);
 
+// Creates one directory that can be written to, unless it exists. Returns false on failure.
+bool makeFolder(const char* path);
+
 }  // namespace FileSystem::Detail

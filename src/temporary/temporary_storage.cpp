@@ -5,6 +5,7 @@
 
 #include <cstdio>
 
+#include "files/make_folders.h"
 #include "files/tree_deletion.h"
 #include "path/with_backslash.h"
 #include "platform/win32.h"
@@ -38,7 +39,9 @@ bool TemporaryStorage::create(const std::string& base, bool removeBase) {
   m_removeBase = removeBase;
   m_basePath = Detail::withBackslash(base);
   m_path = m_basePath + newName() + '\\';
-  EnsurePathExists(m_path.c_str());
+  // EnsurePathExists would take `/\` for the start of a server name. The base exists, so that it
+  // would create no more than this directory.
+  Detail::makeFolder(m_path.c_str());
   m_created = true;
   return true;
 }

@@ -59,6 +59,13 @@ TEST_F(Enumeration, GroupsOfExtensions) {
   EXPECT_EQ(EnumFiles(array, path_, "x*", ".aaa", ".bbb", end_), 1U);
   EXPECT_STREQ(array.GetAt(0), "x");
   EXPECT_EQ(EnumFiles(names, folder_.file("missing\\").c_str(), "*", ".aaa", end_), 0U);
+  // An extension ignores letter case, a base name does not.
+  make({"q.aaa", "Q.bbB", "Q.aaA"});
+  support::writeFile(folder_.file(support::text("u.\xC3\x84")), "");
+  names.clear();
+  EXPECT_EQ(EnumFiles(names, path_, "q*", ".aaa", ".bbb", end_), 1U);
+  EXPECT_EQ(EnumFiles(names, path_, "*", support::text(".\xC3\xA4").c_str(), end_), 1U);
+  EXPECT_EQ(names, (Names{support::kPlatform.exactCase ? "Q" : "q", "u"}));
 
   // One that nobody else may open has no part in a group.
   const platform::FileHandle owner(CreateFileA(folder_.file("x.bbb").c_str(), GENERIC_READ, 0,
@@ -86,6 +93,7 @@ TEST_F(Enumeration, Patterns) {
       {"*.", {"noext"}},
       {"a.txt", {"a.txt"}},
       {"a*.?", {"a.b.c"}},
+      {"*.txt.", {"B.TXT", "a.txt", support::text("größe.txt")}},
       {"noext.*", {"noext"}},
       {"nothing*", {}},
   };
@@ -106,6 +114,9 @@ TEST_F(Enumeration, FilesOfATree) {
   Names unended;
   EnumFilesWithPath(unended, folder_.name().c_str(), "*.*", true);
   EXPECT_EQ(unended, paths);
+  unended.clear();
+  EXPECT_EQ(EnumFilesWithPath(unended, (folder_.name() + "/").c_str(), "t*", false), 1U);
+  EXPECT_EQ(unended, Names{folder_.name() + "/\\top"});
   paths.clear();
   EXPECT_EQ(EnumFilesWithPath(paths, path_, "t*", false), 1U);
   EXPECT_EQ(EnumFilesWithPath(paths, path_, "t*", true), 3U);
@@ -118,10 +129,16 @@ TEST_F(Enumeration, FilesOfATree) {
   EXPECT_STREQ(records[0].cFileName, "one.txt");
   EXPECT_EQ(records[0].nFileSizeLow, 9U);
   EXPECT_EQ(records[0].dwFileAttributes, FILE_ATTRIBUTE_ARCHIVE);
+  std::filesystem::resize_file(folder_.file("a/one.txt"), 5ULL << 30 | 7);
+  EXPECT_EQ(EnumFilesWithPath(records, (text_ + "a").c_str(), "*"), 1U);
+  EXPECT_EQ(records[1].nFileSizeHigh, 1U);
+  EXPECT_EQ(records[1].nFileSizeLow, (1U << 30) + 7);
 }
 
 TEST_F(Enumeration, FiltersOfFiles) {
-  make({"a", "b"});
+  make({"a", "b", "held"});
+  const platform::FileHandle owner(CreateFileA(folder_.file("held").c_str(), GENERIC_READ, 0,
+                                               nullptr, OPEN_EXISTING, 0, nullptr));
   std::vector<FILE_INFORMATION> records;
   Names asked;
   EXPECT_EQ(EnumFilesWithPathEx(records, folder_.name().c_str(), "*",
@@ -146,6 +163,7 @@ TEST_F(Enumeration, Folders) {
             std::find(names.begin(), names.end(), "a\\b"));
   EXPECT_EQ(sorted(names), (Names{".hidden", "a", "a\\b", "c"}));
   EXPECT_EQ(EnumFolders(records, path_, 0), 3U);
+  EXPECT_EQ(EnumFolders(records, path_, -1), 4U);
   Names paths;
   EXPECT_EQ(EnumFolders(paths, folder_.name().c_str(), 1), 4U);
   EXPECT_EQ(below(paths), (Names{".hidden\\", "a\\", "a\\b\\", "c\\"}));
@@ -167,6 +185,18 @@ TEST_F(Enumeration, Folders) {
   };
   EXPECT_THROW(EnumFoldersEx(records, path_, throwsAtB, 1), std::runtime_error);
   EXPECT_EQ(namesOf(records), Names{"a"});
+
+  // A branch that was complete before stays.
+  make({"p/x/f", "q/x/f"});
+  records.clear();
+  int below = 0;
+  const auto throwsAtSecondX = [&](const char* path) -> int {
+    const std::string_view name = path;
+    if (name.ends_with("x") && ++below == 2) throw std::runtime_error("x");
+    return name.ends_with("p") || name.ends_with("q") || name.ends_with("x") ? 1 : 0;
+  };
+  EXPECT_THROW(EnumFoldersEx(records, path_, throwsAtSecondX, 1), std::runtime_error);
+  EXPECT_EQ(records.size(), 3U);
 }
 
 }  // namespace

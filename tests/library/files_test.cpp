@@ -5,6 +5,7 @@
 
 #include <ctime>
 #include <string>
+#include <thread>
 
 #include "platform/unique_handle.h"
 #include "platform/win32.h"
@@ -65,6 +66,9 @@ TEST_F(Files, Probes) {
   // Along the search path, which is not what can be opened by that name.
   EXPECT_GT(FileExists(support::kPlatform.program), 1);
   EXPECT_EQ(AllowedAccess(support::kPlatform.program), 0U);
+  EXPECT_EQ(FileExists((std::string("C:") + support::kPlatform.program).c_str()), 0);
+  // Such a file has no attributes under its bare name, and so the time zero.
+  EXPECT_NEAR(fileTime(support::kPlatform.program), -109205.0, 1.0);
   EXPECT_EQ(FileExists("no-such-program"), 0);
 
   EXPECT_EQ(FolderExists(folder_.name().c_str()), 1);
@@ -72,6 +76,9 @@ TEST_F(Files, Probes) {
   EXPECT_EQ(FolderExists(path_.c_str()), 0);
   EXPECT_EQ(FolderExists(missing.c_str()), 0);
   EXPECT_EQ(FolderExists(nullptr), 0);
+  const std::string padded = folder_.name() + std::string(246, '/');
+  EXPECT_EQ(FolderExists(padded.substr(0, 246).c_str()), 1);
+  EXPECT_EQ(FolderExists(padded.substr(0, 247).c_str()), 0);
   EXPECT_EQ(entries(), 4U);
 
   EXPECT_EQ(TestOpen(missing.c_str(), kRead), 0);
@@ -107,6 +114,14 @@ TEST_F(Files, FolderChains) {
   EXPECT_EQ(EnsurePathExists((folder_.name() + "\\a\\").c_str()), 1);
   EXPECT_EQ(entries(), 1U);
 
+  // White space is dropped after each piece and before the path, but not before a piece.
+  const std::filesystem::path before = std::filesystem::current_path();
+  std::filesystem::current_path(folder_.path());
+  EnsurePathExists(" a\\ x \\y\t");
+  std::filesystem::current_path(before);
+  EXPECT_TRUE(std::filesystem::is_directory(folder_.file("a/ x/y")));
+  std::filesystem::remove_all(folder_.file("a/ x"));
+
   support::writeFile(path_, "");
   EXPECT_EQ(EnsurePathExists((path_ + "\\x").c_str()), 0);
   EXPECT_EQ(EnsurePathExists(""), 0);
@@ -115,6 +130,16 @@ TEST_F(Files, FolderChains) {
   EXPECT_EQ(IsValidPath(folder_.file("missing").c_str()), 0);
   EXPECT_EQ(IsValidPath(path_.c_str()), 0);
   EXPECT_EQ(entries(), 2U);
+
+  const std::string together = folder_.name() + "\\t\\o\\g\\e\\t\\h\\e\\r";
+  for (int round = 0; round < 50; ++round) {
+    int other = 0;
+    std::thread thread([&] { other = EnsurePathExists(together.c_str()); });
+    EXPECT_EQ(EnsurePathExists(together.c_str()), 1);
+    thread.join();
+    EXPECT_EQ(other, 1);
+    std::filesystem::remove_all(folder_.file("t"));
+  }
 
   support::writeFile(folder_.file("a/stays"), "");
   EXPECT_EQ(DeleteEmptyFolder(folder_.file("a").c_str()), 0);

@@ -34,6 +34,9 @@ class Trees : public testing::Test {
 
 TEST_F(Trees, CopyModes) {
   enum Target { kMissing, kOlder, kSame, kNewer };
+  // The lower halves of these times are in reverse order.
+  constexpr std::time_t kSourceTime = 1600000000;
+  constexpr std::time_t kTimes[] = {0, kSourceTime - 300, kSourceTime, kSourceTime + 400};
   // For each mode the targets over which a copy is made.
   struct {
     unsigned int mode;
@@ -52,14 +55,12 @@ TEST_F(Trees, CopyModes) {
         {kMissing, c.missing}, {kOlder, c.older}, {kSame, c.same}, {kNewer, c.newer}};
     for (const auto& [target, copied] : targets) {
       SCOPED_TRACE(testing::Message() << c.mode << '/' << target);
-      write("f.txt", "new", 5 * kDay);
+      support::writeFile(folder_.file("f.txt"), "new");
+      support::setWriteTime(folder_.file("f.txt"), kSourceTime);
       std::filesystem::remove(folder_.file("out/f.txt"));
       if (target != kMissing) {
-        write("out/f.txt", "old", target == kOlder ? 6 * kDay : target == kSame ? 5 * kDay : kDay);
-      }
-      if (target == kSame) {
-        std::filesystem::last_write_time(folder_.file("out/f.txt"),
-                                         std::filesystem::last_write_time(folder_.file("f.txt")));
+        support::writeFile(folder_.file("out/f.txt"), "old");
+        support::setWriteTime(folder_.file("out/f.txt"), kTimes[target]);
       }
       EXPECT_EQ(FileSystem::CopyFileA(folder_.file("f.txt").c_str(), out.c_str(), c.mode) != 0,
                 copied);
@@ -71,6 +72,10 @@ TEST_F(Trees, CopyModes) {
       FileSystem::CopyFileA(folder_.file("f.txt").c_str(), (folder_.text() + "pre-").c_str(), 0),
       0);
   EXPECT_TRUE(exists("pre-f.txt"));
+  // The copy's name is trimmed.
+  write("sp .txt", "spaces");
+  EXPECT_NE(FileSystem::CopyFileA(folder_.file("sp .txt").c_str(), out.c_str(), 0), 0);
+  EXPECT_EQ(support::readFile(folder_.file("out/sp.txt")), "spaces");
   EXPECT_EQ(FileSystem::CopyFileA(folder_.file("f.txt").c_str(), folder_.text().c_str(), 0), 0);
   EXPECT_EQ(support::readFile(folder_.file("f.txt")), "new");
 }
@@ -96,6 +101,10 @@ TEST_F(Trees, CopyContent) {
   EXPECT_EQ(FileSystem::CopyContent(in + "empty\\", folder_.text() + "new\\"), 0);
   EXPECT_TRUE(exists("new"));
   EXPECT_EQ(FileSystem::CopyContent(in, folder_.text() + "in\\a\\x\\"), -4);
+  // A target in the source is created after the source was listed.
+  EXPECT_EQ(FileSystem::CopyContent(in, in + "copy\\"), 3);
+  EXPECT_FALSE(exists("in/copy/copy"));
+  std::filesystem::remove_all(folder_.file("in/copy"));
   // Into itself: no file is harmed.
   EXPECT_EQ(FileSystem::CopyContent(in, in), 0);
   EXPECT_EQ(support::run(folder_.path(), "diff -r in out"), 0);
@@ -106,8 +115,9 @@ TEST_F(Trees, LockFiles) {
   support::writeFile(folder_.file("1.lock"), "");
   EXPECT_EQ(FileSystem::DeleteLockFile(folder_.name().c_str()), 0);
   EXPECT_EQ(FileSystem::CreateLockFile(folder_.name().c_str()), 1);
+  support::writeFile(folder_.file(name), "kept");
   EXPECT_EQ(FileSystem::CreateLockFile(folder_.text().c_str()), 1);
-  EXPECT_TRUE(exists(name));
+  EXPECT_EQ(support::readFile(folder_.file(name)), "kept");
   EXPECT_NE(FileSystem::DeleteLockFile(folder_.text().c_str()), 0);
   EXPECT_FALSE(exists(name));
   EXPECT_TRUE(exists("1.lock"));
@@ -162,6 +172,10 @@ TEST_F(Trees, TemporaryStorageLifecycle) {
   EXPECT_EQ(form, "{xxxxxxxx-xxxx-xxxx-xxxx-xxxxxxxxxxxx}\\") << first;
   EXPECT_EQ(FileSystem::FolderExists(first.c_str()), 1);
 
+  // The folder is cleared even if the new base cannot be used.
+  EXPECT_FALSE(storage.create(folder_.file("missing"), true));
+  EXPECT_EQ(FileSystem::FolderExists(first.c_str()), 0);
+  EXPECT_EQ(storage.path(), first);
   ASSERT_TRUE(storage.create(folder_.text(), false));
   EXPECT_NE(storage.path(), first);
   EXPECT_EQ(FileSystem::FolderExists(first.c_str()), 0);
@@ -171,13 +185,28 @@ TEST_F(Trees, TemporaryStorageLifecycle) {
   }
   EXPECT_EQ(FileSystem::FolderExists(storage.path().c_str()), 0);
   storage.clear();
-  EXPECT_FALSE(storage.path().empty());
+  EXPECT_EQ(storage.basePath(), folder_.text());
+  // A cleared storage owns its former path no longer.
+  ASSERT_EQ(FileSystem::EnsurePathExists(storage.path().c_str()), 1);
+  storage.clear();
+  EXPECT_EQ(FileSystem::FolderExists(storage.path().c_str()), 1);
+
+  ASSERT_TRUE(storage.create(folder_.name() + "/", false));
+  EXPECT_TRUE(storage.path().starts_with(folder_.name() + "/\\{")) << storage.path();
+  EXPECT_EQ(FileSystem::FolderExists(storage.path().c_str()), 1);
 
   const std::string base = folder_.file("base");
   std::filesystem::create_directory(base);
   ASSERT_TRUE(storage.create(base, true));
   storage.clear();
   EXPECT_FALSE(exists("base"));
+  // Without its folder, a storage does not touch the base.
+  std::filesystem::create_directory(base);
+  ASSERT_TRUE(storage.create(base, true));
+  EXPECT_EQ(FileSystem::eraseOldFile(base + "\\", 0), 0U);
+  std::filesystem::create_directory(base);
+  storage.clear();
+  EXPECT_TRUE(exists("base"));
 }
 
 // With the folders above it.

@@ -1,4 +1,4 @@
-// Searches: one open folder, one status for each name that is delivered.
+// File searches. A search reads one open directory, and the status of each entry that it returns.
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -21,35 +21,29 @@
 namespace platform::native {
 namespace {
 
-constexpr unsigned kWanted = STATX_BASIC_STATS | STATX_BTIME;
-
-// Gives the record its name. False if it is too long.
-bool setName(std::string_view shown, WIN32_FIND_DATAA& data) {
+// Fills what a search for names returns, from the listing of the directory. Returns false if the
+// listing does not hold the type, if the entry is a link, or if the name is too long.
+bool describeListed(const dirent& entry, std::string_view shown, WIN32_FIND_DATAA& data) {
+  if (entry.d_type != DT_REG && entry.d_type != DT_DIR) return false;
   if (shown.size() >= sizeof(data.cFileName)) return false;
+  data = WIN32_FIND_DATAA{};
+  data.dwFileAttributes =
+      entry.d_type == DT_DIR ? FILE_ATTRIBUTE_DIRECTORY : FILE_ATTRIBUTE_ARCHIVE;
   data.cFileName[shown.copy(data.cFileName, shown.size())] = '\0';
   return true;
 }
 
-// Fills what a search for names tells, from the folder's own listing. False if
-// that does not tell what the name leads to.
-bool listName(const dirent& entry, std::string_view shown, WIN32_FIND_DATAA& data) {
-  if (entry.d_type != DT_REG && entry.d_type != DT_DIR) return false;
-  data = WIN32_FIND_DATAA{};
-  data.dwFileAttributes =
-      entry.d_type == DT_DIR ? FILE_ATTRIBUTE_DIRECTORY : FILE_ATTRIBUTE_ARCHIVE;
-  return setName(shown, data);
-}
-
-// Fills the record of a name in an open folder; a link counts as what it leads
-// to. False if the name is gone, or is too long once it is delivered.
+// Fills the record of an entry of an open directory; that of a link describes its target. Returns
+// false if the entry does not exist any more, or if its name is too long.
 bool describe(int folder, const char* path, const char* name, WIN32_FIND_DATAA& data) {
+  constexpr unsigned kWanted = STATX_BASIC_STATS | STATX_BTIME;
   struct statx status;
   if (statx(folder, path, AT_SYMLINK_NOFOLLOW | AT_STATX_DONT_SYNC, kWanted, &status) != 0) {
     return false;
   }
   const bool isLink = S_ISLNK(status.stx_mode);
-  struct statx behind;
-  if (isLink && statx(folder, path, AT_STATX_DONT_SYNC, kWanted, &behind) == 0) status = behind;
+  struct statx target;
+  if (isLink && statx(folder, path, AT_STATX_DONT_SYNC, kWanted, &target) == 0) status = target;
   fillData(data, status, attributesOf(name, status.stx_mode, isLink));
   data.dwReserved0 = 0;
   data.dwReserved1 = 0;
@@ -64,24 +58,14 @@ class Search {
         pattern_(pattern),
         foldersOnly_(foldersOnly),
         namesOnly_(namesOnly) {}
-  // A search that has delivered all it has.
+  // A search that has returned its only entry.
   Search() = default;
 
   bool next(WIN32_FIND_DATAA& data) {
     while (folder_ != nullptr) {
-      const dirent* const entry = entry_ = readdir(folder_.get());
-      if (entry == nullptr) break;
-      if (foldersOnly_ && entry->d_type != DT_DIR && entry->d_type != DT_LNK &&
-          entry->d_type != DT_UNKNOWN) {
-        continue;
-      }
-      char buffer[MAX_PATH * 3];
-      const std::string_view shown(buffer, displayName(entry->d_name, buffer, sizeof(buffer)));
-      if (shown.empty() || !pattern_->matches(shown)) continue;
-      if (namesOnly_ && listName(*entry, shown, data)) return true;
-      if (!describe(dirfd(folder_.get()), entry->d_name, entry->d_name, data)) continue;
-      if (foldersOnly_ && (data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0) continue;
-      return true;
+      entry_ = readdir(folder_.get());
+      if (entry_ == nullptr) break;
+      if (mayMatch() && fill(data)) return true;
     }
     return false;
   }
@@ -92,6 +76,25 @@ class Search {
   const dirent* entry() const { return entry_; }
 
  private:
+  // Rules out entries by their listed type, which spares their status.
+  bool mayMatch() const {
+    return !foldersOnly_ || entry_->d_type == DT_DIR || entry_->d_type == DT_LNK ||
+           entry_->d_type == DT_UNKNOWN;
+  }
+
+  // Fills the record of the current entry. Returns false if it is not one that the search returns.
+  bool fill(WIN32_FIND_DATAA& data) {
+    char buffer[MAX_PATH * 3];
+    const std::string_view shown(buffer, displayName(entry_->d_name, buffer, sizeof(buffer)));
+    if (shown.empty() || !pattern_->matches(shown)) return false;
+    if (namesOnly_ && describeListed(*entry_, shown, data)) return true;
+    if (describe(dirfd(folder_.get()), entry_->d_name, entry_->d_name, data)) {
+      return !foldersOnly_ || (data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+    }
+    // In a directory that may be read but not searched, the listing is all there is.
+    return errno == EACCES && describeListed(*entry_, shown, data);
+  }
+
   DirectoryStream folder_;
   const dirent* entry_ = nullptr;
   std::optional<Wildcard> pattern_;
@@ -99,22 +102,32 @@ class Search {
   bool namesOnly_ = false;
 };
 
+// Returns the error of a search in a directory for no name at all.
+DWORD errorOfUnnamed(const NativePath& directory) {
+  struct stat status;
+  if (stat(directory.c_str(), &status) != 0) return ERROR_PATH_NOT_FOUND;
+  return S_ISDIR(status.st_mode) ? ERROR_FILE_NOT_FOUND : ERROR_DIRECTORY;
+}
+
 HANDLE findOne(const char* text, WIN32_FIND_DATAA& data) {
   const NativePath path(text);
   if (!path.valid()) return invalidHandle(path.error());
+  if (path.isRoot() || path.hadTrailingSeparator()) return invalidHandle(errorOfUnnamed(path));
   const char* const name = nameOf(path.c_str());
-  if (path.isRoot() || path.hadTrailingSeparator()) {
-    struct stat status;
-    const bool exists = stat(path.c_str(), &status) == 0;
-    return invalidHandle(exists ? ERROR_FILE_NOT_FOUND : ERROR_PATH_NOT_FOUND);
-  }
   if (!describe(AT_FDCWD, path.c_str(), name, data)) return invalidHandle(errorOnPath(path, errno));
   return std::make_unique<Search>().release();
 }
 
-// The folder part of a search text, as a text that names the folder.
-std::string folderOf(std::string_view text, std::size_t patternStart) {
-  std::string folder(text.substr(0, patternStart));
+// Returns the start of the pattern in a search text: what follows the last separator, or the drive.
+std::size_t patternStart(std::string_view text) {
+  const std::size_t separator = text.find_last_of("\\/");
+  if (separator != std::string_view::npos) return separator + 1;
+  return text.size() > 1 && text[1] == ':' ? 2 : 0;
+}
+
+// Returns the directory of a search text, as a path that names it.
+std::string directoryOf(std::string_view text, std::size_t start) {
+  std::string folder(text.substr(0, start));
   const bool isOpen = folder.empty() || folder.back() == ':';
   return isOpen ? folder + "." : folder;
 }
@@ -141,12 +154,11 @@ HANDLE FindFirstFileExA(const char* pattern, FINDEX_INFO_LEVELS, void* data,
   if (pattern == nullptr || *pattern == '\0') return invalidHandle(ERROR_PATH_NOT_FOUND);
   auto& found = *static_cast<WIN32_FIND_DATAA*>(data);
   const std::string_view text(pattern);
-  const std::size_t separator = text.find_last_of("\\/:");
-  const std::size_t start = separator == std::string_view::npos ? 0 : separator + 1;
+  const std::size_t start = patternStart(text);
   const std::string_view names = text.substr(start);
   if (!hasWildcards(names)) return findOne(pattern, found);
 
-  const NativePath path(folderOf(text, start).c_str());
+  const NativePath path(directoryOf(text, start).c_str());
   if (!path.valid()) return invalidHandle(path.error());
   DirectoryStream folder(opendir(path.c_str()));
   if (folder == nullptr) {

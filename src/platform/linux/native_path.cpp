@@ -142,6 +142,8 @@ const char* nameOf(const char* path) {
 
 std::size_t displayName(const char* native, char* buffer, std::size_t size) {
   std::string_view rest(native);
+  // In a path, this character would be read as a backslash.
+  if (rest.find(kBackslashInName) != std::string_view::npos) return 0;
   std::size_t length = 0;
   const auto put = [&](std::string_view piece) {
     if (size - length <= piece.size()) return false;

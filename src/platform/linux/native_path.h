@@ -47,8 +47,9 @@ class NativePath {
 std::string folderOf(std::string_view path);
 const char* nameOf(const char* path);
 
-// Writes a file name as searches return it, with U+F05C for each backslash.
-// Returns the length without terminator, or 0 if `size` bytes are too few.
+// Writes a file name as searches return it: each backslash becomes U+F05C. Returns the length
+// written without terminator, or 0 if `size` bytes are too few or if the name itself contains
+// U+F05C, since no path text can then name the file.
 std::size_t displayName(const char* native, char* buffer, std::size_t size);
 
 // Returns the Win32 code of an errno value that a call on `path` left. Unlike

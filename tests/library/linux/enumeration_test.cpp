@@ -1,11 +1,19 @@
 // Enumeration of what only this platform has.
 
+#include <fcntl.h>
 #include <filesystem/enumeration.h>
+#include <filesystem/files.h>
 #include <gtest/gtest.h>
+#include <linux/capability.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <ctime>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/unique_handle.h"
@@ -34,6 +42,24 @@ class EnumerationOnLinux : public testing::Test {
   const char* path_ = text_.c_str();
 };
 
+// The superuser's power over permissions, given up until the end.
+class WithoutPower {
+ public:
+  WithoutPower() {
+    syscall(SYS_capget, &header_, before_);
+    __user_cap_data_struct data[2] = {before_[0], before_[1]};
+    data[0].effective &= ~(1U << CAP_DAC_OVERRIDE | 1U << CAP_DAC_READ_SEARCH);
+    syscall(SYS_capset, &header_, data);
+  }
+  WithoutPower(const WithoutPower&) = delete;
+  WithoutPower& operator=(const WithoutPower&) = delete;
+  ~WithoutPower() { syscall(SYS_capset, &header_, before_); }
+
+ private:
+  __user_cap_header_struct header_{_LINUX_CAPABILITY_VERSION_3, 0};
+  __user_cap_data_struct before_[2]{};
+};
+
 TEST_F(EnumerationOnLinux, LinksAreFollowedButNotBack) {
   make({"real/file", "real/deep/x"});
   std::filesystem::create_directory_symlink(folder_.file("real"), folder_.file("link"));
@@ -45,6 +71,13 @@ TEST_F(EnumerationOnLinux, LinksAreFollowedButNotBack) {
   paths.clear();
   EnumFilesWithPath(paths, path_, "*", true);
   EXPECT_EQ(below(paths), (Names{"link\\deep\\x", "link\\file", "real\\deep\\x", "real\\file"}));
+  // The current directory is a start, too.
+  const std::filesystem::path before = std::filesystem::current_path();
+  std::filesystem::current_path(folder_.path());
+  std::vector<FILE_INFORMATION> records;
+  EXPECT_EQ(EnumFolders(records, "", 1), 4U);
+  EXPECT_EQ(EnumFolders(records, "C:", 1), 4U);
+  std::filesystem::current_path(before);
 }
 
 // A backslash in a name is no separator, and the path that is delivered opens
@@ -55,8 +88,70 @@ TEST_F(EnumerationOnLinux, BackslashInANameComesBack) {
   ASSERT_EQ(EnumFilesWithPath(paths, path_, "*", true), 1U);
   EXPECT_EQ(below(paths), Names{"sub\\a\xEF\x81\x9C"
                                 "b"});
-  EXPECT_TRUE(platform::FileHandle(
-      CreateFileA(paths[0].c_str(), GENERIC_READ, 3, nullptr, OPEN_EXISTING, 0, nullptr)));
+  EXPECT_EQ(FileExists(paths[0].c_str()), 1);
+  // No path can name a file whose name has that character itself.
+  make({"sub/a\xEF\x81\x9C"});
+  EXPECT_EQ(EnumFiles(paths, (text_ + "sub\\").c_str(), "*"), 1U);
+}
+
+TEST_F(EnumerationOnLinux, DirectoryThatCannotBeSearched) {
+  make({"listed/sub/file", "listed/file"});
+  std::filesystem::permissions(folder_.file("listed"), std::filesystem::perms::owner_read);
+  Names paths;
+  std::vector<FILE_INFORMATION> records;
+  {
+    const WithoutPower power;
+    EnumFolders(paths, path_, 1);
+    EnumFolders(records, path_, 1);
+    EXPECT_EQ(EnumFilesWithPath(paths, path_, "*", true), 0U);
+  }
+  std::filesystem::permissions(folder_.file("listed"), std::filesystem::perms::owner_all);
+  EXPECT_EQ(below(paths), (Names{"listed\\", "listed\\sub\\"}));
+  ASSERT_EQ(records.size(), 2U);
+  EXPECT_STREQ(records[1].cFileName, "listed\\sub");
+}
+
+TEST_F(EnumerationOnLinux, Names) {
+  // The plain form passes names through extractFilename.
+  make({"a.b ", "c:d"});
+  Names names;
+  EXPECT_EQ(EnumFiles(names, path_, "a*"), 1U);
+  EXPECT_EQ(EnumFiles(names, path_, "c:*"), 1U);
+  EXPECT_EQ(names, (Names{"a.b", "d"}));
+
+  // A path is cut at 259 bytes and listed if a file has the name that is left.
+  make({"long/abcdef"});
+  const std::string start = folder_.file("long");
+  const std::string padded = start + std::string(255 - start.size(), '/') + '\\';
+  names.clear();
+  EXPECT_EQ(EnumFilesWithPath(names, padded.c_str(), "*", false), 0U);
+  make({"long/abc"});
+  EXPECT_EQ(EnumFilesWithPath(names, padded.c_str(), "a*", false), 2U);
+  EXPECT_EQ(names, (Names{padded + "abc", padded + "abc"}));
+
+  for (const auto& [text, error] :
+       {std::pair{"missing\\", ERROR_PATH_NOT_FOUND}, std::pair{"long\\abc\\", ERROR_DIRECTORY},
+        std::pair{"long\\", ERROR_FILE_NOT_FOUND}}) {
+    WIN32_FIND_DATAA data;
+    EXPECT_EQ(FindFirstFileA((text_ + text).c_str(), &data), INVALID_HANDLE_VALUE) << text;
+    EXPECT_EQ(GetLastError(), error) << text;
+  }
+}
+
+TEST_F(EnumerationOnLinux, Times) {
+  make({"file"});
+  // After the last moment that a file time can hold, where the file system can hold it.
+  support::setWriteTime(folder_.file("file"), std::time_t{1} << 40);
+  std::vector<FILE_INFORMATION> records;
+  ASSERT_EQ(EnumFilesWithPath(records, path_, "*"), 1U);
+  EXPECT_LE(records[0].ftLastWriteTime.dwHighDateTime, 0x7FFFFFFFU);
+  support::setWriteTime(folder_.file("file"), 0);
+  EnumFilesWithPath(records, path_, "*");
+  struct statx status {};
+  statx(AT_FDCWD, folder_.file("file").c_str(), 0, STATX_BTIME, &status);
+  if ((status.stx_mask & STATX_BTIME) != 0) {
+    EXPECT_GT(records[1].ftCreationTime.dwHighDateTime, records[1].ftLastWriteTime.dwHighDateTime);
+  }
 }
 
 // Each level would cost a descriptor if its search stayed open.

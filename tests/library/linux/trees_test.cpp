@@ -6,8 +6,10 @@
 #include <gtest/gtest.h>
 #include <stdio.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 
 #include <atomic>
+#include <csignal>
 #include <string>
 #include <thread>
 
@@ -82,6 +84,7 @@ TEST_F(TreesOnLinux, TemporaryStorageTakesAllOfItsOwn) {
   ASSERT_EQ(support::run(native, "mkdir -p a/b/c && touch a/1 a/b/2 a/b/c/3 '4\\5' && ln -s '" +
                                      elsewhere_.path().string() +
                                      "' a/link && ln -s /nowhere a/dangling && ln -s .. a/b/up && "
+                                     "mkdir $(printf '\\357\\201\\234') && "
                                      "mkfifo fifo"),
             0);
   support::writeFile(folder_.file("neighbour"), "");
@@ -95,6 +98,51 @@ TEST_F(TreesOnLinux, TemporaryStorageTakesAllOfItsOwn) {
   fs::create_directory_symlink(elsewhere_.path(), nativeOf(storage));
   storage.clear();
   EXPECT_TRUE(support::exists(elsewhere_.file("kept")));
+}
+
+TEST_F(TreesOnLinux, ReadOnlyDirectoriesStay) {
+  fs::create_directories(folder_.file("read-only/sub"));
+  fs::permissions(folder_.file("read-only"), fs::perms(0555));
+  EXPECT_EQ(FileSystem::DeleteEmptyFolder(folder_.file("read-only\\sub").c_str()), 1);
+  EXPECT_EQ(FileSystem::DeleteEmptyFolder(folder_.file("read-only").c_str()), 0);
+  EXPECT_EQ(FileSystem::eraseOldFile(folder_.text(), 0), 0U);
+  EXPECT_TRUE(support::exists(folder_.file("read-only")));
+}
+
+TEST_F(TreesOnLinux, CreatedDirectoriesCanBeWrittenTo) {
+  const mode_t before = umask(0222);
+  FileSystem::EnsurePathExists((folder_.name() + "\\a\\b").c_str());
+  umask(before);
+  EXPECT_EQ(FileSystem::IsFileReadOnly(folder_.file("a").c_str()), 0);
+  EXPECT_EQ(FileSystem::IsFileReadOnly(folder_.file("a/b").c_str()), 0);
+}
+
+TEST_F(TreesOnLinux, ValidPathsTakeContent) {
+  rlimit limit{};
+  getrlimit(RLIMIT_FSIZE, &limit);
+  const rlimit none{0, limit.rlim_max};
+  const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+  setrlimit(RLIMIT_FSIZE, &none);
+  const int valid = FileSystem::IsValidPath(folder_.name().c_str());
+  setrlimit(RLIMIT_FSIZE, &limit);
+  std::signal(SIGXFSZ, handler);
+  EXPECT_EQ(valid, 0);
+  EXPECT_EQ(folder_.entries(), 0U);
+}
+
+// Texts beyond the size of their buffer are cut.
+TEST_F(TreesOnLinux, LongTexts) {
+  const std::string name(20, 'n');
+  support::writeFile(elsewhere_.file(name), "");
+  const std::string padded = folder_.name() + std::string(250 - folder_.name().size(), '/');
+  EXPECT_NE(FileSystem::CopyFileA(elsewhere_.file(name).c_str(), padded.c_str(), 0), 0);
+  EXPECT_TRUE(support::exists(folder_.file(name.substr(0, 10))));
+
+  const std::string piece = folder_.text() + std::string(200, 'x') + '\\';
+  EXPECT_EQ(FileSystem::EnsurePathExists((piece + std::string(100, 'y')).c_str()), 0);
+  // The root is the first separator.
+  const std::string cut(1 + 259 - piece.size(), 'y');
+  EXPECT_TRUE(support::exists(folder_.file(std::string(200, 'x') + '/' + cut)));
 }
 
 TEST_F(TreesOnLinux, DeepTreesAreDeletedWithFewDescriptors) {
