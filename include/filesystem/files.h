@@ -106,13 +106,12 @@ inline constexpr unsigned int kCopyIfExistingAndOlder = 6;  ///< the target exis
 ///         as always on Windows.
 FILESYSTEM_API int CopyFileA(const char* source, const char* targetFolder, unsigned int mode);
 
-/// Copies all that a folder holds, subfolders included, into another folder.
+/// Copies the content of a folder, including its subfolders, into another folder. A file that
+/// cannot be copied is not counted and does not end the walk. Unlike EnumFilesWithPath, it includes
+/// files with a path of over 259 bytes.
 /// @param source folder text that ends in `\`
-/// @param target folder text that ends in `\`; made if missing; existing files
-///               are overwritten, each whole or not at all
-/// @return number of files copied, a 32-bit value; -4 if `target` cannot be
-///         made or used. A file that cannot be copied is not counted and does
-///         not end the walk.
+/// @param target folder text that ends in `\`; created if missing. Existing files are overwritten.
+/// @return number of files copied, a 32-bit value; -4 if `target` cannot be created or used
 FILESYSTEM_API long CopyContent(const std::string& source, const std::string& target);
 
 /// Puts the marker file `<process id>.lock` into a folder. The lock is the

@@ -1,15 +1,16 @@
-// Copying a file by rule, and the content of a folder.
+// Copies of single files, by mode, and of the content of a folder.
 
-#include <filesystem/enumeration.h>
 #include <filesystem/files.h>
 #include <filesystem/path.h>
 
+#include <string>
+#include <string_view>
 #include <vector>
 
-#include "enumeration/search.h"
+#include "enumeration/folder_walk.h"
 #include "files/make_folders.h"
 #include "path/fixed_text.h"
-#include "path/with_backslash.h"
+#include "platform/open_directory.h"
 #include "platform/win32.h"
 
 namespace FileSystem {
@@ -24,7 +25,7 @@ int copy(const char* source, const char* target, BOOL failIfExists) {
   return ::CopyFileA(source, target, failIfExists);
 }
 
-// 0 if the file has none.
+// Returns the time of the last write, 0 if it cannot be read.
 ULONGLONG lastWrite(const char* path) {
   WIN32_FILE_ATTRIBUTE_DATA data{};
   GetFileAttributesExA(path, GetFileExInfoStandard, &data);
@@ -44,19 +45,38 @@ bool permits(unsigned int mode, const char* source, const char* target) {
   return mode == kCopyIfMissingOrOlder && (FileExists(target) == 0 || isOlder(target, source));
 }
 
-// Copies the files that lie directly in a folder; gives their number. What
-// cannot be opened is not copied, so that no probe is needed. The names are
-// taken first, because the target may lie in the source.
-long copyFiles(const std::string& source, const std::string& target) {
-  std::vector<std::string> names;
-  const std::string pattern = Detail::withBackslash(source) + "*.*";
-  for (auto search = Detail::Search::forNames(pattern); search.next();) {
-    if (!search.isFolder()) names.emplace_back(search.entry().cFileName);
+struct FileName {
+  std::string stored;
+  std::string shown;
+  bool isRegular;
+};
+
+// Lists what is not a directory.
+std::vector<FileName> listFiles(platform::OpenDirectory& directory) {
+  std::vector<FileName> names;
+  while (directory.next()) {
+    if (directory.isDirectory()) continue;
+    names.push_back({directory.storedName(), directory.name(), directory.isRegular()});
   }
+  return names;
+}
+
+// Copies the files directly in a folder and returns their number. They are listed before the target
+// is created, because the target may be in the source.
+long copyFiles(const std::string& source, const std::string& target) {
+  using platform::OpenDirectory;
+  OpenDirectory from(source, OpenDirectory::LastLink::Followed);
+  const std::vector<FileName> names = listFiles(from);
   Detail::makeFolders(target.c_str());
+  OpenDirectory to(target, OpenDirectory::LastLink::Followed);
   long count = 0;
-  for (const std::string& name : names) {
-    if (copy((source + name).c_str(), (target + name).c_str(), FALSE) != 0) ++count;
+  for (const FileName& name : names) {
+    // What is not simply a new copy of a file is left to CopyFileA: existing targets, links,
+    // failures.
+    const bool copied =
+        (name.isRegular && to.copyNew(from, name.stored)) ||
+        copy((source + name.shown).c_str(), (target + name.shown).c_str(), FALSE) != 0;
+    if (copied) ++count;
   }
   return count;
 }
@@ -73,14 +93,15 @@ int CopyFileA(const char* source, const char* targetFolder, unsigned int mode) {
 
 long CopyContent(const std::string& source, const std::string& target) {
   constexpr long kNoTarget = -4;
-  std::vector<FILE_INFORMATION> folders;
-  EnumFolders(folders, source.c_str(), 1);
+  std::vector<std::string> folders;
+  Detail::FolderWalk walk(source, true, true);
+  walk.run([&](const WIN32_FIND_DATAA&) {
+    folders.push_back(std::string(walk.relativePath()) + '\\');
+    return true;
+  });
   if (EnsurePathExists(target.c_str()) == 0) return kNoTarget;
   long count = 0;
-  for (const FILE_INFORMATION& folder : folders) {
-    const std::string below = std::string(folder.cFileName) + '\\';
-    count += copyFiles(source + below, target + below);
-  }
+  for (const std::string& folder : folders) count += copyFiles(source + folder, target + folder);
   return count + copyFiles(source, target);
 }
 

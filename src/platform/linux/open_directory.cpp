@@ -14,6 +14,7 @@
 #include <utility>
 
 #include "platform/linux/attributes.h"
+#include "platform/linux/copy_content.h"
 #include "platform/linux/delete_file.h"
 #include "platform/linux/descriptor.h"
 #include "platform/linux/directory_stream.h"
@@ -21,6 +22,7 @@
 #include "platform/linux/last_error.h"
 #include "platform/linux/native_path.h"
 #include "platform/linux/remove_directory.h"
+#include "platform/linux/share_lock.h"
 
 using namespace platform::native;
 
@@ -128,6 +130,8 @@ bool OpenDirectory::isDirectory() const {
   return isDirectoryAt(dirfd(state_->stream.get()), *state_->entry);
 }
 
+bool OpenDirectory::isRegular() const { return state_->entry->d_type == DT_REG; }
+
 bool OpenDirectory::canOpen() const {
   const auto probe = state_->entry->d_type == DT_REG ? probeRegular : probeExisting;
   return probe(dirfd(state_->stream.get()), state_->entry->d_name, FILE_READ_DATA,
@@ -147,6 +151,32 @@ bool OpenDirectory::lastWrite(FILETIME& time) const {
 bool OpenDirectory::deleteEntry() {
   const DWORD error = deleteAt(dirfd(state_->stream.get()), state_->entry->d_name);
   return error == ERROR_SUCCESS || fail(error) != FALSE;
+}
+
+bool OpenDirectory::copyNew(const OpenDirectory& source, const std::string& storedName) {
+  if (!*this || !source) return fail(ERROR_INVALID_HANDLE) != FALSE;
+  constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+  const char* const name = storedName.c_str();
+  const Descriptor from(
+      openRetrying(dirfd(source.state_->stream.get()), name, O_RDONLY | O_NOFOLLOW));
+  struct stat status;
+  if (!from || fstat(from.get(), &status) != 0) return failWithErrno() != FALSE;
+  if (!isOpenable(status, false)) return fail(ERROR_ACCESS_DENIED) != FALSE;
+  if (!shareAvailable(from.get(), FILE_READ_DATA, kShareAll)) {
+    return fail(ERROR_SHARING_VIOLATION) != FALSE;
+  }
+  constexpr mode_t kPermissions = 0777;
+  const int folder = dirfd(state_->stream.get());
+  const Descriptor to(
+      openRetrying(folder, name, O_RDWR | O_CREAT | O_EXCL, status.st_mode & kPermissions));
+  if (!to) return failWithErrno() != FALSE;
+  holdUnfinished(to.get());
+  const timespec times[] = {{.tv_sec = 0, .tv_nsec = UTIME_OMIT}, status.st_mtim};
+  if (copyContent(from.get(), status.st_size, to.get()) && futimens(to.get(), times) == 0)
+    return true;
+  const DWORD error = errorFromErrno(errno);
+  unlinkat(folder, name, 0);
+  return fail(error) != FALSE;
 }
 
 bool OpenDirectory::removeDirectory(const std::string& storedName) {

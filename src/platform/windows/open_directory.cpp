@@ -86,6 +86,11 @@ std::string OpenDirectory::storedName() const { return state_->entry.cFileName; 
 
 bool OpenDirectory::isDirectory() const { return isPlainDirectory(state_->entry.dwFileAttributes); }
 
+bool OpenDirectory::isRegular() const {
+  constexpr DWORD kOther = FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT;
+  return (state_->entry.dwFileAttributes & kOther) == 0;
+}
+
 bool OpenDirectory::canOpen() const {
   return probeOpen(state_->pathOf(state_->entry.cFileName).c_str(), GENERIC_READ,
                    FILE_SHARE_READ | FILE_SHARE_WRITE);
@@ -105,6 +110,11 @@ bool OpenDirectory::deleteEntry() {
   const std::string path = state_->pathOf(state_->entry.cFileName);
   const bool isDirectoryLink = (state_->entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
   return (isDirectoryLink ? RemoveDirectoryA(path.c_str()) : DeleteFileA(path.c_str())) != FALSE;
+}
+
+bool OpenDirectory::copyNew(const OpenDirectory& source, const std::string& storedName) {
+  return CopyFileA(source.state_->pathOf(storedName).c_str(), state_->pathOf(storedName).c_str(),
+                   TRUE) != FALSE;
 }
 
 bool OpenDirectory::removeDirectory(const std::string& storedName) {
