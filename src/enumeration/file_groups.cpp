@@ -1,10 +1,10 @@
-// Files of one folder by pattern: names, and groups that differ only in their
-// extension.
+// Lists of the files of a folder by pattern: names, and groups that differ only in their extension.
 
 #include <filesystem/enumeration.h>
 #include <filesystem/files.h>
 #include <filesystem/path.h>
 
+#include <boost/format.hpp>
 #include <cstdarg>
 #include <optional>
 #include <set>
@@ -15,21 +15,21 @@
 namespace FileSystem {
 namespace {
 
-// The letters that lstrcmpiA takes for equal, made equal.
 struct LessIgnoringCase {
   bool operator()(const std::string& a, const std::string& b) const {
     return lstrcmpiA(a.c_str(), b.c_str()) < 0;
   }
 };
 
-// Existence of a folder's files by base name and extension. The extension's
-// letter case is ignored, on file systems that do not do so too.
+// Tests the existence of a folder's files by base name and extension. Ignores the letter case of
+// the extension, also on file systems that are case-sensitive.
 class Siblings {
  public:
   explicit Siblings(std::string folder) : folder_(std::move(folder)) {}
 
   bool exist(const std::string& base, const std::string& extension) {
-    if (FileExists((folder_ + base + extension).c_str()) != 0) return true;
+    const std::string path = str(boost::format("%s%s%s") % folder_ % base % extension);
+    if (FileExists(path.c_str()) != 0) return true;
     if (!names_) list();
     const auto [first, last] = names_->equal_range(base + extension);
     for (auto name = first; name != last; ++name) {
@@ -50,12 +50,13 @@ class Siblings {
   std::optional<std::multiset<std::string, LessIgnoringCase>> names_;
 };
 
-bool endsIn(const std::string& name, const std::string& extension) {
+bool endsWith(const std::string& name, const std::string& extension) {
   return name.size() >= extension.size() &&
          lstrcmpiA(name.c_str() + (name.size() - extension.size()), extension.c_str()) == 0;
 }
 
-// Calls `found` with the base name of each file for which all extensions exist.
+// Calls `found` with the base name of each file that exists with all extensions. Returns their
+// number.
 template <typename Found>
 std::uint64_t enumerateGroups(const char* folder, const char* mask,
                               const std::vector<std::string>& extensions, Found found) {
@@ -64,7 +65,7 @@ std::uint64_t enumerateGroups(const char* folder, const char* mask,
   for (Detail::Search search(std::string(folder) + mask + extensions.front()); search.next();) {
     if (search.isFolder()) continue;
     const std::string name = search.entry().cFileName;
-    if (!endsIn(name, extensions.front())) continue;
+    if (!endsWith(name, extensions.front())) continue;
     const std::string base(Detail::splitPath(name).name);
     bool complete = true;
     for (const std::string& extension : extensions) {
@@ -77,7 +78,7 @@ std::uint64_t enumerateGroups(const char* folder, const char* mask,
   return count;
 }
 
-// The extensions of a call, up to the null pointer that ends them.
+// Returns the extensions of a call, which end with a null pointer.
 std::vector<std::string> extensionsOf(const char* first, std::va_list more) {
   std::vector<std::string> extensions;
   for (const char* extension = first; extension != nullptr; extension = va_arg(more, const char*)) {

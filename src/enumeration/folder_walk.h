@@ -1,6 +1,7 @@
 #pragma once
-// Walking the folders below a folder, depth first, parents before children.
+// A walk through the folders below a folder, depth first, parents before children.
 
+#include <boost/format.hpp>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -10,36 +11,38 @@
 
 namespace FileSystem::Detail {
 
-// A walk down a tree. It keeps one search open at a time, whatever the depth.
+// Keeps one search open at a time, whatever the depth. Follows links to folders, except those that
+// form a cycle.
 class FolderWalk {
  public:
-  // The start is a folder text that ends in a separator.
-  // Where `namesOnly`, the entries are those of a search for names.
+  // `start` is a prefix of the paths of the folders below it, usually a folder text that ends in a
+  // separator. With `namesOnly`, the entries are those of a search for names.
   FolderWalk(std::string start, bool recursive, bool namesOnly = false)
       : path_(std::move(start)),
         startSize_(path_.size()),
         recursive_(recursive),
         namesOnly_(namesOnly) {}
 
-  // Calls `visit(entry)` for each folder; path() is then its path, without
-  // trailing separator. The walk goes below the folder if it gives true.
+  // Calls `visit(entry)` for each folder, while path() is its path without trailing separator. The
+  // walk descends into the folder if `visit` returns true.
   template <typename Visit>
   void run(Visit visit) {
     walk(FindExSearchLimitToDirectories, visit, [](Search&) {});
   }
 
-  // As run, and calls `file(search)` for each other entry while path() is its
-  // folder's, with its separator: first those of a folder, then those of the
-  // folders below it.
+  // Also calls `file(search)` for each other entry, while path() is the path of its folder with
+  // separator. The entries of a folder come before those of its subfolders.
   template <typename Visit, typename File>
   void run(Visit visit, File file) {
     walk(FindExSearchNameMatch, visit, file);
   }
 
   const std::string& path() const { return path_; }
-  // The folder's path below the start.
+  // The path of the folder above, with separator.
+  std::string_view parent() const { return std::string_view(path_).substr(0, levels_.back()); }
+  // The path without the start.
   std::string_view relativePath() const { return std::string_view(path_).substr(startSize_); }
-  // Whether the folder lies directly below the start.
+  // True if the folder is directly below the start.
   bool atTop() const { return levels_.size() == 1; }
 
  private:
@@ -53,14 +56,14 @@ class FolderWalk {
       const bool isLink = (entry.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
       if (isLink && isCycle()) continue;
       if (!visit(entry) || !recursive_) continue;
-      path_ += '\\';
+      path_ = str(boost::format("%s%s\\") % parent() % entry.cFileName);
       walk(operation, visit, file);
     }
     path_.resize(size);
     levels_.pop_back();
   }
 
-  // The folders of the folder at path(), once its files were passed on.
+  // Passes the files of the folder at path() to `file`, and returns its subfolders.
   template <typename File>
   std::vector<WIN32_FIND_DATAA> readFolder(FINDEX_SEARCH_OPS operation, File& file) const {
     std::vector<WIN32_FIND_DATAA> folders;
@@ -75,14 +78,14 @@ class FolderWalk {
     return folders;
   }
 
-  // Whether the folder is one that the walk is in.
+  // True if the folder at path() is one that the walk is in.
   bool isCycle() const;
 
   std::string path_;
   const std::size_t startSize_;
   const bool recursive_;
   const bool namesOnly_;
-  std::vector<std::size_t> levels_;  // lengths of the paths that the walk is in
+  std::vector<std::size_t> levels_;  // sizes of the paths of the folders that the walk is in
 };
 
 }  // namespace FileSystem::Detail

@@ -1,4 +1,4 @@
-// The folders below a folder, depth first, parents before children.
+// Lists of the folders below a folder, depth first, parents before children.
 
 #include <filesystem/enumeration.h>
 
@@ -34,8 +34,8 @@ std::uint64_t EnumFolders(std::vector<FILE_INFORMATION>& result, const char* fol
 std::uint64_t EnumFolders(std::vector<std::string>& result, const char* folder, int recursive) {
   const std::size_t before = result.size();
   Detail::FolderWalk walk(Detail::withBackslash(folder), recursive != 0, true);
-  walk.run([&](const WIN32_FIND_DATAA&) {
-    result.push_back(walk.path() + '\\');
+  walk.run([&](const WIN32_FIND_DATAA& entry) {
+    result.push_back(str(boost::format("%s%s\\") % walk.parent() % entry.cFileName));
     return true;
   });
   return result.size() - before;
@@ -44,7 +44,7 @@ std::uint64_t EnumFolders(std::vector<std::string>& result, const char* folder, 
 std::uint64_t EnumFoldersEx(std::vector<FILE_INFORMATION>& result, const char* folder,
                             const boost::function1<int, const char*>& filter, int recursive) {
   const std::size_t before = result.size();
-  // What stays if the filter throws: all but the branch that is under way.
+  // If the filter throws, all records stay except those below the current top-level folder.
   std::size_t complete = before;
   Detail::FolderWalk walk(folder, recursive != 0);
   try {

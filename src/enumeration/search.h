@@ -1,5 +1,5 @@
 #pragma once
-// One search of a folder, and what all enumerations do with its entries.
+// A search of a folder.
 
 #include <filesystem/file_information.h>
 
@@ -13,8 +13,8 @@ namespace FileSystem::Detail {
 
 class Search {
  public:
-  // With `namesOnly` of an entry only its name and whether it is a folder, or a
-  // link to one, need be told.
+  // With `namesOnly`, the record of an entry may have no more than its name and the attributes that
+  // mark folders and links.
   explicit Search(const std::string& pattern, FINDEX_SEARCH_OPS operation = FindExSearchNameMatch,
                   bool namesOnly = false)
       : handle_(FindFirstFileExA(pattern.c_str(), FindExInfoStandard, &entry_, operation, nullptr,
@@ -23,8 +23,8 @@ class Search {
     return Search(pattern, FindExSearchNameMatch, true);
   }
 
-  // Goes to the next entry, at first to the first one. False at the end, and if
-  // nothing could be searched.
+  // Advances to the next entry, at first to the first one. Returns false at the end, and if the
+  // search could not be started.
   bool next() {
     if (!handle_) return false;
     if (!started_) return started_ = true;
@@ -32,7 +32,7 @@ class Search {
   }
   const WIN32_FIND_DATAA& entry() const { return entry_; }
   bool isFolder() const { return (entry_.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0; }
-  // Whether the entry, a file of that full path, can be opened for reading.
+  // Reports whether the entry, a file with this full path, can be opened for reading.
   bool canOpen(const char* path) const { return platform::probeFound(handle_.get(), path); }
 
  private:

@@ -3,6 +3,7 @@
 #include <filesystem/files.h>
 #include <filesystem/path.h>
 
+#include <boost/format.hpp>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -61,6 +62,13 @@ std::vector<FileName> listFiles(platform::OpenDirectory& directory) {
   return names;
 }
 
+// Copies a file of a folder to another one, whatever has its name there.
+bool copyOver(const std::string& source, const std::string& target, const std::string& name) {
+  boost::format path("%s%s");
+  const std::string from = str(path % source % name);
+  return ::CopyFileA(from.c_str(), str(path % target % name).c_str(), FALSE) != FALSE;
+}
+
 // Copies the files directly in a folder and returns their number. They are listed before the target
 // is created, because the target may be in the source.
 long copyFiles(const std::string& source, const std::string& target) {
@@ -71,12 +79,9 @@ long copyFiles(const std::string& source, const std::string& target) {
   OpenDirectory to(target, OpenDirectory::LastLink::Followed);
   long count = 0;
   for (const FileName& name : names) {
-    // What is not simply a new copy of a file is left to CopyFileA: existing targets, links,
-    // failures.
-    const bool copied =
-        (name.isRegular && to.copyNew(from, name.stored)) ||
-        copy((source + name.shown).c_str(), (target + name.shown).c_str(), FALSE) != 0;
-    if (copied) ++count;
+    if ((name.isRegular && to.copyNew(from, name.stored)) || copyOver(source, target, name.shown)) {
+      ++count;
+    }
   }
   return count;
 }
@@ -84,9 +89,8 @@ long copyFiles(const std::string& source, const std::string& target) {
 }  // namespace
 
 int CopyFileA(const char* source, const char* targetFolder, unsigned int mode) {
-  TargetText target{std::string_view(targetFolder)};
-  target.append(extractName(source));
-  target.append(extractExtension(source));
+  const TargetText target{std::string_view(str(boost::format("%s%s%s") % targetFolder %
+                                               extractName(source) % extractExtension(source)))};
   if (mode == kCopyIfMissing) return copy(source, target.c_str(), TRUE);
   return permits(mode, source, target.c_str()) ? copy(source, target.c_str(), FALSE) : 0;
 }
@@ -96,12 +100,16 @@ long CopyContent(const std::string& source, const std::string& target) {
   std::vector<std::string> folders;
   Detail::FolderWalk walk(source, true, true);
   walk.run([&](const WIN32_FIND_DATAA&) {
-    folders.push_back(std::string(walk.relativePath()) + '\\');
+    folders.emplace_back(walk.relativePath());
     return true;
   });
   if (EnsurePathExists(target.c_str()) == 0) return kNoTarget;
   long count = 0;
-  for (const std::string& folder : folders) count += copyFiles(source + folder, target + folder);
+  for (const std::string& folder : folders) {
+    boost::format path("%s%s\\");
+    const std::string from = str(path % source % folder);
+    count += copyFiles(from, str(path % target % folder));
+  }
   return count + copyFiles(source, target);
 }
 

@@ -1,5 +1,4 @@
-// Making chains of folders, testing a folder by a real write, and removing
-// folders that have become empty.
+// Creation of folder chains, the test of a folder by a write, and deletion of empty folders.
 
 #include <filesystem/files.h>
 #include <filesystem/path.h>
@@ -24,18 +23,18 @@ void trim(std::string& text) {
   text.erase(0, text.find_first_not_of(kWhiteSpace));
 }
 
-// Cuts the next piece off `rest`; runs of separators count as one. Empty when
-// there is no more.
-std::string_view nextPiece(std::string_view& rest) {
+// Removes the next component from the start of `rest` and returns it; empty at the end. Consecutive
+// separators count as one.
+std::string_view nextComponent(std::string_view& rest) {
   std::size_t start = 0;
   while (start < rest.size() && Detail::isSeparator(rest[start])) ++start;
   std::size_t end = start;
   while (end < rest.size() && !Detail::isSeparator(rest[end])) {
     end += Detail::characterLength(rest, end);
   }
-  const std::string_view piece = rest.substr(start, end - start);
+  const std::string_view component = rest.substr(start, end - start);
   rest.remove_prefix(end);
-  return piece;
+  return component;
 }
 
 void clearReadOnly(const char* path) {
@@ -44,22 +43,22 @@ void clearReadOnly(const char* path) {
   SetFileAttributesA(path, attributes & ~FILE_ATTRIBUTE_READONLY);
 }
 
-// A new file of a free name in a folder, gone with its object.
+// Creates a file with an unused name in a folder, and deletes it with its object.
 class ProbeFile {
  public:
-  explicit ProbeFile(const char* folder) : made_(GetTempFileNameA(folder, "~", 0, name_) != 0) {}
+  explicit ProbeFile(const char* folder) : created_(GetTempFileNameA(folder, "~", 0, name_) != 0) {}
   ProbeFile(const ProbeFile&) = delete;
   ProbeFile& operator=(const ProbeFile&) = delete;
   ~ProbeFile() {
-    if (made_) DeleteFileA(name_);
+    if (created_) DeleteFileA(name_);
   }
 
-  explicit operator bool() const { return made_; }
+  explicit operator bool() const { return created_; }
   const char* name() const { return name_; }
 
  private:
   char name_[MAX_PATH] = {};
-  bool made_;
+  bool created_;
 };
 
 }  // namespace
@@ -80,11 +79,12 @@ bool Detail::makeFolders(const char* path) {
   PathRoot(path, root);
   const char* const rootText = root;
   std::string folder = rootText;
-  const PathText behindRoot(path + folder.size());
+  const PathText afterRoot(path + folder.size());
 
-  std::string_view rest = behindRoot.view();
-  for (std::string_view piece = nextPiece(rest); !piece.empty(); piece = nextPiece(rest)) {
-    folder += piece;
+  std::string_view rest = afterRoot.view();
+  for (std::string_view component = nextComponent(rest); !component.empty();
+       component = nextComponent(rest)) {
+    folder += component;
     trim(folder);
     folder += '\\';
     if (!makeFolder(folder.c_str())) return false;
@@ -101,7 +101,7 @@ int IsValidPath(const char* path) {
   if (path == nullptr || *path == '\0') return 0;
   const ProbeFile probe(path);
   if (!probe) return 0;
-  // Declared behind the probe, so that the file is closed before it is deleted.
+  // Declared after the probe, so that the file is closed before it is deleted.
   const platform::FileHandle file(CreateFileA(probe.name(), GENERIC_READ | GENERIC_WRITE, 0,
                                               nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_ARCHIVE,
                                               nullptr));
@@ -112,7 +112,7 @@ int IsValidPath(const char* path) {
   DWORD count = 0;
   const BOOL written =
       WriteFile(file.get(), kText.data(), static_cast<DWORD>(kText.size()), &count, nullptr);
-  // At the end of the file: that the call succeeds is all that is asked.
+  // Reads nothing, at the end of the file. Only the success of the call matters.
   const BOOL read = ReadFile(file.get(), back, sizeof(back), &count, nullptr);
   return written && read ? 1 : 0;
 }

@@ -1,8 +1,10 @@
-// Marker files named by the process. Their presence is the lock.
+// Lock files: marker files named by the process id, whose existence is the lock.
 
 #include <filesystem/files.h>
 
-#include <string>
+#include <boost/format.hpp>
+#include <locale>
+#include <string_view>
 
 #include "path/fixed_text.h"
 #include "platform/unique_handle.h"
@@ -11,15 +13,15 @@
 namespace FileSystem {
 namespace {
 
-// A folder text that fills its buffer has no room for a separator and is taken
-// as it is.
+// Returns the path of this process's lock file. A folder text that fills its buffer has no space
+// for a separator and stays as it is.
 Detail::PathText lockFileOf(const char* folder) {
-  Detail::PathText name(folder);
-  if (!name.view().empty() && name.view().back() != '\\') name.append("\\");
-  // The platform's number is unsigned, but stands in the name as a signed one.
-  name.append(std::to_string(static_cast<int>(GetCurrentProcessId())));
-  name.append(".lock");
-  return name;
+  Detail::PathText start(folder);
+  if (!start.view().empty() && start.view().back() != '\\') start.append("\\");
+  // The format takes the unsigned process id for a signed number.
+  boost::format name("%s%d.lock", std::locale::classic());
+  name % start.c_str() % static_cast<int>(GetCurrentProcessId());
+  return Detail::PathText(std::string_view(str(name)));
 }
 
 }  // namespace

@@ -1,15 +1,14 @@
 #pragma once
-// Making a chain of folders, without the test that the result can be used.
+// Creation of folders, without the test that they can be used.
 
 namespace FileSystem::Detail {
 
-// Makes what is missing of the folders of `path`, with or without trailing
-// separator; null counts as empty. The root of the path (PathRoot) is neither
-// made nor tested. True unless the platform refused to make a folder; a file
-// that has the name of a piece is noticed only at the next piece.
+// Creates the missing folders of a path, which may end in a separator; null counts as empty. The
+// root of the path (PathRoot) is neither created nor tested. Returns false at the first folder that
+// cannot be created. A file that has the name of a component fails only for the component after it.
 bool makeFolders(const char* path);
 
-// Creates one directory that can be written to, unless it exists. Returns false on failure.
+// Creates one folder that can be written to, unless it exists. Returns false on failure.
 bool makeFolder(const char* path);
 
 }  // namespace FileSystem::Detail

@@ -1,5 +1,5 @@
-// Questions about one path. The answers follow from the rules of opening and
-// sharing, not from a look at a directory entry; nothing stays open.
+// Probes of a path. The answers follow from the rules of opening and sharing, not from the
+// directory entry; no probe keeps a handle open.
 
 #include <filesystem/files.h>
 
@@ -32,8 +32,8 @@ int FileExists(const char* filename) {
 }
 
 int FolderExists(const char* path) {
-  // With a unique number of the caller's the platform composes a name and
-  // creates no file, but still fails where the folder is missing.
+  // With a unique number, GetTempFileNameA only composes a name and creates no file, but still
+  // fails for a missing folder.
   constexpr UINT kComposeOnly = 1;
   char name[MAX_PATH];
   return GetTempFileNameA(path, "~", kComposeOnly, name) != 0 ? 1 : 0;
@@ -44,7 +44,7 @@ int IsFileLockedWrite(const char* filename) {
 }
 
 int IsFileReadOnly(const char* filename) {
-  // The value of a failure has all bits set, so it reads as read-only.
+  // INVALID_FILE_ATTRIBUTES has all bits set, so a failure counts as read-only.
   return (GetFileAttributesA(filename) & FILE_ATTRIBUTE_READONLY) != 0 ? 1 : 0;
 }
 

@@ -1,11 +1,12 @@
-// String values of version resources, and the version text made of two of them.
+// String values of version resources, and the version text composed of two of them.
 
 #include <filesystem/files.h>
 
+#include <boost/format.hpp>
 #include <cstdint>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <locale>
 #include <memory>
 #include <new>
 #include <string>
@@ -15,7 +16,7 @@
 namespace FileSystem {
 namespace {
 
-// The version data of a file; null if it has none, or if memory is short.
+// Returns the version data of a file; null if it has none, or if there is not enough memory.
 std::unique_ptr<unsigned char[]> versionData(const char* filename) {
   DWORD handle = 0;
   const DWORD size = GetFileVersionInfoSizeA(filename, &handle);
@@ -25,18 +26,20 @@ std::unique_ptr<unsigned char[]> versionData(const char* filename) {
   return data;
 }
 
-// Language and code page of the first block, as the path to it spells them.
-bool firstBlock(const unsigned char* data, std::string& block) {
+struct Translation {
+  std::uint16_t language;
+  std::uint16_t codePage;
+};
+
+// Reads the first pair of the translation list. Returns false if there is none.
+bool firstTranslation(const unsigned char* data, Translation& translation) {
   void* value = nullptr;
   UINT size = 0;
-  std::uint16_t pair[2];
-  if (!VerQueryValueA(data, "\\VarFileInfo\\Translation", &value, &size) || size < sizeof(pair)) {
+  if (!VerQueryValueA(data, "\\VarFileInfo\\Translation", &value, &size) ||
+      size < sizeof(translation)) {
     return false;
   }
-  std::memcpy(pair, value, sizeof(pair));
-  char text[9];
-  std::snprintf(text, sizeof(text), "%04X%04X", pair[0], pair[1]);
-  block = text;
+  std::memcpy(&translation, value, sizeof(translation));
   return true;
 }
 
@@ -44,12 +47,13 @@ bool firstBlock(const unsigned char* data, std::string& block) {
 
 int VerGetFileInfoString(const char* filename, const char* key, CString& value) {
   const std::unique_ptr<unsigned char[]> data = versionData(filename);
-  std::string block;
-  if (!data || !firstBlock(data.get(), block)) return 0;
-  const std::string path = "\\StringFileInfo\\" + block + "\\" + key;
+  Translation translation;
+  if (!data || !firstTranslation(data.get(), translation)) return 0;
+  boost::format path("\\StringFileInfo\\%04X%04X\\%s", std::locale::classic());
+  path % translation.language % translation.codePage % key;
   void* text = nullptr;
   UINT size = 0;
-  if (!VerQueryValueA(data.get(), path.c_str(), &text, &size)) return 0;
+  if (!VerQueryValueA(data.get(), str(path).c_str(), &text, &size)) return 0;
   value = CString(static_cast<const char*>(text));
   return 1;
 }

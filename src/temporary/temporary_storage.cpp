@@ -1,4 +1,4 @@
-// A folder of one's own, deleted with its object.
+// A private folder that is deleted with its object.
 
 #include <filesystem/files.h>
 #include <filesystem/temporary_storage.h>
