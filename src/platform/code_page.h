@@ -1,5 +1,5 @@
 #pragma once
-// Text from one code page to another.
+// Conversion between code pages.
 
 #include <string>
 
@@ -7,8 +7,8 @@
 
 namespace platform {
 
-// Empty if the text cannot be converted. A character without a counterpart
-// comes out as the platform makes it.
+// Returns the text in another code page, or an empty text if it cannot be converted. A character
+// that the code page lacks is replaced as the platform does it.
 std::string convertCodePage(const std::string& text, UINT from, UINT to);
 
 }  // namespace platform

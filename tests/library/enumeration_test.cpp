@@ -31,7 +31,7 @@ class Enumeration : public testing::Test {
   void make(std::initializer_list<const char*> files) {
     for (const char* name : files) support::writeFile(folder_.file(name), name);
   }
-  // Paths without the folder in front of them.
+  // Returns paths without the folder at their start, sorted.
   Names below(Names paths) const {
     for (std::string& path : paths) {
       EXPECT_TRUE(path.starts_with(text_)) << path;
@@ -67,7 +67,7 @@ TEST_F(Enumeration, GroupsOfExtensions) {
   EXPECT_EQ(EnumFiles(names, path_, "*", support::text(".\xC3\xA4").c_str(), end_), 1U);
   EXPECT_EQ(names, (Names{support::kPlatform.exactCase ? "Q" : "q", "u"}));
 
-  // One that nobody else may open has no part in a group.
+  // A file without sharing does not count for its group.
   const platform::FileHandle owner(CreateFileA(folder_.file("x.bbb").c_str(), GENERIC_READ, 0,
                                                nullptr, OPEN_EXISTING, 0, nullptr));
   names.clear();
@@ -177,7 +177,7 @@ TEST_F(Enumeration, Folders) {
   EXPECT_EQ(EnumFoldersEx(records, path_, notA, 1), 2U);
   EXPECT_EQ(below(asked), (Names{".hidden", "a", "c"}));
 
-  // Of the branch in which the filter throws nothing stays but its top.
+  // The records below the folder in which the filter throws are dropped.
   records.clear();
   const auto throwsAtB = [](const char* path) -> int {
     if (std::string_view(path).ends_with("\\b")) throw std::runtime_error("b");

@@ -1,4 +1,4 @@
-// Probes, making and removing folders.
+// Probes, and creation and deletion of folders.
 
 #include <filesystem/files.h>
 #include <gtest/gtest.h>
@@ -63,7 +63,7 @@ TEST_F(Files, Probes) {
   }
   EXPECT_EQ(AllowedAccess(nullptr), kReadWrite);
   EXPECT_EQ(FileExists(""), 0);
-  // Along the search path, which is not what can be opened by that name.
+  // A name that is found along the search path cannot be opened by that name.
   EXPECT_GT(FileExists(support::kPlatform.program), 1);
   EXPECT_EQ(AllowedAccess(support::kPlatform.program), 0U);
   EXPECT_EQ(FileExists((std::string("C:") + support::kPlatform.program).c_str()), 0);
@@ -107,7 +107,7 @@ TEST_F(Files, TimeIsALocalAutomationDate) {
 
 TEST_F(Files, FolderChains) {
   const std::string chain = folder_.text() + "a\\b/c \\\\d";
-  // A pair of separators begins a server name, so that nothing is made.
+  // A pair of separators starts a server name, so nothing is created.
   EXPECT_EQ(EnsurePathExists(chain.c_str()), 0);
   EXPECT_EQ(EnsurePathExists((folder_.name() + "\\a\\b/c").c_str()), 1);
   EXPECT_TRUE(std::filesystem::is_directory(folder_.file("a/b/c")));

@@ -37,7 +37,7 @@ TEST_F(Trees, CopyModes) {
   // The lower halves of these times are in reverse order.
   constexpr std::time_t kSourceTime = 1600000000;
   constexpr std::time_t kTimes[] = {0, kSourceTime - 300, kSourceTime, kSourceTime + 400};
-  // For each mode the targets over which a copy is made.
+  // For each mode, the targets that are overwritten or created.
   struct {
     unsigned int mode;
     bool missing, older, same, newer;
@@ -152,7 +152,7 @@ TEST_F(Trees, Sweep) {
   EXPECT_TRUE(exists("future.tmp"));
   EXPECT_EQ(FileSystem::eraseOldFile(folder_.file("missing\\"), 0), 0U);
 
-  // A folder that becomes empty goes, and the folders above it that then are.
+  // A folder that becomes empty is deleted, and so are its parents that become empty.
   write("chain/top/sub/f", "", 2 * kDay);
   EXPECT_EQ(FileSystem::eraseOldFile(folder_.text() + "chain\\top\\", 1), 1U);
   EXPECT_FALSE(exists("chain"));
@@ -209,8 +209,7 @@ TEST_F(Trees, TemporaryStorageLifecycle) {
   EXPECT_TRUE(exists("base"));
 }
 
-// With the folders above it.
-TEST_F(Trees, TemporaryStorageLeavesWhatSomebodyHolds) {
+TEST_F(Trees, TemporaryStorageKeepsFilesInUse) {
   TemporaryStorage storage;
   ASSERT_TRUE(storage.create(folder_.name(), false));
   const std::string held = storage.path() + "held";

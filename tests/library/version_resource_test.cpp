@@ -46,7 +46,6 @@ TEST(VersionResource, WhatIsMissingChangesNothing) {
   EXPECT_STREQ(value, "2.5.1");
 }
 
-// Every change of a byte: the values that are still found lie inside the block.
 TEST(VersionResource, Queries) {
   const std::string path = data("special3");
   const DWORD size = GetFileVersionInfoSizeA(path.c_str(), nullptr);
@@ -77,8 +76,8 @@ TEST(VersionResource, Queries) {
   }
 }
 
-// Libraries of another project, where it is installed: the text that stands
-// behind the key's name in the file.
+// Libraries of Wine, where it is installed. The expected text is the one that follows the key in
+// the file.
 TEST(VersionResource, RealLibraries) {
   const std::filesystem::path folder = "/usr/lib/x86_64-linux-gnu/wine/x86_64-windows";
   if (!std::filesystem::exists(folder)) GTEST_SKIP() << "libwine is not installed";

@@ -1,5 +1,5 @@
-// Both code pages are UTF-8. An ill-formed byte becomes one of U+DC80 to U+DCFF,
-// which UTF-8 never makes, so that every text comes back as it was.
+// Both code pages are UTF-8. An ill-formed byte is converted to one of U+DC80 to U+DCFF, which
+// well-formed UTF-8 never contains, so every text survives the conversion to UTF-16 and back.
 
 #include <cstring>
 #include <string>
@@ -56,8 +56,7 @@ void appendUtf8(std::string& out, char32_t value) {
   }
 }
 
-// The published way to hand back a text: its length, and with a size its
-// characters if they fit.
+// Returns the length of a text, and copies it if `size` is not 0. Fails if the text does not fit.
 template <typename Text, typename Char>
 int deliver(const Text& text, Char* buffer, int size) {
   if (size == 0) return static_cast<int>(text.size());

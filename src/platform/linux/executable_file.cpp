@@ -75,7 +75,7 @@ class Image {
  public:
   explicit Image(const char* path) : numbers_(path) {}
 
-  // Reads the headers. False if the file is no executable with resources.
+  // Reads the headers. Returns false if the file is not an executable with resources.
   bool open() {
     constexpr std::uint16_t kDosMagic = 0x5A4D;
     constexpr std::uint32_t kPeMagic = 0x00004550;
@@ -103,7 +103,7 @@ class Image {
   ResourceResult find(std::uint16_t type, std::vector<unsigned char>& data) {
     std::uint32_t offset = 0;
     if (!entry(0, type, offset)) return ResourceResult::NoSuchType;
-    // Below the type come the names, and below a name its languages.
+    // Below the type are the names, and below a name its languages.
     for (int level = 0; level < 2; ++level) {
       if ((offset & kSubdirectory) == 0) return ResourceResult::Damaged;
       if (!entry(offset & ~kSubdirectory, std::nullopt, offset)) return ResourceResult::Damaged;
@@ -134,7 +134,7 @@ class Image {
     return true;
   }
 
-  // Position in the file of an address in the image.
+  // Sets the position in the file of an address in the image. Returns false if no section has it.
   bool locate(std::uint32_t address, std::uint64_t& position) const {
     for (const Section& section : sections_) {
       if (address < section.address || address - section.address >= section.size) continue;
@@ -144,7 +144,7 @@ class Image {
     return false;
   }
 
-  // The entry of an id in a resource directory, or its first one.
+  // Finds the entry of an id in a resource directory, or the first entry without an id.
   bool entry(std::uint32_t directory, std::optional<std::uint16_t> id, std::uint32_t& offset) {
     constexpr std::uint32_t kHeaderSize = 16;
     constexpr std::uint32_t kEntrySize = 8;

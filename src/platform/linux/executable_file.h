@@ -1,6 +1,5 @@
 #pragma once
-// Resources of executables in the published PE format of Windows. Nothing that
-// the file tells is trusted.
+// Resources of executables in the published PE format of Windows. No field of the file is trusted.
 
 #include <cstdint>
 #include <vector>

@@ -35,5 +35,5 @@ int lstrcmpiA(const char* first, const char* second) {
   return static_cast<int>(!a.empty()) - static_cast<int>(!b.empty());
 }
 
-// UTF-8 has no double-byte characters in this sense.
+// UTF-8 has no lead bytes of double-byte characters.
 BOOL IsDBCSLeadByte(BYTE) { return FALSE; }

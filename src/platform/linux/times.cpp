@@ -1,5 +1,5 @@
-// Clocks and the kinds of time: file times (100 ns since 1601), their parts, and
-// automation dates (days since 1899-12-30).
+// Clocks, and conversions between file times (100 ns since 1601), their parts, and automation dates
+// (days since 1899-12-30).
 
 #include <algorithm>
 #include <chrono>
@@ -34,7 +34,7 @@ FILETIME timeNow() {
   return fileTimeOf(now.tv_sec, now.tv_nsec);
 }
 
-// Seconds that the local time is ahead of UTC now.
+// Returns the seconds by which local time is ahead of UTC now.
 std::int64_t localOffset() {
   const std::time_t now = std::time(nullptr);
   std::tm parts{};

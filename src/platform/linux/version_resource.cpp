@@ -36,7 +36,7 @@ std::size_t blockSize(std::size_t resourceSize) {
 
 std::size_t aligned(std::size_t offset) { return (offset + 3) & ~std::size_t{3}; }
 
-// One node of the resource, by offsets from the resource's start. All lie inside.
+// A node of the resource, by offsets from the start of the resource. All are in its bounds.
 struct Node {
   std::u16string key;
   bool isText = false;
@@ -93,7 +93,7 @@ class Resource {
     return node;
   }
 
-  // The text of a node's value, up to its terminating zero.
+  // Returns the text of a node's value, up to its terminating zero.
   std::u16string textOf(const Node& node) const {
     std::u16string text;
     for (std::size_t at = node.value; node.valueEnd - at >= 2 && word(at) != 0; at += 2) {

@@ -1,4 +1,4 @@
-// Enumeration of what only this platform has.
+// Enumeration of links, unusual names, and directories with few permissions.
 
 #include <fcntl.h>
 #include <filesystem/enumeration.h>
@@ -30,7 +30,7 @@ class EnumerationOnLinux : public testing::Test {
   void make(std::initializer_list<const char*> files) {
     for (const char* name : files) support::writeFile(folder_.file(name), name);
   }
-  // Paths without the folder in front of them, sorted.
+  // Returns paths without the folder at their start, sorted.
   Names below(Names paths) const {
     for (std::string& path : paths) path.erase(0, text_.size());
     std::sort(paths.begin(), paths.end());
@@ -42,7 +42,7 @@ class EnumerationOnLinux : public testing::Test {
   const char* path_ = text_.c_str();
 };
 
-// The superuser's power over permissions, given up until the end.
+// Gives up the superuser's exemption from permissions.
 class WithoutPower {
  public:
   WithoutPower() {
@@ -60,7 +60,7 @@ class WithoutPower {
   __user_cap_data_struct before_[2]{};
 };
 
-TEST_F(EnumerationOnLinux, LinksAreFollowedButNotBack) {
+TEST_F(EnumerationOnLinux, LinksAreFollowedExceptInCycles) {
   make({"real/file", "real/deep/x"});
   std::filesystem::create_directory_symlink(folder_.file("real"), folder_.file("link"));
   std::filesystem::create_directory_symlink(folder_.path(), folder_.file("real/up"));
@@ -80,8 +80,7 @@ TEST_F(EnumerationOnLinux, LinksAreFollowedButNotBack) {
   std::filesystem::current_path(before);
 }
 
-// A backslash in a name is no separator, and the path that is delivered opens
-// the file.
+// A backslash in a name is not a separator, and the path that is listed opens the file.
 TEST_F(EnumerationOnLinux, BackslashInANameComesBack) {
   make({"sub/a\\b"});
   Names paths;

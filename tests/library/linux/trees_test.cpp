@@ -1,5 +1,6 @@
 // Deletion of trees that hold links, or are changed meanwhile.
 
+#include <dlfcn.h>
 #include <fcntl.h>
 #include <filesystem/files.h>
 #include <filesystem/temporary_storage.h>
@@ -55,7 +56,6 @@ TEST_F(TreesOnLinux, SweepDoesNotGoThroughLinks) {
   EXPECT_TRUE(fs::is_symlink(folder_.file("link")));
 }
 
-// Whoever swaps a directory for a link to another one gains nothing.
 TEST_F(TreesOnLinux, SweepStaysInItsTreeWhileDirectoriesAreSwapped) {
   writeOld(elsewhere_.file("old"));
   support::writeFile(folder_.file("tree/sub/new"), "");
@@ -76,7 +76,30 @@ TEST_F(TreesOnLinux, SweepStaysInItsTreeWhileDirectoriesAreSwapped) {
   EXPECT_TRUE(support::exists(elsewhere_.file("old")));
 }
 
-TEST_F(TreesOnLinux, TemporaryStorageTakesAllOfItsOwn) {
+// The roots of mapped drives and shares stay, even if they are empty.
+TEST_F(TreesOnLinux, RootsOfDrivesStay) {
+  // The library's own function, not that of the platform layer that is linked to the test.
+  const auto define =
+      reinterpret_cast<decltype(&DefineDosDeviceA)>(dlsym(RTLD_NEXT, "DefineDosDeviceA"));
+  ASSERT_NE(define, nullptr);
+  fs::create_directories(folder_.file("mapped"));
+  ASSERT_TRUE(define(0, "T:", folder_.file("mapped").c_str()));
+  ASSERT_TRUE(define(0, "UNC\\srv\\share", folder_.file("mapped").c_str()));
+  EXPECT_EQ(FileSystem::DeleteEmptyFolder("T:\\"), 0);
+  for (const char* path : {"T:\\a", "\\\\srv\\share\\a"}) {
+    fs::create_directory(folder_.file("mapped/a"));
+    EXPECT_EQ(FileSystem::DeleteEmptyFolder(path), 1) << path;
+    EXPECT_FALSE(support::exists(folder_.file("mapped/a"))) << path;
+    EXPECT_TRUE(support::exists(folder_.file("mapped"))) << path;
+  }
+  fs::create_directory(folder_.file("mapped/a"));
+  EXPECT_EQ(FileSystem::eraseOldFile("T:\\", 1), 0U);
+  EXPECT_TRUE(fs::is_empty(folder_.file("mapped")));
+  EXPECT_TRUE(define(DDD_REMOVE_DEFINITION, "T:", nullptr));
+  EXPECT_TRUE(define(DDD_REMOVE_DEFINITION, "UNC\\srv\\share", nullptr));
+}
+
+TEST_F(TreesOnLinux, TemporaryStorageDeletesAllItsContent) {
   support::writeFile(elsewhere_.file("kept"), "");
   TemporaryStorage storage;
   ASSERT_TRUE(storage.create(folder_.name(), true));

@@ -52,7 +52,7 @@ TEST(Wildcard, Matches) {
     EXPECT_EQ(platform::native::Wildcard(c.pattern).matches(c.name), c.matches)
         << c.pattern << ' ' << c.name;
   }
-  // A pattern that makes naive matchers run for ages.
+  // A pattern for which backtracking takes exponential time.
   std::string pattern;
   for (int i = 0; i < 50; ++i) pattern += "a*";
   EXPECT_FALSE(platform::native::Wildcard(pattern + "b").matches(std::string(255, 'a')));
@@ -76,7 +76,7 @@ TEST(Text, ComparisonIgnoresCase) {
 
 TEST(CodePages, EveryTextComesBack) {
   std::minstd_rand random(1);
-  // Bytes that begin, continue and spoil sequences.
+  // Bytes that start, continue and break sequences.
   constexpr char kBytes[] = "a\x80\x9F\xA0\xBF\xC1\xC3\xE0\xED\xEF\xF0\xF4\xF5\xFF";
   for (int round = 0; round < 20000; ++round) {
     std::string text;
