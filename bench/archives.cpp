@@ -1,4 +1,4 @@
-// Single steps on archives of many small entries, beside libzip.
+// Single calls on archives of many small entries, compared with libzip.
 
 #include <filesystem/zip_archive.h>
 #include <zip.h>
@@ -26,14 +26,14 @@ std::size_t entriesOf(std::size_t full, int eighths) {
   return full / 8 * static_cast<std::size_t>(eighths);
 }
 
-// A copy of an archive to be changed.
+// Copies an archive, for a call that changes it.
 std::string copyOf(const std::string& archive, const Workspace& workspace) {
   const std::string copy = workspace.fresh("changed.zip");
   fs::copy_file(archive, copy);
   return copy;
 }
 
-Road extraction(const Workspace& workspace, std::size_t entries) {
+Operation extraction(const Workspace& workspace, std::size_t entries) {
   const auto name = [=](int eighths) { return entryName(entriesOf(entries, eighths) * 3 / 4); };
   return {.name = "extract to memory, one of 10,000",
           .target = 0.5,
@@ -66,7 +66,7 @@ Road extraction(const Workspace& workspace, std::size_t entries) {
           .note = {}};
 }
 
-Road insertion(const Workspace& workspace) {
+Operation insertion(const Workspace& workspace) {
   static const std::string text = sourceText(10'000);
   return {.name = "insert 10 KB into 10,000",
           .target = 0.05,
@@ -96,7 +96,7 @@ Road insertion(const Workspace& workspace) {
           .note = {}};
 }
 
-Road removal(const Workspace& workspace, std::size_t entries) {
+Operation removal(const Workspace& workspace, std::size_t entries) {
   const auto name = [=](int eighths) { return entryName(entriesOf(entries, eighths) / 2); };
   return {.name = "remove one of 10,000",
           .target = 0.5,
@@ -125,7 +125,7 @@ Road removal(const Workspace& workspace, std::size_t entries) {
           .note = {}};
 }
 
-Road existence(const Workspace& workspace, std::size_t entries) {
+Operation existence(const Workspace& workspace, std::size_t entries) {
   const auto name = [=](int eighths) { return entryName(entriesOf(entries, eighths) * 3 / 4); };
   return {.name = "exist on 100,000",
           .target = 0.5,
@@ -150,7 +150,7 @@ Road existence(const Workspace& workspace, std::size_t entries) {
           .note = {}};
 }
 
-Road enumeration(const Workspace& workspace) {
+Operation enumeration(const Workspace& workspace) {
   return {
       .name = "enumerate 100,000",
       .target = 0.5,
@@ -181,7 +181,7 @@ Road enumeration(const Workspace& workspace) {
 
 }  // namespace
 
-std::vector<Road> archiveRoads(const Workspace& workspace) {
+std::vector<Operation> archiveOperations(const Workspace& workspace) {
   const std::size_t small = workspace.scaled(10'000);
   const std::size_t large = workspace.scaled(100'000);
   return {extraction(workspace, small), insertion(workspace), removal(workspace, small),

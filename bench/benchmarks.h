@@ -1,5 +1,5 @@
 #pragma once
-// All roads, by what they need of a medium.
+// The operations that are measured, by subject.
 
 #include <vector>
 
@@ -8,22 +8,22 @@
 
 namespace bench {
 
-std::vector<Road> packingRoads(const Workspace& workspace);
-std::vector<Road> archiveRoads(const Workspace& workspace);
-std::vector<Road> folderRoads(const Workspace& workspace);
-std::vector<Road> streamRoads(const Workspace& workspace);
-std::vector<Road> durabilityRoads(const Workspace& workspace);
-// These touch no medium.
-std::vector<Road> xmlRoads(std::size_t scale);
-std::vector<Road> pathRoads(std::size_t scale);
+std::vector<Operation> packingOperations(const Workspace& workspace);
+std::vector<Operation> archiveOperations(const Workspace& workspace);
+std::vector<Operation> folderOperations(const Workspace& workspace);
+std::vector<Operation> streamOperations(const Workspace& workspace);
+std::vector<Operation> durabilityOperations(const Workspace& workspace);
+// These use no medium.
+std::vector<Operation> xmlOperations(std::size_t scale);
+std::vector<Operation> pathOperations(std::size_t scale);
 
-// Where the compiler must not see that a value is not used.
+// Makes the compiler compute a value that nothing else uses.
 template <typename Value>
 void keep(const Value& value) {
   asm volatile("" : : "g"(&value) : "memory");
 }
 
-// Throws std::runtime_error unless a run did what it should.
+// Throws std::runtime_error unless `done`.
 void require(bool done, const char* what);
 
 }  // namespace bench

@@ -45,7 +45,7 @@ bool isSource(const fs::path& path) {
          std::end(kExtensions);
 }
 
-// Source-like files of this machine, in the order of their paths.
+// Returns this machine's source files, in the order of their paths.
 const std::vector<fs::path>& sourceFiles() {
   static const std::vector<fs::path> files = [] {
     std::vector<fs::path> found;
@@ -54,7 +54,7 @@ const std::vector<fs::path>& sourceFiles() {
       for (const auto& entry : fs::recursive_directory_iterator(root, options)) {
         constexpr std::uintmax_t kLargest = 200'000;
         if (!entry.is_regular_file() || entry.is_symlink() || !isSource(entry.path())) continue;
-        // Longer paths than the library's own limit take no part.
+        // The library lists no longer paths.
         if (entry.file_size() <= kLargest && entry.path().string().size() < 150) {
           found.push_back(entry.path());
         }
@@ -67,8 +67,8 @@ const std::vector<fs::path>& sourceFiles() {
   return files;
 }
 
-// Copies that many source files, spread evenly over all there are, so that trees
-// of all sizes are alike; again under another top folder if they are too few.
+// Copies a number of source files, spread evenly over all files of the machine, so that trees of
+// all sizes are alike. If there are too few, copies them again below another directory.
 void makeTree(const fs::path& target, std::size_t count) {
   const std::vector<fs::path>& files = sourceFiles();
   const std::size_t most = std::max(count, files.size());
@@ -170,7 +170,7 @@ std::string Workspace::fresh(const std::string& name) const {
 
 std::string Workspace::emptyFolder(const std::string& name) const {
   if (!inMemory_ && holdsManyFiles(path(name))) {
-    fs::rename(path(name), path("put-away-" + std::to_string(putAway_++)));
+    fs::rename(path(name), path("renamed-" + std::to_string(renamed_++)));
   }
   fs::create_directories(fresh(name));
   return path(name);

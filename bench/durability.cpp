@@ -69,8 +69,8 @@ class Database {
 
 // Changes of some rows, one call after the other, beside as many of SQLite's commits.
 template <typename Change>
-Road changes(const Workspace& workspace, const char* name, const char* statement, int firstRow,
-             Change change) {
+Operation changes(const Workspace& workspace, const char* name, const char* statement, int firstRow,
+                  Change change) {
   constexpr int kCalls = 40;
   return {.name = name,
           .target = 1.5,
@@ -94,7 +94,7 @@ Road changes(const Workspace& workspace, const char* name, const char* statement
 }
 
 // `cp` returns before its copies are on the disk, and `sync` makes all of them durable at once.
-Road copyOver(const Workspace& workspace) {
+Operation copyOver(const Workspace& workspace) {
   // A copy of the tree, all of it on the disk.
   const auto existing = [&workspace](int eighths) {
     const std::string target = workspace.emptyFolder("over");
@@ -119,7 +119,7 @@ Road copyOver(const Workspace& workspace) {
 
 }  // namespace
 
-std::vector<Road> durabilityRoads(const Workspace& workspace) {
+std::vector<Operation> durabilityOperations(const Workspace& workspace) {
   return {
       changes(workspace, "40 inserts of 10 KB, each durable", "INSERT INTO t VALUES(?, ?)", kRows,
               [](ZipArchive& archive, const std::string& key) {

@@ -19,7 +19,7 @@ namespace {
 
 const std::string kPrograms = BENCH_PROGRAMS "/";
 
-Road enumerateFiles(const Workspace& workspace) {
+Operation enumerateFiles(const Workspace& workspace) {
   return {
       .name = "EnumFilesWithPath, 20,000 files",
       .target = 1.0,
@@ -47,7 +47,7 @@ Road enumerateFiles(const Workspace& workspace) {
       .note = {}};
 }
 
-Road enumerateFolders(const Workspace& workspace) {
+Operation enumerateFolders(const Workspace& workspace) {
   return {
       .name = "EnumFolders, the same tree",
       .target = 1.0,
@@ -71,7 +71,7 @@ Road enumerateFolders(const Workspace& workspace) {
       .note = {}};
 }
 
-Road copyTree(const Workspace& workspace) {
+Operation copyTree(const Workspace& workspace) {
   const auto into = [&workspace] { return workspace.emptyFolder("copied"); };
   return {.name = "CopyContent, 20,000 files",
           .target = 1.0,
@@ -100,7 +100,7 @@ void fill(const std::string& folder, std::size_t count) {
   }
 }
 
-Road clearStorage(const Workspace& workspace) {
+Operation clearStorage(const Workspace& workspace) {
   const std::size_t count = workspace.scaled(10'000);
   return {.name = "TemporaryStorage::clear, 10,000 files",
           .target = 1.3,
@@ -126,7 +126,7 @@ Road clearStorage(const Workspace& workspace) {
 
 }  // namespace
 
-std::vector<Road> folderRoads(const Workspace& workspace) {
+std::vector<Operation> folderOperations(const Workspace& workspace) {
   return {enumerateFiles(workspace), enumerateFolders(workspace), copyTree(workspace),
           clearStorage(workspace)};
 }

@@ -26,8 +26,8 @@ struct PeerRounds {
   std::vector<double> seconds, ratios, processorRatios;
 };
 
-// Lets the peers rest that are far behind the fastest; the seconds of a round of
-// the others.
+// Excludes the peers that are much slower than the fastest. Returns the seconds that a round of the
+// others takes.
 double dropHopeless(std::vector<PeerRounds>& peers) {
   double fastest = std::numeric_limits<double>::max();
   for (const PeerRounds& peer : peers) fastest = std::min(fastest, median(peer.seconds));
@@ -39,14 +39,14 @@ double dropHopeless(std::vector<PeerRounds>& peers) {
   return seconds;
 }
 
-// Slope of the line through the logarithms of work and time.
-double exponentOf(const Road& road) {
+// Returns the slope of the line through the logarithms of work and time.
+double exponentOf(const Operation& operation) {
   constexpr int kSizes[] = {1, 2, 4, 8};
   std::vector<double> best(std::size(kSizes), std::numeric_limits<double>::max());
   constexpr int kRounds = 3;
   for (int round = 0; round < kRounds; ++round) {
     for (std::size_t i = 0; i < best.size(); ++i)
-      best[i] = std::min(best[i], road.ours(kSizes[i]).processor);
+      best[i] = std::min(best[i], operation.ours(kSizes[i]).processor);
   }
   double sumX = 0, sumY = 0, sumXX = 0, sumXY = 0;
   const double count = static_cast<double>(best.size());
@@ -79,23 +79,23 @@ double median(std::vector<double> values) {
   return values.size() % 2 == 1 ? values[half] : (values[half - 1] + values[half]) / 2;
 }
 
-Result measure(const Road& road, const std::string& medium, const Settings& settings) {
-  std::fprintf(stderr, "%s, %s\n", road.name.c_str(), medium.c_str());
-  const std::size_t peerCount = road.peers.size();
+Result measure(const Operation& operation, const std::string& medium, const Settings& settings) {
+  std::fprintf(stderr, "%s, %s\n", operation.name.c_str(), medium.c_str());
+  const std::size_t peerCount = operation.peers.size();
   std::vector<double> ours;
   std::vector<PeerRounds> peers(peerCount);
 
-  // A round that does not count fills the caches of all.
-  road.ours(kWhole);
+  // A first round, which does not count, fills the caches.
+  operation.ours(kWhole);
   int rounds = 2;
   for (int round = 0; round < rounds; ++round) {
-    // Our turn comes at another place in each round.
+    // The library runs at another place in each round.
     const std::size_t turn = static_cast<std::size_t>(round) % (peerCount + 1);
     std::vector<Cost> theirs(peerCount);
     Cost own;
     for (std::size_t i = 0; i <= peerCount; ++i) {
-      if (i == turn) own = road.ours(kWhole);
-      if (i < peerCount && peers[i].runs) theirs[i] = road.peers[i].run();
+      if (i == turn) own = operation.ours(kWhole);
+      if (i < peerCount && peers[i].runs) theirs[i] = operation.peers[i].run();
     }
     ours.push_back(own.wall);
     for (std::size_t i = 0; i < peerCount; ++i) {
@@ -107,15 +107,15 @@ Result measure(const Road& road, const std::string& medium, const Settings& sett
     if (round == 1) rounds = roundsFor(median(ours) + dropHopeless(peers), settings);
   }
 
-  Result result{.name = road.name,
+  Result result{.name = operation.name,
                 .medium = medium,
-                .target = road.target,
+                .target = operation.target,
                 .seconds = median(ours),
                 .comparisons = {},
-                .exponent = exponentOf(road),
-                .note = road.note ? road.note() : ""};
+                .exponent = exponentOf(operation),
+                .note = operation.note ? operation.note() : ""};
   for (std::size_t i = 0; i < peerCount; ++i) {
-    result.comparisons.push_back({.peer = road.peers[i].name,
+    result.comparisons.push_back({.peer = operation.peers[i].name,
                                   .seconds = median(peers[i].seconds),
                                   .ratio = median(peers[i].ratios),
                                   .processorRatio = median(peers[i].processorRatios),

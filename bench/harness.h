@@ -1,5 +1,5 @@
 #pragma once
-// Roads, their measurement beside their peers, and what came out.
+// Operations, their measurement against their peers, and the results.
 
 #include <functional>
 #include <string>
@@ -7,10 +7,10 @@
 
 namespace bench {
 
-// Seconds that a piece of work took, without what prepares it.
+// The seconds that a piece of work took, without its preparation.
 struct Cost {
   double wall = 0;
-  double processor = 0;  // user and system time, which a busy machine changes less
+  double processor = 0;  // user and system time, which other programs disturb less
 
   Cost operator-(const Cost& other) const {
     return {wall - other.wall, processor - other.processor};
@@ -24,13 +24,13 @@ struct Peer {
   Run run;
 };
 
-// A use of the library, and what a user would take instead.
-struct Road {
+// A use of the library, and the programs and libraries that a user could take instead.
+struct Operation {
   std::string name;
   double target;                      // ratio of our time to the fastest peer's
   std::function<Cost(int)> ours;      // 1, 2, 4 or 8 eighths of the work
   std::vector<Peer> peers;            // all of the work
-  std::function<std::string()> note;  // told in the table when all is measured; may be empty
+  std::function<std::string()> note;  // for the table, called after the measurement; may be empty
 };
 
 struct Comparison {
@@ -52,19 +52,19 @@ struct Result {
   std::string note;
 };
 
-// What is asked for on the command line and in the environment.
+// The choices made in the environment.
 struct Settings {
   bool quick = false;  // a tenth of the work and few rounds, for development
-  std::string filter;  // roads whose names hold this text
+  std::string filter;  // operations whose names contain this text
 };
 
 // Throws std::runtime_error if a run fails.
-Result measure(const Road& road, const std::string& medium, const Settings& settings);
+Result measure(const Operation& operation, const std::string& medium, const Settings& settings);
 
-// The moment, by the clock and by this process's processor time.
+// Returns the time of the clock and the processor time of this process.
 Cost now();
 
-// What `work` takes.
+// Returns the cost of `work`.
 template <typename Work>
 Cost timed(Work work) {
   const Cost start = now();
@@ -72,7 +72,7 @@ Cost timed(Work work) {
   return now() - start;
 }
 
-// NaN without values.
+// Returns NaN if there are no values.
 double median(std::vector<double> values);
 
 }  // namespace bench

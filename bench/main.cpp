@@ -1,8 +1,10 @@
-// Measures the library beside what its users would take instead, and writes a
-// table and a chart.
+// Compares the library's speed with that of other libraries and programs, and writes a table and a
+// chart.
 //
-// bench OUTPUT MEDIUM=FOLDER... : all roads, with a working folder on each medium.
-// BENCH_QUICK=1 does a tenth of the work, BENCH_ONLY=TEXT the roads of that name.
+// bench OUTPUT MEDIUM=DIRECTORY... measures all operations, with a working directory on each
+// medium. In the environment, BENCH_QUICK=1 does a tenth of the work, BENCH_ONLY=TEXT measures only
+// the operations whose names contain the text, and BENCH_PACKAGES lists the packages whose versions
+// the table names.
 
 #include <unistd.h>
 
@@ -21,7 +23,7 @@
 namespace bench {
 
 void require(bool done, const char* what) {
-  if (!done) throw std::runtime_error(std::string(what) + " did not work");
+  if (!done) throw std::runtime_error(std::string(what) + " failed");
 }
 
 namespace {
@@ -32,8 +34,7 @@ void write(const std::string& path, const std::string& text) {
   require(file.flush().good(), path.c_str());
 }
 
-// Table and chart are written after each road, so that a run that is cut off
-// leaves what it has measured.
+// Writes table and chart after each operation, so that the results of an interrupted run are kept.
 class Bench {
  public:
   Bench(std::string output, Settings settings)
@@ -41,10 +42,10 @@ class Bench {
     std::filesystem::create_directories(output_);
   }
 
-  void run(const std::vector<Road>& roads, const std::string& medium) {
-    for (const Road& road : roads) {
-      if (road.name.find(settings_.filter) == std::string::npos) continue;
-      results_.push_back(measure(road, medium, settings_));
+  void run(const std::vector<Operation>& operations, const std::string& medium) {
+    for (const Operation& operation : operations) {
+      if (operation.name.find(settings_.filter) == std::string::npos) continue;
+      results_.push_back(measure(operation, medium, settings_));
       write(output_ + "/table.md", table(results_));
       write(output_ + "/chart.svg", chart(results_));
     }
@@ -52,13 +53,14 @@ class Bench {
 
   void runOn(const std::string& medium, const std::string& folder) {
     const Workspace workspace(folder + "/vesk-bench-" + std::to_string(getpid()), scale());
-    // Temporary files belong to the medium as well.
+    // Temporary files are on the same medium.
     setenv("TMPDIR", workspace.emptyFolder("tmp").c_str(), 1);
-    for (const auto roads : {packingRoads, archiveRoads, folderRoads, streamRoads}) {
-      run(roads(workspace), medium);
+    for (const auto operations :
+         {packingOperations, archiveOperations, folderOperations, streamOperations}) {
+      run(operations(workspace), medium);
     }
     // In memory nothing is durable, and a commit costs nothing.
-    if (medium != "memory") run(durabilityRoads(workspace), medium);
+    if (medium != "memory") run(durabilityOperations(workspace), medium);
   }
 
   std::size_t scale() const { return settings_.quick ? 10 : 1; }
@@ -72,7 +74,7 @@ class Bench {
 
 int main(int argc, char** argv) {
   if (argc < 3) {
-    std::fputs("usage: bench OUTPUT MEDIUM=FOLDER...\n", stderr);
+    std::fputs("usage: bench OUTPUT MEDIUM=DIRECTORY...\n", stderr);
     return 2;
   }
   const char* const quick = std::getenv("BENCH_QUICK");
@@ -83,11 +85,11 @@ int main(int argc, char** argv) {
   for (int i = 2; i < argc; ++i) {
     const std::string argument = argv[i];
     const std::size_t equals = argument.find('=');
-    require(equals != std::string::npos, "MEDIUM=FOLDER");
+    require(equals != std::string::npos, "parsing MEDIUM=DIRECTORY");
     bench.runOn(argument.substr(0, equals), argument.substr(equals + 1));
   }
-  bench.run(xmlRoads(bench.scale()), "memory");
-  bench.run(pathRoads(bench.scale()), "memory");
+  bench.run(xmlOperations(bench.scale()), "memory");
+  bench.run(pathOperations(bench.scale()), "memory");
   std::fputs(table(bench.results()).c_str(), stdout);
   return 0;
 }

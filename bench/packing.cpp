@@ -1,4 +1,4 @@
-// Packing and unpacking, each side as a process of its own.
+// Packing and unpacking, each side in a process of its own.
 
 #include <cstdio>
 #include <filesystem>
@@ -21,7 +21,7 @@ std::string megabytes(const std::string& file) {
 
 using FolderOf = const std::string& (Workspace::*)(int) const;
 
-Road packing(const Workspace& workspace, const std::string& what, FolderOf folderOf) {
+Operation packing(const Workspace& workspace, const std::string& what, FolderOf folderOf) {
   const std::string folder = (workspace.*folderOf)(8);
   const auto target = [&workspace] { return workspace.fresh("packed.zip"); };
   const auto program = [=](std::vector<std::string> command, bool inFolder) {
@@ -56,9 +56,9 @@ Road packing(const Workspace& workspace, const std::string& what, FolderOf folde
               }};
 }
 
-// The archives are those of `zip`, so that all make the same tree.
-Road unpacking(const Workspace& workspace, const std::string& what, FolderOf folderOf,
-               const std::string& prefix) {
+// All unpack the archives of `zip`, and so create the same tree.
+Operation unpacking(const Workspace& workspace, const std::string& what, FolderOf folderOf,
+                    const std::string& prefix) {
   const auto archive = [=, &workspace](int eighths) {
     const std::string& folder = (workspace.*folderOf)(eighths);
     const std::string path = folder + '.' + prefix + ".zip";
@@ -90,7 +90,7 @@ Road unpacking(const Workspace& workspace, const std::string& what, FolderOf fol
 
 }  // namespace
 
-std::vector<Road> packingRoads(const Workspace& workspace) {
+std::vector<Operation> packingOperations(const Workspace& workspace) {
   struct Work {
     const char* what;
     const char* prefix;
@@ -99,12 +99,12 @@ std::vector<Road> packingRoads(const Workspace& workspace) {
   constexpr Work kWorks[] = {{"20,000 source files", "tree", &Workspace::tree},
                              {"100 MB text", "text", &Workspace::text},
                              {"100 MB random bytes", "noise", &Workspace::noise}};
-  std::vector<Road> roads;
-  for (const Work& work : kWorks) roads.push_back(packing(workspace, work.what, work.folder));
+  std::vector<Operation> operations;
+  for (const Work& work : kWorks) operations.push_back(packing(workspace, work.what, work.folder));
   for (const Work& work : kWorks) {
-    roads.push_back(unpacking(workspace, work.what, work.folder, work.prefix));
+    operations.push_back(unpacking(workspace, work.what, work.folder, work.prefix));
   }
-  return roads;
+  return operations;
 }
 
 }  // namespace bench

@@ -1,4 +1,4 @@
-// Path text, beside std::filesystem::path objects that were made beforehand.
+// Path text, compared with std::filesystem::path objects that were created before.
 
 #include <filesystem/path.h>
 
@@ -31,8 +31,8 @@ Paths makePaths(std::size_t count) {
 }
 
 template <typename Ours, typename Theirs>
-Road compared(const std::string& name, const std::string& peer,
-              const std::shared_ptr<const Paths>& paths, Ours ours, Theirs theirs) {
+Operation compared(const std::string& name, const std::string& peer,
+                   const std::shared_ptr<const Paths>& paths, Ours ours, Theirs theirs) {
   return {.name = name,
           .target = 1.0,
           .ours =
@@ -55,7 +55,7 @@ Road compared(const std::string& name, const std::string& peer,
 
 }  // namespace
 
-std::vector<Road> pathRoads(std::size_t scale) {
+std::vector<Operation> pathOperations(std::size_t scale) {
   namespace lib = FileSystem;
   const auto paths = std::make_shared<const Paths>(makePaths(kCount / scale));
   const std::string base = "/home/user/projects/";

@@ -1,5 +1,5 @@
 #pragma once
-// Running another program.
+// Other programs.
 
 #include <string>
 #include <vector>
@@ -8,12 +8,12 @@
 
 namespace bench {
 
-// Runs a program to its end, in a folder if one is told, its output unseen.
-// Throws std::runtime_error if it cannot be run or does not exit with 0.
+// Runs a program to its end, in `folder` if that is not empty, and discards its output. Throws
+// std::runtime_error if it cannot be run or does not exit with 0.
 Cost runProgram(const std::vector<std::string>& command, const std::string& folder = {});
 
-// The first line that a program writes which holds a digit; empty if there is
-// none. For the versions of the peers.
+// Returns the first line of a program's output that contains a digit, or the empty text. For the
+// versions of the peers.
 std::string versionLine(const std::string& command);
 
 }  // namespace bench

@@ -68,7 +68,8 @@ std::string others(const Result& result) {
 std::string table(const std::vector<Result>& results) {
   std::string text = machine() + "  \n" + versions() + "\n\n";
   text +=
-      "| Road | Medium | Ours | Fastest peer | Its time | Ratio | By processor time | Target | "
+      "| Operation | Medium | Ours | Fastest peer | Its time | Ratio | By processor time | Target "
+      "| "
       "Rounds | Other peers' "
       "ratios | Exponent | Remarks |\n"
       "|---|---|---:|---|---:|---:|---:|---:|---:|---|---:|---|\n";
@@ -87,7 +88,7 @@ std::string table(const std::vector<Result>& results) {
 std::string chart(const std::vector<Result>& results) {
   constexpr int kRow = 18;
   constexpr int kLabels = 360;
-  constexpr int kUnit = 260;  // pixels of a ratio that is just at its target
+  constexpr int kUnit = 260;  // pixels of a ratio that equals its target
   constexpr int kLongest = 520;
   const int height = kRow * (static_cast<int>(results.size()) + 3);
   std::string svg = format(

@@ -18,7 +18,7 @@ bench::Cost commits;  // so far
 
 }  // namespace
 
-// Stands in front of the C library's, so that commits can be counted apart.
+// Replaces the C library's function, to measure commits separately.
 extern "C" __attribute__((visibility("default"))) int fdatasync(int descriptor) {
   long result = 0;
   const bench::Cost cost = bench::timed([&] { result = syscall(SYS_fdatasync, descriptor); });
@@ -32,7 +32,7 @@ namespace {
 constexpr std::size_t kGigabyte = 1'000'000'000;
 constexpr std::size_t kBuffer = 0x200000;
 
-Road writing(const Workspace& workspace) {
+Operation writing(const Workspace& workspace) {
   static const std::string text(100, 't');
   const auto commitSeconds = std::make_shared<std::vector<double>>();
   const auto count = [&workspace](int eighths) {
@@ -77,7 +77,7 @@ Road writing(const Workspace& workspace) {
               }};
 }
 
-// A file of that many eighths of a gigabyte, made once.
+// Returns the path of a file of a number of eighths of a gigabyte, which is created once.
 std::string contentFile(const Workspace& workspace, int eighths) {
   const std::size_t size = workspace.scaled(kGigabyte) / 8 * static_cast<std::size_t>(eighths);
   const std::string path = workspace.path("content" + std::to_string(eighths));
@@ -92,7 +92,7 @@ std::string contentFile(const Workspace& workspace, int eighths) {
   return path;
 }
 
-Road reading(const Workspace& workspace) {
+Operation reading(const Workspace& workspace) {
   return {.name = "readContent, 1 GB",
           .target = 1.0,
           .ours =
@@ -119,7 +119,7 @@ Road reading(const Workspace& workspace) {
 
 }  // namespace
 
-std::vector<Road> streamRoads(const Workspace& workspace) {
+std::vector<Operation> streamOperations(const Workspace& workspace) {
   return {writing(workspace), reading(workspace)};
 }
 

@@ -1,4 +1,4 @@
-// XML as plain text, beside chains of replacements and beside a parser.
+// XML as plain text, compared with chains of replacements and with a parser.
 
 #include <filesystem/xml.h>
 
@@ -18,7 +18,7 @@ constexpr std::size_t kText = 10'000'000;
 
 using TextOf = std::function<std::string(std::size_t)>;
 
-// Text that is nothing but characters to be escaped.
+// Returns text of characters that are all escaped.
 std::string denseText(std::size_t size) {
   std::string text;
   while (text.size() < size) text += "<&>\"'";
@@ -70,7 +70,7 @@ Run converting(std::shared_ptr<const std::string> text, Convert convert) {
   return [=] { return timed([&] { keep(convert(*text)); }); };
 }
 
-Road escaping(const std::string& kind, std::size_t size, const TextOf& textOf) {
+Operation escaping(const std::string& kind, std::size_t size, const TextOf& textOf) {
   const auto whole = std::make_shared<const std::string>(textOf(size));
   return {.name = "toXml, 10 MB " + kind,
           .target = 0.2,
@@ -85,7 +85,7 @@ Road escaping(const std::string& kind, std::size_t size, const TextOf& textOf) {
           .note = {}};
 }
 
-Road unescaping(const std::string& kind, std::size_t size, const TextOf& textOf) {
+Operation unescaping(const std::string& kind, std::size_t size, const TextOf& textOf) {
   const auto whole = std::make_shared<const std::string>(Xml::toXml(textOf(size)));
   const auto element = std::make_shared<const std::string>("<e>" + *whole + "</e>");
   return {.name = "fromXml, 10 MB " + kind,
@@ -101,7 +101,7 @@ Road unescaping(const std::string& kind, std::size_t size, const TextOf& textOf)
           .note = {}};
 }
 
-// A document of records; the wanted element stands behind them all.
+// Returns a document of records, with the wanted element after all of them.
 std::string document(std::size_t size) {
   std::string text = "<records>\n";
   for (int i = 0; text.size() < size; ++i) {
@@ -112,7 +112,7 @@ std::string document(std::size_t size) {
   return text + "  <wanted>content</wanted>\n</records>\n";
 }
 
-Road finding(std::size_t size) {
+Operation finding(std::size_t size) {
   const auto whole = std::make_shared<const std::string>(document(size));
   return {.name = "xmlContent in 10 MB",
           .target = 0.2,
@@ -140,7 +140,7 @@ Road finding(std::size_t size) {
 
 }  // namespace
 
-std::vector<Road> xmlRoads(std::size_t scale) {
+std::vector<Operation> xmlOperations(std::size_t scale) {
   const std::size_t size = kText / scale;
   return {escaping("text", size, sourceText), escaping("dense", size, denseText),
           unescaping("text", size, sourceText), unescaping("dense", size, denseText),

@@ -1,4 +1,4 @@
-// Packing a folder with libzip.
+// Packing a directory with libzip.
 
 #include <zip.h>
 

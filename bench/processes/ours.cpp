@@ -1,4 +1,4 @@
-// The library's side of what is compared as a process.
+// The library's side of the operations that are measured in processes.
 
 #include <filesystem/files.h>
 #include <filesystem/zip.h>

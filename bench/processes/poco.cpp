@@ -1,4 +1,4 @@
-// Packing a folder with POCO Zip.
+// Packing a directory with POCO Zip.
 
 #include <Poco/Path.h>
 #include <Poco/Zip/Compress.h>

@@ -1,4 +1,4 @@
-// Copying a folder with the standard library.
+// Copying a directory with the standard library.
 
 #include <filesystem>
 
