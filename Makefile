@@ -34,7 +34,7 @@ help:
 	@echo "make windows               cross-compile for 64-bit Windows, zip in build/windows"
 	@echo "make test-windows          run the tests under Wine"
 	@echo "make msvc                  check that the sources suit Visual C++, without building"
-	@echo "make bench                 measure beside other programs; BENCH_QUICK=1 for a tenth"
+	@echo "make bench                 compare the speed with other programs; BENCH_QUICK=1: less"
 	@echo "make install [PREFIX=...]  install library, headers and program (default $(PREFIX));"
 	@echo "make uninstall             remove them again"
 	@echo "make package               build Debian packages and a source archive in build/package"

@@ -1,5 +1,5 @@
-# What `make install` puts under the prefix, in three components: the library that programs load,
-# what their developers need besides, and the program vesk-fs.
+# The files that `make install` installs, in three components: the library that programs load, the
+# files that their developers need besides, and the program vesk-fs.
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
@@ -39,7 +39,7 @@ endif()
 set(package_directory "${CMAKE_INSTALL_LIBDIR}/cmake/VeskFileSystem")
 install(EXPORT VeskFileSystemTargets NAMESPACE Vesk:: DESTINATION "${package_directory}"
   COMPONENT development)
-# A static library needs at link time what the shared one contains.
+# A program that is linked with the static library is linked with its libraries too.
 set(find_dependencies "")
 set(PC_REQUIRES "")
 if(kind STREQUAL STATIC)

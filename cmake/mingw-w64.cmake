@@ -7,7 +7,7 @@ set(CMAKE_C_COMPILER ${triple}-gcc-posix)
 set(CMAKE_CXX_COMPILER ${triple}-g++-posix)
 set(CMAKE_RC_COMPILER ${triple}-windres)
 
-# What is built needs no DLL but Windows' and ours.
+# The binaries need no DLLs but those of Windows and ours.
 set(CMAKE_EXE_LINKER_FLAGS_INIT "-static")
 set(CMAKE_SHARED_LINKER_FLAGS_INIT "-static")
 
@@ -22,8 +22,8 @@ set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 set(CMAKE_FIND_LIBRARY_SUFFIXES .a)
 set(ZLIB_LIBRARY "/usr/${triple}/lib/libz.a" CACHE FILEPATH "zlib, to link statically")
 
-# Headers that are the same everywhere, out of this machine's include folder,
-# whose other headers are not for the target.
+# Headers that are the same on all platforms. The directory they are in has headers of this machine too,
+# so that only links to them are used.
 set(header_only "${CMAKE_BINARY_DIR}/header-only")
 if(NOT IS_DIRECTORY "${header_only}")
   file(MAKE_DIRECTORY "${header_only}")
@@ -34,6 +34,6 @@ endif()
 set(Boost_NO_BOOST_CMAKE ON)
 set(Boost_INCLUDE_DIR "${header_only}" CACHE PATH "Folder with Boost's headers alone")
 
-# Tests run under Wine, with a prefix in the build folder.
+# Tests run under Wine, with a prefix in the build directory.
 set(CMAKE_CROSSCOMPILING_EMULATOR
   "${CMAKE_CURRENT_LIST_DIR}/../scripts/under-wine;${CMAKE_BINARY_DIR}/wine")

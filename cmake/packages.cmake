@@ -1,5 +1,5 @@
-# What `cpack` builds: Debian packages of the library, of what its developers need and of the
-# program, and an archive of the sources.
+# The packages that `cpack` builds: Debian packages of the library, of the files for developers and of
+# the program, and an archive of the sources.
 
 set(VESK_MAINTAINER "Vesk FileSystem maintainers <maintainers@vesk-filesystem.invalid>"
   CACHE STRING "Maintainer of the Debian packages: name and address")
