@@ -8,6 +8,8 @@ FUZZ_PACKAGES = clang libclang-rt-dev
 BENCH_PACKAGES = zip unzip p7zip-full libarchive-tools pkg-config libzip-dev libpoco-dev \
                  libpugixml-dev libsqlite3-dev
 DOCS_PACKAGES = doxygen
+ARM64_PACKAGES = cmake ninja-build g++-aarch64-linux-gnu qemu-user libboost-dev libcli11-dev googletest \
+                 zlib1g-dev:arm64 libdeflate-dev:arm64 libstdc++6:arm64
 MSVC_PACKAGES = $(WINDOWS_PACKAGES) clang libc++-dev python3
 ABI_PACKAGES = abigail-tools binutils
 PACKAGE_PACKAGES = dpkg-dev file lintian
@@ -22,7 +24,7 @@ BENCH_DISK ?= build/bench
 # The directory that `make demo` packs. Every machine that builds the library has it.
 FOLDER ?= /usr/include
 
-.PHONY: help demo test mutants windows test-windows windows-packages msvc fuzz bench docs abi \
+.PHONY: help demo test mutants windows test-windows windows-packages test-arm64 msvc fuzz bench docs abi \
         package install uninstall clean
 
 help:
@@ -33,6 +35,7 @@ help:
 	@echo "make fuzz                  build and run the fuzz targets, a minute each"
 	@echo "make windows               cross-compile for 64-bit Windows, zip in build/windows"
 	@echo "make test-windows          run the tests under Wine"
+	@echo "make test-arm64            cross-compile for 64-bit ARM Linux, run tests under emulation"
 	@echo "make msvc                  check that the sources suit Visual C++, without building"
 	@echo "make bench                 compare the speed with other programs; BENCH_QUICK=1: less"
 	@echo "make install [PREFIX=...]  install library, headers and program (default $(PREFIX));"
@@ -83,6 +86,13 @@ test-windows: windows-packages
 	cmake --preset windows -DVESK_TESTS=ON
 	cmake --build --preset windows
 	scripts/test-windows build/windows
+
+# The tests that start the program or fail system calls do not run under emulation.
+test-arm64:
+	@scripts/install-packages $(ARM64_PACKAGES)
+	cmake --preset arm64
+	cmake --build --preset arm64
+	ctest --preset arm64
 
 msvc:
 	@scripts/install-packages $(MSVC_PACKAGES)

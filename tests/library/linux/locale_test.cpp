@@ -21,7 +21,7 @@ class Characters : public std::ctype<char> {
 
  protected:
   char do_tolower(char c) const override {
-    return c == '#' || c < 0 ? '+' : std::ctype<char>::do_tolower(c);
+    return c == '#' || static_cast<signed char>(c) < 0 ? '+' : std::ctype<char>::do_tolower(c);
   }
 
  private:
