@@ -9,7 +9,8 @@ BENCH_PACKAGES = zip unzip p7zip-full libarchive-tools pkg-config libzip-dev lib
                  libpugixml-dev libsqlite3-dev
 DOCS_PACKAGES = doxygen
 ARM64_PACKAGES = cmake ninja-build g++-aarch64-linux-gnu qemu-user libboost-dev libcli11-dev googletest \
-                 zlib1g-dev:arm64 libdeflate-dev:arm64 libstdc++6:arm64
+                 zlib1g-dev:arm64 libdeflate-dev:arm64 nettle-dev:arm64 \
+                 libstdc++6:arm64
 MSVC_PACKAGES = $(WINDOWS_PACKAGES) clang libc++-dev python3
 ABI_PACKAGES = abigail-tools binutils
 PACKAGE_PACKAGES = dpkg-dev file lintian

@@ -40,7 +40,7 @@ class VeskFileSystem(ConanFile):
 
     def generate(self):
         toolchain = CMakeToolchain(self)
-        for name, value in (("TOOL", False), ("TESTS", False), ("WARNINGS", False), ("AES", False),
+        for name, value in (("TOOL", False), ("TESTS", False), ("WARNINGS", False), ("AES", False), ("AES", False),
                             ("LIBDEFLATE", bool(self.options.libdeflate))):
             toolchain.cache_variables[f"VESK_{name}"] = value
         toolchain.generate()
