@@ -1,5 +1,5 @@
 #pragma once
-// Telling whether two paths lead to the same file or folder.
+// The identity of a file or folder, to compare two paths.
 
 #include <cstdint>
 
@@ -12,7 +12,7 @@ struct FileIdentity {
   bool operator==(const FileIdentity&) const = default;
 };
 
-// Follows links. False if there is nothing.
+// Follows links. False if nothing has the path.
 bool fileIdentity(const char* path, FileIdentity& identity);
 
 }  // namespace platform

@@ -6,20 +6,20 @@
 
 namespace platform {
 
-unsigned char* Room::of(std::size_t size) {
+unsigned char* ReusableBuffer::reserve(std::size_t size) {
   if (size <= capacity_) return bytes_;
-  // The old room goes first: both together could be twice what is needed.
+  // The old memory is freed first, as both together could be twice the size.
   if (capacity_ < kLargeMemory) release();
   unsigned char* const former = std::exchange(bytes_, nullptr);
   const std::size_t had = std::exchange(capacity_, 0);
-  bytes_ = size >= kLargeMemory ? takePages(former, had, size) : new unsigned char[size];
+  bytes_ = size >= kLargeMemory ? allocatePages(former, had, size) : new unsigned char[size];
   capacity_ = size;
   return bytes_;
 }
 
-void Room::release() {
+void ReusableBuffer::release() {
   if (capacity_ >= kLargeMemory) {
-    givePagesBack(bytes_, capacity_);
+    freePages(bytes_, capacity_);
   } else {
     delete[] bytes_;
   }

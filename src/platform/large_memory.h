@@ -5,26 +5,26 @@
 
 namespace platform {
 
-// From this size on, in bytes, it pays to tell the system.
+// Sizes from this one on, in bytes, are worth a hint to the system.
 inline constexpr std::size_t kLargeMemory = std::size_t{4} << 20;
 
 // Lets the system back memory that was not touched yet with large pages, so that
-// filling it does not fault on every small one. Nothing else changes.
+// filling it does not fault on every small page.
 void expectFilling(void* memory, std::size_t size);
 
-// Room for one content after the other. A large one comes from the system and
-// goes straight back to it, where the heap would keep it below whatever was
-// allocated since.
-class Room {
+// A buffer that is used for one content after the other. A large one is allocated
+// from the system and returned to it at once. The heap could not return it while
+// anything that was allocated later is in use.
+class ReusableBuffer {
  public:
-  Room() = default;
-  Room(const Room&) = delete;
-  Room& operator=(const Room&) = delete;
-  ~Room() { release(); }
+  ReusableBuffer() = default;
+  ReusableBuffer(const ReusableBuffer&) = delete;
+  ReusableBuffer& operator=(const ReusableBuffer&) = delete;
+  ~ReusableBuffer() { release(); }
 
-  // At least `size` bytes; what was in them is lost if there were fewer. Throws
-  // std::bad_alloc.
-  unsigned char* of(std::size_t size);
+  // Returns at least `size` bytes. Their content is lost if the buffer grows.
+  // Throws std::bad_alloc.
+  unsigned char* reserve(std::size_t size);
 
  private:
   void release();
@@ -33,11 +33,11 @@ class Room {
   std::size_t capacity_ = 0;
 };
 
-// Gives an empty text or vector of bytes room for `size` bytes to come.
+// Reserves `size` bytes in an empty string or vector that is about to be filled.
 template <typename Bytes>
 void reserveForFilling(Bytes& bytes, std::size_t size) {
   if (size <= bytes.capacity()) return;
-  // The old room goes first: both together could be twice what is needed.
+  // The old memory is freed first, as both together could be twice the size.
   bytes = Bytes();
   bytes.reserve(size);
   if (size >= kLargeMemory) expectFilling(bytes.data(), size);

@@ -1,18 +1,17 @@
 #pragma once
-// Asking whether a file can be opened.
+// Checks whether a file can be opened.
 
 #include "platform/win32.h"
 
 namespace platform {
 
-// Whether CreateFileA would open this existing file with that access and sharing
-// now. Where the system can tell without holding the file meanwhile, nobody else
-// is kept from it.
+// Reports whether CreateFileA would open this existing file with that access and
+// share mode now. On Linux the check keeps no one else from opening the file.
 bool probeOpen(const char* path, DWORD access, DWORD share);
 
-// As probeOpen, for reading beside readers and writers, of the file that the
-// search delivered last. `path` is its full path; where the system can, the
-// search's open folder saves the way along it.
+// Reports whether the file that the search returned last can be opened for
+// reading, with readers and writers shared. `path` is its full path. On Linux the
+// file is opened relative to the search's folder instead.
 bool probeFound(HANDLE search, const char* path);
 
 }  // namespace platform

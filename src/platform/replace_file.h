@@ -1,19 +1,19 @@
 #pragma once
-// Putting a new version in the place of a file that was read before.
+// Replaces a file that was read before by a new version.
 
 #include "platform/win32.h"
 
 namespace platform {
 
-// Replaces the file at `path` by a copy of the file `version`, but only while it
-// still is the file that is open in `opened`: what somebody else put in its place
-// meanwhile stays. Where the system copies into the file, and so cannot put
-// another in its place, that is always so.
+// Replaces the file at `path` by a copy of the file `version`. Fails if `path` is no
+// longer the file that is open in `opened`, so that a file which another process
+// put there is not lost. On Windows the copy is written into the file, which no
+// other process can have replaced.
 bool replaceFile(HANDLE opened, const char* path, const char* version);
 
-// Removes what a process left beside the file when it was killed while it put a
-// new version in its place. The file at `path` is open in `opened`, against
-// writers, so that nobody is about to replace it.
+// Deletes the temporary file of a process that was killed in replaceFile. The file
+// at `path` is open in `opened`, which denies writing, so no other process is
+// replacing it now.
 void removeUnfinishedVersion(HANDLE opened, const char* path);
 
 }  // namespace platform

@@ -1,13 +1,13 @@
 #pragma once
-// Memory of the system's own, past the heap.
+// Memory allocated from the system, without the heap.
 
 #include <cstddef>
 
 namespace platform {
 
-// Memory that is about to be filled, in exchange for `former` of `had` bytes, or
-// null; what was in that is lost. Throws std::bad_alloc; `former` is gone then too.
-unsigned char* takePages(unsigned char* former, std::size_t had, std::size_t size);
-void givePagesBack(unsigned char* pages, std::size_t size);
+// Allocates memory that is about to be filled, and frees `former`, which has
+// `formerSize` bytes or is null. Throws std::bad_alloc, with `former` freed.
+unsigned char* allocatePages(unsigned char* former, std::size_t formerSize, std::size_t size);
+void freePages(unsigned char* pages, std::size_t size);
 
 }  // namespace platform

@@ -1,5 +1,5 @@
 #pragma once
-// Owners of the platform's handles, closed with the owner.
+// Owners of the platform's handles.
 
 #include <utility>
 
@@ -7,8 +7,7 @@
 
 namespace platform {
 
-// Owns a handle whose invalid value is INVALID_HANDLE_VALUE; Close is the
-// function that closes it.
+// Owns a handle, invalid as INVALID_HANDLE_VALUE, and closes it with Close.
 template <BOOL (*Close)(HANDLE)>
 class UniqueHandle {
  public:
@@ -35,8 +34,8 @@ class UniqueHandle {
   HANDLE handle_ = INVALID_HANDLE_VALUE;
 };
 
-// Thin functions, because the platform's own may have a calling convention that
-// a template argument cannot name portably.
+// The system's functions may have a calling convention that a template argument
+// cannot name portably.
 inline BOOL closeFile(HANDLE handle) { return CloseHandle(handle); }
 inline BOOL closeSearch(HANDLE handle) { return FindClose(handle); }
 

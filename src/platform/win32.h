@@ -1,7 +1,7 @@
 #pragma once
-// The one door to the operating system. Library code calls the platform by its
-// Win32 names; on Windows they are the system's, elsewhere src/platform/linux
-// provides exactly the subset below, with Windows' meaning.
+// The operating system, by its Win32 names. On Windows the system provides them.
+// On Linux src/platform/linux provides the subset that the library calls, with
+// the same meaning.
 
 #if defined(_WIN32)
 #include "platform/windows/win32_windows.h"

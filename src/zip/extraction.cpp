@@ -67,13 +67,13 @@ bool Extractor::write(const std::string& stored, const std::string& target,
     return writeTarget([&](HANDLE file) { return copyBlocks(entry, info_.size, file); });
   }
   // Read first, so that a damaged entry leaves no trace.
-  unsigned char* const content = content_.of(std::max(info_.size, 1U));
+  unsigned char* const content = content_.reserve(std::max(info_.size, 1U));
   if (!entry.readAll(content, info_.size)) return false;
   return writeTarget([&](HANDLE file) { return writeAll(file, {content, info_.size}); });
 }
 
 bool Extractor::copyBlocks(OpenEntry& entry, std::uint32_t size, HANDLE file) {
-  unsigned char* const block = content_.of(kReadBlock);
+  unsigned char* const block = content_.reserve(kReadBlock);
   for (std::uint32_t done = 0; done < size;) {
     const int count = entry.read(block, std::min(kReadBlock, size - done));
     if (count <= 0 || !writeAll(file, {block, static_cast<std::size_t>(count)})) return false;

@@ -38,7 +38,7 @@ class Extractor {
   ArchiveReader& archive_;
   const char* password_;
   EntryInfo info_;
-  platform::Room content_;
+  platform::ReusableBuffer content_;
   std::optional<platform::ConfinedDirectory> directory_;
   std::string directoryPath_;
 };

@@ -236,7 +236,7 @@ TEST_F(Conformance, Names) {
       {"attributes",
        [&] { return SetFileAttributesA(at("read-only").c_str(), FILE_ATTRIBUTE_NORMAL); },
        ERROR_SUCCESS},
-      {"delete what was read-only", [&] { return DeleteFileA(at("read-only").c_str()); },
+      {"delete after clearing read-only", [&] { return DeleteFileA(at("read-only").c_str()); },
        ERROR_SUCCESS},
   };
   for (const auto& c : cases) {

@@ -123,14 +123,15 @@ TEST_F(Sharing, ExclusiveHoldersNeverOverlap) {
   EXPECT_EQ(number, 2U * kIncreases);
 }
 
-// Two rivals that start at the same instant: one of them gets the file.
-TEST_F(Sharing, OneOfTwoRivalsWins) {
+// Two openings that contradict each other start at the same instant. One of them
+// gets the file.
+TEST_F(Sharing, OneOfTwoContendersWins) {
   constexpr int kRounds = 300;
   for (int round = 0; round < kRounds; ++round) {
     std::atomic<int> waiting{2};
     std::atomic<int> finished{0};
     int winners[2] = {0, 0};
-    const auto rival = [&](int index, DWORD share) {
+    const auto contend = [&](int index, DWORD share) {
       --waiting;
       while (waiting != 0) std::this_thread::yield();
       const platform::FileHandle file = openExisting(path_, kRead, share);
@@ -139,8 +140,8 @@ TEST_F(Sharing, OneOfTwoRivalsWins) {
       ++finished;
       while (finished != 2) std::this_thread::yield();
     };
-    std::thread first(rival, 0, 0);
-    rival(1, round % 2 == 0 ? 0 : FILE_SHARE_READ | FILE_SHARE_WRITE);
+    std::thread first(contend, 0, 0);
+    contend(1, round % 2 == 0 ? 0 : FILE_SHARE_READ | FILE_SHARE_WRITE);
     first.join();
     ASSERT_EQ(winners[0] + winners[1], 1) << round;
   }

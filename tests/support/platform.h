@@ -1,6 +1,6 @@
 #pragma once
-// What differs between the platforms by nature, so that no test asks which one
-// it runs on. Each platform's answers stand in its folder's platform.cpp.
+// Differences between the platforms, so that no test checks which one it runs on.
+// The values are in platform.cpp of each platform's folder.
 
 #include <ctime>
 #include <filesystem>
@@ -30,10 +30,10 @@ struct Platform {
 
 extern const Platform kPlatform;
 
-// Makes a folder that nobody else uses, and gives its path.
+// Creates a folder for this test alone and returns its path.
 std::string makeTemporaryFolder();
 
-// Texts of the process code page, in which the library gets and gives paths.
+// Converts paths to and from the process code page, which the library uses.
 std::string textOf(const std::filesystem::path& path);
 std::filesystem::path pathOf(const std::string& text);
 inline std::string text(std::string_view utf8) {

@@ -19,7 +19,7 @@ std::string shellPath(const std::filesystem::path& path);
 // A program that takes zip archives apart and checks all of one.
 struct Checker {
   const char* name;
-  const char* command;  // behind it comes the archive
+  const char* command;  // followed by the archive's path
 };
 
 inline constexpr Checker kCheckers[] = {

@@ -1,5 +1,5 @@
 #pragma once
-// A folder of a test's own, gone with its object, read-only files included.
+// A folder for one test. It is deleted with its object, read-only files included.
 
 #include <gtest/gtest.h>
 

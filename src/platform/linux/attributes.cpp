@@ -12,8 +12,9 @@
 namespace platform::native {
 namespace {
 
-// Looks at what the path leads to. False, with the error, if there is nothing.
-bool look(const char* text, struct statx& status, DWORD& attributes) {
+// Reads the status of the file or folder, past links. False, with the error, on
+// failure.
+bool readStatus(const char* text, struct statx& status, DWORD& attributes) {
   const NativePath path(text);
   if (!path.valid()) return fail(path.error());
   constexpr unsigned kWanted = STATX_BASIC_STATS | STATX_BTIME;
@@ -53,18 +54,18 @@ using namespace platform::native;
 DWORD GetFileAttributesA(const char* path) {
   struct statx status {};
   DWORD attributes = 0;
-  return look(path, status, attributes) ? attributes : INVALID_FILE_ATTRIBUTES;
+  return readStatus(path, status, attributes) ? attributes : INVALID_FILE_ATTRIBUTES;
 }
 
 BOOL GetFileAttributesExA(const char* path, GET_FILEEX_INFO_LEVELS, void* data) {
   struct statx status {};
   DWORD attributes = 0;
-  if (!look(path, status, attributes)) return FALSE;
+  if (!readStatus(path, status, attributes)) return FALSE;
   fillData(*static_cast<WIN32_FILE_ATTRIBUTE_DATA*>(data), status, attributes);
   return TRUE;
 }
 
-// Of the attributes only read-only can be set: the others follow from the file.
+// Sets the read-only attribute. The others follow from the type and the name.
 BOOL SetFileAttributesA(const char* text, DWORD attributes) {
   const NativePath path(text);
   if (!path.valid()) return fail(path.error());

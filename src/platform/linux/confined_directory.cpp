@@ -115,7 +115,8 @@ bool climbs(std::string_view name) {
   return false;
 }
 
-// Replaces what has the name: a link itself, never the file that it leads to.
+// Replaces the file or link of that name. A link itself is replaced, never the
+// file that it leads to.
 bool replaceExisting(int directory, const char* name, const ConfinedDirectory::Fill& fill) {
   struct stat old;
   if (fstatat(directory, name, &old, AT_SYMLINK_NOFOLLOW) != 0) return failWithErrno() != FALSE;

@@ -17,8 +17,8 @@ inline constexpr int kOpenAttempts = 100;
 // Calls openat, so that it neither blocks nor is interrupted by a signal.
 int openRetrying(int folder, const char* path, int flags, mode_t mode = 0);
 
-// True if CreateFileA opens what has this status: a regular file, which is not
-// read-only if the opening `changes` it.
+// True if CreateFileA opens files of this status: regular ones, which are not
+// read-only if the opening `changes` them.
 bool isOpenable(const struct stat& status, bool changes);
 
 // Opens a regular file for the rights and, where that is possible, for reading
@@ -26,8 +26,8 @@ bool isOpenable(const struct stat& status, bool changes);
 // that waits for its other end, and opening a device can set it going.
 Descriptor openRegular(int folder, const char* path, DWORD rights);
 
-// The errors of using a path as that of a file although it ends in a separator,
-// by what has the name.
+// The errors of using a path as that of a file although it ends in a separator, if
+// a folder or a file has the name, or none.
 struct TrailingSeparatorErrors {
   DWORD folder = ERROR_ACCESS_DENIED;
   DWORD file = ERROR_INVALID_NAME;

@@ -7,7 +7,7 @@ namespace platform::native {
 
 struct FoundEntry {
   int folder = -1;             // descriptor, owned by the search
-  const char* name = nullptr;  // native; valid until the search goes on
+  const char* name = nullptr;  // native; valid until the next entry
   bool isRegular = false;      // listed as a regular file; false if the type is unknown
 };
 

@@ -35,7 +35,7 @@ std::string programFolder() {
   return std::string(program.substr(0, program.rfind('/')));
 }
 
-// As path texts.
+// Returns the folders to search, as path texts.
 std::vector<std::string> foldersOf(const char* path) {
   std::vector<std::string> folders;
   if (path != nullptr) {
@@ -53,8 +53,8 @@ std::vector<std::string> foldersOf(const char* path) {
   return folders;
 }
 
-// A folder is found too, as on Windows.
-bool isThere(const std::string& text) {
+// Folders count too, as on Windows.
+bool exists(const std::string& text) {
   const NativePath path(text.c_str());
   struct stat status;
   return path.valid() && !path.hadTrailingSeparator() && stat(path.c_str(), &status) == 0;
@@ -65,8 +65,7 @@ bool isThere(const std::string& text) {
 
 using namespace platform::native;
 
-// With a null path: the program's folder, the current folder, and PATH. Folders
-// are not found.
+// With a null path it searches the program's folder, the current folder, and PATH.
 DWORD SearchPathA(const char* path, const char* name, const char* extension, DWORD size,
                   char* buffer, char** filePart) {
   if (name == nullptr || *name == '\0') return static_cast<DWORD>(fail(ERROR_INVALID_PARAMETER));
@@ -78,13 +77,13 @@ DWORD SearchPathA(const char* path, const char* name, const char* extension, DWO
   std::string found;
   const bool isAbsolute = file[0] == '\\' || file[0] == '/' || file.find(':') == 1;
   if (isAbsolute) {
-    if (isThere(file)) found = file;
+    if (exists(file)) found = file;
   } else {
     for (const std::string& folder : foldersOf(path)) {
       std::string candidate = folder;
       if (candidate.back() != '\\' && candidate.back() != '/') candidate += '\\';
       candidate += file;
-      if (!isThere(candidate)) continue;
+      if (!exists(candidate)) continue;
       found = std::move(candidate);
       break;
     }

@@ -8,8 +8,8 @@
 
 namespace {
 
-// Whole pages, whatever their size: memory whose last page is treated apart could
-// not be moved.
+// Rounds up to whole pages of any size. Memory that ends within a page could not
+// be moved.
 std::size_t wholePages(std::size_t size) {
   constexpr std::size_t kLargestPage = std::size_t{64} << 10;
   return (size + kLargestPage - 1) / kLargestPage * kLargestPage;
@@ -17,20 +17,22 @@ std::size_t wholePages(std::size_t size) {
 
 }  // namespace
 
-unsigned char* platform::takePages(unsigned char* former, std::size_t had, std::size_t size) {
+unsigned char* platform::allocatePages(unsigned char* former, std::size_t formerSize,
+                                       std::size_t size) {
   const std::size_t whole = wholePages(size);
-  // Pages that are there already need not be cleared again.
-  void* const pages = former != nullptr ? mremap(former, wholePages(had), whole, MREMAP_MAYMOVE)
-                                        : mmap(nullptr, whole, PROT_READ | PROT_WRITE,
-                                               MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  // The kernel need not clear the former pages again.
+  void* const pages =
+      former != nullptr
+          ? mremap(former, wholePages(formerSize), whole, MREMAP_MAYMOVE)
+          : mmap(nullptr, whole, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
   if (pages == MAP_FAILED) {
-    if (former != nullptr) givePagesBack(former, had);
+    if (former != nullptr) freePages(former, formerSize);
     throw std::bad_alloc();
   }
   expectFilling(pages, whole);
   return static_cast<unsigned char*>(pages);
 }
 
-void platform::givePagesBack(unsigned char* pages, std::size_t size) {
+void platform::freePages(unsigned char* pages, std::size_t size) {
   munmap(pages, wholePages(size));
 }

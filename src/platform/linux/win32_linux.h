@@ -1,13 +1,13 @@
 #pragma once
-// The subset of Win32 that the library uses, as published by Microsoft, for
-// POSIX. Each function returns what Windows' does and leaves its error code in
-// GetLastError; what differs by nature is told beside the function.
+// The subset of Win32 that the library uses, for Linux. Each function returns the
+// published results and sets the published error codes. Differences are described
+// with the function.
 //
-// Path texts: `\` and `/` separate; `C:` is the root of the file system; other
-// drives and shares exist once they are mapped with DefineDosDeviceA. U+F05C in
-// a component stands for a backslash in the name. All text is UTF-8, and
-// ill-formed bytes pass as they are. The limit of a path is PATH_MAX, not
-// MAX_PATH, but where a function says so.
+// Path texts: `\` and `/` separate components. `C:` is the root of the file
+// system; other drives and shares exist once they are mapped with
+// DefineDosDeviceA. U+F05C in a component represents a backslash in the name. All
+// text is UTF-8, and ill-formed bytes pass unchanged. Paths have up to PATH_MAX
+// bytes, not MAX_PATH, unless the function says otherwise.
 
 #include <cstddef>
 #include <cstdint>
@@ -163,9 +163,9 @@ struct GUID {
 enum GET_FILEEX_INFO_LEVELS { GetFileExInfoStandard };
 enum FINDEX_INFO_LEVELS { FindExInfoStandard, FindExInfoBasic };
 enum FINDEX_SEARCH_OPS { FindExSearchNameMatch, FindExSearchLimitToDirectories };
-// A flag of FindFirstFileExA that is this layer's own: where the folder's listing
-// tells what an entry is, nothing else of it is looked up, and its record has
-// only the name and FILE_ATTRIBUTE_DIRECTORY or FILE_ATTRIBUTE_ARCHIVE.
+// A flag of FindFirstFileExA that only this layer has. If the folder's listing
+// includes the type of an entry, its status is not read, and its record has only
+// the name and FILE_ATTRIBUTE_DIRECTORY or FILE_ATTRIBUTE_ARCHIVE.
 inline constexpr DWORD FIND_NAMES_ONLY = 0x10000;
 
 inline constexpr DWORD DDD_RAW_TARGET_PATH = 1;

@@ -132,7 +132,7 @@ bool EntryData::decodeWhole(unsigned char* out) {
   const std::size_t size = static_cast<std::size_t>(storedLeft_);
   const unsigned char* stored = ahead_.data() + aheadUsed_;
   if (cipher_ || aes_ || ahead_.size() - aheadUsed_ < size) {
-    unsigned char* const loaded = buffers_.stored.of(size);
+    unsigned char* const loaded = buffers_.stored.reserve(size);
     if (!readStored(loaded, size)) return false;
     stored = loaded;
   } else {

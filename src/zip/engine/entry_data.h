@@ -31,7 +31,7 @@ struct EntryLayout {
 
 // Memory that one entry after the other uses.
 struct EntryBuffers {
-  platform::Room stored;  // for stored bytes that are needed whole
+  platform::ReusableBuffer stored;  // for stored bytes that are needed whole
   BufferInflater inflater;
 };
 

@@ -52,8 +52,8 @@ TEST_F(CopyingOnLinux, ThroughALinkTheLinkStays) {
   EXPECT_EQ(support::readFile(source_), "new");
 }
 
-// The copy goes into the target where that cannot be replaced: its other names
-// stay its own, and so does its owner.
+// A target that cannot be replaced is overwritten. It keeps its other names and
+// its owner.
 TEST_F(CopyingOnLinux, NeedsOnlyTheRightToWriteTheTarget) {
   constexpr uid_t kOwner = 65533;
   constexpr uid_t kWriter = 65534;
@@ -82,7 +82,7 @@ TEST_F(CopyingOnLinux, NeedsOnlyTheRightToWriteTheTarget) {
     struct stat before {};
     stat(target_.c_str(), &before);
     bool isCopied = false;
-    // What follows changes this thread alone.
+    // The changes affect this thread alone.
     std::thread([&] {
       if (c.hidesProc) {
         unshare(CLONE_NEWNS);

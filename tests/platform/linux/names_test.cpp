@@ -1,4 +1,4 @@
-// What only this platform has: links, FIFOs, and the variable TMPDIR.
+// Links, FIFOs, the umask, and the variable TMPDIR.
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -44,7 +44,7 @@ TEST_F(NamesOnLinux, Attributes) {
   EXPECT_EQ(GetLastError(), ERROR_FILE_NOT_FOUND);
 }
 
-// Of a link only the link goes.
+// Deleting a link leaves its target.
 TEST_F(NamesOnLinux, Deletion) {
   for (const char* name : {"file-link", "dangling", "fifo"}) {
     EXPECT_TRUE(DeleteFileA(at(name).c_str())) << name;

@@ -1,5 +1,5 @@
 #pragma once
-// What a test leaves behind: open descriptors and temporary files.
+// Checks that a test leaves no open descriptors and no temporary files.
 
 #include <gtest/gtest.h>
 
@@ -8,7 +8,7 @@
 
 namespace support {
 
-// The open descriptors of this process, each with what it leads to.
+// Returns the open descriptors of this process, with the path of each.
 std::map<int, std::string> openDescriptors();
 
 // Fails each test that ends with other open descriptors than it began with, or

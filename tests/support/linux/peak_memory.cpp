@@ -12,7 +12,8 @@
 namespace support {
 namespace {
 
-// The largest resident memory since the last reset, in KiB; 0 if it is not told.
+// Returns the largest resident memory since the last reset, in KiB; 0 if it is not
+// known.
 long largestResident() {
   std::ifstream status("/proc/self/status");
   for (std::string word; status >> word;) {
@@ -22,7 +23,7 @@ long largestResident() {
   return 0;
 }
 
-// Makes what is resident now the largest that was; false if that is not possible.
+// Resets the largest resident memory to the present one. False on failure.
 bool resetLargestResident() {
   std::ofstream reset("/proc/self/clear_refs");
   reset << 5 << std::flush;

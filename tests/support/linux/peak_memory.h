@@ -1,14 +1,14 @@
 #pragma once
-// How much memory a piece of work holds at its peak.
+// The peak memory of a piece of work.
 
 #include <functional>
 
 namespace support {
 
 struct Peak {
-  bool measured = false;   // false where the system does not tell
-  bool succeeded = false;  // what the work gave
-  long kibibytes = 0;      // resident at the peak, beyond what was held before
+  bool measured = false;   // false if the system does not report it
+  bool succeeded = false;  // the result of the work
+  long kibibytes = 0;      // resident at the peak, beyond those before
 };
 
 // Runs `work` in a process of its own, whose free memory went back to the system

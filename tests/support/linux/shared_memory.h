@@ -7,7 +7,7 @@
 
 namespace support {
 
-// One `Content`, which is never destroyed; it goes with its memory.
+// Holds one `Content`. Its memory is freed, but it is never destroyed.
 template <typename Content>
 class SharedMemory {
  public:

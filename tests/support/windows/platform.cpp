@@ -19,7 +19,7 @@ std::string makeTemporaryFolder() {
   char folder[MAX_PATH];
   if (GetTempPathA(sizeof(folder), folder) == 0) return "";
   const std::string start = folder + std::string("vesk-") + std::to_string(GetCurrentProcessId());
-  // Creating the folder is what reserves the name.
+  // Creating the folder reserves the name.
   for (int number = 0;; ++number) {
     const std::string name = start + "-" + std::to_string(number);
     if (CreateDirectoryA(name.c_str(), nullptr) != FALSE) return name;

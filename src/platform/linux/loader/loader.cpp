@@ -1,6 +1,6 @@
 // Calls the library's entry routine when a process loads and unloads the
-// library, as Windows' loader does. Part of the library alone, not of what else
-// stands on the platform layer.
+// library, as Windows' loader does. Linked into the library alone, not into
+// other programs on the platform layer.
 
 #include <dlfcn.h>
 
@@ -12,7 +12,7 @@ extern "C" BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, void* reserved);
 
 namespace {
 
-// The address at which the library is loaded, which is what tells a module.
+// The address at which the library is loaded identifies the module.
 HINSTANCE ownModule() {
   Dl_info information{};
   return dladdr(reinterpret_cast<const void*>(&ownModule), &information) != 0
