@@ -151,9 +151,11 @@ TEST_F(Conformance, Rights) {
   const platform::FileHandle deleter(
       CreateFileA(at("file").c_str(), DELETE, 7, nullptr, OPEN_EXISTING, 0, nullptr));
   for (const DWORD share : {3, 7}) {
-    EXPECT_EQ(static_cast<bool>(platform::FileHandle(CreateFileA(
-                  at("file").c_str(), kRead, share, nullptr, OPEN_EXISTING, 0, nullptr))),
-              share == 7);
+    for (const DWORD access : {kRead, kReadWrite}) {
+      const platform::FileHandle file(
+          CreateFileA(at("file").c_str(), access, share, nullptr, OPEN_EXISTING, 0, nullptr));
+      EXPECT_EQ(static_cast<bool>(file), share == 7) << access;
+    }
   }
   // A handle that appends writes at the end, wherever it is positioned.
   const platform::FileHandle appender(CreateFileA(at("full\\inside").c_str(), FILE_APPEND_DATA, 7,

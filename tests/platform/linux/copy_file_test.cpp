@@ -89,7 +89,10 @@ TEST_F(CopyingOnLinux, NeedsOnlyTheRightToWriteTheTarget) {
         mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr);
         mount("none", "/proc", "tmpfs", 0, nullptr);
       }
-      if (isSuperuser) setfsuid(kWriter);
+      if (isSuperuser) {
+        setfsgid(kWriter);
+        setfsuid(kWriter);
+      }
       isCopied = copy();
     }).join();
     EXPECT_TRUE(isCopied);

@@ -54,6 +54,9 @@ TEST_F(NamesOnLinux, Deletion) {
   EXPECT_TRUE(RemoveDirectoryA(at("link").c_str()));
   EXPECT_TRUE(support::exists(folder_.file("full/inside")));
   EXPECT_TRUE(support::exists(folder_.file("file")));
+  ASSERT_EQ(mkdir(folder_.file("read-only").c_str(), 0555), 0);
+  EXPECT_FALSE(RemoveDirectoryA(at("read-only").c_str()));
+  EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);
 }
 
 TEST_F(NamesOnLinux, UmaskMakesNoFileReadOnly) {
