@@ -23,7 +23,7 @@ class BatchExtraction {
       : archive_(archive), base_(base), hasPassword_(hasPassword), output_(output) {}
 
   // Extracts the entries, which differ in their names. Reports each that fails and
-  // goes on.
+  // continues.
   void run(const std::vector<Entry>& entries, Progress& progress);
 
   // Number of files extracted so far.

@@ -1,6 +1,6 @@
 #pragma once
 // The commands of vesk-fs, one function each. They work through the library's
-// exported interface and throw Failure; a failure after which they go on is
+// exported interface and throw Failure; a failure after which they continue is
 // reported through Output.
 
 #include <string>
@@ -19,7 +19,7 @@ enum class ListFormat { kNames, kTable, kJson };
 // Packs all files below a directory into a new archive.
 void pack(const std::string& directory, const std::string& zip, Output& output);
 
-// Unpacks all entries into a directory. Goes on after an entry that fails.
+// Unpacks all entries into a directory. Continues after an entry that fails.
 void unpack(const std::string& zip, const std::string& directory, bool overwrite,
             const PasswordSource& password, Output& output);
 

@@ -12,8 +12,8 @@
 
 // Paths of all files below a directory that ends in a backslash, relative to it,
 // sorted. Links to directories are followed, except one that is a cycle. A
-// directory that cannot be read is a failure; what is neither a file nor a
-// directory is left out with a warning.
+// directory that cannot be read is a failure; files of other kinds are left
+// out with a warning.
 std::vector<std::string> filesBelow(const std::string& directory, Output& output);
 
 // Size of a file in bytes; 0 if it cannot be determined.

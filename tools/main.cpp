@@ -24,7 +24,7 @@ std::string commandText(const CLI::App& app) {
   return text;
 }
 
-// What is wrong with the command line.
+// Describes the error of a command line.
 std::string usageText(const CLI::App& app, const std::string& error) {
   const std::vector<std::string> unknown = app.remaining(true);
   if (unknown.empty()) return app.get_subcommands().empty() ? "a command is required" : error;

@@ -28,7 +28,7 @@ class Output {
   void detail(const std::string& line) const;
   // Writes a warning to standard error unless --quiet is set.
   void warn(const std::string& text) const;
-  // Reports a failure after which the command goes on.
+  // Reports a failure after which the command continues.
   void fail(const std::string& text);
 
   // Number of failures reported so far.

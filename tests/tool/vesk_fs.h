@@ -12,7 +12,7 @@
 
 class VeskFs : public testing::Test {
  protected:
-  // A command and what it must do. `error` is part of the only line on standard
+  // A command and its expected result. `error` is part of the only line on standard
   // error; nullptr for no line.
   struct Row {
     std::string arguments;
