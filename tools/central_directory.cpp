@@ -77,6 +77,13 @@ Encryption encryptionOf(std::uint16_t flags, std::uint16_t method) {
   return (flags & kStrong) != 0 ? Encryption::kStrong : Encryption::kTraditional;
 }
 
+// Programs of Unix store the file's mode in the upper half of the attributes.
+bool isUnixLink(std::uint16_t versionMadeBy, std::uint32_t attributes) {
+  constexpr unsigned kUnix = 3;
+  constexpr std::uint32_t kLinkType = 0xA;
+  return versionMadeBy >> 8 == kUnix && attributes >> 28 == kLinkType;
+}
+
 EntryRecord recordOf(Bytes bytes) {
   EntryRecord record;
   record.flags = bytes.u16(8);
@@ -89,6 +96,7 @@ EntryRecord recordOf(Bytes bytes) {
   record.nameLength = bytes.u16(28);
   record.attributes = bytes.u32(38);
   record.headerOffset = bytes.u32(42);
+  record.isLink = isUnixLink(bytes.u16(4), record.attributes);
   record.encryption = encryptionOf(record.flags, record.method);
   const Bytes rest = bytes.at(kRecordSize + record.nameLength);
   applyExtra(rest.at(0, bytes.u16(30)), record);

@@ -24,6 +24,7 @@ struct EntryRecord {
   std::uint16_t date = 0;    // MS-DOS format
   std::uint16_t time = 0;    // MS-DOS format
   Encryption encryption = Encryption::kNone;
+  bool isLink = false;  // a symbolic link of Unix, whose content is its target
 };
 
 struct CentralDirectory {

@@ -32,6 +32,10 @@ void unpack(const std::string& zip, const std::string& directory, bool overwrite
       output.detail("kept " + printable(entry.name));
       ++kept;
     } else {
+      if (entry.record.isLink) {
+        output.warn("the symbolic link " + inQuotes(entry.name) +
+                    " is unpacked as a file that holds its target");
+      }
       bytes += entry.record.size;
       entries.push_back(std::move(entry));
     }

@@ -35,7 +35,10 @@ z = zipfile.ZipFile("a.zip", "w")
 for name in "link/sub/", "link/file", "good/sub/":
     z.writestr(name, "x" * ("file" in name))
 z.close())");
-  ASSERT_EQ(shell("mkdir -p out outside && ln -s ../outside out/link"), 0);
+  ASSERT_EQ(shell("mkdir -p out outside && ln -s ../outside out/link && zip -qy l.zip out/link"),
+            0);
+  check({{"unpack l.zip to", 0, "unpacked 1 file into to\n", "the symbolic link 'out/link'"}});
+  EXPECT_EQ(read("to/out/link"), "../outside");
   const std::string result = run("unpack a.zip out");
   EXPECT_TRUE(result.starts_with("unpacked 0 files into out\n[1]\n")) << result;
   EXPECT_NE(result.find("'link/sub/': the directory cannot be created"), std::string::npos);
