@@ -12,7 +12,7 @@ namespace {
 constexpr int kMostHeaders = 1 << 16;
 
 // The longest header, and a slack for the block header of a deflate stream whose blocks are stored.
-constexpr std::uint64_t kWindow = kLocalSize + 2 * 0xFFFF + (64 << 10);
+constexpr std::uint64_t kWindow = kLocalSize + 2 * std::uint64_t{0xFFFF} + (64 << 10);
 
 bool hasUnknownSize(const LocalHeader& header) {
   return header.compressedSize() == kSaturated32 ||
