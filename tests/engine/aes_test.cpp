@@ -56,8 +56,12 @@ TEST_F(Aes, ReadsArchivesOfOtherPrograms) {
   }
 }
 
-// The authentication code takes the place of the CRC.
+// The authentication code takes the place of the CRC, or has it beside it.
 TEST_F(Aes, DamageIsNoticed) {
+  const auto check = [&](const std::string& bytes) {
+    support::writeFile(path_, bytes);
+    EXPECT_EQ(readArchive(path_), (Entries{{"e", "<unreadable>"}}));
+  };
   support::writeFile(folder_.file("e"), "content");
   ASSERT_EQ(support::run(folder_.path(), "7z a -tzip -psecret -mem=AES256 -mx0 a.zip e"), 0);
   const std::string whole = support::readFile(path_);
@@ -66,9 +70,16 @@ TEST_F(Aes, DamageIsNoticed) {
     SCOPED_TRACE(at);
     std::string bytes = whole;
     bytes[at] ^= 1;
-    support::writeFile(path_, bytes);
-    EXPECT_EQ(readArchive(path_), (Entries{{"e", "<unreadable>"}}));
+    check(bytes);
   }
+  support::writeFile(folder_.file("e"), "content of more than 20 bytes");
+  ASSERT_EQ(support::run(folder_.path(),
+                         "bsdtar --format zip --passphrase secret --options zip:encryption=aes256"
+                         " -cf a.zip e"),
+            0);
+  std::string bytes = support::readFile(path_);
+  bytes[bytes.find("PK\1\2") + 16] ^= 1;
+  check(bytes);
 }
 
 }  // namespace

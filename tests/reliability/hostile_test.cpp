@@ -68,6 +68,7 @@ constexpr Hostile kArchives[] = {
     {"comment-past-the-end", 1, 1, Is::Kept, true},
     {"after-another-archive", 1, 1, Is::Kept, true},
     {"after-a-short-prefix", 1, 1, Is::Kept, true},
+    {"offset-of-inner-directory", 0, 0, Is::Refused, true},
     {"without-outer-end", 0, 0, Is::Refused, true},
     {"without-outer-end-prefixed", 0, 0, Is::Refused, true},
     {"without-outer-end-deflated", 0, 0, Is::Refused, true},
