@@ -5,7 +5,6 @@
 
 #include <ctime>
 #include <string>
-#include <thread>
 
 #include "platform/unique_handle.h"
 #include "platform/win32.h"
@@ -130,16 +129,6 @@ TEST_F(Files, FolderChains) {
   EXPECT_EQ(IsValidPath(folder_.file("missing").c_str()), 0);
   EXPECT_EQ(IsValidPath(path_.c_str()), 0);
   EXPECT_EQ(entries(), 2U);
-
-  const std::string together = folder_.name() + "\\t\\o\\g\\e\\t\\h\\e\\r";
-  for (int round = 0; round < 50; ++round) {
-    int other = 0;
-    std::thread thread([&] { other = EnsurePathExists(together.c_str()); });
-    EXPECT_EQ(EnsurePathExists(together.c_str()), 1);
-    thread.join();
-    EXPECT_EQ(other, 1);
-    std::filesystem::remove_all(folder_.file("t"));
-  }
 
   support::writeFile(folder_.file("a/stays"), "");
   EXPECT_EQ(DeleteEmptyFolder(folder_.file("a").c_str()), 0);

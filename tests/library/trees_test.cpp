@@ -140,7 +140,15 @@ TEST_F(Trees, Sweep) {
   std::filesystem::create_directory(folder_.file("void"));
   EXPECT_EQ(FileSystem::eraseOldFile(folder_.text(), 4294967295U), 0U);
   EXPECT_FALSE(exists("void"));
-  EXPECT_EQ(FileSystem::eraseOldFile(folder_.text(), 7), 5U);
+  {
+    // Could be deleted, but FileExists denies it.
+    write("held/old", "", 8 * kDay);
+    const platform::FileHandle held(CreateFileA(folder_.file("held/old").c_str(), GENERIC_READ,
+                                                FILE_SHARE_DELETE, nullptr, OPEN_EXISTING, 0,
+                                                nullptr));
+    EXPECT_EQ(FileSystem::eraseOldFile(folder_.text(), 7), 5U);
+  }
+  EXPECT_EQ(FileSystem::eraseOldFile(folder_.text(), 7), 1U);
   for (const char* gone : {"top.tmp", "top.TMP", "other.TMP", "old", "mixed/old", "outside"}) {
     EXPECT_FALSE(exists(gone)) << gone;
   }

@@ -99,7 +99,8 @@ TEST(VersionResource, RealLibraries) {
     CString version;
     EXPECT_EQ(FormatVersion(support::textOf(entry.path()).c_str(), version), 1) << entry.path();
     EXPECT_STREQ(version, expected.c_str()) << entry.path();
-    ++compared;
+    constexpr std::size_t kEnough = 30;
+    if (++compared == kEnough) break;
   }
   EXPECT_GT(compared, 10U);
 }

@@ -5,7 +5,6 @@
 #include <filesystem/files.h>
 #include <gtest/gtest.h>
 #include <linux/capability.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -151,22 +150,6 @@ TEST_F(EnumerationOnLinux, Times) {
   if ((status.stx_mask & STATX_BTIME) != 0) {
     EXPECT_GT(records[1].ftCreationTime.dwHighDateTime, records[1].ftLastWriteTime.dwHighDateTime);
   }
-}
-
-// Each level would cost a descriptor if its search stayed open.
-TEST_F(EnumerationOnLinux, DepthCostsNoDescriptors) {
-  constexpr int kDepth = 300;
-  std::filesystem::path deep = folder_.path();
-  for (int i = 0; i < kDepth; ++i) deep /= "d";
-  std::filesystem::create_directories(deep);
-  rlimit limit{};
-  ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &limit), 0);
-  const rlimit few{100, limit.rlim_max};
-  ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &few), 0);
-  std::vector<FILE_INFORMATION> records;
-  EXPECT_EQ(EnumFolders(records, path_, 1), 0U + kDepth);
-  setrlimit(RLIMIT_NOFILE, &limit);
-  EXPECT_EQ(std::string(records.back().cFileName).size(), 259U);
 }
 
 }  // namespace

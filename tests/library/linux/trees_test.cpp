@@ -2,6 +2,7 @@
 
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <filesystem/enumeration.h>
 #include <filesystem/files.h>
 #include <filesystem/temporary_storage.h>
 #include <gtest/gtest.h>
@@ -13,6 +14,7 @@
 #include <csignal>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "platform/win32.h"
 #include "support/programs.h"
@@ -161,6 +163,12 @@ TEST_F(TreesOnLinux, LongTexts) {
   EXPECT_NE(FileSystem::CopyFileA(elsewhere_.file(name).c_str(), padded.c_str(), 0), 0);
   EXPECT_TRUE(support::exists(folder_.file(name.substr(0, 10))));
 
+  writeOld(elsewhere_.file("sub/" + name));
+  const std::string deep =
+      elsewhere_.name() + std::string(250 - elsewhere_.name().size(), '/') + '\\';
+  EXPECT_EQ(FileSystem::eraseOldFile(deep, 1), 0U);
+  EXPECT_EQ(FileSystem::eraseOldFile(elsewhere_.text(), 1), 1U);
+
   const std::string piece = folder_.text() + std::string(200, 'x') + '\\';
   EXPECT_EQ(FileSystem::EnsurePathExists((piece + std::string(100, 'y')).c_str()), 0);
   // The root is the first separator.
@@ -168,18 +176,22 @@ TEST_F(TreesOnLinux, LongTexts) {
   EXPECT_TRUE(support::exists(folder_.file(std::string(200, 'x') + '/' + cut)));
 }
 
-TEST_F(TreesOnLinux, DeepTreesAreDeletedWithFewDescriptors) {
+TEST_F(TreesOnLinux, DeepTreesNeedFewDescriptors) {
+  constexpr int kDepth = 150;
   TemporaryStorage storage;
   ASSERT_TRUE(storage.create(folder_.name(), false));
   fs::path deep = nativeOf(storage);
-  for (int i = 0; i < 300; ++i) deep /= "d";
+  for (int i = 0; i < kDepth; ++i) deep /= "d";
   support::writeFile(deep.string() + "/file", "");
   rlimit limit{};
   ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &limit), 0);
   const rlimit few{100, limit.rlim_max};
   ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &few), 0);
+  std::vector<FileSystem::FILE_INFORMATION> records;
+  EXPECT_EQ(FileSystem::EnumFolders(records, storage.path().c_str(), 1), 0U + kDepth);
   storage.clear();
   setrlimit(RLIMIT_NOFILE, &limit);
+  EXPECT_EQ(std::string(records.back().cFileName).size(), 259U);
   EXPECT_FALSE(support::exists(nativeOf(storage)));
 }
 
