@@ -129,7 +129,7 @@ int ZipCopyEntry(ZipWriter* writer, ZipReader* reader);
 // more than 65,535 bytes, or one that other programs may take for an end record, is refused;
 // without a new entry either, the file is left as it was. Negative: nothing could be committed, and
 // the archive is byte for byte what it was. Positive: the disk had space for the first entries
-// only.
+// only. What was committed in modes 1 and 2 survives a power failure.
 int ZipCloseWriter(ZipWriter* writer, const char* globalComment);
 
 // Continues the CRC-32 (ISO 3309) of the preceding data; returns the start value for (0, null, 0).
