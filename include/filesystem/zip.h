@@ -1,28 +1,38 @@
 #pragma once
 /// @file
-/// Whole folders in one call: packing into a zip archive and unpacking.
+/// Packing a whole directory into a zip archive, and unpacking one.
+///
+/// @code
+/// if (FRT_ZIP_FOLDER("C:\\data", "C:\\backup.zip")) FRT_UNZIP_FILE("C:\\backup.zip", "C:\\copy");
+/// @endcode
 
 #include <filesystem/export.h>
 
-/// Packs all files of a folder and its subfolders into a new zip archive.
+/// Packs all files of a directory and its subdirectories into a new zip archive.
 ///
-/// Entries are named by the path below the folder, with `\` between folders;
-/// empty folders are not stored. A file that cannot be opened for reading is
-/// left out. An archive that lies in the folder itself is not packed into
-/// itself.
-/// @param folder folder, with or without trailing `\`, not null
-/// @param zip    path of the archive, not null; an existing file is replaced
-/// @return true if every file went in. After a failure the archive holds the
+/// Entries are named by their paths below the directory, separated by `\`. Empty directories are
+/// not stored. Files that cannot be opened for reading are left out, and so is the archive itself
+/// if it lies in the directory.
+///
+/// An existing archive is replaced when the new one is complete; until then it is locked, and it
+/// remains if the process ends. It is overwritten at once only if its directory accepts no new
+/// file.
+/// @param folder the directory, with or without trailing separator, not null
+/// @param zip    path of the archive, not null
+/// @return true if the archive has every file. False, and nothing changes, if the archive cannot be
+///         created or is in use. False too if a file cannot be read to its end, is too large, or
+///         has a name of more than 260 bytes, or if the disk is full: the archive then has only the
 ///         files before it.
 FILESYSTEM_API bool FRT_ZIP_FOLDER(const char* folder, const char* zip);
 
-/// Unpacks a zip archive without password into a folder.
+/// Unpacks a zip archive without password into a directory.
 ///
-/// Missing folders are created, existing files and links replaced. The first
-/// entry that fails ends the call: one that is damaged, is encrypted, is a
-/// folder, or has a name that escapes the folder (`..`, a root, a drive) or
-/// passes through a symbolic link in it.
+/// Missing directories are created, existing files and links replaced. The first entry that fails
+/// ends the call: one that is damaged or encrypted, is that of a directory, has a name that escapes
+/// the target (`..`, a root, a drive) or passes through a symbolic link in it, or whose file cannot
+/// be written. What was unpacked before it remains.
 /// @param zip    path of the archive, not null
-/// @param folder folder, with or without trailing separator, not null
-/// @return true if every entry came out; also for a file that is no zip archive
+/// @param folder the target directory, with or without trailing separator, not null
+/// @return true if every entry was unpacked, and also if the file is no zip archive; false if an
+///         entry failed or the archive cannot be opened
 FILESYSTEM_API bool FRT_UNZIP_FILE(const char* zip, const char* folder);

@@ -1,7 +1,20 @@
 #pragma once
 /// @file
 /// Reading and writing of zip archives (PKWARE APPNOTE).
+///
+/// @code
+/// ZipArchive archive;
+/// if (archive.create("C:\\data\\notes.zip", 1) != 0) {
+///   archive.insert("C:\\data\\todo.txt", "todo.txt", nullptr, 0);
+/// }
+/// std::vector<std::string> names;
+/// if (archive.open("C:\\data\\old.zip", FileSystem::kAccessRead) != 0 && archive.enumerate(names))
+/// {
+///   archive.extract(names, "C:\\data\\old\\");
+/// }
+/// @endcode
 
+#include <filesystem/access.h>
 #include <filesystem/export.h>
 
 #include <string>
@@ -10,118 +23,148 @@
 
 class ZipArchivePrivate;
 
-/// One zip archive on disk. Between calls the object holds the file open, so
-/// that nobody else writes to it (opened for reading) or opens it at all
-/// (opened for writing).
+/// One zip archive on disk.
 ///
-/// Results of type `int` are 0 for failure or no. Entry names are texts in the
-/// process code page; separators in them are kept as they are. A copy stands on
-/// the same archive: what is done through one object shows in the other. An
-/// object and its copies belong to one thread at a time.
+/// Between calls the object holds the file open: with read access other processes can read it but
+/// not write to it, with write access they cannot open it at all. Each call releases the file while
+/// it works. If another process takes it meanwhile, the object does not hold it afterwards, and
+/// canRead() and canWrite() return 0 until the next open().
 ///
-/// A call that is interrupted, by a full disk or by the end of the process,
-/// leaves the archive with all the entries that it had.
+/// Results of type `int` are truth values; 0 means failure or no. A call that needs access that the
+/// object does not have fails and changes nothing. Entry names are texts in the process code page,
+/// of at most 260 bytes in the archive. Their separators are kept; letter case counts.
+///
+/// A call that is interrupted, by a full disk or by the end of the process, leaves the archive with
+/// all entries that it had. On Linux that holds for a power failure too, and a change is on the
+/// disk when its call returns.
+///
+/// Archives of several volumes and entries of 4 GiB or more are not supported. Entries are
+/// encrypted with the traditional method, which stops no attacker; those encrypted with AES can be
+/// read if the library was built for that.
+///
+/// A copy shares the state of its original: an open() or close() through one object is seen through
+/// the other. An object and its copies belong to one thread at a time.
 class FILESYSTEM_API ZipArchive {
  public:
-  /// Bound to no archive, with read and write access.
+  /// Creates an object that is bound to no archive.
   ZipArchive();
   /// Shares the state of `other`.
   ZipArchive(const ZipArchive& other);
-  /// Shares the state of `other`; lets go of the former state.
+  /// Shares the state of `other` and drops the former state, as the destructor does.
   ZipArchive& operator=(const ZipArchive& other);
-  /// Lets go of the archive with the last object that shares it.
+  /// Releases the archive if no other object shares the state.
   virtual ~ZipArchive();
 
-  /// Binds the object to an existing file and holds it.
+  /// Binds the object to an existing file and opens that. The file before is released.
   /// @param name   path of the archive; null unbinds the object
-  /// @param access mask of `GENERIC_READ` 0x80000000 and `GENERIC_WRITE`
-  ///               0x40000000; the latter keeps everybody else out
-  /// @return 1 if the file is held. Its content is not looked at.
+  /// @param access FileSystem::kAccessRead to read; FileSystem::kAccessReadWrite to insert and
+  ///               remove too
+  /// @return 1 if the file is held, whatever its content; 0 if it is missing, in use or not
+  ///         accessible. The object is bound to the name in either case.
   int open(const char* name, unsigned int access);
-  /// Makes an archive without entries, binds the object to it and holds it with
-  /// read and write access.
-  /// @param name      path of the archive
+  /// Creates an archive without entries, binds the object to it, and holds it with read and write
+  /// access.
+  /// @param name      path of the archive, not null
   /// @param overwrite non-zero to replace an existing file
-  /// @return 1 if the new archive is held; 0 otherwise, and then, if an
-  ///         existing file was in the way, object and file are as they were
+  /// @return 1 if the new archive is held. 0 if `overwrite` is 0 and the file exists; nothing
+  ///         changes then. 0 if the file cannot be created; the object is then bound to no archive.
   int create(const char* name, int overwrite);
-  /// Lets go of the file; name, access and password stay.
-  /// @return always 1
+  /// Releases the file. Name, access mask and password remain.
+  /// @return 1
   int close();
-  /// Sets the password for entries read and written from now on.
+  /// Sets the password for the entries that are read and written from now on.
   /// @param text password, not null; empty for none
   void password(const char* text);
-  /// The access mask of the last open() or create().
+  /// Returns the access mask of the last open() or create(), FileSystem::kAccessReadWrite before.
   unsigned int access() const;
-  /// 1 if the file is held and the mask has `GENERIC_READ`, else 0.
+  /// Returns 1 if the file is held and the mask has FileSystem::kAccessRead, else 0.
   int canRead() const;
-  /// 1 if the file is held and the mask has `GENERIC_WRITE`, else 0.
+  /// Returns 1 if the file is held and the mask has FileSystem::kAccessWrite, else 0.
   int canWrite() const;
-  /// Path of the archive, valid until it changes; null if there is none.
+  /// Returns the path of the archive, also while it is not held; null if the object is bound to
+  /// none. The pointer is valid until the name changes.
   const char* fileName() const;
-  /// Whether a file begins with the bytes `PK`.
-  /// @return 1 or 0; nothing else of the file is looked at
+  /// Returns 1 if a file begins with the bytes `PK`, else 0. Nothing else of it is checked.
+  /// @param path path of the file, not null
   static int isZip(const char* path);
 
-  /// Names of all entries, folders included, in their order.
-  /// @param names gets the names behind what it holds
-  /// @return 1 if the list is complete; 0 if not, or if there is no entry
+  /// Lists the names of all entries, those of directories included, in the order of the archive.
+  /// @param names the names are appended to it; one of more than 260 bytes is cut
+  /// @return 1 if the list is complete; 0 if the archive has no entry or cannot be read
   int enumerate(std::vector<std::string>& names) const;
-  /// Names and comments of all entries that are not folders, in their order.
-  /// @param entries gets the pairs behind what it holds
-  /// @return 1 if the archive could be read
+  /// Lists the names and comments of all entries but directories, in the order of the archive.
+  /// @param entries pairs of name and comment are appended to it
+  /// @return 1 if the archive can be read, else 0
   int content(std::vector<std::pair<std::string, std::string>>& entries) const;
-  /// Whether the archive has an entry of that name.
-  /// @return 1 or 0
+  /// Returns 1 if the archive has an entry of that name, else 0.
+  /// @param name name of the entry, not null
   int exist(const char* name) const;
-  /// Whether the archive has no entry.
-  /// @return 0 if it has at least one, else 1, also if it cannot be read
+  /// Returns 0 if the archive has an entry; 1 if it has none or cannot be read.
   int empty() const;
 
-  /// Extracts entries to files, each at the path made of the prefix and its name.
-  /// Missing folders are created and existing files replaced. A name that escapes
-  /// the prefix (`..`, a root, a drive) fails, and so does one that passes through
-  /// a symbolic link below it. A link that has the name of an entry is replaced.
+  /// Extracts entries to files, each to the path made of the prefix and its name, as the form below
+  /// does. A name that escapes the prefix (`..`, a root, a drive) fails, and so does one that
+  /// passes through a symbolic link below the prefix. Entries that fail do not stop the others.
   /// @param names  names of entries
-  /// @param prefix text put directly in front of each name: a folder ends in a
+  /// @param prefix text to which each name is appended, not null; that of a directory ends in a
   ///               separator
-  /// @return 1 if at least one entry was extracted
+  /// @return 1 if at least one entry was extracted, else 0
   int extract(const std::vector<std::string>& names, const char* prefix) const;
-  /// Extracts one entry to a file. Missing folders are created. An existing file
-  /// is replaced whole or not at all; a symbolic link is replaced itself.
-  /// @param name   name of the entry
-  /// @param target path of the file
-  /// @return 1 or 0
+  /// Extracts one entry to a file. Missing directories are created. An existing file is replaced as
+  /// a whole or not at all, by a new file with its owner and permissions: hard links to the old one
+  /// and its extended attributes are not carried over. A symbolic link is replaced itself.
+  ///
+  /// Fails if the entry is missing, damaged or encrypted with another password, or if the file
+  /// cannot be written, is read-only or in use, or is a directory. Directories that were created
+  /// remain.
+  /// @param name   name of the entry, not null
+  /// @param target path of the file, not null
+  /// @return 1 if the file has the content, else 0
   int extract(const char* name, const char* target) const;
   /// Extracts one entry to memory.
-  /// @param name  name of the entry
-  /// @param bytes receives the content. Unchanged if there is no such entry or it
-  ///              cannot be opened; empty if its data are damaged.
-  /// @return 1 if at least one byte was extracted; 0 for an empty entry
+  /// @param name  name of the entry, not null
+  /// @param bytes receives the content. Unchanged if the entry is missing or cannot be opened, as
+  ///              with a wrong password; empty if its data are damaged.
+  /// @return 1 if at least one byte was extracted, else 0; an empty entry returns 0
   int extract(const char* name, std::vector<unsigned char>& bytes) const;
 
-  /// Adds an entry with the present time (UTC).
+  /// Inserts an entry with the present time (UTC), deflated where that saves space.
+  ///
+  /// Fails, and leaves the archive byte for byte unchanged, if the name exists and `overwrite` is
+  /// 0, if the name is empty or too long, if the file is no zip archive, or if the archive's
+  /// comment contains an end-of-central-directory record. A file without bytes becomes an archive.
+  ///
+  /// Replacing an entry rewrites the archive, with the effects that remove() has.
   /// @param bytes     its content
-  /// @param name      its name, at most 260 bytes
-  /// @param comment   its comment, bytes as they are
-  /// @param overwrite non-zero to replace an entry of that name
-  /// @return 1 if the entry is in the archive. A failure that replaces nothing
-  ///         leaves the archive byte for byte as it was.
+  /// @param name      its name, up to the first zero byte
+  /// @param comment   its comment, up to the first zero byte; at most 65,535 bytes, not converted
+  /// @param overwrite non-zero to replace an entry of that name, and with it all whose names differ
+  ///                  from it only in letter case. The new entry becomes the last one.
+  /// @return 1 if the entry is in the archive, else 0
   int insert(const std::vector<unsigned char>& bytes, const std::string& name,
              const std::string& comment, int overwrite);
-  /// Adds a file with its last write time (local) and attributes.
-  /// @param source    path of the file
-  /// @param name      name of the entry, at most 260 bytes; null or empty for
-  ///                  `source` as given
-  /// @param comment   its comment, bytes as they are; null for none
-  /// @param overwrite non-zero to replace an entry of that name
-  /// @return as for the form with bytes
+  /// Inserts a file with its last write time (local) and attributes, as the form above does.
+  ///
+  /// If the source cannot be opened and `overwrite` is non-zero, an existing entry of that name is
+  /// removed all the same. If the source cannot be read to its end, nothing changes.
+  /// @param source    path of the file, not null
+  /// @param name      name of the entry; null or empty for `source` as given
+  /// @param comment   its comment, as above; null for none
+  /// @param overwrite non-zero to replace an entry of that name, as above
+  /// @return 1 if the entry is in the archive, else 0
   int insert(const char* source, const char* name, const char* comment, int overwrite);
-  /// Takes an entry out. The other entries keep their bytes and their order.
-  /// @param name name of the entry; other entries whose names differ from it in
-  ///             letter case only go too
-  /// @return 1 if it is gone; 0 otherwise, with the archive untouched. The last
-  ///         entry of an archive cannot be taken out.
+  /// Removes an entry. All others keep their order, stored data, times, attributes, extra fields
+  /// and comments; no password is needed.
+  ///
+  /// The archive is rewritten in the system's temporary folder and then replaced by a new file with
+  /// its owner and permissions. Bytes before the first entry, as of a self-extracting program, and
+  /// extended attributes are lost. An archive with several hard links is overwritten in place.
+  /// @param name name of the entry, not null. Other entries whose names differ only in letter case
+  ///             are removed too.
+  /// @return 1 if the entry was removed. 0, with the archive unchanged, if there is no such entry,
+  /// if
+  ///         no other entry would remain, if another one cannot be copied, or if the temporary
+  ///         folder or the archive cannot be written.
   int remove(const char* name);
 
  private:

@@ -12,7 +12,8 @@ void ZipHeldFile::acquire() {
 }
 
 void ZipHeldFile::cleanUp() {
-  if (held()) platform::removeUnfinishedVersion(handle_.get(), name.c_str());
+  // A handle without access does not keep out a process that is writing a new version.
+  if (canRead() || canWrite()) platform::removeUnfinishedVersion(handle_.get(), name.c_str());
 }
 
 void ZipHeldFile::setName(const char* newName) {

@@ -19,7 +19,7 @@ class ZipHeldFile {
   // Opens the file, if there is a name and the platform grants it: exclusively for writing, shared
   // with other readers for reading.
   void acquire();
-  // Deletes what a killed process left beside the held file.
+  // Deletes the unfinished new version of the held file that a killed process left beside it.
   void cleanUp();
   // Binds to another file, or to none for null. Releases the file unless the names are equal apart
   // from letter case.

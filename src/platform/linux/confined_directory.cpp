@@ -97,15 +97,16 @@ Descriptor lockForReplacement(int directory, const char* name, struct stat& stat
   return {};
 }
 
-// A replaced file keeps its owner and its permissions.
+// A replaced file keeps its owner and its permissions, but no right to run as that owner.
 bool carryOver(const struct stat& old, int descriptor) {
   if (old.st_uid != geteuid() || old.st_gid != getegid()) {
     // Only the superuser can give a file away; other users become its owner.
     [[maybe_unused]] const int ignored = fchown(descriptor, old.st_uid, old.st_gid);
   }
-  return fchmod(descriptor, old.st_mode & 07777) == 0;
+  return fchmod(descriptor, old.st_mode & 0777) == 0;
 }
 
+// True if the name has a component "..". NativePath would resolve it as text.
 bool climbs(std::string_view name) {
   while (!name.empty()) {
     const std::string_view component = name.substr(0, name.find_first_of("\\/"));
