@@ -10,7 +10,7 @@ struct ZipReader;
 
 namespace zip {
 
-// What an archive's central directory says about an entry.
+// The central directory's record of an entry.
 struct EntryInfo {
   std::string name;        // as stored, cut at kLongestName bytes
   bool nameIsCut = false;  // the stored name is longer than that
@@ -52,7 +52,7 @@ class ArchiveReader {
   // Makes the first entry with exactly this stored name the current one. False if there is none.
   bool locate(const std::string& stored);
 
-  // Reads what the directory says about the current entry. False if that cannot be read.
+  // Reads the central directory's record of the current entry. False if that cannot be read.
   bool describe(EntryInfo& info) const;
   // Reads the current entry's comment, whose length describe() returned.
   bool readComment(std::uint32_t length, std::string& comment) const;

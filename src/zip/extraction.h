@@ -11,8 +11,8 @@
 
 namespace zip {
 
-// Extracts entries one after the other. What a call needs again is kept for the next one: the
-// memory for the content and the open directory of the last file.
+// Extracts entries one after the other. Keeps the memory for the content and the open directory of
+// the last file for the next call.
 class Extractor {
  public:
   // `password` is null for none. Both arguments must outlive the object.

@@ -42,7 +42,7 @@ class BlockReader {
     }
   }
 
-  // Returns the CRC-32 of the file and goes back to its start.
+  // Returns the CRC-32 of the file and moves the file position back to its start.
   std::optional<std::uint32_t> crc() {
     Crc32 crc;
     const bool complete = forEachBlock([&](const unsigned char* data, DWORD size) {

@@ -175,7 +175,7 @@ int ZipArchive::extract(const char* name, std::vector<unsigned char>& bytes) con
 int ZipArchive::insert(const std::vector<unsigned char>& bytes, const std::string& name,
                        const std::string& comment, int overwrite) {
   // The name ends at its first zero byte.
-  const std::string entry = name.c_str();
+  const std::string entry = name.substr(0, name.find('\0'));
   const auto hasSource = [] { return true; };
   const auto add = [&](zip::ArchiveWriter& writer) {
     return zip::addBytes(writer, bytes, zip::storedName(entry), comment.c_str(),

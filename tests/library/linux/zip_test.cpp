@@ -1,4 +1,4 @@
-// Archives against links, full disks and small memories.
+// Archives, symbolic links, and processes that are killed.
 
 #include <fcntl.h>
 #include <filesystem/zip.h>
@@ -32,29 +32,6 @@ class ZipOnLinux : public testing::Test {
   std::string in_ = folder_.file("in");
   std::string out_ = folder_.file("out");
 };
-
-// A full disk, played by a limit of the size of files.
-TEST_F(ZipOnLinux, FailedExtractionKeepsTheTarget) {
-  {
-    ZipArchive archive;
-    archive.create(path_.c_str(), 0);
-    archive.insert(std::vector<unsigned char>(100000, 'x'), "e", "", 0);
-  }
-  const std::string existing = folder_.file("existing");
-  support::writeFile(existing, "old");
-  support::ForkedProcess process([&](const auto&) {
-    std::signal(SIGXFSZ, SIG_IGN);
-    const rlimit limit{50000, 50000};
-    setrlimit(RLIMIT_FSIZE, &limit);
-    ZipArchive archive;
-    archive.open(path_.c_str(), kRead);
-    return archive.extract("e", existing.c_str()) +
-           archive.extract("e", folder_.file("fresh").c_str());
-  });
-  EXPECT_EQ(process.wait(), 0);
-  EXPECT_EQ(support::readFile(existing), "old");
-  EXPECT_FALSE(support::exists(folder_.file("fresh")));
-}
 
 TEST_F(ZipOnLinux, BackslashesInNamesComeBack) {
   support::writeFile(folder_.file("in/x\\y/back\\slash"), "x");
@@ -127,7 +104,7 @@ TEST_F(ZipOnLinux, ExtractionFollowsNoLinksThatAreSwappedIn) {
 }
 
 // Temporary files that killed processes left are deleted when they are older than a day and no
-// process holds them. Other files have other names.
+// process holds them. Files of other names are kept.
 TEST_F(ZipOnLinux, RemovalDeletesAbandonedTemporaryFiles) {
   constexpr std::time_t kDay = 24 * 60 * 60;
   const std::string temporary = folder_.file("tmp");
@@ -155,7 +132,7 @@ TEST_F(ZipOnLinux, RemovalDeletesAbandonedTemporaryFiles) {
             "~za.TMP ~za1.2.TMP ~za1A.txt ~za1A2B3.TMP ~zaB1.TMP ~zaC1.TMP ~zaNote.TMP ");
 }
 
-// The archive is in the folder that it is made of, so what a killed process leaves is there too.
+// The archive is in the folder that is packed, and so is the file that a killed process leaves.
 TEST_F(ZipOnLinux, PackingKeepsTheOldArchiveUntilTheNewOneIsComplete) {
   path_ = folder_.file("in/a.zip");
   support::writeFile(folder_.file("in/small"), "x");
@@ -190,8 +167,7 @@ TEST_F(ZipOnLinux, PackingKeepsTheOldArchiveUntilTheNewOneIsComplete) {
   EXPECT_EQ(support::outputOf(in_, "ls -A"), "a.zip\nlarge\nsmall\n");
 }
 
-// What a process leaves that is killed between naming a rewritten archive and
-// putting it in place.
+// A process that is killed while it replaces an archive can leave the new version beside it.
 TEST_F(ZipOnLinux, OpeningRemovesAnUnfinishedVersion) {
   ZipArchive archive;
   ASSERT_EQ(archive.create(path_.c_str(), 1), 1);
