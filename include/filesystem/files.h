@@ -115,10 +115,10 @@ inline constexpr unsigned int kCopyIfExistingAndOlder = 6;  ///< if it exists an
 ///                     #kCopyIfExisting, or, with bit 4 set too, as #kCopyIfExistingAndOlder; the
 ///                     remaining values never copy.
 /// @return non-zero if the file was copied; 0 if the mode does not apply or the copy failed. On
-/// Linux, a
-///         failed copy leaves an existing target unchanged, unless other handles hold it, it has
-///         other hard links, or its folder does not permit a replacement: then, as always on
-///         Windows, it is overwritten in place.
+///         Linux, a failed copy leaves an existing target unchanged, and a power failure leaves the
+///         old or the new file, unless other handles hold it, it has other hard links, or its
+///         folder does not permit a replacement: then, as always on Windows, it is overwritten in
+///         place.
 FILESYSTEM_API int CopyFileA(const char* source, const char* targetFolder, unsigned int mode);
 
 /// Copies the content of a folder, including its subfolders, into another folder. Existing files
