@@ -127,6 +127,15 @@ TEST_F(EnumerationOnLinux, Names) {
   EXPECT_EQ(EnumFilesWithPath(names, padded.c_str(), "a*", false), 2U);
   EXPECT_EQ(names, (Names{padded + "abc", padded + "abc"}));
 
+  // A bare name that cannot be opened is found in the current directory, one with a drive is not.
+  const platform::FileHandle owner(CreateFileA(folder_.file("long/abc").c_str(), GENERIC_READ, 0,
+                                               nullptr, OPEN_EXISTING, 0, nullptr));
+  const std::filesystem::path before = std::filesystem::current_path();
+  std::filesystem::current_path(folder_.file("long"));
+  EXPECT_GT(FileExists("abc"), 1);
+  EXPECT_EQ(FileExists("C:abc"), 0);
+  std::filesystem::current_path(before);
+
   for (const auto& [text, error] :
        {std::pair{"missing\\", ERROR_PATH_NOT_FOUND}, std::pair{"long\\abc\\", ERROR_DIRECTORY},
         std::pair{"long\\", ERROR_FILE_NOT_FOUND}}) {
