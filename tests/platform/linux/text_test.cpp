@@ -1,10 +1,13 @@
-// Wildcards, and code pages that are UTF-8.
+// Wildcards, letter case, file times, and code pages that are UTF-8.
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <limits>
 #include <random>
 #include <string>
 
+#include "platform/linux/file_time.h"
 #include "platform/linux/wildcard.h"
 #include "platform/win32.h"
 
@@ -72,6 +75,16 @@ TEST(Text, ComparisonIgnoresCase) {
     const int order = lstrcmpiA(c.first, c.second);
     EXPECT_EQ((order > 0) - (order < 0), c.order) << c.first << ' ' << c.second;
   }
+}
+
+TEST(FileTimes, Saturate) {
+  using platform::native::fileTimeOf;
+  using platform::native::ticksOf;
+  constexpr std::int64_t kLast = std::numeric_limits<std::int64_t>::max();
+  EXPECT_EQ(ticksOf(fileTimeOf(0, 100)), 116444736000000001);
+  EXPECT_EQ(ticksOf(fileTimeOf(-11644473601, 0)), 0);
+  EXPECT_EQ(ticksOf(fileTimeOf(std::int64_t{1} << 40, 0)), kLast);
+  EXPECT_EQ(ticksOf(fileTimeOf(kLast, 0)), kLast);
 }
 
 TEST(CodePages, EveryTextComesBack) {
