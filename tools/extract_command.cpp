@@ -30,7 +30,7 @@ void writeToStandardOutput(Archive& archive, const Entry& entry, bool hasPasswor
     throw Failure("cannot extract " + inQuotes(entry.name) + ": " +
                   readFailure(entry, hasPassword));
   }
-  std::fwrite(bytes.data(), 1, bytes.size(), stdout);
+  if (!bytes.empty()) std::fwrite(bytes.data(), 1, bytes.size(), stdout);
 }
 
 // The entries that the pattern selects, without directories. Of entries of the
