@@ -150,7 +150,7 @@ TEST_F(Conformance, Rights) {
   // Who may delete is refused by one who denies it, and the other way round.
   const platform::FileHandle deleter(
       CreateFileA(at("file").c_str(), DELETE, 7, nullptr, OPEN_EXISTING, 0, nullptr));
-  for (const DWORD share : {3, 7}) {
+  for (const DWORD share : {DWORD{3}, DWORD{7}}) {
     for (const DWORD access : {kRead, kReadWrite}) {
       const platform::FileHandle file(
           CreateFileA(at("file").c_str(), access, share, nullptr, OPEN_EXISTING, 0, nullptr));
