@@ -1,5 +1,5 @@
 #pragma once
-// What the program writes: results, details, warnings, failures.
+// The output of the program: results, details, warnings, failures.
 
 #include <cstddef>
 #include <stdexcept>

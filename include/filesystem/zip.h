@@ -30,7 +30,7 @@ FILESYSTEM_API bool FRT_ZIP_FOLDER(const char* folder, const char* zip);
 /// Missing directories are created, existing files and links replaced. The first entry that fails
 /// ends the call: one that is damaged or encrypted, is that of a directory, has a name that escapes
 /// the target (`..`, a root, a drive) or passes through a symbolic link in it, or whose file cannot
-/// be written. What was unpacked before it remains.
+/// be written. Entries unpacked before it remain.
 /// @param zip    path of the archive, not null
 /// @param folder the target directory, with or without trailing separator, not null
 /// @return true if every entry was unpacked, and also if the file is no zip archive; false if an

@@ -52,7 +52,7 @@ struct FileName {
   bool isRegular;
 };
 
-// Lists what is not a directory.
+// Lists everything but directories.
 std::vector<FileName> listFiles(platform::OpenDirectory& directory) {
   std::vector<FileName> names;
   while (directory.next()) {

@@ -84,7 +84,7 @@ std::string Failing::failed() const { return firstFailed; }
     return failing::fails(#name, path, needsSpace) ? failure : real arguments;    \
   }
 
-// A call that changes what is on disk. `record` runs after it has succeeded.
+// A call that changes the disk. `record` runs after it has succeeded.
 #define RECORDED(result, name, parameters, arguments, path, needsSpace, record) \
   INTERPOSED(result, name, parameters) {                                        \
     using Function = result(*) parameters;                                      \

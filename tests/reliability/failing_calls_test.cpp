@@ -142,7 +142,7 @@ TEST_P(FailingCalls, SucceedOrLeaveAllAsItWas) {
       if (fault == Fault::OneCall && success) deleteTemporaryFiles();
       EXPECT_TRUE(std::filesystem::is_empty(temporary_));
       auto now = contentsOf(work_, true);
-      // A storage does not clear what it cannot list.
+      // A storage does not clear a directory that it cannot list.
       if (operation.passesOver && success) {
         std::erase_if(now, [](const auto& file) { return file.first.starts_with("{"); });
       }

@@ -24,7 +24,7 @@ std::string archiveWith(const std::string& name, const std::string& content) {
   return support::readFile(path);
 }
 
-// The simulated power failures show that such an archive is read. This shows what is not.
+// The simulated power failures show that such an archive is read. This shows which others are not.
 TEST(InterruptedAppend, OnlyItExplainsWhatFollowsTheEndRecord) {
   constexpr std::uintmax_t kMegabyte = 1 << 20;
   const std::string inner = archiveWith("entry", "content");

@@ -1,4 +1,4 @@
-// Processes that are killed during their work, and what they leave.
+// Processes that are killed during their work, and the files that they leave.
 
 #include <filesystem/files.h>
 #include <filesystem/zip.h>

@@ -167,7 +167,7 @@ TEST_F(MemoryLimits, InsertingAFileHoldsLittleOfIt) {
   }
 }
 
-// The engine alone can be told to store a large file as it is.
+// Only the engine's interface can store a large file without compression.
 TEST_F(MemoryLimits, StoringAFileHoldsLittleOfIt) {
   ageHeap();
   constexpr int kMegabytes = 256;

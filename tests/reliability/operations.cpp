@@ -26,7 +26,7 @@ const std::string kLarge(100000, 'l');
 std::string textOf(const std::vector<unsigned char>& bytes) { return {bytes.begin(), bytes.end()}; }
 std::vector<unsigned char> bytesOf(const std::string& text) { return {text.begin(), text.end()}; }
 
-// What deflate cannot shrink.
+// Bytes that deflate cannot shrink.
 std::string noise(std::size_t size) {
   std::minstd_rand random(1);
   std::string bytes(size, '\0');

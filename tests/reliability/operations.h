@@ -18,7 +18,7 @@ struct Operation {
   std::function<bool(const std::string& folder)> run;
   // Some of the files may have been done already when one fails, each whole.
   bool inParts = false;
-  // What cannot be listed or read is passed over and is no failure.
+  // Files that cannot be listed or read are skipped and are no failure.
   bool passesOver = false;
   // Works on the archive of many entries.
   bool many = false;
@@ -38,7 +38,7 @@ using Files = std::map<std::string, std::string>;
 // entries, because its bytes include the time.
 Files contentsOf(const std::filesystem::path& folder, bool entries);
 
-// Creates what the operation works on: an archive of two entries, a tree, and a copy of the tree
+// Creates the files of the operation: an archive of two entries, a tree, and a copy of the tree
 // with other content; for some an archive whose central directory is longer than a page.
 void prepare(const std::string& folder, const Operation& operation);
 

@@ -31,7 +31,7 @@ void addDistinct(std::vector<Value>& values, const Value& value) {
   if (std::find(values.begin(), values.end(), value) == values.end()) values.push_back(value);
 }
 
-// One file of a state: what its size and each of its blocks can be.
+// One file of a state: the alternatives of its size and of each block.
 class UncertainFile {
  public:
   explicit UncertainFile(const FileHistory& history) {
@@ -191,7 +191,7 @@ void forEachState(const std::vector<recording::Event>& events, std::size_t limit
     });
   };
   for (const recording::Event& event : events) {
-    // What is possible at a moment is possible until the next commit too.
+    // A state that is possible at a moment is possible until the next commit too.
     if (event.committed) visitAll();
     if (event.file == recording::kTree) {
       addEvent(trees, event.committed, event.names);

@@ -1,4 +1,4 @@
-// What each operation leaves on disk when the power fails at any moment.
+// The state of the disk after a power failure at any moment of each operation.
 
 #include <filesystem/zip_archive.h>
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
 #pragma once
-// Records what the library's system calls change in a directory, and what they commit.
+// Records the changes that the library's system calls make in a directory, and their commits.
 
 #include <map>
 #include <string>
@@ -15,12 +15,12 @@ inline constexpr int kTree = -1;
 
 struct Event {
   int file = kTree;
-  bool committed = false;  // of the file or tree; what it holds has not changed
+  bool committed = false;  // of the file or tree, whose content has not changed
   std::string content;     // of the file, all of it
   Names names;             // of the tree
 };
 
-// Records during its lifetime. The first events describe what is there. One at a time.
+// Records during its lifetime. The first events describe the existing files. One at a time.
 class Recorder {
  public:
   explicit Recorder(const std::string& folder);

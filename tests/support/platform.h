@@ -20,7 +20,7 @@ struct Platform {
   bool positionedReadFailsAtEnd;
   // A copy of a read-only file makes an existing target read-only.
   bool copyCarriesReadOnly;
-  // What is not a number is refused as an automation date.
+  // An automation date that is not a number is refused.
   bool strictDates;
   // The pattern `*.` finds the names without a dot alone.
   bool starDotIsExact;

@@ -10,7 +10,7 @@ namespace support {
 // did not end by itself.
 int run(const std::filesystem::path& folder, const std::string& command);
 
-// What a shell command in a folder writes to standard output.
+// Returns the standard output of a shell command that runs in a folder.
 std::string outputOf(const std::filesystem::path& folder, const std::string& command);
 
 // A path as the shell's programs know it.

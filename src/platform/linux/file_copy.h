@@ -20,7 +20,7 @@ struct Source {
 // Opens a file to be copied. False, with the error, on failure.
 bool openSource(const char* text, Source& source);
 
-// What happens to a target that other handles hold.
+// The treatment of a target that other handles hold.
 enum class HeldTarget {
   Overwrite,  // it gets the new content in place, if its holders share writing
   Replace,    // it is replaced all the same, if its holders only read and share writing

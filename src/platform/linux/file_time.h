@@ -17,8 +17,8 @@ inline FILETIME fileTimeOf(std::int64_t ticks) {
   return {static_cast<DWORD>(ticks), static_cast<DWORD>(ticks >> 32)};
 }
 
-// Converts a time since 1970. What a file time cannot hold becomes the nearest time that it can:
-// times before 1601 its first, and times after the year 30828 its last one.
+// Converts a time since 1970. A time that a file time cannot hold becomes the nearest time that it
+// can: times before 1601 its first, and times after the year 30828 its last one.
 FILETIME fileTimeOf(std::int64_t seconds, std::int64_t nanoseconds);
 
 }  // namespace platform::native

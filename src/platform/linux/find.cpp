@@ -21,7 +21,7 @@
 namespace platform::native {
 namespace {
 
-// Fills what a search for names returns, from the listing of the directory. Returns false if the
+// Fills the record of a search for names from the listing of the directory. Returns false if the
 // listing does not hold the type, if the entry is a link, or if the name is too long.
 bool describeListed(const dirent& entry, std::string_view shown, WIN32_FIND_DATAA& data) {
   if (entry.d_type != DT_REG && entry.d_type != DT_DIR) return false;
@@ -118,7 +118,8 @@ HANDLE findOne(const char* text, WIN32_FIND_DATAA& data) {
   return std::make_unique<Search>().release();
 }
 
-// Returns the start of the pattern in a search text: what follows the last separator, or the drive.
+// Returns the start of the pattern in a search text: the text after the last separator, or the
+// drive.
 std::size_t patternStart(std::string_view text) {
   const std::size_t separator = text.find_last_of("\\/");
   if (separator != std::string_view::npos) return separator + 1;

@@ -36,7 +36,7 @@ Wildcard::Wildcard(std::string_view pattern) {
     const char32_t c = takeUtf8(pattern);
     const bool beforeWildcard = pattern.starts_with('*') || pattern.starts_with('?');
     if (c == U'*') {
-      // Two of them match what one matches.
+      // Two of them match the same as one.
       if (++stars == 1) pattern_ += kAny;
       continue;
     }

@@ -5,7 +5,7 @@
 #define NOMINMAX 1
 #define WIN32_LEAN_AND_MEAN
 #include <windows.h>
-// Behind windows.h, which they need.
+// After windows.h, which they need.
 #include <objbase.h>
 #include <oleauto.h>
 #include <winver.h>

@@ -98,7 +98,7 @@ bool firstEntryIsInPlace(const ArchiveFile& file, const CentralDirectory& direct
 }
 
 // Reads the directory at a position; offsets count from `base`. Returns false if it is not exactly
-// what the end record says.
+// as the end record says.
 bool readDirectory(const ArchiveFile& file, const EndRecord& end, std::uint64_t position,
                    std::uint64_t base, CentralDirectory& directory) {
   if (!readRecords(file, position, end.directorySize, directory.blob, directory.entryCount)) {

@@ -31,7 +31,7 @@ bool hasZeroSector(const Bytes& bytes, std::uint64_t position) {
   return false;
 }
 
-// What an append puts at the end of a file of a certain size.
+// The bytes that an append writes at the end of a file of a certain size.
 class Backup {
  public:
   Backup(const CentralDirectory& directory, std::uint64_t size) : directory_(directory.blob) {
@@ -76,7 +76,7 @@ class Backup {
   Bytes final_;                 // refers to the copy
 };
 
-// Reports whether everything from a position on is what an append leaves there.
+// Reports whether everything from a position on is left by an append.
 bool isBackup(const ArchiveFile& file, std::uint64_t position, std::uint64_t size,
               const CentralDirectory& directory) {
   const Backup backup(directory, size);

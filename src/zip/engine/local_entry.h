@@ -44,7 +44,7 @@ class LocalEntry {
   EntryMap map_;
   ReadAhead readAhead_;
   std::uint64_t start_ = 0;  // absolute
-  Bytes head_;               // the header and what was read with it
+  Bytes head_;               // the header and the bytes read with it
 };
 
 }  // namespace zip_engine

@@ -16,7 +16,7 @@ constexpr std::size_t kBufferSize = 1 << 20;
 // How far past a write the backup directory is put while more is to come.
 constexpr std::uint64_t kBackupDistance = 16 << 20;
 
-// What is written within one page of the page cache is there entirely or not at all after a kill.
+// A write within one page of the page cache is there entirely or not at all after a kill.
 constexpr std::uint64_t kPage = 4096;
 
 // A gap between the old directory and the end of the file up to this size is overwritten with it; a

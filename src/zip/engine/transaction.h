@@ -58,7 +58,7 @@ class Transaction {
   // append survives a power failure, unless the file was created.
   bool commit(const Bytes& kept, const Bytes& added, std::uint64_t entryCount,
               const std::string& comment);
-  // Makes the file byte for byte what it was.
+  // Restores the file byte for byte.
   void restore();
 
  private:
@@ -75,7 +75,7 @@ class Transaction {
   std::uint64_t start_ = 0;    // absolute; where appended bytes begin
   std::uint64_t flushed_ = 0;  // absolute; where the buffer begins
   Bytes buffer_;
-  bool touched_ = false;             // true if the file differs from what it was
+  bool touched_ = false;             // true if the file has been changed
   std::uint64_t safeDirectory_ = 0;  // absolute; a whole copy of the old directory
   std::uint64_t backupStart_ = 0;    // absolute; 0 without a backup directory
 };

@@ -1,4 +1,4 @@
-// What the program does with names, links and terminals of Linux.
+// The program with the names, links and terminals of Linux.
 
 #include "tool/vesk_fs.h"
 
