@@ -75,9 +75,6 @@ TEST_F(Files, Probes) {
   EXPECT_EQ(FolderExists(path_.c_str()), 0);
   EXPECT_EQ(FolderExists(missing.c_str()), 0);
   EXPECT_EQ(FolderExists(nullptr), 0);
-  const std::string padded = folder_.name() + std::string(246, '/');
-  EXPECT_EQ(FolderExists(padded.substr(0, 246).c_str()), 1);
-  EXPECT_EQ(FolderExists(padded.substr(0, 247).c_str()), 0);
   EXPECT_EQ(entries(), 4U);
 
   EXPECT_EQ(TestOpen(missing.c_str(), kRead), 0);

@@ -163,6 +163,9 @@ TEST_F(TreesOnLinux, LongTexts) {
   EXPECT_NE(FileSystem::CopyFileA(elsewhere_.file(name).c_str(), padded.c_str(), 0), 0);
   EXPECT_TRUE(support::exists(folder_.file(name.substr(0, 10))));
 
+  EXPECT_EQ(FileSystem::FolderExists(padded.substr(0, 246).c_str()), 1);
+  EXPECT_EQ(FileSystem::FolderExists(padded.substr(0, 247).c_str()), 0);
+
   writeOld(elsewhere_.file("sub/" + name));
   const std::string deep =
       elsewhere_.name() + std::string(250 - elsewhere_.name().size(), '/') + '\\';
