@@ -1,5 +1,5 @@
 #pragma once
-// Stands in for MFC's extension modules in builds without MFC: the few names
+// Replaces MFC's extension modules in builds without MFC: the few names
 // that the frame calls, with their published contracts.
 
 #include "platform/win32.h"

@@ -55,7 +55,7 @@ class OpenDirectory {
   bool deleteEntry();
 
   // Copies a file of `source`, listed as regular, to the same name here, as CopyFileA does. Returns
-  // false, and leaves nothing behind, if that name exists or the copy fails.
+  // false, and leaves no file, if that name exists or the copy fails.
   bool copyNew(const OpenDirectory& source, const std::string& storedName);
 
   // Removes an empty subdirectory, but no link, under the rules of RemoveDirectoryA.
