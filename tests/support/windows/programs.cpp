@@ -29,13 +29,15 @@ std::string withPlainLineEnds(const std::string& text) {
   return plain;
 }
 
-// True if the shell has written its process id and has not exited. Z: is the root
-// of the system that Wine runs on.
-bool isShellRunning(const TemporaryFolder& files) {
+// The process id that the shell has written, or nothing if it has not started yet.
+std::string shellId(const TemporaryFolder& files) {
   std::string id;
   std::ifstream(files.path() / "pid") >> id;
-  return !id.empty() && std::filesystem::exists("Z:\\proc\\" + id);
+  return id;
 }
+
+// Z: is the root of the system that Wine runs on.
+bool isRunning(const std::string& id) { return std::filesystem::exists("Z:\\proc\\" + id); }
 
 Result runShell(const std::filesystem::path& folder, const std::string& command) {
   const TemporaryFolder files;
@@ -59,10 +61,10 @@ Result runShell(const std::filesystem::path& folder, const std::string& command)
   const auto limit = std::chrono::steady_clock::now() + kLongestStart;
   const std::filesystem::path status = files.path() / "status";
   while (!std::filesystem::exists(status)) {
-    const bool isRunning = isShellRunning(files);
-    if (!isRunning && !std::filesystem::exists(files.path() / "pid")) {
+    const std::string id = shellId(files);
+    if (id.empty()) {
       if (std::chrono::steady_clock::now() > limit) return {};
-    } else if (!isRunning && !std::filesystem::exists(status)) {
+    } else if (!isRunning(id) && !std::filesystem::exists(status)) {
       return {};
     }
     std::this_thread::sleep_for(std::chrono::milliseconds(2));
