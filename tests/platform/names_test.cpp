@@ -1,37 +1,92 @@
-// Attributes, folders, deletion, temporary names and the search path.
+// Names: deletion, copies, folders, attributes, searches, temporary names and the search path.
 
-#include <gtest/gtest.h>
-
+#include <algorithm>
 #include <set>
 #include <string>
+#include <vector>
 
-#include "platform/unique_handle.h"
-#include "platform/win32.h"
-#include "support/temporary_folder.h"
+#include "platform/conformance.h"
 
 namespace {
 
-class Names : public testing::Test {
- protected:
-  void SetUp() override {
-    support::writeFile(folder_.file("file"), "12345");
-    support::writeFile(folder_.file(".hidden"), "");
-    support::writeFile(folder_.file("full/inside"), "");
-    std::filesystem::create_directory(folder_.file("empty"));
+TEST_F(Conformance, Names) {
+  const struct {
+    const char* what;
+    BOOL (*call)(const char* path);
+    struct Case {
+      const char* name;
+      DWORD error;
+    };
+    std::vector<Case> cases;
+  } calls[] = {
+      {"copy to",
+       [](const char* path) { return CopyFileA("..\\file", path, FALSE); },
+       {{"held", ERROR_SHARING_VIOLATION},
+        {"read-only", ERROR_ACCESS_DENIED},
+        {"full", ERROR_ACCESS_DENIED},
+        {"none\\copy", ERROR_PATH_NOT_FOUND},
+        {"missing\\", ERROR_INVALID_NAME}}},
+      {"copy to the new",
+       [](const char* path) { return CopyFileA("..\\file", path, TRUE); },
+       {{"other", ERROR_FILE_EXISTS}, {"full\\", ERROR_FILE_EXISTS}}},
+      {"copy",
+       [](const char* path) { return CopyFileA(path, "..\\copy", FALSE); },
+       {{"missing", ERROR_FILE_NOT_FOUND},
+        {"held", ERROR_SHARING_VIOLATION},
+        {"full", ERROR_ACCESS_DENIED}}},
+      {"create folder",
+       [](const char* path) { return CreateDirectoryA(path, nullptr); },
+       {{"full", ERROR_ALREADY_EXISTS},
+        {"file", ERROR_ALREADY_EXISTS},
+        {"none\\x", ERROR_PATH_NOT_FOUND},
+        {"file\\x", ERROR_PATH_NOT_FOUND},
+        {"new\\", ERROR_SUCCESS}}},
+      {"remove folder",
+       [](const char* path) { return RemoveDirectoryA(path); },
+       {{"full", ERROR_DIR_NOT_EMPTY},
+        {"file", ERROR_DIRECTORY},
+        {"missing", ERROR_FILE_NOT_FOUND},
+        {"none\\x", ERROR_PATH_NOT_FOUND},
+        {"current", ERROR_SHARING_VIOLATION},
+        {"new\\", ERROR_SUCCESS}}},
+      {"make read-only",
+       [](const char* path) { return SetFileAttributesA(path, FILE_ATTRIBUTE_READONLY); },
+       {{"missing", ERROR_FILE_NOT_FOUND}, {"other", ERROR_SUCCESS}}},
+      {"delete",
+       [](const char* path) { return DeleteFileA(path); },
+       {{"held", ERROR_SHARING_VIOLATION},
+        {"other", ERROR_ACCESS_DENIED},
+        {"empty", ERROR_ACCESS_DENIED},
+        {"empty\\", ERROR_ACCESS_DENIED},
+        {"missing", ERROR_FILE_NOT_FOUND},
+        {"file\\", ERROR_INVALID_NAME},
+        {"none\\x", ERROR_PATH_NOT_FOUND},
+        {"file", ERROR_SUCCESS}}},
+      {"clear attributes",
+       [](const char* path) { return SetFileAttributesA(path, FILE_ATTRIBUTE_NORMAL); },
+       {{"other\\", ERROR_INVALID_NAME}, {"other", ERROR_SUCCESS}}},
+      {"delete", [](const char* path) { return DeleteFileA(path); }, {{"other", ERROR_SUCCESS}}},
+  };
+  for (const auto& [what, call, cases] : calls) {
+    for (const auto& [name, error] : cases) {
+      SetLastError(ERROR_SUCCESS);
+      EXPECT_EQ(call(at(name).c_str()) != FALSE, error == ERROR_SUCCESS) << what << ' ' << name;
+      EXPECT_TRUE(error == ERROR_SUCCESS || error == GetLastError()) << what << ' ' << name;
+    }
   }
-  std::string at(const std::string& name) const { return folder_.text() + name; }
+  EXPECT_FALSE(DeleteFileA(""));
+  EXPECT_EQ(GetLastError(), ERROR_PATH_NOT_FOUND);
+}
 
-  support::TemporaryFolder folder_;
-};
-
-TEST_F(Names, Attributes) {
+TEST_F(Conformance, Attributes) {
+  const DWORD hidden = support::kPlatform.dotHides ? FILE_ATTRIBUTE_HIDDEN : 0;
   struct {
     const char* name;
     DWORD attributes, error;
   } const cases[] = {
       {"file", FILE_ATTRIBUTE_ARCHIVE, 0},
-      {".hidden",
-       FILE_ATTRIBUTE_ARCHIVE | (support::kPlatform.dotHides ? FILE_ATTRIBUTE_HIDDEN : 0U), 0},
+      {"read-only", FILE_ATTRIBUTE_ARCHIVE | FILE_ATTRIBUTE_READONLY, 0},
+      {".hidden", FILE_ATTRIBUTE_ARCHIVE | hidden, 0},
       {"full", FILE_ATTRIBUTE_DIRECTORY, 0},
       {"full\\", FILE_ATTRIBUTE_DIRECTORY, 0},
       {"full\\.", FILE_ATTRIBUTE_DIRECTORY, 0},
@@ -42,61 +97,87 @@ TEST_F(Names, Attributes) {
   };
   for (const auto& c : cases) {
     EXPECT_EQ(GetFileAttributesA(at(c.name).c_str()), c.attributes) << c.name;
-    if (c.error != 0) {
-      EXPECT_EQ(GetLastError(), c.error) << c.name;
-    }
+    EXPECT_TRUE(c.error == ERROR_SUCCESS || c.error == GetLastError()) << c.name;
   }
-  const std::string file = at("file");
-  ASSERT_TRUE(SetFileAttributesA(file.c_str(), FILE_ATTRIBUTE_READONLY));
-  EXPECT_EQ(GetFileAttributesA(file.c_str()), FILE_ATTRIBUTE_ARCHIVE | FILE_ATTRIBUTE_READONLY);
-  ASSERT_TRUE(SetFileAttributesA(file.c_str(), FILE_ATTRIBUTE_NORMAL));
-  EXPECT_EQ(GetFileAttributesA(file.c_str()), FILE_ATTRIBUTE_ARCHIVE);
-
-  support::setWriteTime(folder_.file("file"), 1, 700);
-  WIN32_FILE_ATTRIBUTE_DATA data{};
-  ASSERT_TRUE(GetFileAttributesExA(file.c_str(), GetFileExInfoStandard, &data));
-  EXPECT_EQ(data.nFileSizeLow, 5U);
-  const ULONGLONG write =
-      ULONGLONG{data.ftLastWriteTime.dwHighDateTime} << 32 | data.ftLastWriteTime.dwLowDateTime;
-  EXPECT_EQ(write, 116444736010000007U);
+  ASSERT_TRUE(SetFileAttributesA(at("read-only").c_str(), FILE_ATTRIBUTE_NORMAL));
+  EXPECT_EQ(GetFileAttributesA(at("read-only").c_str()), FILE_ATTRIBUTE_ARCHIVE);
 }
 
-TEST_F(Names, TemporaryNames) {
+TEST_F(Conformance, Searches) {
+  for (const char* name : {"a.tmp", "b.TMP", "ab", "cab.txt", "x.tm", "a.b.c", "noext"}) {
+    write(std::string("s/") + name, "");
+  }
+  using Names = std::vector<std::string>;
+  const Names every{".", "..", "a.b.c", "a.tmp", "ab", "b.TMP", "cab.txt", "noext", "x.tm"};
+  struct {
+    const char* pattern;
+    Names names;
+    DWORD error;
+  } const cases[] = {
+      {"s\\*.*", every, ERROR_NO_MORE_FILES},
+      {"s\\*", every, ERROR_NO_MORE_FILES},
+      {"s\\?a*", {"cab.txt"}, ERROR_NO_MORE_FILES},
+      {"s\\a*", {"a.b.c", "a.tmp", "ab"}, ERROR_NO_MORE_FILES},
+      {"s\\*.tmp", {"a.tmp", "b.TMP"}, ERROR_NO_MORE_FILES},
+      {"s\\?.TMP", {"a.tmp", "b.TMP"}, ERROR_NO_MORE_FILES},
+      {"s\\*.b.*", {"a.b.c"}, ERROR_NO_MORE_FILES},
+      {"s\\ab", {"ab"}, ERROR_NO_MORE_FILES},
+      {"s\\*b*", {"a.b.c", "ab", "b.TMP", "cab.txt"}, ERROR_NO_MORE_FILES},
+      {"s\\no??t", {"noext"}, ERROR_NO_MORE_FILES},
+      {"s\\nothing*", {}, ERROR_FILE_NOT_FOUND},
+      {"missing", {}, ERROR_FILE_NOT_FOUND},
+      {"none\\*", {}, ERROR_PATH_NOT_FOUND},
+  };
+  for (const auto& c : cases) {
+    Names names;
+    WIN32_FIND_DATAA data{};
+    SetLastError(ERROR_SUCCESS);
+    const platform::SearchHandle search(FindFirstFileA(at(c.pattern).c_str(), &data));
+    for (bool isFound = static_cast<bool>(search); isFound;
+         isFound = FindNextFileA(search.get(), &data) != FALSE) {
+      names.emplace_back(data.cFileName);
+    }
+    EXPECT_EQ(GetLastError(), c.error) << c.pattern;
+    std::sort(names.begin(), names.end());
+    EXPECT_EQ(names, c.names) << c.pattern;
+  }
+}
+
+TEST_F(Conformance, TemporaryNames) {
+  const std::string folder = folder_.name();
   char name[MAX_PATH];
   std::set<std::string> names;
   for (int i = 0; i < 300; ++i) {
-    const UINT number = GetTempFileNameA(folder_.name().c_str(), "pref", 0, name);
-    ASSERT_NE(number, 0U);
-    EXPECT_TRUE(std::string(name).starts_with(folder_.name() + "\\pre")) << name;
+    ASSERT_NE(GetTempFileNameA(folder.c_str(), "pref", 0, name), 0U);
+    EXPECT_TRUE(std::string(name).starts_with(folder + "\\pre")) << name;
     EXPECT_EQ(lstrcmpiA(std::string(name).substr(std::string(name).size() - 4).c_str(), ".tmp"), 0);
     EXPECT_TRUE(names.insert(name).second);
     EXPECT_EQ(GetFileAttributesA(name), FILE_ATTRIBUTE_ARCHIVE);
   }
-  EXPECT_EQ(GetTempFileNameA((folder_.name() + "/").c_str(), "~", 0xABC12345, name) & 0xFFFF,
-            0x2345U);
-  EXPECT_EQ(lstrcmpiA(name, (folder_.name() + "/\\~2345.TMP").c_str()), 0) << name;
+  EXPECT_EQ(GetTempFileNameA((folder + "/").c_str(), "~", 0xABC12345, name) & 0xFFFF, 0x2345U);
+  EXPECT_EQ(lstrcmpiA(name, (folder + "/\\~2345.TMP").c_str()), 0) << name;
   EXPECT_EQ(GetFileAttributesA(name), INVALID_FILE_ATTRIBUTES);
   EXPECT_EQ(GetTempFileNameA(at("missing").c_str(), "~", 1, name), 0U);
   EXPECT_EQ(GetLastError(), ERROR_DIRECTORY);
   EXPECT_EQ(GetTempFileNameA(at("file").c_str(), "~", 0, name), 0U);
-  const std::string dots = folder_.name() + std::string(246, '/');
-  EXPECT_EQ(GetTempFileNameA(dots.c_str(), "~", 1, name), 0U);
-  EXPECT_NE(GetTempFileNameA(dots.substr(0, 246).c_str(), "abc", 0xFFFF, name), 0U);
+  const std::string slashes = folder + std::string(246, '/');
+  EXPECT_EQ(GetTempFileNameA(slashes.c_str(), "~", 1, name), 0U);
+  EXPECT_NE(GetTempFileNameA(slashes.substr(0, 246).c_str(), "abc", 0xFFFF, name), 0U);
 }
 
-TEST_F(Names, SearchPath) {
+TEST_F(Conformance, SearchPath) {
+  const std::string list = "C:\\nowhere;" + folder_.name();
+  const char* const program = support::kPlatform.program;
   char found[MAX_PATH];
   char* part = nullptr;
-  const char* const program = support::kPlatform.program;
   EXPECT_GT(SearchPathA(nullptr, program, nullptr, sizeof(found), found, &part), 2U);
   EXPECT_STREQ(part, program);
-  const std::string list = "C:\\nowhere;" + folder_.name();
-  EXPECT_EQ(SearchPathA(list.c_str(), "file", nullptr, sizeof(found), found, &part),
-            at("file").size());
-  EXPECT_EQ(found, at("file"));
-  EXPECT_EQ(SearchPathA(list.c_str(), "file", nullptr, 4, found, &part), at("file").size() + 1);
-  EXPECT_EQ(SearchPathA(list.c_str(), "full", nullptr, sizeof(found), found, &part),
-            at("full").size());
+  for (const char* name : {"file", "full"}) {
+    const std::string path = at(name);
+    EXPECT_EQ(SearchPathA(list.c_str(), name, nullptr, sizeof(found), found, &part), path.size());
+    EXPECT_EQ(found, path);
+    EXPECT_EQ(SearchPathA(list.c_str(), name, nullptr, 4, found, &part), path.size() + 1);
+  }
   EXPECT_EQ(SearchPathA(list.c_str(), "fil", ".x", sizeof(found), found, &part), 0U);
 }
 

@@ -7,8 +7,7 @@
 #include <string>
 #include <utility>
 
-#include "platform/unique_handle.h"
-#include "platform/win32.h"
+#include "support/open_file.h"
 #include "support/temporary_folder.h"
 
 namespace {
@@ -65,9 +64,7 @@ TEST_F(NamesOnLinux, UmaskMakesNoFileReadOnly) {
   EXPECT_NE(GetTempFileNameA(folder_.name().c_str(), "~", 0, temporary), 0U);
   for (const std::string& name : {std::string(temporary), at("new")}) {
     for (const DWORD disposition : {OPEN_ALWAYS, CREATE_ALWAYS}) {
-      EXPECT_TRUE(platform::FileHandle(CreateFileA(name.c_str(), GENERIC_READ | GENERIC_WRITE, 0,
-                                                   nullptr, disposition, 0, nullptr)))
-          << name;
+      EXPECT_TRUE(support::openFile(name, GENERIC_READ | GENERIC_WRITE, 0, disposition)) << name;
     }
   }
   umask(mask);
@@ -76,7 +73,8 @@ TEST_F(NamesOnLinux, UmaskMakesNoFileReadOnly) {
 TEST_F(NamesOnLinux, SearchForNoName) {
   WIN32_FIND_DATAA data{};
   for (const auto& [name, error] :
-       {std::pair("full\\", ERROR_FILE_NOT_FOUND), std::pair("none\\", ERROR_PATH_NOT_FOUND)}) {
+       {std::pair("full\\", ERROR_FILE_NOT_FOUND), std::pair("file\\", ERROR_DIRECTORY),
+        std::pair("none\\", ERROR_PATH_NOT_FOUND)}) {
     EXPECT_EQ(FindFirstFileA(at(name).c_str(), &data), INVALID_HANDLE_VALUE);
     EXPECT_EQ(GetLastError(), error) << name;
   }
