@@ -1,24 +1,10 @@
-#include <filesystem/enumeration.h>
-#include <gtest/gtest.h>
+#include "library/enumeration.h"
 
-#include <algorithm>
 #include <stdexcept>
-#include <string>
-#include <vector>
-
-#include "platform/unique_handle.h"
-#include "platform/win32.h"
-#include "support/temporary_folder.h"
 
 namespace {
 
 using namespace FileSystem;
-using Names = std::vector<std::string>;
-
-Names sorted(Names names) {
-  std::sort(names.begin(), names.end());
-  return names;
-}
 
 Names namesOf(const std::vector<FILE_INFORMATION>& records) {
   Names names;
@@ -26,83 +12,35 @@ Names namesOf(const std::vector<FILE_INFORMATION>& records) {
   return names;
 }
 
-class Enumeration : public testing::Test {
- protected:
-  void make(std::initializer_list<const char*> files) {
-    for (const char* name : files) support::writeFile(folder_.file(name), name);
-  }
-  // Returns paths without the folder at their start, sorted.
-  Names below(Names paths) const {
-    for (std::string& path : paths) {
-      EXPECT_TRUE(path.starts_with(text_)) << path;
-      path.erase(0, text_.size());
-    }
-    return sorted(paths);
-  }
-
-  support::TemporaryFolder folder_;
-  std::string text_ = folder_.text();
-  const char* path_ = text_.c_str();
-  const char* const end_ = nullptr;
-};
-
 TEST_F(Enumeration, GroupsOfExtensions) {
+  const char* const end = nullptr;
   make({"x.aaa", "x.bbb", "y.aaa", "a.b.aaa", "a.b.bbb", "Z.AAA", "Z.bBb", ".aaa", "long.aaab"});
   std::filesystem::create_directory(folder_.file("sub.aaa"));
   Names names{"before"};
-  EXPECT_EQ(EnumFiles(names, path_, "*", ".aaa", ".bbb", end_), 3U);
+  EXPECT_EQ(EnumFiles(names, path_, "*", ".aaa", ".bbb", end), 3U);
   EXPECT_EQ(sorted(names), (Names{"Z", "a.b", "before", "x"}));
   names.clear();
-  EXPECT_EQ(EnumFiles(names, path_, "*", ".aaa", end_), 5U);
+  EXPECT_EQ(EnumFiles(names, path_, "*", ".aaa", end), 5U);
   EXPECT_EQ(sorted(names), (Names{"", "Z", "a.b", "x", "y"}));
   CStringArray array;
-  EXPECT_EQ(EnumFiles(array, path_, "x*", ".aaa", ".bbb", end_), 1U);
+  EXPECT_EQ(EnumFiles(array, path_, "x*", ".aaa", ".bbb", end), 1U);
   EXPECT_STREQ(array.GetAt(0), "x");
-  EXPECT_EQ(EnumFiles(names, folder_.file("missing\\").c_str(), "*", ".aaa", end_), 0U);
+  EXPECT_EQ(EnumFiles(names, folder_.file("missing\\").c_str(), "*", ".aaa", end), 0U);
   // An extension ignores letter case, a base name does not.
   make({"q.aaa", "Q.bbB", "Q.aaA"});
   support::writeFile(folder_.file(support::text("u.\xC3\x84")), "");
   names.clear();
-  EXPECT_EQ(EnumFiles(names, path_, "q*", ".aaa", ".bbb", end_), 1U);
-  EXPECT_EQ(EnumFiles(names, path_, "*", support::text(".\xC3\xA4").c_str(), end_), 1U);
+  EXPECT_EQ(EnumFiles(names, path_, "q*", ".aaa", ".bbb", end), 1U);
+  EXPECT_EQ(EnumFiles(names, path_, "*", support::text(".\xC3\xA4").c_str(), end), 1U);
   EXPECT_EQ(names, (Names{support::kPlatform.exactCase ? "Q" : "q", "u"}));
 
   // A file without sharing does not count for its group.
-  const platform::FileHandle owner(CreateFileA(folder_.file("x.bbb").c_str(), GENERIC_READ, 0,
-                                               nullptr, OPEN_EXISTING, 0, nullptr));
+  const platform::FileHandle owner = support::openFile(folder_.file("x.bbb"));
   names.clear();
-  EXPECT_EQ(EnumFiles(names, path_, "x", ".aaa", ".bbb", end_), 0U);
+  EXPECT_EQ(EnumFiles(names, path_, "x", ".aaa", ".bbb", end), 0U);
+  // The plain form lists it, but no folders.
   EXPECT_EQ(EnumFiles(names, path_, "x*"), 2U);
-}
-
-TEST_F(Enumeration, Patterns) {
-  make({"a.txt", "B.TXT", "noext", ".dot", "a.b.c"});
-  support::writeFile(folder_.file(support::text("größe.txt")), "");
-  std::filesystem::create_directory(folder_.file("folder.txt"));
-  struct {
-    std::string pattern;
-    Names names;
-  } const cases[] = {
-      {"*", {".dot", "B.TXT", "a.b.c", "a.txt", support::text("größe.txt"), "noext"}},
-      {"*.*", {".dot", "B.TXT", "a.b.c", "a.txt", support::text("größe.txt"), "noext"}},
-      {"*.txt", {"B.TXT", "a.txt", support::text("größe.txt")}},
-      {"?.txt", {"B.TXT", "a.txt"}},
-      {support::text("GRÖSSE*"), {}},
-      {support::text("GRÖßE.*"), {support::text("größe.txt")}},
-      {"gr??e.txt", {support::text("größe.txt")}},
-      {"*.", {"noext"}},
-      {"a.txt", {"a.txt"}},
-      {"a*.?", {"a.b.c"}},
-      {"*.txt.", {"B.TXT", "a.txt", support::text("größe.txt")}},
-      {"noext.*", {"noext"}},
-      {"nothing*", {}},
-  };
-  for (const auto& c : cases) {
-    if (c.pattern == "*." && !support::kPlatform.starDotIsExact) continue;
-    Names names;
-    EXPECT_EQ(EnumFiles(names, path_, c.pattern.c_str()), c.names.size()) << c.pattern;
-    EXPECT_EQ(sorted(names), c.names) << c.pattern;
-  }
+  EXPECT_EQ(EnumFiles(names, path_, "s*"), 0U);
 }
 
 TEST_F(Enumeration, FilesOfATree) {
@@ -121,8 +59,7 @@ TEST_F(Enumeration, FilesOfATree) {
   EXPECT_EQ(EnumFilesWithPath(paths, path_, "t*", false), 1U);
   EXPECT_EQ(EnumFilesWithPath(paths, path_, "t*", true), 3U);
 
-  const platform::FileHandle owner(CreateFileA(folder_.file("top").c_str(), GENERIC_READ, 0,
-                                               nullptr, OPEN_EXISTING, 0, nullptr));
+  const platform::FileHandle owner = support::openFile(folder_.file("top"));
   std::vector<FILE_INFORMATION> records;
   EXPECT_EQ(EnumFilesWithPath(records, path_, "*"), 0U);
   EXPECT_EQ(EnumFilesWithPath(records, (text_ + "a").c_str(), "*"), 1U);
@@ -137,8 +74,7 @@ TEST_F(Enumeration, FilesOfATree) {
 
 TEST_F(Enumeration, FiltersOfFiles) {
   make({"a", "b", "held"});
-  const platform::FileHandle owner(CreateFileA(folder_.file("held").c_str(), GENERIC_READ, 0,
-                                               nullptr, OPEN_EXISTING, 0, nullptr));
+  const platform::FileHandle owner = support::openFile(folder_.file("held"));
   std::vector<FILE_INFORMATION> records;
   Names asked;
   EXPECT_EQ(EnumFilesWithPathEx(records, folder_.name().c_str(), "*",

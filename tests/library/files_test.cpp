@@ -6,8 +6,7 @@
 #include <ctime>
 #include <string>
 
-#include "platform/unique_handle.h"
-#include "platform/win32.h"
+#include "support/open_file.h"
 #include "support/temporary_folder.h"
 
 namespace {
@@ -19,11 +18,6 @@ constexpr unsigned long kReadWrite = kRead | GENERIC_WRITE;
 
 class Files : public testing::Test {
  protected:
-  std::size_t entries() const {
-    return static_cast<std::size_t>(
-        std::distance(std::filesystem::directory_iterator(folder_.path()), {}));
-  }
-
   support::TemporaryFolder folder_;
   std::string path_ = folder_.file("file");
 };
@@ -36,13 +30,11 @@ TEST_F(Files, Probes) {
   support::makeReadOnly(readOnly);
   const std::string shared = folder_.file("shared");
   support::writeFile(shared, "x");
-  const platform::FileHandle writer(CreateFileA(shared.c_str(), GENERIC_READ | GENERIC_WRITE,
-                                                FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0,
-                                                nullptr));
+  const platform::FileHandle writer =
+      support::openFile(shared, GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ);
   const std::string exclusive = folder_.file("exclusive");
   support::writeFile(exclusive, "x");
-  const platform::FileHandle owner(
-      CreateFileA(exclusive.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
+  const platform::FileHandle owner = support::openFile(exclusive);
   struct {
     std::string path;
     int exists, lockedWrite, readOnly;
@@ -75,7 +67,7 @@ TEST_F(Files, Probes) {
   EXPECT_EQ(FolderExists(path_.c_str()), 0);
   EXPECT_EQ(FolderExists(missing.c_str()), 0);
   EXPECT_EQ(FolderExists(nullptr), 0);
-  EXPECT_EQ(entries(), 4U);
+  EXPECT_EQ(folder_.entries(), 4U);
 
   EXPECT_EQ(TestOpen(missing.c_str(), kRead), 0);
   EXPECT_EQ(TestCreate(folder_.file("none/file").c_str(), kReadWrite), 0);
@@ -108,7 +100,7 @@ TEST_F(Files, FolderChains) {
   EXPECT_EQ(EnsurePathExists((folder_.name() + "\\a\\b/c").c_str()), 1);
   EXPECT_TRUE(std::filesystem::is_directory(folder_.file("a/b/c")));
   EXPECT_EQ(EnsurePathExists((folder_.name() + "\\a\\").c_str()), 1);
-  EXPECT_EQ(entries(), 1U);
+  EXPECT_EQ(folder_.entries(), 1U);
 
   // White space is dropped after each piece and before the path, but not before a piece.
   const std::filesystem::path before = std::filesystem::current_path();
@@ -125,7 +117,7 @@ TEST_F(Files, FolderChains) {
   EXPECT_EQ(IsValidPath(folder_.text().c_str()), 1);
   EXPECT_EQ(IsValidPath(folder_.file("missing").c_str()), 0);
   EXPECT_EQ(IsValidPath(path_.c_str()), 0);
-  EXPECT_EQ(entries(), 2U);
+  EXPECT_EQ(folder_.entries(), 2U);
 
   support::writeFile(folder_.file("a/stays"), "");
   EXPECT_EQ(DeleteEmptyFolder(folder_.file("a").c_str()), 0);

@@ -4,12 +4,11 @@
 #include <filesystem/temporary_storage.h>
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <ctime>
 #include <string>
-#include <utility>
 
-#include "platform/unique_handle.h"
-#include "platform/win32.h"
+#include "support/open_file.h"
 #include "support/programs.h"
 #include "support/temporary_folder.h"
 
@@ -33,51 +32,42 @@ class Trees : public testing::Test {
 };
 
 TEST_F(Trees, CopyModes) {
-  enum Target { kMissing, kOlder, kSame, kNewer };
   // The lower halves of these times are in reverse order.
   constexpr std::time_t kSourceTime = 1600000000;
-  constexpr std::time_t kTimes[] = {0, kSourceTime - 300, kSourceTime, kSourceTime + 400};
-  // For each mode, the targets that are overwritten or created.
+  constexpr std::time_t kTargetTimes[] = {0, kSourceTime - 300, kSourceTime, kSourceTime + 400};
   struct {
     unsigned int mode;
-    bool missing, older, same, newer;
+    bool copies[4];  // onto no target, an older one, one of the same time and a newer one
   } const cases[] = {
-      {0, true, true, true, true},     {1, true, false, false, false},
-      {2, false, true, true, true},    {3, false, true, true, true},
-      {4, true, true, false, false},   {6, false, true, false, false},
-      {7, false, true, false, false},  {5, false, false, false, false},
-      {8, false, false, false, false},
+      {0, {true, true, true, true}},     {1, {true, false, false, false}},
+      {2, {false, true, true, true}},    {3, {false, true, true, true}},
+      {4, {true, true, false, false}},   {5, {false, false, false, false}},
+      {6, {false, true, false, false}},  {7, {false, true, false, false}},
+      {8, {false, false, false, false}},
   };
-  std::filesystem::create_directory(folder_.file("out"));
+  const std::string source = folder_.file("f.txt");
+  const std::string target = folder_.file("out/f.txt");
   const std::string out = folder_.text() + "out\\";
   for (const auto& c : cases) {
-    const std::pair<Target, bool> targets[] = {
-        {kMissing, c.missing}, {kOlder, c.older}, {kSame, c.same}, {kNewer, c.newer}};
-    for (const auto& [target, copied] : targets) {
-      SCOPED_TRACE(testing::Message() << c.mode << '/' << target);
-      support::writeFile(folder_.file("f.txt"), "new");
-      support::setWriteTime(folder_.file("f.txt"), kSourceTime);
-      std::filesystem::remove(folder_.file("out/f.txt"));
-      if (target != kMissing) {
-        support::writeFile(folder_.file("out/f.txt"), "old");
-        support::setWriteTime(folder_.file("out/f.txt"), kTimes[target]);
-      }
-      EXPECT_EQ(FileSystem::CopyFileA(folder_.file("f.txt").c_str(), out.c_str(), c.mode) != 0,
-                copied);
-      const std::string expected = copied ? "new" : target == kMissing ? "" : "old";
-      EXPECT_EQ(support::readFile(folder_.file("out/f.txt")), expected);
+    for (int i = 0; i < 4; ++i) {
+      support::writeFile(source, "new");
+      support::setWriteTime(source, kSourceTime);
+      support::writeFile(target, "old");
+      support::setWriteTime(target, kTargetTimes[i]);
+      if (i == 0) std::filesystem::remove(target);
+      EXPECT_EQ(FileSystem::CopyFileA(source.c_str(), out.c_str(), c.mode) != 0, c.copies[i]);
+      const std::string expected = c.copies[i] ? "new" : i == 0 ? "" : "old";
+      EXPECT_EQ(support::readFile(target), expected) << c.mode << ' ' << i;
     }
   }
-  EXPECT_NE(
-      FileSystem::CopyFileA(folder_.file("f.txt").c_str(), (folder_.text() + "pre-").c_str(), 0),
-      0);
+  EXPECT_NE(FileSystem::CopyFileA(source.c_str(), (folder_.text() + "pre-").c_str(), 0), 0);
   EXPECT_TRUE(exists("pre-f.txt"));
   // The copy's name is trimmed.
   write("sp .txt", "spaces");
   EXPECT_NE(FileSystem::CopyFileA(folder_.file("sp .txt").c_str(), out.c_str(), 0), 0);
   EXPECT_EQ(support::readFile(folder_.file("out/sp.txt")), "spaces");
-  EXPECT_EQ(FileSystem::CopyFileA(folder_.file("f.txt").c_str(), folder_.text().c_str(), 0), 0);
-  EXPECT_EQ(support::readFile(folder_.file("f.txt")), "new");
+  EXPECT_EQ(FileSystem::CopyFileA(source.c_str(), folder_.text().c_str(), 0), 0);
+  EXPECT_EQ(support::readFile(source), "new");
 }
 
 TEST_F(Trees, CopyContent) {
@@ -89,8 +79,7 @@ TEST_F(Trees, CopyContent) {
   const std::string in = folder_.text() + "in\\";
   const std::string out = folder_.text() + "out\\";
   {
-    const platform::FileHandle held(
-        CreateFileA((in + "held").c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
+    const platform::FileHandle held = support::openFile(in + "held");
     EXPECT_EQ(FileSystem::CopyContent(in, out), 2);
     EXPECT_FALSE(exists("out/held"));
   }
@@ -143,9 +132,8 @@ TEST_F(Trees, Sweep) {
   {
     // Could be deleted, but FileExists denies it.
     write("held/old", "", 8 * kDay);
-    const platform::FileHandle held(CreateFileA(folder_.file("held/old").c_str(), GENERIC_READ,
-                                                FILE_SHARE_DELETE, nullptr, OPEN_EXISTING, 0,
-                                                nullptr));
+    const platform::FileHandle held =
+        support::openFile(folder_.file("held/old"), GENERIC_READ, FILE_SHARE_DELETE);
     EXPECT_EQ(FileSystem::eraseOldFile(folder_.text(), 7), 5U);
   }
   EXPECT_EQ(FileSystem::eraseOldFile(folder_.text(), 7), 1U);
@@ -167,64 +155,61 @@ TEST_F(Trees, Sweep) {
 }
 
 TEST_F(Trees, TemporaryStorageLifecycle) {
+  const auto exists = [](const std::string& path) {
+    return FileSystem::FolderExists(path.c_str());
+  };
+  const std::string missing = folder_.file("missing");
   TemporaryStorage storage;
   EXPECT_EQ(storage.path() + storage.basePath(), "");
   EXPECT_FALSE(storage.create("", false));
-  EXPECT_FALSE(storage.create(folder_.file("missing"), false));
+  EXPECT_FALSE(storage.create(missing, false));
   ASSERT_TRUE(storage.create(folder_.name(), false));
   EXPECT_EQ(storage.basePath(), folder_.text());
   const std::string first = storage.path();
   std::string form = first.substr(folder_.text().size());
-  for (char& c : form)
-    c = std::string_view("0123456789ABCDEF").find(c) == std::string_view::npos ? c : 'x';
+  for (char& c : form) c = std::strchr("0123456789ABCDEF", c) != nullptr ? 'x' : c;
   EXPECT_EQ(form, "{xxxxxxxx-xxxx-xxxx-xxxx-xxxxxxxxxxxx}\\") << first;
-  EXPECT_EQ(FileSystem::FolderExists(first.c_str()), 1);
+  EXPECT_TRUE(exists(first));
 
   // The folder is cleared even if the new base cannot be used.
-  EXPECT_FALSE(storage.create(folder_.file("missing"), true));
-  EXPECT_EQ(FileSystem::FolderExists(first.c_str()), 0);
+  EXPECT_FALSE(storage.create(missing, true));
+  EXPECT_FALSE(exists(first));
   EXPECT_EQ(storage.path(), first);
   ASSERT_TRUE(storage.create(folder_.text(), false));
   EXPECT_NE(storage.path(), first);
-  EXPECT_EQ(FileSystem::FolderExists(first.c_str()), 0);
-  {
-    const TemporaryStorage copy(storage);
-    EXPECT_EQ(copy.path(), storage.path());
-  }
-  EXPECT_EQ(FileSystem::FolderExists(storage.path().c_str()), 0);
+  EXPECT_FALSE(exists(first));
+  EXPECT_EQ(TemporaryStorage(storage).path(), storage.path());
+  // The copy has deleted the folder.
+  EXPECT_FALSE(exists(storage.path()));
   storage.clear();
   EXPECT_EQ(storage.basePath(), folder_.text());
   // A cleared storage owns its former path no longer.
   ASSERT_EQ(FileSystem::EnsurePathExists(storage.path().c_str()), 1);
   storage.clear();
-  EXPECT_EQ(FileSystem::FolderExists(storage.path().c_str()), 1);
+  EXPECT_TRUE(exists(storage.path()));
 
   ASSERT_TRUE(storage.create(folder_.name() + "/", false));
   EXPECT_TRUE(storage.path().starts_with(folder_.name() + "/\\{")) << storage.path();
-  EXPECT_EQ(FileSystem::FolderExists(storage.path().c_str()), 1);
+  {
+    // A file in use stays, and its folder.
+    const platform::FileHandle held =
+        support::openFile(storage.path() + "held", GENERIC_READ, 3, CREATE_NEW);
+    storage.clear();
+    EXPECT_EQ(FileSystem::FileExists((storage.path() + "held").c_str()), 1);
+  }
 
   const std::string base = folder_.file("base");
   std::filesystem::create_directory(base);
   ASSERT_TRUE(storage.create(base, true));
   storage.clear();
-  EXPECT_FALSE(exists("base"));
+  EXPECT_FALSE(exists(base));
   // Without its folder, a storage does not touch the base.
   std::filesystem::create_directory(base);
   ASSERT_TRUE(storage.create(base, true));
   EXPECT_EQ(FileSystem::eraseOldFile(base + "\\", 0), 0U);
   std::filesystem::create_directory(base);
   storage.clear();
-  EXPECT_TRUE(exists("base"));
-}
-
-TEST_F(Trees, TemporaryStorageKeepsFilesInUse) {
-  TemporaryStorage storage;
-  ASSERT_TRUE(storage.create(folder_.name(), false));
-  const std::string held = storage.path() + "held";
-  const platform::FileHandle holder(
-      CreateFileA(held.c_str(), GENERIC_READ | GENERIC_WRITE, 3, nullptr, CREATE_NEW, 0, nullptr));
-  storage.clear();
-  EXPECT_EQ(FileSystem::FileExists(held.c_str()), 1);
+  EXPECT_TRUE(exists(base));
 }
 
 }  // namespace

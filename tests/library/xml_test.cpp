@@ -90,19 +90,15 @@ TEST(Xml, Unescaping) {
   };
   for (const auto& c : cases) EXPECT_EQ(fromXml(c.text), c.result) << c.text;
 
+  // Entities and parts of them at every position in a block, with long and short runs between them.
   std::minstd_rand random(1);
   const char* const pieces[] = {"&",    "amp;", "lt;",    "gt;",    "apos;", "quot;", "&amp;",
                                 "&lt;", "&gt;", "&apos;", "&quot;", ";",     "am",    "p;"};
   for (int round = 0; round < 50000; ++round) {
+    const std::size_t size = random() % (round % 16 == 0 ? 1000 : 40);
+    const std::size_t longestRun = round % 4 == 0 ? 1 + random() % 100 : 1;
     std::string text;
-    for (std::size_t i = random() % 10; i > 0; --i) text += pieces[random() % std::size(pieces)];
-    ASSERT_EQ(fromXml(text), fromXmlByPasses(text)) << text;
-  }
-  // Entities at every position in a block, with long and short runs between them.
-  for (int round = 0; round < 3000; ++round) {
-    const std::size_t longestRun = 1 + random() % 100;
-    std::string text;
-    while (text.size() < 1000) {
+    while (text.size() < size) {
       text.append(random() % longestRun, 'x').append(pieces[random() % std::size(pieces)]);
     }
     ASSERT_EQ(fromXml(text), fromXmlByPasses(text)) << text;
@@ -111,24 +107,6 @@ TEST(Xml, Unescaping) {
   std::string dense = "&";
   for (int i = 0; i < 1000000; ++i) dense += "amp;";
   EXPECT_EQ(fromXml(dense), "&");
-}
-
-TEST(Xml, TagNames) {
-  struct {
-    const char *name, *tag;
-  } const cases[] = {
-      {"", ""},
-      {"1st", "1st"},
-      {"My Tag", "my_tag"},
-      {"a@b", "a_at_b"},
-      {"a&b<c>", "a_b_c_"},
-      {"C:\\x/y", "c:_x_y"},
-      {"a.b-c#(~", "a.b-c#(~"},
-      {"\xE9t\xE9", "ete"},
-      {"\xC9t\xE9", "\xE9te"},
-      {"\xC4X\xF1", "\xC4x\xF1"},
-  };
-  for (const auto& c : cases) EXPECT_EQ(toXmlTag(c.name), c.tag) << c.name;
 }
 
 // The tables of substitutes and of accented capitals, byte by byte.
@@ -151,6 +129,7 @@ TEST(Xml, NamesOfEveryByte) {
       EXPECT_EQ(pathEqual({c}, {o}), lower(c) == lower(o)) << byte << ' ' << other;
     }
   }
+  EXPECT_EQ(toXmlTag("My @\xC9t\xE9"), "my__at_\xE9te");
 }
 
 TEST(Xml, Content) {
@@ -209,9 +188,7 @@ TEST(Xml, Attributes) {
   struct {
     const char *text, *name, *value, *raw;
   } const cases[] = {
-      {"<a k=\"1\" m=\"2\"/>", "k", "1", "1"},
       {"<a k=\"1\" m=\"2\"/>", "m", "2", "2"},
-      {"<a k=\"1\">", "z", "", ""},
       {"<ab k=\"1\"/><a k=\"2\"/>", "k", "1", "1"},
       {"<a kk=\"1\" k=\"2\">", "k", "1", "1"},
       {"<a k='1'>", "k", "", ""},
@@ -226,7 +203,6 @@ TEST(Xml, Attributes) {
       {"<a x=\"1\">", "a", "", ""},
       {"<b k=\"1\"><a", "k", "", ""},
       {"<a k=\"", "k", "", ""},
-      {"<a k=\"1\" k=\"2\">", "k", "1", "1"},
       {"<a k=\"\">", "k", "", ""},
       {"<a k=\">", "k", "", ""},
       {"<a k=xy>", "k", "", ""},

@@ -22,8 +22,6 @@ struct Platform {
   bool copyCarriesReadOnly;
   // An automation date that is not a number is refused.
   bool strictDates;
-  // The pattern `*.` finds the names without a dot alone.
-  bool starDotIsExact;
   // A program that is found along the search path.
   const char* program;
 };

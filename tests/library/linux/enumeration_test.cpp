@@ -1,45 +1,21 @@
 // Enumeration of links, unusual names, and directories with few permissions.
 
 #include <fcntl.h>
-#include <filesystem/enumeration.h>
 #include <filesystem/files.h>
-#include <gtest/gtest.h>
 #include <linux/capability.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
-#include <algorithm>
-#include <ctime>
-#include <string>
 #include <utility>
-#include <vector>
 
-#include "platform/unique_handle.h"
-#include "platform/win32.h"
-#include "support/temporary_folder.h"
+#include "library/enumeration.h"
 
 namespace {
 
 using namespace FileSystem;
-using Names = std::vector<std::string>;
 
-class EnumerationOnLinux : public testing::Test {
- protected:
-  void make(std::initializer_list<const char*> files) {
-    for (const char* name : files) support::writeFile(folder_.file(name), name);
-  }
-  // Returns paths without the folder at their start, sorted.
-  Names below(Names paths) const {
-    for (std::string& path : paths) path.erase(0, text_.size());
-    std::sort(paths.begin(), paths.end());
-    return paths;
-  }
-
-  support::TemporaryFolder folder_;
-  std::string text_ = folder_.text();
-  const char* path_ = text_.c_str();
-};
+using EnumerationOnLinux = Enumeration;
 
 // Gives up the superuser's exemption from permissions.
 class WithoutPower {
@@ -134,8 +110,7 @@ TEST_F(EnumerationOnLinux, Names) {
   EXPECT_EQ(names, (Names{padded + "abc", padded + "abc"}));
 
   // A bare name that cannot be opened is found in the current directory, one with a drive is not.
-  const platform::FileHandle owner(CreateFileA(folder_.file("long/abc").c_str(), GENERIC_READ, 0,
-                                               nullptr, OPEN_EXISTING, 0, nullptr));
+  const platform::FileHandle owner = support::openFile(folder_.file("long/abc"));
   const std::filesystem::path before = std::filesystem::current_path();
   std::filesystem::current_path(folder_.file("long"));
   EXPECT_GT(FileExists("abc"), 1);

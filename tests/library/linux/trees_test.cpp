@@ -84,21 +84,23 @@ TEST_F(TreesOnLinux, RootsOfDrivesStay) {
   const auto define =
       reinterpret_cast<decltype(&DefineDosDeviceA)>(dlsym(RTLD_NEXT, "DefineDosDeviceA"));
   ASSERT_NE(define, nullptr);
-  fs::create_directories(folder_.file("mapped"));
-  ASSERT_TRUE(define(0, "T:", folder_.file("mapped").c_str()));
-  ASSERT_TRUE(define(0, "UNC\\srv\\share", folder_.file("mapped").c_str()));
-  EXPECT_EQ(FileSystem::DeleteEmptyFolder("T:\\"), 0);
-  for (const char* path : {"T:\\a", "\\\\srv\\share\\a"}) {
-    fs::create_directory(folder_.file("mapped/a"));
-    EXPECT_EQ(FileSystem::DeleteEmptyFolder(path), 1) << path;
-    EXPECT_FALSE(support::exists(folder_.file("mapped/a"))) << path;
-    EXPECT_TRUE(support::exists(folder_.file("mapped"))) << path;
+  const std::string mapped = folder_.file("mapped");
+  const char* const devices[] = {"T:", "UNC\\s\\h"};
+  for (const char* device : devices) ASSERT_TRUE(define(0, device, mapped.c_str()));
+  struct {
+    const char* path;
+    int removed;
+  } const cases[] = {{"T:\\", 0},        {"T:", 0},       {"T:\\a\\..", 0},          {"T:\\a", 1},
+                     {"\\\\s\\h\\a", 1}, {"\\\\s\\h", 0}, {"\\\\S\\h\\a\\..\\..", 0}};
+  for (const auto& c : cases) {
+    fs::create_directories(mapped + (c.removed != 0 ? "/a" : ""));
+    EXPECT_EQ(FileSystem::DeleteEmptyFolder(c.path), c.removed) << c.path;
+    EXPECT_TRUE(fs::is_empty(mapped)) << c.path;
   }
-  fs::create_directory(folder_.file("mapped/a"));
+  fs::create_directories(mapped + "/a");
   EXPECT_EQ(FileSystem::eraseOldFile("T:\\", 1), 0U);
-  EXPECT_TRUE(fs::is_empty(folder_.file("mapped")));
-  EXPECT_TRUE(define(DDD_REMOVE_DEFINITION, "T:", nullptr));
-  EXPECT_TRUE(define(DDD_REMOVE_DEFINITION, "UNC\\srv\\share", nullptr));
+  EXPECT_TRUE(fs::is_empty(mapped));
+  for (const char* device : devices) EXPECT_TRUE(define(DDD_REMOVE_DEFINITION, device, nullptr));
 }
 
 TEST_F(TreesOnLinux, TemporaryStorageDeletesAllItsContent) {
@@ -125,16 +127,15 @@ TEST_F(TreesOnLinux, TemporaryStorageDeletesAllItsContent) {
   EXPECT_TRUE(support::exists(elsewhere_.file("kept")));
 }
 
-TEST_F(TreesOnLinux, ReadOnlyDirectoriesStay) {
-  fs::create_directories(folder_.file("read-only/sub"));
-  fs::permissions(folder_.file("read-only"), fs::perms(0555));
-  EXPECT_EQ(FileSystem::DeleteEmptyFolder(folder_.file("read-only\\sub").c_str()), 1);
-  EXPECT_EQ(FileSystem::DeleteEmptyFolder(folder_.file("read-only").c_str()), 0);
+TEST_F(TreesOnLinux, ReadOnlyDirectories) {
+  const std::string path = folder_.file("read-only");
+  fs::create_directories(path + "/sub");
+  fs::permissions(path, fs::perms(0555));
+  EXPECT_EQ(FileSystem::DeleteEmptyFolder((path + "\\sub").c_str()), 1);
+  EXPECT_EQ(FileSystem::DeleteEmptyFolder(path.c_str()), 0);
   EXPECT_EQ(FileSystem::eraseOldFile(folder_.text(), 0), 0U);
-  EXPECT_TRUE(support::exists(folder_.file("read-only")));
-}
-
-TEST_F(TreesOnLinux, CreatedDirectoriesCanBeWrittenTo) {
+  EXPECT_TRUE(support::exists(path));
+  // Those that are created can be written to.
   const mode_t before = umask(0222);
   FileSystem::EnsurePathExists((folder_.name() + "\\a\\b").c_str());
   umask(before);

@@ -13,7 +13,6 @@ const Platform kPlatform{.exactCase = true,
                          .positionedReadFailsAtEnd = false,
                          .copyCarriesReadOnly = true,
                          .strictDates = true,
-                         .starDotIsExact = true,
                          .program = "sh"};
 
 std::string makeTemporaryFolder() {

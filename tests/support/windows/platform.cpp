@@ -12,7 +12,6 @@ const Platform kPlatform{.exactCase = false,
                          .positionedReadFailsAtEnd = true,
                          .copyCarriesReadOnly = false,
                          .strictDates = false,
-                         .starDotIsExact = false,
                          .program = "cmd.exe"};
 
 std::string makeTemporaryFolder() {

@@ -93,38 +93,4 @@ TEST(Loading, AThousandTimesLeavesNothing) {
   }
 }
 
-// Folders below a mapped drive or share are removed, but never its own folder.
-TEST(Loading, RootsOfMappedDevicesStay) {
-  void* const library = dlopen(VESK_LIBRARY, RTLD_NOW | RTLD_LOCAL);
-  ASSERT_NE(library, nullptr) << dlerror();
-  const auto defineDevice =
-      reinterpret_cast<decltype(&DefineDosDeviceA)>(dlsym(library, "DefineDosDeviceA"));
-  const auto deleteEmptyFolder = reinterpret_cast<int (*)(const char*)>(
-      dlsym(library, "_ZN10FileSystem17DeleteEmptyFolderEPKc"));
-  const auto eraseOldFile = reinterpret_cast<unsigned (*)(const std::string&, unsigned)>(dlsym(
-      library,
-      "_ZN10FileSystem12eraseOldFileERKNSt7__cxx1112basic_stringIcSt11char_traitsIcESaIcEEEj"));
-  ASSERT_NE(eraseOldFile, nullptr);
-  const support::TemporaryFolder folder;
-  const std::string mapped = folder.file("mapped");
-  for (const char* device : {"T:", "UNC\\s\\h"}) {
-    ASSERT_NE(defineDevice(0, device, mapped.c_str()), 0);
-  }
-  struct {
-    const char* text;
-    int removed;
-  } const cases[] = {{"T:\\", 0},        {"T:", 0},       {"T:\\a\\..", 0},          {"T:\\a", 1},
-                     {"\\\\s\\h\\a", 1}, {"\\\\s\\h", 0}, {"\\\\S\\h\\a\\..\\..", 0}};
-  for (const auto& c : cases) {
-    std::filesystem::create_directories(mapped + (c.removed != 0 ? "/a" : ""));
-    EXPECT_EQ(deleteEmptyFolder(c.text), c.removed) << c.text;
-    EXPECT_TRUE(std::filesystem::is_empty(mapped)) << c.text;
-  }
-  std::filesystem::create_directories(mapped + "/a");
-  EXPECT_EQ(eraseOldFile("T:\\", 1), 0U);
-  EXPECT_TRUE(std::filesystem::is_empty(mapped));
-  for (const char* device : {"T:", "UNC\\s\\h"}) defineDevice(2, device, nullptr);
-  EXPECT_EQ(dlclose(library), 0);
-}
-
 }  // namespace

@@ -1,0 +1,37 @@
+#pragma once
+// The fixture of the tests that list folders.
+
+#include <filesystem/enumeration.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "support/open_file.h"
+#include "support/temporary_folder.h"
+
+using Names = std::vector<std::string>;
+
+class Enumeration : public testing::Test {
+ protected:
+  void make(std::initializer_list<const char*> files) {
+    for (const char* name : files) support::writeFile(folder_.file(name), name);
+  }
+  static Names sorted(Names names) {
+    std::sort(names.begin(), names.end());
+    return names;
+  }
+  // Returns paths without the folder at their start, sorted.
+  Names below(Names paths) const {
+    for (std::string& path : paths) {
+      EXPECT_TRUE(path.starts_with(text_)) << path;
+      path.erase(0, text_.size());
+    }
+    return sorted(paths);
+  }
+
+  support::TemporaryFolder folder_;
+  std::string text_ = folder_.text();
+  const char* path_ = text_.c_str();
+};
