@@ -2,28 +2,17 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
-#include <random>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "engine/entries.h"
 #include "platform/code_page.h"
-#include "support/other_process.h"
 #include "support/programs.h"
 #include "support/temporary_folder.h"
 
 namespace {
 
 using namespace entries;
-
-const support::Work kAppend("append", [](const std::string& path, const support::Channel& channel) {
-  ZipWriter* const writer = ZipOpenWriter(path.c_str(), ZipModeAppend);
-  channel.reportReady();
-  for (int i = 0; i < 1000; ++i) addEntry(writer, "n", randomText(300000, 12));
-  return ZipCloseWriter(writer, nullptr);
-});
 
 // A name outside ASCII, in the code page of archives.
 std::string strangeName() {
@@ -227,27 +216,6 @@ TEST_F(Archive, DroppedEntriesLeaveNoTrace) {
   EXPECT_EQ(ZipCloseWriter(writer, nullptr), 0);
   EXPECT_EQ(readArchive(path_), (Entries{{"kept", "k"}, {"added", "a"}}));
   EXPECT_LT(std::filesystem::file_size(path_), 2 * before.size() + 100);
-}
-
-// Kills a process at any moment of an append. This library and another program then read all old
-// entries.
-TEST_F(Archive, KillLeavesTheOldEntries) {
-  Entries old;
-  for (int i = 0; i < 500; ++i) old["entry " + std::to_string(i)] = std::to_string(i);
-  writeArchive(path_, old);
-  const std::string before = support::readFile(path_);
-  std::minstd_rand random(11);
-  for (int round = 0; round < 40; ++round) {
-    support::writeFile(path_, before);
-    support::OtherProcess process(kAppend, path_);
-    ASSERT_TRUE(process.awaitReady());
-    std::this_thread::sleep_for(std::chrono::microseconds(random() % 60000));
-    process.kill();
-    EXPECT_EQ(readArchive(path_, 4096), old);
-    if (round % 8 == 0) {
-      EXPECT_EQ(support::run(folder_.path(), "7z t a.zip"), 0);
-    }
-  }
 }
 
 TEST_F(Archive, RefusesInvalidArguments) {

@@ -9,9 +9,9 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <csignal>
 #include <cstdarg>
 #include <cstring>
+#include <utility>
 
 #include "recorded_calls.h"
 
@@ -22,6 +22,7 @@ bool armed = false;
 Fault armedFault = Fault::OneCall;
 int wanted = 0;
 int calls = 0;
+std::function<void()> interrupt;
 std::string firstFailed;
 
 bool countsFor(const char* name, bool needsSpace) {
@@ -31,8 +32,8 @@ bool countsFor(const char* name, bool needsSpace) {
 
 bool hits() {
   if (wanted == 0) return false;
-  if (armedFault == Fault::FullDisk) return calls >= wanted;
-  return calls == (armedFault == Fault::HalfRead ? wanted + 1 : wanted);
+  if (armedFault == Fault::OneCall) return calls == wanted;
+  return armedFault == Fault::HalfRead ? calls == wanted + 1 : calls >= wanted;
 }
 
 // Reports whether this call fails. Sets errno if so.
@@ -40,16 +41,27 @@ bool fails(const char* name, const char* path, bool needsSpace) {
   if (!armed || !countsFor(name, needsSpace)) return false;
   ++calls;
   if (!hits()) return false;
-  if (armedFault == Fault::Kill) kill(getpid(), SIGKILL);
   armed = false;  // the following calls are the test's own
+  if (armedFault == Fault::Interruption) interrupt();
   if (firstFailed.empty()) firstFailed = std::string(name) + ' ' + (path != nullptr ? path : "");
   armed = true;
+  if (armedFault == Fault::Interruption) return false;
   errno = armedFault == Fault::FullDisk ? ENOSPC : EIO;
   return true;
 }
 
-// Reports whether the read that was just counted is to be cut.
-bool halvesRead() { return armed && armedFault == Fault::HalfRead && calls == wanted; }
+// The same for a call that transfers bytes. Where the next call is to fail, or the disk to be full,
+// it transfers half of them.
+bool fails(const char* name, const char* path, std::size_t& size) {
+  const bool needsSpace = std::strcmp(name, "read") != 0;
+  const bool halves = armedFault == Fault::FullDisk || armedFault == Fault::HalfRead;
+  if (armed && halves && countsFor(name, needsSpace) && calls + 1 == wanted && size > 1) {
+    ++calls;
+    size /= 2;
+    return false;
+  }
+  return fails(name, path, needsSpace);
+}
 
 template <typename Function>
 Function next(const char* name) {
@@ -58,8 +70,9 @@ Function next(const char* name) {
 
 }  // namespace
 
-Failing::Failing(Fault fault, int number) {
+Failing::Failing(Fault fault, int number, std::function<void()> interruption) {
   armedFault = fault;
+  interrupt = std::move(interruption);
   wanted = number;
   calls = 0;
   firstFailed.clear();
@@ -77,42 +90,38 @@ std::string Failing::failed() const { return firstFailed; }
   extern "C" __attribute__((visibility("default"))) result fake_##name parameters __asm__(#name); \
   extern "C" result fake_##name parameters
 
-#define PASSES_ON(result, name, parameters, arguments, failure, path, needsSpace) \
-  INTERPOSED(result, name, parameters) {                                          \
-    using Function = result(*) parameters;                                        \
-    static const Function real = failing::next<Function>(#name);                  \
-    return failing::fails(#name, path, needsSpace) ? failure : real arguments;    \
+// `space` is the number of bytes that the call transfers, or whether it needs disk space.
+#define PASSES_ON(result, name, parameters, arguments, failure, path, space) \
+  INTERPOSED(result, name, parameters) {                                     \
+    using Function = result(*) parameters;                                   \
+    static const Function real = failing::next<Function>(#name);             \
+    return failing::fails(#name, path, space) ? failure : real arguments;    \
   }
 
 // A call that changes the disk. `record` runs after it has succeeded.
-#define RECORDED(result, name, parameters, arguments, path, needsSpace, record) \
-  INTERPOSED(result, name, parameters) {                                        \
-    using Function = result(*) parameters;                                      \
-    static const Function real = failing::next<Function>(#name);                \
-    if (failing::fails(#name, path, needsSpace)) return -1;                     \
-    const result done = real arguments;                                         \
-    const int error = errno;                                                    \
-    if (done >= 0) recording::record;                                           \
-    errno = error;                                                              \
-    return done;                                                                \
+#define RECORDED(result, name, parameters, arguments, path, space, record) \
+  INTERPOSED(result, name, parameters) {                                   \
+    using Function = result(*) parameters;                                 \
+    static const Function real = failing::next<Function>(#name);           \
+    if (failing::fails(#name, path, space)) return -1;                     \
+    const result done = real arguments;                                    \
+    const int error = errno;                                               \
+    if (done >= 0) recording::record;                                      \
+    errno = error;                                                         \
+    return done;                                                           \
   }
 
-INTERPOSED(ssize_t, read, (int fd, void* buffer, std::size_t size)) {
-  using Function = ssize_t (*)(int, void*, std::size_t);
-  static const Function real = failing::next<Function>("read");
-  if (failing::fails("read", nullptr, false)) return -1;
-  return real(fd, buffer, failing::halvesRead() ? size / 2 : size);
-}
-
+PASSES_ON(ssize_t, read, (int fd, void* buffer, std::size_t size), (fd, buffer, size), -1, nullptr,
+          size)
 PASSES_ON(ssize_t, pread, (int fd, void* buffer, std::size_t size, off_t at),
           (fd, buffer, size, at), -1, nullptr, false)
 RECORDED(ssize_t, write, (int fd, const void* data, std::size_t size), (fd, data, size), nullptr,
-         true, contentChanged(fd))
+         size, contentChanged(fd))
 RECORDED(ssize_t, pwrite, (int fd, const void* data, std::size_t size, off_t at),
-         (fd, data, size, at), nullptr, true, contentChanged(fd))
+         (fd, data, size, at), nullptr, size, contentChanged(fd))
 RECORDED(ssize_t, copy_file_range,
          (int from, off_t* fromAt, int to, off_t* toAt, std::size_t size, unsigned flags),
-         (from, fromAt, to, toAt, size, flags), nullptr, true, contentChanged(to))
+         (from, fromAt, to, toAt, size, flags), nullptr, size, contentChanged(to))
 PASSES_ON(off_t, lseek, (int fd, off_t at, int whence), (fd, at, whence), -1, nullptr, false)
 RECORDED(int, ftruncate, (int fd, off_t size), (fd, size), nullptr, false, contentChanged(fd))
 RECORDED(int, fsync, (int fd), (fd), nullptr, false, fileCommitted(fd))

@@ -2,22 +2,24 @@
 // System calls that fail on request. The library's calls resolve to functions of the test program,
 // which forward them or fail.
 
+#include <functional>
 #include <string>
 
 namespace failing {
 
 enum class Fault {
   OneCall,   // the n-th call fails with EIO
-  FullDisk,  // the n-th call that needs disk space and all later ones fail with ENOSPC
-  Kill,      // the process is killed before the n-th call
-  HalfRead,  // the n-th `read` returns half of what is requested, the next one fails with EIO
+  FullDisk,  // the n-th call that needs disk space writes half, and all later ones fail with ENOSPC
+  Interruption,  // something else happens before the n-th call and each later one
+  HalfRead,      // the n-th `read` returns half of what is requested, the next one fails with EIO
 };
 
 // Counts the calls during its lifetime and fails the n-th one, beginning with 1; 0 fails none. Only
 // one object at a time.
 class Failing {
  public:
-  Failing(Fault fault, int number);
+  // `interruption` runs with calls that do not fail.
+  Failing(Fault fault, int number, std::function<void()> interruption = {});
   Failing(const Failing&) = delete;
   Failing& operator=(const Failing&) = delete;
   ~Failing();

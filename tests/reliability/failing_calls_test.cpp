@@ -1,15 +1,11 @@
 // Every operation with each of its system calls failing in turn, and on a disk that is full from
 // some call on.
 
-#include <filesystem/files.h>
-#include <filesystem/zip_archive.h>
 #include <gtest/gtest.h>
-#include <sched.h>
-#include <sys/mount.h>
 
 #include <algorithm>
+#include <csignal>
 #include <map>
-#include <random>
 #include <set>
 #include <sstream>
 #include <string>
@@ -29,8 +25,6 @@ using failing::Fault;
 using operations::contentsOf;
 using operations::Files;
 using operations::Operation;
-
-constexpr unsigned int kReadWrite = 0xC0000000;
 
 std::set<std::string> linesOf(const std::string& text) {
   std::set<std::string> lines;
@@ -143,12 +137,12 @@ TEST_P(FailingCalls, SucceedOrLeaveAllAsItWas) {
       EXPECT_TRUE(std::filesystem::is_empty(temporary_));
       auto now = contentsOf(work_, true);
       // A storage does not clear a directory that it cannot list.
-      if (operation.passesOver && success) {
+      if (operation.is(operations::kPassesOver) && success) {
         std::erase_if(now, [](const auto& file) { return file.first.starts_with("{"); });
       }
-      if (success && !operation.passesOver) {
+      if (success && !operation.is(operations::kPassesOver)) {
         EXPECT_TRUE(now == after);
-      } else if (operation.inParts) {
+      } else if (operation.is(operations::kInParts)) {
         EXPECT_TRUE(isBetween(now, before, after));
       } else {
         EXPECT_TRUE(now == before);
@@ -166,7 +160,7 @@ TEST_P(FailingCalls, KilledBeforeAnyCallLeaveAllWhole) {
   const auto before = contentsOf(work_, true);
   int total = 0;
   {
-    const Failing counter(Fault::Kill, 0);
+    const Failing counter(Fault::Interruption, 0);
     ASSERT_TRUE(operation.run(work_));
     total = counter.count();
   }
@@ -177,7 +171,7 @@ TEST_P(FailingCalls, KilledBeforeAnyCallLeaveAllWhole) {
   for (int number = 1; number <= total; number += kStep) {
     restoreFiles();
     support::ForkedProcess process([&](const auto&) {
-      const Failing failing(Fault::Kill, number);
+      const Failing failing(Fault::Interruption, number, [] { raise(SIGKILL); });
       return operation.run(work_) ? 0 : 1;
     });
     EXPECT_EQ(process.wait(), -1) << "call " << number;
@@ -194,60 +188,5 @@ TEST_P(FailingCalls, KilledBeforeAnyCallLeaveAllWhole) {
 INSTANTIATE_TEST_SUITE_P(All, FailingCalls,
                          testing::ValuesIn(operations::all().begin(), operations::all().end()),
                          operations::testName);
-
-// On a file system of 400 KiB, in a process with mounts of its own. The child returns the line of
-// the first promise that does not hold.
-TEST(FullDisk, ArchivesAndTargetsStayAsTheyWere) {
-  constexpr int kNotAllowed = 255;
-  support::TemporaryFolder folder;
-  const std::string disk = folder.file("disk/");
-  std::filesystem::create_directory(disk);
-  support::writeFile(folder.file("in/small"), std::string(200000, 'l'));
-  std::string noise(60000, '\0');
-  std::minstd_rand random(1);
-  for (char& c : noise) c = static_cast<char>(random() >> 8);
-  const auto work = [&]() -> int {
-    if (unshare(CLONE_NEWNS) != 0 || mount("none", "/", "none", MS_REC | MS_PRIVATE, "") != 0 ||
-        mount("vesk", disk.c_str(), "tmpfs", 0, "size=400k") != 0) {
-      return kNotAllowed;
-    }
-    const std::string path = disk + "a.zip";
-    const std::vector<unsigned char> bytes(noise.begin(), noise.end());
-    std::ofstream(disk + "small") << "old";
-    ZipArchive archive;
-    if (archive.create(path.c_str(), 0) == 0) return __LINE__ % 250;
-    int count = 0;
-    std::string before;
-    for (bool hasSpace = true; hasSpace;) {
-      archive.close();
-      before = support::readFile(path);
-      archive.open(path.c_str(), kReadWrite);
-      hasSpace = archive.insert(bytes, std::to_string(count), "", 0) == 1;
-      if (hasSpace) ++count;
-    }
-    archive.close();
-    if (count < 3 || support::readFile(path) != before) return __LINE__ % 250;
-    archive.open(path.c_str(), kReadWrite);
-    // The temporary folder is on the same disk, then on another one.
-    for (const std::string& temporary : {disk, folder.text()}) {
-      setenv("TMPDIR", temporary.c_str(), 1);
-      if (archive.extract("0", (disk + "small").c_str()) != 0) return __LINE__ % 250;
-      if (archive.insert(bytes, "0", "", 1) != 0) return __LINE__ % 250;
-      if (FileSystem::CopyContent(folder.file("in") + "/", disk) != 0) return __LINE__ % 250;
-      if (support::readFile(disk + "small") != "old") return __LINE__ % 250;
-    }
-    archive.close();
-    if (support::readFile(path) != before) return __LINE__ % 250;
-    for (const auto& item : std::filesystem::directory_iterator(disk)) {
-      const std::string name = item.path().filename().string();
-      if (name != "a.zip" && name != "small") return __LINE__ % 250;
-    }
-    return 0;
-  };
-  support::ForkedProcess process([&](const auto&) { return work(); });
-  const int status = process.wait();
-  if (status == kNotAllowed) GTEST_SKIP() << "mounting a file system is not allowed here";
-  EXPECT_EQ(status, 0);
-}
 
 }  // namespace

@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
@@ -19,7 +18,6 @@
 #include "support/linux/peak_memory.h"
 #include "support/linux/shared_memory.h"
 #include "support/temporary_folder.h"
-#include "zip/engine.h"
 
 namespace {
 
@@ -52,11 +50,6 @@ void writeBlocks(const std::string& path, const std::string& block, int count) {
   std::ofstream out(path, std::ios::binary);
   for (; count > 0; --count) out << block;
   ASSERT_TRUE(out.flush().good()) << path;
-}
-
-void writeSparse(const std::string& path, std::uintmax_t megabytes) {
-  support::writeFile(path, "");
-  std::filesystem::resize_file(path, megabytes * kMegabyte);
 }
 
 // Makes the heap that of a program that has run for long. glibc maps large blocks separately, but
@@ -95,27 +88,22 @@ class MemoryLimits : public testing::Test {
     EXPECT_EQ(*threads, 0);
   }
 
-  support::TemporaryFolder folder_;
-  const std::string archive_ = folder_.file("a.zip");
-};
-
-class FoldersInMemory : public MemoryLimits {
- protected:
   void expectUnpacking(const std::string& name, long largestMegabytes) {
     expectBelow((largestMegabytes << 10) + kFolderLimit, name,
                 [this] { return FRT_UNZIP_FILE(archive_.c_str(), folder_.file("out").c_str()); });
   }
+
+  support::TemporaryFolder folder_;
+  const std::string archive_ = folder_.file("a.zip");
 };
 
-TEST_F(FoldersInMemory, HoldTheLargestEntryAndLittleMore) {
+TEST_F(MemoryLimits, FoldersHoldTheLargestEntryAndLittleMore) {
   const std::filesystem::path in = folder_.path() / "in";
-  std::filesystem::create_directory(in);
+  for (std::size_t i = 0; i < 3000; ++i) {
+    support::writeFile(in / std::to_string(i % 9) / std::to_string(i), std::string(i, 's'));
+  }
   writeBlocks(in / "text", textBlock(), 64);
   writeBlocks(in / "random", randomBlock(), 64);
-  for (std::size_t i = 0; i < 3000; ++i) {
-    const std::string number = std::to_string(i);
-    support::writeFile(in / ("folder" + number.substr(0, 1)) / number, std::string(i, 's'));
-  }
   // No file is in memory as a whole while it is packed.
   expectBelow(kFolderLimit, "pack", [&] { return FRT_ZIP_FOLDER(in.c_str(), archive_.c_str()); });
   expectUnpacking("unpack", 64);
@@ -123,7 +111,7 @@ TEST_F(FoldersInMemory, HoldTheLargestEntryAndLittleMore) {
 
 // The memory of one entry is not large enough for the next one. The heap is a new one, in which
 // these blocks are partly mapped separately.
-TEST_F(FoldersInMemory, HoldNothingOfFormerEntries) {
+TEST_F(MemoryLimits, FoldersHoldNothingOfFormerEntries) {
   const std::string block = randomBlock();
   ZipArchive archive;
   ASSERT_EQ(archive.create(archive_.c_str(), 0), 1);
@@ -140,47 +128,24 @@ TEST_F(MemoryLimits, InsertingAFileHoldsLittleOfIt) {
   ageHeap();
   writeBlocks(folder_.file("text"), textBlock(), 64);
   writeBlocks(folder_.file("random"), randomBlock(), 64);
-  writeSparse(folder_.file("sparse"), 256);
-  struct Insertion {
+  support::writeFile(folder_.file("sparse"), "");
+  std::filesystem::resize_file(folder_.file("sparse"), 256 * kMegabyte);
+  // Each finds the entries of those before. The second time the source replaces its entry.
+  constexpr struct {
     const char* source;
     const char* password;
-    int overwrite;
-  };
-  // Each finds the entries of those before.
-  constexpr Insertion kInsertions[] = {
-      {"text", "", 0},         {"random", "", 0},       {"sparse", "", 0},
-      {"random", "secret", 1}, {"sparse", "secret", 1},
+  } kInsertions[] = {
+      {"text", ""}, {"random", ""}, {"sparse", ""}, {"random", "secret"}, {"sparse", "secret"},
   };
   ZipArchive archive;
   ASSERT_EQ(archive.create(archive_.c_str(), 0), 1);
   archive.close();
-  for (const Insertion& insertion : kInsertions) {
-    const std::string name = std::string(insertion.overwrite != 0 ? "replace " : "insert ") +
-                             insertion.source + (*insertion.password != '\0' ? ", encrypted" : "");
-    expectBelow(kInsertLimit, name, [&] {
+  for (const auto& [source, password] : kInsertions) {
+    expectBelow(kInsertLimit, std::string("insert ") + source + ' ' + password, [&] {
       ZipArchive own;
       own.open(archive_.c_str(), kReadWrite);
-      own.password(insertion.password);
-      return own.insert(folder_.file(insertion.source).c_str(), insertion.source, "",
-                        insertion.overwrite) == 1;
-    });
-  }
-}
-
-// Only the engine's interface can store a large file without compression.
-TEST_F(MemoryLimits, StoringAFileHoldsLittleOfIt) {
-  ageHeap();
-  constexpr int kMegabytes = 256;
-  for (const bool encrypted : {false, true}) {
-    expectBelow(kInsertLimit, encrypted ? "store, encrypted" : "store", [&] {
-      const std::string block(kMegabyte, '\0');
-      std::uint32_t crc = 0;
-      for (int i = 0; i < kMegabytes; ++i) crc = ZipCrc32(crc, block.data(), kMegabyte);
-      ZipWriter* const writer = ZipOpenWriter(archive_.c_str(), ZipModeCreate);
-      ZipOpenNewEntry(writer, "stored", nullptr, nullptr, 0, nullptr, 0, nullptr, ZipMethodStored,
-                      ZipLevelDefault, 0, -15, 8, 0, encrypted ? "secret" : nullptr, crc);
-      for (int i = 0; i < kMegabytes; ++i) ZipWriteEntry(writer, block.data(), kMegabyte);
-      return ZipCloseNewEntry(writer) == 0 && ZipCloseWriter(writer, nullptr) == 0;
+      own.password(password);
+      return own.insert(folder_.file(source).c_str(), source, "", 1) == 1;
     });
   }
 }

@@ -1,7 +1,6 @@
 #include "operations.h"
 
 #include <filesystem/enumeration.h>
-#include <filesystem/file_stream.h>
 #include <filesystem/files.h>
 #include <filesystem/stream.h>
 #include <filesystem/temporary_storage.h>
@@ -21,16 +20,18 @@ namespace {
 constexpr unsigned int kRead = 0x80000000;
 constexpr unsigned int kReadWrite = 0xC0000000;
 
-const std::string kLarge(100000, 'l');
+using Bytes = std::vector<unsigned char>;
+using In = const std::string&;  // the folder of the operation
 
-std::string textOf(const std::vector<unsigned char>& bytes) { return {bytes.begin(), bytes.end()}; }
-std::vector<unsigned char> bytesOf(const std::string& text) { return {text.begin(), text.end()}; }
+const std::string kText(100000, 'l');
+
+Bytes bytesOf(const std::string& text) { return {text.begin(), text.end()}; }
 
 // Bytes that deflate cannot shrink.
-std::string noise(std::size_t size) {
+Bytes noise(std::size_t size) {
   std::minstd_rand random(1);
-  std::string bytes(size, '\0');
-  for (char& c : bytes) c = static_cast<char>(random() >> 8);
+  Bytes bytes(size);
+  for (unsigned char& c : bytes) c = static_cast<unsigned char>(random() >> 8);
   return bytes;
 }
 
@@ -39,123 +40,85 @@ ZipArchive opened(const std::string& folder, unsigned int access) {
   archive.open((folder + "a.zip").c_str(), access);
   return archive;
 }
+ZipArchive writable(const std::string& folder) { return opened(folder, kReadWrite); }
+ZipArchive readable(const std::string& folder) { return opened(folder, kRead); }
+
+bool extracts(const std::string& folder, const char* target) {
+  return readable(folder).extract("deep\\old", (folder + target).c_str()) == 1;
+}
+
+bool packs(const std::string& folder, const char* archive) {
+  return FRT_ZIP_FOLDER((folder + "in").c_str(), (folder + archive).c_str());
+}
+
+bool copies(const std::string& folder, const char* target) {
+  return FileSystem::CopyContent(folder + "in/", folder + target) == 2;
+}
 
 const Operation kOperations[] = {
-    {"insert",
-     [](const std::string& folder) {
-       return opened(folder, kReadWrite).insert(bytesOf(kLarge), "new", "", 0) == 1;
-     }},
+    {"insert", [](In in) { return writable(in).insert(bytesOf(kText), "new", "", 0) == 1; }},
     {"insert a file",
-     [](const std::string& folder) {
-       return opened(folder, kReadWrite)
-                  .insert((folder + "in/deep/large").c_str(), "new", nullptr, 0) == 1;
+     [](In in) {
+       return writable(in).insert((in + "in/deep/large").c_str(), "new", nullptr, 0) == 1;
      }},
-    {"insert into many",
-     [](const std::string& folder) {
-       ZipArchive archive;
-       archive.open((folder + "many.zip").c_str(), kReadWrite);
-       return archive.insert(bytesOf("x"), "new", "", 0) == 1;
-     },
-     false, false, true},
-    {"insert much",
-     [](const std::string& folder) {
-       return opened(folder, kReadWrite).insert(bytesOf(noise(70000)), "new", "", 0) == 1;
-     }},
-    {"replace",
-     [](const std::string& folder) {
-       return opened(folder, kReadWrite).insert(bytesOf("newer"), "deep\\old", "", 1) == 1;
-     }},
-    {"remove",
-     [](const std::string& folder) { return opened(folder, kReadWrite).remove("kept") == 1; }},
-    {"create",
-     [](const std::string& folder) {
-       return ZipArchive().create((folder + "b.zip").c_str(), 0) == 1;
-     },
-     true},
+    {"insert into many", [](In in) { return writable(in).insert({'x'}, "new", "", 0) == 1; },
+     kMany},
+    {"insert much", [](In in) { return writable(in).insert(noise(70000), "new", "", 0) == 1; }},
+    {"insert more than is written at once",
+     [](In in) { return writable(in).insert(noise(1200000), "new", "", 0) == 1; }, kLarge},
+    {"replace", [](In in) { return writable(in).insert({'n'}, "deep\\old", "", 1) == 1; }},
+    {"remove", [](In in) { return writable(in).remove("kept") == 1; }},
+    {"create", [](In in) { return ZipArchive().create((in + "b.zip").c_str(), 0) == 1; }, kInParts},
+    {"create over an archive",
+     [](In in) { return ZipArchive().create((in + "a.zip").c_str(), 1) == 1; }, kInParts},
     {"list",
-     [](const std::string& folder) {
+     [](In in) {
        std::vector<std::string> names;
-       return opened(folder, kRead).enumerate(names) == 1 && names.size() == 2;
+       return readable(in).enumerate(names) == 1 && names.size() == 2;
      }},
     {"extract to memory",
-     [](const std::string& folder) {
-       std::vector<unsigned char> bytes;
-       return opened(folder, kRead).extract("deep\\old", bytes) == 1 && textOf(bytes) == kLarge;
+     [](In in) {
+       Bytes bytes;
+       return readable(in).extract("deep\\old", bytes) == 1 && bytes == bytesOf(kText);
      }},
-    {"extract to a new file",
-     [](const std::string& folder) {
-       return opened(folder, kRead).extract("deep\\old", (folder + "new/file").c_str()) == 1;
-     }},
-    {"extract over a file",
-     [](const std::string& folder) {
-       return opened(folder, kRead).extract("deep\\old", (folder + "out/small").c_str()) == 1;
-     }},
-    {"unpack",
-     [](const std::string& folder) {
-       return FRT_UNZIP_FILE((folder + "a.zip").c_str(), (folder + "out").c_str());
-     },
-     true, true},
-    {"pack",
-     [](const std::string& folder) {
-       return FRT_ZIP_FOLDER((folder + "in").c_str(), (folder + "b.zip").c_str());
-     },
-     true, true},
-    {"pack over an archive",
-     [](const std::string& folder) {
-       return FRT_ZIP_FOLDER((folder + "in").c_str(), (folder + "a.zip").c_str());
-     },
-     true, true},
-    {"create over an archive",
-     [](const std::string& folder) {
-       return ZipArchive().create((folder + "a.zip").c_str(), 1) == 1;
-     },
-     true},
-    {"copy over files",
-     [](const std::string& folder) {
-       return FileSystem::CopyContent(folder + "in/", folder + "out/") == 2;
-     },
-     true},
-    {"copy to new files",
-     [](const std::string& folder) {
-       return FileSystem::CopyContent(folder + "in/", folder + "new/") == 2;
-     },
-     true},
+    {"extract to a new file", [](In in) { return extracts(in, "new/file"); }},
+    {"extract over a file", [](In in) { return extracts(in, "out/small"); }},
+    {"unpack", [](In in) { return FRT_UNZIP_FILE((in + "a.zip").c_str(), (in + "out").c_str()); },
+     kInParts | kPassesOver},
+    {"pack", [](In in) { return packs(in, "b.zip"); }, kInParts | kPassesOver},
+    {"pack over an archive", [](In in) { return packs(in, "a.zip"); }, kInParts | kPassesOver},
+    {"copy over files", [](In in) { return copies(in, "out/"); }, kInParts},
+    {"copy to new files", [](In in) { return copies(in, "new/"); }, kInParts},
     {"copy a file",
-     [](const std::string& folder) {
-       return FileSystem::CopyFileA((folder + "in/small").c_str(), (folder + "out/").c_str(), 0) !=
-              0;
+     [](In in) {
+       return FileSystem::CopyFileA((in + "in/small").c_str(), (in + "out/").c_str(), 0) != 0;
      }},
     {"make folders",
-     [](const std::string& folder) {
-       return FileSystem::EnsurePathExists((folder + "x/y/z").c_str()) != 0;
-     }},
-    {"read a file",
-     [](const std::string& folder) {
-       return FileSystem::readContent(folder + "in/deep/large") == kLarge;
-     }},
+     [](In in) { return FileSystem::EnsurePathExists((in + "x/y/z").c_str()) != 0; }},
+    {"read a file", [](In in) { return FileSystem::readContent(in + "in/deep/large") == kText; }},
     {"probe",
-     [](const std::string& folder) {
-       const std::string path = folder + "in/small";
+     [](In in) {
+       const std::string path = in + "in/small";
        return FileSystem::FileExists(path.c_str()) != 0 &&
               FileSystem::AllowedAccess(path.c_str()) == kReadWrite &&
-              FileSystem::IsValidPath(folder.c_str()) != 0;
+              FileSystem::IsValidPath(in.c_str()) != 0;
      }},
     {"list a tree",
-     [](const std::string& folder) {
+     [](In in) {
        std::vector<std::string> files;
-       return FileSystem::EnumFilesWithPath(files, folder.c_str(), "*", true) == 6;
+       return FileSystem::EnumFilesWithPath(files, in.c_str(), "*", true) == 6;
      }},
     {"temporary storage",
-     [](const std::string& folder) {
+     [](In in) {
        FileSystem::TemporaryStorage storage;
-       return storage.create(folder.substr(0, folder.size() - 1), false) &&
+       return storage.create(in.substr(0, in.size() - 1), false) &&
               FileSystem::writeContent(storage.path() + "file", "content");
      },
-     true, true},
+     kInParts | kPassesOver},
     {"lock file",
-     [](const std::string& folder) {
-       return FileSystem::CreateLockFile(folder.c_str()) != 0 &&
-              FileSystem::DeleteLockFile(folder.c_str()) != 0;
+     [](In in) {
+       return FileSystem::CreateLockFile(in.c_str()) != 0 &&
+              FileSystem::DeleteLockFile(in.c_str()) != 0;
      }},
 };
 
@@ -185,9 +148,9 @@ Files contentsOf(const std::filesystem::path& folder, bool entries) {
     archive.open(path.c_str(), kRead);
     archive.enumerate(names);
     for (const std::string& entry : names) {
-      std::vector<unsigned char> bytes;
+      Bytes bytes;
       archive.extract(entry.c_str(), bytes);
-      content += "\n" + entry + "=" + textOf(bytes);
+      content.append("\n" + entry + "=").append(bytes.begin(), bytes.end());
     }
     files[name] = content;
   }
@@ -195,22 +158,20 @@ Files contentsOf(const std::filesystem::path& folder, bool entries) {
 }
 
 void prepare(const std::string& folder, const Operation& operation) {
-  ZipArchive archive;
-  ASSERT_EQ(archive.create((folder + "a.zip").c_str(), 0), 1);
-  ASSERT_EQ(archive.insert(bytesOf("kept"), "kept", "", 0), 1);
-  ASSERT_EQ(archive.insert(bytesOf(kLarge), "deep\\old", "", 0), 1);
   support::writeFile(folder + "in/small", "new");
-  support::writeFile(folder + "in/deep/large", kLarge);
+  support::writeFile(folder + "in/deep/large", kText);
   support::writeFile(folder + "out/small", "old");
   support::writeFile(folder + "out/deep/large", "old");
   support::writeFile(folder + "out/deep/old", "old");
-  if (!operation.many) return;
-  ASSERT_EQ(archive.create((folder + "many.zip").c_str(), 0), 1);
-  for (int i = 0; i < 20; ++i) {
+  ZipArchive archive;
+  ASSERT_EQ(archive.create((folder + "a.zip").c_str(), 0), 1);
+  ASSERT_EQ(archive.insert(bytesOf("kept"), "kept", "", 0), 1);
+  ASSERT_EQ(archive.insert(bytesOf(kText), "deep\\old", "", 0), 1);
+  for (int i = 0; operation.is(kMany) && i < 20; ++i) {
     const std::string name = std::to_string(i) + std::string(200, 'n');
     // Longer than two sectors of a disk.
     const std::string comment(i % 8 == 0 ? 1200 : 0, 'c');
-    ASSERT_EQ(archive.insert(bytesOf("m"), name, comment, 0), 1);
+    ASSERT_EQ(archive.insert({'m'}, name, comment, 0), 1);
   }
 }
 

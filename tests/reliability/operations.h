@@ -12,16 +12,20 @@
 
 namespace operations {
 
+enum Traits : unsigned {
+  kInParts = 1,     // some of the files may have been done already when one fails, each whole
+  kPassesOver = 2,  // files that cannot be listed or read are skipped and are no failure
+  kMany = 4,        // the central directory of the archive is longer than a page
+  kLarge = 8,       // writes more than a megabyte
+};
+
 struct Operation {
   const char* name;
   // The folder ends in a separator. True for success.
   std::function<bool(const std::string& folder)> run;
-  // Some of the files may have been done already when one fails, each whole.
-  bool inParts = false;
-  // Files that cannot be listed or read are skipped and are no failure.
-  bool passesOver = false;
-  // Works on the archive of many entries.
-  bool many = false;
+  unsigned traits = 0;
+
+  bool is(Traits trait) const { return (traits & trait) != 0; }
 };
 
 void PrintTo(const Operation& operation, std::ostream* out);
@@ -38,8 +42,8 @@ using Files = std::map<std::string, std::string>;
 // entries, because its bytes include the time.
 Files contentsOf(const std::filesystem::path& folder, bool entries);
 
-// Creates the files of the operation: an archive of two entries, a tree, and a copy of the tree
-// with other content; for some an archive whose central directory is longer than a page.
+// Creates the files of the operation: an archive of two or more entries, a tree, and a copy of the
+// tree with other content.
 void prepare(const std::string& folder, const Operation& operation);
 
 }  // namespace operations
