@@ -93,7 +93,7 @@ class Worker {
   // Starts the process. It ends after the step `last`.
   void start(unsigned last) {
     progress_->begun = progress_->returned = next_;
-    process_.emplace([this, last](const support::ForkedProcess::Channel& channel) {
+    process_.emplace([this, last](const support::Channel& channel) {
       return work(last, channel);
     });
   }
@@ -126,7 +126,7 @@ class Worker {
     return pack_;
   }
 
-  int work(unsigned last, const support::ForkedProcess::Channel& channel) {
+  int work(unsigned last, const support::Channel& channel) {
     for (unsigned number = next_; number != last; ++number) {
       const Step step(number_, number);
       progress_->begun = number + 1;

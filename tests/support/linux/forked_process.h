@@ -1,21 +1,68 @@
 #pragma once
 // A second process that runs a function of the test.
 
-#include <functional>
+#include <sys/wait.h>
+#include <unistd.h>
 
-#include "support/other_process.h"
+#include <csignal>
+#include <functional>
 
 namespace support {
 
-// Runs `work` in a child process, whose exit status is its result.
-class ForkedProcess : public OtherProcess {
+// The second process reports to its parent through this.
+class Channel {
  public:
-  using Channel = support::Channel;
+  explicit Channel(int end) : end_(end) {}
+  void reportReady() const { [[maybe_unused]] const ssize_t count = write(end_, "r", 1); }
 
-  explicit ForkedProcess(const std::function<int(const Channel&)>& work)
-      : OtherProcess(Work("forked", [&](const std::string&,
-                                        const Channel& channel) { return work(channel); }),
-                     "") {}
+ private:
+  int end_;
+};
+
+// Runs `work` in a child process, whose exit status is its result. The process is killed with its
+// object.
+class ForkedProcess {
+ public:
+  explicit ForkedProcess(const std::function<int(const Channel&)>& work) {
+    int ends[2];
+    if (pipe(ends) != 0) return;
+    process_ = fork();
+    if (process_ == 0) {
+      close(ends[0]);
+      _exit(work(Channel(ends[1])));
+    }
+    close(ends[1]);
+    report_ = ends[0];
+  }
+  ForkedProcess(const ForkedProcess&) = delete;
+  ForkedProcess& operator=(const ForkedProcess&) = delete;
+  ~ForkedProcess() {
+    kill();
+    if (report_ >= 0) close(report_);
+  }
+
+  // Waits until the child reports, False if it ended without a report.
+  bool awaitReady() const {
+    char byte;
+    return read(report_, &byte, 1) == 1;
+  }
+  void kill() {
+    if (process_ <= 0) return;
+    ::kill(process_, SIGKILL);
+    wait();
+  }
+  // Returns the exit status, or -1 if the child did not end by itself.
+  int wait() {
+    if (process_ <= 0) return -1;
+    int status = 0;
+    waitpid(process_, &status, 0);
+    process_ = -1;
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  }
+
+ private:
+  pid_t process_ = -1;
+  int report_ = -1;
 };
 
 }  // namespace support

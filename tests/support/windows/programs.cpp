@@ -1,12 +1,10 @@
-// Runs the shell of the system that Wine runs on. Wine starts its programs, but
-// provides neither a handle to wait for nor a pipe to read from. So the shell
-// writes into files: first its process id, last the status.
+// Runs the shell of the system that Wine runs on. Wine starts its programs, but provides neither a
+// handle to wait for nor a pipe to read from. So the shell writes into files, last the status.
 
 #include "support/programs.h"
 
 #include <chrono>
 #include <fstream>
-#include <iterator>
 #include <thread>
 
 #include "platform/win32.h"
@@ -29,22 +27,11 @@ std::string withPlainLineEnds(const std::string& text) {
   return plain;
 }
 
-// The process id that the shell has written, or nothing if it has not started yet.
-std::string shellId(const TemporaryFolder& files) {
-  std::string id;
-  std::ifstream(files.path() / "pid") >> id;
-  return id;
-}
-
-// Z: is the root of the system that Wine runs on.
-bool isRunning(const std::string& id) { return std::filesystem::exists("Z:\\proc\\" + id); }
-
 Result runShell(const std::filesystem::path& folder, const std::string& command) {
   const TemporaryFolder files;
   const std::string own = shellPath(files.path());
   std::ofstream script(files.path() / "script", std::ios::binary);
-  script << "echo $$ >'" << own << "/starting' && mv '" << own << "/starting' '" << own << "/pid'\n"
-         << "exec >'" << own << "/output' 2>/dev/null\n"
+  script << "exec >'" << own << "/output' 2>/dev/null\n"
          << "cd '" << shellPath(folder) << "' && { " << command << " ; }\n"
          << "echo $? >'" << own << "/ending' && mv '" << own << "/ending' '" << own << "/status'\n";
   script.close();
@@ -57,16 +44,8 @@ Result runShell(const std::filesystem::path& folder, const std::string& command)
                      &startup, &process) == FALSE) {
     return {};
   }
-  constexpr std::chrono::seconds kLongestStart{20};
-  const auto limit = std::chrono::steady_clock::now() + kLongestStart;
   const std::filesystem::path status = files.path() / "status";
   while (!std::filesystem::exists(status)) {
-    const std::string id = shellId(files);
-    if (id.empty()) {
-      if (std::chrono::steady_clock::now() > limit) return {};
-    } else if (!isRunning(id) && !std::filesystem::exists(status)) {
-      return {};
-    }
     std::this_thread::sleep_for(std::chrono::milliseconds(2));
   }
   Result result;
