@@ -73,14 +73,24 @@ inline std::string globalComment(ZipReader* reader) {
   return comment;
 }
 
+// Calls `use(name)` for each entry, which is the current one meanwhile.
+template <typename Use>
+void forEachEntry(ZipReader* reader, Use use) {
+  for (int status = ZipFirstEntry(reader); status == 0; status = ZipNextEntry(reader)) {
+    char name[300];
+    ZipReadEntryInfo(reader, nullptr, name, sizeof(name), nullptr, 0, nullptr, 0);
+    use(std::string(name));
+  }
+}
+
 // Copies all entries into a new archive.
 inline void copyArchive(const std::string& path, const std::string& target,
                         const std::string& comment) {
   const Reader reader(ZipOpenReader(path.c_str()));
   ZipWriter* const writer = ZipOpenWriter(target.c_str(), ZipModeCreate);
-  for (int s = ZipFirstEntry(reader.get()); s == 0; s = ZipNextEntry(reader.get())) {
-    EXPECT_EQ(ZipCopyEntry(writer, reader.get()), 0);
-  }
+  forEachEntry(reader.get(), [&](const std::string& name) {
+    EXPECT_EQ(ZipCopyEntry(writer, reader.get()), 0) << name;
+  });
   EXPECT_EQ(ZipCloseWriter(writer, comment.c_str()), 0);
 }
 
@@ -102,12 +112,10 @@ inline Entries readArchive(const std::string& path, std::uint32_t step = 1 << 20
   Entries entries;
   const Reader reader(ZipOpenReader(path.c_str()));
   if (reader == nullptr) return {{"<no archive>", ""}};
-  for (int status = ZipFirstEntry(reader.get()); status == 0; status = ZipNextEntry(reader.get())) {
-    char name[300];
-    ZipReadEntryInfo(reader.get(), nullptr, name, sizeof(name), nullptr, 0, nullptr, 0);
-    if (std::string_view(name).ends_with('/')) continue;
+  forEachEntry(reader.get(), [&](const std::string& name) {
+    if (name.ends_with('/')) return;
     if (!readCurrent(reader.get(), entries[name], step)) entries[name] = "<unreadable>";
-  }
+  });
   return entries;
 }
 

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <string>
-#include <vector>
 
 #include "engine/entries.h"
 #include "support/programs.h"
@@ -54,18 +53,6 @@ while (before := take()) is not None:
 if written < 4000: sys.exit(3)
 )";
 
-// Names of the entries in their order; nothing if the archive cannot be opened.
-std::vector<std::string> namesOf(const std::string& path) {
-  std::vector<std::string> names;
-  const Reader reader(ZipOpenReader(path.c_str()));
-  for (int s = ZipFirstEntry(reader.get()); s == 0; s = ZipNextEntry(reader.get())) {
-    char name[300];
-    ZipReadEntryInfo(reader.get(), nullptr, name, sizeof(name), nullptr, 0, nullptr, 0);
-    names.emplace_back(name);
-  }
-  return names;
-}
-
 bool append(const std::string& path) {
   ZipWriter* const writer = ZipOpenWriter(path.c_str(), ZipModeAppend);
   return addEntry(writer, "added", "new") & (ZipCloseWriter(writer, nullptr) == 0);
@@ -76,26 +63,23 @@ bool copyWithout(const std::string& path, const std::string& target) {
   const Reader reader(ZipOpenReader(path.c_str()));
   ZipWriter* const writer = ZipOpenWriter(target.c_str(), ZipModeCreate);
   bool copied = reader != nullptr;
-  for (int s = ZipFirstEntry(reader.get()); s == 0; s = ZipNextEntry(reader.get())) {
-    char name[300];
-    ZipReadEntryInfo(reader.get(), nullptr, name, sizeof(name), nullptr, 0, nullptr, 0);
-    if (name != std::string("doc.txt")) copied = ZipCopyEntry(writer, reader.get()) == 0 && copied;
-  }
+  forEachEntry(reader.get(), [&](const std::string& name) {
+    if (name != "doc.txt") copied = ZipCopyEntry(writer, reader.get()) == 0 && copied;
+  });
   return ZipCloseWriter(writer, nullptr) == 0 && copied;
 }
 
 void addGroup(std::string& groups, const std::string& bytes) {
-  for (int shift = 0; shift < 32; shift += 8) {
-    groups += static_cast<char>(bytes.size() >> shift & 0xFF);
-  }
-  groups += bytes;
+  const std::uint32_t size = static_cast<std::uint32_t>(bytes.size());
+  groups.append(reinterpret_cast<const char*>(&size), sizeof(size)).append(bytes);
 }
 
 TEST(NestedArchive, IsNeverTakenForTheOuterOne) {
   const support::TemporaryFolder folder;
-  support::writeFile(folder.file("make.py"), kMaker);
-  support::writeFile(folder.file("check.py"), kChecker);
-  ASSERT_EQ(support::run(folder.path(), "python3 make.py"), 0);
+  const auto python = [&](const std::string& code) {
+    return support::run(folder.path(), "python3 -c '" + code + "'");
+  };
+  ASSERT_EQ(python(kMaker), 0);
   const std::string path = folder.file("outer.zip");
   const std::string whole = support::readFile(path);
   ASSERT_EQ(whole.size(), 335U);
@@ -103,8 +87,7 @@ TEST(NestedArchive, IsNeverTakenForTheOuterOne) {
   std::string groups;
   const auto check = [&](const std::string& bytes) {
     support::writeFile(path, bytes);
-    const std::vector<std::string> names = namesOf(path);
-    EXPECT_TRUE(names.empty() || names.size() == 2) << names.front();
+    EXPECT_NE(ZipLocateEntry(Reader(ZipOpenReader(path.c_str())).get(), "inner.txt", 0), 0);
     const bool copied = copyWithout(path, folder.file("copy.zip"));
     addGroup(groups, bytes);
     addGroup(groups, append(path) ? support::readFile(path) : "");
@@ -121,7 +104,7 @@ TEST(NestedArchive, IsNeverTakenForTheOuterOne) {
     check(bytes);
   }
   support::writeFile(folder.file("groups"), groups);
-  EXPECT_EQ(support::run(folder.path(), "python3 check.py"), 0);
+  EXPECT_EQ(python(kChecker), 0);
 }
 
 }  // namespace

@@ -32,7 +32,7 @@ Result runShell(const std::filesystem::path& folder, const std::string& command)
   const std::string own = shellPath(files.path());
   std::ofstream script(files.path() / "script", std::ios::binary);
   script << "exec >'" << own << "/output' 2>/dev/null\n"
-         << "cd '" << shellPath(folder) << "' && { " << command << " ; }\n"
+         << "cd '" << shellPath(folder) << "' && ( " << command << " )\n"
          << "echo $? >'" << own << "/ending' && mv '" << own << "/ending' '" << own << "/status'\n";
   script.close();
 
