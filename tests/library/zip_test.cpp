@@ -83,7 +83,7 @@ TEST_F(Zip, Lifecycle) {
   EXPECT_STREQ(archive.fileName(), path_.c_str());
   EXPECT_EQ(archive.access(), kReadWrite);
 
-  for (const unsigned int access : {GENERIC_WRITE, kRead}) {
+  for (const unsigned int access : {unsigned{GENERIC_WRITE}, kRead}) {
     EXPECT_EQ(archive.open(path_.c_str(), access), 1);
     EXPECT_EQ(archive.canRead(), access == kRead ? 1 : 0);
     EXPECT_EQ(archive.canWrite(), access == kRead ? 0 : 1);

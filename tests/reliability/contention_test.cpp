@@ -93,9 +93,7 @@ class Worker {
   // Starts the process. It ends after the step `last`.
   void start(unsigned last) {
     progress_->begun = progress_->returned = next_;
-    process_.emplace([this, last](const support::Channel& channel) {
-      return work(last, channel);
-    });
+    process_.emplace([this, last](const support::Channel& channel) { return work(last, channel); });
   }
   // False if the process has ended before it has completed a step.
   bool awaitStep() const { return process_->awaitReady(); }
