@@ -18,4 +18,13 @@ inline std::size_t characterLength(std::string_view text, std::size_t position) 
   return pair ? 2 : 1;
 }
 
+// Calls `test` with the position of each character from `start` on until it returns true. Returns
+// that position, or the size of the text.
+template <typename Test>
+std::size_t findCharacter(std::string_view text, std::size_t start, Test test) {
+  std::size_t i = start;
+  while (i < text.size() && !test(i)) i += characterLength(text, i);
+  return i;
+}
+
 }  // namespace FileSystem::Detail

@@ -4,6 +4,7 @@
 #include <filesystem/files.h>
 #include <filesystem/path.h>
 
+#include <algorithm>
 #include <string_view>
 
 #include "path/characters.h"
@@ -14,38 +15,33 @@
 namespace FileSystem {
 namespace {
 
-using Detail::characterLength;
+using Detail::findCharacter;
 using Detail::isSeparator;
 
 // Returns the position after the first separator at or after `start`, or the size of the text.
 std::size_t afterSeparator(std::string_view text, std::size_t start) {
-  for (std::size_t i = start; i < text.size(); i += characterLength(text, i)) {
-    if (isSeparator(text[i])) return i + 1;
-  }
-  return text.size();
-}
-
-// Returns the position after the first two adjacent separators, or npos.
-std::size_t afterSeparatorPair(std::string_view text) {
-  for (std::size_t i = 0; i + 1 < text.size(); i += characterLength(text, i)) {
-    if (isSeparator(text[i]) && isSeparator(text[i + 1])) return i + 2;
-  }
-  return std::string_view::npos;
+  const std::size_t separator =
+      findCharacter(text, start, [=](std::size_t i) { return isSeparator(text[i]); });
+  return std::min(separator + 1, text.size());
 }
 
 // Returns the position after the last backslash, or the size of a text without one.
 std::size_t afterLastBackslash(std::string_view text) {
   std::size_t end = text.size();
-  for (std::size_t i = 0; i < text.size(); i += characterLength(text, i)) {
+  findCharacter(text, 0, [&](std::size_t i) {
     if (text[i] == '\\') end = i + 1;
-  }
+    return false;
+  });
   return end;
 }
 
+// Returns the size of the root: of a server and its share if there are two adjacent separators.
 std::size_t rootLength(std::string_view path) {
-  const std::size_t server = afterSeparatorPair(path);
-  if (server == std::string_view::npos) return afterSeparator(path, 0);
-  const std::size_t share = afterSeparator(path, server);
+  const std::size_t root = afterSeparator(path, 0);
+  std::size_t server = root;
+  while (server < path.size() && !isSeparator(path[server])) server = afterSeparator(path, server);
+  if (server == path.size()) return root;
+  const std::size_t share = afterSeparator(path, server + 1);
   return afterSeparator(path, share);
 }
 
