@@ -3,7 +3,8 @@
 #include <filesystem/files.h>
 #include <filesystem/temporary_storage.h>
 
-#include <cstdio>
+#include <boost/format.hpp>
+#include <locale>
 
 #include "files/make_folders.h"
 #include "files/tree_deletion.h"
@@ -13,14 +14,14 @@
 namespace FileSystem {
 namespace {
 
+// Returns a GUID in braces.
 std::string newName() {
   GUID id{};
   CoCreateGuid(&id);
-  char text[40];
-  std::snprintf(text, sizeof(text), "{%08X-%04X-%04X-%02X%02X-%02X%02X%02X%02X%02X%02X}",
-                static_cast<unsigned int>(id.Data1), id.Data2, id.Data3, id.Data4[0], id.Data4[1],
-                id.Data4[2], id.Data4[3], id.Data4[4], id.Data4[5], id.Data4[6], id.Data4[7]);
-  return text;
+  boost::format name("{%08X-%04X-%04X-%02X%02X-%02X%02X%02X%02X%02X%02X}", std::locale::classic());
+  name % id.Data1 % id.Data2 % id.Data3;
+  for (const unsigned int byte : id.Data4) name % byte;
+  return str(name);
 }
 
 }  // namespace
