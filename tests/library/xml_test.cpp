@@ -72,6 +72,12 @@ TEST(Xml, EscapingOfLongTexts) {
       ASSERT_EQ(toXml(text), toXmlByBytes(text)) << percent << " % of " << size;
     }
   }
+  // Memory is reserved for what a text needs, and once: a new copy for each piece takes minutes.
+  constexpr std::size_t kLarge = 5000000;
+  for (const char end : {'x', '<', '&', '\''}) {
+    const std::string escaped = toXml(std::string(kLarge, 'x') + std::string(kLarge, end));
+    EXPECT_LT(escaped.capacity(), escaped.size() + escaped.size() / 7) << end;
+  }
 }
 
 TEST(Xml, Unescaping) {
