@@ -72,4 +72,4 @@ class VeskFileSystem(ConanFile):
         if not self.options.shared:
             self.cpp_info.defines = ["FILESYSTEM_STATIC"]
         if self.settings.os == "Windows":
-            self.cpp_info.system_libs = ["ole32", "oleaut32", "version"]
+            self.cpp_info.system_libs = ["bcrypt", "ole32", "oleaut32", "version"]
