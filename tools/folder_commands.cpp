@@ -3,10 +3,8 @@
 #include <filesystem/enumeration.h>
 #include <filesystem/files.h>
 
-#include <chrono>
-#include <cstdint>
+#include <algorithm>
 #include <cstdio>
-#include <ctime>
 #include <vector>
 
 #include "commands.h"
@@ -79,34 +77,6 @@ void copyDirectory(const std::string& source, const std::string& target, Output&
   }
 }
 
-// The present moment in the unit of fileTime: local days since 1899-12-30.
-double now() {
-  const std::time_t utc = std::time(nullptr);
-  const std::tm local = *std::localtime(&utc);
-  const std::chrono::year_month_day date(
-      std::chrono::year(local.tm_year + 1900),
-      std::chrono::month(static_cast<unsigned>(local.tm_mon) + 1),
-      std::chrono::day(static_cast<unsigned>(local.tm_mday)));
-  constexpr double kDaysTo1970 = 25569.0;
-  constexpr double kSecondsPerDay = 86400.0;
-  const int seconds = (local.tm_hour * 60 + local.tm_min) * 60 + local.tm_sec;
-  const auto days = std::chrono::sys_days(date).time_since_epoch().count();
-  return kDaysTo1970 + static_cast<double>(days) + seconds / kSecondsPerDay;
-}
-
-// Appends the files that a sweep considers below a directory. It follows no link.
-void appendCandidates(const std::string& directory, std::vector<std::string>& files) {
-  constexpr std::uint32_t kLink = 0x400;  // FILE_ATTRIBUTE_REPARSE_POINT
-  std::vector<FileSystem::FILE_INFORMATION> children;
-  FileSystem::EnumFolders(children, directory.c_str(), 0);
-  for (const FileSystem::FILE_INFORMATION& child : children) {
-    if ((child.dwFileAttributes & kLink) != 0) continue;
-    const std::string path = directory + child.cFileName + '\\';
-    FileSystem::EnumFilesWithPath(files, path.c_str(), "*.*", false);
-    appendCandidates(path, files);
-  }
-}
-
 }  // namespace
 
 void tree(const std::string& directory, const std::string& pattern, const Output& output) {
@@ -137,10 +107,7 @@ void sweep(const std::string& directory, unsigned int days, bool dryRun, const O
     return;
   }
   std::vector<std::string> files;
-  FileSystem::EnumFilesWithPath(files, top.c_str(), "*.tmp", false);
-  appendCandidates(top, files);
-  const double limit = now() - days;
-  for (const std::string& file : files) {
-    if (FileSystem::fileTime(file) <= limit) writePath(file);
-  }
+  FileSystem::listOldFiles(files, top, days);
+  std::sort(files.begin(), files.end());
+  for (const std::string& file : files) writePath(file);
 }

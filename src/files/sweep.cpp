@@ -1,9 +1,10 @@
-// Deletion of old files from a tree.
+// Listing and deletion of the old files of a tree.
 
 #include <filesystem/files.h>
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "files/attributes.h"
 #include "files/file_time.h"
@@ -33,22 +34,38 @@ bool isTemporaryName(std::string_view name) {
 // in the start directory only those of the pattern `*.tmp`. It lists no path over its limit.
 bool isCandidate(const Detail::TreeEntry& entry) {
   const std::string_view name = entry.directory.name();
-  if (name.empty() || entry.pathSize + name.size() >= Detail::kPathBuffer) return false;
+  if (name.empty() || entry.directoryPath.size() + name.size() >= Detail::kPathBuffer) return false;
   return !entry.isAtTop || isTemporaryName(name);
 }
 
+// Reports whether the sweep deletes the entry if it deletes what was last written at `limit` or
+// before.
+bool isSwept(const Detail::TreeEntry& entry, double limit) {
+  if (!isCandidate(entry)) return false;
+  FILETIME time{};
+  return entry.directory.lastWrite(time) && limit >= Detail::dateOf(time) &&
+         entry.directory.canOpen();
+}
+
+constexpr auto kLastLink = platform::OpenDirectory::LastLink::Followed;
+
 }  // namespace
+
+unsigned int listOldFiles(std::vector<std::string>& files, const std::string& folder,
+                          unsigned int days) {
+  const double limit = now() - static_cast<double>(days);
+  const std::size_t before = files.size();
+  Detail::visitTree(Detail::withBackslash(folder), kLastLink, [&](const Detail::TreeEntry& entry) {
+    if (isSwept(entry, limit)) files.push_back(entry.directoryPath + entry.directory.name());
+  });
+  return static_cast<unsigned int>(files.size() - before);
+}
 
 unsigned int eraseOldFile(const std::string& folder, unsigned int days) {
   const double limit = now() - static_cast<double>(days);
   const std::string start = Detail::withBackslash(folder);
   const Detail::TreeDeletion deleted = Detail::deleteFromTree(
-      start, platform::OpenDirectory::LastLink::Followed, [&](const Detail::TreeEntry& entry) {
-        if (!isCandidate(entry)) return false;
-        FILETIME time{};
-        return entry.directory.lastWrite(time) && limit >= Detail::dateOf(time) &&
-               entry.directory.canOpen();
-      });
+      start, kLastLink, [&](const Detail::TreeEntry& entry) { return isSwept(entry, limit); });
   // A link is not an empty directory, even if its target is one.
   if (deleted.topShrank && !Detail::isLink(start.c_str())) DeleteEmptyFolder(start.c_str());
   return deleted.files;

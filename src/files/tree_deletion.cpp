@@ -1,6 +1,6 @@
 #include "files/tree_deletion.h"
 
-#include <cstring>
+#include <cstddef>
 #include <utility>
 #include <vector>
 
@@ -10,24 +10,30 @@ namespace {
 using platform::OpenDirectory;
 
 struct Subdirectory {
+  std::string name;  // as paths spell it
   std::string storedName;
-  std::size_t pathSize;
 };
 
 // A directory that the walk is in.
 struct Level {
   OpenDirectory directory;
-  Subdirectory self;
+  std::string storedName;
+  std::size_t pathSize;  // bytes of its path, with separator
   std::vector<Subdirectory> pending{};
 };
 
 // Keeps its own stack, because a tree may be deeper than the call stack.
 class Walk {
  public:
-  explicit Walk(const std::function<bool(const TreeEntry&)>& selects) : selects_(selects) {}
+  enum class Emptied { Removed, Kept };
 
-  TreeDeletion run(OpenDirectory start, std::size_t pathSize) {
-    enter({std::move(start), {{}, pathSize}});
+  // `emptied` is what becomes of directories that are empty after their visit.
+  Walk(const std::function<bool(const TreeEntry&)>& selects, Emptied emptied)
+      : selects_(selects), emptied_(emptied) {}
+
+  TreeDeletion run(OpenDirectory start, const std::string& path) {
+    path_ = path;
+    enter(std::move(start), {});
     while (!levels_.empty()) {
       if (levels_.back().pending.empty()) {
         leave();
@@ -39,15 +45,14 @@ class Walk {
   }
 
  private:
-  void enter(Level level) {
-    levels_.push_back(std::move(level));
+  // `path_` is that of the directory.
+  void enter(OpenDirectory directory, std::string storedName) {
+    levels_.push_back({std::move(directory), std::move(storedName), path_.size()});
     Level& current = levels_.back();
     while (current.directory.next()) {
       if (current.directory.isDirectory()) {
-        const std::size_t nameSize = std::strlen(current.directory.name());
-        current.pending.push_back(
-            {current.directory.storedName(), current.self.pathSize + nameSize + 1});
-      } else if (selects_({current.directory, current.self.pathSize, levels_.size() == 1}) &&
+        current.pending.push_back({current.directory.name(), current.directory.storedName()});
+      } else if (selects_({current.directory, path_, levels_.size() == 1}) &&
                  current.directory.deleteEntry()) {
         ++result_.files;
       }
@@ -60,26 +65,33 @@ class Walk {
     current.pending.pop_back();
     OpenDirectory directory(current.directory, next.storedName);
     if (directory) {
-      enter({std::move(directory), std::move(next)});
+      path_ += next.name;
+      path_ += '\\';
+      enter(std::move(directory), std::move(next.storedName));
     } else {
       remove(next.storedName);
     }
   }
 
   void leave() {
-    const std::string name = std::move(levels_.back().self.storedName);
+    const std::string storedName = std::move(levels_.back().storedName);
     levels_.pop_back();
-    if (!levels_.empty()) remove(name);
+    if (levels_.empty()) return;
+    path_.resize(levels_.back().pathSize);
+    remove(storedName);
   }
 
   // Removes a subdirectory of the current directory.
   void remove(const std::string& storedName) {
+    if (emptied_ == Emptied::Kept) return;
     const bool removed = levels_.back().directory.removeDirectory(storedName);
     if (removed && levels_.size() == 1) result_.topShrank = true;
   }
 
   const std::function<bool(const TreeEntry&)>& selects_;
+  const Emptied emptied_;
   std::vector<Level> levels_;
+  std::string path_;  // of the current directory, with separator
   TreeDeletion result_;
 };
 
@@ -87,7 +99,16 @@ class Walk {
 
 TreeDeletion deleteFromTree(const std::string& start, OpenDirectory::LastLink link,
                             const std::function<bool(const TreeEntry&)>& selects) {
-  return Walk(selects).run(OpenDirectory(start, link), start.size());
+  return Walk(selects, Walk::Emptied::Removed).run(OpenDirectory(start, link), start);
+}
+
+void visitTree(const std::string& start, OpenDirectory::LastLink link,
+               const std::function<void(const TreeEntry&)>& visit) {
+  const std::function<bool(const TreeEntry&)> selectsNone = [&](const TreeEntry& entry) {
+    visit(entry);
+    return false;
+  };
+  Walk(selectsNone, Walk::Emptied::Kept).run(OpenDirectory(start, link), start);
 }
 
 }  // namespace FileSystem::Detail

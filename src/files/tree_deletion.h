@@ -1,7 +1,7 @@
 #pragma once
-// Deletion of files in a directory tree, and of the directories that become empty.
+// Walks over a directory tree that delete its files and the directories that become empty, or that
+// only list what would be deleted.
 
-#include <cstddef>
 #include <functional>
 #include <string>
 
@@ -9,10 +9,10 @@
 
 namespace FileSystem::Detail {
 
-// A file or link that a deletion has reached.
+// A file or link that a walk has reached.
 struct TreeEntry {
   const platform::OpenDirectory& directory;  // its current entry
-  std::size_t pathSize;                      // bytes of the directory's path, with separator
+  const std::string& directoryPath;          // with separator at its end
   bool isAtTop;                              // directly in the start directory
 };
 
@@ -26,5 +26,10 @@ struct TreeDeletion {
 // to it meanwhile. `start` is a path that ends in a separator; the start directory itself stays.
 TreeDeletion deleteFromTree(const std::string& start, platform::OpenDirectory::LastLink link,
                             const std::function<bool(const TreeEntry&)>& selects);
+
+// Calls `visit` for the files and links that deleteFromTree() passes to its function, in the same
+// order, and deletes nothing.
+void visitTree(const std::string& start, platform::OpenDirectory::LastLink link,
+               const std::function<void(const TreeEntry&)>& visit);
 
 }  // namespace FileSystem::Detail

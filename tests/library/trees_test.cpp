@@ -134,7 +134,15 @@ TEST_F(Trees, Sweep) {
     write("held/old", "", 8 * kDay);
     const platform::FileHandle held =
         support::openFile(folder_.file("held/old"), GENERIC_READ, FILE_SHARE_DELETE);
+    std::filesystem::create_directory(folder_.file("void"));
+    std::vector<std::string> old{"first"};
+    EXPECT_EQ(FileSystem::listOldFiles(old, folder_.text(), 7), 5U);
+    EXPECT_EQ(old.size(), 6U);
+    EXPECT_TRUE(exists("void"));
+    for (std::size_t i = 1; i < old.size(); ++i)
+      EXPECT_NE(FileSystem::FileExists(old[i].c_str()), 0);
     EXPECT_EQ(FileSystem::eraseOldFile(folder_.text(), 7), 5U);
+    for (const std::string& file : old) EXPECT_EQ(FileSystem::FileExists(file.c_str()), 0) << file;
   }
   EXPECT_EQ(FileSystem::eraseOldFile(folder_.text(), 7), 1U);
   for (const char* gone : {"top.tmp", "top.TMP", "other.TMP", "old", "mixed/old", "outside"}) {
