@@ -7,6 +7,7 @@
 /// @endcode
 
 #include <filesystem/export.h>
+#include <filesystem/zip_archive.h>
 
 /// Packs all files of a directory and its subdirectories into a new zip archive.
 ///
@@ -24,6 +25,16 @@
 ///         has a name of more than 260 bytes, or if the disk is full: the archive then has only the
 ///         files before it.
 FILESYSTEM_API bool FRT_ZIP_FOLDER(const char* folder, const char* zip);
+
+/// Packs a directory as the form above does, and encrypts the files.
+/// @param folder     the directory, as above
+/// @param zip        path of the archive, not null
+/// @param password   password of all entries, not null; empty for none
+/// @param encryption how they are encrypted
+/// @return as above; false too, and nothing changes, if the library was built without the
+/// encryption
+FILESYSTEM_API bool FRT_ZIP_FOLDER(const char* folder, const char* zip, const char* password,
+                                   ZipArchive::Encryption encryption);
 
 /// Unpacks a zip archive without password into a directory.
 ///

@@ -39,13 +39,19 @@ class ZipArchivePrivate;
 /// disk when its call returns.
 ///
 /// Archives of several volumes and entries of 4 GiB or more are not supported. Entries are
-/// encrypted with the traditional method, which stops no attacker; those encrypted with AES can be
-/// read if the library was built for that.
+/// encrypted with the traditional method, which stops no attacker, unless Encryption::Aes256 is
+/// chosen. The names of entries are never encrypted.
 ///
 /// A copy shares the state of its original: an open() or close() through one object is seen through
 /// the other. An object and its copies belong to one thread at a time.
 class FILESYSTEM_API ZipArchive {
  public:
+  /// The encryption of new entries that get a password. Entries of both kinds are read.
+  enum class Encryption {
+    Traditional,  ///< that of PKWARE (APPNOTE 6.1), which every program reads; it is weak
+    Aes256,       ///< WinZip's AE-2 with AES-256, if the library was built with AES
+  };
+
   /// Creates an object that is bound to no archive.
   ZipArchive();
   /// Shares the state of `other`.
@@ -72,9 +78,15 @@ class FILESYSTEM_API ZipArchive {
   /// Releases the file. Name, access mask and password remain.
   /// @return 1
   int close();
-  /// Sets the password for the entries that are read and written from now on.
+  /// Sets the password for the entries that are read and written from now on. New entries get the
+  /// traditional encryption.
   /// @param text password, not null; empty for none
   void password(const char* text);
+  /// Sets the password, and the encryption of new entries.
+  /// @param text       password, not null; empty for none
+  /// @param encryption encryption of the entries that are written from now on
+  /// @return 1; 0 if the library was built without the encryption, and nothing changes then
+  int password(const char* text, Encryption encryption);
   /// Returns the access mask of the last open() or create(), FileSystem::kAccessReadWrite before.
   unsigned int access() const;
   /// Returns 1 if the file is held and the mask has FileSystem::kAccessRead, else 0.

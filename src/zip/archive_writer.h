@@ -23,14 +23,23 @@ class Crc32 {
   std::uint32_t value_;
 };
 
+// How the content of new entries is encrypted.
+struct Encryption {
+  const char* password = nullptr;  // null for none
+  bool isAes = false;              // AES-256; else the traditional encryption
+
+  // True if the engine must be passed the CRC of the whole content when an entry is begun.
+  bool needsCrc() const { return password != nullptr && !isAes; }
+};
+
 // The description of an entry that is to be written.
 struct NewEntry {
   std::string name;     // as stored, at most kLongestName bytes
   const char* comment;  // not null
   SYSTEMTIME time;
   DWORD attributes;
-  const char* password;  // null for none
-  std::uint32_t crc;     // of the whole content if there is a password, else that of no data
+  Encryption encryption;
+  std::uint32_t crc;  // of the whole content if the encryption needs it, else that of no data
 };
 
 // An archive open for writing. The file keeps its former content until commit(). An entry is
@@ -52,6 +61,9 @@ class ArchiveWriter {
   ArchiveWriter& operator=(const ArchiveWriter&) = delete;
   // Commits if commit() was not called.
   ~ArchiveWriter();
+
+  // True if the build can write AES entries.
+  static bool hasAes();
 
   // False if the file could not be opened, or, in the mode Append, is no archive.
   explicit operator bool() const { return writer_ != nullptr; }

@@ -55,6 +55,11 @@ enum ZipWriterMode : int {
   ZipModeAppend = 2,       // any archive, or an empty file
 };
 
+enum ZipEncryption : int {
+  ZipEncryptTraditional = 0,
+  ZipEncryptAes256 = 1,  // WinZip's AE-2
+};
+
 inline constexpr int ZipMethodStored = 0;
 inline constexpr int ZipMethodDeflate = 8;
 inline constexpr int ZipLevelDefault = -1;
@@ -103,11 +108,16 @@ void ZipCloseEntry(ZipReader* reader);
 // where new ones would be written; and an archive without entries that has bytes before its end
 // record, since nothing shows what they are.
 ZipWriter* ZipOpenWriter(const char* path, int mode);
+// Returns non-zero if the build lacks an encryption.
+int ZipCheckEncryption(int encryption);
+// Chooses the encryption of the entries that are begun with a password; at first it is the
+// traditional one. Returns non-zero if the build lacks it.
+int ZipSetEncryption(ZipWriter* writer, int encryption);
 // Begins an entry, and drops an open one. `method` is 0 or 8 unless `raw`; `level` is -1 or 0 to 9.
 // With `raw` the data are written unchanged; they are encrypted if the entry is, and a non-null
-// `password` then only sets the flag. `crc` is that of the plain data if `raw` or `password` is
-// set. The three numbers after `raw`, -15, 8 and 0, are not used. An entry has less than 4 GiB - 1
-// bytes, both plain and stored.
+// `password` then only sets the flag. `crc` is that of the plain data if `raw` is set, or if
+// `password` is and the encryption is the traditional one. The three numbers after `raw`, -15, 8
+// and 0, are not used. An entry has less than 4 GiB - 1 bytes, both plain and stored.
 int ZipOpenNewEntry(ZipWriter* writer, const char* name, const ZipNewEntryInfo* info,
                     const void* localExtra, std::uint32_t localExtraLength,
                     const void* centralExtra, std::uint32_t centralExtraLength, const char* comment,

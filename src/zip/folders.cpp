@@ -21,10 +21,10 @@ namespace {
 
 // Adds the files, named by their paths below `folder`. False at the first one that fails.
 bool addFiles(zip::ArchiveWriter& writer, const std::vector<std::string>& files,
-              const std::string& folder) {
+              const std::string& folder, const zip::Encryption& encryption) {
   return std::all_of(files.begin(), files.end(), [&](const std::string& file) {
     const std::string name = zip::storedName(FileSystem::subPath(folder, file));
-    return zip::addFile(writer, file.c_str(), name, "", nullptr);
+    return zip::addFile(writer, file.c_str(), name, "", encryption);
   });
 }
 
@@ -32,7 +32,10 @@ bool addFiles(zip::ArchiveWriter& writer, const std::vector<std::string>& files,
 
 // An existing archive keeps its content until the new one is complete. It is locked before the
 // files are listed, so that an archive that lies in the folder is not packed into the new one.
-bool FRT_ZIP_FOLDER(const char* folder, const char* zip) {
+bool FRT_ZIP_FOLDER(const char* folder, const char* zip, const char* password,
+                    ZipArchive::Encryption encryption) {
+  const bool isAes = encryption == ZipArchive::Encryption::Aes256;
+  if (isAes && !zip::ArchiveWriter::hasAes()) return false;
   platform::NewVersion version(zip);
   if (!version) return false;
   const std::string base = FileSystem::Detail::withBackslash(folder);
@@ -42,11 +45,16 @@ bool FRT_ZIP_FOLDER(const char* folder, const char* zip) {
   using Commit = zip::ArchiveWriter::Commit;
   zip::ArchiveWriter writer(version.create().c_str(), zip::ArchiveWriter::Mode::Create);
   if (!writer) return false;
-  const bool allAdded = addFiles(writer, files, base);
+  const bool allAdded =
+      addFiles(writer, files, base, {*password != '\0' ? password : nullptr, isAes});
   const Commit result = writer.commit(nullptr);
   if (result == Commit::Failed) return false;
   // An archive that lacks the last files replaces the old one too.
   return version.putInPlace() && allAdded && result == Commit::Complete;
+}
+
+bool FRT_ZIP_FOLDER(const char* folder, const char* zip) {
+  return FRT_ZIP_FOLDER(folder, zip, "", ZipArchive::Encryption::Traditional);
 }
 
 bool FRT_UNZIP_FILE(const char* zip, const char* folder) {

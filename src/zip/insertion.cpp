@@ -61,14 +61,6 @@ class BlockReader {
   std::vector<unsigned char> block_;
 };
 
-// True if entries can be appended: to an archive, or to a file without bytes, which becomes one.
-bool canAppend(const ArchiveReader& archive, const std::string& path) {
-  if (archive) return true;
-  WIN32_FILE_ATTRIBUTE_DATA data = {};
-  return GetFileAttributesExA(path.c_str(), GetFileExInfoStandard, &data) != 0 &&
-         data.nFileSizeLow == 0 && data.nFileSizeHigh == 0;
-}
-
 SYSTEMTIME localTimeOf(const FILETIME& time) {
   FILETIME local = {};
   SYSTEMTIME result = {};
@@ -80,16 +72,16 @@ SYSTEMTIME localTimeOf(const FILETIME& time) {
 }  // namespace
 
 bool addBytes(ArchiveWriter& writer, const std::vector<unsigned char>& bytes,
-              const std::string& stored, const char* comment, const char* password) {
+              const std::string& stored, const char* comment, const Encryption& encryption) {
   if (bytes.size() > UINT32_MAX) return false;
   const std::uint32_t size = static_cast<std::uint32_t>(bytes.size());
   Crc32 crc;
-  if (password != nullptr) crc.add(bytes.data(), size);
+  if (encryption.needsCrc()) crc.add(bytes.data(), size);
   NewEntry entry{.name = stored,
                  .comment = comment,
                  .time = {},
                  .attributes = 0,
-                 .password = password,
+                 .encryption = encryption,
                  .crc = crc.value()};
   GetSystemTime(&entry.time);
   if (!writer.begin(entry)) return false;
@@ -98,18 +90,18 @@ bool addBytes(ArchiveWriter& writer, const std::vector<unsigned char>& bytes,
 }
 
 bool addFile(ArchiveWriter& writer, const char* source, const std::string& stored,
-             const char* comment, const char* password) {
+             const char* comment, const Encryption& encryption) {
   const platform::FileHandle file = openSource(source);
   WIN32_FILE_ATTRIBUTE_DATA data = {};
   if (!file || GetFileAttributesExA(source, GetFileExInfoStandard, &data) == 0) return false;
   BlockReader reader(file.get(), std::uint64_t{data.nFileSizeHigh} << 32 | data.nFileSizeLow);
-  // The engine encrypts with the CRC of all content, so with a password the file is read twice.
-  const std::optional<std::uint32_t> crc = password != nullptr ? reader.crc() : Crc32().value();
+  // The traditional encryption begins with the CRC of all content, so the file is read twice.
+  const std::optional<std::uint32_t> crc = encryption.needsCrc() ? reader.crc() : Crc32().value();
   if (!crc || !writer.begin({.name = stored,
                              .comment = comment,
                              .time = localTimeOf(data.ftLastWriteTime),
                              .attributes = data.dwFileAttributes,
-                             .password = password,
+                             .encryption = encryption,
                              .crc = *crc})) {
     return false;
   }
@@ -122,6 +114,13 @@ bool addFile(ArchiveWriter& writer, const char* source, const std::string& store
 }
 
 bool canOpenSource(const char* source) { return static_cast<bool>(openSource(source)); }
+
+bool canAppend(const ArchiveReader& archive, const std::string& path) {
+  if (archive) return true;
+  WIN32_FILE_ATTRIBUTE_DATA data = {};
+  return GetFileAttributesExA(path.c_str(), GetFileExInfoStandard, &data) != 0 &&
+         data.nFileSizeLow == 0 && data.nFileSizeHigh == 0;
+}
 
 bool insertEntry(const std::string& path, const std::string& name, bool overwrite,
                  const std::function<bool()>& hasSource,

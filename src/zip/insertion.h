@@ -5,22 +5,26 @@
 #include <string>
 #include <vector>
 
+#include "zip/archive_reader.h"
 #include "zip/archive_writer.h"
 
 namespace zip {
 
 // Adds bytes under a stored name, with the present time (UTC). On failure the archive does not get
-// the entry. `password` is null for none.
+// the entry.
 bool addBytes(ArchiveWriter& writer, const std::vector<unsigned char>& bytes,
-              const std::string& stored, const char* comment, const char* password);
+              const std::string& stored, const char* comment, const Encryption& encryption);
 
 // Adds a file with its last write time (local) and attributes. The file is read in blocks; one that
 // cannot be read to its end is a failure.
 bool addFile(ArchiveWriter& writer, const char* source, const std::string& stored,
-             const char* comment, const char* password);
+             const char* comment, const Encryption& encryption);
 
 // True if the file can be opened for reading.
 bool canOpenSource(const char* source);
+
+// True if entries can be appended: to an archive, or to a file without bytes, which becomes one.
+bool canAppend(const ArchiveReader& archive, const std::string& path);
 
 // Inserts the entry that `add` writes into the archive at `path`. An existing entry `name` is
 // replaced if `overwrite` is set, else nothing is changed. If there is an entry to replace and

@@ -97,7 +97,15 @@ int ZipArchive::close() {
   return 1;
 }
 
-void ZipArchive::password(const char* text) { m_private->password = text; }
+void ZipArchive::password(const char* text) { password(text, Encryption::Traditional); }
+
+int ZipArchive::password(const char* text, Encryption encryption) {
+  const bool isAes = encryption == Encryption::Aes256;
+  if (isAes && !zip::ArchiveWriter::hasAes()) return 0;
+  m_private->password = text;
+  m_private->writesAes = isAes;
+  return 1;
+}
 
 unsigned int ZipArchive::access() const { return m_private->file.access; }
 
@@ -179,7 +187,7 @@ int ZipArchive::insert(const std::vector<unsigned char>& bytes, const std::strin
   const auto hasSource = [] { return true; };
   const auto add = [&](zip::ArchiveWriter& writer) {
     return zip::addBytes(writer, bytes, zip::storedName(entry), comment.c_str(),
-                         m_private->passwordOrNull());
+                         m_private->encryption());
   };
   return writing(*m_private, [&](const std::string& path) {
     return zip::insertEntry(path, entry, overwrite != 0, hasSource, add);
@@ -193,7 +201,7 @@ int ZipArchive::insert(const char* source, const char* name, const char* comment
   const auto hasSource = [&] { return zip::canOpenSource(source); };
   const auto add = [&](zip::ArchiveWriter& writer) {
     return zip::addFile(writer, source, zip::storedName(entry), comment != nullptr ? comment : "",
-                        m_private->passwordOrNull());
+                        m_private->encryption());
   };
   return writing(*m_private, [&](const std::string& path) {
     return zip::insertEntry(path, lookup, overwrite != 0, hasSource, add);

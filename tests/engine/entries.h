@@ -56,9 +56,10 @@ inline bool addEntry(ZipWriter* writer, const std::string& name, const std::stri
 }
 
 inline void writeArchive(const std::string& path, const Entries& entries, int mode = ZipModeCreate,
-                         const char* password = nullptr) {
+                         const char* password = nullptr, int encryption = ZipEncryptTraditional) {
   ZipWriter* const writer = ZipOpenWriter(path.c_str(), mode);
   ASSERT_NE(writer, nullptr);
+  ASSERT_EQ(ZipSetEncryption(writer, encryption), 0);
   for (const auto& [name, content] : entries) {
     ASSERT_TRUE(addEntry(writer, name, content, password)) << name;
   }

@@ -5,9 +5,25 @@
 
 namespace zip_engine {
 
+namespace {
+
+// The extra field: version, "AE", strength, method of the content.
+constexpr std::uint16_t kId = 0x9901;
+constexpr std::uint16_t kSize = 7;
+
+}  // namespace
+
+void appendAesExtra(Bytes& out, const AesParameters& parameters) {
+  append16(out, kId);
+  append16(out, kSize);
+  append16(out, parameters.hasCrc ? 1 : 2);
+  out.push_back('A');
+  out.push_back('E');
+  out.push_back(static_cast<unsigned char>(parameters.keySize / 8 - 1));
+  append16(out, parameters.method);
+}
+
 std::optional<AesParameters> aesParameters(const CentralRecord& record) {
-  constexpr std::uint16_t kId = 0x9901;
-  constexpr std::size_t kSize = 7;
   const auto block = findExtraBlock(record.extra(), record.extraLength(), kId);
   if (!block || block->size < kSize) return std::nullopt;
   const std::uint16_t version = load16(block->data);

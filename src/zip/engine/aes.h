@@ -1,6 +1,7 @@
 #pragma once
 // AES encryption of entries, as WinZip published it (AE-1 and AE-2). The build chooses the
-// implementation: nettle/aes.cpp, or without_aes/aes.cpp, which refuses all entries.
+// implementation: nettle/aes.cpp, or without_aes/aes.cpp, with which hasAes() is false and nothing
+// else is used.
 //
 //   | salt | verifier | encrypted data ............... | authentication code |
 //   | 8-16 |    2     |                                |         10          |
@@ -20,6 +21,7 @@ namespace zip_engine {
 inline constexpr std::size_t kAesVerifierSize = 2;
 inline constexpr std::size_t kAesCodeSize = 10;
 inline constexpr std::size_t kLongestAesHeader = 16 + kAesVerifierSize;
+inline constexpr std::size_t kAesExtraSize = 11;
 
 // The values of the extra field of an AES entry.
 struct AesParameters {
@@ -27,15 +29,19 @@ struct AesParameters {
   std::uint16_t method = 0;  // of the data inside the encryption
   bool hasCrc = false;
 
-  std::size_t headerSize() const { return keySize / 2 + kAesVerifierSize; }
+  std::size_t saltSize() const { return keySize / 2; }
+  std::size_t headerSize() const { return saltSize() + kAesVerifierSize; }
 };
 
 // Returns the parameters of a record whose method is kMethodAes; nothing if it has none that are
 // known.
 std::optional<AesParameters> aesParameters(const CentralRecord& record);
 
-// Reports whether the build can read AES entries.
-bool readsAes();
+// Appends the extra field of an entry that has the parameters, kAesExtraSize bytes.
+void appendAesExtra(Bytes& out, const AesParameters& parameters);
+
+// Reports whether the build can read and write AES entries.
+bool hasAes();
 
 class AesCipher {
  public:
@@ -44,10 +50,14 @@ class AesCipher {
   AesCipher& operator=(const AesCipher&) = delete;
   ~AesCipher();
 
-  bool hasVerifier(const unsigned char* verifier) const;
-  // Decrypts the next bytes.
+  // The verifier of the password, kAesVerifierSize bytes.
+  const unsigned char* verifier() const;
+  // Encrypt or decrypt the next bytes.
+  void encrypt(unsigned char* bytes, std::size_t size);
   void decrypt(unsigned char* bytes, std::size_t size);
-  // Reports whether the code authenticates all bytes that were decrypted. Called once.
+  // Writes the code that authenticates all encrypted bytes, kAesCodeSize bytes. Called once.
+  void writeCode(unsigned char* code);
+  // Reports whether that code is the given one. Called instead of writeCode().
   bool isAuthentic(const unsigned char* code);
 
  private:

@@ -58,7 +58,8 @@ bool EntryData::beginAes() {
   layout_.compressedSize -= kAesCodeSize;
   storedLeft_ -= kAesCodeSize;
   aes_.emplace(layout_.password, *layout_.aes, header);
-  return aes_->hasVerifier(header + headerSize - kAesVerifierSize);
+  const unsigned char* const verifier = header + layout_.aes->saltSize();
+  return std::equal(verifier, verifier + kAesVerifierSize, aes_->verifier());
 }
 
 // Checks the authentication code, which follows the stored bytes.

@@ -31,6 +31,7 @@ inline constexpr std::uint16_t kZip64ExtraId = 0x0001;
 inline constexpr std::uint16_t kVersionStored = 10;
 inline constexpr std::uint16_t kVersionDeflate = 20;
 inline constexpr std::uint16_t kVersionZip64 = 45;
+inline constexpr std::uint16_t kVersionAes = 51;
 
 // Values that refer to the zip64 record or extra field.
 inline constexpr std::uint16_t kSaturated16 = 0xFFFF;

@@ -1,8 +1,9 @@
 #include "zip/engine/new_entry.h"
 
-#include <random>
+#include <algorithm>
 #include <utility>
 
+#include "platform/random_bytes.h"
 #include "zip/engine/deflate_blocks.h"
 
 namespace zip_engine {
@@ -26,29 +27,66 @@ NewEntry::NewEntry(Transaction& archive, SamplingDeflater& deflater, EntryRecord
     : archive_(archive),
       deflater_(deflater),
       record_(std::move(record)),
-      options_(options),
-      start_(archive.position()) {
-  if (options_.raw) return;
-  if (options_.password != nullptr) {
-    cipher_.emplace(options_.password);
-    record_.flags |= kFlagEncrypted;
-  }
-  if (cipher_ || record_.method == ZipMethodDeflate) record_.versionNeeded = kVersionDeflate;
+      start_(archive.position()),
+      level_(options.level),
+      raw_(options.raw),
+      expectedCrc_(options.expectedCrc),
+      method_(record_.method) {
+  if (raw_) return;
+  if (options.password != nullptr) beginEncryption(options);
+  setMethod(method_);
 }
 
-// Writes the local header, whose sizes are patched at the end, and the encryption header.
+// Makes the keys and the header of encrypted data. The header stays empty if there are no random
+// bytes.
+void NewEntry::beginEncryption(const NewEntryOptions& options) {
+  record_.flags |= kFlagEncrypted;
+  const AesParameters parameters{.keySize = 32, .method = method_};
+  Bytes header(options.usesAes ? parameters.saltSize() : kEncryptionHeaderSize);
+  const bool isRandom = platform::fillRandom(header.data(), header.size());
+  if (options.usesAes) {
+    appendAesExtra(record_.localExtra, parameters);
+    appendAesExtra(record_.centralExtra, parameters);
+    aes_.emplace(options.password, parameters, header.data());
+    header.insert(header.end(), aes_->verifier(), aes_->verifier() + kAesVerifierSize);
+  } else {
+    // A reader recognizes a wrong password by the last byte.
+    header.back() = static_cast<unsigned char>(expectedCrc_ >> 24);
+    cipher_.emplace(options.password);
+    cipher_->encrypt(header.data(), header.size());
+  }
+  if (isRandom) encryptionHeader_ = std::move(header);
+}
+
+// Sets the method of the content in the records.
+void NewEntry::setMethod(std::uint16_t method) {
+  method_ = method;
+  if (aes_) {
+    record_.method = kMethodAes;
+    record_.versionNeeded = kVersionAes;
+    // It is last in the field of AES entries, which is last in the extra field.
+    for (Bytes* const extra : {&record_.localExtra, &record_.centralExtra}) {
+      store16(extra->data() + extra->size() - 2, method);
+    }
+    return;
+  }
+  record_.method = method;
+  record_.versionNeeded = cipher_ || method == ZipMethodDeflate ? kVersionDeflate : kVersionStored;
+}
+
+void NewEntry::encrypt(unsigned char* bytes, std::size_t size) {
+  if (cipher_) cipher_->encrypt(bytes, size);
+  if (aes_) aes_->encrypt(bytes, size);
+}
+
+// Writes the local header, which is patched at the end, and the encryption header.
 bool NewEntry::beginData() {
   begun_ = true;
   appendLocalHeader(archive_.buffer(), record_);
-  if (!cipher_) return true;
-  unsigned char header[kEncryptionHeaderSize];
-  std::random_device random;
-  for (unsigned char& byte : header) byte = static_cast<unsigned char>(random());
-  // A reader recognizes a wrong password by the last byte.
-  header[kEncryptionHeaderSize - 1] = static_cast<unsigned char>(options_.expectedCrc >> 24);
-  cipher_->encrypt(header, sizeof(header));
-  stored_ += sizeof(header);
-  return archive_.append(header, sizeof(header));
+  if (!cipher_ && !aes_) return true;
+  stored_ += encryptionHeader_.size();
+  return !encryptionHeader_.empty() &&
+         archive_.append(encryptionHeader_.data(), encryptionHeader_.size());
 }
 
 bool NewEntry::store(const unsigned char* bytes, std::size_t size) {
@@ -63,7 +101,7 @@ bool NewEntry::deflatePart(bool last) {
   if (!begun_ && !beginData()) return false;
   Bytes& buffer = archive_.bufferForPart(kGatherLimit + kPartOverhead);
   const std::size_t start = buffer.size();
-  const int level = options_.level == ZipLevelDefault ? kPartLevel : options_.level;
+  const int level = level_ == ZipLevelDefault ? kPartLevel : level_;
   const bool smaller = deflater_.appendSmaller(buffer, gathered_.data(), gathered_.size(), level);
   if (!smaller) appendStoredBlocks(buffer, gathered_.data(), gathered_.size());
   if (smaller && !last && !continueStream(buffer, start)) return false;
@@ -77,15 +115,15 @@ bool NewEntry::stored(std::size_t size) {
   stored_ += size;
   if (stored_ >= kSaturated32) return false;
   Bytes& buffer = archive_.buffer();
-  if (cipher_) cipher_->encrypt(buffer.data() + (buffer.size() - size), size);
+  encrypt(buffer.data() + (buffer.size() - size), size);
   return archive_.flushIfLarge();
 }
 
 bool NewEntry::write(const unsigned char* data, std::size_t size) {
   plain_ += size;
   if (plain_ >= kSaturated32) return false;
-  if (options_.raw || record_.method == ZipMethodStored) {
-    if (!options_.raw) crc_ = crc32(crc_, data, size);
+  if (raw_ || method_ == ZipMethodStored) {
+    if (!raw_) crc_ = crc32(crc_, data, size);
     return (begun_ || beginData()) && store(data, size);
   }
   crc_ = crc32(crc_, data, size);
@@ -104,17 +142,17 @@ bool NewEntry::write(const unsigned char* data, std::size_t size) {
 }
 
 bool NewEntry::finish() {
-  if (options_.raw || (cipher_ && crc_ != options_.expectedCrc)) return false;
-  record_.crc = crc_;
+  if (raw_ || (cipher_ && crc_ != expectedCrc_)) return false;
+  record_.crc = aes_ ? 0 : crc_;
   record_.uncompressedSize = static_cast<std::uint32_t>(plain_);
-  if (record_.method == ZipMethodDeflate) {
-    return begun_ ? deflatePart(true) && patchHeader() : finishGathered();
+  if (method_ == ZipMethodDeflate) {
+    return begun_ ? deflatePart(true) && complete() : finishGathered();
   }
-  return (begun_ || beginData()) && patchHeader();
+  return (begun_ || beginData()) && complete();
 }
 
 bool NewEntry::finishRaw(std::uint32_t uncompressedSize, std::uint32_t crc) {
-  if (!options_.raw || (!begun_ && !beginData())) return false;
+  if (!raw_ || (!begun_ && !beginData())) return false;
   record_.crc = crc;
   record_.uncompressedSize = uncompressedSize;
   return patchHeader();
@@ -126,13 +164,23 @@ bool NewEntry::finishGathered() {
   if (!beginData()) return false;
   Bytes& buffer = archive_.buffer();
   const std::size_t dataStart = buffer.size();
-  if (deflater_.appendSmaller(buffer, gathered_.data(), gathered_.size(), options_.level)) {
+  if (deflater_.appendSmaller(buffer, gathered_.data(), gathered_.size(), level_)) {
     const std::size_t size = buffer.size() - dataStart;
     if (!stored(size)) return false;
   } else {
-    record_.method = ZipMethodStored;
-    if (!cipher_) record_.versionNeeded = kVersionStored;
+    setMethod(ZipMethodStored);
     if (!store(gathered_.data(), gathered_.size())) return false;
+  }
+  return complete();
+}
+
+// Ends the stored bytes.
+bool NewEntry::complete() {
+  if (aes_) {
+    unsigned char code[kAesCodeSize];
+    aes_->writeCode(code);
+    stored_ += sizeof(code);
+    if (stored_ >= kSaturated32 || !archive_.append(code, sizeof(code))) return false;
   }
   return patchHeader();
 }
@@ -141,7 +189,7 @@ bool NewEntry::patchHeader() {
   record_.compressedSize = static_cast<std::uint32_t>(stored_);
   Bytes header;
   appendLocalHeader(header, record_);
-  return archive_.patch(start_, header.data(), kLocalSize);
+  return archive_.patch(start_, header.data(), header.size());
 }
 
 }  // namespace zip_engine

@@ -4,6 +4,7 @@
 
 #include <optional>
 
+#include "zip/engine/aes.h"
 #include "zip/engine/crypto.h"
 #include "zip/engine/entry_record.h"
 #include "zip/engine/sampling_deflater.h"
@@ -15,7 +16,8 @@ struct NewEntryOptions {
   int level = ZipLevelDefault;
   bool raw = false;
   const char* password = nullptr;  // null for none; not used for raw data
-  std::uint32_t expectedCrc = 0;   // of the plain data, with a password
+  bool usesAes = false;            // with a password; else the traditional encryption
+  std::uint32_t expectedCrc = 0;   // of the plain data, for the traditional encryption
 };
 
 class NewEntry {
@@ -33,20 +35,29 @@ class NewEntry {
   std::uint64_t start() const { return start_; }
 
  private:
+  void beginEncryption(const NewEntryOptions& options);
+  void setMethod(std::uint16_t method);
+  void encrypt(unsigned char* bytes, std::size_t size);
   bool beginData();
   bool store(const unsigned char* bytes, std::size_t size);
   bool stored(std::size_t size);
   bool deflatePart(bool last);
   bool finishGathered();
+  bool complete();
   bool patchHeader();
 
   Transaction& archive_;
   SamplingDeflater& deflater_;
   EntryRecord record_;
-  NewEntryOptions options_;
   std::uint64_t start_;
+  int level_;
+  bool raw_;
+  std::uint32_t expectedCrc_;
+  std::uint16_t method_;  // of the content, inside the encryption
   std::optional<TraditionalCipher> cipher_;
-  Bytes gathered_;  // plain data that may still be deflated in one piece
+  std::optional<AesCipher> aes_;
+  Bytes encryptionHeader_;  // precedes encrypted data
+  Bytes gathered_;          // plain data that may still be deflated in one piece
   bool begun_ = false;
   std::uint64_t plain_ = 0;
   std::uint64_t stored_ = 0;

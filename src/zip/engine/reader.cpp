@@ -62,7 +62,7 @@ bool isReadable(const CentralRecord& record, const char* password) {
   if ((record.flags() & kUnknown) != 0) return false;
   if (isEncrypted(record) && password == nullptr) return false;
   if (const std::optional<AesParameters> aes = aesOf(record)) {
-    return readsAes() && hasPossibleSizes(record, aes->method, aes->headerSize() + kAesCodeSize);
+    return hasAes() && hasPossibleSizes(record, aes->method, aes->headerSize() + kAesCodeSize);
   }
   if (record.method() != ZipMethodStored && record.method() != ZipMethodDeflate) return false;
   return hasPossibleSizes(record, record.method(), isEncrypted(record) ? kEncryptionHeaderSize : 0);

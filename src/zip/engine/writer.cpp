@@ -24,6 +24,7 @@ struct ZipWriter {
 
   Transaction archive;
   int mode = ZipModeAppend;
+  bool usesAes = false;  // for entries with a password
   SamplingDeflater deflater;
   std::optional<NewEntry> entry;
   bool entryFailed = false;
@@ -71,11 +72,12 @@ void setName(EntryRecord& record, const char* name) {
   }
 }
 
-// Reports whether the lengths of the variable fields can be written.
-bool fitsFields(const EntryRecord& record) {
+// Reports whether the lengths of the variable fields can be written, with `added` more bytes in the
+// extra fields.
+bool fitsFields(const EntryRecord& record, std::size_t added) {
   return record.name.size() <= kLongestField && record.comment.size() <= kLongestField &&
-         record.localExtra.size() <= kLongestField &&
-         record.centralExtra.size() <= kLongestField - kZip64OffsetBlock;
+         record.localExtra.size() <= kLongestField - added &&
+         record.centralExtra.size() <= kLongestField - kZip64OffsetBlock - added;
 }
 
 int finishEntry(ZipWriter& writer, bool complete) {
@@ -169,6 +171,18 @@ ZipWriter* ZipOpenWriter(const char* path, int mode) {
   return writer.release();
 }
 
+int ZipCheckEncryption(int encryption) {
+  const bool isKnown =
+      encryption == ZipEncryptTraditional || (encryption == ZipEncryptAes256 && hasAes());
+  return isKnown ? kSuccess : kFailure;
+}
+
+int ZipSetEncryption(ZipWriter* writer, int encryption) {
+  if (writer == nullptr || ZipCheckEncryption(encryption) != kSuccess) return kFailure;
+  writer->usesAes = encryption == ZipEncryptAes256;
+  return kSuccess;
+}
+
 int ZipOpenNewEntry(ZipWriter* writer, const char* name, const ZipNewEntryInfo* info,
                     const void* localExtra, std::uint32_t localExtraLength,
                     const void* centralExtra, std::uint32_t centralExtraLength, const char* comment,
@@ -182,7 +196,8 @@ int ZipOpenNewEntry(ZipWriter* writer, const char* name, const ZipNewEntryInfo* 
   record.comment = comment == nullptr ? "" : comment;
   record.localExtra = bytesOf(localExtra, localExtraLength);
   record.centralExtra = bytesOf(centralExtra, centralExtraLength);
-  if (record.name.empty() || !fitsFields(record)) return kFailure;
+  const bool isAes = password != nullptr && writer->usesAes;
+  if (record.name.empty() || !fitsFields(record, isAes ? kAesExtraSize : 0)) return kFailure;
   if (raw == 0 && method != ZipMethodStored && method != ZipMethodDeflate) return kFailure;
   if (level < ZipLevelDefault || level > 9) return kFailure;
   record.method = static_cast<std::uint16_t>(method);
@@ -192,9 +207,12 @@ int ZipOpenNewEntry(ZipWriter* writer, const char* name, const ZipNewEntryInfo* 
     record.internalAttributes = static_cast<std::uint16_t>(info->internalAttributes);
     record.externalAttributes |= info->externalAttributes;
   }
-  writer->entry.emplace(
-      writer->archive, writer->deflater, std::move(record),
-      NewEntryOptions{.level = level, .raw = raw != 0, .password = password, .expectedCrc = crc});
+  writer->entry.emplace(writer->archive, writer->deflater, std::move(record),
+                        NewEntryOptions{.level = level,
+                                        .raw = raw != 0,
+                                        .password = password,
+                                        .usesAes = isAes,
+                                        .expectedCrc = crc});
   return kSuccess;
 }
 
@@ -239,7 +257,7 @@ int ZipCopyEntry(ZipWriter* writer, ZipReader* reader) {
   const LocalEntry* const local = currentLocalEntry(*reader);
   if (local == nullptr || !local->hasSumsOf(central)) return kFailure;
   EntryRecord record = recordOf(central, *local);
-  if (!fitsFields(record)) return kFailure;
+  if (!fitsFields(record, 0)) return kFailure;
   const std::uint64_t start = writer->archive.position();
   if (!copyEntry(writer->archive, record, *reader, local->dataPosition())) {
     writer->archive.rewind(start);

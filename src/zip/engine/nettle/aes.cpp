@@ -70,20 +70,23 @@ struct AesCipher::State {
   unsigned char verifier[kAesVerifierSize];
 };
 
-bool readsAes() { return true; }
+bool hasAes() { return true; }
 
 AesCipher::AesCipher(const char* password, const AesParameters& parameters,
                      const unsigned char* salt) {
   Bytes keys(2 * parameters.keySize + kAesVerifierSize);
   pbkdf2_hmac_sha1(std::strlen(password), reinterpret_cast<const std::uint8_t*>(password),
-                   kIterations, parameters.keySize / 2, salt, keys.size(), keys.data());
+                   kIterations, parameters.saltSize(), salt, keys.size(), keys.data());
   state_ = std::make_unique<State>(parameters.keySize, keys);
 }
 
 AesCipher::~AesCipher() = default;
 
-bool AesCipher::hasVerifier(const unsigned char* verifier) const {
-  return std::equal(verifier, verifier + kAesVerifierSize, state_->verifier);
+const unsigned char* AesCipher::verifier() const { return state_->verifier; }
+
+void AesCipher::encrypt(unsigned char* bytes, std::size_t size) {
+  state_->keyStream.apply(bytes, size);
+  hmac_sha1_update(&state_->authentication, size, bytes);
 }
 
 void AesCipher::decrypt(unsigned char* bytes, std::size_t size) {
@@ -91,9 +94,13 @@ void AesCipher::decrypt(unsigned char* bytes, std::size_t size) {
   state_->keyStream.apply(bytes, size);
 }
 
+void AesCipher::writeCode(unsigned char* code) {
+  hmac_sha1_digest(&state_->authentication, kAesCodeSize, code);
+}
+
 bool AesCipher::isAuthentic(const unsigned char* code) {
   unsigned char expected[kAesCodeSize];
-  hmac_sha1_digest(&state_->authentication, sizeof(expected), expected);
+  writeCode(expected);
   return nettle_memeql_sec(expected, code, sizeof(expected)) != 0;
 }
 
