@@ -17,6 +17,7 @@
 #include <filesystem/access.h>
 #include <filesystem/export.h>
 
+#include <cstddef>
 #include <string>
 #include <utility>
 #include <vector>
@@ -165,6 +166,18 @@ class FILESYSTEM_API ZipArchive {
   /// @param overwrite non-zero to replace an entry of that name, as above
   /// @return 1 if the entry is in the archive, else 0
   int insert(const char* source, const char* name, const char* comment, int overwrite);
+  /// Inserts files as the form above does each, without comments and with one commit: a list of
+  /// many small files takes a small part of the time, and the archive has all of them or none if
+  /// the process ends. The first file that fails ends the list; the files before it are inserted.
+  ///
+  /// Fails for a file that cannot be read to its end, that is too large, or whose name is too long
+  /// or, if `overwrite` is 0, exists. Unlike with the forms above, an entry whose file fails is
+  /// kept. Of files with the same name only the last is inserted.
+  /// @param files     pairs of the path of a file and the name of its entry; empty for the path
+  /// @param overwrite non-zero to replace entries of those names, as above
+  /// @return the number of files before the first that failed, the size of the list if none did; 0,
+  ///         with the archive unchanged, if it cannot be written
+  std::size_t insert(const std::vector<std::pair<std::string, std::string>>& files, int overwrite);
   /// Removes an entry. All others keep their order, stored data, times, attributes, extra fields
   /// and comments; no password is needed.
   ///

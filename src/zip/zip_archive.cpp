@@ -12,6 +12,7 @@
 #include "zip/archive_writer.h"
 #include "zip/extraction.h"
 #include "zip/insertion.h"
+#include "zip/list_insertion.h"
 #include "zip/rewrite.h"
 #include "zip/zip_archive_private.h"
 
@@ -206,6 +207,16 @@ int ZipArchive::insert(const char* source, const char* name, const char* comment
   return writing(*m_private, [&](const std::string& path) {
     return zip::insertEntry(path, lookup, overwrite != 0, hasSource, add);
   });
+}
+
+std::size_t ZipArchive::insert(const std::vector<std::pair<std::string, std::string>>& files,
+                               int overwrite) {
+  std::size_t count = 0;
+  writing(*m_private, [&](const std::string& path) {
+    count = zip::insertFiles(path, files, overwrite != 0, m_private->encryption());
+    return true;
+  });
+  return count;
 }
 
 int ZipArchive::remove(const char* name) {

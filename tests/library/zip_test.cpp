@@ -149,6 +149,50 @@ TEST_F(Zip, InsertionReplacesOnlyOnRequest) {
 }
 
 // Entries from bytes and from files, as Python reads them.
+// Each row inserts files, named by their content, as the entries of those names.
+TEST_F(Zip, ListInsertion) {
+  using Files = std::vector<std::pair<std::string, std::string>>;
+  const struct {
+    Files files;
+    int overwrite;
+    std::size_t inserted;
+    Names names;
+    const char* contents;  // of all entries
+  } rows[] = {
+      {{}, 1, 0, {"a", "b", "c"}, "abc"},
+      {{{"1", "d"}, {"2", "e"}}, 0, 2, {"a", "b", "c", "d", "e"}, "abc12"},
+      {{{"1", "d"}, {"2", "b"}, {"3", "e"}}, 0, 1, {"a", "b", "c", "d"}, "abc1"},
+      {{{"1", "d"}, {"2", "b"}, {"3", "a"}}, 1, 3, {"c", "d", "b", "a"}, "c123"},
+      // The last one of a name counts.
+      {{{"1", "d"}, {"2", "e"}, {"3", "d"}}, 1, 3, {"a", "b", "c", "e", "d"}, "abc23"},
+      // The first failure ends the list, and entries whose files were not inserted are kept.
+      {{{"1", "d"}, {"missing", "e"}, {"3", "f"}}, 1, 1, {"a", "b", "c", "d"}, "abc1"},
+      {{{"1", "b"}, {"missing", "a"}, {"3", "c"}}, 1, 1, {"a", "c", "b"}, "ac1"},
+      {{{"missing", "a"}, {"3", "c"}}, 1, 0, {"a", "b", "c"}, "abc"},
+  };
+  for (const char* const content : {"1", "2", "3"}) {
+    support::writeFile(folder_.file(content), content);
+  }
+  for (const auto& row : rows) {
+    SCOPED_TRACE(&row - rows);
+    make({"a", "b", "c"});
+    ZipArchive archive;
+    archive.open(path_.c_str(), kReadWrite);
+    Files files = row.files;
+    for (auto& file : files) file.first = folder_.file(file.first);
+    EXPECT_EQ(archive.insert(files, row.overwrite), row.inserted);
+    EXPECT_EQ(archive.canWrite(), 1);
+    archive.close();
+    EXPECT_EQ(names(), row.names);
+    std::string contents;
+    for (const std::string& name : names()) contents += contentOf(name.c_str());
+    EXPECT_EQ(contents, row.contents);
+  }
+  ZipArchive archive;
+  archive.open(path_.c_str(), kRead);
+  EXPECT_EQ(archive.insert(Files{{folder_.file("1"), "d"}}, 1), 0U);
+}
+
 TEST_F(Zip, InsertedEntries) {
   const support::TwoHoursEast zone;
   make({"first"});
