@@ -5,6 +5,8 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <unordered_set>
+#include <utility>
 
 #include "archive.h"
 #include "commands.h"
@@ -87,36 +89,83 @@ void requireSensibleName(const AddRequest& request) {
   if (!request.name.empty() && !isSingle) throw UsageError("--name is for a single file");
 }
 
-void addSources(Archive& archive, const std::vector<Source>& sources, Output& output) {
-  std::uint64_t total = 0;
-  for (const Source& source : sources) {
-    total += fileSize(source.path);
-  }
-  Progress progress(output, "adding to " + archive.path(), total);
-  for (const Source& source : sources) {
-    if (archive.zip().insert(source.path.c_str(), source.name.c_str(), nullptr, 1) != 0) {
-      output.detail("added " + printable(source.name));
-      progress.advance(fileSize(source.path));
-      continue;
+// Adds files in batches, with a commit for each.
+class Addition {
+ public:
+  Addition(Archive& archive, const std::vector<Source>& sources, Output& output)
+      : archive_(archive), sources_(sources), output_(output) {}
+
+  void run() {
+    std::uint64_t total = 0;
+    for (const Source& source : sources_) total += fileSize(source.path);
+    Progress progress(output_, "adding to " + archive_.path(), total);
+    // Replacing an entry copies the whole archive, so there is one batch then.
+    const bool replaces = replacesEntry();
+    for (std::size_t first = 0; first < sources_.size();) {
+      constexpr std::uint64_t kBatchBytes = 256 << 20;
+      std::uint64_t bytes = 0;
+      std::size_t last = first;
+      while (last < sources_.size() && (replaces || bytes < kBatchBytes)) {
+        bytes += fileSize(sources_[last++].path);
+      }
+      addBatch(first, last);
+      progress.advance(bytes);
+      first = last;
     }
-    if (FileSystem::TestOpen(source.path.c_str(), FileSystem::kAccessRead) != 0) {
-      throw Failure("cannot add " + inQuotes(source.path) + ": " + inQuotes(archive.path()) +
+  }
+
+ private:
+  bool replacesEntry() const {
+    const std::unordered_set<std::string> names(archive_.names().begin(), archive_.names().end());
+    return std::any_of(sources_.begin(), sources_.end(),
+                       [&](const Source& source) { return names.count(source.name) != 0; });
+  }
+
+  // The library stops at the first file that fails. It is reported, and the others are added.
+  void addBatch(std::size_t first, std::size_t last) {
+    while (first < last) {
+      std::vector<std::pair<std::string, std::string>> files;
+      for (std::size_t i = first; i < last; ++i) {
+        files.emplace_back(sources_[i].path, sources_[i].name);
+      }
+      const std::size_t added = archive_.zip().insert(files, 1);
+      for (const auto& file : files) {
+        if (&file == files.data() + added) break;
+        output_.detail("added " + printable(file.second));
+      }
+      first += added;
+      if (first < last) reportFailure(sources_[first++]);
+    }
+  }
+
+  // Ends the command unless the failure is that of the file alone.
+  void reportFailure(const Source& source) {
+    const std::string message = "cannot add " + inQuotes(source.path) + ": ";
+    if (FileSystem::TestOpen(source.path.c_str(), FileSystem::kAccessRead) == 0) {
+      output_.fail(message + readFailure(source.path));
+    } else if (source.name.size() > kLongestEntryName) {
+      output_.fail(message + "the name of its entry has more than " +
+                   std::to_string(kLongestEntryName) + " bytes");
+    } else {
+      throw Failure(message + inQuotes(archive_.path()) +
                     " cannot be written, or the file cannot be read to its end");
     }
-    output.fail("cannot add " + inQuotes(source.path) + ": " + readFailure(source.path));
   }
-}
+
+  Archive& archive_;
+  const std::vector<Source>& sources_;
+  Output& output_;
+};
 
 }  // namespace
 
 void add(const AddRequest& request, Output& output) {
   requireSensibleName(request);
-  const std::string password =
-      request.encrypt ? newPassword() : givenPassword(request.password, output);
+  const NewPassword password = newPassword(request.encryption, output);
   if (request.files[0] == kStandardInput) {
     const std::vector<unsigned char> bytes = readStandardInput();
     Archive archive = openOrCreate(request.zip);
-    archive.zip().password(password.c_str());
+    archive.zip().password(password.text.c_str(), password.encryption);
     if (archive.zip().insert(bytes, request.name, "", 1) == 0) {
       throw Failure("cannot add " + inQuotes(request.name) + " to " + inQuotes(request.zip));
     }
@@ -125,6 +174,6 @@ void add(const AddRequest& request, Output& output) {
   const std::vector<Source> sources = sourcesOf(request, output);
   if (sources.empty()) throw Failure("there is no file to add");
   Archive archive = openOrCreate(request.zip);
-  archive.zip().password(password.c_str());
-  addSources(archive, sources, output);
+  archive.zip().password(password.text.c_str(), password.encryption);
+  Addition(archive, sources, output).run();
 }

@@ -133,11 +133,12 @@ std::string readFailure(const Entry& entry, bool hasPassword) {
   if (record.size > 0xFFFFFFFF || record.packedSize > 0xFFFFFFFF) {
     return "it has 4 GiB or more, which is not supported";
   }
+  if (record.encryption == Encryption::kAes &&
+      ZipArchive().password("", ZipArchive::Encryption::Aes256) == 0) {
+    return "it is encrypted with AES, and the library was built without that";
+  }
   if (record.encryption != Encryption::kNone && !hasPassword) {
     return "it is encrypted and needs a password";
-  }
-  if (record.encryption == Encryption::kAes) {
-    return "the password is wrong, it is damaged, or the library was built without AES";
   }
   if (record.encryption != Encryption::kNone) return "the password is wrong or it is damaged";
   return "it is damaged";

@@ -14,10 +14,17 @@ struct PasswordSource {
   std::string file;
 };
 
+// How the user asks for encryption of new entries.
+struct EncryptionRequest {
+  std::string method;  // "aes256", "traditional", or empty: traditional if there is a password
+  PasswordSource password;
+};
+
 enum class ListFormat { kNames, kTable, kJson };
 
 // Packs all files below a directory into a new archive.
-void pack(const std::string& directory, const std::string& zip, Output& output);
+void pack(const std::string& directory, const std::string& zip, const EncryptionRequest& encryption,
+          Output& output);
 
 // Unpacks all entries into a directory. Continues after an entry that fails.
 void unpack(const std::string& zip, const std::string& directory, bool overwrite,
@@ -33,8 +40,7 @@ struct AddRequest {
   std::string zip;                 // created if it does not exist
   std::vector<std::string> files;  // files and directories, or `-` for standard input
   std::string name;                // of the entry of a single file; empty for the default
-  bool encrypt = false;            // ask for a password
-  PasswordSource password;
+  EncryptionRequest encryption;
 };
 void add(const AddRequest& request, Output& output);
 
@@ -52,7 +58,7 @@ void tree(const std::string& directory, const std::string& pattern, const Output
 // Copies a file, or everything in a directory, into the directory `target`.
 void copy(const std::string& source, const std::string& target, Output& output);
 
-// Deletes old files as eraseOldFile does; a dry run writes their paths instead.
+// Deletes old files; a dry run writes their paths instead.
 void sweep(const std::string& directory, unsigned int days, bool dryRun, const Output& output);
 
 // Writes the version text of an executable.

@@ -9,15 +9,28 @@ void addPasswordOptions(CLI::App& command, PasswordSource& password) {
       ->excludes(text);
 }
 
+void addEncryptionOptions(CLI::App& command, EncryptionRequest& encryption) {
+  addPasswordOptions(command, encryption.password);
+  command
+      .add_option("--encrypt", encryption.method,
+                  "aes256 or traditional; asks for a password if no other option gives one")
+      ->option_text("METHOD")
+      ->check(CLI::IsMember({"aes256", "traditional"}));
+}
+
 void describePack(CLI::App& app, Options& o) {
   CLI::App* command = app.add_subcommand("pack", "Pack all files of a directory into an archive");
   command->add_option("DIRECTORY", o.directory, "directory to pack, with all below it")->required();
   command->add_option("ZIP", o.zip, "archive to create; an existing file is replaced")->required();
+  addEncryptionOptions(*command, o.encryption);
   command->footer(
       "Empty directories are not stored. A file that cannot be read is left out, and the exit\n"
-      "status is 1.\n\n"
-      "Example:\n  vesk-fs pack ~/notes notes.zip\n");
-  command->callback([&o] { pack(o.directory, o.zip, o.output); });
+      "status is 1. A password without --encrypt encrypts with the traditional encryption of zip\n"
+      "archives, which is weak. The names of files are never encrypted.\n\n"
+      "Examples:\n"
+      "  vesk-fs pack ~/notes notes.zip\n"
+      "  vesk-fs pack ~/notes notes.zip --encrypt aes256\n");
+  command->callback([&o] { pack(o.directory, o.zip, o.encryption, o.output); });
 }
 
 void describeUnpack(CLI::App& app, Options& o) {
@@ -67,16 +80,15 @@ void describeAdd(CLI::App& app, Options& o) {
   command->add_option("FILE", o.add.files, "files and directories; - for standard input")
       ->required();
   command->add_option("--name", o.add.name, "name of the entry of a single file");
-  addPasswordOptions(*command, o.add.password);
-  command->add_flag("--encrypt", o.add.encrypt, "ask for a password on the terminal")
-      ->excludes("--password", "--password-file");
+  addEncryptionOptions(*command, o.add.encryption);
   command->footer(
       "An entry is named after its file; the files of a directory are named by its own name and\n"
-      "the path below it. A password encrypts with the traditional encryption of zip archives,\n"
-      "which is weak.\n\n"
+      "the path below it. A password without --encrypt encrypts with the traditional encryption\n"
+      "of zip archives, which is weak. The names of files are never encrypted.\n\n"
       "Examples:\n"
       "  vesk-fs add notes.zip todo.txt ideas\n"
       "  vesk-fs add notes.zip draft.txt --name old/draft.txt\n"
+      "  vesk-fs add notes.zip diary --encrypt aes256 --password-file ~/.zip-password\n"
       "  date | vesk-fs add notes.zip - --name date.txt\n");
   command->callback([&o] { add(o.add, o.output); });
 }

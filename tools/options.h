@@ -12,6 +12,7 @@ struct Options {
   std::string directory, zip, source, target, pattern, tag, attribute;
   std::vector<std::string> patterns;
   AddRequest add;
+  EncryptionRequest encryption;
   PasswordSource password;
   unsigned int days = 0;
   bool isLong = false, isJson = false, noOverwrite = false, dryRun = false;

@@ -12,6 +12,7 @@
 #include "commands.h"
 #include "file_tree.h"
 #include "packed_bytes.h"
+#include "password.h"
 #include "paths.h"
 #include "progress.h"
 #include "text.h"
@@ -61,17 +62,20 @@ void reportLeftOut(const std::string& base, const std::string& zip,
 
 }  // namespace
 
-void pack(const std::string& directory, const std::string& zip, Output& output) {
+void pack(const std::string& directory, const std::string& zip, const EncryptionRequest& encryption,
+          Output& output) {
   if (FileSystem::FolderExists(directory.c_str()) == 0) {
     throw Failure("there is no directory " + inQuotes(directory));
   }
+  const NewPassword password = newPassword(encryption, output);
   const std::string base = withBackslash(directory);
   const std::vector<std::string> files = filesBelow(base, output);
   bool isPacked = false;
   {
     const std::uint64_t total = Progress::isShown(output) ? totalSize(base, files) : 0;
     const Progress progress(output, "packing " + directory, total, PackedBytes(zip));
-    isPacked = FRT_ZIP_FOLDER(base.c_str(), zip.c_str());
+    isPacked =
+        FRT_ZIP_FOLDER(base.c_str(), zip.c_str(), password.text.c_str(), password.encryption);
   }
   const std::vector<std::string> names = namesIn(zip);
   if (!isPacked && FileSystem::TestOpen(zip.c_str(), FileSystem::kAccessRead) == 0) {

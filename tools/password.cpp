@@ -8,6 +8,17 @@
 #include "terminal.h"
 #include "text.h"
 
+namespace {
+
+std::string askTwice() {
+  const auto password = askHidden("new password: ");
+  if (!password || password->empty()) throw Failure("no password was given");
+  if (askHidden("the same again: ") != password) throw Failure("the two passwords differ");
+  return *password;
+}
+
+}  // namespace
+
 std::string givenPassword(const PasswordSource& source, const Output& output) {
   if (!source.text.empty()) {
     output.warn("other users can see the password of --password in the list of processes");
@@ -30,15 +41,20 @@ std::string passwordFor(const std::vector<Entry>& entries, const PasswordSource&
                         const Output& output) {
   const std::string password = givenPassword(source, output);
   const auto encrypted = std::find_if(entries.begin(), entries.end(), [](const Entry& entry) {
-    return entry.record.encryption == Encryption::kTraditional;
+    return entry.record.encryption == Encryption::kTraditional ||
+           entry.record.encryption == Encryption::kAes;
   });
   if (!password.empty() || encrypted == entries.end()) return password;
   return askHidden("password for " + inQuotes(encrypted->name) + ": ").value_or("");
 }
 
-std::string newPassword() {
-  const auto password = askHidden("new password: ");
-  if (!password || password->empty()) throw Failure("no password was given");
-  if (askHidden("the same again: ") != password) throw Failure("the two passwords differ");
-  return *password;
+NewPassword newPassword(const EncryptionRequest& request, const Output& output) {
+  NewPassword result;
+  if (request.method == "aes256") result.encryption = ZipArchive::Encryption::Aes256;
+  if (ZipArchive().password("", result.encryption) == 0) {
+    throw Failure("the library was built without AES; --encrypt traditional is weaker");
+  }
+  result.text = givenPassword(request.password, output);
+  if (result.text.empty() && !request.method.empty()) result.text = askTwice();
+  return result;
 }

@@ -15,5 +15,12 @@ std::string givenPassword(const PasswordSource& source, const Output& output);
 std::string passwordFor(const std::vector<Entry>& entries, const PasswordSource& source,
                         const Output& output);
 
-// Asks twice for a new password. Throws Failure without a terminal.
-std::string newPassword();
+// The password of new entries, empty for none, and their encryption.
+struct NewPassword {
+  std::string text;
+  ZipArchive::Encryption encryption = ZipArchive::Encryption::Traditional;
+};
+
+// The password that the user gives, or, if he asks for encryption only, one that is asked for
+// twice. Throws Failure if there is no terminal to ask on, or if the library lacks the encryption.
+NewPassword newPassword(const EncryptionRequest& request, const Output& output);

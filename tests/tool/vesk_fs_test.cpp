@@ -61,6 +61,7 @@ TEST_F(VeskFs, ChangesEntries) {
       {"extract a.zip one y </dev/null", 1, "", "needs a password"},
       {"extract a.zip one new", 1, "", "needs a password"},
       {"extract a.zip three y", 1, "", "'three'"},
+      {"add a.zip one --encrypt aes128", 2, "", "--encrypt"},
       {"test a.zip --password-file pass", 0, "tested 6 entries of a.zip: no errors\n"},
       {"test a.zip", 1, "tested 6 entries of a.zip: 1 error\n", "'one': it is encrypted"},
       {"remove a.zip three", 1, "", "'three'"},

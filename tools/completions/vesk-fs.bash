@@ -20,7 +20,7 @@ _vesk_fs() {
   local command='' zip='' position=0 i
   for ((i = 1; i < COMP_CWORD; ++i)); do
     case ${COMP_WORDS[i]} in
-      --password | --password-file | --name) ((++i)) ;;
+      --password | --password-file | --name | --encrypt) ((++i)) ;;
       -?*) ;;
       *)
         if [[ -z $command ]]; then
@@ -37,12 +37,17 @@ _vesk_fs() {
   case ${COMP_WORDS[COMP_CWORD - 1]} in
     --password-file) _vesk_fs_files -f && return ;;
     --password | --name) return ;;
+    --encrypt)
+      mapfile -t COMPREPLY < <(compgen -W 'aes256 traditional' -- "$cur")
+      return
+      ;;
   esac
 
   local options='--help --quiet --verbose'
   local passwords='--password --password-file'
   case $command in
     '') options+=' --version' ;;
+    pack) options+=" --encrypt $passwords" ;;
     unpack) options+=" --no-overwrite $passwords" ;;
     list) options+=' --long --json' ;;
     test | extract) options+=" $passwords" ;;

@@ -23,15 +23,16 @@ for line in 'pack Pack all files of a directory' 'unpack Unpack an archive' \
     complete -c vesk-fs -n "not __fish_seen_subcommand_from $commands" -a $words[1] -d $words[2]
 end
 
-complete -c vesk-fs -n '__fish_seen_subcommand_from unpack test add extract' -x -l password \
+complete -c vesk-fs -n '__fish_seen_subcommand_from pack unpack test add extract' -x -l password \
     -d 'Password, visible to other users'
-complete -c vesk-fs -n '__fish_seen_subcommand_from unpack test add extract' -r -l password-file \
+complete -c vesk-fs -n '__fish_seen_subcommand_from pack unpack test add extract' -r -l password-file \
     -d 'File whose first line is the password'
 complete -c vesk-fs -n '__fish_seen_subcommand_from unpack' -l no-overwrite -d 'Keep existing files'
 complete -c vesk-fs -n '__fish_seen_subcommand_from list' -s l -l long -d 'With sizes and dates'
 complete -c vesk-fs -n '__fish_seen_subcommand_from list' -l json -d 'As JSON'
 complete -c vesk-fs -n '__fish_seen_subcommand_from list remove extract' -a '(__vesk_fs_entries)'
 complete -c vesk-fs -n '__fish_seen_subcommand_from add' -x -l name -d 'Name of the entry'
-complete -c vesk-fs -n '__fish_seen_subcommand_from add' -l encrypt -d 'Ask for a password'
+complete -c vesk-fs -n '__fish_seen_subcommand_from pack add' -x -l encrypt -a 'aes256 traditional' \
+    -d 'Encryption of new entries'
 complete -c vesk-fs -n '__fish_seen_subcommand_from sweep' -l dry-run -d 'Delete nothing'
 complete -c vesk-fs -n '__fish_seen_subcommand_from xml' -a get -d 'Write an element or attribute'

@@ -101,9 +101,24 @@ sys.exit(os.waitstatus_to_exitcode(os.waitpid(pid, 0)[1])))";
     return support::outputOf(folder_.path(),
                              "python3 type.py " VESK_FS " " + arguments + "; echo [$?]");
   };
-  EXPECT_EQ(typed("add a.zip one --encrypt"), "new password: \nthe same again: \n[0]\n");
+  EXPECT_EQ(typed("add a.zip one --encrypt traditional"),
+            "new password: \nthe same again: \n[0]\n");
   EXPECT_EQ(typed("extract a.zip one -"), "password for 'one': \n1[0]\n");
   EXPECT_EQ(shell("unzip -P secret -tqq a.zip"), 0);
+
+  if (run("add a.zip one --encrypt aes256 --password x -q").find("without AES") !=
+      std::string::npos) {
+    GTEST_SKIP() << "built without AES";
+  }
+  write("in/two", "2");
+  write("pass", "secret\n");
+  EXPECT_EQ(typed("pack in b.zip -q --encrypt aes256"), "new password: \nthe same again: \n[0]\n");
+  check({{"add b.zip one --encrypt aes256 --password-file pass", 0, ""},
+         {"echo 3 | add b.zip - --name three --encrypt aes256 --password-file pass", 0, ""},
+         {"extract b.zip three - --password-file one", 1, "", "the password is wrong"}});
+  EXPECT_EQ(typed("test b.zip -q"), "password for 'two': \n[0]\n");
+  EXPECT_EQ(shell("test $(7z t -psecret b.zip -slt | grep -c 'Everything is Ok') = 1"), 0);
+  EXPECT_EQ(shell("test $(7z l -slt b.zip | grep -c '^Method = AES-256') = 3"), 0);
 }
 
 }  // namespace
