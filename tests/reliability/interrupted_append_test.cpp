@@ -12,16 +12,22 @@
 namespace {
 
 // An archive of one stored entry.
-std::string archiveWith(const std::string& name, const std::string& content) {
+std::string archiveWith(const std::string& name, const std::string& content,
+                        const std::string& entryComment = "", const std::string& comment = "") {
   const support::TemporaryFolder folder;
   const std::string path = folder.file("a.zip");
   ZipWriter* const writer = ZipOpenWriter(path.c_str(), ZipModeCreate);
-  ZipOpenNewEntry(writer, name.c_str(), nullptr, nullptr, 0, nullptr, 0, nullptr, ZipMethodStored,
-                  ZipLevelDefault, 0, -15, 8, 0, nullptr, 0);
+  ZipOpenNewEntry(writer, name.c_str(), nullptr, nullptr, 0, nullptr, 0, entryComment.c_str(),
+                  ZipMethodStored, ZipLevelDefault, 0, -15, 8, 0, nullptr, 0);
   ZipWriteEntry(writer, content.data(), static_cast<std::uint32_t>(content.size()));
   ZipCloseNewEntry(writer);
-  EXPECT_EQ(ZipCloseWriter(writer, nullptr), 0);
+  EXPECT_EQ(ZipCloseWriter(writer, comment.c_str()), 0);
   return support::readFile(path);
+}
+
+std::string directoryOf(const std::string& archive) {
+  const std::size_t start = archive.find("PK\1\2");
+  return archive.substr(start, archive.size() - 22 - start);
 }
 
 // The simulated power failures show that such an archive is read. This shows which others are not.
@@ -30,9 +36,15 @@ TEST(InterruptedAppend, OnlyItExplainsWhatFollowsTheEndRecord) {
   const std::string inner = archiveWith("entry", "content");
   const std::string outer = archiveWith("inner.zip", inner);
   const std::string cutInner = outer.substr(0, outer.find(inner) + inner.size());
-  const std::string directory = inner.substr(inner.find("PK\1\2"));
-  std::string other = directory;
+  std::string other = directoryOf(inner) + inner.substr(inner.size() - 22);
   other[other.find("entry")] = 'E';
+  // A backup directory that fills its last sector, so that its end record is in one that was lost.
+  const std::string three = archiveWith("entry", "content", "PK\5\6 PK\5\6 PK\5\6 ");
+  const std::string four = archiveWith("entry", "content", "PK\5\6 PK\5\6 PK\5\6 PK\5\6 ");
+  const auto zerosBefore = [](const std::string& archive) {
+    return kMegabyte - (archive.size() + directoryOf(archive).size()) % 512;
+  };
+  const std::string lost(22, '\0');
   const struct {
     const char* name;
     std::string start;
@@ -41,6 +53,11 @@ TEST(InterruptedAppend, OnlyItExplainsWhatFollowsTheEndRecord) {
     bool readable;
   } kFiles[] = {
       {"zeros", inner, 120 * kMegabyte, "", true},
+      {"an end record across two blocks", inner, kMegabyte - 21, "", true},
+      {"the longest comment", archiveWith("entry", "content", "", std::string(0xFFFF, 'c')),
+       kMegabyte, "", true},
+      {"signatures in the directory", three, zerosBefore(three), directoryOf(three) + lost, true},
+      {"too many signatures", four, zerosBefore(four), directoryOf(four) + lost, false},
       {"too many zeros", inner, 130 * kMegabyte, "", false},
       {"another byte", inner, kMegabyte, "x", false},
       {"another directory", inner, kMegabyte, other.substr(0, other.size() - 1), false},
