@@ -26,10 +26,10 @@ class Aes : public testing::Test {
 
 TEST_F(Aes, ArchivesAreThoseOfOtherPrograms) {
   const Entries theirs{{"in/text", repetitiveText(5000)},
-                       {"in/random", randomText(3000, 3)},
+                       {"in/random", noise(3000, 3)},
                        {"in/empty", ""},
                        {"in/large", repetitiveText(9 << 20)},
-                       {"in/large random", randomText(5 << 20, 4)}};
+                       {"in/large random", noise(5 << 20, 4)}};
   for (const auto& [name, content] : theirs) support::writeFile(folder_.file(name), content);
   const std::string bsdtar = "bsdtar --format zip --passphrase secret --options zip:encryption=";
   for (const std::string& command :

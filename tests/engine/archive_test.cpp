@@ -30,10 +30,10 @@ const Entries& sample() {
   static const Entries entries{{"empty", ""},
                                {"one", "1"},
                                {"folder\\text.txt", repetitiveText(100000)},
-                               {"random", randomText(70000, 1)},
+                               {"random", noise(70000, 1)},
                                {strangeName(), "names"},
                                {"large.txt", repetitiveText(9 << 20)},
-                               {"large.bin", randomText(6 << 20, 2)}};
+                               {"large.bin", noise(6 << 20, 2)}};
   return entries;
 }
 
@@ -72,11 +72,10 @@ TEST_F(Archive, IsReadByThisAndOtherPrograms) {
 
 TEST_F(Archive, AppendsToArchivesOfOtherPrograms) {
   support::writeFile(folder_.file("in/deep/file.txt"), repetitiveText(5000));
-  support::writeFile(folder_.file("in/random"), randomText(3000, 3));
+  support::writeFile(folder_.file("in/random"), noise(3000, 3));
   support::writeFile(folder_.file("in/empty"), "");
-  const Entries theirs{{"in/deep/file.txt", repetitiveText(5000)},
-                       {"in/random", randomText(3000, 3)},
-                       {"in/empty", ""}};
+  const Entries theirs{
+      {"in/deep/file.txt", repetitiveText(5000)}, {"in/random", noise(3000, 3)}, {"in/empty", ""}};
   struct {
     const char* name;
     const char* command;
@@ -173,7 +172,7 @@ TEST_F(Archive, WrongPasswordGivesNothing) {
 // Truncates a small archive at every byte and changes each of its bytes. No content is read that
 // was not written.
 TEST_F(Archive, DamageNeverGivesWrongBytes) {
-  const Entries entries{{"a.txt", repetitiveText(300)}, {"b", randomText(40, 5)}, {"c", ""}};
+  const Entries entries{{"a.txt", repetitiveText(300)}, {"b", noise(40, 5)}, {"c", ""}};
   for (const char* password : {static_cast<const char*>(nullptr), "secret"}) {
     writeArchive(path_, entries, ZipModeCreate, password);
     const std::string whole = support::readFile(path_);
@@ -202,7 +201,7 @@ TEST_F(Archive, DroppedEntriesLeaveNoTrace) {
   writeArchive(path_, {{"kept", "k"}});
   const std::string before = support::readFile(path_);
   ZipWriter* writer = ZipOpenWriter(path_.c_str(), ZipModeAppend);
-  ASSERT_TRUE(addEntry(writer, "cancelled", randomText(9 << 20, 8)));
+  ASSERT_TRUE(addEntry(writer, "cancelled", noise(9 << 20, 8)));
   EXPECT_EQ(ZipCancelNewEntry(writer), 0);
   EXPECT_NE(ZipCancelNewEntry(writer), 0);
   ASSERT_TRUE(addEntry(writer, "added", "a"));

@@ -8,6 +8,8 @@
 #include <random>
 #include <string>
 
+#include "support/noise.h"
+
 using namespace zip_engine;
 
 namespace {
@@ -62,9 +64,7 @@ std::vector<std::string> texts() {
     for (char& c : text) c = static_cast<char>('a' + random() % size);
     result.push_back(text);
   }
-  std::string noise(70'000, '\0');
-  for (char& c : noise) c = static_cast<char>(random());
-  result.push_back(noise);
+  result.push_back(support::noise(70'000));
   return result;
 }
 

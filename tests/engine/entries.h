@@ -7,26 +7,20 @@
 #include <cstdint>
 #include <map>
 #include <memory>
-#include <random>
 #include <string>
 
+#include "support/noise.h"
 #include "zip/engine.h"
 
 namespace entries {
 
+using support::noise;
 using Entries = std::map<std::string, std::string>;
 
 struct ReaderCloser {
   void operator()(ZipReader* reader) const { ZipCloseReader(reader); }
 };
 using Reader = std::unique_ptr<ZipReader, ReaderCloser>;
-
-inline std::string randomText(std::size_t size, unsigned seed) {
-  std::minstd_rand random(seed + 1);
-  std::string text(size, '\0');
-  for (char& c : text) c = static_cast<char>(random() >> 8);
-  return text;
-}
 
 inline std::string repetitiveText(std::size_t size) {
   std::string text;

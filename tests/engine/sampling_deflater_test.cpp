@@ -11,7 +11,7 @@ namespace {
 TEST(SamplingDeflater, FindsEveryRunThatIsLongEnough) {
   constexpr std::size_t kSize = 200'000;
   constexpr std::size_t kRun = 17 << 10;
-  const std::string noise = entries::randomText(kSize, 3);
+  const std::string noise = support::noise(kSize, 3);
   zip_engine::SamplingDeflater deflater;
   for (std::size_t at = 0; at + kRun <= kSize; at += 997) {
     std::string text = noise;

@@ -10,6 +10,7 @@
 
 #include "platform/unique_handle.h"
 #include "platform/win32.h"
+#include "support/noise.h"
 #include "support/programs.h"
 #include "support/temporary_folder.h"
 
@@ -349,11 +350,7 @@ TEST_F(Zip, ExtractionIsWholeOrNothing) {
   for (const std::size_t size :
        {std::size_t{0}, std::size_t{1000}, std::size_t{300'000}, std::size_t{30} << 20}) {
     SCOPED_TRACE(size);
-    std::string content(size, 'x');
-    std::minstd_rand random(1);
-    if (size > 1000) {
-      for (char& c : content) c = static_cast<char>(random() >> 8);
-    }
+    const std::string content = size > 1000 ? support::noise(size) : std::string(size, 'x');
     ZipArchive archive;
     ASSERT_EQ(archive.create(path_.c_str(), 1), 1);
     ASSERT_EQ(archive.insert(bytesOf(content), "e", "", 0), 1);

@@ -25,6 +25,7 @@
 #include "platform/win32.h"
 #include "support/linux/forked_process.h"
 #include "support/linux/shared_memory.h"
+#include "support/noise.h"
 #include "support/programs.h"
 #include "support/temporary_folder.h"
 
@@ -59,8 +60,7 @@ struct Step {
     name = std::to_string(worker) + "\\entry" + std::to_string(random() % 8);
     if (random() % 4 == 0) return;
     // Sometimes more than is written in one call.
-    content.resize(random() % (number % 60 == 50 ? 3 << 20 : 20000) + 1);
-    std::generate(content.begin(), content.end(), [&] { return static_cast<char>(random() >> 8); });
+    content = support::noise(random() % (number % 60 == 50 ? 3 << 20 : 20000) + 1, number + 1);
   }
   void apply(Entries& entries) const {
     if (content.empty()) {

@@ -106,7 +106,7 @@ std::string Failing::failed() const { return firstFailed; }
     if (failing::fails(#name, path, space)) return -1;                     \
     const result done = real arguments;                                    \
     const int error = errno;                                               \
-    if (done >= 0) recording::record;                                      \
+    if (done >= 0) recording::Recorder::record;                            \
     errno = error;                                                         \
     return done;                                                           \
   }
@@ -165,8 +165,8 @@ int openAndRecord(const char* name, int folder, const char* path, int flags, mod
       creates(flags) && ((flags & O_CREAT) == 0 || faccessat(folder, path, F_OK, 0) != 0);
   const int descriptor = real(folder, path, flags, mode);
   const int error = errno;
-  if (descriptor >= 0 && isNew) recording::fileCreated(descriptor);
-  if (descriptor >= 0 && (flags & O_TRUNC) != 0) recording::contentChanged(descriptor);
+  if (descriptor >= 0 && isNew) recording::Recorder::fileCreated(descriptor);
+  if (descriptor >= 0 && (flags & O_TRUNC) != 0) recording::Recorder::contentChanged(descriptor);
   errno = error;
   return descriptor;
 }
@@ -205,7 +205,7 @@ INTERPOSED(int, ioctl, (int fd, unsigned long request, ...)) {
   va_end(rest);
   if (failing::fails("ioctl", nullptr, true)) return -1;
   const int result = real(fd, request, argument);
-  if (result == 0 && request == FICLONE) recording::contentChanged(fd);
+  if (result == 0 && request == FICLONE) recording::Recorder::contentChanged(fd);
   return result;
 }
 

@@ -187,6 +187,6 @@ TEST_P(FailingCalls, KilledBeforeAnyCallLeaveAllWhole) {
 
 INSTANTIATE_TEST_SUITE_P(All, FailingCalls,
                          testing::ValuesIn(operations::all().begin(), operations::all().end()),
-                         operations::testName);
+                         testing::PrintToStringParamName());
 
 }  // namespace

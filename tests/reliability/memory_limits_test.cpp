@@ -10,13 +10,13 @@
 #include <cstdlib>
 #include <fstream>
 #include <functional>
-#include <random>
 #include <string>
 #include <vector>
 
 #include "started_threads.h"
 #include "support/linux/peak_memory.h"
 #include "support/linux/shared_memory.h"
+#include "support/noise.h"
 #include "support/temporary_folder.h"
 
 namespace {
@@ -31,12 +31,7 @@ constexpr long kFolderLimit = 32 << 10;
 
 // A megabyte of random bytes. It is longer than the window of deflate, so a repetition of it does
 // not compress.
-std::string randomBlock() {
-  std::minstd_rand random(1);
-  std::string block(kMegabyte, '\0');
-  for (char& c : block) c = static_cast<char>(random() >> 8);
-  return block;
-}
+std::string randomBlock() { return support::noise(kMegabyte); }
 
 // 64 of these compress to some 26 MB, nearly the largest entry that is inflated in one piece.
 std::string textBlock() {

@@ -8,10 +8,9 @@
 #include <filesystem/zip_archive.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <random>
 #include <vector>
 
+#include "support/noise.h"
 #include "support/temporary_folder.h"
 
 namespace operations {
@@ -26,14 +25,6 @@ using In = const std::string&;  // the folder of the operation
 const std::string kText(100000, 'l');
 
 Bytes bytesOf(const std::string& text) { return {text.begin(), text.end()}; }
-
-// Bytes that deflate cannot shrink.
-Bytes noise(std::size_t size) {
-  std::minstd_rand random(1);
-  Bytes bytes(size);
-  for (unsigned char& c : bytes) c = static_cast<unsigned char>(random() >> 8);
-  return bytes;
-}
 
 ZipArchive opened(const std::string& folder, unsigned int access) {
   ZipArchive archive;
@@ -57,45 +48,47 @@ bool copies(const std::string& folder, const char* target) {
 
 const Operation kOperations[] = {
     {"insert", [](In in) { return writable(in).insert(bytesOf(kText), "new", "", 0) == 1; }},
-    {"insert a file",
+    {"insert_a_file",
      [](In in) {
        return writable(in).insert((in + "in/deep/large").c_str(), "new", nullptr, 0) == 1;
      }},
-    {"insert into many", [](In in) { return writable(in).insert({'x'}, "new", "", 0) == 1; },
+    {"insert_into_many", [](In in) { return writable(in).insert({'x'}, "new", "", 0) == 1; },
      kMany},
-    {"insert much", [](In in) { return writable(in).insert(noise(70000), "new", "", 0) == 1; }},
-    {"insert more than is written at once",
-     [](In in) { return writable(in).insert(noise(1200000), "new", "", 0) == 1; }, kLarge},
+    {"insert_much",
+     [](In in) { return writable(in).insert(bytesOf(support::noise(70000)), "new", "", 0) == 1; }},
+    {"insert_more_than_is_written_at_once",
+     [](In in) { return writable(in).insert(bytesOf(support::noise(1200000)), "new", "", 0) == 1; },
+     kLarge},
     {"replace", [](In in) { return writable(in).insert({'n'}, "deep\\old", "", 1) == 1; }},
     {"remove", [](In in) { return writable(in).remove("kept") == 1; }},
     {"create", [](In in) { return ZipArchive().create((in + "b.zip").c_str(), 0) == 1; }, kInParts},
-    {"create over an archive",
+    {"create_over_an_archive",
      [](In in) { return ZipArchive().create((in + "a.zip").c_str(), 1) == 1; }, kInParts},
     {"list",
      [](In in) {
        std::vector<std::string> names;
        return readable(in).enumerate(names) == 1 && names.size() == 2;
      }},
-    {"extract to memory",
+    {"extract_to_memory",
      [](In in) {
        Bytes bytes;
        return readable(in).extract("deep\\old", bytes) == 1 && bytes == bytesOf(kText);
      }},
-    {"extract to a new file", [](In in) { return extracts(in, "new/file"); }},
-    {"extract over a file", [](In in) { return extracts(in, "out/small"); }},
+    {"extract_to_a_new_file", [](In in) { return extracts(in, "new/file"); }},
+    {"extract_over_a_file", [](In in) { return extracts(in, "out/small"); }},
     {"unpack", [](In in) { return FRT_UNZIP_FILE((in + "a.zip").c_str(), (in + "out").c_str()); },
      kInParts | kPassesOver},
     {"pack", [](In in) { return packs(in, "b.zip"); }, kInParts | kPassesOver},
-    {"pack over an archive", [](In in) { return packs(in, "a.zip"); }, kInParts | kPassesOver},
-    {"copy over files", [](In in) { return copies(in, "out/"); }, kInParts},
-    {"copy to new files", [](In in) { return copies(in, "new/"); }, kInParts},
-    {"copy a file",
+    {"pack_over_an_archive", [](In in) { return packs(in, "a.zip"); }, kInParts | kPassesOver},
+    {"copy_over_files", [](In in) { return copies(in, "out/"); }, kInParts},
+    {"copy_to_new_files", [](In in) { return copies(in, "new/"); }, kInParts},
+    {"copy_a_file",
      [](In in) {
        return FileSystem::CopyFileA((in + "in/small").c_str(), (in + "out/").c_str(), 0) != 0;
      }},
-    {"make folders",
+    {"make_folders",
      [](In in) { return FileSystem::EnsurePathExists((in + "x/y/z").c_str()) != 0; }},
-    {"read a file", [](In in) { return FileSystem::readContent(in + "in/deep/large") == kText; }},
+    {"read_a_file", [](In in) { return FileSystem::readContent(in + "in/deep/large") == kText; }},
     {"probe",
      [](In in) {
        const std::string path = in + "in/small";
@@ -103,19 +96,19 @@ const Operation kOperations[] = {
               FileSystem::AllowedAccess(path.c_str()) == kReadWrite &&
               FileSystem::IsValidPath(in.c_str()) != 0;
      }},
-    {"list a tree",
+    {"list_a_tree",
      [](In in) {
        std::vector<std::string> files;
        return FileSystem::EnumFilesWithPath(files, in.c_str(), "*", true) == 6;
      }},
-    {"temporary storage",
+    {"temporary_storage",
      [](In in) {
        FileSystem::TemporaryStorage storage;
        return storage.create(in.substr(0, in.size() - 1), false) &&
               FileSystem::writeContent(storage.path() + "file", "content");
      },
      kInParts | kPassesOver},
-    {"lock file",
+    {"lock_file",
      [](In in) {
        return FileSystem::CreateLockFile(in.c_str()) != 0 &&
               FileSystem::DeleteLockFile(in.c_str()) != 0;
@@ -127,12 +120,6 @@ const Operation kOperations[] = {
 std::span<const Operation> all() { return kOperations; }
 
 void PrintTo(const Operation& operation, std::ostream* out) { *out << operation.name; }
-
-std::string testName(const testing::TestParamInfo<Operation>& info) {
-  std::string name = info.param.name;
-  std::replace(name.begin(), name.end(), ' ', '_');
-  return name;
-}
 
 Files contentsOf(const std::filesystem::path& folder, bool entries) {
   Files files;

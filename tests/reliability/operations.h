@@ -1,8 +1,6 @@
 #pragma once
 // The library's operations on a small working directory, for tests that disturb each of them.
 
-#include <gtest/gtest.h>
-
 #include <filesystem>
 #include <functional>
 #include <map>
@@ -31,9 +29,6 @@ struct Operation {
 void PrintTo(const Operation& operation, std::ostream* out);
 
 std::span<const Operation> all();
-
-// The operation's name as the suffix of a test's name.
-std::string testName(const testing::TestParamInfo<Operation>& info);
 
 // Contents by relative path.
 using Files = std::map<std::string, std::string>;

@@ -139,6 +139,6 @@ TEST_P(PowerLoss, LeavesTheOldOrTheNewState) {
 
 INSTANTIATE_TEST_SUITE_P(All, PowerLoss,
                          testing::ValuesIn(operations::all().begin(), operations::all().end()),
-                         operations::testName);
+                         testing::PrintToStringParamName());
 
 }  // namespace

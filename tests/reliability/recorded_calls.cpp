@@ -5,6 +5,7 @@
 
 #include <climits>
 #include <filesystem>
+#include <utility>
 
 #include "support/temporary_folder.h"
 
@@ -13,20 +14,13 @@ namespace {
 
 Recorder* active = nullptr;
 
-// Keeps the recorder's own system calls out of the record.
-class Pause {
- public:
-  Pause() : recorder_(active) { active = nullptr; }
-  Pause(const Pause&) = delete;
-  Pause& operator=(const Pause&) = delete;
-  ~Pause() { active = recorder_; }
-
-  Recorder* operator->() const { return recorder_; }
-  explicit operator bool() const { return recorder_ != nullptr; }
-
- private:
-  Recorder* recorder_;
-};
+// Calls `work(recorder)` if there is a recorder, whose own system calls are not recorded.
+template <typename Work>
+void record(Work work) {
+  Recorder* const recorder = std::exchange(active, nullptr);
+  if (recorder != nullptr) work(*recorder);
+  active = recorder;
+}
 
 struct stat statusOf(int descriptor) {
   struct stat status {};
@@ -73,35 +67,37 @@ bool Recorder::covers(int descriptor) const {
 
 int Recorder::numberOf(int descriptor) { return numbers_.at(statusOf(descriptor).st_ino); }
 
-void contentChanged(int descriptor) {
-  const Pause recorder;
-  if (!recorder || !recorder->covers(descriptor)) return;
-  recorder->addContent(recorder->numberOf(descriptor), pathOf(descriptor));
+void Recorder::contentChanged(int descriptor) {
+  record([&](Recorder& recorder) {
+    if (recorder.covers(descriptor)) {
+      recorder.addContent(recorder.numberOf(descriptor), pathOf(descriptor));
+    }
+  });
 }
 
-void fileCreated(int descriptor) {
-  const Pause recorder;
-  if (!recorder || !recorder->covers(descriptor)) return;
-  // The inode may be that of a deleted file.
-  const int number = recorder->files_++;
-  recorder->numbers_[statusOf(descriptor).st_ino] = number;
-  recorder->addContent(number, pathOf(descriptor));
-  recorder->addNames();
+void Recorder::fileCreated(int descriptor) {
+  record([&](Recorder& recorder) {
+    if (!recorder.covers(descriptor)) return;
+    // The inode may be that of a deleted file.
+    const int number = recorder.numbers_[statusOf(descriptor).st_ino] = recorder.files_++;
+    recorder.addContent(number, pathOf(descriptor));
+    recorder.addNames();
+  });
 }
 
-void namesChanged() {
-  const Pause recorder;
-  if (recorder) recorder->addNames();
+void Recorder::namesChanged() {
+  record([](Recorder& recorder) { recorder.addNames(); });
 }
 
-void fileCommitted(int descriptor) {
-  const Pause recorder;
-  if (!recorder || !recorder->covers(descriptor)) return;
-  const bool tree = S_ISDIR(statusOf(descriptor).st_mode);
-  recorder->events_.push_back({.file = tree ? kTree : recorder->numberOf(descriptor),
-                               .committed = true,
-                               .content = {},
-                               .names = {}});
+void Recorder::fileCommitted(int descriptor) {
+  record([&](Recorder& recorder) {
+    if (!recorder.covers(descriptor)) return;
+    const bool isTree = S_ISDIR(statusOf(descriptor).st_mode);
+    recorder.events_.push_back({.file = isTree ? kTree : recorder.numberOf(descriptor),
+                                .committed = true,
+                                .content = {},
+                                .names = {}});
+  });
 }
 
 }  // namespace recording

@@ -30,12 +30,13 @@ class Recorder {
 
   const std::vector<Event>& events() const { return events_; }
 
- private:
-  friend void contentChanged(int descriptor);
-  friend void fileCreated(int descriptor);
-  friend void namesChanged();
-  friend void fileCommitted(int descriptor);
+  // Called after a system call that succeeded.
+  static void contentChanged(int descriptor);
+  static void fileCreated(int descriptor);
+  static void namesChanged();
+  static void fileCommitted(int descriptor);
 
+ private:
   void addContent(int file, const std::string& path);
   void addNames();
   bool covers(int descriptor) const;
@@ -46,11 +47,5 @@ class Recorder {
   std::map<unsigned long, int> numbers_;  // by inode
   int files_ = 0;
 };
-
-// Called after a system call that succeeded.
-void contentChanged(int descriptor);
-void fileCreated(int descriptor);
-void namesChanged();
-void fileCommitted(int descriptor);
 
 }  // namespace recording

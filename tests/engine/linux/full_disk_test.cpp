@@ -16,7 +16,7 @@ using namespace entries;
 TEST(FullDisk, RestoresEveryByte) {
   const support::TemporaryFolder folder;
   const std::string path = folder.file("a.zip");
-  writeArchive(path, {{"kept", randomText(50000, 9)}});
+  writeArchive(path, {{"kept", noise(50000, 9)}});
   const std::string before = support::readFile(path);
   for (const std::size_t added : {10000U, 3000000U, 20000000U}) {
     for (const std::size_t space : {0U, 30U, 5000U}) {
@@ -25,13 +25,13 @@ TEST(FullDisk, RestoresEveryByte) {
         const rlimit limit{before.size() + space, before.size() + space};
         setrlimit(RLIMIT_FSIZE, &limit);
         ZipWriter* const writer = ZipOpenWriter(path.c_str(), ZipModeAppend);
-        addEntry(writer, "new", randomText(added, 10));
+        addEntry(writer, "new", noise(added, 10));
         return ZipCloseWriter(writer, nullptr) < 0 ? 7 : 0;
       });
       const int status = process.wait();
       // Without space for the new entry only the entry fails.
       EXPECT_TRUE(status == 7 || status == 0);
-      EXPECT_EQ(readArchive(path), (Entries{{"kept", randomText(50000, 9)}}));
+      EXPECT_EQ(readArchive(path), (Entries{{"kept", noise(50000, 9)}}));
       if (status == 7) {
         EXPECT_TRUE(support::readFile(path) == before) << added << ' ' << space;
       }

@@ -11,13 +11,13 @@
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
-#include <random>
 #include <string>
 #include <vector>
 
 #include "platform/unique_handle.h"
 #include "platform/win32.h"
 #include "support/linux/forked_process.h"
+#include "support/noise.h"
 #include "support/programs.h"
 #include "support/temporary_folder.h"
 
@@ -143,10 +143,7 @@ TEST_F(ZipOnLinux, RemovalDeletesAbandonedTemporaryFiles) {
 // are in the archive that is left.
 TEST_F(ZipOnLinux, PackingEndsAtTheFirstFailure) {
   path_ = folder_.file("in/a.zip");
-  std::string content(3 << 20, '\0');
-  std::minstd_rand random(1);
-  for (char& c : content) c = static_cast<char>(random() >> 8);
-  support::writeFile(folder_.file("in/large"), content);
+  support::writeFile(folder_.file("in/large"), support::noise(3 << 20));
   support::writeFile(folder_.file("in/small"), "x");
   const auto list = [&] {
     return support::outputOf(in_, "unzip -Z1 a.zip | sort; ls -A; stat -c %a a.zip");
