@@ -40,7 +40,9 @@ class VeskFileSystem(ConanFile):
 
     def generate(self):
         toolchain = CMakeToolchain(self)
-        for name, value in (("TOOL", False), ("TESTS", False), ("WARNINGS", False), ("AES", False), ("AES", False),
+        # On Windows the system has the algorithms for AES.
+        for name, value in (("TOOL", False), ("TESTS", False), ("WARNINGS", False),
+                            ("AES", self.settings.os == "Windows"),
                             ("LIBDEFLATE", bool(self.options.libdeflate))):
             toolchain.cache_variables[f"VESK_{name}"] = value
         toolchain.generate()

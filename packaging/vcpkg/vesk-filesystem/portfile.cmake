@@ -4,8 +4,13 @@ get_filename_component(SOURCE_PATH "${CURRENT_PORT_DIR}/../../.." ABSOLUTE)
 
 vcpkg_check_features(OUT_FEATURE_OPTIONS features
   FEATURES libdeflate VESK_LIBDEFLATE tool VESK_TOOL)
+# On Windows the system has the algorithms.
+set(aes OFF)
+if(VCPKG_TARGET_IS_WINDOWS)
+  set(aes ON)
+endif()
 vcpkg_cmake_configure(SOURCE_PATH "${SOURCE_PATH}"
-  OPTIONS ${features} -DVESK_AES=OFF -DVESK_TESTS=OFF -DVESK_WARNINGS=OFF -DVESK_AES=OFF)
+  OPTIONS ${features} -DVESK_AES=${aes} -DVESK_TESTS=OFF -DVESK_WARNINGS=OFF)
 vcpkg_cmake_install()
 vcpkg_cmake_config_fixup(PACKAGE_NAME VeskFileSystem CONFIG_PATH lib/cmake/VeskFileSystem)
 vcpkg_fixup_pkgconfig()

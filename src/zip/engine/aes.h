@@ -1,7 +1,6 @@
 #pragma once
-// AES encryption of entries, as WinZip published it (AE-1 and AE-2). The build chooses the
-// implementation: nettle/aes.cpp, or without_aes/aes.cpp, with which hasAes() is false and nothing
-// else is used.
+// AES encryption of entries, as WinZip published it (AE-1 and AE-2). The algorithms are those of
+// aes_primitives.h.
 //
 //   | salt | verifier | encrypted data ............... | authentication code |
 //   | 8-16 |    2     |                                |         10          |
@@ -43,6 +42,7 @@ void appendAesExtra(Bytes& out, const AesParameters& parameters);
 // Reports whether the build can read and write AES entries.
 bool hasAes();
 
+// Used only if hasAes() is true.
 class AesCipher {
  public:
   AesCipher(const char* password, const AesParameters& parameters, const unsigned char* salt);
