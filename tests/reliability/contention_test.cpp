@@ -12,7 +12,6 @@
 #include <climits>
 #include <cstdlib>
 #include <list>
-#include <map>
 #include <optional>
 #include <random>
 #include <string>
@@ -31,24 +30,10 @@
 
 namespace {
 
-using Entries = std::map<std::string, std::string>;
+using operations::entriesOf;
+using operations::Files;
 
-constexpr unsigned int kRead = 0x80000000;
 constexpr unsigned int kReadWrite = 0xC0000000;
-
-Entries readArchive(const std::string& path) {
-  Entries entries;
-  ZipArchive archive;
-  std::vector<std::string> names;
-  archive.open(path.c_str(), kRead);
-  archive.enumerate(names);
-  for (const std::string& name : names) {
-    std::vector<unsigned char> bytes;
-    EXPECT_EQ(archive.extract(name.c_str(), bytes), 1) << name;
-    EXPECT_TRUE(entries.emplace(name, std::string(bytes.begin(), bytes.end())).second) << name;
-  }
-  return entries;
-}
 
 // One change of an entry, always the same one for a number.
 struct Step {
@@ -62,7 +47,7 @@ struct Step {
     // Sometimes more than is written in one call.
     content = support::noise(random() % (number % 60 == 50 ? 3 << 20 : 20000) + 1, number + 1);
   }
-  void apply(Entries& entries) const {
+  void apply(Files& entries) const {
     if (content.empty()) {
       entries.erase(name);
     } else {
@@ -88,7 +73,7 @@ class Worker {
       : number_(number),
         home_(home),
         pack_(home + "pack" + std::to_string(number) + ".zip"),
-        packed_(readArchive(packFolder())) {}
+        packed_(entriesOf(packFolder())) {}
 
   // Starts the process. It ends after the step `last`.
   void start(unsigned last) {
@@ -102,14 +87,14 @@ class Worker {
 
   // Checks that the archive has what the calls that returned have left, and the step of an
   // interrupted one as a whole or not at all.
-  void check(Entries found) {
+  void check(Files found) {
     std::erase_if(found, [&](const auto& entry) {
       return !entry.first.starts_with(std::to_string(number_) + '\\');
     });
     for (; next_ < progress_->returned; ++next_) Step(number_, next_).apply(entries_);
     if (next_ < progress_->begun && found != entries_) Step(number_, next_++).apply(entries_);
     EXPECT_TRUE(found == entries_) << "worker " << number_ << ", step " << next_;
-    EXPECT_TRUE(readArchive(pack_) == packed_) << "worker " << number_ << ", step " << next_;
+    EXPECT_TRUE(entriesOf(pack_) == packed_) << "worker " << number_ << ", step " << next_;
   }
 
  private:
@@ -140,8 +125,8 @@ class Worker {
   unsigned number_;
   std::string home_;
   std::string pack_;
-  Entries packed_;
-  Entries entries_;  // of this worker, after the step before `next_`
+  Files packed_;
+  Files entries_;  // of this worker, after the step before `next_`
   unsigned next_ = 0;
   support::SharedMemory<Progress> progress_;
   std::optional<support::ForkedProcess> process_;
@@ -183,7 +168,7 @@ TEST_F(Contention, NoEntryIsLost) {
   addWorkers(8);
   for (Worker& worker : workers_) worker.start(40);
   for (Worker& worker : workers_) EXPECT_EQ(worker.wait(), 0);
-  const Entries found = readArchive(path_);
+  const Files found = entriesOf(path_);
   for (Worker& worker : workers_) worker.check(found);
 }
 
@@ -203,7 +188,7 @@ TEST_F(Contention, KilledProcessesLoseNothing) {
       usleep(static_cast<useconds_t>(random() % 10000));
       worker.kill();
     }
-    const Entries found = readArchive(path_);
+    const Files found = entriesOf(path_);
     for (Worker& worker : workers_) worker.check(found);
     ASSERT_FALSE(HasFailure()) << "after " << killed + 3 << " kills";
     entries += found.size();

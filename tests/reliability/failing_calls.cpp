@@ -6,10 +6,10 @@
 #include <linux/fs.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdarg>
 #include <cstring>
 #include <utility>
 
@@ -156,14 +156,11 @@ namespace {
 
 bool creates(int flags) { return (flags & O_CREAT) != 0 || (flags & O_TMPFILE) == O_TMPFILE; }
 
-// Calls the real `openat` for both functions.
 int openAndRecord(const char* name, int folder, const char* path, int flags, mode_t mode) {
-  using Function = int (*)(int, const char*, int, ...);
-  static const Function real = failing::next<Function>("openat");
   if (failing::fails(name, path, creates(flags))) return -1;
   const bool isNew =
       creates(flags) && ((flags & O_CREAT) == 0 || faccessat(folder, path, F_OK, 0) != 0);
-  const int descriptor = real(folder, path, flags, mode);
+  const int descriptor = static_cast<int>(syscall(SYS_openat, folder, path, flags, mode));
   const int error = errno;
   if (descriptor >= 0 && isNew) recording::Recorder::fileCreated(descriptor);
   if (descriptor >= 0 && (flags & O_TRUNC) != 0) recording::Recorder::contentChanged(descriptor);
@@ -173,46 +170,31 @@ int openAndRecord(const char* name, int folder, const char* path, int flags, mod
 
 }  // namespace
 
-#define OPENS(name, parameters, folder)                                                   \
-  INTERPOSED(int, name, parameters) {                                                     \
-    va_list rest;                                                                         \
-    va_start(rest, flags);                                                                \
-    const mode_t mode = creates(flags) ? static_cast<mode_t>(va_arg(rest, unsigned)) : 0; \
-    va_end(rest);                                                                         \
-    return openAndRecord(#name, folder, path, flags, mode);                               \
-  }
+// The last argument of the following functions may be missing. It is in a register then as well,
+// and the kernel does not read it.
 
-OPENS(open, (const char* path, int flags, ...), AT_FDCWD)
-OPENS(openat, (int folder, const char* path, int flags, ...), folder)
-
-// The variable argument is a pointer here, or is missing.
-INTERPOSED(int, fcntl, (int fd, int command, ...)) {
-  using Function = int (*)(int, int, ...);
-  static const Function real = failing::next<Function>("fcntl");
-  va_list rest;
-  va_start(rest, command);
-  void* const argument = va_arg(rest, void*);
-  va_end(rest);
-  return failing::fails("fcntl", nullptr, false) ? -1 : real(fd, command, argument);
+INTERPOSED(int, open, (const char* path, int flags, mode_t mode)) {
+  return openAndRecord("open", AT_FDCWD, path, flags, mode);
 }
 
-INTERPOSED(int, ioctl, (int fd, unsigned long request, ...)) {
-  using Function = int (*)(int, unsigned long, ...);
-  static const Function real = failing::next<Function>("ioctl");
-  va_list rest;
-  va_start(rest, request);
-  void* const argument = va_arg(rest, void*);
-  va_end(rest);
+INTERPOSED(int, openat, (int folder, const char* path, int flags, mode_t mode)) {
+  return openAndRecord("openat", folder, path, flags, mode);
+}
+
+INTERPOSED(int, fcntl, (int fd, int command, void* argument)) {
+  if (failing::fails("fcntl", nullptr, false)) return -1;
+  return static_cast<int>(syscall(SYS_fcntl, fd, command, argument));
+}
+
+INTERPOSED(int, ioctl, (int fd, unsigned long request, void* argument)) {
   if (failing::fails("ioctl", nullptr, true)) return -1;
-  const int result = real(fd, request, argument);
+  const int result = static_cast<int>(syscall(SYS_ioctl, fd, request, argument));
   if (result == 0 && request == FICLONE) recording::Recorder::contentChanged(fd);
   return result;
 }
 
 // A close that fails has closed the descriptor nevertheless.
 INTERPOSED(int, close, (int fd)) {
-  using Function = int (*)(int);
-  static const Function real = failing::next<Function>("close");
-  const int result = real(fd);
+  const int result = static_cast<int>(syscall(SYS_close, fd));
   return failing::fails("close", nullptr, false) ? -1 : result;
 }

@@ -121,25 +121,32 @@ std::span<const Operation> all() { return kOperations; }
 
 void PrintTo(const Operation& operation, std::ostream* out) { *out << operation.name; }
 
+Files entriesOf(const std::string& archive) {
+  Files entries;
+  ZipArchive reader;
+  std::vector<std::string> names;
+  reader.open(archive.c_str(), kRead);
+  reader.enumerate(names);
+  for (const std::string& name : names) {
+    Bytes bytes;
+    EXPECT_EQ(reader.extract(name.c_str(), bytes), 1) << name;
+    EXPECT_TRUE(entries.emplace(name, std::string(bytes.begin(), bytes.end())).second) << name;
+  }
+  return entries;
+}
+
 Files contentsOf(const std::filesystem::path& folder, bool entries) {
   Files files;
   for (const auto& item : std::filesystem::recursive_directory_iterator(folder)) {
     if (!item.is_regular_file()) continue;
-    const std::string path = item.path().string();
-    const std::string name = item.path().lexically_relative(folder).string();
-    files[name] = support::readFile(path);
-    if (!entries || item.path().extension() != ".zip") continue;
-    ZipArchive archive;
-    std::vector<std::string> names;
-    std::string content = "archive:";
-    archive.open(path.c_str(), kRead);
-    archive.enumerate(names);
-    for (const std::string& entry : names) {
-      Bytes bytes;
-      archive.extract(entry.c_str(), bytes);
-      content.append("\n" + entry + "=").append(bytes.begin(), bytes.end());
+    std::string& content = files[item.path().lexically_relative(folder).string()];
+    if (!entries || item.path().extension() != ".zip") {
+      content = support::readFile(item.path().string());
+      continue;
     }
-    files[name] = content;
+    for (const auto& [name, bytes] : entriesOf(item.path().string())) {
+      content += name + '=' + bytes + '\n';
+    }
   }
   return files;
 }

@@ -30,8 +30,11 @@ void PrintTo(const Operation& operation, std::ostream* out);
 
 std::span<const Operation> all();
 
-// Contents by relative path.
+// Contents by relative path, or by the name of an entry.
 using Files = std::map<std::string, std::string>;
+
+// Returns the contents of an archive by the names of the entries. Empty for what is no archive.
+Files entriesOf(const std::string& archive);
 
 // Returns all files of a directory. With `entries` the content of an archive is the list of its
 // entries, because its bytes include the time.
