@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <unordered_map>
 #include <unordered_set>
 #include <utility>
 
@@ -39,6 +40,17 @@ void appendDirectory(const std::string& path, Output& output, std::vector<Source
   }
 }
 
+// A later file replaces an earlier one of the same name.
+std::vector<Source> lastOfEachName(const std::vector<Source>& sources) {
+  std::unordered_map<std::string, std::size_t> last;
+  for (std::size_t i = 0; i < sources.size(); ++i) last[sources[i].name] = i;
+  std::vector<Source> result;
+  for (std::size_t i = 0; i < sources.size(); ++i) {
+    if (last[sources[i].name] == i) result.push_back(sources[i]);
+  }
+  return result;
+}
+
 std::vector<Source> sourcesOf(const AddRequest& request, Output& output) {
   std::vector<Source> sources;
   for (const std::string& file : request.files) {
@@ -54,7 +66,7 @@ std::vector<Source> sourcesOf(const AddRequest& request, Output& output) {
   std::erase_if(sources,
                 [&](const Source& source) { return isSameFile(source.path, request.zip); });
   if (!request.name.empty() && sources.size() == 1) sources[0].name = request.name;
-  return sources;
+  return lastOfEachName(sources);
 }
 
 std::vector<unsigned char> readStandardInput() {

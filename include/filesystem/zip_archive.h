@@ -8,10 +8,8 @@
 ///   archive.insert("C:\\data\\todo.txt", "todo.txt", nullptr, 0);
 /// }
 /// std::vector<std::string> names;
-/// if (archive.open("C:\\data\\old.zip", FileSystem::kAccessRead) != 0 && archive.enumerate(names))
-/// {
-///   archive.extract(names, "C:\\data\\old\\");
-/// }
+/// if (archive.open("C:\\data\\old.zip", FileSystem::kAccessRead) != 0) archive.enumerate(names);
+/// archive.extract(names, "C:\\data\\old\\");
 /// @endcode
 
 #include <filesystem/access.h>
@@ -170,9 +168,9 @@ class FILESYSTEM_API ZipArchive {
   /// many small files takes a small part of the time, and the archive has all of them or none if
   /// the process ends. The first file that fails ends the list; the files before it are inserted.
   ///
-  /// Fails for a file that cannot be read to its end, that is too large, or whose name is too long
-  /// or, if `overwrite` is 0, exists. Unlike with the forms above, an entry whose file fails is
-  /// kept. Of files with the same name only the last is inserted.
+  /// A file fails if it cannot be read to its end or is too large, if its name is too long or that
+  /// of an earlier file of the list, or if `overwrite` is 0 and the name exists. Unlike with the
+  /// forms above, an entry whose file fails is kept.
   /// @param files     pairs of the path of a file and the name of its entry; empty for the path
   /// @param overwrite non-zero to replace entries of those names, as above
   /// @return the number of files before the first that failed, the size of the list if none did; 0,
@@ -187,8 +185,7 @@ class FILESYSTEM_API ZipArchive {
   /// @param name name of the entry, not null. Other entries whose names differ only in letter case
   ///             are removed too.
   /// @return 1 if the entry was removed. 0, with the archive unchanged, if there is no such entry,
-  /// if
-  ///         no other entry would remain, if another one cannot be copied, or if the temporary
+  ///         if no other entry would remain, if another one cannot be copied, or if the temporary
   ///         folder or the archive cannot be written.
   int remove(const char* name);
 

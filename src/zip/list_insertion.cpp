@@ -1,7 +1,7 @@
 #include "zip/list_insertion.h"
 
-#include <optional>
-#include <unordered_map>
+#include <cstdint>
+#include <unordered_set>
 
 #include "zip/archive_reader.h"
 #include "zip/entry_names.h"
@@ -15,85 +15,65 @@ const std::string& nameOf(const FileList::value_type& file) {
   return file.second.empty() ? file.first : file.second;
 }
 
-// The first files of a list, of which the last one of each name is added.
-class Selection {
- public:
-  Selection(const FileList& files, std::size_t count) : files_(files), count_(count) {
-    for (std::size_t i = 0; i < count; ++i) last_[nameOf(files[i])] = i;
-  }
-
-  // Adds the files up to the first one that fails, and returns their number.
-  std::size_t addTo(ArchiveWriter& writer, const Encryption& encryption) const {
-    std::size_t done = 0;
-    while (done < count_ && (!isLast(done) || add(writer, done, encryption))) ++done;
-    return done;
-  }
-
-  // Returns the number of files that end with the one that was added as the `added`th.
-  std::size_t countWith(std::size_t added) const {
-    std::size_t done = 0;
-    for (; done < count_ && (added > 0 || !isLast(done)); ++done) {
-      if (isLast(done)) --added;
-    }
-    return done;
-  }
-
- private:
-  bool isLast(std::size_t i) const { return last_.at(nameOf(files_[i])) == i; }
-  bool add(ArchiveWriter& writer, std::size_t i, const Encryption& encryption) const {
-    return addFile(writer, files_[i].first.c_str(), storedName(nameOf(files_[i])), "", encryption);
-  }
-
-  const FileList& files_;
-  std::size_t count_;
-  std::unordered_map<std::string, std::size_t> last_;
+// The files of a list before the first one whose name rules it out.
+struct Insertable {
+  std::size_t count = 0;  // from the start of the list
+  NameSet replaced;       // names of theirs that the archive has
 };
 
-// Appends all files to the archive.
+// Considers the first `count` files.
+Insertable insertableFiles(ArchiveReader& archive, const FileList& files, std::size_t count,
+                           bool overwrite) {
+  Insertable result;
+  std::unordered_set<std::string> names;
+  for (; result.count < count; ++result.count) {
+    const std::string& name = nameOf(files[result.count]);
+    if (!names.insert(name).second) break;
+    if (!archive.locate(storedName(name))) continue;
+    if (!overwrite) break;
+    result.replaced.insert(name);
+  }
+  return result;
+}
+
+// Adds the first `count` files up to one that fails. Returns the number of those added.
+std::size_t addFiles(ArchiveWriter& writer, const FileList& files, std::size_t count,
+                     const Encryption& encryption) {
+  std::size_t added = 0;
+  while (added < count && addFile(writer, files[added].first.c_str(),
+                                  storedName(nameOf(files[added])), "", encryption)) {
+    ++added;
+  }
+  return added;
+}
+
 std::size_t append(const std::string& path, const FileList& files, std::size_t count,
                    const Encryption& encryption) {
   const std::uint32_t before = ArchiveReader(path.c_str()).entryCount();
   ArchiveWriter writer(path.c_str(), ArchiveWriter::Mode::Append);
   if (!writer) return 0;
-  const Selection selection(files, count);
-  const std::size_t added = selection.addTo(writer, encryption);
-  switch (writer.commit(nullptr)) {
-    case ArchiveWriter::Commit::Complete:
-      return added;
-    case ArchiveWriter::Commit::Partial:
-      return selection.countWith(ArchiveReader(path.c_str()).entryCount() - before);
-    case ArchiveWriter::Commit::Failed:
-      break;
-  }
-  return 0;
+  const std::size_t added = addFiles(writer, files, count, encryption);
+  if (writer.commit(nullptr) == ArchiveWriter::Commit::Complete) return added;
+  // The disk may have had space for some of them.
+  const std::uint32_t after = ArchiveReader(path.c_str()).entryCount();
+  return after > before ? after - before : 0;
 }
 
-// Replaces entries. The copy lacks the entries of all names of the selection, so if a file fails,
-// it is made again for the files before that one.
-std::size_t replace(Rewrite& archive, const FileList& files, const Encryption& encryption) {
-  for (std::size_t count = files.size(); count > 0;) {
-    NameSet dropped;
-    for (std::size_t i = 0; i < count; ++i) {
-      if (archive.reader().locate(storedName(nameOf(files[i])))) dropped.insert(nameOf(files[i]));
-    }
+// Replaces entries. The copy of the archive lacks the entries of all files, so if one fails, it is
+// made again for the files before that one.
+std::size_t replace(Rewrite& archive, const FileList& files, Insertable insertable,
+                    const Encryption& encryption) {
+  while (insertable.count != 0) {
     std::size_t added = 0;
     const auto add = [&](ArchiveWriter& writer) {
-      added = Selection(files, count).addTo(writer, encryption);
-      return added == count;
+      added = addFiles(writer, files, insertable.count, encryption);
+      return added == insertable.count;
     };
-    if (archive.run(dropped, add) == Rewrite::Result::Replaced) return count;
-    if (added == count) return 0;
-    count = added;
+    if (archive.run(insertable.replaced, add) == Rewrite::Result::Replaced) return added;
+    if (added == insertable.count) return 0;
+    insertable = insertableFiles(archive.reader(), files, added, true);
   }
   return 0;
-}
-
-// Returns the index of the first file whose name the archive has, the number of files if there is
-// none.
-std::size_t firstExisting(ArchiveReader& archive, const FileList& files) {
-  std::size_t i = 0;
-  while (i < files.size() && !archive.locate(storedName(nameOf(files[i])))) ++i;
-  return i;
 }
 
 }  // namespace
@@ -104,8 +84,11 @@ std::size_t insertFiles(const std::string& path, const FileList& files, bool ove
   {
     Rewrite archive(path);
     if (!canAppend(archive.reader(), path)) return 0;
-    count = firstExisting(archive.reader(), files);
-    if (overwrite && count < files.size()) return replace(archive, files, encryption);
+    const Insertable insertable = insertableFiles(archive.reader(), files, files.size(), overwrite);
+    if (!insertable.replaced.empty()) {
+      return replace(archive, files, insertable, encryption);
+    }
+    count = insertable.count;
   }
   return count == 0 ? 0 : append(path, files, count, encryption);
 }

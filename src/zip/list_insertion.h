@@ -13,10 +13,9 @@ namespace zip {
 // Paths of files and the names of their entries, as the caller passes them.
 using FileList = std::vector<std::pair<std::string, std::string>>;
 
-// Inserts files into the archive at `path`, from the first to the last one before a file that
-// cannot be inserted. An entry of a name of the list is replaced if `overwrite` is set; if not, its
-// file cannot be inserted. Of files with one name the last one counts. Returns the number of files
-// before the one that failed, all if none did; 0 if the archive is unchanged.
+// Inserts files into the archive at `path` up to the first one that fails, and returns the number
+// of those inserted; with 0 the archive is unchanged. An entry of the same name is replaced if
+// `overwrite` is set; if not, the file fails. A file with the name of an earlier one fails.
 std::size_t insertFiles(const std::string& path, const FileList& files, bool overwrite,
                         const Encryption& encryption);
 

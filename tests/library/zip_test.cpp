@@ -164,8 +164,8 @@ TEST_F(Zip, ListInsertion) {
       {{{"1", "d"}, {"2", "e"}}, 0, 2, {"a", "b", "c", "d", "e"}, "abc12"},
       {{{"1", "d"}, {"2", "b"}, {"3", "e"}}, 0, 1, {"a", "b", "c", "d"}, "abc1"},
       {{{"1", "d"}, {"2", "b"}, {"3", "a"}}, 1, 3, {"c", "d", "b", "a"}, "c123"},
-      // The last one of a name counts.
-      {{{"1", "d"}, {"2", "e"}, {"3", "d"}}, 1, 3, {"a", "b", "c", "e", "d"}, "abc23"},
+      {{{"1", "d"}, {"2", "e"}, {"3", "d"}}, 1, 2, {"a", "b", "c", "d", "e"}, "abc12"},
+      {{{"1", "a"}, {"2", "a"}}, 1, 1, {"b", "c", "a"}, "bc1"},
       // The first failure ends the list, and entries whose files were not inserted are kept.
       {{{"1", "d"}, {"missing", "e"}, {"3", "f"}}, 1, 1, {"a", "b", "c", "d"}, "abc1"},
       {{{"1", "b"}, {"missing", "a"}, {"3", "c"}}, 1, 1, {"a", "c", "b"}, "ac1"},

@@ -45,7 +45,7 @@ TEST_F(VeskFs, ChangesEntries) {
   check({
       {"add a.zip one --password-file pass", 0, ""},
       {"add a.zip in one --name x", 2, "", "--name is for a single file"},
-      {"add a.zip in/two in -v", 0, "added two\nadded in\\deep\\three.txt\nadded in\\two\n"},
+      {"add a.zip in/two in/two in -v", 0, "added two\nadded in\\deep\\three.txt\nadded in\\two\n"},
       {"add a.zip one --name named/it", 0, ""},
       {"printf 12 | add a.zip - --name input", 0, ""},
       {"printf 12 | add a.zip -", 2, "", "--name"},
