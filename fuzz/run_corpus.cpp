@@ -21,7 +21,7 @@ int main(int argc, char** argv) {
   for (const std::filesystem::path& file : files) {
     std::ifstream in(file, std::ios::binary);
     const std::string bytes{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-    // Without a byte of room behind the input, so that sanitizers see its end.
+    // No byte follows the input in its memory, so that sanitizers detect reads past its end.
     const auto input = std::make_unique<std::uint8_t[]>(bytes.size());
     std::copy(bytes.begin(), bytes.end(), input.get());
     std::printf("%s\n", file.c_str());
