@@ -22,7 +22,7 @@ void requireDirectory(const std::string& directory) {
   }
 }
 
-// Writes paths for other programs; on a terminal without what would act on it.
+// Writes a path for other programs, or on a terminal without characters that act on it.
 void writePath(const std::string& path) {
   const std::string native = nativePath(path);
   std::printf("%s\n", isTerminal(stdout) ? printable(native).c_str() : native.c_str());

@@ -21,6 +21,6 @@ struct NewPassword {
   ZipArchive::Encryption encryption = ZipArchive::Encryption::Traditional;
 };
 
-// The password that the user gives, or, if he asks for encryption only, one that is asked for
-// twice. Throws Failure if there is no terminal to ask on, or if the library lacks the encryption.
+// The password that the user gives or, if a method alone is given, types twice on the terminal.
+// Throws Failure if there is no terminal to ask on, or if the library lacks the encryption.
 NewPassword newPassword(const EncryptionRequest& request, const Output& output);

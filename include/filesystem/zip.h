@@ -16,8 +16,8 @@
 /// if it lies in the directory.
 ///
 /// An existing archive is replaced when the new one is complete; until then it is locked, and it
-/// remains if the process ends or, on Linux, the power fails. It is overwritten at once only if its
-/// directory accepts no new file. On Linux the archive is on the disk when the call returns.
+/// remains if the process ends or, on Linux, the power fails. It is overwritten directly only if
+/// its directory accepts no new file. On Linux the archive is on the disk when the call returns.
 /// @param folder the directory, with or without trailing separator, not null
 /// @param zip    path of the archive, not null
 /// @return true if the archive has every file. False, and nothing changes, if the archive cannot be
