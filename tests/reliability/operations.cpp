@@ -60,14 +60,16 @@ const Operation kOperations[] = {
      [](In in) { return writable(in).insert(bytesOf(support::noise(1200000)), "new", "", 0) == 1; },
      kLarge},
     {"replace", [](In in) { return writable(in).insert({'n'}, "deep\\old", "", 1) == 1; }},
-    {"insert files",
+    {"insert_files",
      [](In in) {
        return writable(in).insert({{in + "in/small", "new"}, {in + "in/deep/large", "newer"}}, 0) ==
               2;
      },
      kInParts},
-    {"replace from a list",
-     [](In in) { return writable(in).insert({{in + "in/deep/large", "kept"}}, 1) == 1; }},
+    {"replace_from_a_list",
+     [](In in) {
+       return writable(in).insert({{in + "in/deep/large", "kept"}}, 1) == 1;
+     }},
     {"remove", [](In in) { return writable(in).remove("kept") == 1; }},
     {"create", [](In in) { return ZipArchive().create((in + "b.zip").c_str(), 0) == 1; }, kInParts},
     {"create_over_an_archive",
