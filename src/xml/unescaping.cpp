@@ -24,6 +24,7 @@
 #include <bit>
 #include <cstdint>
 #include <cstring>
+#include <iterator>
 #include <string_view>
 #include <utility>
 
@@ -70,16 +71,19 @@ constexpr Word makeWord(std::string_view bytes) {
   return std::bit_cast<Word>(word);
 }
 
-// Returns the slot of an entity in the table, from the first two letters of its name. All names
-// differ in it.
+constexpr std::pair<std::string_view, char> kEntities[] = {
+    {"&lt;", '<'}, {"&gt;", '>'}, {kAmpersand, '&'}, {"&apos;", '\''}, {"&quot;", '"'}};
+
+constexpr std::size_t kSlots = 16;
+using EntityTable = std::array<NamedEntity, kSlots>;
+
+// Returns the slot of an entity in the table, from the first two letters of its name.
 constexpr std::size_t slotOf(const char* text) {
-  return static_cast<std::size_t>(text[1] + text[2]) % 16;
+  return static_cast<std::size_t>(text[1] + text[2]) % kSlots;
 }
 
-constexpr std::array<NamedEntity, 16> makeNamedEntities() {
-  std::array<NamedEntity, 16> table{};
-  constexpr std::pair<std::string_view, char> kEntities[] = {
-      {"&lt;", '<'}, {"&gt;", '>'}, {kAmpersand, '&'}, {"&apos;", '\''}, {"&quot;", '"'}};
+constexpr EntityTable makeNamedEntities() {
+  EntityTable table{};
   for (const auto& [text, character] : kEntities) {
     const std::string_view mask("\xFF\xFF\xFF\xFF\xFF\xFF", text.size());
     table[slotOf(text.data())] = {makeWord(text), makeWord(mask), {character, text.size()}};
@@ -87,7 +91,12 @@ constexpr std::array<NamedEntity, 16> makeNamedEntities() {
   return table;
 }
 
-constexpr std::array<NamedEntity, 16> kNamedEntities = makeNamedEntities();
+constexpr EntityTable kNamedEntities = makeNamedEntities();
+
+// Each entity has a slot of its own.
+static_assert(std::all_of(std::begin(kEntities), std::end(kEntities), [](const auto& entity) {
+  return kNamedEntities[slotOf(entity.first.data())].text == makeWord(entity.first);
+}));
 
 // Numbers of bytes.
 struct Progress {
@@ -132,7 +141,6 @@ std::string fromXml(const std::string& text) {
   // Pieces are unescaped in a buffer that remains in the cache. A string would have to be
   // zero-filled before it could be written to in place.
   constexpr std::size_t kPiece = 2048;
-  constexpr std::size_t kAhead = 2048;
   std::array<char, kPiece + kReach> buffer;
   std::string result;
   // The result is never longer than the text.
@@ -141,7 +149,7 @@ std::string fromXml(const std::string& text) {
   std::size_t filled = 0;
   while (rest.size() >= kReach) {
     // For a text larger than the caches, the processor does not prefetch far enough by itself.
-    platform::prefetch(rest.data() + std::min(kAhead, rest.size()));
+    platform::prefetch(rest.data() + std::min(kPiece, rest.size()));
     const Progress done = unescapeBlock(rest.data(), buffer.data() + filled);
     rest.remove_prefix(done.taken);
     filled += done.filled;
