@@ -19,9 +19,9 @@ TEST(VersionResource, Texts) {
   struct {
     const char *name, *version;
   } const cases[] = {
-      {"plain", "2.5.1"},      {"plain32", "2.5.1"},    {"special3", "2.5.1C"},
+      {"plain", "2.5.1"},      {"plain32", "2.5.1"},    {"special1", "2.5.1A"},
       {"special26", "2.5.1Z"}, {"special27", "2.5.1"},  {"special12x", "2.5.1L"},
-      {"negative", "2.5.1"},   {"languages", "größer"},
+      {"special0", "2.5.1"},   {"languages", "größer"},
   };
   for (const auto& c : cases) {
     CString version("before");
@@ -46,7 +46,7 @@ TEST(VersionResource, WhatIsMissingChangesNothing) {
 }
 
 TEST(VersionResource, Queries) {
-  const std::string path = data("special3");
+  const std::string path = data("special1");
   const DWORD size = GetFileVersionInfoSizeA(path.c_str(), nullptr);
   ASSERT_GT(size, 0U);
   std::string block(size, '\0');

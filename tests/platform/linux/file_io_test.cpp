@@ -10,26 +10,20 @@
 
 #include "platform/linux/descriptor.h"
 #include "platform/probe_open.h"
-#include "platform/unique_handle.h"
-#include "platform/win32.h"
+#include "support/open_file.h"
 #include "support/temporary_folder.h"
 
 namespace {
 
 constexpr DWORD kReadWrite = GENERIC_READ | GENERIC_WRITE;
 
-HANDLE open(const std::string& path, DWORD access, DWORD disposition) {
-  return CreateFileA(path.c_str(), access, 3, nullptr, disposition, 0, nullptr);
-}
-
 // The descriptor of a closed handle is soon used again, here for the same file,
 // and no copy of the closed handle must reach it.
 TEST(FileHandlesOnLinux, ClosedOnesStayClosed) {
   const support::TemporaryFolder folder;
   const std::string path = folder.file("file");
-  const HANDLE closed = open(path, kReadWrite, CREATE_NEW);
-  ASSERT_TRUE(CloseHandle(closed));
-  const platform::FileHandle other(open(path, kReadWrite, OPEN_EXISTING));
+  const HANDLE closed = support::openFile(path, kReadWrite, 0, CREATE_NEW).get();
+  const platform::FileHandle other = support::openFile(path, kReadWrite);
   char byte = 'x';
   DWORD count = 0;
   LARGE_INTEGER number{};
@@ -54,7 +48,8 @@ TEST(FileHandlesOnLinux, ClosedOnesStayClosed) {
 
 TEST(FileHandlesOnLinux, AreNotInherited) {
   const support::TemporaryFolder folder;
-  const platform::FileHandle file(open(folder.file("file"), kReadWrite, CREATE_NEW));
+  const platform::FileHandle file =
+      support::openFile(folder.file("file"), kReadWrite, 0, CREATE_NEW);
   const int descriptor = static_cast<int>(reinterpret_cast<std::uintptr_t>(file.get()) & 0xFFFF);
   EXPECT_NE(fcntl(descriptor, F_GETFD) & FD_CLOEXEC, 0);
 }
@@ -76,7 +71,7 @@ TEST(OpeningOnLinux, OpensNothingButRegularFiles) {
        {fifo, folder.file("link"), folder.name(), std::string("/dev/null")}) {
     for (const DWORD access : {GENERIC_READ, GENERIC_WRITE, kReadWrite, DWORD{0}}) {
       for (const DWORD disposition : {CREATE_ALWAYS, OPEN_EXISTING, OPEN_ALWAYS}) {
-        EXPECT_EQ(open(path, access, disposition), INVALID_HANDLE_VALUE) << path;
+        EXPECT_FALSE(support::openFile(path, access, 3, disposition)) << path;
         EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED) << path;
       }
       EXPECT_FALSE(platform::probeOpen(path.c_str(), access, 3)) << path;

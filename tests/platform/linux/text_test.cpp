@@ -88,30 +88,23 @@ TEST(FileTimes, Saturate) {
 }
 
 TEST(CodePages, EveryTextComesBack) {
-  std::minstd_rand random(1);
   // Bytes that start, continue and break sequences.
   constexpr char kBytes[] = "a\x80\x9F\xA0\xBF\xC1\xC3\xE0\xED\xEF\xF0\xF4\xF5\xFF";
+  std::minstd_rand random(1);
   for (int round = 0; round < 20000; ++round) {
-    std::string text;
-    for (std::size_t i = random() % 12 + 1; i > 0; --i) {
-      text +=
-          random() % 2 != 0 ? kBytes[random() % (sizeof(kBytes) - 1)] : static_cast<char>(random());
-    }
-    const int size = static_cast<int>(text.size());
-    const int wide = MultiByteToWideChar(CP_ACP, 0, text.data(), size, nullptr, 0);
-    std::u16string buffer(static_cast<std::size_t>(wide), u'\0');
-    ASSERT_EQ(MultiByteToWideChar(CP_ACP, 0, text.data(), size, buffer.data(), wide), wide);
-    std::string back(64, '\0');
-    const int count =
-        WideCharToMultiByte(CP_OEMCP, 0, buffer.data(), wide, back.data(), 64, nullptr, nullptr);
-    ASSERT_EQ(back.substr(0, static_cast<std::size_t>(count)), text);
+    std::string text(random() % 12 + 1, '\0');
+    for (char& c : text) c = random() % 2 != 0 ? kBytes[random() % 14] : static_cast<char>(random());
+    char16_t wide[64];
+    char back[64];
+    const int units =
+        MultiByteToWideChar(CP_ACP, 0, text.data(), static_cast<int>(text.size()), wide, 64);
+    const int size = WideCharToMultiByte(CP_OEMCP, 0, wide, units, back, 64, nullptr, nullptr);
+    ASSERT_EQ(std::string(back, static_cast<std::size_t>(size)), text);
   }
   char16_t pair[3];
   EXPECT_EQ(MultiByteToWideChar(CP_ACP, 0, "😀", -1, pair, 3), 3);
   EXPECT_EQ(pair[0], 0xD83D);
   EXPECT_EQ(pair[1], 0xDE00);
-  EXPECT_EQ(MultiByteToWideChar(CP_ACP, 0, "abcd", 4, pair, 3), 0);
-  EXPECT_EQ(GetLastError(), ERROR_INSUFFICIENT_BUFFER);
   EXPECT_EQ(MultiByteToWideChar(1252, 0, "a", 1, pair, 3), 0);
 }
 
