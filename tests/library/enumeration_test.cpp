@@ -101,7 +101,7 @@ TEST_F(Enumeration, Folders) {
   EXPECT_EQ(EnumFolders(records, path_, 0), 3U);
   EXPECT_EQ(EnumFolders(records, path_, -1), 4U);
   Names paths;
-  EXPECT_EQ(EnumFolders(paths, folder_.name().c_str(), 1), 4U);
+  EXPECT_EQ(EnumFolders(paths, folder_.name().c_str(), -1), 4U);
   EXPECT_EQ(below(paths), (Names{".hidden\\", "a\\", "a\\b\\", "c\\"}));
 
   Names asked;
@@ -110,29 +110,22 @@ TEST_F(Enumeration, Folders) {
     asked.emplace_back(path);
     return asked.back().ends_with("\\a") ? 0 : 1;
   };
-  EXPECT_EQ(EnumFoldersEx(records, path_, notA, 1), 2U);
+  EXPECT_EQ(EnumFoldersEx(records, path_, notA, -1), 2U);
   EXPECT_EQ(below(asked), (Names{".hidden", "a", "c"}));
 
-  // The records below the folder in which the filter throws are dropped.
-  records.clear();
-  const auto throwsAtB = [](const char* path) -> int {
-    if (std::string_view(path).ends_with("\\b")) throw std::runtime_error("b");
-    return std::string_view(path).ends_with("\\a") ? 1 : 0;
-  };
-  EXPECT_THROW(EnumFoldersEx(records, path_, throwsAtB, 1), std::runtime_error);
-  EXPECT_EQ(namesOf(records), Names{"a"});
-
-  // A branch that was complete before stays.
-  make({"p/x/f", "q/x/f"});
-  records.clear();
-  int below = 0;
-  const auto throwsAtSecondX = [&](const char* path) -> int {
-    const std::string_view name = path;
-    if (name.ends_with("x") && ++below == 2) throw std::runtime_error("x");
-    return name.ends_with("p") || name.ends_with("q") || name.ends_with("x") ? 1 : 0;
-  };
-  EXPECT_THROW(EnumFoldersEx(records, path_, throwsAtSecondX, 1), std::runtime_error);
-  EXPECT_EQ(records.size(), 3U);
+  // If the filter throws, the records stay except those below the current top-level folder.
+  make({"tree/p/x/y/f", "tree/q/x/y/f"});
+  const std::string tree = folder_.file("tree\\");
+  constexpr std::size_t kLeft[] = {0, 1, 1, 3, 4, 4};
+  for (std::size_t failing = 0; failing < std::size(kLeft); ++failing) {
+    std::size_t calls = 0;
+    const auto throwing = [&](const char*) {
+      return calls++ == failing ? throw std::runtime_error("filter") : 1;
+    };
+    records.clear();
+    EXPECT_THROW(EnumFoldersEx(records, tree.c_str(), throwing, 1), std::runtime_error);
+    EXPECT_EQ(records.size(), kLeft[failing]) << failing;
+  }
 }
 
 }  // namespace

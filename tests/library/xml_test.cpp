@@ -168,21 +168,17 @@ TEST(Xml, Content) {
 }
 
 TEST(Xml, ContentAtEveryPosition) {
-  // The text before the element resembles its tags at the start, or at the start and end.
-  for (const std::string& name : {std::string("abc"), std::string("name"), std::string(100, 'n')}) {
-    const std::string opening = "<" + name;
-    const std::string decoys[] = {
-        "x",
-        "<",
-        "</",
-        opening.substr(0, opening.size() - 1) + "?",
-        opening.substr(0, 2) + std::string(name.size(), '>'),
-        opening.substr(0, 2) + std::string(name.size() - 2, 'x') + name.back(),
-        "</" + std::string(name.size(), 'x') + ">"};
-    for (const std::string& decoy : decoys) {
+  // Before the element is a text of any length that resembles its tags.
+  for (const std::string& name : {std::string("abc"), std::string(100, 'n')}) {
+    const std::string start = std::string("<") + name[0];
+    const std::string other(name.size() - 2, '?');
+    for (const std::string& decoy :
+         {std::string("x"), std::string("</"), start + name.substr(1, other.size()) + '?',
+          start + std::string(name.size(), '>'), start + other + name.back(),
+          "</??" + other + '>'}) {
       std::string text;
       while (text.size() < 300) {
-        const std::string element = opening + ">" + text + "</" + name + ">";
+        const std::string element = '<' + name + '>' + text + "</" + name + '>';
         ASSERT_EQ(Raw::xmlContent(text + element + text, name), text) << name << " in " << text;
         text += decoy;
       }

@@ -3,48 +3,21 @@
 #include <filesystem/file_stream.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
-#include <sys/syscall.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <fstream>
 #include <functional>
 #include <string>
 #include <vector>
 
+#include "library/linux/system_calls.h"
 #include "support/temporary_folder.h"
 
 namespace {
 
 using FileSystem::FileStream;
 
-// `w` and the size for a write, `c` for a commit.
-std::string calls;
-int failingWrite = 0;  // its number; 0 fails none
-
-}  // namespace
-
-// The library calls these instead of the C library's. They have other names in C++
-// because headers may define the real ones inline.
-#define INTERPOSED(result, name, parameters)                                                    \
-  extern "C" __attribute__((visibility("default"))) result my_##name parameters __asm__(#name); \
-  extern "C" result my_##name parameters
-
-INTERPOSED(ssize_t, write, (int file, const void* data, std::size_t size)) {
-  calls += (calls.empty() ? "w" : " w") + std::to_string(size);
-  if (failingWrite != 0 && --failingWrite == 0) {
-    errno = EIO;
-    return -1;
-  }
-  return syscall(SYS_write, file, data, size);
-}
-
-INTERPOSED(int, fdatasync, (int file)) {
-  calls += calls.empty() ? "c" : " c";
-  return static_cast<int>(syscall(SYS_fdatasync, file));
-}
-
-namespace {
+namespace calls = system_calls;
 
 class StreamOnLinux : public testing::Test {
  protected:
@@ -91,9 +64,9 @@ TEST_F(StreamOnLinux, WritesAndCommits) {
     FileStream stream(path_.c_str(), FileStream::OpenRead | FileStream::OpenWrite);
     stream.bufferSize(10);
     stream.write("abc");
-    calls.clear();
+    calls::record.clear();
     c.action(stream);
-    EXPECT_EQ(calls, c.calls) << c.name;
+    EXPECT_EQ(calls::record, c.calls) << c.name;
   }
 }
 
@@ -112,10 +85,10 @@ TEST_F(StreamOnLinux, FailedWritesAreDropped) {
     FileStream stream(path_.c_str(), FileStream::OpenWrite | FileStream::OpenTruncate);
     stream.bufferSize(10);
     stream.write("abc");
-    calls.clear();
-    failingWrite = c.failing;
+    calls::record.clear();
+    calls::failingWrite = c.failing;
     EXPECT_EQ(stream.write(c.data), c.result) << c.data;
-    EXPECT_EQ(calls, c.calls);
+    EXPECT_EQ(calls::record, c.calls);
     stream.close();
     EXPECT_EQ(support::readFile(path_), c.content);
   }

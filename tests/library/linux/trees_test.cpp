@@ -11,11 +11,11 @@
 #include <sys/stat.h>
 
 #include <atomic>
-#include <csignal>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include "library/linux/system_calls.h"
 #include "platform/win32.h"
 #include "support/programs.h"
 #include "support/temporary_folder.h"
@@ -144,16 +144,18 @@ TEST_F(TreesOnLinux, ReadOnlyDirectories) {
 }
 
 TEST_F(TreesOnLinux, ValidPathsTakeContent) {
-  rlimit limit{};
-  getrlimit(RLIMIT_FSIZE, &limit);
-  const rlimit none{0, limit.rlim_max};
-  const auto handler = std::signal(SIGXFSZ, SIG_IGN);
-  setrlimit(RLIMIT_FSIZE, &none);
-  const int valid = FileSystem::IsValidPath(folder_.name().c_str());
-  setrlimit(RLIMIT_FSIZE, &limit);
-  std::signal(SIGXFSZ, handler);
-  EXPECT_EQ(valid, 0);
+  for (int* const failing : {&system_calls::failingWrite, &system_calls::failingRead}) {
+    *failing = 1;
+    EXPECT_EQ(FileSystem::IsValidPath(folder_.name().c_str()), 0);
+    EXPECT_EQ(*failing, 0);
+  }
   EXPECT_EQ(folder_.entries(), 0U);
+}
+
+TEST_F(TreesOnLinux, AnotherProcessMayCreateTheSameFolder) {
+  system_calls::isCreatedBefore = true;
+  EXPECT_EQ(FileSystem::EnsurePathExists(folder_.file("a\\b").c_str()), 1);
+  EXPECT_FALSE(system_calls::isCreatedBefore);
 }
 
 // Texts beyond the size of their buffer are cut.
