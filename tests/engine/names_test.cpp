@@ -52,6 +52,7 @@ TEST(Names, OfOtherProgramsAreShownFoundAndKept) {
   constexpr std::uint16_t kUtf8 = kFlagUtf8;
   constexpr std::uint16_t kNone = 0;
   const bool everyName = support::kPlatform.everyName;
+  const std::string anyName = everyName ? "größ.txt" : "x";
   struct {
     const char* row;
     std::string local;
@@ -64,12 +65,7 @@ TEST(Names, OfOtherProgramsAreShownFoundAndKept) {
       {"flagged in the directory only", oldName, "größ.txt", kUtf8, {}, "größ.txt"},
       {"code page 437", oldName, oldName, kNone, {}, "größ.txt"},
       {"flagged wrongly", oldName, oldName, everyName ? kUtf8 : kNone, {}, "größ.txt"},
-      {"not flagged",
-       everyName ? "größ.txt" : "x",
-       everyName ? "größ.txt" : "x",
-       kNone,
-       {},
-       everyName ? "größ.txt" : "x"},
+      {"not flagged", anyName, anyName, kNone, {}, anyName},
       {"extra field", "gr__.txt", "gr__.txt", kNone, unicodePath("gr__.txt", "größ.txt"),
        "größ.txt"},
       {"extra field of a former name", "new.txt", "new.txt", kNone,

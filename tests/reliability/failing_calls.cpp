@@ -4,11 +4,13 @@
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <linux/fs.h>
+#include <pthread.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
 #include <cstring>
 #include <utility>
@@ -24,6 +26,7 @@ int wanted = 0;
 int calls = 0;
 std::function<void()> interrupt;
 std::string firstFailed;
+std::atomic<int> threads = 0;
 
 bool countsFor(const char* name, bool needsSpace) {
   if (armedFault == Fault::FullDisk) return needsSpace;
@@ -81,6 +84,8 @@ Failing::Failing(Fault fault, int number, std::function<void()> interruption) {
 Failing::~Failing() { armed = false; }
 int Failing::count() const { return calls; }
 std::string Failing::failed() const { return firstFailed; }
+
+int startedThreads() { return threads; }
 
 }  // namespace failing
 
@@ -191,6 +196,14 @@ INTERPOSED(int, ioctl, (int fd, unsigned long request, void* argument)) {
   const int result = static_cast<int>(syscall(SYS_ioctl, fd, request, argument));
   if (result == 0 && request == FICLONE) recording::Recorder::contentChanged(fd);
   return result;
+}
+
+INTERPOSED(int, pthread_create,
+           (pthread_t * thread, const pthread_attr_t* attributes, void* (*work)(void*),
+            void* argument)) {
+  static const auto real = failing::next<decltype(&fake_pthread_create)>("pthread_create");
+  ++failing::threads;
+  return real(thread, attributes, work, argument);
 }
 
 // A close that fails has closed the descriptor nevertheless.

@@ -30,4 +30,8 @@ class Failing {
   std::string failed() const;
 };
 
+// Returns the number of threads that this process, and the one that it was forked from, have
+// started.
+int startedThreads();
+
 }  // namespace failing

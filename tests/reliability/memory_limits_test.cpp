@@ -13,7 +13,7 @@
 #include <string>
 #include <vector>
 
-#include "started_threads.h"
+#include "failing_calls.h"
 #include "support/linux/peak_memory.h"
 #include "support/linux/shared_memory.h"
 #include "support/noise.h"
@@ -72,9 +72,9 @@ class MemoryLimits : public testing::Test {
     SCOPED_TRACE(name);
     const support::SharedMemory<int> threads;
     const support::Peak peak = support::peakOf([&] {
-      const int before = startedThreads();
+      const int before = failing::startedThreads();
       const bool success = work();
-      *threads = startedThreads() - before;
+      *threads = failing::startedThreads() - before;
       return success;
     });
     std::printf("%-40s %6ld of %6ld KiB\n", name.c_str(), peak.kibibytes, kibibytes);

@@ -10,14 +10,21 @@ namespace {
 constexpr std::size_t kBlock = 4096;
 constexpr std::size_t kSector = 512;
 
-// The contents of a file since its last commit, oldest first.
+// What may be on the disk of a file since its last commit, oldest first.
 using FileHistory = std::vector<std::string>;
 
-// Independent alternatives of one part of a state. The first `whole` are versions, oldest first;
-// the others are torn.
-struct Alternatives {
-  std::size_t whole = 0;
-  std::size_t count = 0;
+// A part of a state, which does not depend on the other parts: the names of the tree, the size of a
+// file, or a block of one.
+struct Part {
+  int file = recording::kTree;
+  std::size_t versions = 0;      // the first alternatives, oldest first; the others are torn
+  std::size_t alternatives = 0;  // in all
+  std::size_t choice = 0;        // one of them
+  // Of a size.
+  std::vector<std::size_t> sizes = {};
+  // Of a block.
+  std::size_t position = 0;
+  std::vector<std::string> bytes = {};
 };
 
 std::string blockOf(const std::string& content, std::size_t position) {
@@ -31,137 +38,110 @@ void addDistinct(std::vector<Value>& values, const Value& value) {
   if (std::find(values.begin(), values.end(), value) == values.end()) values.push_back(value);
 }
 
-// One file of a state: the alternatives of its size and of each block.
-class UncertainFile {
- public:
-  explicit UncertainFile(const FileHistory& history) {
-    for (const std::string& content : history) {
-      addDistinct(sizes_, content.size());
-      certain_.resize(std::max(certain_.size(), content.size()));
-    }
-    for (std::size_t position = 0; position < certain_.size(); position += kBlock) {
-      addBlock(history, position);
+Part sizeOf(int file, const FileHistory& history) {
+  Part part{.file = file};
+  for (const std::string& content : history) addDistinct(part.sizes, content.size());
+  part.versions = part.alternatives = part.sizes.size();
+  return part;
+}
+
+Part blockAt(int file, const FileHistory& history, std::size_t position) {
+  Part part{.file = file, .position = position};
+  for (const std::string& content : history) {
+    // A truncation discards whole blocks and does not write them.
+    const bool discarded = content.size() <= position && !part.bytes.empty();
+    if (!discarded) addDistinct(part.bytes, blockOf(content, position));
+  }
+  part.versions = part.bytes.size();
+  for (std::size_t i = 1; i < part.versions; ++i) {
+    const std::string before = part.bytes[i - 1];
+    const std::string after = part.bytes[i];
+    for (std::size_t cut = kSector; cut < kBlock; cut += kSector) {
+      addDistinct(part.bytes, after.substr(0, cut) + before.substr(cut));
+      addDistinct(part.bytes, before.substr(0, cut) + after.substr(cut));
     }
   }
-
-  void appendAlternatives(std::vector<Alternatives>& all) const {
-    all.push_back({sizes_.size(), sizes_.size()});
-    for (const Block& block : blocks_) all.push_back({block.whole, block.bytes.size()});
-  }
-  // Takes its choices, in the order of its alternatives.
-  std::string compose(const std::size_t*& choice) const {
-    const std::size_t size = sizes_[*choice++];
-    std::string content = certain_;
-    content.resize(size);
-    for (const Block& block : blocks_) {
-      const std::string& bytes = block.bytes[*choice++];
-      if (block.position >= size) continue;
-      content.replace(block.position, std::min(kBlock, size - block.position), bytes, 0,
-                      std::min(kBlock, size - block.position));
-    }
-    return content;
-  }
-
- private:
-  struct Block {
-    std::size_t position;
-    std::size_t whole;
-    std::vector<std::string> bytes;
-  };
-
-  void addBlock(const FileHistory& history, std::size_t position) {
-    Block block{.position = position, .whole = 0, .bytes = {}};
-    for (const std::string& content : history) {
-      // A truncation discards whole blocks and does not write them.
-      const bool discarded = content.size() <= position && !block.bytes.empty();
-      if (!discarded) addDistinct(block.bytes, blockOf(content, position));
-    }
-    block.whole = block.bytes.size();
-    if (block.whole == 1) {
-      const std::size_t size = std::min(kBlock, certain_.size() - position);
-      certain_.replace(position, size, block.bytes[0], 0, size);
-      return;
-    }
-    for (std::size_t i = 1; i < block.whole; ++i) {
-      const std::string before = block.bytes[i - 1];
-      const std::string after = block.bytes[i];
-      for (std::size_t cut = kSector; cut < kBlock; cut += kSector) {
-        addDistinct(block.bytes, after.substr(0, cut) + before.substr(cut));
-        addDistinct(block.bytes, before.substr(0, cut) + after.substr(cut));
-      }
-    }
-    blocks_.push_back(std::move(block));
-  }
-
-  std::string certain_;  // the blocks that have one version only
-  std::vector<std::size_t> sizes_;
-  std::vector<Block> blocks_;
-};
+  part.alternatives = part.bytes.size();
+  return part;
+}
 
 // All states after some event.
 class Instant {
  public:
   Instant(const std::vector<recording::Names>& trees, const std::map<int, FileHistory>& files)
       : trees_(trees) {
-    alternatives_.push_back({trees.size(), trees.size()});
+    parts_.push_back({.versions = trees.size(), .alternatives = trees.size()});
+    std::set<int> named;
     for (const recording::Names& names : trees) {
-      for (const auto& [name, file] : names) files_.try_emplace(file, files.at(file));
+      for (const auto& [name, file] : names) named.insert(file);
     }
-    for (const auto& [number, file] : files_) file.appendAlternatives(alternatives_);
+    for (const int file : named) addFile(file, files.at(file));
   }
 
   template <typename Visit>
-  void forEach(std::size_t limit, std::minstd_rand& random, Visit visit) const {
-    std::vector<std::size_t> choices(alternatives_.size());
-    if (numberOfStates(limit) > limit) {
-      for (std::size_t i = 0; i < limit; ++i) {
-        chooseRandomly(choices, random);
-        visit(compose(choices));
-      }
+  void forEach(std::size_t limit, std::minstd_rand& random, Visit visit) {
+    std::size_t number = 1;
+    for (const Part& part : parts_) number = std::min(number * part.alternatives, limit + 1);
+    if (number <= limit) {
+      do visit(compose());
+      while (advance());
       return;
     }
-    do visit(compose(choices));
-    while (advance(choices));
+    for (std::size_t i = 0; i < limit; ++i) {
+      chooseRandomly(random);
+      visit(compose());
+    }
   }
 
  private:
-  std::size_t numberOfStates(std::size_t limit) const {
-    std::size_t number = 1;
-    for (const Alternatives& part : alternatives_) {
-      if (number <= limit) number *= part.count;
+  // The content in blocks that have one version only is certain.
+  void addFile(int file, const FileHistory& history) {
+    const Part size = sizeOf(file, history);
+    parts_.push_back(size);
+    std::string& certain = certain_[file];
+    certain.resize(*std::max_element(size.sizes.begin(), size.sizes.end()));
+    for (std::size_t position = 0; position < certain.size(); position += kBlock) {
+      const Part block = blockAt(file, history, position);
+      put(block.bytes[0], position, certain);
+      if (block.versions > 1) parts_.push_back(block);
     }
-    return number;
+  }
+  static void put(const std::string& block, std::size_t position, std::string& content) {
+    if (position >= content.size()) return;
+    const std::size_t size = std::min(kBlock, content.size() - position);
+    content.replace(position, size, block, 0, size);
   }
   // Mostly the oldest or the newest version, as when the system had written all but a few.
-  void chooseRandomly(std::vector<std::size_t>& choices, std::minstd_rand& random) const {
+  void chooseRandomly(std::minstd_rand& random) {
     const auto newest = random() % 101;
     const auto any = random() % 3 == 0 ? 30U : 3U;
-    for (std::size_t i = 0; i < choices.size(); ++i) {
-      const Alternatives& part = alternatives_[i];
-      choices[i] = random() % 100 < newest ? part.whole - 1 : 0;
-      if (random() % 100 < any) choices[i] = random() % part.count;
+    for (Part& part : parts_) {
+      part.choice = random() % 100 < newest ? part.versions - 1 : 0;
+      if (random() % 100 < any) part.choice = random() % part.alternatives;
     }
   }
-  bool advance(std::vector<std::size_t>& choices) const {
-    for (std::size_t i = 0; i < choices.size(); ++i) {
-      if (++choices[i] < alternatives_[i].count) return true;
-      choices[i] = 0;
+  bool advance() {
+    for (Part& part : parts_) {
+      if (++part.choice < part.alternatives) return true;
+      part.choice = 0;
     }
     return false;
   }
-  State compose(const std::vector<std::size_t>& choices) const {
-    const std::size_t* choice = choices.data();
-    const recording::Names& names = trees_[*choice++];
-    std::map<int, std::string> contents;
-    for (const auto& [number, file] : files_) contents[number] = file.compose(choice);
+  State compose() const {
+    std::map<int, std::string> contents = certain_;
+    for (const Part& part : parts_) {
+      if (!part.sizes.empty()) contents[part.file].resize(part.sizes[part.choice]);
+      if (!part.bytes.empty()) put(part.bytes[part.choice], part.position, contents[part.file]);
+    }
     State state;
-    for (const auto& [name, file] : names) state[name] = contents[file];
+    for (const auto& [name, file] : trees_[parts_[0].choice]) state[name] = contents[file];
     return state;
   }
 
   std::vector<recording::Names> trees_;
-  std::map<int, UncertainFile> files_;
-  std::vector<Alternatives> alternatives_;
+  std::map<int, std::string> certain_;
+  std::vector<Part>
+      parts_;  // the names of the tree first, and the size of a file before its blocks
 };
 
 template <typename Version>
