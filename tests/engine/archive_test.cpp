@@ -57,6 +57,10 @@ TEST_F(Archive, IsReadByThisAndOtherPrograms) {
     char comment[10] = {};
     ZipReadEntryInfo(reader.get(), nullptr, nullptr, 0, nullptr, 0, comment, sizeof(comment));
     EXPECT_STREQ(comment, "note");
+    char extra[5] = {};
+    EXPECT_EQ(ZipOpenEntry(reader.get(), nullptr, nullptr, 0, password), 0);
+    EXPECT_EQ(ZipReadLocalExtra(reader.get(), extra, sizeof(extra)), 5);
+    EXPECT_EQ(extra[4], 'L');
     // Values that no reader of ours needs, and the number of entries that became much smaller.
     const std::string flagsAndVersion = password == nullptr ? "0 10" : "1 20";
     EXPECT_EQ(
@@ -64,9 +68,11 @@ TEST_F(Archive, IsReadByThisAndOtherPrograms) {
             folder_.path(),
             "python3 -c 'import zipfile; z = zipfile.ZipFile(\"a.zip\"); i = z.getinfo(\"one\");"
             " print(i.flag_bits, i.extract_version, i.create_system, i.create_version, i.date_time,"
-            " i.comment, i.internal_attr, i.external_attr, z.getinfo(\"empty\").CRC,"
-            " sum(e.compress_size < e.file_size / 4 for e in z.infolist()))'"),
-        flagsAndVersion + " 11 20 (2021, 6, 5, 4, 3, 2) b'note' 1 33 0 2\n");
+            " i.comment, i.extra, i.internal_attr, i.external_attr, z.getinfo(\"empty\").CRC,"
+            " sum(e.compress_size < e.file_size / 4 for e in z.infolist()),"
+            " sum(e.flag_bits & 0x800 for e in z.infolist()))'"),
+        flagsAndVersion +
+            " 11 20 (2021, 6, 5, 4, 3, 2) b'note' b'4\\x12\\x01\\x00C' 1 33 0 2 2048\n");
   }
 }
 
@@ -80,11 +86,14 @@ TEST_F(Archive, AppendsToArchivesOfOtherPrograms) {
     const char* name;
     const char* command;
     bool copiesExactly = false;
+    const char* comment = "";
   } const programs[] = {
       {"zip", "zip -qr a.zip in", true},
       {"zip stored", "zip -qr0 a.zip in", true},
       {"zip with a password", "zip -qr -P secret a.zip in"},
-      {"zip with a comment", "echo words | zip -qrz a.zip in", true},
+      {"zip with a comment", "echo words | zip -qrz a.zip in", true, "words"},
+      {"zip with a cut comment", "echo words | zip -qrz a.zip in; truncate -s -2 a.zip", false,
+       "wor"},
       {"zip with zip64 fields", "zip -qr -fz a.zip in"},
       {"zip with descriptors", "zip -qr -fd a.zip in"},
       {"7z", "7z a -tzip a.zip in", true},
@@ -94,7 +103,7 @@ TEST_F(Archive, AppendsToArchivesOfOtherPrograms) {
        "python3 -c 'import zipfile; z = zipfile.ZipFile(\"a.zip\", \"w\", 8); z.comment = "
        "b\"PK\\5\\6\";"
        " [z.write(n) for n in (\"in/deep/file.txt\", \"in/random\", \"in/empty\")]; z.close()'",
-       true},
+       true, "PK\5\6"},
       {"prefix", "zip -qr b.zip in && cat in/random b.zip >a.zip && rm b.zip"},
       {"prefix with mended offsets",
        "zip -qr b.zip in && cat in/random b.zip >a.zip && zip -qA a.zip; rm b.zip"},
@@ -105,7 +114,8 @@ TEST_F(Archive, AppendsToArchivesOfOtherPrograms) {
     std::filesystem::remove(path_);
     ASSERT_EQ(support::run(folder_.path(), program.command), 0);
     EXPECT_EQ(readArchive(path_), theirs);
-    const std::string comment = globalComment(Reader(ZipOpenReader(path_.c_str())).get());
+    const std::string comment = program.comment;
+    EXPECT_EQ(globalComment(Reader(ZipOpenReader(path_.c_str())).get()), comment);
     const std::string copy = folder_.file("copy.zip");
     if (program.copiesExactly) {
       copyArchive(path_, copy, comment);
@@ -225,6 +235,7 @@ TEST_F(Archive, RefusesInvalidArguments) {
   EXPECT_EQ(support::readFile(path_), std::string(3000, 'x'));
   EXPECT_NE(ZipFirstEntry(nullptr), 0);
   EXPECT_NE(ZipCloseWriter(nullptr, nullptr), 0);
+  EXPECT_NE(ZipCopyEntry(nullptr, nullptr), 0);
   EXPECT_LT(ZipReadEntry(nullptr, nullptr, 0), 0);
   ZipWriter* const writer = ZipOpenWriter(path_.c_str(), ZipModeCreate);
   EXPECT_FALSE(addEntry(writer, "", "x"));

@@ -35,9 +35,11 @@ inline bool addEntry(ZipWriter* writer, const std::string& name, const std::stri
   info.date = {.second = 3, .minute = 3, .hour = 4, .day = 5, .month = 5, .year = 2021};
   info.internalAttributes = 1;
   info.externalAttributes = 0x21;
+  constexpr char kLocalExtra[] = "\x34\x12\1\0L";
+  constexpr char kCentralExtra[] = "\x34\x12\1\0C";
   const std::uint32_t crc = ZipCrc32(0, content.data(), static_cast<std::uint32_t>(content.size()));
-  if (ZipOpenNewEntry(writer, name.c_str(), &info, nullptr, 0, nullptr, 0, "note", ZipMethodDeflate,
-                      level, 0, -15, 8, 0, password, crc) != 0) {
+  if (ZipOpenNewEntry(writer, name.c_str(), &info, kLocalExtra, 5, kCentralExtra, 5, "note",
+                      ZipMethodDeflate, level, 0, -15, 8, 0, password, crc) != 0) {
     return false;
   }
   // In pieces of odd sizes, so that borders do not fall together.

@@ -49,7 +49,7 @@ Bytes unicodePath(const std::string& name, const std::string& unicode) {
 
 TEST(Names, OfOtherProgramsAreShownFoundAndKept) {
   const std::string oldName = "gr\x94\xE1.txt";  // in code page 437
-  constexpr std::uint16_t kUtf8 = kFlagUtf8;
+  constexpr std::uint16_t kUtf8 = 0x800;
   constexpr std::uint16_t kNone = 0;
   const bool everyName = support::kPlatform.everyName;
   const std::string anyName = everyName ? "größ.txt" : "x";

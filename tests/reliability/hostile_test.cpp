@@ -87,6 +87,7 @@ constexpr Hostile kArchives[] = {
     {"without-outer-end-deflated", {0, 0, kRefused, true}},
     {"without-outer-end-descriptor", {0, 0, kRefused, true}},
     {"after-an-entry", {1, 1, kAppended, true}},
+    {"after-a-chance-signature", {1, 1, kAppended, true}},
     {"without-outer-end-program", {0, 0, kRefused, true}},
     {"comment-of-end-records", {0, 0, kRefused, true}},
     {"comment-of-lying-ends", {0, 0, kRefused, true}},

@@ -1,0 +1,39 @@
+#include "zip/engine/entry_record.h"
+
+#include <gtest/gtest.h>
+
+#include "zip/engine/central_directory.h"
+
+using namespace zip_engine;
+
+TEST(EntryRecord, HasOffsetsPastFourGigabytes) {
+  for (const std::uint64_t offset : {0xFFFF'FFFEULL, 0xFFFF'FFFFULL, 5ULL << 30}) {
+    CentralDirectory directory;
+    EntryRecord record;
+    record.compressedSize = 7;
+    appendCentralRecord(directory.blob, record, offset);
+    EXPECT_EQ(recordAt(directory, 0).localOffset, offset);
+    EXPECT_EQ(recordAt(directory, 0).compressedSize, 7U);
+    EXPECT_EQ(recordAt(directory, 0).size(), directory.blob.size());
+  }
+}
+
+TEST(EntryRecord, DatesAreThoseOfDos) {
+  constexpr struct {
+    ZipDateWords words;  // second, minute, hour, day, month from 0, year
+    std::uint32_t year, month, day, hour, minute, second;
+  } kRows[] = {
+      {{58, 57, 22, 30, 11, 2106}, 2106, 12, 30, 22, 57, 58},
+      {{0, 0, 0, 1, 0, 2107}, 2107, 1, 1, 0, 0, 0},
+      {{0, 0, 0, 1, 0, 2108}, 2107, 12, 31, 23, 59, 58},
+      {{1, 2, 3, 4, 5, 1980}, 1980, 6, 4, 3, 2, 0},
+      {{1, 2, 3, 4, 5, 1979}, 1980, 1, 1, 0, 0, 0},
+      {{60, 60, 24, 32, 12, 2000}, 2000, 12, 31, 23, 59, 58},
+      {{59, 59, 23, 0, 0, 2000}, 2000, 1, 1, 23, 59, 58},
+  };
+  for (const auto& row : kRows) {
+    EXPECT_EQ(dosDateOf(row.words), (row.year - 1980) << 25 | row.month << 21 | row.day << 16 |
+                                        row.hour << 11 | row.minute << 5 | row.second / 2)
+        << row.words.year << ' ' << row.words.day;
+  }
+}
