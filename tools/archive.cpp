@@ -88,8 +88,8 @@ Archive::Archive(const std::string& path, unsigned int access) : path_(path) {
 }
 
 std::vector<Entry> Archive::entries() const {
-  auto directory = readCentralDirectory(systemPath(path_));
-  if (!directory || directory->records.size() != names_.size()) {
+  auto directory = readCentralDirectory(systemPath(path_), names_.size());
+  if (!directory) {
     throw Failure("cannot read the directory of " + inQuotes(path_));
   }
   std::vector<Entry> result;

@@ -141,46 +141,66 @@ std::uint64_t unusedBefore(File& file, const End& end, const std::vector<EntryRe
       [](const auto& a, const auto& b) { return a.headerOffset < b.headerOffset; });
   const std::string bytes = file.read(last->headerOffset, kLocalSize);
   const Bytes header(bytes);
-  if (header.u32(0) != kLocalSignature) return 0;
+  if (header.u32(0) != kLocalSignature || last->packedSize > end.position) return 0;
   const std::uint64_t used = last->headerOffset + kLocalSize + header.u16(26) + header.u16(28) +
                              last->packedSize + kLongestDescriptor + end.directorySize;
   return end.position > used ? end.position - used : 0;
 }
 
-// The last end record of a file, which is the only one that counts, as in the
-// library and in other programs.
-struct LastEnd {
-  std::uint64_t position;
-  std::string bytes;
-};
+// Position of the last end record that begins before `limit` and not before `first`.
+std::optional<std::uint64_t> findEnd(File& file, std::uint64_t first, std::uint64_t limit) {
+  constexpr std::uint64_t kBlock = 1 << 20;
+  for (std::uint64_t end = limit; end > first;) {
+    const std::uint64_t begin = end - std::min(end - first, kBlock);
+    // A signature that begins in this block may extend into the next.
+    const std::string block = file.read(begin, std::min(file.size(), end + 3) - begin);
+    const std::size_t at = block.rfind("PK\5\6", static_cast<std::size_t>(end - begin - 1));
+    if (at != std::string::npos) return begin + at;
+    end = begin;
+  }
+  return std::nullopt;
+}
 
-std::optional<LastEnd> findEnd(File& file) {
-  const std::uint64_t tailSize = std::min<std::uint64_t>(file.size(), kEndSize + kLongestComment);
-  const std::uint64_t tailStart = file.size() - tailSize;
-  const std::string tail = file.read(tailStart, tailSize);
-  if (tail.size() < kEndSize) return std::nullopt;
-  const std::size_t last = tail.rfind("PK\5\6", tail.size() - kEndSize);
-  if (last == std::string::npos) return std::nullopt;
-  return LastEnd{tailStart + last, tail.substr(last)};
+// Start of the part of the file in which an end record with its comment fits.
+std::uint64_t tailStart(const File& file) {
+  return file.size() - std::min<std::uint64_t>(file.size(), kEndSize + kLongestComment);
+}
+
+// End records begin before this position.
+std::uint64_t endLimit(const File& file) {
+  return file.size() < kEndSize ? 0 : file.size() - kEndSize + 1;
 }
 
 }  // namespace
 
-std::optional<CentralDirectory> readCentralDirectory(const std::filesystem::path& path) {
+std::optional<CentralDirectory> readCentralDirectory(const std::filesystem::path& path,
+                                                     std::size_t count) {
+  // As many and as far as the library considers.
+  constexpr int kMostEnds = 5;
+  constexpr std::uint64_t kLongestInterruption = 128 << 20;
   File file(path);
-  const auto last = findEnd(file);
-  if (!last) return std::nullopt;
-  const End end = endAt(file, Bytes(last->bytes), last->position);
-  auto records = recordsOf(file, end);
-  if (!records) return std::nullopt;
-  const std::uint64_t unused = unusedBefore(file, end, *records);
-  return CentralDirectory{*std::move(records), unused};
+  const std::uint64_t first = file.size() - std::min(file.size(), kLongestInterruption);
+  std::uint64_t limit = endLimit(file);
+  for (int i = 0; i < kMostEnds; ++i) {
+    const auto position = findEnd(file, first, limit);
+    if (!position) break;
+    const std::string bytes = file.read(*position, kEndSize);
+    const End end = endAt(file, Bytes(bytes), *position);
+    if (auto records = recordsOf(file, end); records && records->size() == count) {
+      const std::uint64_t whole = *position + kEndSize + Bytes(bytes).u16(20);
+      const std::uint64_t unused =
+          unusedBefore(file, end, *records) + file.size() - std::min(file.size(), whole);
+      return CentralDirectory{*std::move(records), unused};
+    }
+    limit = *position;
+  }
+  return std::nullopt;
 }
 
 bool isSplitArchive(const std::filesystem::path& path) {
   File file(path);
-  const auto last = findEnd(file);
-  if (!last) return Bytes(file.read(0, 4)).u32(0) == kSplitSignature;
-  const std::uint16_t disk = Bytes(last->bytes).u16(4);
+  const auto position = findEnd(file, tailStart(file), endLimit(file));
+  if (!position) return Bytes(file.read(0, 4)).u32(0) == kSplitSignature;
+  const std::uint16_t disk = Bytes(file.read(*position, kEndSize)).u16(4);
   return disk != 0 && disk != 0xFFFF;
 }

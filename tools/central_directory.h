@@ -29,14 +29,17 @@ struct EntryRecord {
 
 struct CentralDirectory {
   std::vector<EntryRecord> records;
-  // Bytes between the last entry and the directory. An append that was
-  // interrupted leaves such bytes.
+  // Bytes between the last entry and the directory, or after the directory that
+  // counts. An append that was interrupted leaves such bytes.
   std::uint64_t unusedBytes = 0;
 };
 
-// Reads the directory of the archive at `path`. Returns
-// nothing if the file cannot be read or has no sound directory.
-std::optional<CentralDirectory> readCentralDirectory(const std::filesystem::path& path);
+// Reads the directory of the archive at `path`, in which the library lists `count`
+// entries: that of the last end record, or of an earlier one if an append that was
+// interrupted has left others after it. Returns nothing if the file cannot be read
+// or has no sound directory of that size.
+std::optional<CentralDirectory> readCentralDirectory(const std::filesystem::path& path,
+                                                     std::size_t count);
 
 // True if the archive at `path` is one file of several, which is not supported.
 bool isSplitArchive(const std::filesystem::path& path);

@@ -37,8 +37,8 @@ bool readEntry(ZipReader* reader, const char* password, Progress& progress) {
   return read == 0;
 }
 
-void reportUnusedBytes(const std::string& zip, const Output& output) {
-  const auto directory = readCentralDirectory(systemPath(zip));
+void reportUnusedBytes(const std::string& zip, std::size_t entries, const Output& output) {
+  const auto directory = readCentralDirectory(systemPath(zip), entries);
   if (!directory || directory->unusedBytes == 0) return;
   output.warn(std::to_string(directory->unusedBytes) + " bytes of " + inQuotes(zip) +
               " belong to no entry; an append that was interrupted leaves such bytes, and every "
@@ -68,7 +68,7 @@ void test(const std::string& zip, const PasswordSource& source, Output& output) 
       ZipNextEntry(reader.get());
     }
   }
-  reportUnusedBytes(zip, output);
+  reportUnusedBytes(zip, entries.size(), output);
   const std::string verdict =
       output.failures() == 0 ? "no errors" : counted(output.failures(), "error", "errors");
   output.summary("tested " + counted(entries.size(), "entry", "entries") + " of " + printable(zip) +

@@ -21,6 +21,11 @@ TEST_F(VeskFs, PacksAndUnpacks) {
   check({{"unpack b.zip other/place --no-overwrite", 0,
           "unpacked 0 files into other/place, kept 2 existing files\n"}});
   EXPECT_EQ(read("other/place/b.txt"), "mine");
+
+  // A power failure during an append can leave zeros.
+  ASSERT_EQ(shell("head -c 2000000 /dev/zero >>a.zip"), 0);
+  check({{"test a.zip", 0, "tested 2 entries of a.zip: no errors\n", "2000000 bytes of 'a.zip'"},
+         {"unpack a.zip third", 0, "unpacked 2 files into third\n"}});
 }
 
 TEST_F(VeskFs, ChangesEntries) {
