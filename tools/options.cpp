@@ -2,10 +2,16 @@
 
 namespace {
 
+// Keeps the parser from listing the options that one excludes. An empty text would not.
+constexpr const char* kNoValue = " ";
+
 void addPasswordOptions(CLI::App& command, PasswordSource& password) {
-  auto* text = command.add_option("--password", password.text,
-                                  "password; other users can see it in the list of processes");
+  auto* text = command
+                   .add_option("--password", password.text,
+                               "password; other users can see it in the list of processes")
+                   ->option_text("PASSWORD");
   command.add_option("--password-file", password.file, "file whose first line is the password")
+      ->option_text("FILE")
       ->excludes(text);
 }
 
@@ -53,10 +59,14 @@ void describeList(CLI::App& app, Options& o) {
   CLI::App* command = app.add_subcommand("list", "Write the names of entries, one a line");
   command->add_option("ZIP", o.zip, "archive to list")->required();
   command->add_option("PATTERN", o.patterns, "names, or wildcards * and ?; all if left out");
-  auto* isLong = command->add_flag("-l,--long", o.isLong,
-                                   "with size, packed size, saving, date, CRC-32, method and "
-                                   "encryption, and a line of totals");
-  command->add_flag("--json", o.isJson, "the same as JSON")->excludes(isLong);
+  auto* isLong = command
+                     ->add_flag("-l,--long", o.isLong,
+                                "with size, packed size, saving, date, CRC-32, method and "
+                                "encryption, and a line of totals")
+                     ->option_text(kNoValue);
+  command->add_flag("--json", o.isJson, "the same as JSON, with comments")
+      ->option_text(kNoValue)
+      ->excludes(isLong);
   command->footer(
       "Control characters in names are written as `?`; --json writes names exactly.\n\n"
       "Examples:\n  vesk-fs list notes.zip\n  vesk-fs list -l notes.zip '*.txt'\n");
@@ -79,7 +89,8 @@ void describeAdd(CLI::App& app, Options& o) {
   command->add_option("ZIP", o.add.zip, "archive; created if it does not exist")->required();
   command->add_option("FILE", o.add.files, "files and directories; - for standard input")
       ->required();
-  command->add_option("--name", o.add.name, "name of the entry of a single file");
+  command->add_option("--name", o.add.name, "name of the entry of a single file")
+      ->option_text("NAME");
   addEncryptionOptions(*command, o.add.encryption);
   command->footer(
       "An entry is named after its file; the files of a directory are named by its own name and\n"
@@ -98,7 +109,7 @@ void describeRemove(CLI::App& app, Options& o) {
   command->add_option("ZIP", o.zip, "archive to change")->required();
   command->add_option("NAME", o.patterns, "names of entries, or wildcards * and ?")->required();
   command->footer(
-      "The last entry of an archive cannot be removed.\n\n"
+      "The only entry of an archive cannot be removed.\n\n"
       "Examples:\n  vesk-fs remove notes.zip todo.txt\n  vesk-fs remove notes.zip 'old/*'\n");
   command->callback([&o] { remove(o.zip, o.patterns, o.output); });
 }
@@ -176,6 +187,8 @@ void describe(CLI::App& app, Options& options) {
   app.footer(
       "`vesk-fs COMMAND --help` describes a command. The exit status is 0 for success, 1 for\n"
       "failure and 2 for wrong usage.\n");
+  // The help names arguments without their types; those that are optional are in brackets above.
+  for (const char* type : {"TEXT", "UINT", "REQUIRED"}) app.get_formatter()->label(type, "");
   describePack(app, options);
   describeUnpack(app, options);
   describeList(app, options);
