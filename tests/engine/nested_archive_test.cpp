@@ -21,38 +21,6 @@ with zipfile.ZipFile("outer.zip", "w") as z:
     z.writestr("inner.zip", inner.getvalue())
 )";
 
-// Reads groups of an archive, the archive after an append and the archive after a removal of
-// doc.txt. Checks that no readable entry is lost. An operation that failed left an empty one.
-constexpr const char* kChecker = R"(
-import io, struct, sys, zipfile, zlib
-def entries(data):
-    found = {}
-    try:
-        with zipfile.ZipFile(io.BytesIO(data)) as z:
-            for info in z.infolist():
-                # As programs do that go by the local header.
-                crc, size, _, name, extra = struct.unpack_from("<IIIHH", data, info.header_offset + 14)
-                start = info.header_offset + 30 + name + extra
-                stored = data[start:start + size]
-                if zlib.crc32(stored) == crc: found[info.filename] = stored
-                try: found[info.filename] = z.read(info)
-                except Exception: pass
-    except Exception: pass
-    return found
-groups = open("groups", "rb")
-def take():
-    size = groups.read(4)
-    return groups.read(struct.unpack("<I", size)[0]) if size else None
-written = 0
-while (before := take()) is not None:
-    appended, removed, known = take(), take(), entries(before)
-    written += (appended != b"") + (removed != b"")
-    if appended and not known.items() <= entries(appended).items(): sys.exit(1)
-    if removed and not {i for i in known.items() if i[0] != "doc.txt"} <= entries(removed).items():
-        sys.exit(2)
-if written < 4000: sys.exit(3)
-)";
-
 bool append(const std::string& path) {
   ZipWriter* const writer = ZipOpenWriter(path.c_str(), ZipModeAppend);
   return addEntry(writer, "added", "new") & (ZipCloseWriter(writer, nullptr) == 0);
@@ -69,29 +37,38 @@ bool copyWithout(const std::string& path, const std::string& target) {
   return ZipCloseWriter(writer, nullptr) == 0 && copied;
 }
 
-void addGroup(std::string& groups, const std::string& bytes) {
-  const std::uint32_t size = static_cast<std::uint32_t>(bytes.size());
-  groups.append(reinterpret_cast<const char*>(&size), sizeof(size)).append(bytes);
+// Checks that entries that could be read are still there, but for doc.txt if it was to be removed.
+void expectKept(const Entries& before, const std::string& path, bool withDocument) {
+  const Entries after = readArchive(path);
+  for (const auto& [name, content] : before) {
+    if (content == "<unreadable>" || (name == "doc.txt" && !withDocument)) continue;
+    EXPECT_TRUE(after.count(name) != 0 && after.at(name) == content) << name;
+  }
 }
 
 TEST(NestedArchive, IsNeverTakenForTheOuterOne) {
   const support::TemporaryFolder folder;
-  const auto python = [&](const std::string& code) {
-    return support::run(folder.path(), "python3 -c '" + code + "'");
-  };
-  ASSERT_EQ(python(kMaker), 0);
+  ASSERT_EQ(support::run(folder.path(), std::string("python3 -c '") + kMaker + "'"), 0);
   const std::string path = folder.file("outer.zip");
+  const std::string copy = folder.file("copy.zip");
   const std::string whole = support::readFile(path);
   ASSERT_EQ(whole.size(), 335U);
 
-  std::string groups;
+  int changed = 0;
   const auto check = [&](const std::string& bytes) {
     support::writeFile(path, bytes);
-    EXPECT_NE(ZipLocateEntry(Reader(ZipOpenReader(path.c_str())).get(), "inner.txt", 0), 0);
-    const bool copied = copyWithout(path, folder.file("copy.zip"));
-    addGroup(groups, bytes);
-    addGroup(groups, append(path) ? support::readFile(path) : "");
-    addGroup(groups, copied ? support::readFile(folder.file("copy.zip")) : "");
+    Entries before = readArchive(path);
+    if (before.erase("<no archive>") == 0) {
+      EXPECT_EQ(before.size(), 2U) << before.begin()->first;
+    }
+    if (copyWithout(path, copy)) {
+      expectKept(before, copy, false);
+      ++changed;
+    }
+    if (append(path)) {
+      expectKept(before, path, true);
+      ++changed;
+    }
   };
   for (std::size_t size = 0; size < whole.size(); ++size) {
     SCOPED_TRACE("cut at " + std::to_string(size));
@@ -103,8 +80,7 @@ TEST(NestedArchive, IsNeverTakenForTheOuterOne) {
     bytes[bit / 8] = static_cast<char>(bytes[bit / 8] ^ 1 << bit % 8);
     check(bytes);
   }
-  support::writeFile(folder.file("groups"), groups);
-  EXPECT_EQ(python(kChecker), 0);
+  EXPECT_GT(changed, 4000);
 }
 
 }  // namespace

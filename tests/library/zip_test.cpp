@@ -1,63 +1,14 @@
 #include <filesystem/files.h>
 #include <filesystem/zip.h>
-#include <filesystem/zip_archive.h>
-#include <gtest/gtest.h>
 
 #include <random>
-#include <string>
 #include <utility>
-#include <vector>
 
-#include "platform/unique_handle.h"
-#include "platform/win32.h"
+#include "library/zip.h"
 #include "support/noise.h"
 #include "support/programs.h"
-#include "support/temporary_folder.h"
 
 namespace {
-
-using Names = std::vector<std::string>;
-using Bytes = std::vector<unsigned char>;
-
-constexpr unsigned int kRead = GENERIC_READ;
-constexpr unsigned int kReadWrite = GENERIC_READ | GENERIC_WRITE;
-
-Bytes bytesOf(const std::string& text) { return {text.begin(), text.end()}; }
-
-class Zip : public testing::Test {
- protected:
-  // Creates the archive with one entry for each name. The content of an entry is its name.
-  void make(const Names& names) {
-    ZipArchive archive;
-    ASSERT_EQ(archive.create(path_.c_str(), 1), 1);
-    for (const std::string& name : names) {
-      ASSERT_EQ(archive.insert(bytesOf(name), name, "note of " + name, 0), 1) << name;
-    }
-  }
-  // The archive, opened for one call.
-  ZipArchive readable() const { return opened(kRead); }
-  ZipArchive writable() const { return opened(kReadWrite); }
-  ZipArchive opened(unsigned int access) const {
-    ZipArchive archive;
-    EXPECT_EQ(archive.open(path_.c_str(), access), 1);
-    return archive;
-  }
-  Names names() const {
-    Names result;
-    readable().enumerate(result);
-    return result;
-  }
-  std::string contentOf(const char* name, const char* password = "") const {
-    ZipArchive archive = readable();
-    archive.password(password);
-    Bytes bytes;
-    if (archive.extract(name, bytes) == 0) return "<nothing>";
-    return {bytes.begin(), bytes.end()};
-  }
-
-  support::TemporaryFolder folder_;
-  std::string path_ = folder_.file("a.zip");
-};
 
 TEST_F(Zip, Lifecycle) {
   ZipArchive archive;
@@ -381,11 +332,7 @@ TEST_F(Zip, ExtractionIsWholeOrNothing) {
   }
 }
 
-class ZipFolders : public Zip {
- protected:
-  std::string in_ = folder_.file("in");
-  std::string out_ = folder_.file("out");
-};
+class ZipFolders : public Zip {};
 
 TEST_F(ZipFolders, TreeComesBack) {
   for (const char* name : {"empty", "a b/ü.txt", ".dot/.file", "Größe/ÄÖÜ äöü é ñ ç"}) {

@@ -1,9 +1,7 @@
-// Archives, symbolic links, and processes that are killed.
+// Archives with links, with temporary files, and on a full disk.
 
 #include <fcntl.h>
 #include <filesystem/zip.h>
-#include <filesystem/zip_archive.h>
-#include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 
@@ -11,27 +9,16 @@
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
-#include <string>
-#include <vector>
 
-#include "platform/unique_handle.h"
-#include "platform/win32.h"
+#include "library/zip.h"
 #include "support/linux/forked_process.h"
 #include "support/noise.h"
+#include "support/open_file.h"
 #include "support/programs.h"
-#include "support/temporary_folder.h"
 
 namespace {
 
-constexpr unsigned int kRead = GENERIC_READ;
-
-class ZipOnLinux : public testing::Test {
- protected:
-  support::TemporaryFolder folder_;
-  std::string path_ = folder_.file("a.zip");
-  std::string in_ = folder_.file("in");
-  std::string out_ = folder_.file("out");
-};
+class ZipOnLinux : public Zip {};
 
 TEST_F(ZipOnLinux, BackslashesInNamesComeBack) {
   support::writeFile(folder_.file("in/x\\y/back\\slash"), "x");
@@ -47,10 +34,7 @@ TEST_F(ZipOnLinux, ExtractionFollowsNoLinks) {
   const std::filesystem::path link = folder_.path() / "out" / "link";
   for (const std::string name : {"link", "link/file"}) {
     const bool replaces = name == "link";
-    ZipArchive archive;
-    ASSERT_EQ(archive.create(path_.c_str(), 1), 1);
-    ASSERT_EQ(archive.insert({'x'}, name, "", 0), 1);
-    archive.open(path_.c_str(), kRead);
+    make({name});
     for (const char* const target : {"../outside/file", "../outside/missing", "../outside"}) {
       SCOPED_TRACE(name + ' ' + target);
       const auto restoreLink = [&] {
@@ -62,7 +46,7 @@ TEST_F(ZipOnLinux, ExtractionFollowsNoLinks) {
       EXPECT_EQ(FRT_UNZIP_FILE(path_.c_str(), out_.c_str()), replaces);
       EXPECT_EQ(std::filesystem::is_symlink(link), !replaces);
       restoreLink();
-      EXPECT_EQ(archive.extract(std::vector<std::string>{name}, (out_ + "/").c_str()), replaces);
+      EXPECT_EQ(readable().extract(Names{name}, (out_ + "/").c_str()), replaces);
       EXPECT_EQ(std::filesystem::is_symlink(link), !replaces);
       EXPECT_EQ(support::outputOf(folder_.path(), "ls outside; cat outside/file"),
                 "file\nuntouched");
@@ -71,25 +55,18 @@ TEST_F(ZipOnLinux, ExtractionFollowsNoLinks) {
 }
 
 TEST_F(ZipOnLinux, ExtractionToAFileOfADrive) {
-  ZipArchive archive;
-  ASSERT_EQ(archive.create(path_.c_str(), 1), 1);
-  ASSERT_EQ(archive.insert({'x'}, "entry", "", 0), 1);
+  make({"entry"});
   const std::filesystem::path before = std::filesystem::current_path();
   std::filesystem::current_path(folder_.path());
-  EXPECT_EQ(archive.extract("entry", "C:name"), 1);
+  EXPECT_EQ(readable().extract("entry", "C:name"), 1);
   std::filesystem::current_path(before);
-  EXPECT_EQ(support::readFile(folder_.file("name")), "x");
+  EXPECT_EQ(support::readFile(folder_.file("name")), "entry");
 }
 
 // Another process exchanges a directory of the target, and a file in another one, for links all the
 // time.
 TEST_F(ZipOnLinux, ExtractionFollowsNoLinksThatAreSwappedIn) {
-  {
-    ZipArchive archive;
-    ASSERT_EQ(archive.create(path_.c_str(), 1), 1);
-    ASSERT_EQ(archive.insert({'x'}, "folder/file", "", 0), 1);
-    ASSERT_EQ(archive.insert({'x'}, "stable/file", "", 0), 1);
-  }
+  make({"folder/file", "stable/file"});
   support::writeFile(folder_.file("outside/file"), "untouched");
   support::writeFile(folder_.file("out/stable/file"), "old");
   std::filesystem::create_directory(out_ + "/folder");
@@ -113,27 +90,21 @@ TEST_F(ZipOnLinux, ExtractionFollowsNoLinksThatAreSwappedIn) {
 // Temporary files that killed processes left are deleted when they are older than a day and no
 // process holds them. Files of other names are kept.
 TEST_F(ZipOnLinux, RemovalDeletesAbandonedTemporaryFiles) {
-  constexpr std::time_t kDay = 24 * 60 * 60;
+  constexpr std::time_t kHour = 60 * 60;
+  constexpr std::time_t kDay = 24 * kHour;
   const std::string temporary = folder_.file("tmp");
-  const auto writeOld = [&](const char* name, std::time_t age) {
-    support::writeFile(temporary + "/" + name, "x");
-    support::setWriteTime(temporary + "/" + name, std::time(nullptr) - age);
-  };
-  writeOld("~zaA1.TMP", kDay + 60);
-  writeOld("~zaFFFF.TMP", 400 * kDay);
-  writeOld("~zaB1.TMP", kDay - 60);
-  writeOld("~zaC1.TMP", 2 * kDay);
-  for (const char* name : {"~za.TMP", "~za1A.txt", "~za1A2B3.TMP", "~zaNote.TMP", "~za1.2.TMP"}) {
-    writeOld(name, 2 * kDay);
+  for (const char* name : {"~zaA1.TMP", "~zaFFFF.TMP", "~zaB1.TMP", "~zaC1.TMP", "~za.TMP",
+                           "~za1A.txt", "~za1A2B3.TMP", "~zaNote.TMP", "~za1.2.TMP"}) {
+    const std::string file = temporary + "/" + name;
+    support::writeFile(file, "x");
+    const bool isYoung = file.ends_with("B1.TMP");
+    support::setWriteTime(file, std::time(nullptr) - kDay + (isYoung ? kHour : -kHour));
   }
-  const platform::FileHandle held(CreateFileA((temporary + "/~zaC1.TMP").c_str(), GENERIC_READ, 0,
-                                              nullptr, OPEN_EXISTING, 0, nullptr));
+  const platform::FileHandle held = support::openFile(temporary + "/~zaC1.TMP", GENERIC_READ);
   ASSERT_TRUE(held);
   setenv("TMPDIR", temporary.c_str(), 1);
-  ZipArchive archive;
-  ASSERT_EQ(archive.create(path_.c_str(), 1), 1);
-  ASSERT_EQ(archive.insert({'x'}, "a", "", 0) + archive.insert({'x'}, "b", "", 0), 2);
-  EXPECT_EQ(archive.remove("a"), 1);
+  make({"a", "b"});
+  EXPECT_EQ(writable().remove("a"), 1);
   unsetenv("TMPDIR");
   EXPECT_EQ(support::outputOf(temporary, "ls -A | LC_ALL=C sort | tr '\\n' ' '"),
             "~za.TMP ~za1.2.TMP ~za1A.txt ~za1A2B3.TMP ~zaB1.TMP ~zaC1.TMP ~zaNote.TMP ");
@@ -164,8 +135,7 @@ TEST_F(ZipOnLinux, PackingEndsAtTheFirstFailure) {
 
 // A process that is killed while it replaces an archive can leave the new version beside it.
 TEST_F(ZipOnLinux, OpeningRemovesAnUnfinishedVersion) {
-  ZipArchive archive;
-  ASSERT_EQ(archive.create(path_.c_str(), 1), 1);
+  make({});
   struct stat status {};
   ASSERT_EQ(stat(path_.c_str(), &status), 0);
   char name[40];
@@ -173,7 +143,7 @@ TEST_F(ZipOnLinux, OpeningRemovesAnUnfinishedVersion) {
                 static_cast<unsigned long long>(status.st_ino));
   support::writeFile(folder_.file(name), "a new version");
   support::writeFile(folder_.file(".~copy0.tmp"), "another file's");
-  ASSERT_EQ(archive.open(path_.c_str(), kRead), 1);
+  readable();
   EXPECT_FALSE(support::exists(folder_.file(name)));
   EXPECT_TRUE(support::exists(folder_.file(".~copy0.tmp")));
 }
