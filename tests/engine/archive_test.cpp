@@ -9,6 +9,7 @@
 #include "platform/code_page.h"
 #include "support/programs.h"
 #include "support/temporary_folder.h"
+#include "zip/engine/entry_record.h"
 
 namespace {
 
@@ -55,8 +56,10 @@ TEST_F(Archive, IsReadByThisAndOtherPrograms) {
     const Reader reader(ZipOpenReader(path_.c_str()));
     ASSERT_EQ(ZipLocateEntry(reader.get(), "one", 0), 0);
     char comment[10] = {};
-    ZipReadEntryInfo(reader.get(), nullptr, nullptr, 0, nullptr, 0, comment, sizeof(comment));
+    ZipEntryInfo info{};
+    ZipReadEntryInfo(reader.get(), &info, nullptr, 0, nullptr, 0, comment, sizeof(comment));
     EXPECT_STREQ(comment, "note");
+    EXPECT_EQ(zip_engine::dosDateOf(info.date), info.dosDate);
     char extra[5] = {};
     EXPECT_EQ(ZipOpenEntry(reader.get(), nullptr, nullptr, 0, password), 0);
     EXPECT_EQ(ZipReadLocalExtra(reader.get(), extra, sizeof(extra)), 5);

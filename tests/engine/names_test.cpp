@@ -63,6 +63,7 @@ TEST(Names, OfOtherProgramsAreShownFoundAndKept) {
   } const rows[] = {
       {"slashes", "a\\b.txt", "a/b.txt", kNone, {}, "a/b.txt"},
       {"flagged in the directory only", oldName, "größ.txt", kUtf8, {}, "größ.txt"},
+      {"one letter", "\x94.txt", "ö.txt", kUtf8, {}, "ö.txt"},
       {"code page 437", oldName, oldName, kNone, {}, "größ.txt"},
       {"flagged wrongly", oldName, oldName, everyName ? kUtf8 : kNone, {}, "größ.txt"},
       {"not flagged", anyName, anyName, kNone, {}, anyName},

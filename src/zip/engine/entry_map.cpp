@@ -62,7 +62,7 @@ std::size_t NameIndex::find(const CentralDirectory& directory, std::string_view 
 }
 
 void NameIndex::build(const CentralDirectory& directory) {
-  slots_.resize(std::bit_ceil(static_cast<std::size_t>(directory.entryCount) * 2 + 1));
+  slots_.resize(std::bit_ceil(static_cast<std::size_t>(directory.entryCount) * 2));
   const std::size_t mask = slots_.size() - 1;
   std::string converted;
   std::string other;
