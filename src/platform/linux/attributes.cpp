@@ -4,7 +4,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstring>
 
 #include "platform/linux/last_error.h"
 #include "platform/linux/native_path.h"
@@ -42,8 +41,7 @@ DWORD attributesOf(const char* name, mode_t mode, bool isLink) {
   } else {
     attributes |= FILE_ATTRIBUTE_ARCHIVE;
   }
-  const bool isDots = std::strcmp(name, ".") == 0 || std::strcmp(name, "..") == 0;
-  if (name[0] == '.' && !isDots) attributes |= FILE_ATTRIBUTE_HIDDEN;
+  if (name[0] == '.' && !isDots(name)) attributes |= FILE_ATTRIBUTE_HIDDEN;
   return attributes;
 }
 

@@ -10,4 +10,8 @@ namespace platform::native {
 // Returns the Win32 error code; a missing folder counts as a missing file.
 DWORD deleteAt(int folder, const char* path);
 
+// Does the same for a name that its folder lists as that of a regular file, with
+// one system call less on a path.
+DWORD deleteRegularAt(int folder, const char* path);
+
 }  // namespace platform::native

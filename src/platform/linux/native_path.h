@@ -47,6 +47,12 @@ class NativePath {
 std::string folderOf(std::string_view path);
 const char* nameOf(const char* path);
 
+// True for the names `.` and `..`.
+inline bool isDots(const char* name) {
+  if (name[0] != '.') return false;
+  return name[1] == '\0' || (name[1] == '.' && name[2] == '\0');
+}
+
 // Writes a file name as searches return it: each backslash becomes U+F05C. Returns the length
 // written without terminator, or 0 if `size` bytes are too few or if the name itself contains
 // U+F05C, since no path text can then name the file.

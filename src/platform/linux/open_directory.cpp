@@ -10,7 +10,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <string_view>
 #include <utility>
 
 #include "platform/linux/attributes.h"
@@ -115,14 +114,15 @@ bool OpenDirectory::next() {
       state_->listed = true;
       return false;
     }
-    const std::string_view stored = state_->entry->d_name;
-    if (stored == "." || stored == "..") continue;
-    if (displayName(stored.data(), state_->name, sizeof(state_->name)) == 0) state_->name[0] = '\0';
-    return true;
+    if (!isDots(state_->entry->d_name)) return true;
   }
 }
 
-const char* OpenDirectory::name() const { return state_->name; }
+const char* OpenDirectory::name() const {
+  char* const name = state_->name;
+  if (displayName(state_->entry->d_name, name, sizeof(state_->name)) == 0) *name = '\0';
+  return name;
+}
 
 std::string OpenDirectory::storedName() const { return state_->entry->d_name; }
 
@@ -149,7 +149,8 @@ bool OpenDirectory::lastWrite(FILETIME& time) const {
 }
 
 bool OpenDirectory::deleteEntry() {
-  const DWORD error = deleteAt(dirfd(state_->stream.get()), state_->entry->d_name);
+  const auto remove = isRegular() ? deleteRegularAt : deleteAt;
+  const DWORD error = remove(dirfd(state_->stream.get()), state_->entry->d_name);
   return error == ERROR_SUCCESS || fail(error) != FALSE;
 }
 
