@@ -2,7 +2,11 @@
 
 #include <climits>
 
+#include "platform/utf8.h"
+
 std::string platform::convertCodePage(const std::string& text, UINT from, UINT to) {
+  // ASCII is the same in all ANSI and OEM code pages.
+  if (isAscii(text)) return text;
   if (text.size() > INT_MAX) return {};
   const int length = static_cast<int>(text.size());
   const int units = MultiByteToWideChar(from, 0, text.data(), length, nullptr, 0);

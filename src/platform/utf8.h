@@ -2,6 +2,8 @@
 // Decoding and validating UTF-8 (RFC 3629).
 
 #include <cstddef>
+#include <cstdint>
+#include <cstring>
 #include <string_view>
 
 namespace platform {
@@ -34,6 +36,24 @@ inline char32_t takeUtf8(std::string_view& text) {
   }
   text.remove_prefix(length);
   return value;
+}
+
+inline bool isAscii(std::string_view text) {
+  constexpr std::uint64_t kHighBits = 0x8080808080808080;
+  const auto eightAt = [&](std::size_t at) {
+    std::uint64_t bits;
+    std::memcpy(&bits, text.data() + at, sizeof(bits));
+    return bits;
+  };
+  const std::size_t size = text.size();
+  std::uint64_t bits = 0;
+  if (size < sizeof(bits)) {
+    for (const char c : text) bits |= static_cast<std::uint64_t>(c);
+    return (bits & kHighBits) == 0;
+  }
+  for (std::size_t at = 0; at + sizeof(bits) <= size; at += sizeof(bits)) bits |= eightAt(at);
+  // The last eight may overlap with those before them.
+  return ((bits | eightAt(size - sizeof(bits))) & kHighBits) == 0;
 }
 
 inline bool isUtf8(std::string_view text) {

@@ -11,14 +11,22 @@
 namespace zip_engine {
 namespace {
 
-// Calls `visit(record, offset)` for each record until it returns false.
+// Calls `visit(record, offset)` for each record until it returns false. The record has no sizes.
 template <typename Visit>
-void forEachRecord(const CentralDirectory& directory, Visit visit) {
+void forEachName(const CentralDirectory& directory, Visit visit) {
   for (std::size_t offset = 0; offset < directory.blob.size();) {
-    const CentralRecord record = recordAt(directory, offset);
+    const CentralRecord record{.bytes = directory.blob.data() + offset};
     if (!visit(record, offset)) return;
     offset += record.size();
   }
+}
+
+// Calls `visit(record)` for each record until it returns false.
+template <typename Visit>
+void forEachRecord(const CentralDirectory& directory, Visit visit) {
+  forEachName(directory, [&](const CentralRecord&, std::size_t offset) {
+    return visit(recordAt(directory, offset));
+  });
 }
 
 std::uint64_t startOf(const CentralDirectory& directory, const CentralRecord& record) {
@@ -45,7 +53,7 @@ std::size_t NameIndex::find(const CentralDirectory& directory, std::string_view 
   if (!lookedBefore_) {
     lookedBefore_ = true;
     std::size_t found = kNone;
-    forEachRecord(directory, [&](const CentralRecord& record, std::size_t offset) {
+    forEachName(directory, [&](const CentralRecord& record, std::size_t offset) {
       if (matcher.matches(record)) found = offset;
       return found == kNone;
     });
@@ -66,7 +74,7 @@ void NameIndex::build(const CentralDirectory& directory) {
   const std::size_t mask = slots_.size() - 1;
   std::string converted;
   std::string other;
-  forEachRecord(directory, [&](const CentralRecord& record, std::size_t offset) {
+  forEachName(directory, [&](const CentralRecord& record, std::size_t offset) {
     const std::string_view name = oemName(record, converted);
     std::size_t slot = std::hash<std::string_view>{}(name)&mask;
     for (; slots_[slot] != 0; slot = (slot + 1) & mask) {
@@ -85,7 +93,7 @@ bool EntryMap::locate(const CentralDirectory& directory, const CentralRecord& re
   if (!lookedBefore_) {
     lookedBefore_ = true;
     bool apart = true;
-    forEachRecord(directory, [&](const CentralRecord& other, std::size_t) {
+    forEachRecord(directory, [&](const CentralRecord& other) {
       const std::uint64_t otherStart = startOf(directory, other);
       if (otherStart > start) {
         limit = std::min(limit, otherStart);
@@ -110,7 +118,7 @@ bool EntryMap::locate(const CentralDirectory& directory, const CentralRecord& re
 
 void EntryMap::build(const CentralDirectory& directory) {
   places_.reserve(static_cast<std::size_t>(directory.entryCount));
-  forEachRecord(directory, [&](const CentralRecord& record, std::size_t) {
+  forEachRecord(directory, [&](const CentralRecord& record) {
     places_.push_back({startOf(directory, record), leastEndOf(directory, record)});
     return true;
   });
@@ -125,7 +133,7 @@ void EntryMap::build(const CentralDirectory& directory) {
 
 bool endBeforeDirectory(const CentralDirectory& directory) {
   bool allBefore = true;
-  forEachRecord(directory, [&](const CentralRecord& record, std::size_t) {
+  forEachRecord(directory, [&](const CentralRecord& record) {
     allBefore = leastEndOf(directory, record) <= directory.position;
     return allBefore;
   });

@@ -1,6 +1,5 @@
 #include "zip/engine/entry_name.h"
 
-#include <cstring>
 #include <optional>
 
 #include "platform/code_page.h"
@@ -11,24 +10,6 @@
 
 namespace zip_engine {
 namespace {
-
-bool isAscii(std::string_view name) {
-  constexpr std::uint64_t kHighBits = 0x8080808080808080;
-  const auto eightAt = [&](std::size_t at) {
-    std::uint64_t bits;
-    std::memcpy(&bits, name.data() + at, sizeof(bits));
-    return bits;
-  };
-  const std::size_t size = name.size();
-  std::uint64_t bits = 0;
-  if (size < sizeof(bits)) {
-    for (const char c : name) bits |= static_cast<std::uint64_t>(c);
-    return (bits & kHighBits) == 0;
-  }
-  for (std::size_t at = 0; at + sizeof(bits) <= size; at += sizeof(bits)) bits |= eightAt(at);
-  // The last eight may overlap with those before them.
-  return ((bits | eightAt(size - sizeof(bits))) & kHighBits) == 0;
-}
 
 constexpr std::uint16_t kUnicodePathId = 0x7075;
 
@@ -47,7 +28,7 @@ std::optional<std::string_view> unicodePath(const CentralRecord& record) {
 }  // namespace
 
 ArchiveName archiveName(const std::string& oemName) {
-  if (isAscii(oemName)) return {oemName, NameEncoding::Ascii};
+  if (platform::isAscii(oemName)) return {oemName, NameEncoding::Ascii};
   if (GetOEMCP() == CP_UTF8) {
     return {oemName, platform::isUtf8(oemName) ? NameEncoding::Utf8 : NameEncoding::Unknown};
   }
@@ -57,7 +38,7 @@ ArchiveName archiveName(const std::string& oemName) {
 std::string_view oemName(const CentralRecord& record, std::string& converted) {
   const std::optional<std::string_view> unicode = unicodePath(record);
   const std::string_view name = unicode.value_or(record.name());
-  if (isAscii(name)) return name;
+  if (platform::isAscii(name)) return name;
   if (GetOEMCP() == CP_UTF8) {
     if (platform::isUtf8(name) || record.versionMadeBy() == kMadeByUnknownNames) return name;
     return converted = utf8OfCp437(name);
@@ -67,7 +48,7 @@ std::string_view oemName(const CentralRecord& record, std::string& converted) {
 }
 
 NameMatcher::NameMatcher(std::string_view oemName)
-    : name_(oemName), isPlain_(GetOEMCP() == CP_UTF8 && isAscii(oemName)) {}
+    : name_(oemName), isPlain_(GetOEMCP() == CP_UTF8 && platform::isAscii(oemName)) {}
 
 bool isSameName(std::string_view local, std::string_view central) {
   if (local == central) return true;

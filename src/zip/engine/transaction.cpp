@@ -43,8 +43,9 @@ bool Transaction::openExisting(const char* path) {
   start_ = before_.position;
   if (beforeSize_ - start_ > before_.blob.size() + kLargestGap) start_ = beforeSize_;
   flushed_ = start_;
-  beforeTail_.resize(static_cast<std::size_t>(beforeSize_ - start_));
-  return file_.readAt(start_, beforeTail_.data(), beforeTail_.size());
+  const std::uint64_t afterDirectory = start_ + (start_ == beforeSize_ ? 0 : before_.blob.size());
+  beforeTail_.resize(static_cast<std::size_t>(beforeSize_ - afterDirectory));
+  return file_.readAt(afterDirectory, beforeTail_.data(), beforeTail_.size());
 }
 
 Bytes& Transaction::bufferForPart(std::size_t size) {
@@ -102,9 +103,9 @@ bool Transaction::writeBackup(std::uint64_t end) {
     backupStart_ = copy;
     return true;
   };
-  Bytes whole = before_.blob;
   const Bytes whenSmall = endRecordsFor(nextPage(end));
-  if (whole.size() + whenSmall.size() <= kPage) {
+  if (before_.blob.size() + whenSmall.size() <= kPage) {
+    Bytes whole = before_.blob;
     whole.insert(whole.end(), whenSmall.begin(), whenSmall.end());
     return file_.writeAt(nextPage(end), whole.data(), whole.size()) && writtenAt(nextPage(end));
   }
@@ -165,10 +166,12 @@ bool Transaction::commit(const Bytes& kept, const Bytes& added, std::uint64_t en
 
 void Transaction::restore() {
   if (!touched_) return;
+  const std::uint64_t tail = beforeSize_ - beforeTail_.size();
+  const bool isRestored =
+      file_.writeAt(start_, before_.blob.data(), static_cast<std::size_t>(tail - start_)) &&
+      file_.writeAt(tail, beforeTail_.data(), beforeTail_.size());
   // On failure the backup directory stays, and with it all entries.
-  if (file_.writeAt(start_, beforeTail_.data(), beforeTail_.size()) && sync()) {
-    file_.truncate(beforeSize_);
-  }
+  if (isRestored && sync()) file_.truncate(beforeSize_);
 }
 
 }  // namespace zip_engine

@@ -70,7 +70,7 @@ class Transaction {
   ArchiveFile file_;
   bool durable_ = false;
   CentralDirectory before_;
-  Bytes beforeTail_;  // the old bytes from start_ on: directory and end record
+  Bytes beforeTail_;  // the old bytes after the directory, if that is overwritten
   std::uint64_t beforeSize_ = 0;
   std::uint64_t start_ = 0;    // absolute; where appended bytes begin
   std::uint64_t flushed_ = 0;  // absolute; where the buffer begins
