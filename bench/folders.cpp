@@ -103,7 +103,7 @@ void fill(const std::string& folder, std::size_t count) {
 Operation clearStorage(const Workspace& workspace) {
   const std::size_t count = workspace.scaled(10'000);
   return {.name = "TemporaryStorage::clear, 10,000 files",
-          .target = 1.3,
+          .target = 1.15,
           .ours =
               [=, &workspace](int eighths) {
                 FileSystem::TemporaryStorage storage;
