@@ -97,10 +97,16 @@ bool isBackup(const ArchiveFile& file, std::uint64_t position, std::uint64_t siz
   return true;
 }
 
+constexpr std::string_view kSignature("PK\5\6", 4);
+
+// What passes for a comment may be the rest of an archive that holds this one as an entry.
+bool holdsEndRecord(std::string_view comment) {
+  return comment.find(kSignature) != std::string_view::npos;
+}
+
 // The positions of end records in a part of the file, in ascending order.
 std::optional<std::vector<std::uint64_t>> findEndRecords(const ArchiveFile& file,
                                                          std::uint64_t begin, std::uint64_t end) {
-  constexpr std::string_view kSignature("PK\5\6", 4);
   std::string block(static_cast<std::size_t>(end - begin), '\0');
   if (!file.readAt(begin, block.data(), block.size())) return std::nullopt;
   std::vector<std::uint64_t> found;
@@ -121,8 +127,8 @@ bool readAt(const ArchiveFile& file, std::uint64_t position, std::uint64_t size,
   EndRecord end;
   if (piece.bytes.size() < at + kEndSize ||
       !file.readAt(begin, piece.bytes.data(), piece.bytes.size()) ||
-      !readEndRecord(file, piece, at, end) || !readDirectory(end, directory) ||
-      lacksSector(directory)) {
+      !readEndRecord(file, piece, at, end) || holdsEndRecord(end.comment) ||
+      !readDirectory(end, directory) || lacksSector(directory)) {
     return false;
   }
   directory.comment = std::move(end.comment);
