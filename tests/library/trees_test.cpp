@@ -118,20 +118,27 @@ TEST_F(Trees, LockFiles) {
 }
 
 TEST_F(Trees, Sweep) {
-  write("top.tmp", "", 10 * kDay);
-  write(support::kPlatform.exactCase ? "top.TMP" : "other.TMP", "", 10 * kDay);
-  write("top.txt", "", 10 * kDay);
-  write("young.tmp", "");
-  write("old/deep/a.txt", "", 8 * kDay);
-  write("mixed/old", "", 8 * kDay);
-  write("mixed/young", "", 6 * kDay);
-  write("outside/old", "", 100 * kDay);
   std::filesystem::create_directory(folder_.file("void"));
   EXPECT_EQ(FileSystem::eraseOldFile(folder_.text(), 4294967295U), 0U);
   EXPECT_FALSE(exists("void"));
+  struct {
+    const char* name;
+    std::time_t days;
+    bool stays;
+  } const cases[] = {
+      {"top.tmp", 10, false},
+      {support::kPlatform.exactCase ? "top.TMP" : "other.TMP", 10, false},
+      {"top.txt", 10, true},
+      {"young.tmp", 0, true},
+      {"old/deep/a.txt", 8, false},
+      {"mixed/old", 8, false},
+      {"mixed/young", 6, true},
+      {"outside/old", 100, false},
+      {"held/old", 8, false},
+  };
+  for (const auto& c : cases) write(c.name, "", c.days * kDay);
   {
     // Could be deleted, but FileExists denies it.
-    write("held/old", "", 8 * kDay);
     const platform::FileHandle held =
         support::openFile(folder_.file("held/old"), GENERIC_READ, FILE_SHARE_DELETE);
     std::filesystem::create_directory(folder_.file("void"));
@@ -140,17 +147,14 @@ TEST_F(Trees, Sweep) {
     EXPECT_EQ(old.size(), 6U);
     EXPECT_TRUE(exists("void"));
     for (std::size_t i = 1; i < old.size(); ++i)
-      EXPECT_NE(FileSystem::FileExists(old[i].c_str()), 0);
+      EXPECT_TRUE(FileSystem::FileExists(old[i].c_str()));
     EXPECT_EQ(FileSystem::eraseOldFile(folder_.text(), 7), 5U);
     for (const std::string& file : old) EXPECT_EQ(FileSystem::FileExists(file.c_str()), 0) << file;
   }
   EXPECT_EQ(FileSystem::eraseOldFile(folder_.text(), 7), 1U);
-  for (const char* gone : {"top.tmp", "top.TMP", "other.TMP", "old", "mixed/old", "outside"}) {
-    EXPECT_FALSE(exists(gone)) << gone;
-  }
-  for (const char* stays : {"top.txt", "young.tmp", "mixed/young"}) {
-    EXPECT_TRUE(exists(stays)) << stays;
-  }
+  for (const auto& c : cases) EXPECT_EQ(exists(c.name), c.stays) << c.name;
+  EXPECT_FALSE(exists("old"));
+  EXPECT_FALSE(exists("outside"));
   write("future.tmp", "", -kDay);
   EXPECT_EQ(FileSystem::eraseOldFile(folder_.text(), 0), 2U);
   EXPECT_TRUE(exists("future.tmp"));

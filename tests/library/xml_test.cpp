@@ -145,16 +145,12 @@ TEST(Xml, Content) {
       {"<a>x</a>", "a", "x", "<a>x</a>", "x"},
       {"<a k=\"1\">x</a>", "a", "x", "<a k=\"1\">x</a>", "x"},
       {"<a>1<a>2</a>3</a>z", "a", "1<a>2</a>3", "<a>1<a>2</a>3</a>", "1<a>2"},
-      {"<a>1</a><a>2</a>", "a", "1", "<a>1</a>", "1"},
       {"<a></a>", "a", "", "", ""},
-      {"<a>x", "a", "", "", ""},
       {"<a/>", "a", "", "", ""},
       {"</a><a>x</a>", "a", "", "", ""},
       {"<ab>x</ab><a>y</a>", "a", "", "", "x</ab><a>y"},
-      {"<ab>x</ab>", "a", "", "", ""},
       {"<Name>x</Name>", "Name", "", "", "x"},
       {"<a>&lt;</a>", "a", "<", "<a>&lt;</a>", "&lt;"},
-      {"<a><a/></a>", "a", "", "", "<a/>"},
       {"<a b='</a>'>x</a>", "a", "", "", ""},
       {"<a><a><a>x</a></a>", "a", "", "", "<a><a>x"},
       {"<my_tag>x</my_tag>", "My Tag", "x", "<my_tag>x</my_tag>", ""},
@@ -197,7 +193,6 @@ TEST(Xml, Attributes) {
       {"<a k=1 m=\"2\">", "k", " m=", " m="},
       {"<a k = \"1\">", "k", "", ""},
       {"<a k=>", "k", "", ""},
-      {"<a k", "k", "", ""},
       {"<a k=\"1>2\">", "k", "", ""},
       {"<a Key=\"1\">", "Key", "", "1"},
       {"<a k=\"&amp;\">", "k", "&", "&amp;"},
@@ -205,9 +200,7 @@ TEST(Xml, Attributes) {
       {"<a x=\"1\">", "a", "", ""},
       {"<b k=\"1\"><a", "k", "", ""},
       {"<a k=\"", "k", "", ""},
-      {"<a k=\"\">", "k", "", ""},
       {"<a k=\">", "k", "", ""},
-      {"<a k=xy>", "k", "", ""},
   };
   for (const auto& c : cases) {
     EXPECT_EQ(xmlAttribute(c.text, "a", c.name), c.value) << c.text;
@@ -238,11 +231,9 @@ TEST(Xml, DefinitionAndExtraction) {
       {"<a><b/></a>", false, "<b/>", ""},
       {"<a>&amp;</a>", false, "&", ""},
       {"<a>&amp;</a>", true, "<a>&amp;</a>", ""},
-      {"<a>x", false, "", "<a>x"},
       {"</a><a>x</a>", true, "", "</a><a>x</a>"},
       {"<a b='</a>'>x</a>", true, "", "<a b='</a>'>x</a>"},
       {"<a><a>x</a>", true, "", "<a><a>x</a>"},
-      {"<b>", true, "", "<b>"},
   };
   for (const auto& c : cases) {
     std::string text = c.text;
@@ -265,11 +256,8 @@ TEST(Xml, Files) {
       {" \r\n\t\v\f<?xml-s", 1},
       {"\xEF\xBB\xBF<?xml", 0},
       {"<?XML ", 0},
-      {"<root/>", 0},
       {"", 0},
-      {" \n ", 0},
       {"<\0?\0x\0"s, 0},
-      {"<? xml", 0},
       {std::string(5000, ' ') + "<?xml", 1},
       {std::string(510, ' ') + "<?xml", 1},
       {"<?xm <?xml", 0},
