@@ -23,35 +23,35 @@ class Files : public testing::Test {
 };
 
 TEST_F(Files, Probes) {
-  support::writeFile(path_, "content");
-  const std::string missing = folder_.file("missing");
-  const std::string readOnly = folder_.file("read-only");
-  support::writeFile(readOnly, "x");
-  support::makeReadOnly(readOnly);
-  const std::string shared = folder_.file("shared");
-  support::writeFile(shared, "x");
+  for (const char* name : {"file", "read-only", "shared", "exclusive"}) {
+    support::writeFile(folder_.file(name), "content");
+  }
+  support::makeReadOnly(folder_.file("read-only"));
   const platform::FileHandle writer =
-      support::openFile(shared, GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ);
-  const std::string exclusive = folder_.file("exclusive");
-  support::writeFile(exclusive, "x");
-  const platform::FileHandle owner = support::openFile(exclusive);
+      support::openFile(folder_.file("shared"), kReadWrite, FILE_SHARE_READ);
+  const platform::FileHandle owner = support::openFile(folder_.file("exclusive"));
   struct {
-    std::string path;
-    int exists, lockedWrite, readOnly;
+    const char* name;
+    int exists, lockedWrite, readOnly, isFolder;
     unsigned long access;
     bool hasTime;
   } const cases[] = {
-      {missing, 0, 1, 1, kReadWrite, false},   {path_, 1, 0, 0, kReadWrite, true},
-      {readOnly, 1, 0, 1, kRead, true},        {shared, 1, 1, 0, kRead, true},
-      {exclusive, 0, 1, 0, kReadWrite, false}, {folder_.name(), 0, 1, 0, kReadWrite, false},
+      {"missing", 0, 1, 1, 0, kReadWrite, false},   {"file", 1, 0, 0, 0, kReadWrite, true},
+      {"read-only", 1, 0, 1, 0, kRead, true},       {"shared", 1, 1, 0, 0, kRead, true},
+      {"exclusive", 0, 1, 0, 0, kReadWrite, false}, {".", 0, 1, 0, 1, kReadWrite, false},
   };
   for (const auto& c : cases) {
-    EXPECT_EQ(FileExists(c.path.c_str()), c.exists) << c.path;
-    EXPECT_EQ(IsFileLockedWrite(c.path.c_str()), c.lockedWrite) << c.path;
-    EXPECT_EQ(IsFileReadOnly(c.path.c_str()), c.readOnly) << c.path;
-    EXPECT_EQ(AllowedAccess(c.path.c_str()), c.access) << c.path;
-    EXPECT_EQ(fileTime(c.path) != 0.0, c.hasTime) << c.path;
+    const std::string path = folder_.text() + c.name;
+    EXPECT_EQ(FileExists(path.c_str()), c.exists) << path;
+    EXPECT_EQ(IsFileLockedWrite(path.c_str()), c.lockedWrite) << path;
+    EXPECT_EQ(IsFileReadOnly(path.c_str()), c.readOnly) << path;
+    EXPECT_EQ(FolderExists(path.c_str()), c.isFolder) << path;
+    EXPECT_EQ(AllowedAccess(path.c_str()), c.access) << path;
+    EXPECT_EQ(fileTime(path) != 0.0, c.hasTime) << path;
   }
+  EXPECT_EQ(FolderExists(folder_.text().c_str()), 1);
+  EXPECT_EQ(FolderExists(nullptr), 0);
+  EXPECT_EQ(folder_.entries(), 4U);
   EXPECT_EQ(AllowedAccess(nullptr), kReadWrite);
   EXPECT_EQ(FileExists(""), 0);
   // A name that is found along the search path cannot be opened by that name.
@@ -62,13 +62,7 @@ TEST_F(Files, Probes) {
   EXPECT_NEAR(fileTime(support::kPlatform.program), -109205.0, 1.0);
   EXPECT_EQ(FileExists("no-such-program"), 0);
 
-  EXPECT_EQ(FolderExists(folder_.name().c_str()), 1);
-  EXPECT_EQ(FolderExists(folder_.text().c_str()), 1);
-  EXPECT_EQ(FolderExists(path_.c_str()), 0);
-  EXPECT_EQ(FolderExists(missing.c_str()), 0);
-  EXPECT_EQ(FolderExists(nullptr), 0);
-  EXPECT_EQ(folder_.entries(), 4U);
-
+  const std::string missing = folder_.file("missing");
   EXPECT_EQ(TestOpen(missing.c_str(), kRead), 0);
   EXPECT_EQ(TestCreate(folder_.file("none/file").c_str(), kReadWrite), 0);
   EXPECT_EQ(TestCreate(missing.c_str(), kReadWrite), 1);

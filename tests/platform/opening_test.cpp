@@ -91,27 +91,26 @@ TEST_F(Conformance, Rights) {
   const platform::FileHandle reader = open("other", kRead, FILE_SHARE_READ);
   constexpr DWORD kDenied = ERROR_ACCESS_DENIED;
   constexpr DWORD kViolation = ERROR_SHARING_VIOLATION;
+  const char* const names[] = {"file", "read-only", "held", "other"};
   struct {
     DWORD access;
-    DWORD file, readOnly, held, other;
+    DWORD errors[4];  // for each name
   } const cases[] = {
-      {0, 0, 0, 0, 0},
-      {GENERIC_EXECUTE, 0, 0, kViolation, 0},
-      {GENERIC_ALL, 0, kDenied, kViolation, kViolation},
-      {FILE_READ_DATA, 0, 0, kViolation, 0},
-      {FILE_WRITE_DATA, 0, kDenied, kViolation, kViolation},
-      {FILE_APPEND_DATA, 0, kDenied, kViolation, kViolation},
-      {FILE_EXECUTE, 0, 0, kViolation, 0},
-      {DELETE, 0, 0, kViolation, kViolation},
+      {0, {0, 0, 0, 0}},
+      {GENERIC_EXECUTE, {0, 0, kViolation, 0}},
+      {GENERIC_ALL, {0, kDenied, kViolation, kViolation}},
+      {FILE_READ_DATA, {0, 0, kViolation, 0}},
+      {FILE_WRITE_DATA, {0, kDenied, kViolation, kViolation}},
+      {FILE_APPEND_DATA, {0, kDenied, kViolation, kViolation}},
+      {FILE_EXECUTE, {0, 0, kViolation, 0}},
+      {DELETE, {0, 0, kViolation, kViolation}},
   };
   for (const auto& c : cases) {
-    const std::pair<const char*, DWORD> files[] = {
-        {"file", c.file}, {"read-only", c.readOnly}, {"held", c.held}, {"other", c.other}};
-    for (const auto& [name, error] : files) {
+    for (std::size_t i = 0; i < std::size(names); ++i) {
       SetLastError(ERROR_SUCCESS);
-      const platform::FileHandle file = open(name, c.access);
-      EXPECT_EQ(static_cast<bool>(file), error == ERROR_SUCCESS) << name << ' ' << c.access;
-      EXPECT_EQ(GetLastError(), error) << name << ' ' << c.access;
+      const platform::FileHandle file = open(names[i], c.access);
+      EXPECT_EQ(static_cast<bool>(file), c.errors[i] == ERROR_SUCCESS) << names[i] << c.access;
+      EXPECT_EQ(GetLastError(), c.errors[i]) << names[i] << ' ' << c.access;
     }
   }
   // Who may delete is refused by one who denies it, and the other way round.

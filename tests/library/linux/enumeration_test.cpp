@@ -2,12 +2,10 @@
 
 #include <fcntl.h>
 #include <filesystem/files.h>
-#include <linux/capability.h>
+#include <sys/fsuid.h>
 #include <sys/stat.h>
-#include <sys/syscall.h>
-#include <unistd.h>
 
-#include <utility>
+#include <thread>
 
 #include "library/enumeration.h"
 
@@ -16,24 +14,6 @@ namespace {
 using namespace FileSystem;
 
 using EnumerationOnLinux = Enumeration;
-
-// Gives up the superuser's exemption from permissions.
-class WithoutPower {
- public:
-  WithoutPower() {
-    syscall(SYS_capget, &header_, before_);
-    __user_cap_data_struct data[2] = {before_[0], before_[1]};
-    data[0].effective &= ~(1U << CAP_DAC_OVERRIDE | 1U << CAP_DAC_READ_SEARCH);
-    syscall(SYS_capset, &header_, data);
-  }
-  WithoutPower(const WithoutPower&) = delete;
-  WithoutPower& operator=(const WithoutPower&) = delete;
-  ~WithoutPower() { syscall(SYS_capset, &header_, before_); }
-
- private:
-  __user_cap_header_struct header_{_LINUX_CAPABILITY_VERSION_3, 0};
-  __user_cap_data_struct before_[2]{};
-};
 
 TEST_F(EnumerationOnLinux, LinksAreFollowedExceptInCycles) {
   make({"real/file", "real/deep/x"});
@@ -70,21 +50,24 @@ TEST_F(EnumerationOnLinux, BackslashInANameComesBack) {
 
 TEST_F(EnumerationOnLinux, DirectoryThatCannotBeSearched) {
   make({"listed/sub/file", "listed/file"});
-  std::filesystem::permissions(folder_.file("listed"), std::filesystem::perms::owner_read);
+  std::filesystem::permissions(folder_.path(), std::filesystem::perms::all);
+  std::filesystem::permissions(folder_.file("listed"), std::filesystem::perms(0444));
   Names paths;
   std::vector<FILE_INFORMATION> records;
-  {
-    const WithoutPower power;
+  // Permissions bind all users but the superuser. The change affects this thread alone.
+  std::thread([&] {
+    constexpr uid_t kOtherUser = 65534;
+    setfsuid(kOtherUser);
     EnumFolders(paths, path_, 1);
     EnumFolders(records, path_, 1);
     EXPECT_EQ(EnumFilesWithPath(paths, path_, "*", true), 0U);
     // An empty directory is deleted even if it cannot be read.
-    make({"unreadable/file"});
-    std::filesystem::remove(folder_.file("unreadable/file"));
-    std::filesystem::permissions(folder_.file("unreadable"), std::filesystem::perms(0300));
+    const std::string unreadable = folder_.file("unreadable");
+    std::filesystem::create_directory(unreadable);
+    std::filesystem::permissions(unreadable, std::filesystem::perms(0300));
     eraseOldFile(text_, 4000000000U);
-    EXPECT_FALSE(support::exists(folder_.file("unreadable")));
-  }
+    EXPECT_FALSE(support::exists(unreadable));
+  }).join();
   std::filesystem::permissions(folder_.file("listed"), std::filesystem::perms::owner_all);
   EXPECT_EQ(below(paths), (Names{"listed\\", "listed\\sub\\"}));
   ASSERT_EQ(records.size(), 2U);
