@@ -184,17 +184,15 @@ TEST_F(Conformance, ReadingWritingAndSeeking) {
 }
 
 TEST_F(Conformance, HandlesHaveTheirAccessOnly) {
-  const platform::FileHandle reader = open("file", kRead);
-  const platform::FileHandle writer = open("file", kWrite);
+  const HANDLE reader = holder_.get();
   char byte = 0;
   DWORD count = 7;
-  EXPECT_FALSE(WriteFile(reader.get(), "x", 1, &count, nullptr));
+  EXPECT_FALSE(WriteFile(reader, "x", 1, &count, nullptr));
   EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);
-  EXPECT_FALSE(SetEndOfFile(reader.get()));
-  EXPECT_FALSE(FlushFileBuffers(reader.get()));
-  EXPECT_EQ(read("file"), "12345");
+  EXPECT_FALSE(SetEndOfFile(reader) || FlushFileBuffers(reader));
+  EXPECT_EQ(sizeOf(holder_), 1);
   count = 7;
-  EXPECT_FALSE(ReadFile(writer.get(), &byte, 1, &count, nullptr));
+  EXPECT_FALSE(ReadFile(open("file", kWrite).get(), &byte, 1, &count, nullptr));
   EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);
   EXPECT_EQ(count, 0U);
 }

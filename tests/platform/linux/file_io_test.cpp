@@ -5,6 +5,7 @@
 #include <sys/inotify.h>
 #include <sys/stat.h>
 
+#include <cstdlib>
 #include <functional>
 #include <string>
 
@@ -63,12 +64,15 @@ TEST(OpeningOnLinux, OpensNothingButRegularFiles) {
   support::writeFile(file, "content");
   ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
   std::filesystem::create_symlink(fifo, folder.file("link"));
+  // A device that no other process opens.
+  const platform::native::Descriptor terminal(posix_openpt(O_RDWR | O_NOCTTY));
+  ASSERT_EQ(unlockpt(terminal.get()), 0);
+  const std::string device = ptsname(terminal.get());
   const platform::native::Descriptor events(inotify_init1(IN_NONBLOCK | IN_CLOEXEC));
-  for (const std::string& path : {fifo, std::string("/dev/null")}) {
+  for (const std::string& path : {fifo, device}) {
     ASSERT_GE(inotify_add_watch(events.get(), path.c_str(), IN_OPEN), 0);
   }
-  for (const std::string& path :
-       {fifo, folder.file("link"), folder.name(), std::string("/dev/null")}) {
+  for (const std::string& path : {fifo, folder.file("link"), folder.name(), device}) {
     for (const DWORD access : {GENERIC_READ, GENERIC_WRITE, kReadWrite, DWORD{0}}) {
       for (const DWORD disposition : {CREATE_ALWAYS, OPEN_EXISTING, OPEN_ALWAYS}) {
         EXPECT_FALSE(support::openFile(path, access, 3, disposition)) << path;
