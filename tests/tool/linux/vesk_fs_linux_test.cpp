@@ -62,8 +62,8 @@ assert json.load(open("json"))[0]["name"] == "a\x1b[31m\nb\x7f\u009b\u202e\u00e9
 TEST_F(VeskFs, AsksForAPassword) {
   write("one", "1");
   const auto typed = [&](const std::string& arguments) {
-    return support::outputOf(folder_.path(),
-                             VESK_TEST_DATA "/../tool/type-password " VESK_FS " " + arguments + "; echo [$?]");
+    return support::outputOf(folder_.path(), VESK_TEST_DATA "/../tool/type-password " VESK_FS " " +
+                                                 arguments + "; echo [$?]");
   };
   EXPECT_EQ(typed("add a.zip one --encrypt traditional"),
             "new password: \nthe same again: \n[0]\n");
