@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <optional>
 
+#include "platform/new_version.h"
 #include "platform/unique_handle.h"
 #include "zip/archive_reader.h"
 #include "zip/rewrite.h"
@@ -69,6 +70,13 @@ SYSTEMTIME localTimeOf(const FILETIME& time) {
   return result;
 }
 
+bool isEmptyFile(const std::string& path) {
+  WIN32_FILE_ATTRIBUTE_DATA data = {};
+  return GetFileAttributesExA(path.c_str(), GetFileExInfoStandard, &data) != 0 &&
+         (data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0 && data.nFileSizeLow == 0 &&
+         data.nFileSizeHigh == 0;
+}
+
 }  // namespace
 
 bool addBytes(ArchiveWriter& writer, const std::vector<unsigned char>& bytes,
@@ -116,10 +124,21 @@ bool addFile(ArchiveWriter& writer, const char* source, const std::string& store
 bool canOpenSource(const char* source) { return static_cast<bool>(openSource(source)); }
 
 bool canAppend(const ArchiveReader& archive, const std::string& path) {
-  if (archive) return true;
-  WIN32_FILE_ATTRIBUTE_DATA data = {};
-  return GetFileAttributesExA(path.c_str(), GetFileExInfoStandard, &data) != 0 &&
-         data.nFileSizeLow == 0 && data.nFileSizeHigh == 0;
+  return archive || isEmptyFile(path);
+}
+
+// An append keeps the old state in a second directory past the new bytes. A file without bytes has
+// no state to keep, and a part of its first archive would be no archive. So that one is written
+// beside it.
+ArchiveWriter::Commit append(const std::string& path,
+                             const std::function<bool(ArchiveWriter&)>& add) {
+  std::optional<platform::NewVersion> version;
+  if (isEmptyFile(path) && !version.emplace(path)) return ArchiveWriter::Commit::Failed;
+  ArchiveWriter writer((version ? version->create() : path).c_str(), ArchiveWriter::Mode::Append);
+  const bool isAdded = writer && add(writer);
+  const ArchiveWriter::Commit result = writer.commit(nullptr);
+  const bool isDone = isAdded && result != ArchiveWriter::Commit::Failed;
+  return isDone && (!version || version->putInPlace()) ? result : ArchiveWriter::Commit::Failed;
 }
 
 bool insertEntry(const std::string& path, const std::string& name, bool overwrite,
@@ -140,9 +159,7 @@ bool insertEntry(const std::string& path, const std::string& name, bool overwrit
     ArchiveReader archive(path.c_str());
     if (archive.locate(stored) || !canAppend(archive, path)) return false;
   }
-  ArchiveWriter writer(path.c_str(), ArchiveWriter::Mode::Append);
-  const bool added = writer && add(writer);
-  return writer.commit(nullptr) == ArchiveWriter::Commit::Complete && added;
+  return append(path, add) == ArchiveWriter::Commit::Complete;
 }
 
 }  // namespace zip

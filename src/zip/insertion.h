@@ -26,6 +26,11 @@ bool canOpenSource(const char* source);
 // True if entries can be appended: to an archive, or to a file without bytes, which becomes one.
 bool canAppend(const ArchiveReader& archive, const std::string& path);
 
+// Appends the entries that `add` writes to such a file. If `add` returns false, nothing is appended
+// unless it has completed entries.
+ArchiveWriter::Commit append(const std::string& path,
+                             const std::function<bool(ArchiveWriter&)>& add);
+
 // Inserts the entry that `add` writes into the archive at `path`. An existing entry `name` is
 // replaced if `overwrite` is set, else nothing is changed. If there is an entry to replace and
 // `hasSource()` is false, the entry is removed and the insertion fails.

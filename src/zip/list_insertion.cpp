@@ -47,13 +47,15 @@ std::size_t addFiles(ArchiveWriter& writer, const FileList& files, std::size_t c
   return added;
 }
 
-std::size_t append(const std::string& path, const FileList& files, std::size_t count,
-                   const Encryption& encryption) {
+std::size_t appendFiles(const std::string& path, const FileList& files, std::size_t count,
+                        const Encryption& encryption) {
   const std::uint32_t before = ArchiveReader(path.c_str()).entryCount();
-  ArchiveWriter writer(path.c_str(), ArchiveWriter::Mode::Append);
-  if (!writer) return 0;
-  const std::size_t added = addFiles(writer, files, count, encryption);
-  if (writer.commit(nullptr) == ArchiveWriter::Commit::Complete) return added;
+  std::size_t added = 0;
+  const auto add = [&](ArchiveWriter& writer) {
+    added = addFiles(writer, files, count, encryption);
+    return added != 0;
+  };
+  if (append(path, add) == ArchiveWriter::Commit::Complete) return added;
   // The disk may have had space for some of them.
   const std::uint32_t after = ArchiveReader(path.c_str()).entryCount();
   return after > before ? after - before : 0;
@@ -90,7 +92,7 @@ std::size_t insertFiles(const std::string& path, const FileList& files, bool ove
     }
     count = insertable.count;
   }
-  return count == 0 ? 0 : append(path, files, count, encryption);
+  return count == 0 ? 0 : appendFiles(path, files, count, encryption);
 }
 
 }  // namespace zip

@@ -59,6 +59,13 @@ const Operation kOperations[] = {
     {"insert_more_than_is_written_at_once",
      [](In in) { return writable(in).insert(bytesOf(support::noise(1200000)), "new", "", 0) == 1; },
      kLarge},
+    {"insert_into_an_empty_file",
+     [](In in) {
+       ZipArchive archive;
+       return archive.open((in + "empty.zip").c_str(), kReadWrite) == 1 &&
+              archive.insert(bytesOf(support::noise(70000)), "new", "", 0) == 1;
+     },
+     kEmpty},
     {"replace", [](In in) { return writable(in).insert({'n'}, "deep\\old", "", 1) == 1; }},
     {"insert_files",
      [](In in) {
@@ -167,6 +174,7 @@ void prepare(const std::string& folder, const Operation& operation) {
   support::writeFile(folder + "out/small", "old");
   support::writeFile(folder + "out/deep/large", "old");
   support::writeFile(folder + "out/deep/old", "old");
+  if (operation.is(kEmpty)) support::writeFile(folder + "empty.zip", "");
   ZipArchive archive;
   ASSERT_EQ(archive.create((folder + "a.zip").c_str(), 0), 1);
   ASSERT_EQ(archive.insert(bytesOf("kept"), "kept", "", 0), 1);

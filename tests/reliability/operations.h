@@ -15,6 +15,7 @@ enum Traits : unsigned {
   kPassesOver = 2,  // files that cannot be listed or read are skipped and are no failure
   kMany = 4,        // the central directory of the archive is longer than a page
   kLarge = 8,       // writes more than a megabyte
+  kEmpty = 16,      // there is a file without bytes, empty.zip
 };
 
 struct Operation {

@@ -4,9 +4,9 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <string>
 
 #include "platform/linux/descriptor.h"
+#include "platform/linux/native_path.h"
 
 namespace platform::native {
 bool commitContent(int descriptor) {
@@ -15,9 +15,7 @@ bool commitContent(int descriptor) {
 }
 
 void commitNameOf(const char* path) {
-  const std::string text = path;
-  const std::string directory = text.substr(0, text.rfind('/') + 1) + '.';
-  const Descriptor opened(::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  const Descriptor opened(::open(folderOf(path).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (opened) fsync(opened.get());
 }
 

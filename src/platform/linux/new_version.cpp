@@ -11,8 +11,11 @@
 #include <cstdlib>
 #include <string_view>
 
+#include "platform/abandoned_files.h"
+#include "platform/linux/attributes.h"
 #include "platform/linux/descriptor.h"
 #include "platform/linux/durability.h"
+#include "platform/linux/existing_file.h"
 #include "platform/linux/file_handle.h"
 #include "platform/linux/last_error.h"
 #include "platform/linux/native_path.h"
@@ -35,14 +38,23 @@ struct NewVersion::State {
 
 namespace {
 
-std::string directoryOf(const std::string& path) { return path.substr(0, path.rfind('/') + 1); }
-
-// A name that no other process uses at the same time.
+// Returns another name for each process and call.
 std::string nameOfFirst() {
   static std::atomic<unsigned> calls{0};
   char name[48];
   std::snprintf(name, sizeof(name), ".~copy%x-%x.tmp", static_cast<unsigned>(getpid()), ++calls);
   return name;
+}
+
+// True for the names that nameOfFirst makes, if the name has their beginning and end.
+bool isNameOfFirst(std::string_view name) {
+  constexpr std::size_t kBeginning = sizeof(".~copy") - 1;
+  constexpr std::size_t kEnd = sizeof(".tmp") - 1;
+  constexpr std::string_view kDigits = "0123456789abcdef";
+  const std::string_view numbers = name.substr(kBeginning, name.size() - kBeginning - kEnd);
+  const std::size_t dash = numbers.find_first_not_of(kDigits);
+  return dash != 0 && dash + 1 < numbers.size() && numbers[dash] == '-' &&
+         numbers.find_first_not_of(kDigits, dash + 1) == std::string_view::npos;
 }
 
 // Renames a file to a name that must be free.
@@ -67,7 +79,7 @@ NewVersion::NewVersion(const std::string& path) : state_(std::make_unique<State>
     // The file that a dangling link leads to can only be created through the link.
     if (state_->isFirst && native.valid() && lstat(native.c_str(), &link) != 0) {
       state_->originalPath = native.c_str();
-      state_->versionPath = directoryOf(state_->originalPath) + nameOfFirst();
+      state_->versionPath = folderOf(state_->originalPath) + '/' + nameOfFirst();
     }
     return;
   }
@@ -81,7 +93,7 @@ NewVersion::NewVersion(const std::string& path) : state_(std::make_unique<State>
   // process left remains for long.
   state_->originalPath = real;
   state_->versionPath =
-      directoryOf(state_->originalPath) + temporaryNameFor(state_->originalStatus);
+      folderOf(state_->originalPath) + '/' + temporaryNameFor(state_->originalStatus);
   unlink(state_->versionPath.c_str());
 }
 
@@ -93,13 +105,21 @@ NewVersion::operator bool() const { return state_->isFirst || state_->original; 
 
 std::string NewVersion::create() {
   if (state_->versionPath.empty()) return state_->path;
-  const char* const version = state_->versionPath.c_str();
+  constexpr int kFlags = O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
   constexpr mode_t kOwnerOnly = 0600;
   constexpr mode_t kPermissions = 0666;
-  state_->version = Descriptor(::open(version, O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
-                                      state_->isFirst ? kPermissions : kOwnerOnly));
+  const mode_t mode = state_->isFirst ? kPermissions : kOwnerOnly;
+  state_->version = Descriptor(::open(state_->versionPath.c_str(), kFlags, mode));
+  // A process with the same identifier, in another container or before a restart, has the name.
+  for (int attempt = 1; !state_->version && errno == EEXIST && attempt < kOpenAttempts; ++attempt) {
+    state_->versionPath = folderOf(state_->originalPath) + '/' + nameOfFirst();
+    state_->version = Descriptor(::open(state_->versionPath.c_str(), kFlags, mode));
+  }
   char text[PATH_MAX * 3];
-  if (state_->version && displayName(version, text, sizeof(text)) != 0) return text;
+  if (state_->version && displayName(state_->versionPath.c_str(), text, sizeof(text)) != 0) {
+    deleteAbandonedFiles(text, ".~copy*.tmp", isNameOfFirst);
+    return text;
+  }
   state_->original.reset();
   return state_->path;
 }
@@ -120,7 +140,7 @@ bool NewVersion::putInPlace() {
       return failWithErrno() != FALSE;
     }
     // A program that does not use the locks may have put another file there.
-    if (now.st_dev != old.st_dev || now.st_ino != old.st_ino) {
+    if (!isSameFile(now, old)) {
       return fail(ERROR_SHARING_VIOLATION) != FALSE;
     }
     if (rename(version, path) != 0) return failWithErrno() != FALSE;

@@ -1,5 +1,6 @@
 #include "platform/new_version.h"
 
+#include "platform/abandoned_files.h"
 #include "platform/unique_handle.h"
 
 namespace platform {
@@ -29,11 +30,12 @@ NewVersion::operator bool() const { return state_->isFirst || state_->original; 
 std::string NewVersion::create() {
   const std::string folder = state_->path.substr(0, state_->path.find_last_of("\\/:") + 1) + '.';
   char version[MAX_PATH + 1] = {};
-  if (GetTempFileNameA(folder.c_str(), "~za", 0, version) == 0) {
+  if (GetTempFileNameA(folder.c_str(), kTemporaryPrefix, 0, version) == 0) {
     state_->original.reset();
     return state_->path;
   }
   state_->versionPath = version;
+  deleteAbandonedTemporaryFiles(version);
   return version;
 }
 

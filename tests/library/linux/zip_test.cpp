@@ -89,25 +89,30 @@ TEST_F(ZipOnLinux, ExtractionFollowsNoLinksThatAreSwappedIn) {
 
 // Temporary files that killed processes left are deleted when they are older than a day and no
 // process holds them. Files of other names are kept.
-TEST_F(ZipOnLinux, RemovalDeletesAbandonedTemporaryFiles) {
+TEST_F(ZipOnLinux, AbandonedTemporaryFilesAreDeleted) {
   constexpr std::time_t kHour = 60 * 60;
   constexpr std::time_t kDay = 24 * kHour;
   const std::string temporary = folder_.file("tmp");
-  for (const char* name : {"~zaA1.TMP", "~zaFFFF.TMP", "~zaB1.TMP", "~zaC1.TMP", "~za.TMP",
-                           "~za1A.txt", "~za1A2B3.TMP", "~zaNote.TMP", "~za1.2.TMP"}) {
+  for (const char* name :
+       {"~zaA1.TMP", "~zaFFFF.TMP", "~zaB1.TMP", "~zaC1.TMP", "~za.TMP", "~za1A.txt",
+        "~za1A2B3.TMP", "~zaNote.TMP", "~za1.2.TMP", ".~copya-1.tmp", ".~copyb-b1.tmp",
+        ".~copyc-1.tmp", ".~copyd.tmp", ".~copy-1.tmp", ".~copye-.tmp", ".~copyf-1-1.tmp"}) {
     const std::string file = temporary + "/" + name;
     support::writeFile(file, "x");
-    const bool isYoung = file.ends_with("B1.TMP");
+    const bool isYoung = file.ends_with("B1.TMP") || file.ends_with("b1.tmp");
     support::setWriteTime(file, std::time(nullptr) - kDay + (isYoung ? kHour : -kHour));
   }
   const platform::FileHandle held = support::openFile(temporary + "/~zaC1.TMP", GENERIC_READ);
-  ASSERT_TRUE(held);
+  const platform::FileHandle copy = support::openFile(temporary + "/.~copyc-1.tmp", GENERIC_READ);
+  ASSERT_TRUE(held && copy);
   setenv("TMPDIR", temporary.c_str(), 1);
   make({"a", "b"});
   EXPECT_EQ(writable().remove("a"), 1);
   unsetenv("TMPDIR");
+  EXPECT_TRUE(FRT_ZIP_FOLDER(out_.c_str(), (temporary + "/new.zip").c_str()));
   EXPECT_EQ(support::outputOf(temporary, "ls -A | LC_ALL=C sort | tr '\\n' ' '"),
-            "~za.TMP ~za1.2.TMP ~za1A.txt ~za1A2B3.TMP ~zaB1.TMP ~zaC1.TMP ~zaNote.TMP ");
+            ".~copy-1.tmp .~copyb-b1.tmp .~copyc-1.tmp .~copyd.tmp .~copye-.tmp .~copyf-1-1.tmp "
+            "new.zip ~za.TMP ~za1.2.TMP ~za1A.txt ~za1A2B3.TMP ~zaB1.TMP ~zaC1.TMP ~zaNote.TMP ");
 }
 
 // The archive is in the folder that is packed. A file that fails ends the call; the files before it
