@@ -13,6 +13,7 @@
 #include <atomic>
 #include <cerrno>
 #include <cstring>
+#include <type_traits>
 #include <utility>
 
 #include "recorded_calls.h"
@@ -66,6 +67,15 @@ bool fails(const char* name, const char* path, std::size_t& size) {
   return fails(name, path, needsSpace);
 }
 
+template <typename Result>
+constexpr Result failure() {
+  if constexpr (std::is_pointer_v<Result>) {
+    return nullptr;
+  } else {
+    return -1;
+  }
+}
+
 template <typename Function>
 Function next(const char* name) {
   return reinterpret_cast<Function>(dlsym(RTLD_NEXT, name));
@@ -95,67 +105,61 @@ int startedThreads() { return threads; }
   extern "C" __attribute__((visibility("default"))) result fake_##name parameters __asm__(#name); \
   extern "C" result fake_##name parameters
 
-// `space` is the number of bytes that the call transfers, or whether it needs disk space.
-#define PASSES_ON(result, name, parameters, arguments, failure, path, space) \
-  INTERPOSED(result, name, parameters) {                                     \
-    using Function = result(*) parameters;                                   \
-    static const Function real = failing::next<Function>(#name);             \
-    return failing::fails(#name, path, space) ? failure : real arguments;    \
+// A call of the C library. `space` is the number of bytes that it transfers, or whether it needs
+// disk space. `record` runs after the call has succeeded.
+#define CALL(result, name, parameters, arguments, path, space, record) \
+  INTERPOSED(result, name, parameters) {                               \
+    using Function = result(*) parameters;                             \
+    static const Function real = failing::next<Function>(#name);       \
+    constexpr auto kFailure = failing::failure<result>();              \
+    if (failing::fails(#name, path, space)) return kFailure;           \
+    const auto done = real arguments;                                  \
+    const int error = errno;                                           \
+    if (done != kFailure) record;                                      \
+    errno = error;                                                     \
+    return done;                                                       \
   }
 
-// A call that changes the disk. `record` runs after it has succeeded.
-#define RECORDED(result, name, parameters, arguments, path, space, record) \
-  INTERPOSED(result, name, parameters) {                                   \
-    using Function = result(*) parameters;                                 \
-    static const Function real = failing::next<Function>(#name);           \
-    if (failing::fails(#name, path, space)) return -1;                     \
-    const result done = real arguments;                                    \
-    const int error = errno;                                               \
-    if (done >= 0) recording::Recorder::record;                            \
-    errno = error;                                                         \
-    return done;                                                           \
-  }
+using recording::Recorder;
 
-PASSES_ON(ssize_t, read, (int fd, void* buffer, std::size_t size), (fd, buffer, size), -1, nullptr,
-          size)
-PASSES_ON(ssize_t, pread, (int fd, void* buffer, std::size_t size, off_t at),
-          (fd, buffer, size, at), -1, nullptr, false)
-RECORDED(ssize_t, write, (int fd, const void* data, std::size_t size), (fd, data, size), nullptr,
-         size, contentChanged(fd))
-RECORDED(ssize_t, pwrite, (int fd, const void* data, std::size_t size, off_t at),
-         (fd, data, size, at), nullptr, size, contentChanged(fd))
-RECORDED(ssize_t, copy_file_range,
-         (int from, off_t* fromAt, int to, off_t* toAt, std::size_t size, unsigned flags),
-         (from, fromAt, to, toAt, size, flags), nullptr, size, contentChanged(to))
-PASSES_ON(off_t, lseek, (int fd, off_t at, int whence), (fd, at, whence), -1, nullptr, false)
-RECORDED(int, ftruncate, (int fd, off_t size), (fd, size), nullptr, false, contentChanged(fd))
-RECORDED(int, fsync, (int fd), (fd), nullptr, false, fileCommitted(fd))
-RECORDED(int, fdatasync, (int fd), (fd), nullptr, false, fileCommitted(fd))
-PASSES_ON(int, fstat, (int fd, struct stat* status), (fd, status), -1, nullptr, false)
-PASSES_ON(int, stat, (const char* path, struct stat* status), (path, status), -1, path, false)
-PASSES_ON(int, lstat, (const char* path, struct stat* status), (path, status), -1, path, false)
-PASSES_ON(int, statx,
-          (int folder, const char* path, int flags, unsigned mask, struct statx* status),
-          (folder, path, flags, mask, status), -1, path, false)
-PASSES_ON(int, fchmod, (int fd, mode_t mode), (fd, mode), -1, nullptr, false)
-PASSES_ON(int, chmod, (const char* path, mode_t mode), (path, mode), -1, path, false)
-PASSES_ON(int, futimens, (int fd, const struct timespec* times), (fd, times), -1, nullptr, false)
-RECORDED(int, linkat, (int from, const char* old, int to, const char* path, int flags),
-         (from, old, to, path, flags), path, true, namesChanged())
-RECORDED(int, rename, (const char* old, const char* path), (old, path), path, false, namesChanged())
-RECORDED(int, renameat, (int from, const char* old, int to, const char* path),
-         (from, old, to, path), path, false, namesChanged())
-RECORDED(int, renameat2, (int from, const char* old, int to, const char* path, unsigned flags),
-         (from, old, to, path, flags), path, false, namesChanged())
-RECORDED(int, unlink, (const char* path), (path), path, false, namesChanged())
-RECORDED(int, unlinkat, (int folder, const char* path, int flags), (folder, path, flags), path,
-         false, namesChanged())
-PASSES_ON(int, rmdir, (const char* path), (path), -1, path, false)
-PASSES_ON(int, mkdir, (const char* path, mode_t mode), (path, mode), -1, path, true)
-PASSES_ON(char*, realpath, (const char* path, char* real_path), (path, real_path), nullptr, path,
-          false)
-PASSES_ON(DIR*, opendir, (const char* path), (path), nullptr, path, false)
-PASSES_ON(struct dirent*, readdir, (DIR * folder), (folder), nullptr, nullptr, false)
+CALL(ssize_t, read, (int fd, void* buffer, std::size_t size), (fd, buffer, size), nullptr, size, {})
+CALL(ssize_t, pread, (int fd, void* buffer, std::size_t size, off_t at), (fd, buffer, size, at),
+     nullptr, false, {})
+CALL(ssize_t, write, (int fd, const void* data, std::size_t size), (fd, data, size), nullptr, size,
+     Recorder::contentChanged(fd))
+CALL(ssize_t, pwrite, (int fd, const void* data, std::size_t size, off_t at), (fd, data, size, at),
+     nullptr, size, Recorder::contentChanged(fd))
+CALL(ssize_t, copy_file_range,
+     (int from, off_t* fromAt, int to, off_t* toAt, std::size_t size, unsigned flags),
+     (from, fromAt, to, toAt, size, flags), nullptr, size, Recorder::contentChanged(to))
+CALL(off_t, lseek, (int fd, off_t at, int whence), (fd, at, whence), nullptr, false, {})
+CALL(int, ftruncate, (int fd, off_t size), (fd, size), nullptr, false, Recorder::contentChanged(fd))
+CALL(int, fsync, (int fd), (fd), nullptr, false, Recorder::fileCommitted(fd))
+CALL(int, fdatasync, (int fd), (fd), nullptr, false, Recorder::fileCommitted(fd))
+CALL(int, fstat, (int fd, struct stat* status), (fd, status), nullptr, false, {})
+CALL(int, stat, (const char* path, struct stat* status), (path, status), path, false, {})
+CALL(int, lstat, (const char* path, struct stat* status), (path, status), path, false, {})
+CALL(int, statx, (int folder, const char* path, int flags, unsigned mask, struct statx* status),
+     (folder, path, flags, mask, status), path, false, {})
+CALL(int, fchmod, (int fd, mode_t mode), (fd, mode), nullptr, false, {})
+CALL(int, chmod, (const char* path, mode_t mode), (path, mode), path, false, {})
+CALL(int, futimens, (int fd, const struct timespec* times), (fd, times), nullptr, false, {})
+CALL(int, linkat, (int from, const char* old, int to, const char* path, int flags),
+     (from, old, to, path, flags), path, true, Recorder::namesChanged())
+CALL(int, rename, (const char* old, const char* path), (old, path), path, false,
+     Recorder::namesChanged())
+CALL(int, renameat, (int from, const char* old, int to, const char* path), (from, old, to, path),
+     path, false, Recorder::namesChanged())
+CALL(int, renameat2, (int from, const char* old, int to, const char* path, unsigned flags),
+     (from, old, to, path, flags), path, false, Recorder::namesChanged())
+CALL(int, unlink, (const char* path), (path), path, false, Recorder::namesChanged())
+CALL(int, unlinkat, (int folder, const char* path, int flags), (folder, path, flags), path, false,
+     Recorder::namesChanged())
+CALL(int, rmdir, (const char* path), (path), path, false, {})
+CALL(int, mkdir, (const char* path, mode_t mode), (path, mode), path, true, {})
+CALL(char*, realpath, (const char* path, char* real_path), (path, real_path), path, false, {})
+CALL(DIR*, opendir, (const char* path), (path), path, false, {})
+CALL(struct dirent*, readdir, (DIR * folder), (folder), nullptr, false, {})
 
 namespace {
 
@@ -167,8 +171,8 @@ int openAndRecord(const char* name, int folder, const char* path, int flags, mod
       creates(flags) && ((flags & O_CREAT) == 0 || faccessat(folder, path, F_OK, 0) != 0);
   const int descriptor = static_cast<int>(syscall(SYS_openat, folder, path, flags, mode));
   const int error = errno;
-  if (descriptor >= 0 && isNew) recording::Recorder::fileCreated(descriptor);
-  if (descriptor >= 0 && (flags & O_TRUNC) != 0) recording::Recorder::contentChanged(descriptor);
+  if (descriptor >= 0 && isNew) Recorder::fileCreated(descriptor);
+  if (descriptor >= 0 && (flags & O_TRUNC) != 0) Recorder::contentChanged(descriptor);
   errno = error;
   return descriptor;
 }
@@ -194,7 +198,7 @@ INTERPOSED(int, fcntl, (int fd, int command, void* argument)) {
 INTERPOSED(int, ioctl, (int fd, unsigned long request, void* argument)) {
   if (failing::fails("ioctl", nullptr, true)) return -1;
   const int result = static_cast<int>(syscall(SYS_ioctl, fd, request, argument));
-  if (result == 0 && request == FICLONE) recording::Recorder::contentChanged(fd);
+  if (result == 0 && request == FICLONE) Recorder::contentChanged(fd);
   return result;
 }
 

@@ -2,12 +2,43 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+#include <filesystem>
+#include <vector>
+
 #include "support/linux/left_over.h"
+#include "support/platform.h"
 
 namespace {
 
+// Each test gets a temporary folder of its own, so that other programs do not matter. It may leave
+// nothing there, by whatever process.
+class LeftOverCheck : public testing::EmptyTestEventListener {
+  void OnTestStart(const testing::TestInfo&) override {
+    before_ = std::filesystem::temp_directory_path();
+    folder_ = support::makeTemporaryFolder();
+    setenv("TMPDIR", folder_.c_str(), 1);
+    descriptors_ = support::openDescriptors();
+  }
+
+  void OnTestEnd(const testing::TestInfo&) override {
+    EXPECT_EQ(support::openDescriptors(), descriptors_);
+    std::vector<std::string> files;
+    for (const auto& item : std::filesystem::recursive_directory_iterator(folder_)) {
+      files.push_back(item.path());
+    }
+    EXPECT_EQ(files, std::vector<std::string>());
+    std::filesystem::remove_all(folder_);
+    setenv("TMPDIR", before_.c_str(), 1);
+  }
+
+  std::string before_;  // the temporary folder of all tests
+  std::string folder_;
+  std::map<int, std::string> descriptors_;
+};
+
 [[maybe_unused]] const bool kChecked = [] {
-  testing::UnitTest::GetInstance()->listeners().Append(new support::LeftOverCheck);
+  testing::UnitTest::GetInstance()->listeners().Append(new LeftOverCheck);
   return true;
 }();
 
