@@ -128,8 +128,7 @@ TEST_F(Zip, ListInsertion) {
   for (const auto& row : rows) {
     SCOPED_TRACE(&row - rows);
     make({"a", "b", "c"});
-    ZipArchive archive;
-    archive.open(path_.c_str(), kReadWrite);
+    ZipArchive archive = writable();
     Files files = row.files;
     for (auto& file : files) file.first = folder_.file(file.first);
     EXPECT_EQ(archive.insert(files, row.overwrite), row.inserted);
@@ -140,9 +139,7 @@ TEST_F(Zip, ListInsertion) {
     for (const std::string& name : names()) contents += contentOf(name.c_str());
     EXPECT_EQ(contents, row.contents);
   }
-  ZipArchive archive;
-  archive.open(path_.c_str(), kRead);
-  EXPECT_EQ(archive.insert(Files{{folder_.file("1"), "d"}}, 1), 0U);
+  EXPECT_EQ(readable().insert(Files{{folder_.file("1"), "d"}}, 1), 0U);
 }
 
 TEST_F(Zip, InsertedEntries) {

@@ -246,25 +246,15 @@ TEST_F(Contention, ProbesBlockNoOpening) {
 }
 
 TEST_F(Contention, ProbingWritingAndDeletingTerminates) {
-  EXPECT_TRUE(inProcesses([&](unsigned number) {
-    std::minstd_rand random(number + 1);
-    for (int round = 0; round < 200; ++round) {
-      const std::string path = folder_.file("tmp/" + std::to_string(random() % 3));
-      switch (random() % 4) {
-        case 0:
-          FileSystem::writeContent(path, "whole");
-          break;
-        case 1:
-          // Writers permit readers, which may find the beginning only.
-          if (!std::string("whole").starts_with(FileSystem::readContent(path))) return 1;
-          break;
-        case 2:
-          FileSystem::TestOpen(path.c_str(), kReadWrite);
-          FileSystem::IsFileLockedWrite(path.c_str());
-          break;
-        default:
-          FileSystem::eraseOldFile(folder_.file("tmp/"), 0);
-      }
+  const std::string path = folder_.file("tmp/file");
+  EXPECT_TRUE(inProcesses([&](unsigned) {
+    for (int round = 0; round < 100; ++round) {
+      FileSystem::writeContent(path, "whole");
+      FileSystem::TestOpen(path.c_str(), kReadWrite);
+      FileSystem::IsFileLockedWrite(path.c_str());
+      // Writers permit readers, which may find the beginning only.
+      if (!std::string("whole").starts_with(FileSystem::readContent(path))) return 1;
+      FileSystem::eraseOldFile(folder_.file("tmp/"), 0);
     }
     return 0;
   }));

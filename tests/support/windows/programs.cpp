@@ -18,22 +18,16 @@ struct Result {
   std::string output;
 };
 
-// Text files of Windows' programs end their lines with two characters.
-std::string withPlainLineEnds(const std::string& text) {
-  std::string plain;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    if (text[i] != '\r' || i + 1 == text.size() || text[i + 1] != '\n') plain += text[i];
-  }
-  return plain;
-}
-
 Result runShell(const std::filesystem::path& folder, const std::string& command) {
   const TemporaryFolder files;
   const std::string own = shellPath(files.path());
   std::ofstream script(files.path() / "script", std::ios::binary);
+  // Windows' programs end their lines with two characters.
   script << "exec >'" << own << "/output' 2>/dev/null\n"
          << "cd '" << shellPath(folder) << "' && ( " << command << " )\n"
-         << "echo $? >'" << own << "/ending' && mv '" << own << "/ending' '" << own << "/status'\n";
+         << "echo $? >'" << own << "/ending'\n"
+         << "sed -i 's/\\r$//' '" << own << "/output'\n"
+         << "mv '" << own << "/ending' '" << own << "/status'\n";
   script.close();
 
   STARTUPINFOA startup{};
@@ -50,7 +44,7 @@ Result runShell(const std::filesystem::path& folder, const std::string& command)
   }
   Result result;
   std::ifstream(status) >> result.status;
-  result.output = withPlainLineEnds(readFile(files.file("output")));
+  result.output = readFile(files.file("output"));
   return result;
 }
 
