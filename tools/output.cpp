@@ -8,7 +8,7 @@ namespace {
 
 void writeLine(std::FILE* stream, const char* prefix, const std::string& line) {
   // A line of progress may be on the terminal.
-  if (isTerminal(stream)) std::fputs("\r\x1b[K", stream);
+  if (isTerminal(stream)) clearLine(stream);
   std::fprintf(stream, "%s%s\n", prefix, line.c_str());
 }
 

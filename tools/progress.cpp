@@ -67,8 +67,9 @@ void Progress::show() {
     const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
     // A line of the full width would scroll.
     const std::string text = line(elapsed.count(), terminalWidth() - 1);
-    std::fprintf(stderr, "\r%s\x1b[K", text.c_str());
+    clearLine(stderr);
+    std::fputs(text.c_str(), stderr);
     std::fflush(stderr);
   } while (!over_.wait_for(lock, kInterval, isFinished));
-  std::fputs("\r\x1b[K", stderr);
+  clearLine(stderr);
 }

@@ -16,6 +16,10 @@ bool isTerminal(std::FILE* stream);
 // Width in columns of the terminal of standard error; 80 if it is unknown.
 std::size_t terminalWidth();
 
+// Erases the line of the terminal that the stream writes to, and continues at its
+// start.
+void clearLine(std::FILE* terminal);
+
 // Asks on the terminal for a line that is not shown. Returns nothing without a
 // terminal, or if the user interrupts.
 std::optional<std::string> askHidden(const std::string& prompt);

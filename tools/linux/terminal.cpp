@@ -19,6 +19,8 @@ std::size_t terminalWidth() {
   return size.ws_col;
 }
 
+void clearLine(std::FILE* terminal) { std::fputs("\r\x1b[K", terminal); }
+
 std::optional<std::string> askHidden(const std::string& prompt) {
   const std::unique_ptr<std::FILE, int (*)(std::FILE*)> terminal(std::fopen("/dev/tty", "r"),
                                                                  std::fclose);

@@ -15,14 +15,20 @@ std::size_t terminalWidth() {
   constexpr std::size_t kUsual = 80;
   CONSOLE_SCREEN_BUFFER_INFO info{};
   const HANDLE console = GetStdHandle(STD_ERROR_HANDLE);
-  // Progress is written with escape sequences.
-  DWORD mode = 0;
-  if (GetConsoleMode(console, &mode) == FALSE ||
-      GetConsoleScreenBufferInfo(console, &info) == FALSE) {
-    return kUsual;
-  }
-  SetConsoleMode(console, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING);
+  if (GetConsoleScreenBufferInfo(console, &info) == FALSE) return kUsual;
   return static_cast<std::size_t>(info.srWindow.Right - info.srWindow.Left + 1);
+}
+
+// Not every console understands escape sequences.
+void clearLine(std::FILE* terminal) {
+  std::fflush(terminal);
+  const auto console = reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(terminal)));
+  CONSOLE_SCREEN_BUFFER_INFO info{};
+  if (GetConsoleScreenBufferInfo(console, &info) == FALSE) return;
+  const COORD start{0, info.dwCursorPosition.Y};
+  DWORD written = 0;
+  FillConsoleOutputCharacterA(console, ' ', static_cast<DWORD>(info.dwSize.X), start, &written);
+  SetConsoleCursorPosition(console, start);
 }
 
 std::optional<std::string> askHidden(const std::string& prompt) {
