@@ -21,29 +21,34 @@ constexpr std::uint16_t kAesMethod = 99;
 constexpr std::uint16_t kZip64Extra = 0x0001;
 constexpr std::uint16_t kAesExtra = 0x9901;
 
-// The values of an end record, with those of the zip64 record where it counts.
+// The values of an end record. Those that are all ones are replaced by the zip64 record's.
 struct End {
   std::uint64_t position;  // of the first end record
   std::uint64_t count;
   std::uint64_t directorySize;
   std::uint64_t directoryOffset;  // as stored; from the beginning of the archive
-  bool isZip64;
+  bool countMayWrap;              // old programs store the count modulo 65,536
 };
 
 End endAt(File& file, Bytes record, std::uint64_t position) {
-  End end{position, record.u16(10), record.u32(12), record.u32(16), false};
-  const bool isFull =
-      end.count == 0xFFFF || end.directorySize == 0xFFFFFFFF || end.directoryOffset == 0xFFFFFFFF;
-  if (!isFull || position < kLocator64Size + kEnd64Size) return end;
+  End end{position, record.u16(10), record.u32(12), record.u32(16), true};
+  const bool isFullCount = end.count == 0xFFFF;
+  const bool isFullSize = end.directorySize == 0xFFFFFFFF;
+  const bool isFullOffset = end.directoryOffset == 0xFFFFFFFF;
+  if (!(isFullCount || isFullSize || isFullOffset) || position < kLocator64Size + kEnd64Size)
+    return end;
   const std::string locator = file.read(position - kLocator64Size, kLocator64Size);
   if (Bytes(locator).u32(0) != kLocator64Signature) return end;
   // The stored position is wrong in a file with a prefix; the record then is
   // directly before its locator.
-  for (const std::uint64_t at : {Bytes(locator).u64(8), position - kLocator64Size - kEnd64Size}) {
+  const std::uint64_t last = position - kLocator64Size - kEnd64Size;
+  for (const std::uint64_t at : {Bytes(locator).u64(8), last}) {
     const std::string bytes = file.read(at, kEnd64Size);
     const Bytes end64(bytes);
-    if (end64.u32(0) != kEnd64Signature) continue;
-    return {at, end64.u64(32), end64.u64(40), end64.u64(48), true};
+    if (at > last || end64.u32(0) != kEnd64Signature) continue;
+    return {at, isFullCount ? end64.u64(32) : end.count,
+            isFullSize ? end64.u64(40) : end.directorySize,
+            isFullOffset ? end64.u64(48) : end.directoryOffset, !isFullCount};
   }
   return end;
 }
@@ -118,8 +123,7 @@ std::optional<std::vector<EntryRecord>> recordsAt(File& file, const End& end,
     records.back().headerOffset += position - end.directoryOffset;
     rest = rest.at(size);
   }
-  // Old programs store the count modulo 65,536.
-  const std::uint64_t count = end.isZip64 ? records.size() : records.size() & 0xFFFF;
+  const std::uint64_t count = end.countMayWrap ? records.size() & 0xFFFF : records.size();
   if (count != end.count) return std::nullopt;
   return records;
 }
