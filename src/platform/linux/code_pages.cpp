@@ -72,8 +72,6 @@ int deliver(const Text& text, Char* buffer, int size) {
 
 using namespace platform::native;
 
-UINT GetACP() { return CP_UTF8; }
-
 UINT GetOEMCP() { return CP_UTF8; }
 
 int MultiByteToWideChar(UINT codePage, DWORD, const char* text, int length, WCHAR* buffer,

@@ -1,28 +1,12 @@
 // Zero-terminated texts.
 
-#include <cstring>
 #include <string_view>
 
 #include "platform/linux/case_folding.h"
 #include "platform/linux/win32_linux.h"
 #include "platform/utf8.h"
 
-char* lstrcpynA(char* target, const char* source, int size) {
-  if (size <= 0) return target;
-  const std::size_t count = strnlen(source, static_cast<std::size_t>(size) - 1);
-  std::memcpy(target, source, count);
-  target[count] = '\0';
-  return target;
-}
-
-int lstrlenA(const char* text) { return text == nullptr ? 0 : static_cast<int>(std::strlen(text)); }
-
 // A null text is less than any other.
-int lstrcmpA(const char* first, const char* second) {
-  if (first == nullptr || second == nullptr) return (first != nullptr) - (second != nullptr);
-  return std::strcmp(first, second);
-}
-
 int lstrcmpiA(const char* first, const char* second) {
   if (first == nullptr || second == nullptr) return (first != nullptr) - (second != nullptr);
   std::string_view a(first);

@@ -224,14 +224,10 @@ HANDLE FindFirstFileExA(const char* pattern, FINDEX_INFO_LEVELS level, void* dat
 BOOL FindNextFileA(HANDLE search, WIN32_FIND_DATAA* data);
 BOOL FindClose(HANDLE search);
 
-// Text and code pages. lstrcmpA compares bytes, lstrcmpiA characters without regard to letter case
-// (foldCase), so that no result depends on a locale.
-char* lstrcpynA(char* target, const char* source, int size);
-int lstrlenA(const char* text);
-int lstrcmpA(const char* first, const char* second);
+// Text and code pages. lstrcmpiA compares characters without regard to letter case (foldCase), so
+// that its result depends on no locale.
 int lstrcmpiA(const char* first, const char* second);
 BOOL IsDBCSLeadByte(BYTE byte);
-UINT GetACP();
 UINT GetOEMCP();
 // Ill-formed bytes become U+DC80 to U+DCFF and come back as they were.
 int MultiByteToWideChar(UINT codePage, DWORD flags, const char* text, int length, WCHAR* buffer,

@@ -102,7 +102,30 @@ TEST(CodePages, EveryTextComesBack) {
   EXPECT_EQ(MultiByteToWideChar(CP_ACP, 0, "😀", -1, pair, 3), 3);
   EXPECT_EQ(pair[0], 0xD83D);
   EXPECT_EQ(pair[1], 0xDE00);
-  EXPECT_EQ(MultiByteToWideChar(1252, 0, "a", 1, pair, 3), 0);
+}
+
+TEST(CodePages, Errors) {
+  WCHAR wide[8] = {};
+  struct {
+    UINT page;
+    const char* text;
+    int length, size, result;
+    DWORD error;
+  } const cases[] = {
+      {CP_ACP, "abc", 3, 0, 3, ERROR_SUCCESS},
+      {CP_OEMCP, "abc", -1, 4, 4, ERROR_SUCCESS},
+      {CP_UTF8, "gr\xC3\xB6", 4, 8, 3, ERROR_SUCCESS},
+      {CP_ACP, "abc", 3, 2, 0, ERROR_INSUFFICIENT_BUFFER},
+      {CP_ACP, "abc", 0, 8, 0, ERROR_INVALID_PARAMETER},
+      {CP_ACP, nullptr, 3, 8, 0, ERROR_INVALID_PARAMETER},
+      {CP_ACP, "abc", 3, -1, 0, ERROR_INVALID_PARAMETER},
+      {1252, "abc", 3, 8, 0, ERROR_INVALID_PARAMETER},
+  };
+  for (const auto& c : cases) {
+    SetLastError(ERROR_SUCCESS);
+    EXPECT_EQ(MultiByteToWideChar(c.page, 0, c.text, c.length, wide, c.size), c.result);
+    EXPECT_EQ(GetLastError(), c.error) << c.page << ' ' << c.length << ' ' << c.size;
+  }
 }
 
 }  // namespace
