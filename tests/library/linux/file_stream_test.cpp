@@ -50,7 +50,7 @@ TEST_F(StreamOnLinux, WritesAndCommits) {
       {"the limit's size", [](FileStream& s) { s.write("1234567890"); }, "w3 c w10 c"},
       {"limit at the pending size", [](FileStream& s) { s.bufferSize(3); }, ""},
       {"limit exceeded later", [](FileStream& s) { s.bufferSize(3), s.write(""); }, "w3 c"},
-      {"limit below", [](FileStream& s) { s.bufferSize(2), s.write("1"); }, "w3 c"},
+      {"limit below", [](FileStream& s) { s.bufferSize(2); }, "w3 c"},
       {"unbuffered", [](FileStream& s) { s.bufferSize(0), s.write(""); }, "w3 c c"},
       {"questions", [](FileStream& s) { s.size(), s.is_open(), s.bufferSize(); }, ""},
       {"copy", [](FileStream& s) { FileStream{s} = FileStream(); }, ""},
