@@ -99,8 +99,6 @@ TEST_F(Conformance, Attributes) {
     EXPECT_EQ(GetFileAttributesA(at(c.name).c_str()), c.attributes) << c.name;
     EXPECT_TRUE(c.error == ERROR_SUCCESS || c.error == GetLastError()) << c.name;
   }
-  ASSERT_TRUE(SetFileAttributesA(at("read-only").c_str(), FILE_ATTRIBUTE_NORMAL));
-  EXPECT_EQ(GetFileAttributesA(at("read-only").c_str()), FILE_ATTRIBUTE_ARCHIVE);
 }
 
 TEST_F(Conformance, Searches) {
@@ -116,7 +114,6 @@ TEST_F(Conformance, Searches) {
   } const cases[] = {
       {"s\\*.*", every, ERROR_NO_MORE_FILES},
       {"s\\*", every, ERROR_NO_MORE_FILES},
-      {"s\\?a*", {"cab.txt"}, ERROR_NO_MORE_FILES},
       {"s\\*.tmp", {"a.tmp", "b.TMP"}, ERROR_NO_MORE_FILES},
       {"s\\?.TMP", {"a.tmp", "b.TMP"}, ERROR_NO_MORE_FILES},
       {"s\\ab", {"ab"}, ERROR_NO_MORE_FILES},
