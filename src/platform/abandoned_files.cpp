@@ -1,6 +1,8 @@
 #include "platform/abandoned_files.h"
 
+#include <atomic>
 #include <cstdint>
+#include <functional>
 
 #include "platform/unique_handle.h"
 
@@ -23,6 +25,17 @@ std::uint64_t ticksOf(const FILETIME& time) {
   return std::uint64_t{time.dwHighDateTime} << 32 | time.dwLowDateTime;
 }
 
+// Reports whether this is the first call for the files within the hour. Listing a directory of many
+// files takes longer than creating one more in it.
+bool isDue(const std::string& files, std::uint64_t now) {
+  constexpr std::uint64_t kHour = std::uint64_t{60} * 60 * 10'000'000;
+  constexpr std::size_t kSlots = 16;
+  static std::atomic<std::uint64_t> latest[kSlots];
+  const std::size_t hash = std::hash<std::string>{}(files);
+  const std::uint64_t mark = hash + now / kHour;
+  return latest[hash % kSlots].exchange(mark) != mark;
+}
+
 }  // namespace
 
 void deleteAbandonedFiles(const std::string& newest, const char* pattern,
@@ -31,11 +44,13 @@ void deleteAbandonedFiles(const std::string& newest, const char* pattern,
   WIN32_FILE_ATTRIBUTE_DATA created = {};
   if (GetFileAttributesExA(newest.c_str(), GetFileExInfoStandard, &created) == 0) return;
   const std::string folder = newest.substr(0, newest.find_last_of("\\/:") + 1);
+  const std::uint64_t now = ticksOf(created.ftLastWriteTime);
+  if (!isDue(folder + pattern, now)) return;
   WIN32_FIND_DATAA found = {};
   const SearchHandle search(FindFirstFileA((folder + pattern).c_str(), &found));
   if (!search) return;
   do {
-    const bool isOld = ticksOf(found.ftLastWriteTime) + kDay < ticksOf(created.ftLastWriteTime);
+    const bool isOld = ticksOf(found.ftLastWriteTime) + kDay < now;
     // DeleteFileA refuses a file that is held, and a folder.
     if (isOld && isTemporary(found.cFileName)) DeleteFileA((folder + found.cFileName).c_str());
   } while (FindNextFileA(search.get(), &found) != 0);

@@ -11,7 +11,7 @@ inline constexpr char kTemporaryPrefix[] = "~za";
 
 // Deletes files beside `newest`, a file that was just created: those of the pattern whose names
 // `isTemporary` returns true for, if they were last written a day before it and no process holds
-// them.
+// them. A process does so once an hour for a directory.
 void deleteAbandonedFiles(const std::string& newest, const char* pattern,
                           bool (*isTemporary)(std::string_view name));
 
