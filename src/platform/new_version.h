@@ -25,7 +25,7 @@ class NewVersion {
 
   // Creates the file to which the new version is written, empty, and returns its path. That is the
   // file itself, with its lock released, if its directory does not accept new files; no file is
-  // created then.
+  // created then. Empty on failure.
   std::string create();
   // Commits the new version to the disk, renames it, with the owner and the permissions of the old
   // one, and commits the name. Nothing is left to do if create() returned the file's own path.

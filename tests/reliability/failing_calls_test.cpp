@@ -59,6 +59,14 @@ class FailingCalls : public testing::TestWithParam<Operation> {
     std::filesystem::copy(model_, work_, std::filesystem::copy_options::recursive);
   }
 
+  // Runs the operation without a fault. Returns the number of calls that could have failed.
+  int runWhole(Fault fault) {
+    restoreFiles();
+    const Failing counter(fault, 0);
+    EXPECT_TRUE(GetParam().run(work_));
+    return counter.count();
+  }
+
   support::TemporaryFolder folder_;
   std::string temporary_ = folder_.file("tmp");
   std::string model_ = folder_.file("model/");
@@ -84,12 +92,7 @@ TEST_P(FailingCalls, SucceedOrLeaveAllAsItWas) {
   const auto before = contentsOf(work_, true);
   std::map<Fault, int> total;
   const int threads = failing::startedThreads();
-  for (const auto& [fault, name] : kFaults) {
-    restoreFiles();
-    const Failing counter(fault, 0);
-    ASSERT_TRUE(operation.run(work_));
-    total[fault] = counter.count();
-  }
+  for (const auto& [fault, name] : kFaults) total[fault] = runWhole(fault);
   const auto after = contentsOf(work_, true);
   EXPECT_GT(total[Fault::OneCall], 3);
   EXPECT_EQ(failing::startedThreads(), threads);
@@ -138,12 +141,7 @@ TEST_P(FailingCalls, KilledBeforeAnyCallLeaveAllWhole) {
   const Operation& operation = GetParam();
   restoreFiles();
   const auto before = contentsOf(work_, true);
-  int total = 0;
-  {
-    const Failing counter(Fault::Interruption, 0);
-    ASSERT_TRUE(operation.run(work_));
-    total = counter.count();
-  }
+  const int total = runWhole(Fault::Interruption);
   const auto after = contentsOf(work_, true);
   if (after == before) return;  // it only reads
   // Starting a process under a sanitizer takes long, so there only some are.

@@ -8,6 +8,7 @@
 #include <filesystem/zip_archive.h>
 #include <gtest/gtest.h>
 
+#include <utility>
 #include <vector>
 
 #include "support/noise.h"
@@ -141,13 +142,14 @@ void PrintTo(const Operation& operation, std::ostream* out) { *out << operation.
 Files entriesOf(const std::string& archive) {
   Files entries;
   ZipArchive reader;
-  std::vector<std::string> names;
+  std::vector<std::pair<std::string, std::string>> names;
   reader.open(archive.c_str(), kRead);
-  reader.enumerate(names);
-  for (const std::string& name : names) {
+  if (reader.content(names) == 0) return {{"<no archive>", ""}};
+  for (const auto& [name, comment] : names) {
     Bytes bytes;
     EXPECT_EQ(reader.extract(name.c_str(), bytes), 1) << name;
-    EXPECT_TRUE(entries.emplace(name, std::string(bytes.begin(), bytes.end())).second) << name;
+    const std::string content(bytes.begin(), bytes.end());
+    EXPECT_TRUE(entries.emplace(name, content + comment).second) << name;
   }
   return entries;
 }

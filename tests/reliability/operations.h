@@ -34,7 +34,7 @@ std::span<const Operation> all();
 // Contents by relative path, or by the name of an entry.
 using Files = std::map<std::string, std::string>;
 
-// Returns the contents of an archive by the names of the entries. Empty for what is no archive.
+// Returns the contents and comments of an archive by the names of the entries.
 Files entriesOf(const std::string& archive);
 
 // Returns all files of a directory. With `entries` the content of an archive is the list of its

@@ -63,22 +63,6 @@ mode_t permissionsAfter(const Source& source, const Target& target) {
   return isReadOnly(source.status.st_mode) ? mode & ~kAnyWrite : mode;
 }
 
-// True if a failed step of a replacement shows that the target's folder or owner
-// does not permit one; writing into the target is possible then.
-bool isRefusal(int error) {
-  switch (error) {
-    case EACCES:
-    case EPERM:
-    case EROFS:
-    case EBUSY:         // the target is a mount point
-    case ENOENT:        // there is no /proc, which names the new file
-    case ENAMETOOLONG:  // the temporary name is longer than the target's
-      return true;
-    default:
-      return false;
-  }
-}
-
 enum class Replacement { Done, Failed, Refused };
 
 Replacement failure() { return isRefusal(errno) ? Replacement::Refused : Replacement::Failed; }

@@ -120,6 +120,10 @@ std::string NewVersion::create() {
     deleteAbandonedFiles(text, ".~copy*.tmp", isNameOfFirst);
     return text;
   }
+  if (!state_->version && !isRefusal(errno)) {
+    failWithErrno();
+    return {};
+  }
   state_->original.reset();
   return state_->path;
 }

@@ -10,6 +10,20 @@
 
 namespace platform::native {
 
+bool isRefusal(int error) {
+  switch (error) {
+    case EACCES:
+    case EPERM:
+    case EROFS:
+    case EBUSY:         // the target is a mount point
+    case ENOENT:        // there is no /proc, which names the new file
+    case ENAMETOOLONG:  // the temporary name is longer than the target's
+      return true;
+    default:
+      return false;
+  }
+}
+
 std::string temporaryNameFor(const struct stat& old) {
   char name[40];
   std::snprintf(name, sizeof(name), ".~copy%llx.tmp", static_cast<unsigned long long>(old.st_ino));

@@ -9,6 +9,11 @@
 
 namespace platform::native {
 
+// True if a failed step of a replacement shows that the target's folder or owner does not permit
+// one; writing into the target is possible then. After another error, as that of a full disk, it
+// could lose the content.
+bool isRefusal(int error);
+
 // The name that the replacement of a file with the status `old` has for an instant.
 std::string temporaryNameFor(const struct stat& old);
 
