@@ -122,7 +122,7 @@ TEST_F(Enumeration, Folders) {
       return calls++ == failing ? throw std::runtime_error("filter") : 1;
     };
     records.clear();
-    EXPECT_THROW(EnumFoldersEx(records, tree.c_str(), throwing, 1), std::runtime_error);
+    EXPECT_THROW(EnumFoldersEx(records, tree.c_str(), throwing, -1), std::runtime_error);
     EXPECT_EQ(records.size(), kLeft[failing]) << failing;
   }
 }

@@ -19,9 +19,10 @@
 namespace platform::native {
 namespace {
 
-void appendList(std::vector<std::string>& folders, std::string_view list, char separator) {
+// Appends the folders of a list like PATH.
+void appendList(std::vector<std::string>& folders, std::string_view list) {
   while (!list.empty()) {
-    const std::size_t end = std::min(list.find(separator), list.size());
+    const std::size_t end = std::min(list.find(':'), list.size());
     if (end != 0) folders.emplace_back(list.substr(0, end));
     list.remove_prefix(std::min(end + 1, list.size()));
   }
@@ -36,16 +37,12 @@ std::string programFolder() {
 }
 
 // Returns the folders to search, as path texts.
-std::vector<std::string> foldersOf(const char* path) {
-  std::vector<std::string> folders;
-  if (path != nullptr) {
-    appendList(folders, path, ';');
-    return folders;
-  }
+std::vector<std::string> searchedFolders() {
   std::vector<std::string> native{programFolder()};
   char current[PATH_MAX];
   if (getcwd(current, sizeof(current)) != nullptr) native.emplace_back(current);
-  if (const char* const list = std::getenv("PATH")) appendList(native, list, ':');
+  if (const char* const list = std::getenv("PATH")) appendList(native, list);
+  std::vector<std::string> folders;
   for (const std::string& folder : native) {
     char text[PATH_MAX];
     if (displayName(folder.c_str(), text, sizeof(text)) != 0) folders.emplace_back(text);
@@ -65,21 +62,18 @@ bool exists(const std::string& text) {
 
 using namespace platform::native;
 
-// With a null path it searches the program's folder, the current folder, and PATH.
-DWORD SearchPathA(const char* path, const char* name, const char* extension, DWORD size,
-                  char* buffer, char** filePart) {
+// Searches the program's folder, the current folder, and PATH. No other list of folders can be
+// given, nor an extension.
+DWORD SearchPathA(const char*, const char* name, const char*, DWORD size, char* buffer,
+                  char** filePart) {
   if (name == nullptr || *name == '\0') return static_cast<DWORD>(fail(ERROR_INVALID_PARAMETER));
-  std::string file = name;
-  const bool isBare = file.find_first_of("\\/") == std::string::npos;
-  const std::size_t nameStart = isBare ? 0 : file.find_last_of("\\/") + 1;
-  if (extension != nullptr && file.find('.', nameStart) == std::string::npos) file += extension;
-
+  const std::string file = name;
   std::string found;
   const bool isAbsolute = file[0] == '\\' || file[0] == '/' || file.find(':') == 1;
   if (isAbsolute) {
     if (exists(file)) found = file;
   } else {
-    for (const std::string& folder : foldersOf(path)) {
+    for (const std::string& folder : searchedFolders()) {
       std::string candidate = folder;
       if (candidate.back() != '\\' && candidate.back() != '/') candidate += '\\';
       candidate += file;
