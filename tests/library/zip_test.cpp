@@ -335,7 +335,7 @@ TEST_F(ZipFolders, TreeComesBack) {
   for (const char* name : {"empty", "a b/ü.txt", ".dot/.file", "Größe/ÄÖÜ äöü é ñ ç"}) {
     support::writeFile(folder_.file(support::text(std::string("in/") + name)), name);
   }
-  for (const char* name : {"日本/語", "😀", "Привет"}) {
+  for (const char* name : {"日本/語", "😀", "Привет", "x\\y/back\\slash"}) {
     if (support::kPlatform.everyName)
       support::writeFile(folder_.file(std::string("in/") + name), "");
   }

@@ -22,7 +22,7 @@ using operations::Operation;
 
 // States between two commits that are visited.
 constexpr std::size_t kStates = sizeof(VESK_SANITIZE) > 1 ? 50 : 300;
-// Archives that are also read by another program and appended to.
+// Archives that are also appended to and read by another program.
 constexpr int kShown = 40;
 
 class PowerLoss : public testing::TestWithParam<Operation> {
@@ -56,19 +56,17 @@ class PowerLoss : public testing::TestWithParam<Operation> {
     return whole;
   }
 
-  // Puts an archive, and the same archive after a further insertion, before another program.
+  // Puts the archive after a further insertion before another program.
   void show(const std::string& path) {
     if (shownCount_ == kShown) return;
-    const std::string shown = shown_ + std::to_string(shownCount_++);
-    std::filesystem::copy_file(path, shown + ".zip");
     ZipArchive archive;
-    ASSERT_EQ(archive.open(path.c_str(), 0xC0000000), 1);
     std::vector<std::string> names;
-    archive.enumerate(names);
+    ASSERT_EQ(archive.open(path.c_str(), 0xC0000000), 1);
     ASSERT_EQ(archive.insert({'x'}, "another", "", 0), 1);
+    archive.enumerate(names);
     archive.close();
-    std::filesystem::rename(path, shown + ".appended.zip");
-    expected_ += std::to_string(names.size() + 1) + "\n";
+    std::filesystem::rename(path, shown_ + std::to_string(shownCount_++) + ".zip");
+    expected_ += std::to_string(names.size()) + "\n";
   }
 
   support::TemporaryFolder folder_;
@@ -100,21 +98,14 @@ TEST_P(PowerLoss, LeavesTheOldOrTheNewState) {
   });
   std::cout << states << " states\n";
   EXPECT_EQ(damaged, 0) << "of " << states;
-  // Another program refuses an archive with a backup directory or reads all of it, and reads all of
-  // it after the next append.
+  // Another program reads all of an archive after the next append.
   EXPECT_EQ(support::outputOf(shown_,
                               "python3 -c 'import zipfile\n"
-                              "def entries(name):\n"
-                              "  try:\n"
-                              "    z = zipfile.ZipFile(name)\n"
-                              "    return len(z.namelist()) if z.testzip() is None else None\n"
-                              "  except zipfile.BadZipFile: return None\n"
                               "for i in range(" +
                                   std::to_string(shownCount_) +
                                   "):\n"
-                                  "  appended = entries(f\"{i}.appended.zip\")\n"
-                                  "  left = entries(f\"{i}.zip\")\n"
-                                  "  print(appended if left in (None, appended - 1) else left)'"),
+                                  "  z = zipfile.ZipFile(f\"{i}.zip\")\n"
+                                  "  print(z.testzip() or len(z.namelist()))'"),
             expected_);
 }
 

@@ -20,13 +20,6 @@ namespace {
 
 class ZipOnLinux : public Zip {};
 
-TEST_F(ZipOnLinux, BackslashesInNamesComeBack) {
-  support::writeFile(folder_.file("in/x\\y/back\\slash"), "x");
-  EXPECT_TRUE(FRT_ZIP_FOLDER(in_.c_str(), path_.c_str()));
-  EXPECT_TRUE(FRT_UNZIP_FILE(path_.c_str(), out_.c_str()));
-  EXPECT_EQ(support::run(folder_.path(), "diff -r in out"), 0);
-}
-
 // Unpacking writes nothing outside the target through links that the target contains. A link that
 // has the name of an entry is replaced; a link in the place of a directory fails.
 TEST_F(ZipOnLinux, ExtractionFollowsNoLinks) {
