@@ -35,8 +35,9 @@ void appendDirectory(const std::string& path, Output& output, std::vector<Source
   const std::string base = withBackslash(path);
   const std::string own = FileSystem::extractFilename(withoutEndSeparators(path));
   const bool isNamed = !own.empty() && own != "." && own != "..";
+  const std::string prefix = isNamed ? own + '\\' : "";
   for (const std::string& file : filesBelow(base, output)) {
-    sources.push_back({base + file, isNamed ? own + '\\' + file : file});
+    sources.push_back({base + file, prefix + file});
   }
 }
 

@@ -39,7 +39,7 @@ std::string givenPassword(const PasswordSource& source, const Output& output) {
 
 std::string passwordFor(const std::vector<Entry>& entries, const PasswordSource& source,
                         const Output& output) {
-  const std::string password = givenPassword(source, output);
+  std::string password = givenPassword(source, output);
   const auto encrypted = std::find_if(entries.begin(), entries.end(), [](const Entry& entry) {
     return entry.record.encryption == Encryption::kTraditional ||
            entry.record.encryption == Encryption::kAes;
