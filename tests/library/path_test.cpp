@@ -100,7 +100,6 @@ TEST(Path, EqualityAndSubPath) {
       {"C:\\a", "C:\\a", "C:\\a"},
       {"C:\\longer", "C:\\", "C:\\"},
       {"a", "C:\\a\\b", "C:\\a\\b"},
-      {"", "x", "x"},
   };
   for (const auto& c : cases) EXPECT_EQ(subPath(c.base, c.path), c.result) << c.path;
 }
@@ -110,10 +109,7 @@ TEST(Path, Root) {
     const char *path, *root;
   } const cases[] = {
       {nullptr, ""},
-      {"", ""},
-      {"C:\\a\\b", "C:\\"},
       {"C:", "C:"},
-      {"C:/a", "C:/"},
       {"\\a\\b", "\\"},
       {"a\\b", "a\\"},
       {"abc", "abc"},

@@ -89,7 +89,6 @@ TEST_F(Conformance, Attributes) {
       {".hidden", FILE_ATTRIBUTE_ARCHIVE | hidden, 0},
       {"full", FILE_ATTRIBUTE_DIRECTORY, 0},
       {"full\\", FILE_ATTRIBUTE_DIRECTORY, 0},
-      {"full\\.", FILE_ATTRIBUTE_DIRECTORY, 0},
       {"missing", INVALID_FILE_ATTRIBUTES, ERROR_FILE_NOT_FOUND},
       {"missing\\file", INVALID_FILE_ATTRIBUTES, ERROR_PATH_NOT_FOUND},
       {"file\\x", INVALID_FILE_ATTRIBUTES, ERROR_PATH_NOT_FOUND},

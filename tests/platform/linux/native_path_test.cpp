@@ -16,7 +16,6 @@ TEST(NativePath, MapsPathText) {
     const char* native;
     bool trailing;
   } const cases[] = {
-      {"c:/home/x", "/home/x", false},
       {"C:", "/", false},
       {"C:x", "x", false},
       {"\\etc\\", "/etc", true},
@@ -29,7 +28,6 @@ TEST(NativePath, MapsPathText) {
       {"a\\..\\", ".", true},
       {"...\\.x\\..y", ".../.x/..y", false},
       {"C:\\a\\..\\..\\x", "/x", false},
-      {"C:\\a\\..", "/", false},
       {"C:..\\x", "../x", false},
       {"a\xEF\x81\x9C"
        "b\\c",
@@ -47,20 +45,14 @@ TEST(NativePath, MapsPathText) {
 }
 
 TEST(NativePath, RefusesWhatNamesNothing) {
+  EXPECT_EQ(NativePath(nullptr).error(), ERROR_PATH_NOT_FOUND);
+  EXPECT_EQ(NativePath("").error(), ERROR_PATH_NOT_FOUND);
+  EXPECT_EQ(NativePath("Q:\\x").error(), ERROR_PATH_NOT_FOUND);
+  EXPECT_EQ(NativePath("\\\\nobody\\share\\x").error(), ERROR_BAD_NETPATH);
+  EXPECT_EQ(NativePath("\\\\nobody").error(), ERROR_BAD_NETPATH);
   const std::string tooLong(PATH_MAX, 'x');
-  const std::string longest(PATH_MAX - 1, 'x');
-  struct {
-    const char* text;
-    DWORD error;
-  } const cases[] = {
-      {nullptr, ERROR_PATH_NOT_FOUND},   {"", ERROR_PATH_NOT_FOUND},
-      {"Q:\\x", ERROR_PATH_NOT_FOUND},   {"\\\\nobody\\share\\x", ERROR_BAD_NETPATH},
-      {"\\\\nobody", ERROR_BAD_NETPATH}, {tooLong.c_str(), ERROR_FILENAME_EXCED_RANGE},
-      {longest.c_str(), ERROR_SUCCESS},
-  };
-  for (const auto& c : cases) {
-    EXPECT_EQ(NativePath(c.text).error(), c.error) << (c.text ? c.text : "null");
-  }
+  EXPECT_EQ(NativePath(tooLong.c_str()).error(), ERROR_FILENAME_EXCED_RANGE);
+  EXPECT_EQ(NativePath(tooLong.c_str() + 1).error(), ERROR_SUCCESS);
 }
 
 TEST(NativePath, FollowsDefinedDevices) {
