@@ -75,6 +75,11 @@ TEST_F(Stream, PositionsAndTruncation) {
   stream.truncate();
   EXPECT_EQ(content(), "");
   EXPECT_EQ(stream.size(), 0U);
+  // Meanwhile the file can be opened, but not deleted.
+  EXPECT_TRUE(support::openFile(path_, GENERIC_READ | GENERIC_WRITE, 3));
+  EXPECT_FALSE(DeleteFileA(path_.c_str()));
+  stream.close();
+  EXPECT_TRUE(DeleteFileA(path_.c_str()));
 }
 
 TEST_F(Stream, ClosedStreamKeepsPendingBytes) {
@@ -165,14 +170,6 @@ TEST_F(Stream, TextOutput) {
   other.close();
   EXPECT_EQ(content(), std::string("sourcea\0bc0-2147483648source\0", 29));
   EXPECT_EQ(support::readFile(folder_.file("other")), "z");
-}
-
-TEST_F(Stream, OpenFileIsSharedButNotDeleted) {
-  FileStream stream(path_.c_str(), kWrite);
-  EXPECT_FALSE(DeleteFileA(path_.c_str()));
-  EXPECT_TRUE(support::openFile(path_, GENERIC_READ | GENERIC_WRITE, 3));
-  stream.close();
-  EXPECT_TRUE(DeleteFileA(path_.c_str()));
 }
 
 TEST_F(Stream, WholeContent) {

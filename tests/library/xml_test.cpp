@@ -217,7 +217,6 @@ TEST(Xml, DefinitionAndExtraction) {
     const char *result, *rest;
   } const cases[] = {
       {"<a>1</a><b>2</b>", false, "1", "<b>2</b>"},
-      {"<a>1</a><b>2</b>", true, "<a>1</a>", "<b>2</b>"},
       {"<x/><a k=\"1\"/><b/>", true, "<a k=\"1\"/>", "<x/><b/>"},
       {"<x/><a k=\"1\"/><b/>", false, "", "<x/><b/>"},
       {"-<a />-", false, "", "--"},
@@ -226,7 +225,6 @@ TEST(Xml, DefinitionAndExtraction) {
       {"<a>1<a>2</a>3</a>z", false, "1<a>2</a>3", "z"},
       {"<a><b/></a>", false, "<b/>", ""},
       {"<a>&amp;</a>", false, "&", ""},
-      {"<a>&amp;</a>", true, "<a>&amp;</a>", ""},
       {"</a><a>x</a>", true, "", "</a><a>x</a>"},
       {"<a b='</a>'>x</a>", true, "", "<a b='</a>'>x</a>"},
       {"<a><a>x</a>", true, "", "<a><a>x</a>"},
@@ -251,7 +249,6 @@ TEST(Xml, Files) {
       {"<?xm", 0},
       {" \r\n\t\v\f<?xml-s", 1},
       {"\xEF\xBB\xBF<?xml", 0},
-      {"<?XML ", 0},
       {"", 0},
       {"<\0?\0x\0"s, 0},
       {std::string(5000, ' ') + "<?xml", 1},

@@ -77,13 +77,4 @@ TEST_F(Copying, HeldTargets) {
   }
 }
 
-TEST_F(Copying, RefusesTheSameFile) {
-  support::writeFile(source_, "content");
-  std::filesystem::create_hard_link(source_, folder_.file("hard"));
-  for (const char* name : {"source", "hard"}) {
-    EXPECT_FALSE(CopyFileA(source_.c_str(), folder_.file(name).c_str(), FALSE)) << name;
-    EXPECT_EQ(support::readFile(source_), "content");
-  }
-}
-
 }  // namespace

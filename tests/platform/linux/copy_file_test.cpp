@@ -46,10 +46,13 @@ TEST_F(CopyingOnLinux, ThroughALinkTheLinkStays) {
   ASSERT_TRUE(copy());
   EXPECT_TRUE(std::filesystem::is_symlink(target_));
   EXPECT_EQ(support::readFile(folder_.file("real")), "new");
-  // Onto itself by way of a link.
+  // Onto itself, also by way of a link.
   std::filesystem::create_symlink(source_, folder_.file("soft"));
-  EXPECT_FALSE(CopyFileA(source_.c_str(), folder_.file("soft").c_str(), FALSE));
-  EXPECT_EQ(support::readFile(source_), "new");
+  std::filesystem::create_hard_link(source_, folder_.file("hard"));
+  for (const char* name : {"source", "soft", "hard"}) {
+    EXPECT_FALSE(CopyFileA(source_.c_str(), folder_.file(name).c_str(), FALSE)) << name;
+    EXPECT_EQ(support::readFile(source_), "new");
+  }
 }
 
 // A target that cannot be replaced is overwritten. It keeps its other names and
