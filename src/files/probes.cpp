@@ -15,13 +15,13 @@ namespace {
 
 static_assert(kAccessRead == GENERIC_READ && kAccessWrite == GENERIC_WRITE);
 
-constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE;
+constexpr DWORD kShareReadWrite = FILE_SHARE_READ | FILE_SHARE_WRITE;
 
 }  // namespace
 
 int FileExists(const char* filename) {
   if (filename == nullptr) return 0;
-  if (platform::probeOpen(filename, GENERIC_READ, kShareAll)) return 1;
+  if (platform::probeOpen(filename, GENERIC_READ, kShareReadWrite)) return 1;
 
   const Detail::PathParts parts = Detail::splitPath(filename);
   if (!parts.drive.empty() || !parts.directory.empty()) return 0;
@@ -49,14 +49,14 @@ int IsFileReadOnly(const char* filename) {
 }
 
 int TestCreate(const char* filename, unsigned long access) {
-  const platform::FileHandle file(CreateFileA(filename, static_cast<DWORD>(access), kShareAll,
+  const platform::FileHandle file(CreateFileA(filename, static_cast<DWORD>(access), kShareReadWrite,
                                               nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL,
                                               nullptr));
   return file ? 1 : 0;
 }
 
 int TestOpen(const char* filename, unsigned long access) {
-  return platform::probeOpen(filename, static_cast<DWORD>(access), kShareAll) ? 1 : 0;
+  return platform::probeOpen(filename, static_cast<DWORD>(access), kShareReadWrite) ? 1 : 0;
 }
 
 unsigned long AllowedAccess(const char* filename) {

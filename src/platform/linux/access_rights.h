@@ -18,6 +18,8 @@ constexpr DWORD specificRights(DWORD access) {
   return rights;
 }
 
+inline constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+
 // Executing a file counts as reading it.
 constexpr bool reads(DWORD rights) { return (rights & (FILE_READ_DATA | FILE_EXECUTE)) != 0; }
 

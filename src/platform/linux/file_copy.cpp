@@ -7,6 +7,7 @@
 #include <climits>
 #include <cstdlib>
 
+#include "platform/linux/access_rights.h"
 #include "platform/linux/attributes.h"
 #include "platform/linux/copy_content.h"
 #include "platform/linux/existing_file.h"
@@ -115,7 +116,6 @@ bool overwrite(const Source& source, const Target& target) {
 }  // namespace
 
 bool openSource(const char* text, Source& source) {
-  constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
   source.handle.reset(
       CreateFileA(text, GENERIC_READ, kShareAll, nullptr, OPEN_EXISTING, 0, nullptr));
   if (!source.handle) return false;

@@ -12,6 +12,7 @@
 #include <cerrno>
 #include <utility>
 
+#include "platform/linux/access_rights.h"
 #include "platform/linux/attributes.h"
 #include "platform/linux/copy_content.h"
 #include "platform/linux/delete_file.h"
@@ -156,7 +157,6 @@ bool OpenDirectory::deleteEntry() {
 
 bool OpenDirectory::copyNew(const OpenDirectory& source, const std::string& storedName) {
   if (!*this || !source) return fail(ERROR_INVALID_HANDLE) != FALSE;
-  constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
   const char* const name = storedName.c_str();
   const Descriptor from(
       openRetrying(dirfd(source.state_->stream.get()), name, O_RDONLY | O_NOFOLLOW));
