@@ -32,7 +32,7 @@ inline std::string repetitiveText(std::size_t size) {
 inline bool addEntry(ZipWriter* writer, const std::string& name, const std::string& content,
                      const char* password = nullptr, int level = ZipLevelDefault) {
   ZipNewEntryInfo info{};
-  info.date = {.second = 3, .minute = 3, .hour = 4, .day = 5, .month = 5, .year = 2021};
+  info.date = {.second = 3, .minute = 3, .hour = 4, .day = 5, .month = 6, .year = 2021};
   info.internalAttributes = 1;
   info.externalAttributes = 0x21;
   constexpr char kLocalExtra[] = "\x34\x12\1\0L";

@@ -74,6 +74,13 @@ TEST(Names, OfOtherProgramsAreShownFoundAndKept) {
       {"extra field that is no UTF-8", "gr__.txt", "gr__.txt", kNone,
        unicodePath("gr__.txt", oldName), "gr__.txt"},
       {"another name", "other", "entry", kNone, {}, ""},
+      {"another name after one letter",
+       "\x94"
+       "a.txt",
+       "öc.txt",
+       kUtf8,
+       {},
+       ""},
       {"a longer name", "entry", "entry1", kNone, {}, ""},
   };
   const support::TemporaryFolder folder;
@@ -83,6 +90,7 @@ TEST(Names, OfOtherProgramsAreShownFoundAndKept) {
     EntryRecord local;
     EntryRecord central;
     local.name = row.local;
+    local.localExtra.resize(5000);  // longer than what is usually read with a header
     central.name = row.central;
     central.flags = row.flags;
     central.centralExtra = row.extra;
