@@ -35,7 +35,7 @@ TemporaryStorage& TemporaryStorage::operator=(const TemporaryStorage& other) = d
 TemporaryStorage::~TemporaryStorage() { clear(); }
 
 bool TemporaryStorage::create(const std::string& base, bool removeBase) {
-  if (m_created) clear();
+  clear();
   if (IsValidPath(base.c_str()) == 0) return false;
   m_removeBase = removeBase;
   m_basePath = Detail::withBackslash(base);

@@ -94,6 +94,7 @@ TEST_F(Enumeration, Folders) {
   make({"a/b/f", "c/f", ".hidden/f"});
   std::vector<FILE_INFORMATION> records;
   EXPECT_EQ(EnumFolders(records, path_, 1), 4U);
+  EXPECT_NE(records[0].ftLastWriteTime.dwHighDateTime, 0U);
   Names names = namesOf(records);
   EXPECT_LT(std::find(names.begin(), names.end(), "a"),
             std::find(names.begin(), names.end(), "a\\b"));

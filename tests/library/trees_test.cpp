@@ -159,6 +159,10 @@ TEST_F(Trees, Sweep) {
   EXPECT_TRUE(exists("future.tmp"));
   EXPECT_EQ(FileSystem::eraseOldFile(folder_.file("missing\\"), 0), 0U);
 
+  // A folder that was empty stays if it is the start.
+  std::filesystem::create_directory(folder_.file("void"));
+  EXPECT_EQ(FileSystem::eraseOldFile(folder_.text() + "void\\", 0), 0U);
+  EXPECT_TRUE(exists("void"));
   // A folder that becomes empty is deleted, and so are its parents that become empty.
   write("chain/top/sub/f", "", 2 * kDay);
   EXPECT_EQ(FileSystem::eraseOldFile(folder_.text() + "chain\\top\\", 1), 1U);
