@@ -36,7 +36,7 @@ Content contentOf(const ZipArchive& archive) {
 // Returns the number of entries that other programs find: in the directory that directly precedes
 // the last end record. Nothing if they find none, or for values of the zip64 format.
 std::optional<std::size_t> countByOthers(const std::string& bytes) {
-  const auto load = [&](std::size_t at, int size) {
+  const auto load = [&](std::size_t at, std::size_t size) {
     std::size_t value = 0;
     while (size-- > 0) value = value << 8 | static_cast<unsigned char>(bytes[at + size]);
     return value;

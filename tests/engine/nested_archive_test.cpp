@@ -23,7 +23,8 @@ with zipfile.ZipFile("outer.zip", "w") as z:
 
 bool append(const std::string& path) {
   ZipWriter* const writer = ZipOpenWriter(path.c_str(), ZipModeAppend);
-  return addEntry(writer, "added", "new") & (ZipCloseWriter(writer, nullptr) == 0);
+  const bool isAdded = addEntry(writer, "added", "new");
+  return ZipCloseWriter(writer, nullptr) == 0 && isAdded;
 }
 
 // Copies all entries but doc.txt, if each of them can be copied.

@@ -11,6 +11,7 @@
 #include <fstream>
 #include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "failing_calls.h"
@@ -126,21 +127,19 @@ TEST_F(MemoryLimits, InsertingAFileHoldsLittleOfIt) {
   support::writeFile(folder_.file("sparse"), "");
   std::filesystem::resize_file(folder_.file("sparse"), 256 * kMegabyte);
   // Each finds the entries of those before. The second time the source replaces its entry.
-  constexpr struct {
-    const char* source;
-    const char* password;
-  } kInsertions[] = {
-      {"text", ""}, {"random", ""}, {"sparse", ""}, {"random", "secret"}, {"sparse", "secret"},
-  };
+  using Insertion = std::pair<std::string, const char*>;  // source and password
+  const Insertion insertions[] = {
+      {"text", ""}, {"random", ""}, {"sparse", ""}, {"random", "secret"}, {"sparse", "secret"}};
   ZipArchive archive;
   ASSERT_EQ(archive.create(archive_.c_str(), 0), 1);
   archive.close();
-  for (const auto& [source, password] : kInsertions) {
-    expectBelow(kInsertLimit, std::string("insert ") + source + ' ' + password, [&] {
+  for (const Insertion& insertion : insertions) {
+    const std::string& source = insertion.first;
+    expectBelow(kInsertLimit, "insert " + source + ' ' + insertion.second, [&] {
       ZipArchive own;
       own.open(archive_.c_str(), kReadWrite);
-      own.password(password);
-      return own.insert(folder_.file(source).c_str(), source, "", 1) == 1;
+      own.password(insertion.second);
+      return own.insert(folder_.file(source).c_str(), source.c_str(), "", 1) == 1;
     });
   }
 }
