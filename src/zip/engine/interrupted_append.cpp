@@ -99,7 +99,8 @@ bool isBackup(const ArchiveFile& file, std::uint64_t position, std::uint64_t siz
 
 constexpr std::string_view kSignature("PK\5\6", 4);
 
-// What passes for a comment may be the rest of an archive that holds this one as an entry.
+// What passes for a comment may be the rest of an archive that holds this one as an entry. Unlike
+// for mayHoldEndRecord(), the signature alone counts: the zeros after the comment can complete it.
 bool holdsEndRecord(std::string_view comment) {
   return comment.find(kSignature) != std::string_view::npos;
 }
