@@ -47,9 +47,9 @@ std::size_t addFiles(ArchiveWriter& writer, const FileList& files, std::size_t c
   return added;
 }
 
-std::size_t appendFiles(const std::string& path, const FileList& files, std::size_t count,
-                        const Encryption& encryption) {
-  const std::uint32_t before = ArchiveReader(path.c_str()).entryCount();
+// Appends the first `count` files to an archive that has `before` entries.
+std::size_t appendFiles(const std::string& path, std::uint32_t before, const FileList& files,
+                        std::size_t count, const Encryption& encryption) {
   std::size_t added = 0;
   const auto add = [&](ArchiveWriter& writer) {
     added = addFiles(writer, files, count, encryption);
@@ -83,6 +83,7 @@ std::size_t replace(Rewrite& archive, const FileList& files, Insertable insertab
 std::size_t insertFiles(const std::string& path, const FileList& files, bool overwrite,
                         const Encryption& encryption) {
   std::size_t count = 0;
+  std::uint32_t before = 0;
   {
     Rewrite archive(path);
     if (!canAppend(archive.reader(), path)) return 0;
@@ -91,8 +92,9 @@ std::size_t insertFiles(const std::string& path, const FileList& files, bool ove
       return replace(archive, files, insertable, encryption);
     }
     count = insertable.count;
+    before = archive.reader().entryCount();
   }
-  return count == 0 ? 0 : appendFiles(path, files, count, encryption);
+  return count == 0 ? 0 : appendFiles(path, before, files, count, encryption);
 }
 
 }  // namespace zip
