@@ -27,6 +27,7 @@ int wanted = 0;
 int calls = 0;
 std::function<void()> interrupt;
 std::string firstFailed;
+std::string notes;
 std::atomic<int> threads = 0;
 
 bool countsFor(const char* name, bool needsSpace) {
@@ -40,8 +41,13 @@ bool hits() {
   return armedFault == Fault::HalfRead ? calls == wanted + 1 : calls >= wanted;
 }
 
+void note(const std::string& call) {
+  if (armed) notes += (notes.empty() ? "" : " ") + call;
+}
+
 // Reports whether this call fails. Sets errno if so.
 bool fails(const char* name, const char* path, bool needsSpace) {
+  if (std::strcmp(name, "fdatasync") == 0) note("c");
   if (!armed || !countsFor(name, needsSpace)) return false;
   ++calls;
   if (!hits()) return false;
@@ -57,6 +63,7 @@ bool fails(const char* name, const char* path, bool needsSpace) {
 // The same for a call that transfers bytes. Where the next call is to fail, or the disk to be full,
 // it transfers half of them.
 bool fails(const char* name, const char* path, std::size_t& size) {
+  if (std::strcmp(name, "write") == 0) note('w' + std::to_string(size));
   const bool needsSpace = std::strcmp(name, "read") != 0;
   const bool halves = armedFault == Fault::FullDisk || armedFault == Fault::HalfRead;
   if (armed && halves && countsFor(name, needsSpace) && calls + 1 == wanted && size > 1) {
@@ -89,11 +96,13 @@ Failing::Failing(Fault fault, int number, std::function<void()> interruption) {
   wanted = number;
   calls = 0;
   firstFailed.clear();
+  notes.clear();
   armed = true;
 }
 Failing::~Failing() { armed = false; }
 int Failing::count() const { return calls; }
 std::string Failing::failed() const { return firstFailed; }
+std::string Failing::writesAndCommits() const { return notes; }
 
 int startedThreads() { return threads; }
 

@@ -28,6 +28,8 @@ class Failing {
   int count() const;
   // The first call that failed, with its path if it has one; empty if none failed.
   std::string failed() const;
+  // `w` and the size for each `write`, `c` for each `fdatasync`, in their order.
+  std::string writesAndCommits() const;
 };
 
 // Returns the number of threads that this process, and the one that it was forked from, have

@@ -1,11 +1,13 @@
 // Every operation with each of its system calls failing in turn, and on a disk that is full from
 // some call on.
 
+#include <filesystem/files.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <csignal>
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -160,6 +162,32 @@ TEST_P(FailingCalls, KilledBeforeAnyCallLeaveAllWhole) {
       EXPECT_TRUE(file != now.end() && (file->second == content || file->second == after.at(path)))
           << "call " << number << ' ' << path;
     }
+  }
+}
+
+TEST(FailingCall, MakesAPathInvalid) {
+  const support::TemporaryFolder folder;
+  std::set<std::string> fatal;
+  std::string failed;
+  int number = 0;
+  do {
+    const Failing failing(Fault::OneCall, ++number);
+    const bool isValid = FileSystem::IsValidPath(folder.name().c_str()) != 0;
+    failed = failing.failed();
+    if (!isValid) fatal.insert(failed);
+  } while (!failed.empty());
+  EXPECT_TRUE(fatal.contains("write ") && fatal.contains("read "));
+}
+
+TEST(FailingCall, AnotherProcessMayCreateTheSameFolder) {
+  const support::TemporaryFolder folder;
+  int total = 0;
+  for (int number = 1; number <= total + 1; ++number) {
+    std::filesystem::remove_all(folder.file("a"));
+    const Failing failing(Fault::Interruption, number,
+                          [&] { std::filesystem::create_directory(folder.file("a")); });
+    EXPECT_EQ(FileSystem::EnsurePathExists(folder.file("a\\b").c_str()), 1) << number;
+    total = failing.count();
   }
 }
 

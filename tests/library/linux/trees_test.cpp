@@ -15,7 +15,6 @@
 #include <thread>
 #include <vector>
 
-#include "library/linux/system_calls.h"
 #include "platform/win32.h"
 #include "support/programs.h"
 #include "support/temporary_folder.h"
@@ -141,21 +140,6 @@ TEST_F(TreesOnLinux, ReadOnlyDirectories) {
   umask(before);
   EXPECT_EQ(FileSystem::IsFileReadOnly(folder_.file("a").c_str()), 0);
   EXPECT_EQ(FileSystem::IsFileReadOnly(folder_.file("a/b").c_str()), 0);
-}
-
-TEST_F(TreesOnLinux, ValidPathsTakeContent) {
-  for (int* const failing : {&system_calls::failingWrite, &system_calls::failingRead}) {
-    *failing = 1;
-    EXPECT_EQ(FileSystem::IsValidPath(folder_.name().c_str()), 0);
-    EXPECT_EQ(*failing, 0);
-  }
-  EXPECT_EQ(folder_.entries(), 0U);
-}
-
-TEST_F(TreesOnLinux, AnotherProcessMayCreateTheSameFolder) {
-  system_calls::isCreatedBefore = true;
-  EXPECT_EQ(FileSystem::EnsurePathExists(folder_.file("a\\b").c_str()), 1);
-  EXPECT_FALSE(system_calls::isCreatedBefore);
 }
 
 // Texts beyond the size of their buffer are cut.
