@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <fstream>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -37,68 +38,6 @@ struct Findings {
 std::ostream& operator<<(std::ostream& out, const Findings& f) {
   return out << f.listed << ' ' << f.read << ' ' << f.appended << ' ' << f.unpacked;
 }
-
-struct Hostile {
-  const char* archive;
-  Findings findings;
-};
-
-constexpr bool kAppended = true;
-constexpr bool kRefused = false;
-
-constexpr Hostile kArchives[] = {
-    {"climbs", {5, 5, kAppended, false}},
-    {"absolute", {6, 6, kAppended, false}},
-    {"links", {2, 2, kAppended, false}},
-    {"file-for-folder", {1, 1, kAppended, false}},
-    {"quotes", {6, 6, kAppended, true}},
-    {"zero-in-name", {1, 0, kAppended, false}},
-    {"empty-name", {1, 1, kAppended, false}},
-    {"long-name", {1, 0, kAppended, false}},
-    {"nested", {1, 1, kAppended, true}},
-    {"claims-gigabytes-stored", {1, 0, kAppended, false}},
-    {"claims-gigabytes-deflated", {1, 0, kAppended, false}},
-    {"claims-packed-gigabytes", {1, 0, kRefused, false}},
-    {"claims-the-most-deflate-reaches", {1, 0, kAppended, false}},
-    {"less-than-it-holds", {1, 0, kAppended, false}},
-    {"wrong-crc", {1, 0, kAppended, false}},
-    {"wrong-crc-of-nothing", {1, 0, kAppended, false}},
-    {"zip64-size", {1, 0, kRefused, false}},
-    {"unknown-method", {1, 0, kAppended, false}},
-    {"many-claim-gigabytes", {700, 0, kRefused, false}},
-    {"count-too-large", {0, 0, kRefused, true}},
-    {"count-too-small", {0, 0, kRefused, true}},
-    {"count-of-exabytes", {0, 0, kRefused, true}},
-    {"count-of-none", {0, 0, kRefused, true}},
-    {"count-wraps", {0, 0, kRefused, true}},
-    {"directory-too-large", {0, 0, kRefused, true}},
-    {"directory-outside", {0, 0, kRefused, true}},
-    {"entry-outside", {1, 0, kRefused, false}},
-    {"overlap-same", {200, 0, kAppended, false}},
-    {"overlap-nested", {1000, 0, kAppended, false}},
-    {"over-the-directory", {1, 0, kRefused, false}},
-    {"comment-past-the-end", {1, 1, kAppended, true}},
-    {"after-another-archive", {1, 1, kAppended, true}},
-    {"after-a-short-prefix", {1, 1, kAppended, true}},
-    {"offset-of-inner-directory", {0, 0, kRefused, true}},
-    {"without-outer-end", {0, 0, kRefused, true}},
-    {"without-outer-end-prefixed", {0, 0, kRefused, true}},
-    {"without-outer-end-deflated", {0, 0, kRefused, true}},
-    {"without-outer-end-descriptor", {0, 0, kRefused, true}},
-    {"after-an-entry", {1, 1, kAppended, true}},
-    {"after-a-chance-signature", {1, 1, kAppended, true}},
-    {"without-outer-end-program", {0, 0, kRefused, true}},
-    {"comment-of-end-records", {0, 0, kRefused, true}},
-    {"comment-of-lying-ends", {0, 0, kRefused, true}},
-    {"only-end-records", {0, 0, kRefused, true}},
-    {"signatures", {0, 0, kRefused, true}},
-    {"million", {1000000, 0, kRefused, false}},
-    {"many-of-one-name", {200000, 0, kRefused, false}},
-    {"encrypted-short", {1, 0, kAppended, false}},
-    {"encrypted-header", {1, 0, kAppended, false}},
-    {"encrypted-false-size", {1, 0, kAppended, false}},
-    {"encrypted-strong", {1, 0, kAppended, false}},
-};
 
 Findings workOn(const std::string& path, const std::string& folder) {
   Findings findings{};
@@ -147,12 +86,16 @@ Report reportOf(const std::string& path, const std::string& folder) {
 TEST(Hostile, ArchivesGetTheirFailureValueSoonAndInLittleMemory) {
   support::TemporaryFolder folder;
   std::filesystem::create_directory(folder.path() / "in");
-  ASSERT_EQ(
-      support::run(folder.path() / "in", "python3 '" VESK_RELIABILITY "/make-hostile-archives'"),
-      0);
-  for (const Hostile& hostile : kArchives) {
-    SCOPED_TRACE(hostile.archive);
-    const std::string path = folder.file("in/" + std::string(hostile.archive) + ".zip");
+  ASSERT_EQ(support::run(folder.path() / "in",
+                         "python3 '" VESK_RELIABILITY "/make-hostile-archives' >../archives"),
+            0);
+  std::ifstream archives(folder.file("archives"));
+  std::string name;
+  Findings expected{};
+  while (archives >> name >> expected.listed >> expected.read >> expected.appended >>
+         expected.unpacked) {
+    SCOPED_TRACE(name);
+    const std::string path = folder.file("in/" + name + ".zip");
     const auto size = std::filesystem::file_size(path);
     // The target has a link to another directory, and a file where a directory is needed.
     const std::filesystem::path target = folder.path() / "home/deep/target";
@@ -166,14 +109,14 @@ TEST(Hostile, ArchivesGetTheirFailureValueSoonAndInLittleMemory) {
       *report = reportOf(path, folder.file("home/deep/"));
       return true;
     });
-    EXPECT_EQ(report->findings, hostile.findings);
+    EXPECT_EQ(report->findings, expected);
     EXPECT_FALSE(report->leftOpen);
     EXPECT_EQ(support::outputOf(folder.path(),
                                 "find home -path home/deep/target -prune -o -print"
                                 " | sort"),
               "home\nhome/deep\nhome/outside\n");
     EXPECT_FALSE(std::filesystem::exists("/tmp/vesk-climbed"));
-    std::printf("%-30s %8zu bytes  %6.3f s  %6ld KiB\n", hostile.archive,
+    std::printf("%-30s %8zu bytes  %6.3f s  %6ld KiB\n", name.c_str(),
                 static_cast<std::size_t>(size), report->seconds, peak.kibibytes);
     // A sanitizer or valgrind needs more.
     if (std::strlen(VESK_SANITIZE) != 0 || !peak.measured) continue;
@@ -181,6 +124,7 @@ TEST(Hostile, ArchivesGetTheirFailureValueSoonAndInLittleMemory) {
     EXPECT_LT(report->seconds, small ? 5.0 : 60.0);
     EXPECT_LT(peak.kibibytes, (small ? 64 << 10 : 512 << 10));
   }
+  EXPECT_EQ(name, "encrypted-strong") << "is the last archive";
 }
 
 }  // namespace
