@@ -11,6 +11,7 @@
 #include <atomic>
 #include <climits>
 #include <cstdlib>
+#include <functional>
 #include <list>
 #include <optional>
 #include <random>
@@ -20,11 +21,10 @@
 
 #include "failing_calls.h"
 #include "operations.h"
-#include "platform/unique_handle.h"
-#include "platform/win32.h"
 #include "support/linux/forked_process.h"
 #include "support/linux/shared_memory.h"
 #include "support/noise.h"
+#include "support/open_file.h"
 #include "support/programs.h"
 #include "support/temporary_folder.h"
 
@@ -78,7 +78,7 @@ class Worker {
   // Starts the process. It ends after the step `last`.
   void start(unsigned last) {
     progress_->begun = progress_->returned = next_;
-    process_.emplace([this, last](const support::Channel& channel) { return work(last, channel); });
+    process_.emplace([this, last](const auto& reportReady) { return work(last, reportReady); });
   }
   // False if the process has ended before it has completed a step.
   bool awaitStep() const { return process_->awaitReady(); }
@@ -109,7 +109,7 @@ class Worker {
     return pack_;
   }
 
-  int work(unsigned last, const support::Channel& channel) {
+  int work(unsigned last, const std::function<void()>& reportReady) {
     for (unsigned number = next_; number != last; ++number) {
       const Step step(number_, number);
       progress_->begun = number + 1;
@@ -117,7 +117,7 @@ class Worker {
       if (!step.content.empty() || entries_.count(step.name) != 0) step.apply(home_ + "a.zip");
       step.apply(entries_);
       progress_->returned = number + 1;
-      if (number == next_) channel.reportReady();
+      if (number == next_) reportReady();
     }
     return testing::Test::HasFailure() ? 1 : 0;
   }
@@ -237,8 +237,7 @@ TEST_F(Contention, ProbesBlockNoOpening) {
         FileSystem::IsFileLockedWrite(path_.c_str());
         continue;
       }
-      const platform::FileHandle exclusive(CreateFileA(path_.c_str(), GENERIC_READ | GENERIC_WRITE,
-                                                       0, nullptr, OPEN_EXISTING, 0, nullptr));
+      const platform::FileHandle exclusive = support::openFile(path_, kReadWrite);
       if (!exclusive || FileSystem::FileExists(path_.c_str()) != 0) return 1;
     }
     return 0;

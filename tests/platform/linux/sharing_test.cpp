@@ -24,9 +24,9 @@ class Sharing : public testing::Test {
 };
 
 TEST_F(Sharing, HoldsBetweenProcessesAndDiesWithItsHolder) {
-  support::ForkedProcess other([&](const support::Channel& channel) {
+  support::ForkedProcess other([&](const auto& reportReady) {
     const platform::FileHandle held = support::openFile(path_, kReadWrite);
-    if (held) channel.reportReady();
+    if (held) reportReady();
     pause();
     return 0;
   });

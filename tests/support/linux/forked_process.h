@@ -9,27 +9,17 @@
 
 namespace support {
 
-// The second process reports to its parent through this.
-class Channel {
- public:
-  explicit Channel(int end) : end_(end) {}
-  void reportReady() const { [[maybe_unused]] const ssize_t count = write(end_, "r", 1); }
-
- private:
-  int end_;
-};
-
-// Runs `work` in a child process, whose exit status is its result. The process is killed with its
-// object.
+// Runs `work(reportReady)` in a child process, whose exit status is its result. The process is
+// killed with its object.
 class ForkedProcess {
  public:
-  explicit ForkedProcess(const std::function<int(const Channel&)>& work) {
+  explicit ForkedProcess(const std::function<int(const std::function<void()>&)>& work) {
     int ends[2];
     if (pipe(ends) != 0) return;
     process_ = fork();
     if (process_ == 0) {
       close(ends[0]);
-      _exit(work(Channel(ends[1])));
+      _exit(work([&] { [[maybe_unused]] const ssize_t count = write(ends[1], "r", 1); }));
     }
     close(ends[1]);
     report_ = ends[0];

@@ -30,20 +30,15 @@ long largestResident() {
   return 0;
 }
 
-// Resets the largest resident memory to the present one. False on failure.
-bool resetLargestResident() {
-  std::ofstream reset("/proc/self/clear_refs");
-  reset << 5 << std::flush;
-  return reset.good();
-}
-
 }  // namespace
 
 Peak peakOf(const std::function<bool()>& work) {
   const SharedMemory<Peak> peak;
   ForkedProcess process([&](const auto&) {
     malloc_trim(0);
-    if (!resetLargestResident()) return 0;
+    // Makes the largest resident memory the present one.
+    std::ofstream reset("/proc/self/clear_refs");
+    if (!(reset << 5 << std::flush)) return 0;
     const long before = largestResident();
     peak->succeeded = work();
     peak->kibibytes = largestResident() - before;
