@@ -18,7 +18,6 @@ class Conformance : public testing::Test {
   Conformance() {
     write("file", "12345");
     write("other", "67");
-    write(".hidden", "");
     write("read-only", "r");
     support::makeReadOnly(folder_.file("read-only"));
     write("held", "h");

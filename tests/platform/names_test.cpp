@@ -79,14 +79,12 @@ TEST_F(Conformance, Names) {
 }
 
 TEST_F(Conformance, Attributes) {
-  const DWORD hidden = support::kPlatform.dotHides ? FILE_ATTRIBUTE_HIDDEN : 0;
   struct {
     const char* name;
     DWORD attributes, error;
   } const cases[] = {
       {"file", FILE_ATTRIBUTE_ARCHIVE, 0},
       {"read-only", FILE_ATTRIBUTE_ARCHIVE | FILE_ATTRIBUTE_READONLY, 0},
-      {".hidden", FILE_ATTRIBUTE_ARCHIVE | hidden, 0},
       {"full", FILE_ATTRIBUTE_DIRECTORY, 0},
       {"full\\", FILE_ATTRIBUTE_DIRECTORY, 0},
       {"missing", INVALID_FILE_ATTRIBUTES, ERROR_FILE_NOT_FOUND},

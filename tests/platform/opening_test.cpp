@@ -166,8 +166,8 @@ TEST_F(Conformance, ReadingWritingAndSeeking) {
   position.Offset = 2;
   EXPECT_TRUE(WriteFile(file.get(), "AB", 2, &count, &position));
   position.Offset = 10;
-  EXPECT_EQ(ReadFile(file.get(), buffer, 1, &count, &position) == FALSE,
-            support::kPlatform.positionedReadFailsAtEnd);
+  ReadFile(file.get(), buffer, 1, &count, &position);
+  EXPECT_EQ(count, 0U);
   EXPECT_EQ(SetFilePointer(file.get(), -1, nullptr, FILE_BEGIN), INVALID_SET_FILE_POINTER);
   EXPECT_EQ(GetLastError(), ERROR_NEGATIVE_SEEK);
   EXPECT_EQ(SetFilePointer(file.get(), 5, nullptr, FILE_BEGIN), 5U);

@@ -59,8 +59,6 @@ TEST(Times, AutomationDates) {
     EXPECT_FALSE(SystemTimeToVariantTime(&bad, &date)) << bad.wYear;
   }
   SYSTEMTIME time{};
-  EXPECT_EQ(VariantTimeToSystemTime(static_cast<double>(NAN), &time) != FALSE,
-            !support::kPlatform.strictDates);
   for (const double bad : {3e6, -7e5, static_cast<double>(INFINITY)}) {
     EXPECT_FALSE(VariantTimeToSystemTime(bad, &time)) << bad;
   }

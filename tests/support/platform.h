@@ -14,14 +14,6 @@ struct Platform {
   bool exactCase;
   // Every text can be a name; otherwise those of Western Europe's code pages.
   bool everyName;
-  // A leading dot hides a file.
-  bool dotHides;
-  // A read with a position at or past the end of the file fails.
-  bool positionedReadFailsAtEnd;
-  // A copy of a read-only file makes an existing target read-only.
-  bool copyCarriesReadOnly;
-  // An automation date that is not a number is refused.
-  bool strictDates;
   // A program that is found along the search path.
   const char* program;
 };

@@ -16,6 +16,7 @@ class NamesOnLinux : public Conformance {
     std::filesystem::create_directory_symlink(folder_.file("full"), folder_.file("link"));
     std::filesystem::create_symlink(folder_.file("file"), folder_.file("file-link"));
     std::filesystem::create_symlink(folder_.file("nowhere"), folder_.file("dangling"));
+    write(".hidden", "");
     mkfifo(folder_.file("fifo").c_str(), 0600);
   }
 };
@@ -25,6 +26,8 @@ TEST_F(NamesOnLinux, Attributes) {
   EXPECT_EQ(GetFileAttributesA(at("link").c_str()), kLink);
   EXPECT_EQ(GetFileAttributesA(at("file-link").c_str()), FILE_ATTRIBUTE_ARCHIVE);
   EXPECT_EQ(GetFileAttributesA(at("fifo").c_str()), FILE_ATTRIBUTE_ARCHIVE);
+  constexpr DWORD kHidden = FILE_ATTRIBUTE_ARCHIVE | FILE_ATTRIBUTE_HIDDEN;
+  EXPECT_EQ(GetFileAttributesA(at(".hidden").c_str()), kHidden);
   EXPECT_EQ(GetFileAttributesA(at("dangling").c_str()), INVALID_FILE_ATTRIBUTES);
   EXPECT_EQ(GetLastError(), ERROR_FILE_NOT_FOUND);
 }

@@ -71,7 +71,7 @@ TEST(Text, ComparisonIgnoresCase) {
   }
 }
 
-TEST(FileTimes, Saturate) {
+TEST(TimesOnLinux, HaveLimits) {
   using platform::native::fileTimeOf;
   using platform::native::ticksOf;
   constexpr std::int64_t kLast = std::numeric_limits<std::int64_t>::max();
@@ -79,6 +79,9 @@ TEST(FileTimes, Saturate) {
   EXPECT_EQ(ticksOf(fileTimeOf(-11644473601, 0)), 0);
   EXPECT_EQ(ticksOf(fileTimeOf(std::int64_t{1} << 40, 0)), kLast);
   EXPECT_EQ(ticksOf(fileTimeOf(kLast, 0)), kLast);
+  // Windows accepts this date.
+  SYSTEMTIME time{};
+  EXPECT_FALSE(VariantTimeToSystemTime(std::numeric_limits<double>::quiet_NaN(), &time));
 }
 
 TEST(CodePages, EveryTextComesBack) {

@@ -6,13 +6,7 @@
 
 namespace support {
 
-const Platform kPlatform{.exactCase = false,
-                         .everyName = false,
-                         .dotHides = false,
-                         .positionedReadFailsAtEnd = true,
-                         .copyCarriesReadOnly = false,
-                         .strictDates = false,
-                         .program = "cmd.exe"};
+const Platform kPlatform{.exactCase = false, .everyName = false, .program = "cmd.exe"};
 
 std::string makeTemporaryFolder() {
   char folder[MAX_PATH];
