@@ -73,8 +73,7 @@ bool Detail::makeFolder(const char* path) {
   return GetLastError() == ERROR_ALREADY_EXISTS;
 }
 
-bool Detail::makeFolders(const char* path) {
-  if (path == nullptr) return true;
+void Detail::makeFolders(const char* path) {
   CString root;
   PathRoot(path, root);
   const char* const rootText = root;
@@ -87,12 +86,12 @@ bool Detail::makeFolders(const char* path) {
     folder += component;
     trim(folder);
     folder += '\\';
-    if (!makeFolder(folder.c_str())) return false;
+    if (!makeFolder(folder.c_str())) return;
   }
-  return true;
 }
 
 int EnsurePathExists(const char* path) {
+  if (path == nullptr) return 0;
   Detail::makeFolders(path);
   return IsValidPath(path);
 }

@@ -106,6 +106,8 @@ TEST_F(Files, FolderChains) {
 
   support::writeFile(path_, "");
   EXPECT_EQ(EnsurePathExists((path_ + "\\x").c_str()), 0);
+  // Nothing is created after the first failure.
+  EXPECT_EQ(EnsurePathExists((path_ + "\\x\\..\\..\\new").c_str()), 0);
   EXPECT_EQ(EnsurePathExists(""), 0);
   EXPECT_EQ(EnsurePathExists(nullptr), 0);
   EXPECT_EQ(IsValidPath(folder_.text().c_str()), 1);
