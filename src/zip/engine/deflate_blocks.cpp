@@ -80,8 +80,7 @@ class StepTable {
     std::array<unsigned, kLongestCode + 1> counts{};
     for (std::size_t i = 0; i < count; ++i) ++counts[lengths[i]];
     counts[0] = 0;
-    unsigned longest = kLongestCode;
-    while (longest > 1 && counts[longest] == 0) --longest;
+    const unsigned longest = *std::max_element(lengths, lengths + count);
     std::array<unsigned, kLongestCode + 2> next{};
     for (unsigned length = 1; length <= longest; ++length) {
       next[length + 1] = (next[length] + counts[length]) << 1;
