@@ -20,22 +20,22 @@ constexpr LONGLONG kLargestReservation = LONGLONG{4} << 30;
 // Returns the size that the file reports, up to the largest reservation; 0 if it reports none.
 std::size_t reportedSize(HANDLE file) {
   LARGE_INTEGER size{};
-  if (!GetFileSizeEx(file, &size)) return 0;
+  GetFileSizeEx(file, &size);
   return static_cast<std::size_t>(std::min(size.QuadPart, kLargestReservation));
 }
 
 }  // namespace
 
 std::string readContent(const std::string& path) {
-  std::string content;
   const platform::FileHandle file(CreateFileA(path.c_str(), GENERIC_READ,
                                               FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
                                               OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
-  if (!file) return content;
+  if (!file) return {};
 
   // One byte more than reported, so that the read that finds the end needs no larger text. A block
   // is zero-filled just before it is read, so that it is in the cache.
   const std::size_t expected = reportedSize(file.get()) + 1;
+  std::string content;
   platform::reserveForFilling(content, expected);
   std::size_t size = 0;
   DWORD count = 0;
