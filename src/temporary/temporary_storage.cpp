@@ -54,7 +54,7 @@ void TemporaryStorage::clear() {
   Detail::deleteFromTree(m_path, platform::OpenDirectory::LastLink::Refused,
                          [](const Detail::TreeEntry&) { return true; });
   RemoveDirectoryA(m_path.c_str());
-  if (m_removeBase && !m_basePath.empty()) RemoveDirectoryA(m_basePath.c_str());
+  if (m_removeBase) RemoveDirectoryA(m_basePath.c_str());
 }
 
 std::string TemporaryStorage::path() const { return m_path; }
