@@ -12,7 +12,7 @@ std::string_view attributeValue(std::string_view text, std::string_view tag,
   const auto start = Detail::findStartTag(text, tag);
   if (!start) return {};
   std::string_view header;
-  // With an empty name, the tag may be `<>`.
+  // A raw name may include the `>` that ends the tag.
   if (start->nameEnd < start->contentStart) {
     header = text.substr(start->nameEnd, start->contentStart - 1 - start->nameEnd);
   }

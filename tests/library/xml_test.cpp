@@ -144,6 +144,7 @@ TEST(Xml, Content) {
       {"<a></a>", "a", "", "", ""},
       {"<a/>", "a", "", "", ""},
       {"</a><a>x</a>", "a", "", "", ""},
+      {"x</a>", "a", "", "", ""},
       {"<ab>x</ab><a>y</a>", "a", "", "", "x</ab><a>y"},
       {"<Name>x</Name>", "Name", "", "", "x"},
       {"<a>&lt;</a>", "a", "<", "<a>&lt;</a>", "&lt;"},
@@ -204,6 +205,8 @@ TEST(Xml, Attributes) {
   }
   EXPECT_EQ(xmlAttribute("<my_tag k=\"1\"/>", "My Tag", "K"), "1");
   EXPECT_EQ(Raw::xmlAttribute("<>", "", ""), "");
+  EXPECT_EQ(Raw::xmlAttribute("<a> k=\"1\">", "a>", "k"), "");
+  EXPECT_EQ(Raw::xmlAttribute("k=\"1\"<k=\"2\">", "", "k"), "2");
 }
 
 TEST(Xml, DefinitionAndExtraction) {
@@ -226,6 +229,7 @@ TEST(Xml, DefinitionAndExtraction) {
       {"<a><b/></a>", false, "<b/>", ""},
       {"<a>&amp;</a>", false, "&", ""},
       {"</a><a>x</a>", true, "", "</a><a>x</a>"},
+      {"x</a>", true, "", "x</a>"},
       {"<a b='</a>'>x</a>", true, "", "<a b='</a>'>x</a>"},
       {"<a><a>x</a>", true, "", "<a><a>x</a>"},
   };
