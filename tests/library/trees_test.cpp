@@ -125,6 +125,7 @@ TEST_F(Trees, Sweep) {
     bool stays;
   } const cases[] = {
       {"top.tmp", 10, false},
+      {".tmp", 10, false},
       {support::kPlatform.exactCase ? "top.TMP" : "other.TMP", 10, false},
       {"top.txt", 10, true},
       {"young.tmp", 0, true},
@@ -142,12 +143,12 @@ TEST_F(Trees, Sweep) {
         support::openFile(folder_.file("held/old"), GENERIC_READ, FILE_SHARE_DELETE);
     std::filesystem::create_directory(folder_.file("void"));
     std::vector<std::string> old{"first"};
-    EXPECT_EQ(FileSystem::listOldFiles(old, folder_.text(), 7), 6U);
-    EXPECT_EQ(old.size(), 7U);
+    EXPECT_EQ(FileSystem::listOldFiles(old, folder_.text(), 7), 7U);
+    EXPECT_EQ(old.size(), 8U);
     EXPECT_TRUE(exists("void"));
     for (std::size_t i = 1; i < old.size(); ++i)
       EXPECT_TRUE(FileSystem::FileExists(old[i].c_str()));
-    EXPECT_EQ(FileSystem::eraseOldFile(folder_.text(), 7), 6U);
+    EXPECT_EQ(FileSystem::eraseOldFile(folder_.text(), 7), 7U);
     for (const std::string& file : old) EXPECT_EQ(FileSystem::FileExists(file.c_str()), 0) << file;
   }
   EXPECT_EQ(FileSystem::eraseOldFile(folder_.text(), 7), 1U);

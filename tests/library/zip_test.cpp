@@ -100,7 +100,6 @@ TEST_F(Zip, InsertionReplacesOnlyOnRequest) {
   EXPECT_EQ(contentOf("a"), "second");
 }
 
-// Entries from bytes and from files, as Python reads them.
 // Each row inserts files, named by their content, as the entries of those names.
 TEST_F(Zip, ListInsertion) {
   using Files = std::vector<std::pair<std::string, std::string>>;
@@ -142,6 +141,7 @@ TEST_F(Zip, ListInsertion) {
   EXPECT_EQ(readable().insert(Files{{folder_.file("1"), "d"}}, 1), 0U);
 }
 
+// Entries from bytes and from files, as Python reads them.
 TEST_F(Zip, InsertedEntries) {
   const support::TwoHoursEast zone;
   make({"first"});
