@@ -24,8 +24,8 @@ inline constexpr std::size_t kAesExtraSize = 11;
 
 // The values of the extra field of an AES entry.
 struct AesParameters {
-  std::size_t keySize = 0;   // in bytes
-  std::uint16_t method = 0;  // of the data inside the encryption
+  std::size_t keySize;   // in bytes
+  std::uint16_t method;  // of the data inside the encryption
   bool hasCrc = false;
 
   std::size_t saltSize() const { return keySize / 2; }

@@ -84,15 +84,9 @@ bool NewEntry::beginData() {
   begun_ = true;
   appendLocalHeader(archive_.buffer(), record_);
   if (!cipher_ && !aes_) return true;
-  stored_ += encryptionHeader_.size();
+  stored_ = encryptionHeader_.size();
   return !encryptionHeader_.empty() &&
          archive_.append(encryptionHeader_.data(), encryptionHeader_.size());
-}
-
-bool NewEntry::store(const unsigned char* bytes, std::size_t size) {
-  Bytes& buffer = archive_.buffer();
-  buffer.insert(buffer.end(), bytes, bytes + size);
-  return stored(size);
 }
 
 // Deflates the gathered bytes as an independent part of the entry's stream, so that no more than
@@ -120,13 +114,20 @@ bool NewEntry::stored(std::size_t size) {
 }
 
 bool NewEntry::write(const unsigned char* data, std::size_t size) {
+  failed_ = failed_ || !add(data, size);
+  return !failed_;
+}
+
+bool NewEntry::add(const unsigned char* data, std::size_t size) {
   plain_ += size;
   if (plain_ >= kSaturated32) return false;
+  if (!raw_) crc_ = crc32(crc_, data, size);
   if (raw_ || method_ == ZipMethodStored) {
-    if (!raw_) crc_ = crc32(crc_, data, size);
-    return (begun_ || beginData()) && store(data, size);
+    if (!begun_ && !beginData()) return false;
+    Bytes& buffer = archive_.buffer();
+    buffer.insert(buffer.end(), data, data + size);
+    return stored(size);
   }
-  crc_ = crc32(crc_, data, size);
   // Data that come in blocks get all their memory in one allocation, so that no smaller one is left
   // in the heap.
   if (!gathered_.empty()) gathered_.reserve(kGatherLimit);
@@ -142,7 +143,7 @@ bool NewEntry::write(const unsigned char* data, std::size_t size) {
 }
 
 bool NewEntry::finish() {
-  if (raw_ || (cipher_ && crc_ != expectedCrc_)) return false;
+  if (failed_ || raw_ || (cipher_ && crc_ != expectedCrc_)) return false;
   record_.crc = aes_ ? 0 : crc_;
   record_.uncompressedSize = static_cast<std::uint32_t>(plain_);
   if (method_ == ZipMethodDeflate) {
@@ -152,7 +153,7 @@ bool NewEntry::finish() {
 }
 
 bool NewEntry::finishRaw(std::uint32_t uncompressedSize, std::uint32_t crc) {
-  if (!raw_ || (!begun_ && !beginData())) return false;
+  if (failed_ || !raw_ || (!begun_ && !beginData())) return false;
   record_.crc = crc;
   record_.uncompressedSize = uncompressedSize;
   return patchHeader();
@@ -164,14 +165,11 @@ bool NewEntry::finishGathered() {
   if (!beginData()) return false;
   Bytes& buffer = archive_.buffer();
   const std::size_t dataStart = buffer.size();
-  if (deflater_.appendSmaller(buffer, gathered_.data(), gathered_.size(), level_)) {
-    const std::size_t size = buffer.size() - dataStart;
-    if (!stored(size)) return false;
-  } else {
+  if (!deflater_.appendSmaller(buffer, gathered_.data(), gathered_.size(), level_)) {
     setMethod(ZipMethodStored);
-    if (!store(gathered_.data(), gathered_.size())) return false;
+    buffer.insert(buffer.end(), gathered_.begin(), gathered_.end());
   }
-  return complete();
+  return stored(buffer.size() - dataStart) && complete();
 }
 
 // Ends the stored bytes.

@@ -13,11 +13,11 @@
 namespace zip_engine {
 
 struct NewEntryOptions {
-  int level = ZipLevelDefault;
-  bool raw = false;
-  const char* password = nullptr;  // null for none; not used for raw data
-  bool usesAes = false;            // with a password; else the traditional encryption
-  std::uint32_t expectedCrc = 0;   // of the plain data, for the traditional encryption
+  int level;
+  bool raw;
+  const char* password;       // null for none; not used for raw data
+  bool usesAes;               // with a password; else the traditional encryption
+  std::uint32_t expectedCrc;  // of the plain data, for the traditional encryption
 };
 
 class NewEntry {
@@ -27,7 +27,8 @@ class NewEntry {
            const NewEntryOptions& options);
 
   bool write(const unsigned char* data, std::size_t size);
-  // Complete the entry; a raw one with the size and the CRC of its plain data.
+  // Complete the entry; a raw one with the size and the CRC of its plain data. Return false after a
+  // write that failed.
   bool finish();
   bool finishRaw(std::uint32_t uncompressedSize, std::uint32_t crc);
 
@@ -39,7 +40,7 @@ class NewEntry {
   void setMethod(std::uint16_t method);
   void encrypt(unsigned char* bytes, std::size_t size);
   bool beginData();
-  bool store(const unsigned char* bytes, std::size_t size);
+  bool add(const unsigned char* bytes, std::size_t size);
   bool stored(std::size_t size);
   bool deflatePart(bool last);
   bool finishGathered();
@@ -59,6 +60,7 @@ class NewEntry {
   Bytes encryptionHeader_;  // precedes encrypted data
   Bytes gathered_;          // plain data that may still be deflated in one piece
   bool begun_ = false;
+  bool failed_ = false;
   std::uint64_t plain_ = 0;
   std::uint64_t stored_ = 0;
   std::uint32_t crc_ = 0;

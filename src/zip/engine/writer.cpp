@@ -27,7 +27,6 @@ struct ZipWriter {
   bool usesAes = false;  // for entries with a password
   SamplingDeflater deflater;
   std::optional<NewEntry> entry;
-  bool entryFailed = false;
   Bytes records;  // the central records of the completed entries
   std::vector<Completed> completed;
 
@@ -81,7 +80,7 @@ bool fitsFields(const EntryRecord& record, std::size_t added) {
 }
 
 int finishEntry(ZipWriter& writer, bool complete) {
-  if (!complete || writer.entryFailed) {
+  if (!complete) {
     writer.dropOpen();
     return kFailure;
   }
@@ -190,7 +189,6 @@ int ZipOpenNewEntry(ZipWriter* writer, const char* name, const ZipNewEntryInfo* 
                     std::uint32_t crc) {
   if (writer == nullptr || name == nullptr || *name == '\0') return kFailure;
   writer->dropOpen();
-  writer->entryFailed = false;
   EntryRecord record;
   setName(record, name);
   record.comment = comment == nullptr ? "" : comment;
@@ -218,20 +216,18 @@ int ZipOpenNewEntry(ZipWriter* writer, const char* name, const ZipNewEntryInfo* 
 
 int ZipWriteEntry(ZipWriter* writer, const void* data, std::uint32_t length) {
   if (writer == nullptr || !writer->entry || (data == nullptr && length != 0)) return kFailure;
-  if (writer->entryFailed) return kFailure;
-  writer->entryFailed = !writer->entry->write(static_cast<const unsigned char*>(data), length);
-  return writer->entryFailed ? kFailure : kSuccess;
+  const bool isWritten = writer->entry->write(static_cast<const unsigned char*>(data), length);
+  return isWritten ? kSuccess : kFailure;
 }
 
 int ZipCloseNewEntry(ZipWriter* writer) {
   if (writer == nullptr || !writer->entry) return kFailure;
-  return finishEntry(*writer, !writer->entryFailed && writer->entry->finish());
+  return finishEntry(*writer, writer->entry->finish());
 }
 
 int ZipCloseRawEntry(ZipWriter* writer, std::uint32_t uncompressedSize, std::uint32_t crc) {
   if (writer == nullptr || !writer->entry) return kFailure;
-  return finishEntry(*writer,
-                     !writer->entryFailed && writer->entry->finishRaw(uncompressedSize, crc));
+  return finishEntry(*writer, writer->entry->finishRaw(uncompressedSize, crc));
 }
 
 int ZipCancelNewEntry(ZipWriter* writer) {
