@@ -63,7 +63,6 @@ bool Transaction::flushIfLarge() { return buffer_.size() < kBufferSize || flush(
 
 // `expected` is the number of bytes that are expected to be appended after the buffer.
 bool Transaction::flush(std::uint64_t expected) {
-  if (buffer_.empty()) return true;
   const std::uint64_t end = position();
   const bool needsBackup = beforeSize_ != 0 || backupStart_ != 0 || expected != 0;
   if (needsBackup && end > backupStart_ && !backUp(end + expected) &&
@@ -127,37 +126,27 @@ bool Transaction::writeBackup(std::uint64_t end) {
 bool Transaction::sync() { return !durable_ || file_.sync(); }
 
 bool Transaction::patch(std::uint64_t position, const void* data, std::size_t size) {
-  const auto* bytes = static_cast<const unsigned char*>(data);
-  if (position < flushed_) {
-    const std::size_t onDisk =
-        static_cast<std::size_t>(std::min<std::uint64_t>(size, flushed_ - position));
-    if (!file_.writeAt(position, bytes, onDisk)) return false;
-    position += onDisk;
-    bytes += onDisk;
-    size -= onDisk;
-  }
-  if (size != 0) std::memcpy(buffer_.data() + (position - flushed_), bytes, size);
+  if (position < flushed_) return file_.writeAt(position, data, size);
+  std::memcpy(buffer_.data() + (position - flushed_), data, size);
   return true;
 }
 
 void Transaction::rewind(std::uint64_t position) {
-  if (position >= flushed_) {
-    buffer_.resize(static_cast<std::size_t>(position - flushed_));
-  } else {
-    flushed_ = position;
-    buffer_.clear();
-  }
+  flushed_ = std::min(flushed_, position);
+  buffer_.resize(static_cast<std::size_t>(position - flushed_));
 }
 
 bool Transaction::commit(const Bytes& kept, const Bytes& added, std::uint64_t entryCount,
                          const std::string& comment) {
   const std::uint64_t directoryPosition = position();
   const std::size_t directorySize = kept.size() + added.size();
-  constexpr std::size_t kEndRecords = kEnd64Size + kLocator64Size + kEndSize;
-  buffer_.reserve(buffer_.size() + directorySize + kEndRecords + comment.size());
+  Bytes endRecords;
+  appendEndRecords(endRecords, directoryPosition - before_.base, directorySize, entryCount,
+                   comment);
+  buffer_.reserve(buffer_.size() + directorySize + endRecords.size());
   buffer_.insert(buffer_.end(), kept.begin(), kept.end());
   buffer_.insert(buffer_.end(), added.begin(), added.end());
-  appendEndRecords(buffer_, directoryPosition - before_.base, directorySize, entryCount, comment);
+  buffer_.insert(buffer_.end(), endRecords.begin(), endRecords.end());
   const std::uint64_t end = position();
   if (flush(0) && sync() && (backupStart_ == 0 || (file_.truncate(end) && sync()))) return true;
   rewind(directoryPosition);

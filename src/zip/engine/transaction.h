@@ -49,7 +49,7 @@ class Transaction {
   bool append(const void* data, std::size_t size);
   // Writes the buffer out if it has grown. Its bytes are kept on failure.
   bool flushIfLarge();
-  // Replaces bytes that were appended.
+  // Replaces bytes that were appended with no flush between them.
   bool patch(std::uint64_t position, const void* data, std::size_t size);
   // Undoes everything past a position that was reached before.
   void rewind(std::uint64_t position);
