@@ -36,14 +36,13 @@ void appendLocalHeader(Bytes& out, const EntryRecord& record) {
 }
 
 void appendCentralRecord(Bytes& out, const EntryRecord& record, std::uint64_t localOffset) {
-  constexpr std::uint16_t kOffsetLength = 8;
   const bool far = localOffset >= kSaturated32;
   append32(out, kCentralSignature);
   append16(out, record.versionMadeBy);
   appendShared(out, record,
                far ? std::max(record.versionNeeded, kVersionZip64) : record.versionNeeded);
   append16(out,
-           static_cast<std::uint16_t>(record.centralExtra.size() + (far ? 4 + kOffsetLength : 0)));
+           static_cast<std::uint16_t>(record.centralExtra.size() + (far ? kZip64OffsetBlock : 0)));
   append16(out, static_cast<std::uint16_t>(record.comment.size()));
   append16(out, 0);
   append16(out, record.internalAttributes);
@@ -52,7 +51,7 @@ void appendCentralRecord(Bytes& out, const EntryRecord& record, std::uint64_t lo
   appendBytes(out, record.name);
   if (far) {
     append16(out, kZip64ExtraId);
-    append16(out, kOffsetLength);
+    append16(out, kZip64OffsetBlock - 4);
     append64(out, localOffset);
   }
   appendBytes(out, record.centralExtra);
