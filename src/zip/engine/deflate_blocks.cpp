@@ -115,11 +115,14 @@ Step lengthStep(std::size_t symbol) {
   if (symbol < kEndOfBlock) return {kLiteral, 0};
   if (symbol == kEndOfBlock) return {kEnd, 0};
   const std::size_t index = symbol - kEndOfBlock - 1;
-  const bool withoutExtra = index < 8 || index >= 28;
+  // The fixed codes have two symbols that no stream uses.
+  if (index > 28) return {};
+  const bool withoutExtra = index < 8 || index == 28;
   return {kMatch, static_cast<unsigned char>(withoutExtra ? 0 : index / 4 - 1)};
 }
 
 Step distanceStep(std::size_t symbol) {
+  if (symbol > 29) return {};
   return {kMatch, static_cast<unsigned char>(symbol < 4 ? 0 : symbol / 2 - 1)};
 }
 
