@@ -19,7 +19,8 @@ struct Deleter {
 }  // namespace
 
 std::uint32_t crc32(std::uint32_t crc, const void* data, std::size_t size) {
-  return libdeflate_crc32(crc, data, size);
+  // For null it would return the start value.
+  return size == 0 ? crc : libdeflate_crc32(crc, data, size);
 }
 
 struct BufferDeflater::Compressor {
@@ -32,7 +33,7 @@ BufferDeflater::~BufferDeflater() = default;
 
 bool BufferDeflater::appendSmaller(Bytes& out, const unsigned char* plain, std::size_t size,
                                    int level) {
-  if (size < 2) return false;
+  if (size == 0) return false;
   if (compressor_ == nullptr || level != compressor_->level) {
     constexpr int kDefault = 6;
     libdeflate_compressor* const codec =

@@ -16,6 +16,8 @@ constexpr int kMemoryLevel = 8;
 }  // namespace
 
 std::uint32_t crc32(std::uint32_t crc, const void* data, std::size_t size) {
+  // For null it would return the start value.
+  if (size == 0) return crc;
   return static_cast<std::uint32_t>(::crc32_z(crc, static_cast<const Bytef*>(data), size));
 }
 
@@ -38,7 +40,7 @@ BufferDeflater::~BufferDeflater() = default;
 
 bool BufferDeflater::appendSmaller(Bytes& out, const unsigned char* plain, std::size_t size,
                                    int level) {
-  if (size < 2 || size > kLargest) return false;
+  if (size == 0 || size > kLargest) return false;
   if (compressor_ == nullptr || level != compressor_->level) {
     compressor_ = std::make_unique<Compressor>(level);
   }
