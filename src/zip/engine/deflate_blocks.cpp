@@ -117,13 +117,13 @@ Step lengthStep(std::size_t symbol) {
   const std::size_t index = symbol - kEndOfBlock - 1;
   // The fixed codes have two symbols that no stream uses.
   if (index > 28) return {};
-  const bool withoutExtra = index < 8 || index == 28;
-  return {kMatch, static_cast<unsigned char>(withoutExtra ? 0 : index / 4 - 1)};
+  const std::size_t extra = index == 28 ? 0 : std::max<std::size_t>(index / 4, 1) - 1;
+  return {kMatch, static_cast<unsigned char>(extra)};
 }
 
 Step distanceStep(std::size_t symbol) {
   if (symbol > 29) return {};
-  return {kMatch, static_cast<unsigned char>(symbol < 4 ? 0 : symbol / 2 - 1)};
+  return {kMatch, static_cast<unsigned char>(std::max<std::size_t>(symbol / 2, 1) - 1)};
 }
 
 Step symbolStep(std::size_t symbol) { return {static_cast<unsigned char>(symbol), 0}; }
@@ -253,7 +253,7 @@ bool continueStream(Bytes& out, std::size_t start) {
   // to the end of a byte.
   const std::size_t end = walk->end();
   out.resize(start + (end + 3 + 7) / 8);
-  if (end % 8 != 0) out[start + end / 8] &= static_cast<unsigned char>((1U << end % 8) - 1);
+  out[start + end / 8] &= static_cast<unsigned char>((1U << end % 8) - 1);
   append16(out, 0);
   append16(out, 0xFFFF);
   return true;
