@@ -62,7 +62,7 @@ Bytes bytesOf(const void* data, std::uint32_t size) {
 void setName(EntryRecord& record, const char* name) {
   ArchiveName stored = archiveName(name);
   record.name = std::move(stored.bytes);
-  if (stored.encoding == NameEncoding::Utf8) record.flags |= kFlagUtf8;
+  if (stored.encoding == NameEncoding::Utf8) record.flags = kFlagUtf8;
   if (stored.encoding == NameEncoding::Unknown) {
     // Programs take the permissions from the upper half of the attributes if the host is Unix.
     constexpr std::uint32_t kRegularFile = 0100644U << 16;
@@ -246,8 +246,7 @@ int ZipCopyEntry(ZipWriter* writer, ZipReader* reader) {
   if (writer == nullptr || reader == nullptr) return kFailure;
   writer->dropOpen();
   const CentralRecord central = currentRecord(*reader);
-  if (central.bytes == nullptr || central.compressedSize >= kSaturated32 ||
-      central.uncompressedSize >= kSaturated32) {
+  if (central.compressedSize >= kSaturated32 || central.uncompressedSize >= kSaturated32) {
     return kFailure;
   }
   const LocalEntry* const local = currentLocalEntry(*reader);
