@@ -9,6 +9,7 @@
 #include "platform/code_page.h"
 #include "support/programs.h"
 #include "support/temporary_folder.h"
+#include "zip/engine/codec.h"
 #include "zip/engine/entry_record.h"
 
 namespace {
@@ -38,6 +39,16 @@ const Entries& sample() {
   return entries;
 }
 
+// Begins an entry with extra fields and a comment of some lengths.
+int begin(ZipWriter* writer, const char* name, int method, int raw = 0, int level = ZipLevelDefault,
+          const char* password = nullptr, std::uint32_t local = 0, std::uint32_t central = 0,
+          std::uint32_t comment = 0) {
+  const std::string fields(0x10000, '\0');
+  return ZipOpenNewEntry(writer, name, nullptr, fields.data(), local, fields.data(), central,
+                         std::string(comment, 'c').c_str(), method, level, raw, -15, 8, 0, password,
+                         0);
+}
+
 TEST_F(Archive, IsReadByThisAndOtherPrograms) {
   for (const char* password : {static_cast<const char*>(nullptr), "secret"}) {
     SCOPED_TRACE(password == nullptr ? "plain" : password);
@@ -53,6 +64,9 @@ TEST_F(Archive, IsReadByThisAndOtherPrograms) {
       EXPECT_LE(support::run(folder_.path(), std::string(checker.command) + " a.zip"), 1)
           << checker.name;
     }
+    const std::string copy = folder_.file("copy.zip");
+    copyArchive(path_, copy, "");
+    EXPECT_TRUE(support::readFile(copy) == support::readFile(path_));
     const Reader reader(ZipOpenReader(path_.c_str()));
     ASSERT_EQ(ZipLocateEntry(reader.get(), "one", 0), 0);
     char comment[] = "....|";
@@ -80,11 +94,9 @@ TEST_F(Archive, IsReadByThisAndOtherPrograms) {
 }
 
 TEST_F(Archive, AppendsToArchivesOfOtherPrograms) {
-  support::writeFile(folder_.file("in/deep/file.txt"), repetitiveText(5000));
-  support::writeFile(folder_.file("in/random"), noise(3000, 3));
-  support::writeFile(folder_.file("in/empty"), "");
   const Entries theirs{
       {"in/deep/file.txt", repetitiveText(5000)}, {"in/random", noise(3000, 3)}, {"in/empty", ""}};
+  for (const auto& [name, content] : theirs) support::writeFile(folder_.file(name), content);
   struct {
     const char* name;
     const char* command;
@@ -211,47 +223,84 @@ TEST_F(Archive, DamageNeverGivesWrongBytes) {
 }
 
 TEST_F(Archive, DroppedEntriesLeaveNoTrace) {
-  writeArchive(path_, {{"kept", "k"}});
-  const std::string before = support::readFile(path_);
+  const std::string wanted = folder_.file("wanted.zip");
+  writeArchive(wanted, {{"kept", "k"}});
+  std::filesystem::copy(wanted, path_);
+  writeArchive(wanted, {{"added", "a"}}, ZipModeAppend);
   ZipWriter* writer = ZipOpenWriter(path_.c_str(), ZipModeAppend);
   ASSERT_TRUE(addEntry(writer, "cancelled", noise(9 << 20, 8)));
   EXPECT_EQ(ZipCancelNewEntry(writer), 0);
   EXPECT_NE(ZipCancelNewEntry(writer), 0);
   ASSERT_TRUE(addEntry(writer, "added", "a"));
-  ZipNewEntryInfo info{};
-  // With a password the CRC that is passed must be the true one.
-  ASSERT_EQ(ZipOpenNewEntry(writer, "wrong CRC", &info, nullptr, 0, nullptr, 0, nullptr,
-                            ZipMethodDeflate, -1, 0, -15, 8, 0, "secret", 1234),
-            0);
-  ZipWriteEntry(writer, "data", 4);
-  EXPECT_NE(ZipCloseNewEntry(writer), 0);
+  // The next entry drops an open one, and so does the end.
+  for (const int raw : {1, 0, 1, 1}) {
+    ASSERT_EQ(begin(writer, "dropped", ZipMethodDeflate, raw, -1, "secret"), 0);
+    EXPECT_EQ(ZipWriteEntry(writer, "data", 4), 0);
+    // With a password the CRC that is passed must be the true one.
+    EXPECT_FALSE(raw == 0 && ZipCloseNewEntry(writer) == 0);
+  }
   EXPECT_EQ(ZipCloseWriter(writer, nullptr), 0);
-  EXPECT_EQ(readArchive(path_), (Entries{{"kept", "k"}, {"added", "a"}}));
-  EXPECT_LT(std::filesystem::file_size(path_), 2 * before.size() + 100);
+  EXPECT_TRUE(support::readFile(path_) == support::readFile(wanted));
 }
 
 TEST_F(Archive, RefusesInvalidArguments) {
-  EXPECT_EQ(ZipOpenReader(folder_.file("missing").c_str()), nullptr);
-  support::writeFile(path_, std::string(3000, 'x'));
-  EXPECT_EQ(ZipOpenReader(path_.c_str()), nullptr);
+  EXPECT_EQ(zip_engine::crc32(7, nullptr, 0), 7U);
   EXPECT_EQ(ZipOpenWriter(path_.c_str(), ZipModeAppend), nullptr);
-  EXPECT_EQ(support::readFile(path_), std::string(3000, 'x'));
-  EXPECT_NE(ZipFirstEntry(nullptr), 0);
-  EXPECT_NE(ZipCloseWriter(nullptr, nullptr), 0);
-  EXPECT_NE(ZipCopyEntry(nullptr, nullptr), 0);
-  EXPECT_LT(ZipReadEntry(nullptr, nullptr, 0), 0);
-  ZipWriter* const writer = ZipOpenWriter(path_.c_str(), ZipModeCreate);
-  EXPECT_FALSE(addEntry(writer, "", "x"));
-  EXPECT_FALSE(addEntry(writer, std::string(70000, 'n'), "x"));
-  EXPECT_FALSE(addEntry(writer, "n", "x", nullptr, 10));
+  support::writeFile(path_, std::string(3000, 'x'));
+  EXPECT_EQ(ZipOpenWriter(path_.c_str(), ZipModeAppend), nullptr);
+  const std::string other = folder_.file("other.zip");
+  writeArchive(other, {{"e", "x"}});
+  EXPECT_EQ(ZipOpenWriter(other.c_str(), ZipModeAppendFirst), nullptr);
+  const Reader reader(ZipOpenReader(other.c_str()));
+  ZipWriter* writer = ZipOpenWriter(path_.c_str(), ZipModeCreate);
+  ZipNextEntry(reader.get());  // past the last one
+  const int statuses[] = {
+      // Without a reader or a writer, or without an entry.
+      ZipFirstEntry(nullptr), ZipReadEntry(nullptr, nullptr, 0), ZipCloseWriter(nullptr, nullptr),
+      ZipCopyEntry(nullptr, reader.get()), ZipCopyEntry(writer, nullptr),
+      ZipCopyEntry(writer, reader.get()), ZipSetEncryption(nullptr, ZipEncryptTraditional),
+      ZipWriteEntry(nullptr, "", 0), ZipWriteEntry(writer, "", 0), ZipCloseNewEntry(nullptr),
+      ZipCloseNewEntry(writer), ZipCloseRawEntry(nullptr, 0, 0), ZipCloseRawEntry(writer, 0, 0),
+      ZipCancelNewEntry(nullptr), ZipCancelNewEntry(writer),
+      // With values that are not known.
+      ZipSetEncryption(writer, 2), begin(nullptr, "n", 0), begin(writer, nullptr, 0),
+      begin(writer, "", 0), begin(writer, std::string(65536, 'n').c_str(), 0),
+      begin(writer, "n", 12), begin(writer, "n", 0, 0, 10), begin(writer, "n", 0, 0, -2)};
+  for (const int& status : statuses) EXPECT_LT(status, 0) << &status - statuses;
+  for (const int raw : {0, 1}) {
+    EXPECT_EQ(begin(writer, "n", raw == 0 ? ZipMethodDeflate : 12, raw), 0);
+    EXPECT_LT(ZipWriteEntry(writer, nullptr, 1), 0);
+    EXPECT_LT(raw != 0 ? ZipCloseNewEntry(writer) : ZipCloseRawEntry(writer, 0, 0), 0);
+  }
   EXPECT_EQ(ZipCloseWriter(writer, nullptr), 0);
   EXPECT_EQ(readArchive(path_), Entries{});
   for (const std::size_t size : {65535U, 65536U}) {
-    const int status =
-        ZipCloseWriter(ZipOpenWriter(path_.c_str(), ZipModeAppend), std::string(size, 'c').c_str());
-    EXPECT_EQ(status == 0, size == 65535U);
+    writer = ZipOpenWriter(path_.c_str(), ZipModeAppendFirst);
+    EXPECT_EQ(ZipCloseWriter(writer, std::string(size, 'c').c_str()) == 0, size == 65535U);
     EXPECT_EQ(std::filesystem::file_size(path_), 22U + 65535U);
   }
+}
+
+// The longest fields are written and copied, and one byte more in any of them is refused.
+TEST_F(Archive, FieldsHaveTheirLimits) {
+  ZipWriter* const writer = ZipOpenWriter(path_.c_str(), ZipModeCreate);
+  for (const int encryption : {ZipEncryptAes256, ZipEncryptTraditional}) {
+    const bool isAes = ZipSetEncryption(writer, encryption) == 0 && encryption != 0;
+    const std::uint32_t most = isAes ? 65535 - 11 : 65535;
+    EXPECT_LT(begin(writer, "n", 0, 0, 9, "secret", most + 1, 0, 0), 0);
+    EXPECT_LT(begin(writer, "n", 0, 0, 9, "secret", 0, most - 12 + 1, 0), 0);
+    EXPECT_LT(begin(writer, "n", 0, 0, 9, "secret", 0, 0, 65536), 0);
+    EXPECT_EQ(begin(writer, "n", 0, 0, 9, "secret", most, most - 12, 65535), 0);
+    EXPECT_EQ(ZipCloseNewEntry(writer), 0);
+  }
+  // Raw entries, which a password only flags.
+  EXPECT_EQ(begin(writer, "raw", 0, 1) + ZipWriteEntry(writer, "x", 1), 0);
+  EXPECT_EQ(ZipCloseRawEntry(writer, 1, ZipCrc32(0, "x", 1)), 0);
+  EXPECT_EQ(begin(writer, "flagged", 0, 1, -1, "secret") + ZipCloseRawEntry(writer, 0, 0), 0);
+  EXPECT_EQ(ZipCloseWriter(writer, nullptr), 0);
+  EXPECT_EQ(readArchive(path_), (Entries{{"n", ""}, {"raw", "x"}, {"flagged", "<unreadable>"}}));
+  copyArchive(path_, folder_.file("copy.zip"), "");
+  EXPECT_TRUE(support::readFile(folder_.file("copy.zip")) == support::readFile(path_));
 }
 
 }  // namespace

@@ -14,6 +14,7 @@ TEST(EntryRecord, HasOffsetsPastFourGigabytes) {
     appendCentralRecord(directory.blob, record, offset);
     EXPECT_EQ(recordAt(directory, 0).localOffset, offset);
     EXPECT_EQ(recordAt(directory, 0).compressedSize, 7U);
+    EXPECT_EQ(recordAt(directory, 0).versionNeeded(), offset < 0xFFFF'FFFF ? 10 : 45);
     EXPECT_EQ(recordAt(directory, 0).size(), directory.blob.size());
   }
 }
