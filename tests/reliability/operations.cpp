@@ -58,7 +58,7 @@ const Operation kOperations[] = {
     {"insert_much",
      [](In in) { return writable(in).insert(bytesOf(support::noise(70000)), "new", "", 0) == 1; }},
     {"insert_more_than_is_written_at_once",
-     [](In in) { return writable(in).insert(bytesOf(support::noise(1200000)), "new", "", 0) == 1; },
+     [](In in) { return writable(in).insert(bytesOf(support::noise(4300000)), "new", "", 0) == 1; },
      kLarge},
     {"insert_into_an_empty_file",
      [](In in) {
