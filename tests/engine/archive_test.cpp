@@ -123,6 +123,7 @@ TEST_F(Archive, AppendsToArchivesOfOtherPrograms) {
       {"prefix with mended offsets",
        "zip -qr b.zip in && cat in/random b.zip >a.zip && zip -qA a.zip; rm b.zip"},
       {"bytes after the end", "zip -qr a.zip in && echo more >>a.zip"},
+      {"many zeros after the end", "zip -qr a.zip in && head -c 2000000 /dev/zero >>a.zip"},
   };
   for (const auto& program : programs) {
     SCOPED_TRACE(program.name);
@@ -147,6 +148,12 @@ TEST_F(Archive, AppendsToArchivesOfOtherPrograms) {
     EXPECT_EQ(globalComment(Reader(ZipOpenReader(path_.c_str())).get()), comment);
     copyArchive(path_, copy, "copied");
     EXPECT_EQ(readArchive(copy), all);
+    // An entry has a descriptor if it is flagged.
+    const std::string bytes = support::readFile(copy);
+    for (std::size_t at = 0; (at = bytes.find("PK\1\2", at)) != std::string::npos; ++at) {
+      const std::string descriptor = "PK\7\b" + bytes.substr(at + 16, 12);
+      EXPECT_EQ(bytes.find(descriptor) != std::string::npos, (bytes[at + 8] & 8) != 0) << at;
+    }
     for (const auto& checker : support::kCheckers) {
       EXPECT_EQ(support::run(folder_.path(), std::string(checker.command) + " copy.zip"), 0)
           << checker.name;
