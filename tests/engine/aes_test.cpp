@@ -9,6 +9,7 @@
 #include "engine/entries.h"
 #include "support/programs.h"
 #include "support/temporary_folder.h"
+#include "zip/engine/entry_record.h"
 
 namespace {
 
@@ -58,6 +59,23 @@ TEST_F(Aes, ArchivesAreThoseOfOtherPrograms) {
       EXPECT_FALSE(readCurrent(reader.get(), content, 1 << 20, nullptr) && !content.empty());
     }
   }
+}
+
+// The extra field is known with these numbers of values of each of its bytes.
+TEST_F(Aes, UnknownExtraFieldsAreRefused) {
+  zip_engine::EntryRecord record;
+  zip_engine::appendAesExtra(record.centralExtra, {.keySize = 32, .method = ZipMethodDeflate});
+  std::string counts;
+  for (unsigned char& byte : record.centralExtra) {
+    int known = 0;
+    for (int change = 0; change < 256; ++change, ++byte) {
+      zip_engine::CentralDirectory directory;
+      appendCentralRecord(directory.blob, record, 0);
+      if (aesParameters(recordAt(directory, 0))) ++known;
+    }
+    counts += std::to_string(known) + ' ';
+  }
+  EXPECT_EQ(counts, "1 1 1 1 2 1 256 256 3 2 1 ");
 }
 
 // The authentication code takes the place of the CRC, or has it beside it.
