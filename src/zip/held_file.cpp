@@ -17,7 +17,6 @@ void ZipHeldFile::cleanUp() {
 }
 
 void ZipHeldFile::setName(const char* newName) {
-  const bool same = !name.empty() && newName != nullptr && lstrcmpiA(name.c_str(), newName) == 0;
-  if (!same) release();
+  release();
   name = newName != nullptr ? newName : "";
 }

@@ -21,8 +21,7 @@ class ZipHeldFile {
   void acquire();
   // Deletes the unfinished new version of the held file that a killed process left beside it.
   void cleanUp();
-  // Binds to another file, or to none for null. Releases the file unless the names are equal apart
-  // from letter case.
+  // Releases the file, and binds to another one, or to none for null.
   void setName(const char* newName);
 
  private:

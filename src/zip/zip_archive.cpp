@@ -62,7 +62,6 @@ int ZipArchive::open(const char* name, unsigned int access) {
   ZipHeldFile& file = m_private->file;
   file.setName(name);
   file.access = access;
-  file.release();
   file.acquire();
   file.cleanUp();
   return file.held() ? 1 : 0;
