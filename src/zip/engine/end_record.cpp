@@ -5,23 +5,23 @@
 namespace zip_engine {
 namespace {
 
-bool isEnd64(const ArchiveFile& file, std::uint64_t position, std::uint64_t locatorPosition,
-             unsigned char (&bytes)[kEnd64Size]) {
-  return position <= locatorPosition && locatorPosition - position >= kEnd64Size &&
-         file.readAt(position, bytes, sizeof(bytes)) && load32(bytes) == kEnd64Signature;
+bool readsEnd64(const ArchiveFile& file, std::uint64_t position,
+                unsigned char (&bytes)[kEnd64Size]) {
+  return file.readAt(position, bytes, sizeof(bytes)) && load32(bytes) == kEnd64Signature;
 }
 
 // Replaces the saturated values of `record` by those of the zip64 record.
 bool readEnd64(const ArchiveFile& file, const unsigned char* locator, std::uint64_t locatorPosition,
                EndRecord& record) {
+  if (locatorPosition < kEnd64Size) return false;
+  const std::uint64_t last = locatorPosition - kEnd64Size;
   unsigned char bytes[kEnd64Size];
-  std::uint64_t position = load64(locator + 8);
-  if (!isEnd64(file, position, locatorPosition, bytes)) {
+  std::uint64_t position = std::min(load64(locator + 8), last);
+  if (!readsEnd64(file, position, bytes)) {
     // In an archive with a prefix the offset does not count from the start of the file, but the
     // record directly precedes its locator.
-    if (locatorPosition < kEnd64Size) return false;
-    position = locatorPosition - kEnd64Size;
-    if (!isEnd64(file, position, locatorPosition, bytes)) return false;
+    position = last;
+    if (!readsEnd64(file, position, bytes)) return false;
   }
   const std::uint64_t count = load64(bytes + 32);
   if (load32(bytes + 16) != 0 || load32(bytes + 20) != 0 || load64(bytes + 24) != count) {
