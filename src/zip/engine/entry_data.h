@@ -18,15 +18,15 @@ namespace zip_engine {
 
 // Position and size of an entry's stored bytes, and the values that its content must have.
 struct EntryLayout {
-  std::uint64_t position = 0;        // absolute, of the stored bytes
-  std::uint64_t compressedSize = 0;  // with the encryption header
-  std::uint64_t uncompressedSize = 0;
-  std::uint32_t crc = 0;
-  std::uint16_t method = 0;
-  bool raw = false;                  // the stored bytes are the content
-  const char* password = nullptr;    // null if not encrypted
+  std::uint64_t position;        // absolute, of the stored bytes
+  std::uint64_t compressedSize;  // with the encryption header
+  std::uint64_t uncompressedSize;
+  std::uint32_t crc;
+  std::uint16_t method;
+  bool raw;                          // the stored bytes are the content
+  const char* password;              // null if not encrypted
   std::optional<AesParameters> aes;  // nothing for the traditional encryption
-  unsigned char checkByte = 0;       // last byte of the decrypted encryption header
+  unsigned char checkByte;           // last byte of the decrypted encryption header
 };
 
 // Memory that one entry after the other uses.
