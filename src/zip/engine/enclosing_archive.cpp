@@ -67,7 +67,7 @@ bool followsHeader(const ArchiveFile& file, std::uint64_t base) {
 }  // namespace
 
 bool mayBeEnclosed(const ArchiveFile& file, std::uint64_t base) {
-  return base != 0 && (startsWithEnclosing(file, base) || followsHeader(file, base));
+  return startsWithEnclosing(file, base) || followsHeader(file, base);
 }
 
 }  // namespace zip_engine

@@ -46,8 +46,7 @@ bool EntryData::begin() {
   if (layout_.aes && !layout_.raw) return beginAes();
   if (!cipher_) return true;
   unsigned char header[kEncryptionHeaderSize];
-  return storedLeft_ >= sizeof(header) && readStored(header, sizeof(header)) &&
-         header[sizeof(header) - 1] == layout_.checkByte;
+  return readStored(header, sizeof(header)) && header[sizeof(header) - 1] == layout_.checkByte;
 }
 
 // Leaves the authentication code out of the stored bytes.
@@ -115,12 +114,11 @@ bool EntryData::readDecoded(unsigned char* out, std::size_t size) {
   }
   // Only if the stored size is one that deflate can have made of the plain size; false sizes are
   // found in small steps.
-  const bool first =
-      plainLeft_ == layout_.uncompressedSize && storedLeft_ <= plainLeft_ + plainLeft_ / 4 + 1024;
-  const bool fits = size == layout_.uncompressedSize && storedLeft_ <= ZipLargestInflatedAtOnce;
-  if (first && fits) return decodeWhole(out);
-  if (first && layout_.uncompressedSize <= kSmall) {
-    whole_.resize(static_cast<std::size_t>(layout_.uncompressedSize));
+  const bool isPossible = storedLeft_ <= plainLeft_ + plainLeft_ / 4 + 1024;
+  const bool fits = size == plainLeft_ && storedLeft_ <= ZipLargestInflatedAtOnce;
+  if (isPossible && fits) return decodeWhole(out);
+  if (isPossible && plainLeft_ <= kSmall) {
+    whole_.resize(static_cast<std::size_t>(plainLeft_));
     if (!decodeWhole(whole_.data())) return false;
     std::memcpy(out, whole_.data(), size);
     return true;

@@ -18,8 +18,9 @@ constexpr int kMostCandidates = 4;
 
 constexpr std::size_t kBlock = 1 << 20;
 
+// Reports whether the bytes, which are one or more, are zero.
 bool isZero(const unsigned char* bytes, std::size_t size) {
-  return size == 0 || (bytes[0] == 0 && std::memcmp(bytes, bytes + 1, size - 1) == 0);
+  return bytes[0] == 0 && std::memcmp(bytes, bytes + 1, size - 1) == 0;
 }
 
 // Reports whether one of the whole sectors in the bytes, which are at `position`, is zero.

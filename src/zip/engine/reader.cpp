@@ -87,7 +87,7 @@ EntryLayout layoutOf(const ZipReader& reader, const CentralRecord& record, bool 
 
 // Copies a text, cut at `capacity`, with a terminating zero if it is shorter.
 void copyText(char* target, std::uint32_t capacity, const void* text, std::size_t length) {
-  if (target == nullptr || capacity == 0) return;
+  if (target == nullptr) return;
   const std::size_t count = std::min<std::size_t>(length, capacity);
   std::memcpy(target, text, count);
   if (count < capacity) target[count] = '\0';
@@ -183,7 +183,7 @@ int ZipReadEntryInfo(ZipReader* reader, ZipEntryInfo* info, char* name, std::uin
   }
   copyText(name, nameCapacity, shownName.data(), shownName.size());
   copyText(comment, commentCapacity, record.comment(), record.commentLength());
-  if (extra != nullptr && extraCapacity != 0) {
+  if (extra != nullptr) {
     std::memcpy(extra, record.extra(), std::min<std::size_t>(record.extraLength(), extraCapacity));
   }
   return kSuccess;
