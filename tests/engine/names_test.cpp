@@ -8,6 +8,7 @@
 #include "platform/code_page.h"
 #include "support/programs.h"
 #include "support/temporary_folder.h"
+#include "zip/engine/cp437.h"
 #include "zip/engine/end_record.h"
 #include "zip/engine/entry_record.h"
 
@@ -37,14 +38,22 @@ std::string archiveOf(EntryRecord local, EntryRecord central) {
 }
 
 // The Unicode Path extra field of a name.
-Bytes unicodePath(const std::string& name, const std::string& unicode) {
+Bytes unicodePath(const std::string& name, const std::string& unicode, unsigned char version = 1) {
   Bytes field;
   append16(field, 0x7075);
   append16(field, static_cast<std::uint16_t>(5 + unicode.size()));
-  field.push_back(1);
+  field.push_back(version);
   append32(field, ZipCrc32(0, name.data(), static_cast<std::uint32_t>(name.size())));
   field.insert(field.end(), unicode.begin(), unicode.end());
   return field;
+}
+
+TEST(Names, OfCodePage437AreThoseOfPython) {
+  std::string all;
+  for (int i = 0; i < 256; ++i) all += static_cast<char>(i);
+  EXPECT_EQ(utf8OfCp437(all), support::outputOf(".",
+                                                "python3 -c 'import sys; sys.stdout.buffer.write("
+                                                "bytes(range(256)).decode(\"cp437\").encode())'"));
 }
 
 TEST(Names, OfOtherProgramsAreShownFoundAndKept) {
@@ -71,16 +80,12 @@ TEST(Names, OfOtherProgramsAreShownFoundAndKept) {
        "größ.txt"},
       {"extra field of a former name", "new.txt", "new.txt", kNone,
        unicodePath("gr__.txt", "größ.txt"), "new.txt"},
+      {"extra field of another version", "gr__.txt", "gr__.txt", kNone,
+       unicodePath("gr__.txt", "größ.txt", 2), "gr__.txt"},
       {"extra field that is no UTF-8", "gr__.txt", "gr__.txt", kNone,
        unicodePath("gr__.txt", oldName), "gr__.txt"},
       {"another name", "other", "entry", kNone, {}, ""},
-      {"another name after one letter",
-       "\x94"
-       "a.txt",
-       "öc.txt",
-       kUtf8,
-       {},
-       ""},
+      {"another name after one letter", oldName.substr(2, 1) + 'a', "öc", kUtf8, {}, ""},
       {"a longer name", "entry", "entry1", kNone, {}, ""},
   };
   const support::TemporaryFolder folder;
