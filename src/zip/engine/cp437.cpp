@@ -15,18 +15,19 @@ std::string utf8OfCp437(std::string_view text) {
   std::string out;
   for (const char c : text) {
     const unsigned char byte = static_cast<unsigned char>(c);
-    const unsigned value = byte < 0x80 ? byte : kUpperHalf[byte - 0x80U];
     const auto add = [&](unsigned unit) { out += static_cast<char>(unit); };
-    if (value < 0x80) {
-      add(value);
-    } else if (value < 0x800) {
+    if (byte < 0x80) {
+      add(byte);
+      continue;
+    }
+    const unsigned value = kUpperHalf[byte - 0x80U];
+    if (value < 0x800) {
       add(0xC0 | value >> 6);
-      add(0x80 | (value & 0x3F));
     } else {
       add(0xE0 | value >> 12);
       add(0x80 | (value >> 6 & 0x3F));
-      add(0x80 | (value & 0x3F));
     }
+    add(0x80 | (value & 0x3F));
   }
   return out;
 }
