@@ -1,7 +1,6 @@
 #include "zip/archive_reader.h"
 
-#include <algorithm>
-#include <climits>
+#include <utility>
 
 #include "platform/win32.h"
 #include "zip/engine.h"
@@ -15,12 +14,13 @@ ArchiveReader::ArchiveReader(const char* path) : reader_(ZipOpenReader(path)) {}
 
 std::uint32_t ArchiveReader::entryCount() const {
   ZipGlobalInfo info = {};
-  return ZipReadGlobalInfo(reader_.get(), &info) == 0 ? info.entryCount : 0;
+  ZipReadGlobalInfo(reader_.get(), &info);
+  return info.entryCount;
 }
 
 std::string ArchiveReader::globalComment() const {
   ZipGlobalInfo info = {};
-  if (ZipReadGlobalInfo(reader_.get(), &info) != 0) return {};
+  ZipReadGlobalInfo(reader_.get(), &info);
   std::string comment(info.commentLength, '\0');
   ZipReadGlobalComment(reader_.get(), comment.data(), info.commentLength);
   return comment;
@@ -31,12 +31,10 @@ bool ArchiveReader::first() { return ZipFirstEntry(reader_.get()) == 0; }
 bool ArchiveReader::next() { return ZipNextEntry(reader_.get()) == 0; }
 
 bool ArchiveReader::names(std::vector<std::string>& names) {
-  char name[kLongestName + 1] = {};
+  EntryInfo info;
   const auto appendName = [&] {
-    if (ZipReadEntryInfo(reader_.get(), nullptr, name, kLongestName, nullptr, 0, nullptr, 0) != 0) {
-      return false;
-    }
-    names.emplace_back(name);
+    if (!describe(info)) return false;
+    names.push_back(std::move(info.name));
     return true;
   };
   return entryCount() != 0 && forEachEntry(appendName);
@@ -84,9 +82,8 @@ bool OpenEntry::readAll(unsigned char* buffer, std::uint32_t size) {
   // An empty entry is read too, so that its CRC is checked.
   std::uint32_t done = 0;
   do {
-    const std::uint32_t count = std::min<std::uint32_t>(size - done, INT_MAX);
-    const int result = read(buffer + done, count);
-    if (result < 0 || (result == 0 && count != 0)) return false;
+    const int result = read(buffer + done, size - done);
+    if (result < 0 || (result == 0 && done < size)) return false;
     done += static_cast<std::uint32_t>(result);
   } while (done < size);
   return true;
