@@ -81,8 +81,7 @@ int ZipArchive::create(const char* name, int overwrite) {
     platform::NewVersion version(path);
     if (!version) return 0;
     zip::ArchiveWriter writer(version.create().c_str(), zip::ArchiveWriter::Mode::Create);
-    if (!writer || writer.commit(nullptr) != zip::ArchiveWriter::Commit::Complete ||
-        !version.putInPlace()) {
+    if (writer.commit(nullptr) != zip::ArchiveWriter::Commit::Complete || !version.putInPlace()) {
       return 0;
     }
   }
@@ -121,8 +120,7 @@ const char* ZipArchive::fileName() const {
 int ZipArchive::isZip(const char* path) {
   FileSystem::FileStream stream(path, FileSystem::FileStream::OpenRead);
   std::vector<char> start(2);
-  const bool isRead = stream.is_open() && stream.read(start) && start.size() == 2;
-  return isRead && start[0] == 'P' && start[1] == 'K' ? 1 : 0;
+  return stream.read(start) && start == std::vector<char>{'P', 'K'} ? 1 : 0;
 }
 
 int ZipArchive::enumerate(std::vector<std::string>& names) const {
