@@ -120,6 +120,7 @@ TEST_F(Zip, ListInsertion) {
       {{{"1", "d"}, {"2", "b"}, {"3", "a"}}, 1, 3, {"c", "d", "b", "a"}, "c123"},
       {{{"1", "d"}, {"2", "e"}, {"3", "d"}}, 1, 2, {"a", "b", "c", "d", "e"}, "abc12"},
       {{{"1", "a"}, {"2", "a"}}, 1, 1, {"b", "c", "a"}, "bc1"},
+      {{{"missing", "d"}}, 1, 0, {"a", "b", "c"}, "abc"},
       // The first failure ends the list, and entries whose files were not inserted are kept.
       {{{"1", "d"}, {"missing", "e"}, {"3", "f"}}, 1, 1, {"a", "b", "c", "d"}, "abc1"},
       {{{"1", "b"}, {"missing", "a"}, {"3", "c"}}, 1, 1, {"a", "c", "b"}, "ac1"},
@@ -199,6 +200,8 @@ for i in z.infolist():
 
 TEST_F(Zip, InsertionIntoWhatIsNoArchive) {
   support::writeFile(path_, "just a text");
+  std::vector<std::pair<std::string, std::string>> entries;
+  EXPECT_EQ(readable().content(entries), 0);
   EXPECT_EQ(writable().insert(bytesOf("x"), "x", "", 1), 0);
   EXPECT_EQ(support::readFile(path_), "just a text");
   support::writeFile(path_, "");
