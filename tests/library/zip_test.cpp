@@ -176,7 +176,9 @@ TEST_F(Zip, InsertedEntries) {
   EXPECT_EQ(contentOf("plain"), words);
   EXPECT_EQ(contentOf("in\\it", "secret"), words);
   EXPECT_EQ(contentOf("in\\it", "wrong"), "<nothing>");
-  EXPECT_EQ(contentOf("in\\it"), "<nothing>");
+  Bytes bytes = bytesOf("kept");
+  EXPECT_EQ(readable().extract("in\\it", bytes), 0);
+  EXPECT_EQ(bytes, bytesOf("kept"));
   // Files have local times, and bytes the present time in UTC. Content that deflate makes smaller
   // is deflated at the default level.
   const std::string hour = std::to_string(12 + static_cast<int>(zone.seconds()) / 3600);
@@ -358,7 +360,7 @@ TEST_F(ZipFolders, TreeComesBack) {
   EXPECT_TRUE(FRT_ZIP_FOLDER(in_.c_str(), inside.c_str()));
   EXPECT_TRUE(FRT_ZIP_FOLDER(in_.c_str(), inside.c_str()));
   std::filesystem::rename(inside, path_);
-  EXPECT_TRUE(FRT_UNZIP_FILE(path_.c_str(), (out_ + "/").c_str()));
+  EXPECT_TRUE(FRT_UNZIP_FILE(path_.c_str(), (out_ + "//").c_str()));
   EXPECT_EQ(support::run(folder_.path(), "diff -r in out && 7z t a.zip"), 0);
   // Over the files of the first call.
   EXPECT_TRUE(FRT_UNZIP_FILE(path_.c_str(), (out_ + "\\").c_str()));
@@ -380,7 +382,7 @@ TEST_F(ZipFolders, NothingToDo) {
 TEST_F(ZipFolders, HostileNamesStayInside) {
   support::writeFile(folder_.file("outside/file"), "untouched");
   for (const char* name : {"..\\..\\x", "../outside/file", "a/../../outside/file", "/etc/x",
-                           "\\\\srv\\share\\x", "A:\\x", "z:x", ".."}) {
+                           "\\\\srv\\share\\x", "A:\\x", "z:", ".."}) {
     SCOPED_TRACE(name);
     make({name});
     std::filesystem::remove_all(out_);
