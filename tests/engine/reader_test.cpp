@@ -109,7 +109,8 @@ import io, zipfile
 inner = io.BytesIO()
 with zipfile.ZipFile(inner, "w") as z: [z.writestr(name, "inner") for name in ("b", "c")]
 with zipfile.ZipFile("a.zip", "w") as z:
-    [z.writestr(name, text) for name, text in (("0", "x"), ("a", inner.getvalue()), ("d", "x"), ("1", "x"))]
+    for name, text in ("0", "x"), ("a", inner.getvalue()), ("d", "x"), ("1", "x"):
+        z.writestr(name, text)
     for info in zipfile.ZipFile(inner).infolist():
         info.header_offset += z.getinfo("a").header_offset + 31
         z.filelist.append(info)
