@@ -47,13 +47,15 @@ TEST_F(ZipOnLinux, ExtractionFollowsNoLinks) {
   }
 }
 
-TEST_F(ZipOnLinux, ExtractionToAFileOfADrive) {
+TEST_F(ZipOnLinux, ExtractionToTheCurrentDirectory) {
   make({"entry"});
   const std::filesystem::path before = std::filesystem::current_path();
   std::filesystem::current_path(folder_.path());
   EXPECT_EQ(readable().extract("entry", "C:name"), 1);
+  EXPECT_EQ(readable().extract("entry", "other"), 1);
   std::filesystem::current_path(before);
-  EXPECT_EQ(support::readFile(folder_.file("name")), "entry");
+  EXPECT_EQ(support::readFile(folder_.file("name")) + support::readFile(folder_.file("other")),
+            "entryentry");
 }
 
 // Another process exchanges a directory of the target, and a file in another one, for links all the
