@@ -89,10 +89,23 @@ def number_mutations(token: Token) -> Iterator[Mutation]:
             yield Mutation(token.start, token.end, text + suffix)
 
 
+def is_shift_of_size(tokens: List[Token], i: int) -> bool:
+    """Whether the token is the operator of a size such as `64 << 10`."""
+    return (0 < i < len(tokens) - 1 and tokens[i].text == '<<' and
+            tokens[i - 1].kind == 'number' and tokens[i + 1].text in ('10', '20', '30'))
+
+
 def token_mutations(text: str, tokens: List[Token], i: int) -> Iterator[Mutation]:
     token = tokens[i]
     previous = tokens[i - 1].text if i > 0 else ''
-    if token.kind == 'number':
+    if is_shift_of_size(tokens, i):
+        # The size is one constant.
+        start, end = tokens[i - 1].start, tokens[i + 1].end
+        for change in ('+ 1', '- 1'):
+            yield Mutation(start, end, f'(({text[start:end]}) {change})')
+    elif is_shift_of_size(tokens, i - 1) or is_shift_of_size(tokens, i + 1):
+        return
+    elif token.kind == 'number':
         yield from number_mutations(token)
     elif token.kind == 'word' and token.text in WORDS:
         yield Mutation(token.start, token.end, WORDS[token.text])
@@ -179,7 +192,9 @@ def statement_mutations(text: str, tokens: List[Token], first: int) -> Iterator[
                 value not in ('true', 'false', 'nullptr'):
             yield Mutation(start, end, 'return {}')
     elif word not in KEYWORDS and is_expression(tokens, first, last):
-        yield Mutation(start, end, '')
+        # No result depends on memory that is reserved.
+        if not re.search(r'\breserve\w*\(', text[start:end]):
+            yield Mutation(start, end, '')
 
 
 def opens_code(tokens: List[Token], brace: int, outer: bool) -> bool:
