@@ -1,27 +1,22 @@
 #include "zip/rewrite.h"
 
-#include <cstddef>
-#include <optional>
-
 #include "platform/replace_file.h"
 #include "zip/temporary_file.h"
 
 namespace zip {
 namespace {
 
-// Copies the entries that stay. Returns their number, or nothing if one cannot be copied.
-std::optional<std::size_t> copyEntries(ArchiveReader& reader, ArchiveWriter& writer,
-                                       const NameSet& dropped) {
-  std::size_t count = 0;
+// Copies the entries that stay, and sets `any` if there is one. Returns false if one cannot be
+// copied.
+bool copyEntries(ArchiveReader& reader, ArchiveWriter& writer, const NameSet& dropped, bool& any) {
   EntryInfo info;
-  const bool complete = reader.forEachEntry([&] {
+  return reader.forEachEntry([&] {
     if (!reader.describe(info)) return false;
     // A name that was cut is not the one that the caller passed.
     if (!info.nameIsCut && dropped.count(callerName(info.name)) != 0) return true;
-    ++count;
+    any = true;
     return writer.copy(reader);
   });
-  return complete ? std::optional(count) : std::nullopt;
 }
 
 }  // namespace
@@ -39,9 +34,11 @@ Rewrite::Result Rewrite::run(const NameSet& dropped,
   if (!copy || !original_ || !reader_) return Result::Failed;
   ArchiveWriter writer(copy.path(), ArchiveWriter::Mode::Create);
   if (!writer) return Result::Failed;
-  const std::optional<std::size_t> kept = copyEntries(reader_, writer, dropped);
-  if (!kept || (add && !add(writer))) return Result::Failed;
-  if (*kept == 0 && !add) return Result::NothingLeft;
+  bool keepsAny = false;
+  if (!copyEntries(reader_, writer, dropped, keepsAny) || (add && !add(writer))) {
+    return Result::Failed;
+  }
+  if (!keepsAny && !add) return Result::NothingLeft;
   if (writer.commit(reader_.globalComment().c_str()) != ArchiveWriter::Commit::Complete) {
     return Result::Failed;
   }
