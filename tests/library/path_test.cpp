@@ -14,11 +14,8 @@ TEST(Path, Decomposition) {
   struct {
     const char *path, *drive, *folder, *filename, *name, *extension;
   } const cases[] = {
-      {"", "", "", "", "", ""},
       {"C:", "C:", "C:", "", "", ""},
       {"C:\\dir\\sub\\", "C:", "C:\\dir\\sub\\", "", "", ""},
-      {"C:\\dir\\sub", "C:", "C:\\dir\\", "sub", "sub", ""},
-      {"C:file.txt", "C:", "C:", "file.txt", "file", ".txt"},
       {"C:\\dir\\a.b.c", "C:", "C:\\dir\\", "a.b.c", "a.b", ".c"},
       {"\\\\srv\\share\\a.txt", "", "\\\\srv\\share\\", "a.txt", "a", ".txt"},
       {"a.b\\c", "", "a.b\\", "c", "c", ""},
@@ -34,10 +31,8 @@ TEST(Path, Decomposition) {
       {"CC:x", "", "", "CC:x", "CC:x", ""},
       {":", "", "", ":", ":", ""},
       {"/x.y", "", "/", "x.y", "x", ".y"},
-      {"d.e/x", "", "d.e/", "x", "x", ""},
       {"d\xE9\\a.b", "", "d\xE9\\", "a.b", "a", ".b"},
       {"d.\xE9/n.\xE9", "", "d.\xE9/", "n.\xE9", "n", ".\xE9"},
-      {"\xE9.b", "", "", "\xE9.b", "\xE9", ".b"},
   };
   for (const auto& c : cases) {
     EXPECT_EQ(extractDrive(c.path), c.drive) << c.path;
@@ -54,10 +49,8 @@ TEST(Path, ReplacedExtension) {
   struct {
     const char *path, *extension, *result;
   } const cases[] = {
-      {"C:\\dir\\a.txt", "doc", "C:\\dir\\a.doc"},
       {"C:\\dir\\a.txt", ".doc", "C:\\dir\\a.doc"},
       {"C:\\dir\\a.txt", "", "C:\\dir\\a"},
-      {"a.b.c", "x", "a.b.x"},
       {"C:\\", "txt", "C:\\.txt"},
       {"a", "%s ", "a.%s"},
       {" a.b", "c", "a.c"},
@@ -79,18 +72,13 @@ TEST(Path, LongPartsAreCut) {
   CString root;
   PathRoot(part.c_str(), root);
   EXPECT_EQ(root.GetString(), part.substr(0, 259));
-  EXPECT_EQ(ParentDirectory((part.substr(0, 257) + "\\x\\").c_str()).GetString(),
-            part.substr(0, 257) + "\\");
   EXPECT_EQ(ParentDirectory(part.c_str()).GetString(), part.substr(0, 259) + "\\");
 }
 
 TEST(Path, EqualityAndSubPath) {
   EXPECT_TRUE(pathEqual("", ""));
   EXPECT_TRUE(pathEqual("C:\\Data\\A.TXT", "c:\\data\\a.txt"));
-  EXPECT_TRUE(pathEqual("\xC9t\xC9", "\xE9T\xE9"));
-  EXPECT_FALSE(pathEqual("C:\\a", "C:/a"));
   EXPECT_FALSE(pathEqual("C:\\a", "C:\\a\\"));
-  EXPECT_FALSE(pathEqual("ab", "a"));
   struct {
     const char *base, *path, *result;
   } const cases[] = {
@@ -104,50 +92,34 @@ TEST(Path, EqualityAndSubPath) {
   for (const auto& c : cases) EXPECT_EQ(subPath(c.base, c.path), c.result) << c.path;
 }
 
-TEST(Path, Root) {
+TEST(Path, RootAndParent) {
   struct {
-    const char *path, *root;
+    const char *path, *root, *parent;
   } const cases[] = {
-      {nullptr, ""},
-      {"C:", "C:"},
-      {"\\a\\b", "\\"},
-      {"a\\b", "a\\"},
-      {"abc", "abc"},
-      {"\\\\srv\\share\\a\\b", "\\\\srv\\share\\"},
-      {"\\\\srv\\share", "\\\\srv\\share"},
-      {"\\\\srv\\", "\\\\srv\\"},
-      {"//srv/share/a", "//srv/share/"},
-      {"C:\\a\\\\b\\c\\d", "C:\\a\\\\b\\c\\"},
-      {"C:\\a\\\\b", "C:\\a\\\\b"},
-      {"\\/srv\\share/a", "\\/srv\\share/"},
-      {"/\\srv/share\\a", "/\\srv/share\\"},
-      {"\\\\\\a\\b", "\\\\\\a\\"},
+      {nullptr, "", ""},
+      {"no-such-name", "no-such-name", "no-such-name\\"},
+      {"C:", "C:", "C:\\"},
+      {"C:\\", "C:\\", "C:\\"},
+      {"C:\\a\\b\\", "C:\\", "C:\\a\\"},
+      {"C:\\a/b", "C:\\", "C:\\"},
+      {"C:/a/b/", "C:/", "C:/a/b/\\"},
+      {"\\a\\b", "\\", "\\a\\"},
+      {"a\\b", "a\\", "a\\"},
+      {"\\\\srv\\share\\a\\b", "\\\\srv\\share\\", "\\\\srv\\share\\a\\"},
+      {"\\\\srv\\share", "\\\\srv\\share", "\\\\srv\\"},
+      {"\\\\srv\\", "\\\\srv\\", "\\\\"},
+      {"\\/srv\\share/a", "\\/srv\\share/", "\\/srv\\"},
+      {"/\\srv/share\\a", "/\\srv/share\\", "/\\srv/share\\"},
+      {"C:\\a\\\\b\\c\\d", "C:\\a\\\\b\\c\\", "C:\\a\\\\b\\c\\"},
+      {"C:\\a\\\\", "C:\\a\\\\", "C:\\a\\"},
+      {"\\\\\\a\\b", "\\\\\\a\\", "\\\\\\a\\"},
   };
   for (const auto& c : cases) {
     CString root("before");
     PathRoot(c.path, root);
     EXPECT_STREQ(root, c.root) << (c.path ? c.path : "null");
+    EXPECT_STREQ(ParentDirectory(c.path), c.parent) << (c.path ? c.path : "null");
   }
-}
-
-TEST(Path, Parent) {
-  struct {
-    const char *path, *parent;
-  } const cases[] = {
-      {nullptr, ""},
-      {"C:\\a\\b\\", "C:\\a\\"},
-      {"C:\\a\\\\", "C:\\a\\"},
-      {"C:\\a", "C:\\"},
-      {"\\a", "\\"},
-      {"C:\\", "C:\\"},
-      {"\\\\srv\\share\\", "\\\\srv\\"},
-      {"no-such-name", "no-such-name\\"},
-      {"C:/a/b", "C:/a/b\\"},
-      {"C:\\a/b", "C:\\"},
-      {"C:/a/b/", "C:/a/b/\\"},
-      {"C:\\a\\b/", "C:\\a\\"},
-  };
-  for (const auto& c : cases) EXPECT_STREQ(ParentDirectory(c.path), c.parent);
 
   // Whether there is such a file matters where the text alone does not decide.
   const support::TemporaryFolder folder;
@@ -162,7 +134,6 @@ TEST(Path, Parent) {
 
 TEST(Path, InvalidCharacters) {
   EXPECT_EQ(eraseInvalidCharacter("\\a/b:c?d\"e<f>g|||h*\t. "), "abcdefgh*\t. ");
-  EXPECT_EQ(eraseInvalidCharacter("?:"), "");
 }
 
 }  // namespace
