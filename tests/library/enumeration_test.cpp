@@ -55,8 +55,6 @@ TEST_F(Enumeration, FilesOfATree) {
   unended.clear();
   EXPECT_EQ(EnumFilesWithPath(unended, (folder_.name() + "/").c_str(), "t*", false), 1U);
   EXPECT_EQ(unended, Names{folder_.name() + "/\\top"});
-  paths.clear();
-  EXPECT_EQ(EnumFilesWithPath(paths, path_, "t*", false), 1U);
   EXPECT_EQ(EnumFilesWithPath(paths, path_, "t*", true), 3U);
 
   const platform::FileHandle owner = support::openFile(folder_.file("top"));
@@ -64,7 +62,6 @@ TEST_F(Enumeration, FilesOfATree) {
   EXPECT_EQ(EnumFilesWithPath(records, path_, "*"), 0U);
   EXPECT_EQ(EnumFilesWithPath(records, (text_ + "a").c_str(), "*"), 1U);
   EXPECT_STREQ(records[0].cFileName, "one.txt");
-  EXPECT_EQ(records[0].nFileSizeLow, 9U);
   EXPECT_EQ(records[0].dwFileAttributes, FILE_ATTRIBUTE_ARCHIVE);
   std::filesystem::resize_file(folder_.file("a/one.txt"), 5ULL << 30 | 7);
   EXPECT_EQ(EnumFilesWithPath(records, (text_ + "a").c_str(), "*"), 1U);

@@ -3,7 +3,6 @@
 #include <filesystem/files.h>
 #include <gtest/gtest.h>
 
-#include <ctime>
 #include <string>
 
 #include "support/open_file.h"
@@ -60,10 +59,8 @@ TEST_F(Files, Probes) {
   EXPECT_EQ(FileExists((std::string("C:") + support::kPlatform.program).c_str()), 0);
   // Such a file has no attributes under its bare name, and so the time zero.
   EXPECT_NEAR(fileTime(support::kPlatform.program), -109205.0, 1.0);
-  EXPECT_EQ(FileExists("no-such-program"), 0);
 
   const std::string missing = folder_.file("missing");
-  EXPECT_EQ(TestOpen(missing.c_str(), kRead), 0);
   EXPECT_EQ(TestCreate(folder_.file("none/file").c_str(), kReadWrite), 0);
   EXPECT_EQ(TestCreate(missing.c_str(), kReadWrite), 1);
   EXPECT_EQ(FileExists(missing.c_str()), 1);
@@ -74,17 +71,9 @@ TEST_F(Files, Probes) {
 TEST_F(Files, TimeIsALocalAutomationDate) {
   support::writeFile(path_, "");
   const support::TwoHoursEast zone;
-  struct {
-    std::time_t utc;
-    double date;
-  } const cases[] = {
-      {0, 25569.0},                         // 1970-01-01
-      {1609459199, 44197.0 - 1.0 / 86400},  // 2020-12-31 23:59:59
-  };
-  for (const auto& c : cases) {
-    support::setWriteTime(path_, c.utc);
-    EXPECT_NEAR(fileTime(path_), c.date + zone.seconds() / 86400, 0.1 / 86400) << c.utc;
-  }
+  constexpr double kSecond = 1.0 / 86400;
+  support::setWriteTime(path_, 1609459199);  // 2020-12-31 23:59:59
+  EXPECT_NEAR(fileTime(path_), 44197 + (zone.seconds() - 1) * kSecond, 0.1 * kSecond);
 }
 
 TEST_F(Files, FolderChains) {
@@ -110,8 +99,6 @@ TEST_F(Files, FolderChains) {
   EXPECT_EQ(EnsurePathExists((path_ + "\\x\\..\\..\\new").c_str()), 0);
   EXPECT_EQ(EnsurePathExists(""), 0);
   EXPECT_EQ(EnsurePathExists(nullptr), 0);
-  EXPECT_EQ(IsValidPath(folder_.text().c_str()), 1);
-  EXPECT_EQ(IsValidPath(folder_.file("missing").c_str()), 0);
   EXPECT_EQ(IsValidPath(path_.c_str()), 0);
   EXPECT_EQ(folder_.entries(), 2U);
 

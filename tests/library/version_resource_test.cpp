@@ -41,8 +41,6 @@ TEST(VersionResource, WhatIsMissingChangesNothing) {
   // Only the first block of the translation list is read.
   EXPECT_EQ(VerGetFileInfoString(data("languages").c_str(), "OnlyThere", value), 0);
   EXPECT_STREQ(value, "before");
-  EXPECT_EQ(VerGetFileInfoString(data("plain").c_str(), "productVERSION", value), 1);
-  EXPECT_STREQ(value, "2.5.1");
 }
 
 TEST(VersionResource, Queries) {
@@ -52,8 +50,6 @@ TEST(VersionResource, Queries) {
   std::string block(size, '\0');
   ASSERT_TRUE(GetFileVersionInfoA(path.c_str(), 0, size, block.data()));
   const std::string texts = "\\StringFileInfo\\040904B0";
-  void* value = nullptr;
-  UINT length = 0;
   struct {
     std::string path;
     bool found;
@@ -62,13 +58,13 @@ TEST(VersionResource, Queries) {
       {"\\", true, 52},
       {"", true, 52},
       {texts, true, 0},
-      {texts + "\\", true, 0},
       {texts + "\\\\ProductVersion", true, 6},
       {texts + "\\productversion\\", true, 6},
       {texts + "\\none", false, 0},
   };
   for (const auto& c : cases) {
-    length = 99;
+    void* value = nullptr;
+    UINT length = 99;
     EXPECT_EQ(VerQueryValueA(block.data(), c.path.c_str(), &value, &length) != FALSE, c.found)
         << c.path;
     EXPECT_EQ(length, c.length) << c.path;
