@@ -50,11 +50,9 @@ TEST_F(VeskFs, ChangesEntries) {
       {"extract a.zip one out/x --password-file pass", 0, ""},
       {"extract a.zip one y --password wrong -q", 1, "", "the password is wrong or it is damaged"},
       {"extract a.zip one y </dev/null", 1, "", "needs a password"},
-      {"extract a.zip three y", 1, "", "'three'"},
       {"add a.zip one --encrypt aes128", 2, "", "--encrypt"},
       {"test a.zip --password-file pass", 0, "tested 6 entries of a.zip: no errors\n"},
       {"test a.zip", 1, "tested 6 entries of a.zip: 1 error\n", "'one': it is encrypted"},
-      {"remove a.zip three", 1, "", "'three'"},
       {"remove a.zip '*'", 1, "", "the only entry"},
       {"remove a.zip 'in/*' named/it -v", 0,
        "removed in\\deep\\three.txt\nremoved in\\two\nremoved named/it\n"},
@@ -82,14 +80,12 @@ z.comment = b"PK\5\6" + b"x" * 17
 z.close())");
   check(
       {{"list -l a.zip", 0,
-        "        size       packed  saved  modified             CRC-32    method     encrypt  "
-        "name\n"
-        "           0            0     0%  2024-02-29 12:34:56  00000000  stored     none     "
-        "dir/\n"
-        "        1000           11    98%  2024-02-29 12:34:56  3b41c9e6  deflate    none     "
-        "a\"b\n"
-        "           3           38 -1166%  2024-02-29 12:34:56  352441c2  bzip2      none     c\n"
-        "        1003           49    95%  2 files, 1 directory\n"},
+        R"(        size       packed  saved  modified             CRC-32    method     encrypt  name
+           0            0     0%  2024-02-29 12:34:56  00000000  stored     none     dir/
+        1000           11    98%  2024-02-29 12:34:56  3b41c9e6  deflate    none     a"b
+           3           38 -1166%  2024-02-29 12:34:56  352441c2  bzip2      none     c
+        1003           49    95%  2 files, 1 directory
+)"},
        {"list a.zip 'a*' --json", 0,
         "[\n  {\"name\": \"a\\\"b\", \"directory\": false, \"size\": 1000, \"packedSize\": 11, "
         "\"modified\": \"2024-02-29T12:34:56\", \"crc32\": \"3b41c9e6\", \"method\": \"deflate\", "
@@ -136,7 +132,6 @@ TEST_F(VeskFs, SaysWhatIsWrong) {
       {"pack none b.zip", 1, "", "'none'"},
       {"pack in none/b.zip", 1, "", "'none/b.zip'"},
       {"unpack none.zip x", 1, "", "'none.zip'"},
-      {"unpack text.zip x", 1, "", "not a sound zip archive"},
       {"unpack a.zip text.zip", 1, "", "cannot create or write to the directory"},
       {"list in", 1, "", "is a directory"},
       {"add text.zip in/file", 1, "", "not a sound zip archive"},
