@@ -201,12 +201,11 @@ TEST_F(Contention, KilledProcessesLoseNothing) {
     }
   }
   // Other programs read all these archives.
-  EXPECT_EQ(
-      support::outputOf(folder_.path() / "kept",
-                        "python3 -c 'import glob, zipfile\n"
-                        "archives = [zipfile.ZipFile(n) for n in glob.glob(\"*.zip\")]\n"
-                        "print(sum(len(z.namelist()) for z in archives if not z.testzip()))'"),
-      std::to_string(entries) + "\n");
+  EXPECT_EQ(support::outputOf(folder_.path() / "kept", R"(python3 -c '
+import glob, zipfile
+archives = [zipfile.ZipFile(n) for n in glob.glob("*.zip")]
+print(sum(len(z.namelist()) for z in archives if not z.testzip()))')"),
+            std::to_string(entries) + "\n");
   EXPECT_EQ(support::run(folder_.path() / "kept",
                          "for i in *.zip; do unzip -tqq $i; [ $? -le 1 ] || exit 3; done"),
             0);

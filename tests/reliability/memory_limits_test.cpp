@@ -126,14 +126,14 @@ TEST_F(MemoryLimits, InsertingAFileHoldsLittleOfIt) {
   writeBlocks(folder_.file("random"), randomBlock(), 64);
   support::writeFile(folder_.file("sparse"), "");
   std::filesystem::resize_file(folder_.file("sparse"), 256 * kMegabyte);
-  // Each finds the entries of those before. The second time the source replaces its entry.
-  using Insertion = std::pair<std::string, const char*>;  // source and password
-  const Insertion insertions[] = {
+  // Each finds the entries of those before. The second time, with a password, the source
+  // replaces its entry.
+  const std::pair<std::string, const char*> insertions[] = {
       {"text", ""}, {"random", ""}, {"sparse", ""}, {"random", "secret"}, {"sparse", "secret"}};
   ZipArchive archive;
   ASSERT_EQ(archive.create(archive_.c_str(), 0), 1);
   archive.close();
-  for (const Insertion& insertion : insertions) {
+  for (const auto& insertion : insertions) {
     const std::string& source = insertion.first;
     expectBelow(kInsertLimit, "insert " + source + ' ' + insertion.second, [&] {
       ZipArchive own;
