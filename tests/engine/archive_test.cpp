@@ -95,6 +95,7 @@ TEST_F(Archive, AppendsToArchivesOfOtherPrograms) {
       {"zip", "zip -qr a.zip in", true},
       {"zip stored", "zip -qr0 a.zip in", true},
       {"zip with a password", "zip -qr -P secret a.zip in"},
+      {"zip with a password to a pipe", "zip -qr -P secret - in | cat >a.zip"},
       {"zip with a comment", "echo words | zip -qrz a.zip in", true, "words"},
       {"zip with a cut comment", "echo words | zip -qrz a.zip in; truncate -s -2 a.zip", false,
        "wor"},

@@ -55,8 +55,11 @@ bool LocalEntry::hasSumsOf(const CentralRecord& record) const {
   const auto agrees = [&](std::uint64_t local, std::uint64_t central) {
     return local == central || (hasDescriptor && local == 0);
   };
-  return agrees(header().crc(), record.crc()) && agrees(compressed, record.compressedSize) &&
-         agrees(uncompressed, record.uncompressedSize);
+  // Where the CRC is not known yet, `zip` writes the time, which the password is checked against.
+  const bool hasTime = hasDescriptor && (record.flags() & kFlagEncrypted) != 0 &&
+                       header().crc() == std::uint32_t{record.time()} << 16;
+  return (hasTime || agrees(header().crc(), record.crc())) &&
+         agrees(compressed, record.compressedSize) && agrees(uncompressed, record.uncompressedSize);
 }
 
 }  // namespace zip_engine
