@@ -55,11 +55,12 @@ bool endsWith(const std::string& name, const std::string& extension) {
          lstrcmpiA(name.c_str() + (name.size() - extension.size()), extension.c_str()) == 0;
 }
 
-// Calls `found` with the base name of each file that exists with all extensions. Returns their
-// number.
+// Calls `found` with the base name of each file that exists with all extensions; with none, of no
+// file. Returns their number.
 template <typename Found>
 std::uint64_t enumerateGroups(const char* folder, const char* mask,
                               const std::vector<std::string>& extensions, Found found) {
+  if (extensions.empty()) return 0;
   std::uint64_t count = 0;
   Siblings siblings(folder);
   for (Detail::Search search(std::string(folder) + mask + extensions.front()); search.next();) {
@@ -95,7 +96,6 @@ std::uint64_t EnumFiles(std::vector<std::string>& result, const char* folder, co
   va_start(more, extension);
   const std::vector<std::string> extensions = extensionsOf(extension, more);
   va_end(more);
-  if (extensions.empty()) return 0;
   return enumerateGroups(folder, mask, extensions,
                          [&](const std::string& base) { result.push_back(base); });
 }
@@ -114,7 +114,6 @@ std::uint64_t EnumFiles(CStringArray& result, const char* folder, const char* ma
   va_start(more, extension);
   const std::vector<std::string> extensions = extensionsOf(extension, more);
   va_end(more);
-  if (extensions.empty()) return 0;
   return enumerateGroups(folder, mask, extensions, [&](const std::string& base) {
     result.SetAtGrow(result.GetSize(), CString(base.c_str()));
   });
