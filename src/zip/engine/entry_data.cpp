@@ -129,8 +129,9 @@ bool EntryData::readDecoded(unsigned char* out, std::size_t size) {
 
 bool EntryData::decodeWhole(unsigned char* out) {
   const std::size_t size = static_cast<std::size_t>(storedLeft_);
-  const unsigned char* stored = ahead_.data() + aheadUsed_;
-  if (cipher_ || aes_ || ahead_.size() - aheadUsed_ < size) {
+  // Without encryption nothing has been read before.
+  const unsigned char* stored = ahead_.data();
+  if (cipher_ || aes_ || ahead_.size() < size) {
     unsigned char* const loaded = buffers_.stored.reserve(size);
     if (!readStored(loaded, size)) return false;
     stored = loaded;
