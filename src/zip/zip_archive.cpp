@@ -132,9 +132,10 @@ int ZipArchive::content(std::vector<std::pair<std::string, std::string>>& entrie
     zip::EntryInfo info;
     std::string comment;
     return reader.forEachEntry([&] {
-      if (!reader.describe(info) || info.isDirectory) return true;
-      if (!reader.readComment(info.commentLength, comment)) return true;
-      entries.emplace_back(info.name, comment.c_str());
+      if (reader.describe(info) && !info.isDirectory &&
+          reader.readComment(info.commentLength, comment)) {
+        entries.emplace_back(info.name, comment.c_str());
+      }
       return true;
     });
   });
