@@ -110,8 +110,8 @@ TEST_F(ZipOnLinux, AbandonedTemporaryFilesAreDeleted) {
             "new.zip ~za.TMP ~za1.2.TMP ~za1A.txt ~za1A2B3.TMP ~zaB1.TMP ~zaC1.TMP ~zaNote.TMP ");
 }
 
-// The archive is in the folder that is packed. A file that fails ends the call; the files before it
-// are in the archive that is left.
+// The archive is in the folder that is packed. A file that fails, or a full disk, ends the call;
+// the files before are in the archive that is left.
 TEST_F(ZipOnLinux, PackingEndsAtTheFirstFailure) {
   path_ = folder_.file("in/a.zip");
   support::writeFile(folder_.file("in/large"), support::noise(3 << 20));
@@ -123,14 +123,26 @@ TEST_F(ZipOnLinux, PackingEndsAtTheFirstFailure) {
   std::filesystem::permissions(path_, std::filesystem::perms(0640));
   ASSERT_TRUE(FRT_ZIP_FOLDER(in_.c_str(), path_.c_str()));
   EXPECT_EQ(list(), "large\nsmall\na.zip\nlarge\nsmall\n640\n");
-  support::ForkedProcess limited([&](const auto&) {
-    std::signal(SIGXFSZ, SIG_IGN);
-    const rlimit limit{2 << 20, 2 << 20};
-    setrlimit(RLIMIT_FSIZE, &limit);
-    return FRT_ZIP_FOLDER(in_.c_str(), path_.c_str()) ? 1 : 0;
-  });
-  EXPECT_EQ(limited.wait(), 0);
+  const auto packWithin = [&](rlim_t size) {
+    support::ForkedProcess limited([&](const auto&) {
+      std::signal(SIGXFSZ, SIG_IGN);
+      const rlimit limit{size, size};
+      setrlimit(RLIMIT_FSIZE, &limit);
+      return FRT_ZIP_FOLDER(in_.c_str(), path_.c_str()) ? 1 : 0;
+    });
+    return limited.wait();
+  };
+  EXPECT_EQ(packWithin(2 << 20), 0);
   EXPECT_EQ(list().find("large"), list().rfind("large"));
+
+  // All files fit, but not the directory with all of them.
+  std::filesystem::remove(folder_.file("in/large"));
+  for (int i = 0; i < 2000; ++i) {
+    support::writeFile(folder_.file("in/" + std::string(200, 'n') + std::to_string(i)), "");
+  }
+  EXPECT_EQ(packWithin(800'000), 0);
+  EXPECT_GT(names().size(), 1000U);
+  EXPECT_LT(names().size(), 2000U);
 }
 
 // A process that is killed while it replaces an archive can leave the new version beside it.
