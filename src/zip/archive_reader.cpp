@@ -1,7 +1,5 @@
 #include "zip/archive_reader.h"
 
-#include <utility>
-
 #include "platform/win32.h"
 #include "zip/engine.h"
 #include "zip/entry_names.h"
@@ -31,10 +29,13 @@ bool ArchiveReader::first() { return ZipFirstEntry(reader_.get()) == 0; }
 bool ArchiveReader::next() { return ZipNextEntry(reader_.get()) == 0; }
 
 bool ArchiveReader::names(std::vector<std::string>& names) {
-  EntryInfo info;
+  // Without the other values of a record, which describe() reads too.
+  char name[kLongestName + 1] = {};
   const auto appendName = [&] {
-    if (!describe(info)) return false;
-    names.push_back(std::move(info.name));
+    if (ZipReadEntryInfo(reader_.get(), nullptr, name, kLongestName, nullptr, 0, nullptr, 0) != 0) {
+      return false;
+    }
+    names.emplace_back(name);
     return true;
   };
   return entryCount() != 0 && forEachEntry(appendName);
