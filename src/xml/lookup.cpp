@@ -16,14 +16,14 @@ std::string_view attributeValue(std::string_view text, std::string_view tag,
   if (start->nameEnd < start->contentStart) {
     header = text.substr(start->nameEnd, start->contentStart - 1 - start->nameEnd);
   }
-  const std::size_t name = header.find(attribute);
-  if (name == kNone) return {};
-  const std::size_t equals = header.find('=', name);
+  // Without the attribute, the second search begins at npos and finds nothing.
+  const std::size_t equals = header.find('=', header.find(attribute));
+  if (equals == kNone) return {};
   // The next byte is taken for the opening quote, whatever it is.
-  if (equals == kNone || header.size() - equals <= 2) return {};
-  const std::string_view value = header.substr(equals + 2);
-  const std::size_t quote = value.find('"');
-  return quote == kNone ? std::string_view() : value.substr(0, quote);
+  const std::size_t value = equals + 2;
+  const std::size_t quote = header.find('"', value);
+  if (quote == kNone) return {};
+  return header.substr(value, quote - value);
 }
 
 }  // namespace
