@@ -17,7 +17,7 @@ std::string closingText(std::string_view name) { return str(boost::format("</%s>
 
 std::optional<StartTag> findStartTag(std::string_view text, std::string_view name) {
   const std::size_t position = findText(text, openingText(name));
-  if (position == kNone) return std::nullopt;
+  // Without a start tag, this search begins at npos and finds nothing.
   const std::size_t end = text.find('>', position);
   if (end == kNone) return std::nullopt;
   return StartTag{
