@@ -113,12 +113,12 @@ std::size_t escapedSize(std::string_view text) {
   // The growth of this many bytes fits into a byte.
   constexpr std::size_t kStep = 32;
   std::size_t size = text.size();
-  for (std::size_t start = 0; start < text.size(); start += kStep) {
+  while (!text.empty()) {
+    const std::string_view step = text.substr(0, kStep);
     unsigned char growth = 0;
-    for (const char c : text.substr(start, kStep)) {
-      growth = static_cast<unsigned char>(growth + growthOf(c));
-    }
+    for (const char c : step) growth = static_cast<unsigned char>(growth + growthOf(c));
     size += growth;
+    text.remove_prefix(step.size());
   }
   return size;
 }
