@@ -1,5 +1,6 @@
 #include "path/lower_case.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <locale>
@@ -24,28 +25,33 @@ constexpr std::array<unsigned char, 256> makeAccentTable() {
 
 constexpr std::array<unsigned char, 256> kAccents = makeAccentTable();
 
+// Converts bytes to lower case, by the locale that was the global one at its construction.
+class Lower {
+ public:
+  char operator()(char c) const {
+    const unsigned char folded = kAccents[static_cast<unsigned char>(c)];
+    return folded != 0 ? static_cast<char>(folded) : letters_.tolower(c);
+  }
+
+ private:
+  std::locale locale_;
+  const std::ctype<char>& letters_ = std::use_facet<std::ctype<char>>(locale_);
+};
+
 }  // namespace
 
 std::string& lowerCase(std::string& text) {
-  const std::locale locale;
-  const auto& letters = std::use_facet<std::ctype<char>>(locale);
-  for (char& c : text) {
-    const unsigned char folded = kAccents[static_cast<unsigned char>(c)];
-    c = folded != 0 ? static_cast<char>(folded) : letters.tolower(c);
-  }
+  const Lower lower;
+  for (char& c : text) c = lower(c);
   return text;
 }
 
 bool equalIgnoringCase(std::string_view first, std::string_view second) {
+  // Most equal texts are equal byte by byte, which needs no locale.
   if (first == second) return true;
-  if (first.size() != second.size()) return false;
-  return lowerCaseCopy(std::string(first)) == lowerCaseCopy(std::string(second));
-}
-
-std::string lowerCaseCopy(const std::string& text) {
-  std::string copy = text;
-  lowerCase(copy);
-  return copy;
+  const Lower lower;
+  return std::equal(first.begin(), first.end(), second.begin(), second.end(),
+                    [&](char a, char b) { return lower(a) == lower(b); });
 }
 
 }  // namespace FileSystem::Detail

@@ -10,9 +10,6 @@ namespace FileSystem::Detail {
 // code page, and all other bytes by the current global locale.
 std::string& lowerCase(std::string& text);
 
-// Returns a lower-cased copy.
-std::string lowerCaseCopy(const std::string& text);
-
 // Reports whether two texts are equal in lower case.
 bool equalIgnoringCase(std::string_view first, std::string_view second);
 
