@@ -11,19 +11,22 @@ namespace FileSystem::Detail {
 // Size of a path buffer in bytes, including the terminator.
 inline constexpr std::size_t kPathBuffer = 260;
 
-// Holds at most Size - 1 bytes and a terminator.
+// Holds a text and a terminator.
 template <std::size_t Size>
 class FixedText {
  public:
+  // The most bytes of the text.
+  static constexpr std::size_t kLongest = Size - 1;
+
   FixedText() = default;
   // Null counts as empty. Reads no more bytes than are kept.
   explicit FixedText(const char* text) {
-    if (text != nullptr) append({text, strnlen(text, Size - 1)});
+    if (text != nullptr) append({text, strnlen(text, kLongest)});
   }
   explicit FixedText(std::string_view text) { append(text); }
 
   void append(std::string_view text) {
-    const std::size_t count = std::min(text.size(), Size - 1 - size_);
+    const std::size_t count = std::min(text.size(), kLongest - size_);
     text.copy(text_ + size_, count);
     truncate(size_ + count);
   }
