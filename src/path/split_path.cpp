@@ -16,7 +16,7 @@ struct NameStart {
 };
 
 // Lead bytes of double-byte characters have the highest bit set.
-constexpr bool mayLead(char c) { return (static_cast<unsigned char>(c) & 0x80) != 0; }
+constexpr bool mayLead(char c) { return static_cast<signed char>(c) < 0; }
 
 // The bytes that can be skipped: neither separators or dots, nor halves of a character.
 constexpr std::array<bool, 256> makePlain() {
