@@ -52,13 +52,14 @@ std::optional<NameStart> findNameFromEnd(std::string_view text) {
 NameStart findName(std::string_view text) {
   if (const auto found = findNameFromEnd(text)) return *found;
   NameStart found;
-  for (std::size_t i = 0; i < text.size(); i += characterLength(text, i)) {
+  findCharacter(text, 0, [&](std::size_t i) {
     if (isSeparator(text[i])) {
       found = {.name = i + 1, .dot = std::string_view::npos};
     } else if (text[i] == '.') {
       found.dot = i;
     }
-  }
+    return false;
+  });
   return found;
 }
 
