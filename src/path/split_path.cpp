@@ -78,10 +78,7 @@ PathParts splitPath(std::string_view path) {
 
 FixedText<kComposedBuffer> composePath(const PathParts& parts) {
   FixedText<kComposedBuffer> path;
-  if (!parts.drive.empty()) {
-    path.append(parts.drive.substr(0, 1));
-    path.append(":");
-  }
+  path.append(parts.drive);
   path.append(parts.directory);
   if (!parts.directory.empty() && !isSeparator(parts.directory.back())) path.append("\\");
   path.append(parts.name);
