@@ -27,14 +27,6 @@ void writePending(HANDLE file, std::string& pending) {
   pending.clear();
 }
 
-// Writes the pending bytes and reserves a full buffer, so that a small write costs no more than a
-// copy.
-void drain(HANDLE file, std::string& pending, unsigned int limit) {
-  if (pending.empty()) return;
-  writePending(file, pending);
-  pending.reserve(limit);
-}
-
 bool seekTo(HANDLE file, DWORD method) {
   LARGE_INTEGER distance{};
   distance.QuadPart = 0;
@@ -92,7 +84,6 @@ bool FileStream::open(const char* path, int flags) {
 
 bool FileStream::close() {
   if (!is_open()) return false;
-  // Without a reservation, which could fail and leave the file open.
   writePending(m_handle, m_buffer);
   CloseHandle(std::exchange(m_handle, INVALID_HANDLE_VALUE));
   return true;
@@ -101,18 +92,14 @@ bool FileStream::close() {
 bool FileStream::is_open() const { return m_handle != INVALID_HANDLE_VALUE; }
 
 bool FileStream::write(const std::string& data) {
-  const std::uint64_t limit = m_bufferSize;
-  const std::uint64_t size = data.size();
-  if (limit > m_buffer.size() + size) {
-    m_buffer += data;
-    return true;
+  if (m_buffer.size() + data.size() >= m_bufferSize) {
+    writePending(m_handle, m_buffer);
+    if (data.size() >= m_bufferSize) return doWrite(data);
+    // A full buffer, so that a small write costs no more than a copy.
+    m_buffer.reserve(m_bufferSize);
   }
-  drain(m_handle, m_buffer, m_bufferSize);
-  if (limit > size) {
-    m_buffer = data;
-    return true;
-  }
-  return doWrite(data);
+  m_buffer += data;
+  return true;
 }
 
 bool FileStream::put(const std::string& data) { return write(data); }
@@ -120,7 +107,7 @@ bool FileStream::put(const std::string& data) { return write(data); }
 bool FileStream::put(char c) { return write(std::string(1, c)); }
 
 void FileStream::flush() {
-  drain(m_handle, m_buffer, m_bufferSize);
+  writePending(m_handle, m_buffer);
   FlushFileBuffers(m_handle);
 }
 
@@ -134,12 +121,12 @@ void FileStream::bufferSize(unsigned int n) {
 unsigned int FileStream::bufferSize() const { return m_bufferSize; }
 
 bool FileStream::seekBOF() {
-  drain(m_handle, m_buffer, m_bufferSize);
+  writePending(m_handle, m_buffer);
   return seekTo(m_handle, FILE_BEGIN);
 }
 
 bool FileStream::seekEOF() {
-  drain(m_handle, m_buffer, m_bufferSize);
+  writePending(m_handle, m_buffer);
   return seekTo(m_handle, FILE_END);
 }
 
@@ -176,7 +163,7 @@ bool FileStream::read(std::vector<char>& data) {
 bool FileStream::append(FileStream& source) {
   source.flush();
   if (!source.seekBOF()) return false;
-  drain(m_handle, m_buffer, m_bufferSize);
+  writePending(m_handle, m_buffer);
 
   Block block(m_bufferSize);
   while (const DWORD count = block.readFrom(source.m_handle)) {
