@@ -113,9 +113,7 @@ void FileStream::flush() {
 
 void FileStream::bufferSize(unsigned int n) {
   m_bufferSize = n;
-  if (n >= m_buffer.size()) return;
-  doWrite(m_buffer);
-  m_buffer.clear();
+  if (n < m_buffer.size()) writePending(m_handle, m_buffer);
 }
 
 unsigned int FileStream::bufferSize() const { return m_bufferSize; }
