@@ -63,9 +63,7 @@ FileStream::FileStream(const FileStream& other) = default;
 
 FileStream& FileStream::operator=(const FileStream& other) = default;
 
-FileStream::~FileStream() {
-  if (is_open()) close();
-}
+FileStream::~FileStream() { close(); }
 
 bool FileStream::open(const char* path, int flags) {
   DWORD access = 0;
