@@ -28,9 +28,7 @@ void writePending(HANDLE file, std::string& pending) {
 }
 
 bool seekTo(HANDLE file, DWORD method) {
-  LARGE_INTEGER distance{};
-  distance.QuadPart = 0;
-  return SetFilePointerEx(file, distance, nullptr, method) != FALSE;
+  return SetFilePointerEx(file, LARGE_INTEGER{}, nullptr, method) != FALSE;
 }
 
 // A buffer for one block of a copying loop, not zero-filled. An unbuffered stream has no block size
