@@ -64,9 +64,8 @@ FileStream& FileStream::operator=(const FileStream& other) = default;
 FileStream::~FileStream() { close(); }
 
 bool FileStream::open(const char* path, int flags) {
-  DWORD access = 0;
+  DWORD access = (flags & OpenRead) != 0 ? GENERIC_READ : 0;
   DWORD disposition = OPEN_EXISTING;
-  if ((flags & OpenRead) != 0) access |= GENERIC_READ;
   if ((flags & OpenWrite) != 0) {
     access |= GENERIC_WRITE;
     disposition = (flags & OpenTruncate) != 0 ? CREATE_ALWAYS : OPEN_ALWAYS;
