@@ -10,13 +10,22 @@ namespace {
 
 constexpr unsigned int kDefaultLimit = 0x200000;
 
-// Writes and commits. A short write counts as success.
-bool writeAndCommit(HANDLE file, const std::string& data) {
+// Returns the number of bytes read; 0 at the end of the file and on failure.
+DWORD readBytes(HANDLE file, char* bytes, std::size_t size) {
+  DWORD count = 0;
+  return ReadFile(file, bytes, static_cast<DWORD>(size), &count, nullptr) ? count : 0;
+}
+
+// A short write counts as success.
+bool writeBytes(HANDLE file, const char* bytes, std::size_t size) {
   DWORD written = 0;
-  const BOOL done =
-      WriteFile(file, data.data(), static_cast<DWORD>(data.size()), &written, nullptr);
+  return WriteFile(file, bytes, static_cast<DWORD>(size), &written, nullptr) != FALSE;
+}
+
+bool writeAndCommit(HANDLE file, const std::string& data) {
+  const bool done = writeBytes(file, data.data(), data.size());
   FlushFileBuffers(file);
-  return done != FALSE;
+  return done;
 }
 
 // Writes the pending bytes. Bytes that fail to reach the file are dropped:
@@ -40,10 +49,7 @@ class Block {
         bytes_(std::make_unique_for_overwrite<char[]>(size_)) {}
 
   // Returns the number of bytes read; 0 at the end of the file and on failure.
-  DWORD readFrom(HANDLE file) {
-    DWORD count = 0;
-    return ReadFile(file, bytes_.get(), size_, &count, nullptr) ? count : 0;
-  }
+  DWORD readFrom(HANDLE file) { return readBytes(file, bytes_.get(), size_); }
   const char* data() const { return bytes_.get(); }
 
  private:
@@ -138,11 +144,8 @@ void FileStream::truncate() {
 
 bool FileStream::read(std::vector<char>& data) {
   if (!data.empty()) {
-    DWORD count = 0;
-    if (!ReadFile(m_handle, data.data(), static_cast<DWORD>(data.size()), &count, nullptr) ||
-        count == 0) {
-      return false;
-    }
+    const DWORD count = readBytes(m_handle, data.data(), data.size());
+    if (count == 0) return false;
     data.resize(count);
     return true;
   }
@@ -160,8 +163,7 @@ bool FileStream::append(FileStream& source) {
 
   Block block(m_bufferSize);
   while (const DWORD count = block.readFrom(source.m_handle)) {
-    DWORD written = 0;
-    WriteFile(m_handle, block.data(), count, &written, nullptr);
+    writeBytes(m_handle, block.data(), count);
   }
   return true;
 }
