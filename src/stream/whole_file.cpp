@@ -38,16 +38,17 @@ std::string readContent(const std::string& path) {
   std::string content;
   platform::reserveForFilling(content, expected);
   std::size_t size = 0;
-  DWORD count = 0;
-  do {
+  for (;;) {
     const std::size_t block =
         size < expected ? std::min(expected - size, kLargestBlock) : kLargestBlock;
     content.resize(size + block);
-    if (!ReadFile(file.get(), content.data() + size, static_cast<DWORD>(block), &count, nullptr)) {
+    DWORD count = 0;
+    if (!ReadFile(file.get(), content.data() + size, static_cast<DWORD>(block), &count, nullptr) ||
+        count == 0) {
       break;
     }
     size += count;
-  } while (count != 0);
+  }
   content.resize(size);
   return content;
 }
