@@ -15,7 +15,7 @@ constexpr std::size_t kLargestBlock = 0x40000;
 
 // The most bytes that are reserved because a file reports its size. Some files report more than
 // they hold, or more than there is memory for.
-constexpr LONGLONG kLargestReservation = LONGLONG{4} << 30;
+constexpr LONGLONG kLargestReservation = 4LL << 30;
 
 // Returns the size that the file reports, up to the largest reservation; 0 if it reports none.
 std::size_t reportedSize(HANDLE file) {
