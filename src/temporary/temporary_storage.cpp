@@ -5,6 +5,7 @@
 
 #include <boost/format.hpp>
 #include <locale>
+#include <utility>
 
 #include "files/make_folders.h"
 #include "files/tree_deletion.h"
@@ -48,9 +49,7 @@ bool TemporaryStorage::create(const std::string& base, bool removeBase) {
 }
 
 void TemporaryStorage::clear() {
-  const bool exists = m_created && !m_path.empty() && FolderExists(m_path.c_str()) != 0;
-  m_created = false;
-  if (!exists) return;
+  if (!std::exchange(m_created, false) || FolderExists(m_path.c_str()) == 0) return;
   Detail::deleteFromTree(m_path, platform::OpenDirectory::LastLink::Refused,
                          [](const Detail::TreeEntry&) { return true; });
   RemoveDirectoryA(m_path.c_str());
