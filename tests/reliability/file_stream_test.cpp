@@ -1,6 +1,7 @@
 // The system calls of a stream: that it writes when it should, and commits each write.
 
 #include <filesystem/file_stream.h>
+#include <filesystem/stream.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <unistd.h>
@@ -57,6 +58,7 @@ TEST_F(StreamOnLinux, WritesAndCommits) {
       {"block", [&](FileStream& s) { s.read(block); }, ""},
       {"everything", [&](FileStream& s) { s.read(everything); }, ""},
       {"another stream", [&](FileStream& s) { s.append(source); }, "w2 c c w3 c w10 w10 w5"},
+      {"unbuffered copy", [&](FileStream& s) { s.bufferSize(0), s.append(source); }, "w3 c c w25"},
       {"an empty stream", [&](FileStream& s) { s.append(empty); }, "c w3 c"},
       {"a closed stream", [&](FileStream& s) { s.append(closed); }, ""},
   };
@@ -86,6 +88,11 @@ TEST_F(StreamOnLinux, FailedWritesAreDropped) {
     stream.close();
     EXPECT_EQ(support::readFile(path_), c.content);
   }
+}
+
+// Such a file reports no size.
+TEST_F(StreamOnLinux, ReadsMoreThanReported) {
+  EXPECT_GT(FileSystem::readContent("/proc/self/status").size(), 100U);
 }
 
 // Closing needs no memory for bytes that will never come.
