@@ -188,7 +188,7 @@ def statement_mutations(text: str, tokens: List[Token], first: int) -> Iterator[
         yield Mutation(start, end, '')
     elif word == 'return':
         value = text[tokens[first + 1].start:end]
-        if not re.fullmatch(r"\w+|\{\}", value) or re.fullmatch(r'[a-z]\w*', value) and \
+        if not re.fullmatch(r"\w+|\{\}|std::nullopt", value) or re.fullmatch(r'[a-z]\w*', value) and \
                 value not in ('true', 'false', 'nullptr'):
             yield Mutation(start, end, 'return {}')
     elif word not in KEYWORDS and is_expression(tokens, first, last):
