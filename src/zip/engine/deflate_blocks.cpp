@@ -21,18 +21,16 @@ class BitReader {
  public:
   BitReader(const unsigned char* bytes, std::size_t size) : bytes_(bytes), size_(size) {}
 
-  // Makes at least 56 bits ready. Returns false if the stream ended long before them.
+  // Makes at least 56 bits ready. Returns false if the position is past the end.
   bool refill() {
     if (next_ + sizeof(bits_) <= size_) {
-      bits_ |= load64(bytes_ + next_) << ready_;
-      next_ += (63 - ready_) >> 3;
-      ready_ |= 56;
+      add(load64(bytes_ + next_));
       return true;
     }
-    for (; ready_ < 56; ready_ += 8, ++next_) {
-      if (next_ < size_) bits_ |= std::uint64_t{bytes_[next_]} << ready_;
-    }
-    return next_ <= size_ + 2 * sizeof(bits_);
+    std::array<unsigned char, sizeof(bits_)> last{};
+    std::copy(bytes_ + std::min(next_, size_), bytes_ + size_, last.begin());
+    add(load64(last.data()));
+    return !isPastEnd();
   }
   std::uint64_t peek() const { return bits_; }
   void skip(unsigned count) {
@@ -53,8 +51,16 @@ class BitReader {
   }
   // In bits from the start.
   std::size_t position() const { return next_ * 8 - ready_; }
+  bool isPastEnd() const { return position() > size_ * 8; }
 
  private:
+  // Adds as many of the next eight bytes as there is room for.
+  void add(std::uint64_t bytes) {
+    bits_ |= bytes << ready_;
+    next_ += (63 - ready_) >> 3;
+    ready_ |= 56;
+  }
+
   const unsigned char* bytes_;
   std::size_t size_;
   std::size_t next_ = 0;
@@ -139,7 +145,7 @@ class BlockWalk {
     do {
       lastBlock_ = reader_.position();
       isLast_ = reader_.take(1) != 0;
-      if (!stepOver(reader_.take(2)) || reader_.position() > size_ * 8) return false;
+      if (!stepOver(reader_.take(2)) || reader_.isPastEnd()) return false;
     } while (!isLast_);
     return true;
   }
