@@ -137,8 +137,7 @@ Step symbolStep(std::size_t symbol) { return {static_cast<unsigned char>(symbol)
 // Steps over the blocks of a stream.
 class BlockWalk {
  public:
-  BlockWalk(const unsigned char* stream, std::size_t size)
-      : stream_(stream), size_(size), reader_(stream, size) {}
+  BlockWalk(const unsigned char* stream, std::size_t size) : reader_(stream, size) {}
 
   // Returns false if the stream is invalid, or ends before its last block does.
   bool run() {
@@ -157,7 +156,8 @@ class BlockWalk {
   bool stepOver(unsigned type) {
     switch (type) {
       case kStored:
-        return stepOverStored();
+        stepOverStored();
+        return true;
       case kFixed:
         return readFixedCodes() && stepOverCodes();
       case kDynamic:
@@ -167,11 +167,11 @@ class BlockWalk {
     }
   }
 
-  bool stepOverStored() {
+  // The size of the block and its complement precede the bytes.
+  void stepOverStored() {
     const std::size_t sizes = (reader_.position() + 7) / 8;
-    if (sizes + 4 > size_) return false;
-    reader_.moveTo(sizes + 4 + load16(stream_ + sizes));
-    return true;
+    reader_.moveTo(sizes);
+    reader_.moveTo(sizes + 4 + reader_.take(16));
   }
 
   bool readFixedCodes() {
@@ -239,8 +239,6 @@ class BlockWalk {
     return false;
   }
 
-  const unsigned char* stream_;
-  std::size_t size_;
   BitReader reader_;
   std::size_t lastBlock_ = 0;
   bool isLast_ = false;
