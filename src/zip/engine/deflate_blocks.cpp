@@ -85,12 +85,12 @@ class StepTable {
   bool build(const unsigned char* lengths, std::size_t count, StepOf stepOf) {
     std::array<unsigned, kLongestCode + 1> counts{};
     for (std::size_t i = 0; i < count; ++i) ++counts[lengths[i]];
-    counts[0] = 0;
     const unsigned longest = *std::max_element(lengths, lengths + count);
-    std::array<unsigned, kLongestCode + 2> next{};
-    for (unsigned length = 1; length <= longest; ++length) {
-      next[length + 1] = (next[length] + counts[length]) << 1;
-      if (next[length] + counts[length] > 1U << length) return false;
+    std::array<unsigned, kLongestCode + 1> next{};
+    for (unsigned length = 1, code = 0; length <= longest; ++length, code <<= 1) {
+      next[length] = code;
+      code += counts[length];
+      if (code > 1U << length) return false;
     }
     mask_ = (1U << longest) - 1;
     std::fill_n(steps_.begin(), mask_ + 1, Step{});
