@@ -186,18 +186,18 @@ class BlockWalk {
   }
 
   bool readCodes() {
-    constexpr std::array<unsigned char, 19> kOrder = {16, 17, 18, 0, 8,  7, 9,  6, 10, 5,
-                                                      11, 4,  12, 3, 13, 2, 14, 1, 15};
+    constexpr unsigned char kOrder[] = {16, 17, 18, 0, 8,  7, 9,  6, 10, 5,
+                                        11, 4,  12, 3, 13, 2, 14, 1, 15};
     const std::size_t lengthCount = reader_.take(5) + 257;
     const std::size_t distanceCount = reader_.take(5) + 1;
     const std::size_t orderCount = reader_.take(4) + 4;
-    std::array<unsigned char, kOrder.size()> codeLengths{};
+    std::array<unsigned char, std::size(kOrder)> codeLengths{};
     for (std::size_t i = 0; i < orderCount; ++i) {
       codeLengths[kOrder[i]] = static_cast<unsigned char>(reader_.take(3));
     }
+    // Has room for all values of the counts.
     std::array<unsigned char, kLengthSymbols + kDistanceSymbols> lengths{};
-    return lengthCount <= kLengthSymbols &&
-           lengths_.build(codeLengths.data(), codeLengths.size(), symbolStep) &&
+    return lengths_.build(codeLengths.data(), codeLengths.size(), symbolStep) &&
            readLengths(lengths.data(), lengthCount + distanceCount) &&
            lengths_.build(lengths.data(), lengthCount, lengthStep) &&
            distances_.build(lengths.data() + lengthCount, distanceCount, distanceStep);
