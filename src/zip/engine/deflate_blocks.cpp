@@ -141,11 +141,11 @@ class BlockWalk {
 
   // Returns false if the stream is invalid, or ends before its last block does.
   bool run() {
-    do {
+    for (bool isLast = false; !isLast;) {
       lastBlock_ = reader_.position();
-      isLast_ = reader_.take(1) != 0;
+      isLast = reader_.take(1) != 0;
       if (!stepOver(reader_.take(2)) || reader_.isPastEnd()) return false;
-    } while (!isLast_);
+    }
     return true;
   }
   // Positions in bits of the start of the last block and of its end.
@@ -241,7 +241,6 @@ class BlockWalk {
 
   BitReader reader_;
   std::size_t lastBlock_ = 0;
-  bool isLast_ = false;
   StepTable lengths_;
   StepTable distances_;
 };
