@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <array>
-#include <memory>
+#include <vector>
 
 namespace zip_engine {
 namespace {
@@ -92,15 +92,17 @@ class StepTable {
       code += counts[length];
       if (code > 1U << length) return false;
     }
-    mask_ = (1U << longest) - 1;
-    std::fill_n(steps_.begin(), mask_ + 1, Step{});
+    steps_.assign(std::size_t{1} << longest, Step{});
+    mask_ = steps_.size() - 1;
     for (std::size_t i = 0; i < count; ++i) {
       const unsigned length = lengths[i];
       if (length == 0) continue;
       Step step = stepOf(i);
       step.bits = static_cast<unsigned char>(step.bits + length);
       const unsigned code = reversed(next[length]++, length);
-      for (unsigned at = code; at <= mask_; at += 1U << length) steps_[at] = step;
+      for (std::size_t at = code; at < steps_.size(); at += std::size_t{1} << length) {
+        steps_[at] = step;
+      }
     }
     return true;
   }
@@ -113,8 +115,8 @@ class StepTable {
     return result;
   }
 
-  unsigned mask_ = 0;
-  std::array<Step, std::size_t{1} << kLongestCode> steps_;
+  std::size_t mask_ = 0;
+  std::vector<Step> steps_;
 };
 
 Step lengthStep(std::size_t symbol) {
@@ -248,13 +250,13 @@ class BlockWalk {
 }  // namespace
 
 bool continueStream(Bytes& out, std::size_t start) {
-  const auto walk = std::make_unique<BlockWalk>(out.data() + start, out.size() - start);
-  if (!walk->run()) return false;
-  const std::size_t mark = walk->lastBlock();
+  BlockWalk walk(out.data() + start, out.size() - start);
+  if (!walk.run()) return false;
+  const std::size_t mark = walk.lastBlock();
   out[start + mark / 8] &= static_cast<unsigned char>(~(1U << mark % 8));
   // The header of the stored block is three zero bits, which may be in the next byte, and zeros up
   // to the end of a byte.
-  const std::size_t end = walk->end();
+  const std::size_t end = walk.end();
   out.resize(start + (end + 3 + 7) / 8);
   out[start + end / 8] &= static_cast<unsigned char>((1U << end % 8) - 1);
   append16(out, 0);
