@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <limits>
 #include <vector>
 
 namespace zip_engine {
@@ -265,7 +266,7 @@ bool continueStream(Bytes& out, std::size_t start) {
 }
 
 void appendStoredBlocks(Bytes& out, const unsigned char* plain, std::size_t size) {
-  constexpr std::size_t kLargest = 0xFFFF;
+  constexpr std::size_t kLargest = std::numeric_limits<std::uint16_t>::max();
   while (size > 0) {
     const std::uint16_t count = static_cast<std::uint16_t>(std::min(size, kLargest));
     out.push_back(0);
