@@ -151,7 +151,8 @@ bool EntryData::inflate(unsigned char* out, std::size_t size) {
     if (stream.avail_in == 0) {
       Bytes& input = inflater_->input;
       input.resize(static_cast<std::size_t>(std::min<std::uint64_t>(storedLeft_, kInputBlock)));
-      if (input.empty() || !readStored(input.data(), input.size())) return false;
+      // Without more bytes it may still have plain ones to give.
+      if (!readStored(input.data(), input.size())) return false;
       stream.next_in = input.data();
       stream.avail_in = static_cast<uInt>(input.size());
     }
