@@ -135,8 +135,6 @@ bool EntryData::decodeWhole(unsigned char* out) {
     unsigned char* const loaded = buffers_.stored.reserve(size);
     if (!readStored(loaded, size)) return false;
     stored = loaded;
-  } else {
-    storedLeft_ = 0;
   }
   return buffers_.inflater.inflate(stored, size, out,
                                    static_cast<std::size_t>(layout_.uncompressedSize));
