@@ -94,10 +94,10 @@ bool EntryData::isWhole() {
 bool EntryData::readStored(unsigned char* out, std::size_t size) {
   if (size > storedLeft_) return false;
   const std::size_t known = std::min(size, ahead_.size() - aheadUsed_);
-  if (known != 0) std::memcpy(out, ahead_.data() + aheadUsed_, known);
+  std::copy_n(ahead_.data() + aheadUsed_, known, out);
   aheadUsed_ += known;
   const std::uint64_t position = layout_.position + layout_.compressedSize - storedLeft_ + known;
-  if (known < size && !file_.readAt(position, out + known, size - known)) return false;
+  if (!file_.readAt(position, out + known, size - known)) return false;
   storedLeft_ -= size;
   if (cipher_) cipher_->decrypt(out, size);
   if (aes_) aes_->decrypt(out, size);
