@@ -112,9 +112,8 @@ bool EntryData::readDecoded(unsigned char* out, std::size_t size) {
     std::memcpy(out, whole_.data() + (whole_.size() - plainLeft_), size);
     return true;
   }
-  // Only if the stored size is one that deflate can have made of the plain size; false sizes are
-  // found in small steps.
-  const bool isPossible = storedLeft_ <= plainLeft_ + plainLeft_ / 4 + 1024;
+  // Deflate hardly makes data larger. False sizes are found in small steps.
+  const bool isPossible = storedLeft_ <= plainLeft_ + kInputBlock;
   const bool fits = size == plainLeft_ && storedLeft_ <= ZipLargestInflatedAtOnce;
   if (isPossible && fits) return decodeWhole(out);
   if (isPossible && plainLeft_ <= kSmall) {
