@@ -16,14 +16,14 @@ constexpr std::size_t kInputBlock = 256 << 10;
 }  // namespace
 
 struct EntryData::Inflater {
-  Inflater() { good = inflateInit2(&stream, -MAX_WBITS) == Z_OK; }
+  Inflater() = default;
   Inflater(const Inflater&) = delete;
   Inflater& operator=(const Inflater&) = delete;
   ~Inflater() { inflateEnd(&stream); }
 
   z_stream stream{};
+  bool good = inflateInit2(&stream, -MAX_WBITS) == Z_OK;
   Bytes input;
-  bool good = false;
   bool ended = false;
 };
 

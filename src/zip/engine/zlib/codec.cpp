@@ -22,17 +22,15 @@ std::uint32_t crc32(std::uint32_t crc, const void* data, std::size_t size) {
 }
 
 struct BufferDeflater::Compressor {
-  explicit Compressor(int wanted) : level(wanted) {
-    good = deflateInit2(&stream, level, Z_DEFLATED, -MAX_WBITS, kMemoryLevel, Z_DEFAULT_STRATEGY) ==
-           Z_OK;
-  }
+  explicit Compressor(int wanted) : level(wanted) {}
   Compressor(const Compressor&) = delete;
   Compressor& operator=(const Compressor&) = delete;
   ~Compressor() { deflateEnd(&stream); }
 
   int level;
-  bool good;
   z_stream stream{};
+  bool good = deflateInit2(&stream, level, Z_DEFLATED, -MAX_WBITS, kMemoryLevel,
+                           Z_DEFAULT_STRATEGY) == Z_OK;
 };
 
 BufferDeflater::BufferDeflater() = default;
@@ -58,13 +56,13 @@ bool BufferDeflater::appendSmaller(Bytes& out, const unsigned char* plain, std::
 }
 
 struct BufferInflater::Decompressor {
-  Decompressor() { good = inflateInit2(&stream, -MAX_WBITS) == Z_OK; }
+  Decompressor() = default;
   Decompressor(const Decompressor&) = delete;
   Decompressor& operator=(const Decompressor&) = delete;
   ~Decompressor() { inflateEnd(&stream); }
 
   z_stream stream{};
-  bool good = false;
+  bool good = inflateInit2(&stream, -MAX_WBITS) == Z_OK;
 };
 
 BufferInflater::BufferInflater() = default;
