@@ -2,6 +2,8 @@
 
 #include <libdeflate.h>
 
+#include <utility>
+
 #include "zip/engine.h"
 
 namespace zip_engine {
@@ -36,12 +38,10 @@ bool BufferDeflater::appendSmaller(Bytes& out, const unsigned char* plain, std::
   if (size == 0) return false;
   if (compressor_ == nullptr || level != compressor_->level) {
     constexpr int kDefault = 6;
-    libdeflate_compressor* const codec =
-        libdeflate_alloc_compressor(level == ZipLevelDefault ? kDefault : level);
-    if (codec == nullptr) return false;
-    compressor_ = std::make_unique<Compressor>();
-    compressor_->level = level;
-    compressor_->codec.reset(codec);
+    Compressor made{level, {}};
+    made.codec.reset(libdeflate_alloc_compressor(level == ZipLevelDefault ? kDefault : level));
+    if (made.codec == nullptr) return false;
+    compressor_ = std::make_unique<Compressor>(std::move(made));
   }
   const std::size_t start = out.size();
   out.resize(start + size - 1);
@@ -61,10 +61,10 @@ BufferInflater::~BufferInflater() = default;
 bool BufferInflater::inflate(const unsigned char* stored, std::size_t storedSize,
                              unsigned char* plain, std::size_t plainSize) {
   if (decompressor_ == nullptr) {
-    libdeflate_decompressor* const codec = libdeflate_alloc_decompressor();
-    if (codec == nullptr) return false;
-    decompressor_ = std::make_unique<Decompressor>();
-    decompressor_->codec.reset(codec);
+    Decompressor made;
+    made.codec.reset(libdeflate_alloc_decompressor());
+    if (made.codec == nullptr) return false;
+    decompressor_ = std::make_unique<Decompressor>(std::move(made));
   }
   return libdeflate_deflate_decompress(decompressor_->codec.get(), stored, storedSize, plain,
                                        plainSize, nullptr) == LIBDEFLATE_SUCCESS;
