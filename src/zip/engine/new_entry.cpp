@@ -37,13 +37,13 @@ NewEntry::NewEntry(Transaction& archive, SamplingDeflater& deflater, EntryRecord
   setMethod(method_);
 }
 
-// Makes the keys and the header of encrypted data. The header stays empty if there are no random
-// bytes.
+// Makes the keys and the header of encrypted data. The entry fails if there are no random bytes.
 void NewEntry::beginEncryption(const NewEntryOptions& options) {
   record_.flags |= kFlagEncrypted;
   const AesParameters parameters{.keySize = 32, .method = method_};
-  Bytes header(options.usesAes ? parameters.saltSize() : kEncryptionHeaderSize);
-  const bool isRandom = platform::fillRandom(header.data(), header.size());
+  Bytes& header = encryptionHeader_;
+  header.resize(options.usesAes ? parameters.saltSize() : kEncryptionHeaderSize);
+  failed_ = !platform::fillRandom(header.data(), header.size());
   if (options.usesAes) {
     appendAesExtra(record_.localExtra, parameters);
     appendAesExtra(record_.centralExtra, parameters);
@@ -55,7 +55,6 @@ void NewEntry::beginEncryption(const NewEntryOptions& options) {
     cipher_.emplace(options.password);
     cipher_->encrypt(header.data(), header.size());
   }
-  if (isRandom) encryptionHeader_ = std::move(header);
 }
 
 // Sets the method of the content in the records.
@@ -80,19 +79,18 @@ void NewEntry::encrypt(unsigned char* bytes, std::size_t size) {
 }
 
 // Writes the local header, which is patched at the end, and the encryption header.
-bool NewEntry::beginData() {
+void NewEntry::beginData() {
   begun_ = true;
-  appendLocalHeader(archive_.buffer(), record_);
-  if (!cipher_ && !aes_) return true;
+  Bytes& buffer = archive_.buffer();
+  appendLocalHeader(buffer, record_);
+  buffer.insert(buffer.end(), encryptionHeader_.begin(), encryptionHeader_.end());
   stored_ = encryptionHeader_.size();
-  return !encryptionHeader_.empty() &&
-         archive_.append(encryptionHeader_.data(), encryptionHeader_.size());
 }
 
 // Deflates the gathered bytes as an independent part of the entry's stream, so that no more than
 // one part is ever in memory.
 bool NewEntry::deflatePart(bool last) {
-  if (!begun_ && !beginData()) return false;
+  if (!begun_) beginData();
   Bytes& buffer = archive_.bufferForPart(kGatherLimit + kPartOverhead);
   const std::size_t start = buffer.size();
   const int level = level_ == ZipLevelDefault ? kPartLevel : level_;
@@ -123,7 +121,7 @@ bool NewEntry::add(const unsigned char* data, std::size_t size) {
   if (plain_ >= kSaturated32) return false;
   if (!raw_) crc_ = crc32(crc_, data, size);
   if (raw_ || method_ == ZipMethodStored) {
-    if (!begun_ && !beginData()) return false;
+    if (!begun_) beginData();
     Bytes& buffer = archive_.buffer();
     buffer.insert(buffer.end(), data, data + size);
     return stored(size);
@@ -149,11 +147,13 @@ bool NewEntry::finish() {
   if (method_ == ZipMethodDeflate) {
     return begun_ ? deflatePart(true) && complete() : finishGathered();
   }
-  return (begun_ || beginData()) && complete();
+  if (!begun_) beginData();
+  return complete();
 }
 
 bool NewEntry::finishRaw(std::uint32_t uncompressedSize, std::uint32_t crc) {
-  if (failed_ || !raw_ || (!begun_ && !beginData())) return false;
+  if (failed_ || !raw_) return false;
+  if (!begun_) beginData();
   record_.crc = crc;
   record_.uncompressedSize = uncompressedSize;
   return patchHeader();
@@ -162,7 +162,7 @@ bool NewEntry::finishRaw(std::uint32_t uncompressedSize, std::uint32_t crc) {
 // All plain data are in memory: deflates them after the header, or stores them if deflate does not
 // make them smaller.
 bool NewEntry::finishGathered() {
-  if (!beginData()) return false;
+  beginData();
   Bytes& buffer = archive_.buffer();
   const std::size_t dataStart = buffer.size();
   if (!deflater_.appendSmaller(buffer, gathered_.data(), gathered_.size(), level_)) {

@@ -39,7 +39,7 @@ class NewEntry {
   void beginEncryption(const NewEntryOptions& options);
   void setMethod(std::uint16_t method);
   void encrypt(unsigned char* bytes, std::size_t size);
-  bool beginData();
+  void beginData();
   bool add(const unsigned char* bytes, std::size_t size);
   bool stored(std::size_t size);
   bool deflatePart(bool last);
