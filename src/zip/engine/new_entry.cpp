@@ -59,7 +59,6 @@ void NewEntry::beginEncryption(const NewEntryOptions& options) {
 
 // Sets the method of the content in the records.
 void NewEntry::setMethod(std::uint16_t method) {
-  method_ = method;
   if (aes_) {
     record_.method = kMethodAes;
     record_.versionNeeded = kVersionAes;

@@ -54,7 +54,7 @@ class NewEntry {
   int level_;
   bool raw_;
   std::uint32_t expectedCrc_;
-  std::uint16_t method_;  // of the content, inside the encryption
+  std::uint16_t method_;  // asked for; inside the encryption
   std::optional<TraditionalCipher> cipher_;
   std::optional<AesCipher> aes_;
   Bytes encryptionHeader_;  // precedes encrypted data
