@@ -16,7 +16,7 @@ constexpr std::uint16_t kSize = 7;
 void appendAesExtra(Bytes& out, const AesParameters& parameters) {
   append16(out, kId);
   append16(out, kSize);
-  append16(out, parameters.hasCrc ? 1 : 2);
+  append16(out, 2);
   out.push_back('A');
   out.push_back('E');
   out.push_back(static_cast<unsigned char>(parameters.keySize / 8 - 1));

@@ -36,7 +36,7 @@ struct AesParameters {
 // known.
 std::optional<AesParameters> aesParameters(const CentralRecord& record);
 
-// Appends the extra field of an entry that has the parameters, kAesExtraSize bytes.
+// Appends the extra field of an entry that has the parameters but no CRC, kAesExtraSize bytes.
 void appendAesExtra(Bytes& out, const AesParameters& parameters);
 
 // Reports whether the build can read and write AES entries.
