@@ -50,8 +50,9 @@ void TraditionalCipher::update(unsigned char plain) {
 }
 
 unsigned char TraditionalCipher::keyByte() const {
-  const std::uint32_t half = (key2_ & 0xFFFF) | 2;
-  return static_cast<unsigned char>((half * (half ^ 1)) >> 8);
+  // Depends on the lower half of the key only.
+  const std::uint32_t key = key2_ | 2;
+  return static_cast<unsigned char>((key * (key ^ 1)) >> 8);
 }
 
 }  // namespace zip_engine
