@@ -29,21 +29,22 @@ void forEachRecord(const CentralDirectory& directory, Visit visit) {
   });
 }
 
-std::uint64_t startOf(const CentralDirectory& directory, const CentralRecord& record) {
-  // The sum must not overflow.
+// Returns the position that follows a size, which may be false: the sum does not overflow.
+std::uint64_t positionAfter(std::uint64_t position, std::uint64_t size) {
   constexpr std::uint64_t kLargest = std::numeric_limits<std::int64_t>::max();
-  return record.localOffset > kLargest - directory.base ? kLargest
-                                                        : directory.base + record.localOffset;
+  return size > kLargest - position ? kLargest : position + size;
+}
+
+std::uint64_t startOf(const CentralDirectory& directory, const CentralRecord& record) {
+  return positionAfter(directory.base, record.localOffset);
 }
 
 // Returns the least possible end of an entry. Its local extra field and its descriptor are not
 // known here.
 std::uint64_t leastEndOf(const CentralDirectory& directory, const CentralRecord& record) {
   const std::uint64_t start = startOf(directory, record);
-  const std::uint64_t header = kLocalSize + record.nameLength();
-  constexpr std::uint64_t kMost = std::numeric_limits<std::uint64_t>::max();
-  return record.compressedSize > kMost - start - header ? kMost
-                                                        : start + header + record.compressedSize;
+  const std::uint64_t data = positionAfter(start, kLocalSize + record.nameLength());
+  return positionAfter(data, record.compressedSize);
 }
 
 }  // namespace
