@@ -18,26 +18,24 @@ bool ReadAhead::readAt(const ArchiveFile& file, std::uint64_t position, unsigned
   const bool follows = position >= lastStart_ && position <= lastEnd_ + kLargestGap;
   lastStart_ = position;
   lastEnd_ = position + size;
-  const bool ahead = holds(position, size) || (follows && size <= kLargestPiece &&
-                                               fill(file, position) && holds(position, size));
-  if (!ahead) return file.readAt(position, buffer, size);
+  if (!holds(position, size) && follows && size <= kLargestPiece) fill(file, position);
+  if (!holds(position, size)) return file.readAt(position, buffer, size);
   std::memcpy(buffer, window_.data() + (position - windowStart_), size);
   return true;
 }
 
 bool ReadAhead::holds(std::uint64_t position, std::size_t size) const {
-  return position >= windowStart_ && position - windowStart_ <= window_.size() &&
-         size <= window_.size() - (position - windowStart_);
+  // It wraps around if the piece begins before the window.
+  const std::uint64_t offset = position - windowStart_;
+  return offset <= window_.size() && size <= window_.size() - offset;
 }
 
-bool ReadAhead::fill(const ArchiveFile& file, std::uint64_t position) {
+void ReadAhead::fill(const ArchiveFile& file, std::uint64_t position) {
   const std::uint64_t fileSize = file.size().value_or(0);
-  if (position >= fileSize) return false;
-  window_.resize(static_cast<std::size_t>(std::min<std::uint64_t>(kWindow, fileSize - position)));
+  const std::uint64_t rest = fileSize - std::min(position, fileSize);
+  window_.resize(static_cast<std::size_t>(std::min<std::uint64_t>(kWindow, rest)));
   windowStart_ = position;
-  if (file.readAt(position, window_.data(), window_.size())) return true;
-  window_.clear();
-  return false;
+  if (!file.readAt(position, window_.data(), window_.size())) window_.clear();
 }
 
 }  // namespace zip_engine

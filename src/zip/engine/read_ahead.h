@@ -15,7 +15,7 @@ class ReadAhead {
 
  private:
   bool holds(std::uint64_t position, std::size_t size) const;
-  bool fill(const ArchiveFile& file, std::uint64_t position);
+  void fill(const ArchiveFile& file, std::uint64_t position);
 
   std::uint64_t lastStart_ = 0;
   std::uint64_t lastEnd_ = 0;
