@@ -1,9 +1,10 @@
 #pragma once
-// Decoding and validating UTF-8 (RFC 3629).
+// Decoding, encoding and validating UTF-8 (RFC 3629).
 
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <string>
 #include <string_view>
 
 namespace platform {
@@ -36,6 +37,28 @@ inline char32_t takeUtf8(std::string_view& text) {
   }
   text.remove_prefix(length);
   return value;
+}
+
+// Appends what takeUtf8() returned.
+inline void appendUtf8(std::string& out, char32_t value) {
+  const auto add = [&](char32_t byte) { out += static_cast<char>(byte); };
+  if (value < 0x80) {
+    add(value);
+  } else if (value >= kIllFormedBase + 0x80 && value <= kIllFormedBase + 0xFF) {
+    add(value - kIllFormedBase);
+  } else if (value < 0x800) {
+    add(0xC0 | value >> 6);
+    add(0x80 | (value & 0x3F));
+  } else if (value < 0x10000) {
+    add(0xE0 | value >> 12);
+    add(0x80 | (value >> 6 & 0x3F));
+    add(0x80 | (value & 0x3F));
+  } else {
+    add(0xF0 | value >> 18);
+    add(0x80 | (value >> 12 & 0x3F));
+    add(0x80 | (value >> 6 & 0x3F));
+    add(0x80 | (value & 0x3F));
+  }
 }
 
 inline bool isAscii(std::string_view text) {

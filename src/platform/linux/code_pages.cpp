@@ -35,27 +35,6 @@ char32_t takeUtf16(std::u16string_view& text) {
   return value;
 }
 
-void appendUtf8(std::string& out, char32_t value) {
-  const auto add = [&](char32_t byte) { out += static_cast<char>(byte); };
-  if (value < 0x80) {
-    add(value);
-  } else if (value >= kIllFormedBase + 0x80 && value <= kIllFormedBase + 0xFF) {
-    add(value - kIllFormedBase);
-  } else if (value < 0x800) {
-    add(0xC0 | value >> 6);
-    add(0x80 | (value & 0x3F));
-  } else if (value < 0x10000) {
-    add(0xE0 | value >> 12);
-    add(0x80 | (value >> 6 & 0x3F));
-    add(0x80 | (value & 0x3F));
-  } else {
-    add(0xF0 | value >> 18);
-    add(0x80 | (value >> 12 & 0x3F));
-    add(0x80 | (value >> 6 & 0x3F));
-    add(0x80 | (value & 0x3F));
-  }
-}
-
 // Returns the length of a text, and copies it if `size` is not 0. Fails if the text does not fit.
 template <typename Text, typename Char>
 int deliver(const Text& text, Char* buffer, int size) {
@@ -97,6 +76,6 @@ int WideCharToMultiByte(UINT codePage, DWORD, const WCHAR* text, int length, cha
                                             : static_cast<std::size_t>(length));
   std::string narrow;
   narrow.reserve(rest.size());
-  while (!rest.empty()) appendUtf8(narrow, takeUtf16(rest));
+  while (!rest.empty()) platform::appendUtf8(narrow, takeUtf16(rest));
   return deliver(narrow, buffer, size);
 }
