@@ -93,6 +93,7 @@ TEST_F(Aes, DamageIsNoticed) {
     const std::string whole = support::readFile(folder_.file(name));
     const std::size_t record = whole.find("PK\1\2");
     EXPECT_EQ(whole[record + 6], 51) << "version needed";
+    EXPECT_EQ(whole.substr(record + 16, 4), std::string(4, '\0')) << "CRC";
     const std::size_t start = record - 7 - zip_engine::kAesCodeSize - 18;
     for (std::size_t at = start; at < start + 35; ++at) {
       SCOPED_TRACE(name + std::to_string(at));
