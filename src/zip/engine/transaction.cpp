@@ -148,9 +148,7 @@ bool Transaction::commit(const Bytes& kept, const Bytes& added, std::uint64_t en
   buffer_.insert(buffer_.end(), added.begin(), added.end());
   buffer_.insert(buffer_.end(), endRecords.begin(), endRecords.end());
   const std::uint64_t end = position();
-  if (flush(0) && sync() && (backupStart_ == 0 || (file_.truncate(end) && sync()))) return true;
-  rewind(directoryPosition);
-  return false;
+  return flush(0) && sync() && (backupStart_ == 0 || (file_.truncate(end) && sync()));
 }
 
 void Transaction::restore() {

@@ -55,7 +55,8 @@ class Transaction {
   void rewind(std::uint64_t position);
 
   // Ends the archive with a directory of the kept and the added records. Once it returns true the
-  // append survives a power failure, unless the file was created.
+  // append survives a power failure, unless the file was created. On failure, rewind() or restore()
+  // follows.
   bool commit(const Bytes& kept, const Bytes& added, std::uint64_t entryCount,
               const std::string& comment);
   // Restores the file byte for byte.
