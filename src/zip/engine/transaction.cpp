@@ -39,7 +39,6 @@ bool Transaction::openExisting(const char* path) {
   beforeSize_ = *size;
   if (beforeSize_ == 0) return true;
   if (!readCentralDirectory(file_, before_)) return false;
-  safeDirectory_ = before_.position;
   start_ = before_.position;
   if (beforeSize_ - start_ > before_.blob.size() + kLargestGap) start_ = beforeSize_;
   flushed_ = start_;
@@ -64,8 +63,8 @@ bool Transaction::flushIfLarge() { return buffer_.size() < kBufferSize || flush(
 // `expected` is the number of bytes that are expected to be appended after the buffer.
 bool Transaction::flush(std::uint64_t expected) {
   const std::uint64_t end = position();
-  const bool needsBackup = beforeSize_ != 0 || backupStart_ != 0 || expected != 0;
-  if (needsBackup && end > backupStart_ && !backUp(end + expected) &&
+  const bool needsBackup = beforeSize_ != 0 || backup_ || expected != 0;
+  if (needsBackup && end > backup_ && !backUp(end + expected) &&
       !(expected > kBufferSize && backUp(end + kBufferSize))) {
     return false;
   }
@@ -80,47 +79,54 @@ bool Transaction::flush(std::uint64_t expected) {
 bool Transaction::backUp(std::uint64_t end) {
   const std::optional<std::uint64_t> size = file_.size();
   if (!size) return false;
-  const std::uint64_t former = std::max(*size, beforeSize_);
   touched_ = true;
-  if (writeBackup(std::max(end, former)) && sync()) return true;
+  const std::optional<std::uint64_t> copy = writeBackup(std::max(end, *size));
+  if (copy && sync()) {
+    backup_ = copy;
+    return true;
+  }
   // An incomplete one must not hide the end record before it.
-  file_.truncate(former);
+  file_.truncate(*size);
   return false;
 }
 
+// Returns the position of the backup directory.
+//
 // The backup shares no page with the bytes before `end`: the truncation that commits the append
 // zeroes the rest of its last page, and that may reach the disk before the new size.
-bool Transaction::writeBackup(std::uint64_t end) {
+std::optional<std::uint64_t> Transaction::writeBackup(std::uint64_t end) {
   const auto endRecordsFor = [&](std::uint64_t directory) {
     Bytes bytes;
     appendEndRecords(bytes, directory - before_.base, before_.blob.size(), before_.entryCount,
                      before_.comment);
     return bytes;
   };
-  const auto writtenAt = [&](std::uint64_t copy) {
-    safeDirectory_ = copy;
-    backupStart_ = copy;
-    return true;
+  const auto ifWritten = [](bool written, std::uint64_t copy) {
+    return written ? std::optional(copy) : std::nullopt;
   };
   const Bytes whenSmall = endRecordsFor(nextPage(end));
   if (before_.blob.size() + whenSmall.size() <= kPage) {
     Bytes whole = before_.blob;
     whole.insert(whole.end(), whenSmall.begin(), whenSmall.end());
-    return file_.writeAt(nextPage(end), whole.data(), whole.size()) && writtenAt(nextPage(end));
+    return ifWritten(file_.writeAt(nextPage(end), whole.data(), whole.size()), nextPage(end));
   }
   // First an end record that refers to the directory that is there, then the copy, then the end
   // record that refers to the copy, so that a kill between two of them leaves a sound end record.
   // With the zip64 records they have one size wherever the directory is.
   const std::uint64_t endRecord = nextPage(nextPage(end) + before_.blob.size());
   const std::uint64_t copy = endRecord - before_.blob.size();
-  const Bytes far = endRecordsFor(safeDirectory_);
+  const std::uint64_t present = backup_.value_or(before_.position);
+  const Bytes far = endRecordsFor(present);
   const Bytes near = endRecordsFor(copy);
-  if (far.size() == near.size() && !file_.writeAt(endRecord, far.data(), far.size())) return false;
+  if (far.size() == near.size() && !file_.writeAt(endRecord, far.data(), far.size())) {
+    return std::nullopt;
+  }
   // After a power failure the end record of the archive is not searched farther back than that.
-  const bool isReachable = endRecord + far.size() - safeDirectory_ <= kLongestInterruption;
-  return (isReachable || sync()) && file_.writeAt(copy, before_.blob.data(), before_.blob.size()) &&
-         (isReachable || sync()) && file_.writeAt(endRecord, near.data(), near.size()) &&
-         writtenAt(copy);
+  const bool isReachable = endRecord + far.size() - present <= kLongestInterruption;
+  const auto inOrder = [&] { return isReachable || sync(); };
+  return ifWritten(inOrder() && file_.writeAt(copy, before_.blob.data(), before_.blob.size()) &&
+                       inOrder() && file_.writeAt(endRecord, near.data(), near.size()),
+                   copy);
 }
 
 bool Transaction::sync() { return !durable_ || file_.sync(); }
@@ -148,7 +154,7 @@ bool Transaction::commit(const Bytes& kept, const Bytes& added, std::uint64_t en
   buffer_.insert(buffer_.end(), added.begin(), added.end());
   buffer_.insert(buffer_.end(), endRecords.begin(), endRecords.end());
   const std::uint64_t end = position();
-  return flush(0) && sync() && (backupStart_ == 0 || (file_.truncate(end) && sync()));
+  return flush(0) && sync() && (!backup_ || (file_.truncate(end) && sync()));
 }
 
 void Transaction::restore() {

@@ -19,6 +19,7 @@
 // that.
 
 #include <cstdint>
+#include <optional>
 #include <string>
 
 #include "zip/engine/archive_file.h"
@@ -65,7 +66,7 @@ class Transaction {
  private:
   bool flush(std::uint64_t expected);
   bool backUp(std::uint64_t end);
-  bool writeBackup(std::uint64_t end);
+  std::optional<std::uint64_t> writeBackup(std::uint64_t end);
   bool sync();
 
   ArchiveFile file_;
@@ -76,9 +77,8 @@ class Transaction {
   std::uint64_t start_ = 0;    // absolute; where appended bytes begin
   std::uint64_t flushed_ = 0;  // absolute; where the buffer begins
   Bytes buffer_;
-  bool touched_ = false;             // true if the file has been changed
-  std::uint64_t safeDirectory_ = 0;  // absolute; a whole copy of the old directory
-  std::uint64_t backupStart_ = 0;    // absolute; 0 without a backup directory
+  bool touched_ = false;                 // true if the file has been changed
+  std::optional<std::uint64_t> backup_;  // absolute; the backup directory
 };
 
 }  // namespace zip_engine
