@@ -58,29 +58,28 @@ bool Transaction::append(const void* data, std::size_t size) {
   return flushIfLarge();
 }
 
-bool Transaction::flushIfLarge() { return buffer_.size() < kBufferSize || flush(kBackupDistance); }
+bool Transaction::flushIfLarge() {
+  if (buffer_.size() < kBufferSize) return true;
+  // A disk that is nearly full may have space for a backup that is nearer.
+  return (isBackedUp() || backUp(kBackupDistance) || backUp(kBufferSize)) && flush();
+}
 
-// `expected` is the number of bytes that are expected to be appended after the buffer.
-bool Transaction::flush(std::uint64_t expected) {
-  const std::uint64_t end = position();
-  const bool needsBackup = beforeSize_ != 0 || backup_ || expected != 0;
-  if (needsBackup && end > backup_ && !backUp(end + expected) &&
-      !(expected > kBufferSize && backUp(end + kBufferSize))) {
-    return false;
-  }
+bool Transaction::flush() {
   touched_ = true;
   if (!file_.writeAt(flushed_, buffer_.data(), buffer_.size())) return false;
-  flushed_ = end;
+  flushed_ += buffer_.size();
   buffer_.clear();
   return true;
 }
 
-// Puts a backup directory past `end`, which must not precede the present one.
-bool Transaction::backUp(std::uint64_t end) {
+// Reports whether the backup directory is past the buffer.
+bool Transaction::isBackedUp() const { return backup_ && position() <= *backup_; }
+
+// Puts a backup directory so many bytes past the buffer or, if the file is longer, past its end.
+bool Transaction::backUp(std::uint64_t distance) {
   const std::optional<std::uint64_t> size = file_.size();
   if (!size) return false;
-  touched_ = true;
-  const std::optional<std::uint64_t> copy = writeBackup(std::max(end, *size));
+  const std::optional<std::uint64_t> copy = writeBackup(std::max(position() + distance, *size));
   if (copy && sync()) {
     backup_ = copy;
     return true;
@@ -153,8 +152,10 @@ bool Transaction::commit(const Bytes& kept, const Bytes& added, std::uint64_t en
   buffer_.insert(buffer_.end(), kept.begin(), kept.end());
   buffer_.insert(buffer_.end(), added.begin(), added.end());
   buffer_.insert(buffer_.end(), endRecords.begin(), endRecords.end());
-  const std::uint64_t end = position();
-  return flush(0) && sync() && (!backup_ || (file_.truncate(end) && sync()));
+  // What was never an archive, and is written in one piece, needs no backup.
+  const bool needsBackup = beforeSize_ != 0 || backup_;
+  if (needsBackup && !isBackedUp() && !backUp(0)) return false;
+  return flush() && sync() && (!backup_ || (file_.truncate(position()) && sync()));
 }
 
 void Transaction::restore() {

@@ -64,8 +64,9 @@ class Transaction {
   void restore();
 
  private:
-  bool flush(std::uint64_t expected);
-  bool backUp(std::uint64_t end);
+  bool flush();
+  bool isBackedUp() const;
+  bool backUp(std::uint64_t distance);
   std::optional<std::uint64_t> writeBackup(std::uint64_t end);
   bool sync();
 
