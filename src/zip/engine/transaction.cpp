@@ -39,12 +39,14 @@ bool Transaction::openExisting(const char* path) {
   beforeSize_ = *size;
   if (beforeSize_ == 0) return true;
   if (!readCentralDirectory(file_, before_)) return false;
-  start_ = before_.position;
-  if (beforeSize_ - start_ > before_.blob.size() + kLargestGap) start_ = beforeSize_;
+  const std::uint64_t directoryEnd = before_.position + before_.blob.size();
+  const std::uint64_t gap = beforeSize_ - directoryEnd;
+  const bool isKept = gap > kLargestGap;
+  start_ = isKept ? beforeSize_ : before_.position;
   flushed_ = start_;
-  const std::uint64_t afterDirectory = start_ + (start_ == beforeSize_ ? 0 : before_.blob.size());
-  beforeTail_.resize(static_cast<std::size_t>(beforeSize_ - afterDirectory));
-  return file_.readAt(afterDirectory, beforeTail_.data(), beforeTail_.size());
+  if (isKept) return true;
+  beforeTail_.resize(static_cast<std::size_t>(gap));
+  return file_.readAt(directoryEnd, beforeTail_.data(), beforeTail_.size());
 }
 
 Bytes& Transaction::bufferForPart(std::size_t size) {
