@@ -23,7 +23,8 @@ constexpr std::uint64_t kPage = 4096;
 // larger one is left unchanged.
 constexpr std::uint64_t kLargestGap = 1 << 20;
 
-std::uint64_t nextPage(std::uint64_t position) { return (position + kPage - 1) / kPage * kPage; }
+// Returns the start of the first page past a position.
+std::uint64_t nextPage(std::uint64_t position) { return (position / kPage + 1) * kPage; }
 
 }  // namespace
 
