@@ -18,9 +18,10 @@ constexpr int kMostCandidates = 4;
 
 constexpr std::size_t kBlock = 1 << 20;
 
-// Reports whether the bytes, which are one or more, are zero.
+// Reports whether the bytes, at most those of a sector, are zero.
 bool isZero(const unsigned char* bytes, std::size_t size) {
-  return bytes[0] == 0 && std::memcmp(bytes, bytes + 1, size - 1) == 0;
+  static constexpr unsigned char kZeros[kSector] = {};
+  return std::memcmp(bytes, kZeros, size) == 0;
 }
 
 // Reports whether one of the whole sectors in the bytes, which are at `position`, is zero.
