@@ -85,16 +85,17 @@ bool isBackup(const ArchiveFile& file, std::uint64_t position, std::uint64_t siz
   Bytes block;
   while (position < size) {
     // Whole sectors, but for the first and the last one.
-    const std::uint64_t next = std::min<std::uint64_t>(size, (position / kBlock + 1) * kBlock);
-    block.resize(static_cast<std::size_t>(next - position));
+    const std::uint64_t blockEnd = std::min<std::uint64_t>(size, (position / kBlock + 1) * kBlock);
+    block.resize(static_cast<std::size_t>(blockEnd - position));
     if (!file.readAt(position, block.data(), block.size())) return false;
-    for (std::size_t at = 0; at < block.size();) {
-      const std::size_t sector = std::min<std::size_t>(
-          block.size() - at, kSector - static_cast<std::size_t>((position + at) % kSector));
-      if (!backup.explains(block.data() + at, sector, position + at)) return false;
-      at += sector;
+    const unsigned char* bytes = block.data();
+    while (position < blockEnd) {
+      const std::uint64_t sectorEnd = std::min(blockEnd, (position / kSector + 1) * kSector);
+      const std::size_t count = static_cast<std::size_t>(sectorEnd - position);
+      if (!backup.explains(bytes, count, position)) return false;
+      bytes += count;
+      position = sectorEnd;
     }
-    position = next;
   }
   return true;
 }
