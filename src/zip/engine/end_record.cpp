@@ -71,8 +71,7 @@ bool readEndRecord(const ArchiveFile& file, const FilePiece& piece, std::size_t 
 }
 
 bool mayHoldEndRecord(std::string_view comment) {
-  constexpr std::string_view kSignature("PK\5\6", 4);
-  const std::size_t at = comment.find(kSignature);
+  const std::size_t at = comment.find(kEndSignatureText);
   return at != std::string_view::npos && comment.size() - at >= kEndSize;
 }
 

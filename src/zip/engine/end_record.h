@@ -11,6 +11,9 @@
 
 namespace zip_engine {
 
+// kEndSignature as it is in a file.
+inline constexpr std::string_view kEndSignatureText = "PK\5\6";
+
 // The farthest that an end record can begin from the end of the file, with the zip64 locator that
 // precedes it.
 inline constexpr std::size_t kLongestTail = kEndSize + 0xFFFF + kLocator64Size;

@@ -100,12 +100,10 @@ bool isBackup(const ArchiveFile& file, std::uint64_t position, std::uint64_t siz
   return true;
 }
 
-constexpr std::string_view kSignature("PK\5\6", 4);
-
 // What passes for a comment may be the rest of an archive that holds this one as an entry. Unlike
 // for mayHoldEndRecord(), the signature alone counts: the zeros after the comment can complete it.
 bool holdsEndRecord(std::string_view comment) {
-  return comment.find(kSignature) != std::string_view::npos;
+  return comment.find(kEndSignatureText) != std::string_view::npos;
 }
 
 // The positions of end records in a part of the file, in ascending order.
@@ -114,8 +112,8 @@ std::optional<std::vector<std::uint64_t>> findEndRecords(const ArchiveFile& file
   std::string block(static_cast<std::size_t>(end - begin), '\0');
   if (!file.readAt(begin, block.data(), block.size())) return std::nullopt;
   std::vector<std::uint64_t> found;
-  for (std::size_t at = block.find(kSignature); at != std::string::npos;
-       at = block.find(kSignature, at + 1)) {
+  for (std::size_t at = block.find(kEndSignatureText); at != std::string::npos;
+       at = block.find(kEndSignatureText, at + 1)) {
     found.push_back(begin + at);
   }
   return found;
@@ -125,8 +123,7 @@ bool readAt(const ArchiveFile& file, std::uint64_t position, std::uint64_t size,
             const ReadDirectory& readDirectory, CentralDirectory& directory) {
   const std::uint64_t begin = position - std::min<std::uint64_t>(position, kLocator64Size);
   FilePiece piece{.position = begin, .bytes = {}};
-  piece.bytes.resize(static_cast<std::size_t>(
-      std::min<std::uint64_t>(size - begin, kLocator64Size + kEndSize + 0xFFFF)));
+  piece.bytes.resize(static_cast<std::size_t>(std::min<std::uint64_t>(size - begin, kLongestTail)));
   const std::size_t at = static_cast<std::size_t>(position - begin);
   EndRecord end;
   if (piece.bytes.size() < at + kEndSize ||
@@ -155,7 +152,8 @@ bool readInterruptedAppend(const ArchiveFile& file, const FilePiece& tail,
   for (std::uint64_t end = size; end > first;) {
     const std::uint64_t begin = end - std::min<std::uint64_t>(end - first, kBlock);
     // A signature that begins in this block may extend into the one read before.
-    const auto found = findEndRecords(file, begin, std::min(size, end + 3));
+    const auto found =
+        findEndRecords(file, begin, std::min(size, end + kEndSignatureText.size() - 1));
     if (!found) return false;
     for (auto position = found->rbegin(); position != found->rend(); ++position) {
       if (++candidates > kMostCandidates) return false;
