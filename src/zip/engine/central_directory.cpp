@@ -62,14 +62,13 @@ bool readRecords(const ArchiveFile& file, std::uint64_t position, std::uint64_t 
   // Enough for any usual directory, so that it is not moved while it grows; memory for a false size
   // is reserved but not touched.
   constexpr std::uint64_t kUsual = 64 << 20;
-  constexpr std::size_t kLongestRecord = kCentralSize + 3 * std::size_t{0xFFFF};
   blob.clear();
   platform::reserveForFilling(blob, static_cast<std::size_t>(std::min(size, kUsual)));
   count = 0;
   std::size_t checked = 0;
   while (blob.size() < size) {
-    // The rest may be the beginning of a record, but not more.
-    if (blob.size() - checked > kLongestRecord) return false;
+    // The rest may be the beginning of a record, which has fewer bytes than a step.
+    if (blob.size() - checked >= kReadStep) return false;
     const std::size_t start = blob.size();
     const std::size_t step =
         static_cast<std::size_t>(std::min<std::uint64_t>(size - start, kReadStep));
