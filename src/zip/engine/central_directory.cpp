@@ -55,16 +55,14 @@ bool endsDirectory(const Bytes& blob, std::size_t at) {
                        load16(blob.data() + at + 4) == size - kHeader);
 }
 
-// Reads a directory of `size` bytes and counts its records. Returns false if it holds anything else
-// but a digital signature at its end, which is left out of the blob.
-bool readRecords(const ArchiveFile& file, std::uint64_t position, std::uint64_t size, Bytes& blob,
-                 std::uint64_t& count) {
+// Reads the directory of `size` bytes at its position and counts its records. Returns false if it
+// holds anything else but a digital signature at its end, which is left out of the blob.
+bool readRecords(const ArchiveFile& file, std::uint64_t size, CentralDirectory& directory) {
   // Enough for any usual directory, so that it is not moved while it grows; memory for a false size
   // is reserved but not touched.
   constexpr std::uint64_t kUsual = 64 << 20;
-  blob.clear();
+  Bytes& blob = directory.blob;
   platform::reserveForFilling(blob, static_cast<std::size_t>(std::min(size, kUsual)));
-  count = 0;
   std::size_t checked = 0;
   while (blob.size() < size) {
     // The rest may be the beginning of a record, which has fewer bytes than a step.
@@ -73,10 +71,10 @@ bool readRecords(const ArchiveFile& file, std::uint64_t position, std::uint64_t 
     const std::size_t step =
         static_cast<std::size_t>(std::min<std::uint64_t>(size - start, kReadStep));
     blob.resize(start + step);
-    if (!file.readAt(position + start, blob.data() + start, step)) return false;
+    if (!file.readAt(directory.position + start, blob.data() + start, step)) return false;
     while (const std::size_t length = recordSize(blob, checked)) {
       checked += length;
-      ++count;
+      ++directory.entryCount;
     }
   }
   if (!endsDirectory(blob, checked)) return false;
@@ -100,14 +98,12 @@ bool firstEntryIsInPlace(const ArchiveFile& file, const CentralDirectory& direct
 // as the end record says.
 bool readDirectory(const ArchiveFile& file, const EndRecord& end, std::uint64_t position,
                    std::uint64_t base, CentralDirectory& directory) {
-  if (!readRecords(file, position, end.directorySize, directory.blob, directory.entryCount)) {
-    return false;
-  }
-  const std::uint64_t count = directory.entryCount;
-  if ((end.countMayWrap ? count & 0xFFFF : count) != end.entryCount) return false;
+  directory = {};
   directory.position = position;
   directory.base = base;
-  return true;
+  if (!readRecords(file, end.directorySize, directory)) return false;
+  const std::uint64_t count = directory.entryCount;
+  return (end.countMayWrap ? count & 0xFFFF : count) == end.entryCount;
 }
 
 // Reads the directory that an end record refers to and proves it as described above.
