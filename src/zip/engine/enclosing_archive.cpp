@@ -11,8 +11,9 @@ namespace {
 // Local headers that are followed from the start of the file.
 constexpr int kMostHeaders = 1 << 16;
 
-// The longest header, and a slack for the block header of a deflate stream whose blocks are stored.
-constexpr std::uint64_t kWindow = kLocalSize + 2 * std::uint64_t{0xFFFF} + (64 << 10);
+// The longest header has 128 KB. The rest is for the block header of a deflate stream whose blocks
+// are stored.
+constexpr std::uint64_t kWindow = 192 << 10;
 
 bool hasUnknownSize(const LocalHeader& header) {
   return header.compressedSize() == kSaturated32 ||
