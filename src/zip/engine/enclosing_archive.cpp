@@ -48,9 +48,9 @@ bool startsWithEnclosing(const ArchiveFile& file, std::uint64_t base) {
 // A prefix that is a program may hold the signature of a local header by chance, but not with
 // values that make sense.
 bool isPlausible(const LocalHeader& header) {
-  constexpr std::uint16_t kLatestVersion = 63;
+  constexpr unsigned char kLatestVersion = 63;
   constexpr std::uint16_t kLatestMethod = 99;
-  return header.isValid() && (header.versionNeeded() & 0xFF) <= kLatestVersion &&
+  return header.isValid() && header.versionNeeded() <= kLatestVersion &&
          header.method() <= kLatestMethod && header.nameLength() != 0;
 }
 

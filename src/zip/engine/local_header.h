@@ -13,7 +13,8 @@ struct LocalHeader {
   const unsigned char* bytes = nullptr;
 
   bool isValid() const { return load32(bytes) == kLocalSignature; }
-  std::uint16_t versionNeeded() const { return load16(bytes + 4); }
+  // Without the next byte, in which some programs write their system.
+  unsigned char versionNeeded() const { return bytes[4]; }
   std::uint16_t flags() const { return load16(bytes + 6); }
   std::uint16_t method() const { return load16(bytes + 8); }
   std::uint32_t crc() const { return load32(bytes + 14); }
