@@ -69,9 +69,9 @@ std::uint32_t dosDateOf(const ZipDateWords& words) {
   const std::uint32_t day = std::clamp<std::uint32_t>(words.day, 1, 31);
   const std::uint32_t hour = std::min<std::uint32_t>(words.hour, 23);
   const std::uint32_t minute = std::min<std::uint32_t>(words.minute, 59);
-  const std::uint32_t second = std::min<std::uint32_t>(words.second, 59);
+  const std::uint32_t twoSeconds = std::min<std::uint32_t>(words.second / 2, 29);
   return (words.year - kFirstYear) << 25 | month << 21 | day << 16 | hour << 11 | minute << 5 |
-         second / 2;
+         twoSeconds;
 }
 
 }  // namespace zip_engine
