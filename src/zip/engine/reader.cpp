@@ -14,6 +14,14 @@
 
 using namespace zip_engine;
 
+namespace {
+
+constexpr int kSuccess = 0;
+constexpr int kFailure = -1;
+constexpr int kNoEntry = -100;
+
+}  // namespace
+
 struct ZipReader {
   ArchiveFile file;
   CentralDirectory directory;
@@ -25,13 +33,15 @@ struct ZipReader {
 
   bool hasCurrent() const { return current < directory.blob.size(); }
   CentralRecord record() const { return recordAt(directory, current); }
+  // Makes the record at an offset the current one, and closes an open entry.
+  int moveTo(std::size_t offset) {
+    entry.reset();
+    current = offset;
+    return hasCurrent() ? kSuccess : kNoEntry;
+  }
 };
 
 namespace {
-
-constexpr int kSuccess = 0;
-constexpr int kFailure = -1;
-constexpr int kNoEntry = -100;
 
 // One deflated byte inflates to at most 1,032: four times two codes of one bit, for 258 bytes.
 bool canInflateTo(std::uint64_t compressed, std::uint64_t plain) {
@@ -133,28 +143,18 @@ int ZipReadGlobalComment(ZipReader* reader, char* buffer, std::uint32_t length) 
   return static_cast<int>(std::min<std::size_t>(comment.size(), length));
 }
 
-int ZipFirstEntry(ZipReader* reader) {
-  if (reader == nullptr) return kFailure;
-  reader->entry.reset();
-  reader->current = 0;
-  return reader->hasCurrent() ? kSuccess : kNoEntry;
-}
+int ZipFirstEntry(ZipReader* reader) { return reader == nullptr ? kFailure : reader->moveTo(0); }
 
 int ZipNextEntry(ZipReader* reader) {
   if (reader == nullptr) return kFailure;
-  reader->entry.reset();
   if (!reader->hasCurrent()) return kNoEntry;
-  reader->current += reader->record().size();
-  return reader->hasCurrent() ? kSuccess : kNoEntry;
+  return reader->moveTo(reader->current + reader->record().size());
 }
 
 int ZipLocateEntry(ZipReader* reader, const char* name, int) {
   if (reader == nullptr || name == nullptr) return kFailure;
   const std::size_t found = reader->names.find(reader->directory, name);
-  if (found == NameIndex::kNone) return kNoEntry;
-  reader->entry.reset();
-  reader->current = found;
-  return kSuccess;
+  return found == NameIndex::kNone ? kNoEntry : reader->moveTo(found);
 }
 
 int ZipReadEntryInfo(ZipReader* reader, ZipEntryInfo* info, char* name, std::uint32_t nameCapacity,
