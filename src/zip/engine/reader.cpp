@@ -225,14 +225,10 @@ void ZipCloseEntry(ZipReader* reader) {
 
 namespace zip_engine {
 
-CentralRecord currentRecord(const ZipReader& reader) {
-  return reader.hasCurrent() ? reader.record() : CentralRecord{};
-}
-
-const LocalEntry* currentLocalEntry(ZipReader& reader) {
-  const bool read =
-      reader.hasCurrent() && reader.local.read(reader.file, reader.directory, reader.record());
-  return read ? &reader.local : nullptr;
+const LocalEntry* readCurrent(ZipReader& reader, CentralRecord& record) {
+  if (!reader.hasCurrent()) return nullptr;
+  record = reader.record();
+  return reader.local.read(reader.file, reader.directory, record) ? &reader.local : nullptr;
 }
 
 bool readBytes(ZipReader& reader, std::uint64_t position, unsigned char* buffer, std::size_t size) {

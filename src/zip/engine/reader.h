@@ -9,10 +9,9 @@
 
 namespace zip_engine {
 
-// The central record of the current entry; its bytes are null if there is none.
-CentralRecord currentRecord(const ZipReader& reader);
-// The local entry of the current record, or null if it cannot be read.
-const LocalEntry* currentLocalEntry(ZipReader& reader);
+// Reads the central record and the local header of the current entry. Returns null if there is no
+// entry or its header cannot be read.
+const LocalEntry* readCurrent(ZipReader& reader, CentralRecord& record);
 // Reads bytes of the archive.
 bool readBytes(ZipReader& reader, std::uint64_t position, unsigned char* buffer, std::size_t size);
 

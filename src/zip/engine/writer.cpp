@@ -245,12 +245,12 @@ int ZipCancelNewEntry(ZipWriter* writer) {
 int ZipCopyEntry(ZipWriter* writer, ZipReader* reader) {
   if (writer == nullptr || reader == nullptr) return kFailure;
   writer->dropOpen();
-  const CentralRecord central = currentRecord(*reader);
+  CentralRecord central;
+  const LocalEntry* const local = readCurrent(*reader, central);
+  if (local == nullptr || !local->hasSumsOf(central)) return kFailure;
   if (central.compressedSize >= kSaturated32 || central.uncompressedSize >= kSaturated32) {
     return kFailure;
   }
-  const LocalEntry* const local = currentLocalEntry(*reader);
-  if (local == nullptr || !local->hasSumsOf(central)) return kFailure;
   EntryRecord record = recordOf(central, *local);
   if (!fitsFields(record, 0)) return kFailure;
   const std::uint64_t start = writer->archive.position();
