@@ -130,7 +130,10 @@ TEST_F(Archive, AppendsToArchivesOfOtherPrograms) {
       EXPECT_TRUE(support::readFile(copy) == support::readFile(path_));
     }
     const Entries ours{{"added", "new"}};
+    const auto size = std::filesystem::file_size(path_);
     writeArchive(path_, ours, ZipModeAppend);
+    // The old directory is overwritten, unless many bytes follow it.
+    EXPECT_EQ(std::filesystem::file_size(path_) > size + 150, size > 2'000'000);
     Entries all = theirs;
     all.insert(ours.begin(), ours.end());
     EXPECT_EQ(readArchive(path_), all);
@@ -140,11 +143,15 @@ TEST_F(Archive, AppendsToArchivesOfOtherPrograms) {
     EXPECT_EQ(globalComment(Reader(ZipOpenReader(path_.c_str())).get()), comment);
     copyArchive(path_, copy, "copied");
     EXPECT_EQ(readArchive(copy), all);
-    // An entry has a descriptor if it is flagged.
+    // An entry has a descriptor if it is flagged, and then no sums in its local header.
     const std::string bytes = support::readFile(copy);
     for (std::size_t at = 0; (at = bytes.find("PK\1\2", at)) != std::string::npos; ++at) {
-      const std::string descriptor = "PK\7\b" + bytes.substr(at + 16, 12);
-      EXPECT_EQ(bytes.find(descriptor) != std::string::npos, (bytes[at + 8] & 8) != 0) << at;
+      const std::string sums = bytes.substr(at + 16, 12);
+      const bool flagged = (bytes[at + 8] & 8) != 0;
+      EXPECT_EQ(bytes.find("PK\7\b" + sums) != std::string::npos, flagged) << at;
+      const auto* const offset = reinterpret_cast<const unsigned char*>(&bytes[at + 42]);
+      EXPECT_EQ(bytes.substr(zip_engine::load32(offset) + 14, 12),
+                flagged ? std::string(12, '\0') : sums);
     }
     for (const auto& checker : support::kCheckers) {
       EXPECT_EQ(support::run(folder_.path(), std::string(checker.command) + " copy.zip"), 0)
@@ -227,10 +234,17 @@ TEST_F(Archive, DroppedEntriesLeaveNoTrace) {
   std::filesystem::copy(wanted, path_);
   writeArchive(wanted, {{"added", "a"}}, ZipModeAppend);
   ZipWriter* writer = ZipOpenWriter(path_.c_str(), ZipModeAppend);
+  EXPECT_EQ(ZipOpenReader(path_.c_str()), nullptr);
   ASSERT_TRUE(addEntry(writer, "cancelled", noise(9 << 20, 8)));
   EXPECT_EQ(ZipCancelNewEntry(writer), 0);
   EXPECT_NE(ZipCancelNewEntry(writer), 0);
   ASSERT_TRUE(addEntry(writer, "added", "a"));
+  // A copy that fails in the middle.
+  const std::string cut = folder_.file("cut.zip");
+  writeArchive(cut, {{"cut", noise(100000, 9)}});
+  const Reader reader(ZipOpenReader(cut.c_str()));
+  std::filesystem::resize_file(cut, 80000);
+  EXPECT_LT(ZipCopyEntry(writer, reader.get()), 0);
   // The next entry drops an open one, and so does the end.
   for (const int raw : {1, 0, 1, 1}) {
     ASSERT_EQ(begin(writer, "dropped", ZipMethodDeflate, raw, -1, "secret"), 0);
@@ -273,10 +287,13 @@ TEST_F(Archive, RefusesInvalidArguments) {
   }
   EXPECT_EQ(ZipCloseWriter(writer, nullptr), 0);
   EXPECT_EQ(readArchive(path_), Entries{});
-  for (const std::size_t size : {65535U, 65536U}) {
+  const std::string end = "cPK\5\6" + std::string(18, 'c');
+  for (const auto& comment :
+       {std::string(65535, 'c'), std::string(65536, 'c'), end, end.substr(0, 22)}) {
     writer = ZipOpenWriter(path_.c_str(), ZipModeAppendFirst);
-    EXPECT_EQ(ZipCloseWriter(writer, std::string(size, 'c').c_str()) == 0, size == 65535U);
-    EXPECT_EQ(std::filesystem::file_size(path_), 22U + 65535U);
+    const bool isTaken = comment.size() != 65536 && comment != end;
+    EXPECT_EQ(ZipCloseWriter(writer, comment.c_str()) == 0, isTaken);
+    EXPECT_EQ(std::filesystem::file_size(path_), 22U + (comment.size() == 22 ? 22U : 65535U));
   }
 }
 

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "zip/engine/central_directory.h"
+#include "zip/engine/end_record.h"
 
 using namespace zip_engine;
 
@@ -16,6 +17,19 @@ TEST(EntryRecord, HasOffsetsPastFourGigabytes) {
     EXPECT_EQ(recordAt(directory, 0).compressedSize, 7U);
     EXPECT_EQ(recordAt(directory, 0).versionNeeded(), offset < 0xFFFF'FFFF ? 10 : 45);
     EXPECT_EQ(recordAt(directory, 0).size(), directory.blob.size());
+  }
+}
+
+TEST(EntryRecord, LargeValuesNeedTheZip64EndRecord) {
+  constexpr std::uint64_t kLarge = 0xFFFF'FFFF;
+  constexpr std::uint64_t kRows[][3] = {{kLarge, 0, 0}, {0, kLarge, 0}, {0, 0, 0xFFFF}};
+  for (const auto& [position, size, count] : kRows) {
+    Bytes bytes;
+    appendEndRecords(bytes, position, size, count, "");
+    ASSERT_EQ(bytes.size(), 98U);
+    EXPECT_EQ(load64(&bytes[4]), 44U) << "size of the rest of the record";
+    EXPECT_EQ(load64(&bytes[64]), position + size);
+    EXPECT_TRUE(load32(&bytes[60]) == 0 && load32(&bytes[72]) == 1) << "number of disks";
   }
 }
 
