@@ -82,6 +82,7 @@ bool Transaction::isBackedUp() const { return backup_ && position() <= *backup_;
 bool Transaction::backUp(std::uint64_t distance) {
   const std::optional<std::uint64_t> size = file_.size();
   if (!size) return false;
+  touched_ = true;
   const std::optional<std::uint64_t> copy = writeBackup(std::max(position() + distance, *size));
   if (copy && sync()) {
     backup_ = copy;
