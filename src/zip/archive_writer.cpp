@@ -54,8 +54,6 @@ bool ArchiveWriter::write(const unsigned char* data, std::uint32_t size) {
 
 bool ArchiveWriter::finish() { return ZipCloseNewEntry(writer_) == 0; }
 
-void ArchiveWriter::cancel() { ZipCancelNewEntry(writer_); }
-
 bool ArchiveWriter::copy(ArchiveReader& from) {
   return ZipCopyEntry(writer_, from.reader_.get()) == 0;
 }

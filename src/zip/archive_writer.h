@@ -43,7 +43,7 @@ struct NewEntry {
 };
 
 // An archive open for writing. The file keeps its former content until commit(). An entry is
-// written by begin(), write() and finish().
+// written by begin(), write() and finish(); one that is not finished is dropped.
 class ArchiveWriter {
  public:
   enum class Mode {
@@ -74,8 +74,6 @@ class ArchiveWriter {
   bool write(const unsigned char* data, std::uint32_t size);
   // Completes the entry. On failure the archive does not get it.
   bool finish();
-  // Drops the entry that was begun.
-  void cancel();
 
   // Copies a reader's current entry as it is stored: data, time, attributes, extra fields, comment.
   // On failure the archive does not get it.

@@ -92,9 +92,7 @@ bool addBytes(ArchiveWriter& writer, const std::vector<unsigned char>& bytes,
                  .encryption = encryption,
                  .crc = crc.value()};
   GetSystemTime(&entry.time);
-  if (!writer.begin(entry)) return false;
-  writer.write(bytes.data(), size);
-  return writer.finish();
+  return writer.begin(entry) && writer.write(bytes.data(), size) && writer.finish();
 }
 
 bool addFile(ArchiveWriter& writer, const char* source, const std::string& stored,
@@ -116,9 +114,7 @@ bool addFile(ArchiveWriter& writer, const char* source, const std::string& store
   const auto write = [&](const unsigned char* bytes, DWORD size) {
     return writer.write(bytes, size);
   };
-  if (reader.forEachBlock(write)) return writer.finish();
-  writer.cancel();
-  return false;
+  return reader.forEachBlock(write) && writer.finish();
 }
 
 bool canOpenSource(const char* source) { return static_cast<bool>(openSource(source)); }
