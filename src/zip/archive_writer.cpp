@@ -60,8 +60,8 @@ bool ArchiveWriter::copy(ArchiveReader& from) {
 
 ArchiveWriter::Commit ArchiveWriter::commit(const char* globalComment) {
   const int status = ZipCloseWriter(std::exchange(writer_, nullptr), globalComment);
-  if (status == 0) return Commit::Complete;
-  return status > 0 ? Commit::Partial : Commit::Failed;
+  if (status < 0) return Commit::Failed;
+  return status == 0 ? Commit::Complete : Commit::Partial;
 }
 
 }  // namespace zip
