@@ -20,8 +20,6 @@ ZipDateWords dateWords(const SYSTEMTIME& time) {
 
 }  // namespace
 
-Crc32::Crc32() : value_(ZipCrc32(0, nullptr, 0)) {}
-
 void Crc32::add(const unsigned char* data, std::uint32_t size) {
   value_ = ZipCrc32(value_, data, size);
 }

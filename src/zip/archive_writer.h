@@ -15,12 +15,11 @@ class ArchiveReader;
 // CRC-32 (ISO 3309) of data that arrive in pieces.
 class Crc32 {
  public:
-  Crc32();
   void add(const unsigned char* data, std::uint32_t size);
   std::uint32_t value() const { return value_; }
 
  private:
-  std::uint32_t value_;
+  std::uint32_t value_ = 0;  // that of no data
 };
 
 // How the content of new entries is encrypted.
