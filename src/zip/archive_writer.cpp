@@ -34,14 +34,13 @@ bool ArchiveWriter::hasAes() { return ZipCheckEncryption(ZipEncryptAes256) == 0;
 bool ArchiveWriter::begin(const NewEntry& entry) {
   constexpr int kWindowBits = -15;
   constexpr int kMemoryLevel = 8;
-  // No other call of the library could find a longer name.
-  if (entry.name.size() > kLongestName) return false;
   const int encryption = entry.encryption.isAes ? ZipEncryptAes256 : ZipEncryptTraditional;
-  if (ZipSetEncryption(writer_, encryption) != 0) return false;
   ZipNewEntryInfo info = {};
   info.date = dateWords(entry.time);
   info.externalAttributes = entry.attributes;
-  return ZipOpenNewEntry(writer_, entry.name.c_str(), &info, nullptr, 0, nullptr, 0, entry.comment,
+  // No other call of the library could find a longer name.
+  return entry.name.size() <= kLongestName && ZipSetEncryption(writer_, encryption) == 0 &&
+         ZipOpenNewEntry(writer_, entry.name.c_str(), &info, nullptr, 0, nullptr, 0, entry.comment,
                          ZipMethodDeflate, ZipLevelDefault, 0, kWindowBits, kMemoryLevel, 0,
                          entry.encryption.password, entry.crc) == 0;
 }
