@@ -5,6 +5,17 @@
 #include "zip/entry_names.h"
 
 namespace zip {
+namespace {
+
+using NameBuffer = char[kLongestName + 1];
+
+// Reads the name of the current entry, cut at kLongestName bytes, and its record unless that is
+// null.
+void readEntry(ZipReader* reader, ZipEntryInfo* record, NameBuffer& name) {
+  ZipReadEntryInfo(reader, record, name, kLongestName, nullptr, 0, nullptr, 0);
+}
+
+}  // namespace
 
 void ArchiveReader::Closer::operator()(ZipReader* reader) const { ZipCloseReader(reader); }
 
@@ -30,11 +41,9 @@ bool ArchiveReader::next() { return ZipNextEntry(reader_.get()) == 0; }
 
 bool ArchiveReader::names(std::vector<std::string>& names) {
   // Without the other values of a record, which describe() reads too.
-  char name[kLongestName + 1] = {};
+  NameBuffer name = {};
   const auto appendName = [&] {
-    if (ZipReadEntryInfo(reader_.get(), nullptr, name, kLongestName, nullptr, 0, nullptr, 0) != 0) {
-      return false;
-    }
+    readEntry(reader_.get(), nullptr, name);
     names.emplace_back(name);
     return true;
   };
@@ -45,26 +54,22 @@ bool ArchiveReader::locate(const std::string& stored) {
   return stored.size() <= kLongestName && ZipLocateEntry(reader_.get(), stored.c_str(), 0) == 0;
 }
 
-bool ArchiveReader::describe(EntryInfo& info) const {
+EntryInfo ArchiveReader::describe() const {
   ZipEntryInfo record = {};
-  char name[kLongestName + 1] = {};
-  if (ZipReadEntryInfo(reader_.get(), &record, name, kLongestName, nullptr, 0, nullptr, 0) != 0) {
-    return false;
-  }
-  info.name = name;
-  info.nameIsCut = record.nameLength > kLongestName;
-  info.isDirectory = (record.externalAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
-  info.isStored = record.method == ZipMethodStored;
-  info.size = record.uncompressedSize;
-  info.storedSize = record.compressedSize;
-  info.commentLength = record.commentLength;
-  return true;
+  NameBuffer name = {};
+  readEntry(reader_.get(), &record, name);
+  return {.name = name,
+          .nameIsCut = record.nameLength > kLongestName,
+          .isDirectory = (record.externalAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0,
+          .isStored = record.method == ZipMethodStored,
+          .size = record.uncompressedSize,
+          .storedSize = record.compressedSize,
+          .commentLength = record.commentLength};
 }
 
-bool ArchiveReader::readComment(std::uint32_t length, std::string& comment) const {
-  comment.assign(length, '\0');
-  return ZipReadEntryInfo(reader_.get(), nullptr, nullptr, 0, nullptr, 0, comment.data(), length) ==
-         0;
+void ArchiveReader::readComment(std::uint32_t length, std::string& comment) const {
+  comment.resize(length);
+  ZipReadEntryInfo(reader_.get(), nullptr, nullptr, 0, nullptr, 0, comment.data(), length);
 }
 
 OpenEntry::OpenEntry(ArchiveReader& archive, const char* password)

@@ -47,15 +47,15 @@ class ArchiveReader {
     }
     return true;
   }
-  // Appends the stored names of all entries. False if there is none or one cannot be read.
+  // Appends the stored names of all entries. False if there is none.
   bool names(std::vector<std::string>& names);
   // Makes the first entry with exactly this stored name the current one. False if there is none.
   bool locate(const std::string& stored);
 
-  // Reads the central directory's record of the current entry. False if that cannot be read.
-  bool describe(EntryInfo& info) const;
+  // Returns the central directory's record of the current entry, which there must be.
+  EntryInfo describe() const;
   // Reads the current entry's comment, whose length describe() returned.
-  bool readComment(std::uint32_t length, std::string& comment) const;
+  void readComment(std::uint32_t length, std::string& comment) const;
 
  private:
   friend class OpenEntry;

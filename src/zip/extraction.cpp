@@ -35,10 +35,11 @@ void createDirectories(const std::string& path) {
 bool Extractor::toBytes(const std::string& stored, std::vector<unsigned char>& bytes) {
   if (!archive_.locate(stored)) return false;
   OpenEntry entry(archive_, password_);
-  if (!entry || !archive_.describe(info_)) return false;
-  platform::reserveForFilling(bytes, info_.size);
-  bytes.resize(info_.size);
-  if (entry.readAll(bytes.data(), info_.size)) return true;
+  if (!entry) return false;
+  const std::uint32_t size = archive_.describe().size;
+  platform::reserveForFilling(bytes, size);
+  bytes.resize(size);
+  if (entry.readAll(bytes.data(), size)) return true;
   bytes.clear();
   return false;
 }
@@ -58,18 +59,19 @@ bool Extractor::write(const std::string& stored, const std::string& target,
                       std::size_t directoryLength) {
   if (!archive_.locate(stored)) return false;
   OpenEntry entry(archive_, password_);
-  if (!entry || !archive_.describe(info_)) return false;
+  if (!entry) return false;
+  const EntryInfo info = archive_.describe();
   const auto writeTarget = [&](const platform::ConfinedDirectory::Fill& fill) {
     return openDirectory(target.substr(0, directoryLength)) &&
            directory_->write(std::string_view(target).substr(directoryLength), fill);
   };
-  if (isReadInBlocks(info_)) {
-    return writeTarget([&](HANDLE file) { return copyBlocks(entry, info_.size, file); });
+  if (isReadInBlocks(info)) {
+    return writeTarget([&](HANDLE file) { return copyBlocks(entry, info.size, file); });
   }
   // Read first, so that a damaged entry leaves no trace.
-  unsigned char* const content = content_.reserve(std::max(info_.size, 1U));
-  if (!entry.readAll(content, info_.size)) return false;
-  return writeTarget([&](HANDLE file) { return writeAll(file, {content, info_.size}); });
+  unsigned char* const content = content_.reserve(std::max(info.size, 1U));
+  if (!entry.readAll(content, info.size)) return false;
+  return writeTarget([&](HANDLE file) { return writeAll(file, {content, info.size}); });
 }
 
 bool Extractor::copyBlocks(OpenEntry& entry, std::uint32_t size, HANDLE file) {

@@ -37,7 +37,6 @@ class Extractor {
 
   ArchiveReader& archive_;
   const char* password_;
-  EntryInfo info_;
   platform::ReusableBuffer content_;
   std::optional<platform::ConfinedDirectory> directory_;
   std::string directoryPath_;

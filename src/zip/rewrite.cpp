@@ -9,9 +9,8 @@ namespace {
 // Copies the entries that stay, and sets `any` if there is one. Returns false if one cannot be
 // copied.
 bool copyEntries(ArchiveReader& reader, ArchiveWriter& writer, const NameSet& dropped, bool& any) {
-  EntryInfo info;
   return reader.forEachEntry([&] {
-    if (!reader.describe(info)) return false;
+    const EntryInfo info = reader.describe();
     // A name that was cut is not the one that the caller passed.
     if (!info.nameIsCut && dropped.count(callerName(info.name)) != 0) return true;
     any = true;

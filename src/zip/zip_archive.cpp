@@ -129,12 +129,12 @@ int ZipArchive::enumerate(std::vector<std::string>& names) const {
 
 int ZipArchive::content(std::vector<std::pair<std::string, std::string>>& entries) const {
   return reading(*m_private, [&](zip::ArchiveReader& reader) {
-    zip::EntryInfo info;
     std::string comment;
     return reader.forEachEntry([&] {
-      if (reader.describe(info) && !info.isDirectory &&
-          reader.readComment(info.commentLength, comment)) {
-        entries.emplace_back(info.name, comment.c_str());
+      zip::EntryInfo info = reader.describe();
+      if (!info.isDirectory) {
+        reader.readComment(info.commentLength, comment);
+        entries.emplace_back(std::move(info.name), comment.c_str());
       }
       return true;
     });
