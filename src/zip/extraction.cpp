@@ -69,7 +69,7 @@ bool Extractor::write(const std::string& stored, const std::string& target,
     return writeTarget([&](HANDLE file) { return copyBlocks(entry, info.size, file); });
   }
   // Read first, so that a damaged entry leaves no trace.
-  unsigned char* const content = content_.reserve(std::max(info.size, 1U));
+  unsigned char* const content = content_.reserve(info.size);
   if (!entry.readAll(content, info.size)) return false;
   return writeTarget([&](HANDLE file) { return writeAll(file, {content, info.size}); });
 }
