@@ -84,8 +84,8 @@ class OpenEntry {
   // its sizes or place in the file are impossible.
   explicit operator bool() const { return open_; }
 
-  // Reads the next bytes, at most INT_MAX. Returns their number, negative on failure. The last
-  // byte is delivered only if length and CRC-32 of the content are right.
+  // Reads the next bytes, at most INT_MAX. Returns their number, 0 at the end, negative on failure.
+  // The last byte is delivered only if length and CRC-32 of the content are right.
   int read(unsigned char* buffer, std::uint32_t size);
   // Reads all `size` bytes of the content, with one engine read where that can count them.
   bool readAll(unsigned char* buffer, std::uint32_t size);

@@ -66,7 +66,7 @@ bool Extractor::write(const std::string& stored, const std::string& target,
            directory_->write(std::string_view(target).substr(directoryLength), fill);
   };
   if (isReadInBlocks(info)) {
-    return writeTarget([&](HANDLE file) { return copyBlocks(entry, info.size, file); });
+    return writeTarget([&](HANDLE file) { return copyBlocks(entry, file); });
   }
   // Read first, so that a damaged entry leaves no trace.
   unsigned char* const content = content_.reserve(info.size);
@@ -74,14 +74,13 @@ bool Extractor::write(const std::string& stored, const std::string& target,
   return writeTarget([&](HANDLE file) { return writeAll(file, {content, info.size}); });
 }
 
-bool Extractor::copyBlocks(OpenEntry& entry, std::uint32_t size, HANDLE file) {
+bool Extractor::copyBlocks(OpenEntry& entry, HANDLE file) {
   unsigned char* const block = content_.reserve(kReadBlock);
-  for (std::uint32_t done = 0; done < size;) {
-    const int count = entry.read(block, std::min(kReadBlock, size - done));
-    if (count <= 0 || !writeAll(file, {block, static_cast<std::size_t>(count)})) return false;
-    done += static_cast<std::uint32_t>(count);
+  for (;;) {
+    const int count = entry.read(block, kReadBlock);
+    if (count <= 0) return count == 0;
+    if (!writeAll(file, {block, static_cast<std::size_t>(count)})) return false;
   }
-  return true;
 }
 
 // Makes the directory the open one, and creates it if it is missing.

@@ -32,7 +32,7 @@ class Extractor {
  private:
   // Writes an entry below the directory that the first `directoryLength` bytes of the target name.
   bool write(const std::string& stored, const std::string& target, std::size_t directoryLength);
-  bool copyBlocks(OpenEntry& entry, std::uint32_t size, HANDLE file);
+  bool copyBlocks(OpenEntry& entry, HANDLE file);
   bool openDirectory(const std::string& path);
 
   ArchiveReader& archive_;
