@@ -23,11 +23,10 @@ bool writeAll(HANDLE file, std::span<const unsigned char> bytes) {
   return true;
 }
 
-// Creates a directory and its missing parents. Of separators at the end only one is passed on: a
-// pair that begins with a slash would count as the start of a server name.
+// Creates a directory and its missing parents. Separators at the end are left out: a pair that
+// begins with a slash would count as the start of a server name.
 void createDirectories(const std::string& path) {
-  const std::size_t end = path.find_last_not_of("\\/") + 1;
-  FileSystem::Detail::makeFolders(path.substr(0, end + 1).c_str());
+  FileSystem::Detail::makeFolders(path.substr(0, path.find_last_not_of("\\/") + 1).c_str());
 }
 
 }  // namespace
@@ -85,16 +84,14 @@ bool Extractor::copyBlocks(OpenEntry& entry, HANDLE file) {
 
 // Makes the directory the open one, and creates it if it is missing.
 bool Extractor::openDirectory(const std::string& path) {
-  if (directory_ && path == directoryPath_) return true;
+  if (directory_ && *directory_ && path == directoryPath_) return true;
+  directoryPath_ = path;
   directory_.emplace(path);
   if (!*directory_) {
     createDirectories(path);
     directory_.emplace(path);
   }
-  directoryPath_ = path;
-  if (*directory_) return true;
-  directory_.reset();
-  return false;
+  return static_cast<bool>(*directory_);
 }
 
 }  // namespace zip
