@@ -1,6 +1,8 @@
 #include "zip/list_insertion.h"
 
+#include <algorithm>
 #include <cstdint>
+#include <optional>
 #include <unordered_set>
 
 #include "zip/archive_reader.h"
@@ -58,7 +60,7 @@ std::size_t appendFiles(const std::string& path, std::uint32_t before, const Fil
   if (append(path, add) == ArchiveWriter::Commit::Complete) return added;
   // The disk may have had space for some of them.
   const std::uint32_t after = ArchiveReader(path.c_str()).entryCount();
-  return after > before ? after - before : 0;
+  return std::max(after, before) - before;
 }
 
 // Replaces entries. The copy of the archive lacks the entries of all files, so if one fails, it is
@@ -82,19 +84,14 @@ std::size_t replace(Rewrite& archive, const FileList& files, Insertable insertab
 
 std::size_t insertFiles(const std::string& path, const FileList& files, bool overwrite,
                         const Encryption& encryption) {
-  std::size_t count = 0;
-  std::uint32_t before = 0;
-  {
-    Rewrite archive(path);
-    if (!canAppend(archive.reader(), path)) return 0;
-    const Insertable insertable = insertableFiles(archive.reader(), files, files.size(), overwrite);
-    if (!insertable.replaced.empty()) {
-      return replace(archive, files, insertable, encryption);
-    }
-    count = insertable.count;
-    before = archive.reader().entryCount();
-  }
-  return count == 0 ? 0 : appendFiles(path, before, files, count, encryption);
+  std::optional<Rewrite> archive(std::in_place, path);
+  if (!canAppend(archive->reader(), path)) return 0;
+  const Insertable insertable = insertableFiles(archive->reader(), files, files.size(), overwrite);
+  if (!insertable.replaced.empty()) return replace(*archive, files, insertable, encryption);
+  const std::uint32_t before = archive->reader().entryCount();
+  // Closed, so that the writer can open it.
+  archive.reset();
+  return insertable.count == 0 ? 0 : appendFiles(path, before, files, insertable.count, encryption);
 }
 
 }  // namespace zip
