@@ -98,7 +98,7 @@ class OpenEntry {
 // True if reading the content into memory as a whole is no faster than in blocks.
 bool isReadInBlocks(const EntryInfo& info);
 
-// Size of those blocks, in bytes.
+// Size of those blocks, and of the blocks in which files are read, in bytes.
 inline constexpr std::uint32_t kReadBlock = 256 << 10;
 
 }  // namespace zip

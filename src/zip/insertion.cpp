@@ -24,7 +24,7 @@ class BlockReader {
       : file_(file),
         reportedSize_(reportedSize),
         // With a byte more than a small file has, its first read also finds the end.
-        block_(static_cast<std::size_t>(std::min<std::uint64_t>(reportedSize + 1, kBlock))) {}
+        block_(static_cast<std::size_t>(std::min<std::uint64_t>(reportedSize + 1, kReadBlock))) {}
 
   // Passes each block to `use(data, size)`. False if a read or `use` fails.
   template <typename Use>
@@ -55,8 +55,6 @@ class BlockReader {
   }
 
  private:
-  static constexpr std::uint64_t kBlock = 256 << 10;
-
   HANDLE file_;
   std::uint64_t reportedSize_;
   std::vector<unsigned char> block_;
