@@ -6,16 +6,13 @@ namespace zip {
 
 TemporaryFile::TemporaryFile() {
   char folder[MAX_PATH + 1] = {};
-  if (GetTempPathA(sizeof folder, folder) == 0 ||
-      GetTempFileNameA(folder, platform::kTemporaryPrefix, 0, path_) == 0) {
-    path_[0] = '\0';
-    return;
-  }
-  platform::deleteAbandonedTemporaryFiles(path_);
+  created_ = GetTempPathA(sizeof folder, folder) != 0 &&
+             GetTempFileNameA(folder, platform::kTemporaryPrefix, 0, path_) != 0;
+  if (created_) platform::deleteAbandonedTemporaryFiles(path_);
 }
 
 TemporaryFile::~TemporaryFile() {
-  if (*this) DeleteFileA(path_);
+  if (created_) DeleteFileA(path_);
 }
 
 }  // namespace zip

@@ -14,11 +14,12 @@ class TemporaryFile {
   ~TemporaryFile();
 
   // True if the file could be created.
-  explicit operator bool() const { return path_[0] != '\0'; }
+  explicit operator bool() const { return created_; }
   const char* path() const { return path_; }
 
  private:
-  char path_[MAX_PATH + 1] = {};
+  char path_[MAX_PATH] = {};
+  bool created_ = false;
 };
 
 }  // namespace zip
