@@ -18,10 +18,10 @@ bool startsWithDrive(std::string_view path) {
 bool escapesTarget(std::string_view name) {
   if (name.empty() || kSeparators.find(name[0]) != std::string_view::npos) return true;
   if (startsWithDrive(name)) return true;
-  for (std::size_t start = 0; start <= name.size();) {
-    const std::size_t end = std::min(name.find_first_of(kSeparators, start), name.size());
-    if (name.substr(start, end - start) == "..") return true;
-    start = end + 1;
+  while (!name.empty()) {
+    const std::string_view component = name.substr(0, name.find_first_of(kSeparators));
+    if (component == "..") return true;
+    name.remove_prefix(std::min(component.size() + 1, name.size()));
   }
   return false;
 }
