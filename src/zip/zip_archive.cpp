@@ -32,12 +32,13 @@ int reading(ZipArchivePrivate& archive, Work work) {
   return reader && work(reader) ? 1 : 0;
 }
 
-// Runs `work(path)`, which changes the archive at that path. Returns as reading() does.
+// Runs `work(path)`, which changes the archive at that path, and returns its result; false or 0 if
+// the archive cannot be changed.
 template <typename Work>
-int writing(ZipArchivePrivate& archive, Work work) {
-  if (!archive.file.canRead() || !archive.file.canWrite()) return 0;
+auto writing(ZipArchivePrivate& archive, Work work) -> decltype(work(archive.file.name)) {
+  if (!archive.file.canRead() || !archive.file.canWrite()) return {};
   const ZipHeldFileGuard guard(archive.file);
-  return work(archive.file.name) ? 1 : 0;
+  return work(archive.file.name);
 }
 
 }  // namespace
@@ -209,12 +210,9 @@ int ZipArchive::insert(const char* source, const char* name, const char* comment
 
 std::size_t ZipArchive::insert(const std::vector<std::pair<std::string, std::string>>& files,
                                int overwrite) {
-  std::size_t count = 0;
-  writing(*m_private, [&](const std::string& path) {
-    count = zip::insertFiles(path, files, overwrite != 0, m_private->encryption());
-    return true;
+  return writing(*m_private, [&](const std::string& path) {
+    return zip::insertFiles(path, files, overwrite != 0, m_private->encryption());
   });
-  return count;
 }
 
 int ZipArchive::remove(const char* name) {
