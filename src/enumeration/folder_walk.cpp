@@ -8,14 +8,14 @@ namespace FileSystem::Detail {
 
 bool FolderWalk::isCycle() const {
   platform::FileIdentity own;
-  if (!platform::fileIdentity(path_.c_str(), own)) return false;
-  return std::any_of(levels_.begin(), levels_.end(), [&](std::size_t size) {
-    // An empty path and a drive alone name the current directory.
-    std::string level = path_.substr(0, size);
-    if (level.empty() || level.ends_with(':')) level += '.';
+  const auto isOwn = [&](std::size_t size) {
+    // An empty path and a drive alone name the current directory, and so does the dot after them.
+    const std::string level = path_.substr(0, size) + '.';
     platform::FileIdentity above;
     return platform::fileIdentity(level.c_str(), above) && above == own;
-  });
+  };
+  return platform::fileIdentity(path_.c_str(), own) &&
+         std::any_of(levels_.begin(), levels_.end(), isOwn);
 }
 
 }  // namespace FileSystem::Detail
