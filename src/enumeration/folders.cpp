@@ -2,7 +2,7 @@
 
 #include <filesystem/enumeration.h>
 
-#include <algorithm>
+#include <cstring>
 
 #include "enumeration/folder_walk.h"
 #include "path/fixed_text.h"
@@ -14,7 +14,7 @@ namespace {
 FILE_INFORMATION recordOf(const WIN32_FIND_DATAA& entry, const Detail::FolderWalk& walk) {
   FILE_INFORMATION information = Detail::informationOf(entry);
   const Detail::FixedText<sizeof(information.cFileName)> name(walk.relativePath());
-  std::copy_n(name.c_str(), name.view().size() + 1, information.cFileName);
+  std::memcpy(information.cFileName, name.c_str(), sizeof(information.cFileName));
   return information;
 }
 
