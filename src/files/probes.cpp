@@ -62,8 +62,7 @@ int TestOpen(const char* filename, unsigned long access) {
 unsigned long AllowedAccess(const char* filename) {
   if (filename == nullptr || FileExists(filename) == 0) return kAccessReadWrite;
   if (TestOpen(filename, kAccessReadWrite) != 0) return kAccessReadWrite;
-  if (TestOpen(filename, kAccessRead) != 0) return kAccessRead;
-  return kAccessNone;
+  return TestOpen(filename, kAccessRead) != 0 ? kAccessRead : kAccessNone;
 }
 
 double fileTime(const std::string& filename) {
