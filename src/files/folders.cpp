@@ -26,12 +26,10 @@ void trim(std::string& text) {
 // Removes the next component from the start of `rest` and returns it; empty at the end. Consecutive
 // separators count as one.
 std::string_view nextComponent(std::string_view& rest) {
-  std::size_t start = 0;
-  while (start < rest.size() && Detail::isSeparator(rest[start])) ++start;
-  std::size_t end = start;
-  while (end < rest.size() && !Detail::isSeparator(rest[end])) {
-    end += Detail::characterLength(rest, end);
-  }
+  const auto isOther = [&](std::size_t i) { return !Detail::isSeparator(rest[i]); };
+  const auto isSeparator = [&](std::size_t i) { return Detail::isSeparator(rest[i]); };
+  const std::size_t start = Detail::findCharacter(rest, 0, isOther);
+  const std::size_t end = Detail::findCharacter(rest, start, isSeparator);
   const std::string_view component = rest.substr(start, end - start);
   rest.remove_prefix(end);
   return component;
