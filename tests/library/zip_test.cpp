@@ -13,6 +13,7 @@ namespace {
 TEST_F(Zip, Lifecycle) {
   ZipArchive archive;
   EXPECT_EQ(archive.fileName(), nullptr);
+  EXPECT_EQ(archive.access(), kReadWrite);
   EXPECT_EQ(archive.canRead() + archive.canWrite(), 0);
   EXPECT_EQ(archive.open(path_.c_str(), kRead), 0);
   EXPECT_EQ(archive.create(path_.c_str(), 0), 1);
@@ -22,11 +23,12 @@ TEST_F(Zip, Lifecycle) {
   Names none;
   EXPECT_EQ(archive.enumerate(none), 0);
   // Opened exclusively, which also keeps it from being created again.
-  EXPECT_EQ(ZipArchive().open(path_.c_str(), kRead), 0);
+  EXPECT_EQ(ZipArchive().open(path_.c_str(), kRead) + ZipArchive().open(path_.c_str(), 0), 0);
   EXPECT_EQ(FileSystem::FileExists(path_.c_str()), 0);
-  EXPECT_EQ(archive.create(path_.c_str(), 0), 0);
+  EXPECT_EQ(archive.create(path_.c_str(), 0) + ZipArchive().create(path_.c_str(), 1), 0);
   EXPECT_EQ(archive.canWrite(), 1);
-  EXPECT_EQ(archive.insert(bytesOf("x"), "x", "", 0), 1);
+  // The name ends at its first zero byte.
+  EXPECT_EQ(archive.insert(bytesOf("x"), std::string("x\0", 2) + std::string(260, 'y'), "", 0), 1);
 
   ZipArchive copy = archive;
   EXPECT_EQ(copy.exist("x"), 1);
@@ -59,6 +61,7 @@ TEST_F(Zip, Lifecycle) {
   // No archive can be created in a missing folder.
   EXPECT_EQ(archive.create(folder_.file("missing/a.zip").c_str(), 1), 0);
   EXPECT_EQ(archive.fileName(), nullptr);
+  EXPECT_EQ(archive.canRead(), 0);
 }
 
 TEST_F(Zip, ListingAndLookup) {
@@ -162,7 +165,7 @@ TEST_F(Zip, InsertedEntries) {
   ZipArchive archive = writable();
   EXPECT_EQ(archive.insert(source.c_str(), "plain", "remark", 0), 1);
   EXPECT_EQ(archive.insert(bytesOf(""), "empty", "", 0), 1);
-  archive.password("secret");
+  EXPECT_EQ(archive.password("secret", ZipArchive::Encryption::Traditional), 1);
   EXPECT_EQ(archive.insert(source.c_str(), "in\\it", nullptr, 0), 1);
   EXPECT_EQ(archive.insert(source.c_str(), nullptr, nullptr, 0), 1);
   EXPECT_EQ(archive.insert(folder_.file("empty").c_str(), "", nullptr, 0), 1);
@@ -209,6 +212,10 @@ TEST_F(Zip, InsertionIntoWhatIsNoArchive) {
   support::writeFile(path_, "");
   EXPECT_EQ(writable().insert(bytesOf("x"), "x", "", 1), 1);
   EXPECT_EQ(contentOf("x"), "x");
+  // A list of files is appended to one without bytes, too.
+  support::writeFile(in_, "x");
+  support::writeFile(path_, "");
+  EXPECT_EQ(writable().insert({{in_, "x"}}, 1), 1U);
 }
 
 // An insertion reads and writes the new entry and the central directory only. A removal copies the
@@ -376,6 +383,7 @@ TEST_F(ZipFolders, NothingToDo) {
   support::writeFile(path_, "no archive");
   EXPECT_TRUE(FRT_UNZIP_FILE(path_.c_str(), out_.c_str()));
   EXPECT_FALSE(FRT_ZIP_FOLDER(in_.c_str(), folder_.file("none/a.zip").c_str()));
+  EXPECT_FALSE(FRT_ZIP_FOLDER(in_.c_str(), folder_.name().c_str()));
   EXPECT_FALSE(std::filesystem::exists(out_));
 }
 
@@ -388,7 +396,10 @@ TEST_F(ZipFolders, HostileNamesStayInside) {
     std::filesystem::remove_all(out_);
     std::filesystem::create_directory(out_);
     EXPECT_FALSE(FRT_UNZIP_FILE(path_.c_str(), out_.c_str()));
-    EXPECT_EQ(readable().extract(Names{name}, (out_ + "\\").c_str()), 0);
+    // A prefix that the name continues makes no other component of it.
+    for (const char* const prefix : {"\\", "\\p"}) {
+      EXPECT_EQ(readable().extract(Names{name}, (out_ + prefix).c_str()), 0);
+    }
     EXPECT_EQ(support::readFile(folder_.file("outside/file")), "untouched");
     EXPECT_EQ(support::outputOf(out_, "ls -A"), "");
   }

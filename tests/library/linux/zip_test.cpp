@@ -123,26 +123,37 @@ TEST_F(ZipOnLinux, PackingEndsAtTheFirstFailure) {
   std::filesystem::permissions(path_, std::filesystem::perms(0640));
   ASSERT_TRUE(FRT_ZIP_FOLDER(in_.c_str(), path_.c_str()));
   EXPECT_EQ(list(), "large\nsmall\na.zip\nlarge\nsmall\n640\n");
-  const auto packWithin = [&](rlim_t size) {
+  const auto pack = [&] { return FRT_ZIP_FOLDER(in_.c_str(), path_.c_str()); };
+  const auto within = [&](rlim_t size, const auto& work) {
     support::ForkedProcess limited([&](const auto&) {
       std::signal(SIGXFSZ, SIG_IGN);
       const rlimit limit{size, size};
       setrlimit(RLIMIT_FSIZE, &limit);
-      return FRT_ZIP_FOLDER(in_.c_str(), path_.c_str()) ? 1 : 0;
+      return work() ? 1 : 0;
     });
     return limited.wait();
   };
-  EXPECT_EQ(packWithin(2 << 20), 0);
+  EXPECT_EQ(within(2 << 20, pack), 0);
   EXPECT_EQ(list().find("large"), list().rfind("large"));
 
   // All files fit, but not the directory with all of them.
   std::filesystem::remove(folder_.file("in/large"));
+  std::vector<std::pair<std::string, std::string>> files;
   for (int i = 0; i < 2000; ++i) {
-    support::writeFile(folder_.file("in/" + std::string(200, 'n') + std::to_string(i)), "");
+    const std::string name = std::string(200, 'n') + std::to_string(i);
+    support::writeFile(folder_.file("in/" + name), "");
+    files.emplace_back(folder_.file("in/" + name), name);
   }
-  EXPECT_EQ(packWithin(800'000), 0);
+  EXPECT_EQ(within(800'000, pack), 0);
   EXPECT_GT(names().size(), 1000U);
   EXPECT_LT(names().size(), 2000U);
+  // So it is with a list, which reports how many were appended.
+  make({"first"});
+  const auto insert = [&] {
+    const std::size_t count = writable().insert(files, 0);
+    return count > 1000 && count < 2000 && count + 1 == names().size();
+  };
+  EXPECT_EQ(within(800'000, insert), 1);
 }
 
 // A process that is killed while it replaces an archive can leave the new version beside it.
@@ -155,6 +166,9 @@ TEST_F(ZipOnLinux, OpeningRemovesAnUnfinishedVersion) {
                 static_cast<unsigned long long>(status.st_ino));
   support::writeFile(folder_.file(name), "a new version");
   support::writeFile(folder_.file(".~copy0.tmp"), "another file's");
+  // Without access the file could be one that is being written.
+  opened(0);
+  EXPECT_TRUE(support::exists(folder_.file(name)));
   readable();
   EXPECT_FALSE(support::exists(folder_.file(name)));
   EXPECT_TRUE(support::exists(folder_.file(".~copy0.tmp")));
