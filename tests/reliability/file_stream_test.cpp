@@ -3,10 +3,7 @@
 #include <filesystem/file_stream.h>
 #include <filesystem/stream.h>
 #include <gtest/gtest.h>
-#include <sys/resource.h>
-#include <unistd.h>
 
-#include <fstream>
 #include <functional>
 #include <string>
 #include <vector>
@@ -93,24 +90,6 @@ TEST_F(StreamOnLinux, FailedWritesAreDropped) {
 // Such a file reports no size.
 TEST_F(StreamOnLinux, ReadsMoreThanReported) {
   EXPECT_GT(FileSystem::readContent("/proc/self/status").size(), 100U);
-}
-
-// Closing needs no memory for bytes that will never come.
-TEST_F(StreamOnLinux, ClosesWithoutMemory) {
-  FileStream stream(path_.c_str(), FileStream::OpenWrite);
-  stream.bufferSize(0xFFFFFFFF);
-  stream.write("x");
-  long pages = 0;
-  std::ifstream("/proc/self/statm") >> pages;
-  rlimit before{};
-  ASSERT_EQ(getrlimit(RLIMIT_AS, &before), 0);
-  rlimit low = before;
-  low.rlim_cur = static_cast<rlim_t>(pages) * static_cast<rlim_t>(getpagesize()) + (1U << 30);
-  ASSERT_EQ(setrlimit(RLIMIT_AS, &low), 0);
-  EXPECT_NO_THROW(stream.close());
-  setrlimit(RLIMIT_AS, &before);
-  EXPECT_FALSE(stream.is_open());
-  EXPECT_EQ(support::readFile(path_), "x");
 }
 
 }  // namespace
