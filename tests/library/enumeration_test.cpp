@@ -75,12 +75,11 @@ TEST_F(Enumeration, FiltersOfFiles) {
   const platform::FileHandle owner = support::openFile(folder_.file("held"));
   std::vector<FILE_INFORMATION> records(1);
   Names asked;
-  EXPECT_EQ(EnumFilesWithPathEx(records, folder_.name().c_str(), "*",
-                                [&](const char* path) {
-                                  asked.emplace_back(path);
-                                  return asked.back().ends_with("\\b") ? 1 : 0;
-                                }),
-            1U);
+  const auto isB = [&](const char* path) {
+    asked.emplace_back(path);
+    return asked.back().ends_with("\\b") ? 1 : 0;
+  };
+  EXPECT_EQ(EnumFilesWithPathEx(records, folder_.name().c_str(), "*", isB), 1U);
   EXPECT_EQ(below(asked), (Names{"a", "b"}));
   EXPECT_EQ(namesOf(records), (Names{"", "b"}));
   const boost::function1<int, const char*> none;

@@ -1,7 +1,6 @@
 #include <filesystem/path.h>
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <string>
 
 #include "support/temporary_folder.h"

@@ -9,7 +9,7 @@
 #include <map>
 #include <set>
 #include <string>
-#include <vector>
+#include <utility>
 
 #include "failing_calls.h"
 #include "operations.h"
@@ -82,12 +82,9 @@ bool removalFailed(const std::string& call) {
 }
 
 TEST_P(FailingCalls, SucceedOrLeaveAllAsItWas) {
-  constexpr struct {
-    Fault fault;
-    const char* name;
-  } kFaults[] = {{Fault::OneCall, "call "},
-                 {Fault::FullDisk, "full disk from call "},
-                 {Fault::HalfRead, "half of read "}};
+  constexpr std::pair<Fault, const char*> kFaults[] = {{Fault::OneCall, "call "},
+                                                       {Fault::FullDisk, "full disk from call "},
+                                                       {Fault::HalfRead, "half of read "}};
   const Operation& operation = GetParam();
   restoreFiles();
   const auto beforeBytes = contentsOf(work_, false);

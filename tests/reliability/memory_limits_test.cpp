@@ -12,7 +12,6 @@
 #include <functional>
 #include <string>
 #include <utility>
-#include <vector>
 
 #include "failing_calls.h"
 #include "support/linux/peak_memory.h"

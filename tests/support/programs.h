@@ -16,19 +16,12 @@ std::string outputOf(const std::filesystem::path& folder, const std::string& com
 // A path as the shell's programs know it.
 std::string shellPath(const std::filesystem::path& path);
 
-// A program that takes zip archives apart and checks all of one.
-struct Checker {
-  const char* name;
-  const char* command;  // followed by the archive's path
-};
-
-inline constexpr Checker kCheckers[] = {
-    {"unzip", "unzip -P secret -tqq"},
-    {"7z", "7z t -psecret"},
-    {"zipfile",
-     "python3 -c 'import sys, zipfile; z = zipfile.ZipFile(sys.argv[1]); "
-     "z.setpassword(b\"secret\");"
-     " sys.exit(z.testzip() is not None)'"},
+// Commands that take the zip archive apart whose path follows, and check all of it.
+inline constexpr const char* kCheckers[] = {
+    "unzip -P secret -tqq ",
+    "7z t -psecret ",
+    "python3 -c 'import sys, zipfile; z = zipfile.ZipFile(sys.argv[1]);"
+    " z.setpassword(b\"secret\"); sys.exit(z.testzip() is not None)' ",
 };
 
 }  // namespace support
