@@ -70,21 +70,21 @@ bool EntryData::isAuthentic() {
 }
 
 int EntryData::read(unsigned char* buffer, std::uint32_t size) {
-  if (failed_) return -1;
   const std::size_t wanted = static_cast<std::size_t>(std::min<std::uint64_t>(
       {size, plainLeft_, static_cast<std::uint64_t>(std::numeric_limits<int>::max())}));
-  failed_ = !readDecoded(buffer, wanted);
-  if (failed_) return -1;
-  if (!layout_.raw) crc_ = crc32(crc_, buffer, wanted);
-  plainLeft_ -= wanted;
-  if (plainLeft_ == 0 && !verified_) {
-    verified_ = layout_.raw || isWhole();
-    failed_ = !verified_;
-  }
+  failed_ = failed_ || !readVerified(buffer, wanted);
   return failed_ ? -1 : static_cast<int>(wanted);
 }
 
-// Checks the complete content.
+// Reads the next bytes and, with the last one, checks the complete content.
+bool EntryData::readVerified(unsigned char* out, std::size_t size) {
+  if (!readDecoded(out, size)) return false;
+  if (!layout_.raw) crc_ = crc32(crc_, out, size);
+  plainLeft_ -= size;
+  if (plainLeft_ == 0 && !verified_) verified_ = layout_.raw || isWhole();
+  return plainLeft_ != 0 || verified_;
+}
+
 bool EntryData::isWhole() {
   const bool checksCrc = !aes_ || layout_.aes->hasCrc;
   return (!checksCrc || crc_ == layout_.crc) && endsHere() && (!aes_ || isAuthentic());

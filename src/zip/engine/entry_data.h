@@ -53,6 +53,7 @@ class EntryData {
  private:
   struct Inflater;
 
+  bool readVerified(unsigned char* out, std::size_t size);
   bool readStored(unsigned char* out, std::size_t size);
   bool readDecoded(unsigned char* out, std::size_t size);
   bool decodeWhole(unsigned char* out);
