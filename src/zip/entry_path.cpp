@@ -8,7 +8,7 @@ namespace {
 constexpr std::string_view kSeparators = "\\/";
 
 bool startsWithDrive(std::string_view path) {
-  if (path.size() < 2 || path[1] != ':') return false;
+  if (path.find(':') != 1) return false;
   const char letter = static_cast<char>(path[0] | 0x20);
   return letter >= 'a' && letter <= 'z';
 }
