@@ -32,7 +32,7 @@ help:
 	@echo "make demo [FOLDER=...]     pack a real folder, unpack it, compare"
 	@echo "make test                  build and run all tests, plain and under the sanitizers"
 	@echo "make mutants [FILES=...]   list small changes of the code that no test notices;"
-	@echo "                           SEED=, COUNT=, BUDGET=seconds, QUICK=1 choose and limit them"
+	@echo "                           SEED=, SKIP=, COUNT=, BUDGET=seconds, QUICK=1 choose and limit"
 	@echo "make fuzz                  build and run the fuzz targets, a minute each"
 	@echo "make windows               cross-compile for 64-bit Windows, zip in build/windows"
 	@echo "make test-windows          run the tests under Wine"
@@ -63,8 +63,8 @@ test:
 
 mutants:
 	@scripts/install-packages $(BUILD_PACKAGES) $(TEST_PACKAGES)
-	scripts/mutants $(if $(SEED),--seed $(SEED)) $(if $(COUNT),--count $(COUNT)) \
-	  $(if $(BUDGET),--budget $(BUDGET)) $(if $(QUICK),--quick) $(FILES)
+	scripts/mutants $(if $(SEED),--seed $(SEED)) $(if $(SKIP),--skip $(SKIP)) \
+	  $(if $(COUNT),--count $(COUNT)) $(if $(BUDGET),--budget $(BUDGET)) $(if $(QUICK),--quick) $(FILES)
 
 fuzz:
 	@scripts/install-packages $(BUILD_PACKAGES) $(FUZZ_PACKAGES)
