@@ -20,8 +20,8 @@ std::string shellPath(const std::filesystem::path& path);
 inline constexpr const char* kCheckers[] = {
     "unzip -P secret -tqq ",
     "7z t -psecret ",
-    "python3 -c 'import sys, zipfile; z = zipfile.ZipFile(sys.argv[1]);"
-    " z.setpassword(b\"secret\"); sys.exit(z.testzip() is not None)' ",
+    ("python3 -c 'import sys, zipfile; z = zipfile.ZipFile(sys.argv[1]);"
+     " z.setpassword(b\"secret\"); sys.exit(z.testzip() is not None)' "),
 };
 
 }  // namespace support
