@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <csignal>
 #include <map>
-#include <set>
 #include <string>
 #include <utility>
 
@@ -164,16 +163,16 @@ TEST_P(FailingCalls, KilledBeforeAnyCallLeaveAllWhole) {
 
 TEST(FailingCall, MakesAPathInvalid) {
   const support::TemporaryFolder folder;
-  std::set<std::string> fatal;
+  std::string fatal;  // the names of the calls
   std::string failed;
   int number = 0;
   do {
     const Failing failing(Fault::OneCall, ++number);
     const bool isValid = FileSystem::IsValidPath(folder.name().c_str()) != 0;
     failed = failing.failed();
-    if (!isValid) fatal.insert(failed);
+    if (!isValid) fatal += failed.substr(0, failed.find(' ') + 1);
   } while (!failed.empty());
-  EXPECT_TRUE(fatal.contains("write ") && fatal.contains("read "));
+  EXPECT_EQ(fatal, "stat open openat fstat write read ");
 }
 
 TEST(FailingCall, AnotherProcessMayCreateTheSameFolder) {
