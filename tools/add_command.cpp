@@ -141,7 +141,7 @@ class Addition {
       for (std::size_t i = first; i < last; ++i) {
         files.emplace_back(sources_[i].path, sources_[i].name);
       }
-      const std::size_t added = archive_.zip().insert(files, 1);
+      const std::size_t added = archive_.zip().insertFiles(files, 1);
       for (const auto& file : files) {
         if (&file == files.data() + added) break;
         output_.detail("added " + printable(file.second));
@@ -178,7 +178,7 @@ void add(const AddRequest& request, Output& output) {
   if (request.files[0] == kStandardInput) {
     const std::vector<unsigned char> bytes = readStandardInput();
     Archive archive = openOrCreate(request.zip);
-    archive.zip().password(password.text.c_str(), password.encryption);
+    archive.zip().setEncryption(password.text.c_str(), password.encryption);
     if (archive.zip().insert(bytes, request.name, "", 1) == 0) {
       throw Failure("cannot add " + inQuotes(request.name) + " to " + inQuotes(request.zip));
     }
@@ -187,6 +187,6 @@ void add(const AddRequest& request, Output& output) {
   const std::vector<Source> sources = sourcesOf(request, output);
   if (sources.empty()) throw Failure("there is no file to add");
   Archive archive = openOrCreate(request.zip);
-  archive.zip().password(password.text.c_str(), password.encryption);
+  archive.zip().setEncryption(password.text.c_str(), password.encryption);
   Addition(archive, sources, output).run();
 }

@@ -134,7 +134,7 @@ std::string readFailure(const Entry& entry, bool hasPassword) {
     return "it has 4 GiB or more, which is not supported";
   }
   if (record.encryption == Encryption::kAes &&
-      ZipArchive().password("", ZipArchive::Encryption::Aes256) == 0) {
+      ZipArchive().setEncryption("", ZipArchive::Encryption::Aes256) == 0) {
     return "it is encrypted with AES, and the library was built without that";
   }
   if (record.encryption != Encryption::kNone && !hasPassword) {

@@ -51,7 +51,7 @@ std::string passwordFor(const std::vector<Entry>& entries, const PasswordSource&
 NewPassword newPassword(const EncryptionRequest& request, const Output& output) {
   NewPassword result;
   if (request.method == "aes256") result.encryption = ZipArchive::Encryption::Aes256;
-  if (ZipArchive().password("", result.encryption) == 0) {
+  if (ZipArchive().setEncryption("", result.encryption) == 0) {
     throw Failure("the library was built without AES; --encrypt traditional is weaker");
   }
   result.text = givenPassword(request.password, output);

@@ -26,15 +26,19 @@
 ///         files before it.
 FILESYSTEM_API bool FRT_ZIP_FOLDER(const char* folder, const char* zip);
 
-/// Packs a directory as the form above does, and encrypts the files.
+namespace FileSystem {
+
+/// Packs a directory as FRT_ZIP_FOLDER does, and encrypts the files.
 /// @param folder     the directory, as above
 /// @param zip        path of the archive, not null
 /// @param password   password of all entries, not null; empty for none
 /// @param encryption how they are encrypted
 /// @return as above; false too, and nothing changes, if the library was built without the
 /// encryption
-FILESYSTEM_API bool FRT_ZIP_FOLDER(const char* folder, const char* zip, const char* password,
-                                   ZipArchive::Encryption encryption);
+FILESYSTEM_API bool packFolder(const char* folder, const char* zip, const char* password,
+                               ZipArchive::Encryption encryption);
+
+}  // namespace FileSystem
 
 /// Unpacks a zip archive without password into a directory.
 ///

@@ -85,7 +85,7 @@ class FILESYSTEM_API ZipArchive {
   /// @param text       password, not null; empty for none
   /// @param encryption encryption of the entries that are written from now on
   /// @return 1; 0 if the library was built without the encryption, and nothing changes then
-  int password(const char* text, Encryption encryption);
+  int setEncryption(const char* text, Encryption encryption);
   /// Returns the access mask of the last open() or create(), FileSystem::kAccessReadWrite before.
   unsigned int access() const;
   /// Returns 1 if the file is held and the mask has FileSystem::kAccessRead, else 0.
@@ -164,18 +164,19 @@ class FILESYSTEM_API ZipArchive {
   /// @param overwrite non-zero to replace an entry of that name, as above
   /// @return 1 if the entry is in the archive, else 0
   int insert(const char* source, const char* name, const char* comment, int overwrite);
-  /// Inserts files as the form above does each, without comments and with one commit: a list of
-  /// many small files takes a small part of the time, and the archive has all of them or none if
-  /// the process ends. The first file that fails ends the list; the files before it are inserted.
+  /// Inserts files as insert() does each, without comments and with one commit: a list of many small
+  /// files takes a small part of the time, and the archive has all of them or none if the process
+  /// ends. The first file that fails ends the list; the files before it are inserted.
   ///
   /// A file fails if it cannot be read to its end or is too large, if its name is too long or that
-  /// of an earlier file of the list, or if `overwrite` is 0 and the name exists. Unlike with the
-  /// forms above, an entry whose file fails is kept.
+  /// of an earlier file of the list, or if `overwrite` is 0 and the name exists. Unlike with
+  /// insert(), an entry whose file fails is kept.
   /// @param files     pairs of the path of a file and the name of its entry; empty for the path
   /// @param overwrite non-zero to replace entries of those names, as above
   /// @return the number of files before the first that failed, the size of the list if none did; 0,
   ///         with the archive unchanged, if it cannot be written
-  std::size_t insert(const std::vector<std::pair<std::string, std::string>>& files, int overwrite);
+  std::size_t insertFiles(const std::vector<std::pair<std::string, std::string>>& files,
+                          int overwrite);
   /// Removes an entry. All others keep their order, stored data, times, attributes, extra fields
   /// and comments; no password is needed.
   ///

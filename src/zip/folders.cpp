@@ -32,8 +32,8 @@ bool addFiles(zip::ArchiveWriter& writer, const std::vector<std::string>& files,
 
 // An existing archive keeps its content until the new one is complete. It is locked before the
 // files are listed, so that an archive that lies in the folder is not packed into the new one.
-bool FRT_ZIP_FOLDER(const char* folder, const char* zip, const char* password,
-                    ZipArchive::Encryption encryption) {
+bool FileSystem::packFolder(const char* folder, const char* zip, const char* password,
+                            ZipArchive::Encryption encryption) {
   const bool isAes = encryption == ZipArchive::Encryption::Aes256;
   if (isAes && !zip::ArchiveWriter::hasAes()) return false;
   platform::NewVersion version(zip);
@@ -54,7 +54,7 @@ bool FRT_ZIP_FOLDER(const char* folder, const char* zip, const char* password,
 }
 
 bool FRT_ZIP_FOLDER(const char* folder, const char* zip) {
-  return FRT_ZIP_FOLDER(folder, zip, "", ZipArchive::Encryption::Traditional);
+  return FileSystem::packFolder(folder, zip, "", ZipArchive::Encryption::Traditional);
 }
 
 bool FRT_UNZIP_FILE(const char* zip, const char* folder) {

@@ -97,9 +97,9 @@ int ZipArchive::close() {
   return 1;
 }
 
-void ZipArchive::password(const char* text) { password(text, Encryption::Traditional); }
+void ZipArchive::password(const char* text) { setEncryption(text, Encryption::Traditional); }
 
-int ZipArchive::password(const char* text, Encryption encryption) {
+int ZipArchive::setEncryption(const char* text, Encryption encryption) {
   const bool isAes = encryption == Encryption::Aes256;
   if (isAes && !zip::ArchiveWriter::hasAes()) return 0;
   m_private->password = text;
@@ -208,8 +208,8 @@ int ZipArchive::insert(const char* source, const char* name, const char* comment
   });
 }
 
-std::size_t ZipArchive::insert(const std::vector<std::pair<std::string, std::string>>& files,
-                               int overwrite) {
+std::size_t ZipArchive::insertFiles(const std::vector<std::pair<std::string, std::string>>& files,
+                                    int overwrite) {
   return writing(*m_private, [&](const std::string& path) {
     return zip::insertFiles(path, files, overwrite != 0, m_private->encryption());
   });

@@ -138,7 +138,7 @@ TEST_F(Zip, ListInsertion) {
     ZipArchive archive = writable();
     Files files = row.files;
     for (auto& file : files) file.first = folder_.file(file.first);
-    EXPECT_EQ(archive.insert(files, row.overwrite), row.inserted);
+    EXPECT_EQ(archive.insertFiles(files, row.overwrite), row.inserted);
     EXPECT_EQ(archive.canWrite(), 1);
     archive.close();
     EXPECT_EQ(names(), row.names);
@@ -146,7 +146,7 @@ TEST_F(Zip, ListInsertion) {
     for (const std::string& name : names()) contents += contentOf(name.c_str());
     EXPECT_EQ(contents, row.contents);
   }
-  EXPECT_EQ(readable().insert(Files{{folder_.file("1"), "d"}}, 1), 0U);
+  EXPECT_EQ(readable().insertFiles(Files{{folder_.file("1"), "d"}}, 1), 0U);
 }
 
 // Entries from bytes and from files, as Python reads them.
@@ -164,7 +164,7 @@ TEST_F(Zip, InsertedEntries) {
                         5700000000);  // past 2107, the last year of the format
   ZipArchive archive = writable();
   EXPECT_EQ(archive.insert(source.c_str(), "plain", "remark", 0), 1);
-  EXPECT_EQ(archive.password("secret", ZipArchive::Encryption::Traditional), 1);
+  EXPECT_EQ(archive.setEncryption("secret", ZipArchive::Encryption::Traditional), 1);
   EXPECT_EQ(archive.insert(bytesOf("x"), "bytes", "", 0), 1);
   EXPECT_EQ(archive.insert(source.c_str(), "in\\it", nullptr, 0), 1);
   EXPECT_EQ(archive.insert(source.c_str(), nullptr, nullptr, 0), 1);
@@ -215,7 +215,7 @@ TEST_F(Zip, InsertionIntoWhatIsNoArchive) {
   // A list of files is appended to one without bytes, too.
   support::writeFile(in_, "x");
   support::writeFile(path_, "");
-  EXPECT_EQ(writable().insert({{in_, "x"}}, 1), 1U);
+  EXPECT_EQ(writable().insertFiles({{in_, "x"}}, 1), 1U);
 }
 
 // An insertion reads and writes the new entry and the central directory only. A removal copies the

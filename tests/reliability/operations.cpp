@@ -70,13 +70,13 @@ const Operation kOperations[] = {
     {"replace", [](In in) { return writable(in).insert({'n'}, "deep\\old", "", 1) == 1; }},
     {"insert_files",
      [](In in) {
-       return writable(in).insert({{in + "in/small", "new"}, {in + "in/deep/large", "newer"}}, 0) ==
-              2;
+       return writable(in).insertFiles({{in + "in/small", "new"}, {in + "in/deep/large", "newer"}},
+                                       0) == 2;
      },
      kInParts},
     {"replace_from_a_list",
      [](In in) {
-       return writable(in).insert({{in + "in/deep/large", "kept"}}, 1) == 1;
+       return writable(in).insertFiles({{in + "in/deep/large", "kept"}}, 1) == 1;
      }},
     {"remove", [](In in) { return writable(in).remove("kept") == 1; }},
     {"create", [](In in) { return ZipArchive().create((in + "b.zip").c_str(), 0) == 1; }, kInParts},

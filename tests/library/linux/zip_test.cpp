@@ -150,7 +150,7 @@ TEST_F(ZipOnLinux, PackingEndsAtTheFirstFailure) {
   // So it is with a list, which reports how many were appended.
   make({"first"});
   const auto insert = [&] {
-    const std::size_t count = writable().insert(files, 0);
+    const std::size_t count = writable().insertFiles(files, 0);
     return count > 1000 && count < 2000 && count + 1 == names().size();
   };
   EXPECT_EQ(within(800'000, insert), 1);
