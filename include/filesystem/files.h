@@ -12,9 +12,9 @@
 /// eraseOldFile("C:\\cache\\", 30);
 /// @endcode
 ///
-/// Paths are zero-terminated texts in the process code page. A result of type `int` is a truth
-/// value: zero means no or failure, any other value yes. No function throws an exception of its
-/// own.
+/// Paths are zero-terminated texts in the process code page; one in a `std::string` ends at its
+/// first zero byte, too. A result of type `int` is a truth value: zero means no or failure, any
+/// other value yes. No function throws an exception of its own.
 
 #include <filesystem/access.h>
 #include <filesystem/export.h>
@@ -149,14 +149,14 @@ FILESYSTEM_API int DeleteLockFile(const char* folder);
 /// empty because its last subfolder was deleted, it is deleted too, and then each parent that has
 /// become empty, up to the first link. Nothing outside the tree is deleted: links are kept and not
 /// followed, also if another process replaces a folder with a link during the sweep.
-/// @param folder folder text that ends in a separator
+/// @param folder folder text that ends in a separator; an empty text names no folder
 /// @param days   a file is old if its last write was at least this many days ago
 /// @return number of files deleted
 FILESYSTEM_API unsigned int eraseOldFile(const std::string& folder, unsigned int days);
 
 /// Lists the files that eraseOldFile would delete, and deletes nothing.
 /// @param files  their paths are appended to it
-/// @param folder folder text that ends in a separator
+/// @param folder as for eraseOldFile
 /// @param days   as for eraseOldFile
 /// @return number of paths appended
 FILESYSTEM_API unsigned int listOldFiles(std::vector<std::string>& files, const std::string& folder,

@@ -56,7 +56,7 @@ FILESYSTEM_API std::string extractExtension(const std::string& path);
 /// @return the new path without spaces at its ends; cut to 260 bytes
 FILESYSTEM_API std::string replaceExtension(const std::string& path, const std::string& extension);
 
-/// Compares two paths as text, ignoring case.
+/// Compares two paths as text, ignoring case. Zero bytes do not end the texts.
 ///
 /// Nothing is resolved: `\` differs from `/`, and a path with a trailing separator from the same
 /// path without one. Accented letters are compared as in Windows-1252, all others by the global
@@ -64,7 +64,7 @@ FILESYSTEM_API std::string replaceExtension(const std::string& path, const std::
 /// @return true if the texts are equal in lower case
 FILESYSTEM_API bool pathEqual(const std::string& first, const std::string& second);
 
-/// Returns the part of a path that follows a base directory.
+/// Returns the part of a path that follows a base directory. Zero bytes do not end the texts.
 /// @param base directory with its trailing separator; compared as text, ignoring case
 /// @param path any path
 /// @return the part of `path` after `base`; all of `path` if it does not begin with `base` or is

@@ -14,7 +14,7 @@
 namespace FileSystem {
 
 /// Reads a file.
-/// @param path path of the file
+/// @param path path of the file, up to its first zero byte
 /// @return its content; empty if the file is empty or cannot be opened. After a read error, the
 /// bytes
 ///         before the error.
@@ -22,8 +22,8 @@ FILESYSTEM_API std::string readContent(const std::string& path);
 
 /// Replaces the content of a file in place, or creates the file. The old content is lost before the
 /// new one is written, and a process that is killed between the two leaves an incomplete file.
-/// @param path    path of the file; its directory must exist
-/// @param content the new content
+/// @param path    path of the file, up to its first zero byte; its directory must exist
+/// @param content the new content, zero bytes included
 /// @return false if the file cannot be opened, or if content of 2 MiB or more cannot be written.
 ///         Smaller content is written when the file closes, and a failure of that write, such as a
 ///         full disk, is not reported.

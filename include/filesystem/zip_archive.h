@@ -116,7 +116,7 @@ class FILESYSTEM_API ZipArchive {
   /// Extracts entries to files, each to the path made of the prefix and its name, as the form below
   /// does. A name that escapes the prefix (`..`, a root, a drive) fails, and so does one that
   /// passes through a symbolic link below the prefix. Entries that fail do not stop the others.
-  /// @param names  names of entries
+  /// @param names  names of entries, each up to its first zero byte
   /// @param prefix text to which each name is appended, not null; that of a directory ends in a
   ///               separator
   /// @return 1 if at least one entry was extracted, else 0
@@ -164,14 +164,15 @@ class FILESYSTEM_API ZipArchive {
   /// @param overwrite non-zero to replace an entry of that name, as above
   /// @return 1 if the entry is in the archive, else 0
   int insert(const char* source, const char* name, const char* comment, int overwrite);
-  /// Inserts files as insert() does each, without comments and with one commit: a list of many small
-  /// files takes a small part of the time, and the archive has all of them or none if the process
-  /// ends. The first file that fails ends the list; the files before it are inserted.
+  /// Inserts files as insert() does each, without comments and with one commit: a list of many
+  /// small files takes a small part of the time, and the archive has all of them or none if the
+  /// process ends. The first file that fails ends the list; the files before it are inserted.
   ///
   /// A file fails if it cannot be read to its end or is too large, if its name is too long or that
   /// of an earlier file of the list, or if `overwrite` is 0 and the name exists. Unlike with
   /// insert(), an entry whose file fails is kept.
-  /// @param files     pairs of the path of a file and the name of its entry; empty for the path
+  /// @param files     pairs of the path of a file and the name of its entry, up to their first zero
+  ///                  bytes; an empty name for the path
   /// @param overwrite non-zero to replace entries of those names, as above
   /// @return the number of files before the first that failed, the size of the list if none did; 0,
   ///         with the archive unchanged, if it cannot be written

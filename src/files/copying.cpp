@@ -11,6 +11,7 @@
 #include "enumeration/folder_walk.h"
 #include "files/make_folders.h"
 #include "path/fixed_text.h"
+#include "path/zero_terminated.h"
 #include "platform/open_directory.h"
 #include "platform/win32.h"
 
@@ -95,8 +96,10 @@ int CopyFileA(const char* source, const char* targetFolder, unsigned int mode) {
   return permits(mode, source, target.c_str()) ? copy(source, target.c_str(), FALSE) : 0;
 }
 
-long CopyContent(const std::string& source, const std::string& target) {
+long CopyContent(const std::string& sourceText, const std::string& targetText) {
   constexpr long kNoTarget = -4;
+  const std::string source(Detail::upToZero(sourceText));
+  const std::string target(Detail::upToZero(targetText));
   std::vector<std::string> folders;
   Detail::FolderWalk walk(source, true, true);
   walk.run([&](const WIN32_FIND_DATAA&) {

@@ -11,6 +11,7 @@
 #include "files/tree_deletion.h"
 #include "path/fixed_text.h"
 #include "path/with_backslash.h"
+#include "path/zero_terminated.h"
 #include "platform/win32.h"
 
 namespace FileSystem {
@@ -49,13 +50,20 @@ bool isSwept(const Detail::TreeEntry& entry, double limit) {
 
 constexpr auto kLastLink = platform::OpenDirectory::LastLink::Followed;
 
+// Returns the start of the sweep, with a separator. An empty text stays empty and names no folder;
+// with a separator it would be the root of the current drive.
+std::string startOf(const std::string& folder) {
+  const std::string_view text = Detail::upToZero(folder);
+  return text.empty() ? std::string() : Detail::withBackslash(text);
+}
+
 }  // namespace
 
 unsigned int listOldFiles(std::vector<std::string>& files, const std::string& folder,
                           unsigned int days) {
   const double limit = now() - static_cast<double>(days);
   const std::size_t before = files.size();
-  Detail::visitTree(Detail::withBackslash(folder), kLastLink, [&](const Detail::TreeEntry& entry) {
+  Detail::visitTree(startOf(folder), kLastLink, [&](const Detail::TreeEntry& entry) {
     if (isSwept(entry, limit)) files.push_back(entry.directoryPath + entry.directory.name());
   });
   return static_cast<unsigned int>(files.size() - before);
@@ -63,7 +71,7 @@ unsigned int listOldFiles(std::vector<std::string>& files, const std::string& fo
 
 unsigned int eraseOldFile(const std::string& folder, unsigned int days) {
   const double limit = now() - static_cast<double>(days);
-  const std::string start = Detail::withBackslash(folder);
+  const std::string start = startOf(folder);
   const Detail::TreeDeletion deleted = Detail::deleteFromTree(
       start, kLastLink, [&](const Detail::TreeEntry& entry) { return isSwept(entry, limit); });
   // A link is not an empty directory, even if its target is one.

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "path/split_path.h"
+#include "path/zero_terminated.h"
 
 namespace FileSystem {
 namespace {
@@ -21,8 +22,9 @@ std::string_view trimmed(std::string_view text, Test test) {
   return text;
 }
 
-// A path ends at its first zero byte.
-Detail::PathParts split(const std::string& path) { return Detail::splitPath(path.c_str()); }
+Detail::PathParts split(const std::string& path) {
+  return Detail::splitPath(Detail::upToZero(path));
+}
 
 }  // namespace
 
@@ -59,7 +61,7 @@ std::string extractExtension(const std::string& path) {
 
 std::string replaceExtension(const std::string& path, const std::string& extension) {
   Detail::PathParts parts = split(path);
-  parts.extension = extension.c_str();
+  parts.extension = Detail::upToZero(extension);
   const auto composed = Detail::composePath(parts);
   return std::string(trimmed(composed.view(), isSpace));
 }

@@ -10,6 +10,7 @@
 #include "files/make_folders.h"
 #include "files/tree_deletion.h"
 #include "path/with_backslash.h"
+#include "path/zero_terminated.h"
 #include "platform/win32.h"
 
 namespace FileSystem {
@@ -39,7 +40,7 @@ bool TemporaryStorage::create(const std::string& base, bool removeBase) {
   clear();
   if (IsValidPath(base.c_str()) == 0) return false;
   m_removeBase = removeBase;
-  m_basePath = Detail::withBackslash(base);
+  m_basePath = Detail::withBackslash(Detail::upToZero(base));
   m_path = m_basePath + newName() + '\\';
   // EnsurePathExists would take `/\` for the start of a server name. The base exists, so that it
   // would create no more than this directory.

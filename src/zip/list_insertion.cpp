@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <cstdint>
 #include <optional>
+#include <string_view>
 #include <unordered_set>
 
+#include "path/zero_terminated.h"
 #include "zip/archive_reader.h"
 #include "zip/entry_names.h"
 #include "zip/insertion.h"
@@ -13,8 +15,9 @@
 namespace zip {
 namespace {
 
-const std::string& nameOf(const FileList::value_type& file) {
-  return file.second.empty() ? file.first : file.second;
+std::string nameOf(const FileList::value_type& file) {
+  const std::string_view name = FileSystem::Detail::upToZero(file.second);
+  return std::string(name.empty() ? FileSystem::Detail::upToZero(file.first) : name);
 }
 
 // The files of a list before the first one whose name rules it out.
@@ -29,7 +32,7 @@ Insertable insertableFiles(ArchiveReader& archive, const FileList& files, std::s
   Insertable result;
   std::unordered_set<std::string> names;
   for (; result.count < count; ++result.count) {
-    const std::string& name = nameOf(files[result.count]);
+    const std::string name = nameOf(files[result.count]);
     if (!names.insert(name).second) break;
     if (!archive.locate(storedName(name))) continue;
     if (!overwrite) break;

@@ -7,6 +7,7 @@
 #include <boost/format.hpp>
 #include <utility>
 
+#include "path/zero_terminated.h"
 #include "platform/new_version.h"
 #include "zip/archive_reader.h"
 #include "zip/archive_writer.h"
@@ -158,7 +159,8 @@ int ZipArchive::extract(const std::vector<std::string>& names, const char* prefi
     zip::Extractor extractor(reader, m_private->passwordOrNull());
     boost::format target("%s%s");
     bool any = false;
-    for (const std::string& name : names) {
+    for (const std::string& text : names) {
+      const std::string name(FileSystem::Detail::upToZero(text));
       target % prefix % name;
       any |= extractor.toFileBelow(zip::storedName(name), target.str(), prefixLength);
     }
@@ -182,8 +184,7 @@ int ZipArchive::extract(const char* name, std::vector<unsigned char>& bytes) con
 
 int ZipArchive::insert(const std::vector<unsigned char>& bytes, const std::string& name,
                        const std::string& comment, int overwrite) {
-  // The name ends at its first zero byte.
-  const std::string entry = name.substr(0, name.find('\0'));
+  const std::string entry(FileSystem::Detail::upToZero(name));
   const auto hasSource = [] { return true; };
   const auto add = [&](zip::ArchiveWriter& writer) {
     return zip::addBytes(writer, bytes, zip::storedName(entry), comment.c_str(),

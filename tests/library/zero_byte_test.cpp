@@ -1,0 +1,220 @@
+// Texts with a zero byte in them, such as a whole buffer: paths and names end there, other texts do
+// not.
+
+#include <filesystem/files.h>
+#include <filesystem/path.h>
+#include <filesystem/stream.h>
+#include <filesystem/temporary_storage.h>
+#include <filesystem/xml.h>
+#include <filesystem/zip_archive.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "support/temporary_folder.h"
+
+namespace {
+
+using namespace FileSystem;
+using namespace std::string_literals;
+
+using Strings = std::vector<std::string>;
+
+// Returns a text as it is passed to an export.
+using Pass = std::string (*)(const std::string&);
+
+std::string plain(const std::string& text) { return text; }
+std::string withRest(const std::string& text) { return text + "\0:\\in\\rest"s; }
+std::string asBuffer(const std::string& text) { return text + std::string(260, '\0'); }
+
+std::string joined(const Strings& texts) {
+  std::string all;
+  for (const std::string& text : texts) all += text + '\n';
+  return all;
+}
+
+// The files of each export's trial, and what they became.
+class World {
+ public:
+  World() {
+    support::writeFile(folder_.file("in/a.txt"), "a");
+    support::writeFile(folder_.file("in/sub/b.txt"), "b");
+    support::writeFile(folder_.file("in/sub/deep/c.txt"), "c");
+    support::writeFile(folder_.file("in/top.tmp"), "top");
+    support::setWriteTime(folder_.file("in/sub/b.txt"), 1000000000);
+    support::setWriteTime(folder_.file("in/top.tmp"), 1000000000);
+    ZipArchive archive;
+    EXPECT_EQ(archive.create(folder_.file("a.zip").c_str(), 0), 1);
+    EXPECT_EQ(archive.insert({'x', 'y'}, "entry", "note", 0), 1);
+  }
+
+  std::string path(const std::string& name) const { return folder_.text() + name; }
+  ZipArchive archive() const {
+    ZipArchive archive;
+    EXPECT_EQ(archive.open(path("a.zip").c_str(), kAccessReadWrite), 1);
+    return archive;
+  }
+  // Replaces the folder's own name in a result.
+  std::string anonymous(std::string text) const {
+    const std::string own = folder_.name();
+    for (std::size_t at; (at = text.find(own)) != std::string::npos;)
+      text.replace(at, own.size(), "~");
+    return text;
+  }
+  // Lists all files with their content, and the entries of the archive. The name of a temporary
+  // storage is another one each time.
+  std::string state() const {
+    Strings lines;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(folder_.path())) {
+      std::string name = support::textOf(entry.path().lexically_relative(folder_.path()));
+      const std::size_t brace = name.find('{');
+      if (brace != std::string::npos)
+        name = name.substr(0, brace) + "{storage}" + name.substr(brace + 38);
+      const bool isText = entry.is_regular_file() && entry.path().extension() != ".zip";
+      lines.push_back(name + ' ' +
+                      (isText ? support::readFile(support::textOf(entry.path())) : ""));
+    }
+    std::sort(lines.begin(), lines.end());
+    std::vector<std::pair<std::string, std::string>> entries;
+    archive().content(entries);
+    for (const auto& [name, comment] : entries) lines.push_back(name + '/' + comment);
+    return joined(lines);
+  }
+
+ private:
+  support::TemporaryFolder folder_;
+};
+
+struct Export {
+  const char* name;
+  // Calls the export with texts that `pass` has changed, and returns its result.
+  std::string (*call)(const World& world, Pass pass);
+};
+
+const Export kExports[] = {
+    {"extractDrive", [](const World&, Pass pass) { return extractDrive(pass("")); }},
+    {"extractPath", [](const World&, Pass pass) { return extractPath(pass("C:\\d\\")); }},
+    {"extractFilename",
+     [](const World&, Pass pass) { return extractFilename(pass("C:\\d\\a.b")); }},
+    {"extractName", [](const World&, Pass pass) { return extractName(pass("C:\\d\\a.b")); }},
+    {"extractExtension", [](const World&, Pass pass) { return extractExtension(pass("a.b")); }},
+    {"replaceExtensionPath",
+     [](const World&, Pass pass) { return replaceExtension(pass("C:\\d\\a.b"), "c"); }},
+    {"replaceExtensionExtension",
+     [](const World&, Pass pass) { return replaceExtension("C:\\d\\a.b", pass("c")); }},
+    {"fileTime",
+     [](const World& world, Pass pass) {
+       return std::to_string(fileTime(pass(world.path("in\\sub\\b.txt"))));
+     }},
+    {"readContent",
+     [](const World& world, Pass pass) { return readContent(pass(world.path("in\\a.txt"))); }},
+    {"writeContent",
+     [](const World& world, Pass pass) {
+       return std::to_string(writeContent(pass(world.path("in\\new")), "new"));
+     }},
+    {"CopyContentSource",
+     [](const World& world, Pass pass) {
+       return std::to_string(CopyContent(pass(world.path("in\\")), world.path("out\\")));
+     }},
+    {"CopyContentTarget",
+     [](const World& world, Pass pass) {
+       return std::to_string(CopyContent(world.path("in\\"), pass(world.path("out\\"))));
+     }},
+    {"eraseOldFile",
+     [](const World& world, Pass pass) {
+       return std::to_string(eraseOldFile(pass(world.path("in\\")), 7));
+     }},
+    {"listOldFiles",
+     [](const World& world, Pass pass) {
+       Strings files;
+       listOldFiles(files, pass(world.path("in\\")), 7);
+       std::sort(files.begin(), files.end());
+       return joined(files);
+     }},
+    {"TemporaryStorageCreate",
+     [](const World& world, Pass pass) {
+       TemporaryStorage storage;
+       std::string result = std::to_string(storage.create(pass(world.path("in")), false));
+       result += storage.basePath();
+       result += std::to_string(writeContent(storage.path() + "page", "page"));
+       return result + '\n' + world.state();  // before the storage is cleared
+     }},
+    {"ZipArchiveExtractList",
+     [](const World& world, Pass pass) {
+       return std::to_string(
+           world.archive().extract(Strings{pass("entry")}, world.path("out\\").c_str()));
+     }},
+    {"ZipArchiveInsertName",
+     [](const World& world, Pass pass) {
+       return std::to_string(world.archive().insert({'n'}, pass("new"), "", 0));
+     }},
+    {"ZipArchiveInsertComment",
+     [](const World& world, Pass pass) {
+       return std::to_string(world.archive().insert({'n'}, "new", pass("comment"), 0));
+     }},
+    {"ZipArchiveInsertFilesPath",
+     [](const World& world, Pass pass) {
+       return std::to_string(
+           world.archive().insertFiles({{pass(world.path("in\\a.txt")), "a"}}, 0));
+     }},
+    {"ZipArchiveInsertFilesName",
+     [](const World& world, Pass pass) {
+       return std::to_string(
+           world.archive().insertFiles({{world.path("in\\a.txt"), pass("a")}}, 0));
+     }},
+    {"ZipArchiveInsertFilesTwice",
+     [](const World& world, Pass pass) {
+       return std::to_string(world.archive().insertFiles(
+           {{world.path("in\\a.txt"), "a"}, {world.path("in\\a.txt"), pass("a")}}, 0));
+     }},
+};
+
+class ZeroByte : public testing::TestWithParam<Export> {
+ protected:
+  // Returns the result of the export and what it leaves on disk.
+  static std::string outcome(Pass pass) {
+    const World world;
+    const std::string result = GetParam().call(world, pass);
+    return world.anonymous(result + '\n' + world.state());
+  }
+};
+
+TEST_P(ZeroByte, EndsPathsAndNames) {
+  const std::string expected = outcome(plain);
+  EXPECT_EQ(outcome(withRest), expected);
+  EXPECT_EQ(outcome(asBuffer), expected);
+}
+
+INSTANTIATE_TEST_SUITE_P(Exports, ZeroByte, testing::ValuesIn(kExports),
+                         [](const auto& row) { return std::string(row.param.name); });
+
+// These take bytes: nothing ends at a zero byte.
+TEST(ZeroBytes, AreContent) {
+  EXPECT_FALSE(pathEqual("a", "a\0b"s));
+  EXPECT_EQ(subPath("a\0"s, "a\0b"s), "b");
+  EXPECT_EQ(eraseInvalidCharacter("a\0:b"s), "a\0b"s);
+  EXPECT_EQ(Xml::toXml("a\0<"s), "a\0&lt;"s);
+  EXPECT_EQ(Xml::toXmlTag("a\0B"s), "a\0b"s);
+  const World world;
+  EXPECT_TRUE(writeContent(world.path("bytes"), "a\0b"s));
+  EXPECT_EQ(readContent(world.path("bytes")), "a\0b"s);
+}
+
+// A buffer that was never filled names no folder, and not the root.
+TEST(ZeroBytes, EmptyBuffersNameNoFolder) {
+  const std::string buffer(260, '\0');
+  const World world;
+  const std::string before = world.state();
+  for (const std::string& folder : {buffer, ""s}) {
+    Strings files;
+    EXPECT_EQ(listOldFiles(files, folder, 7), 0U);
+    EXPECT_FALSE(TemporaryStorage().create(folder, true));
+    EXPECT_EQ(CopyContent(world.path("in\\"), folder), -4);
+  }
+  EXPECT_EQ(world.state(), before);
+}
+
+}  // namespace
