@@ -63,10 +63,10 @@ bool fillFile(int descriptor, const ConfinedDirectory::Fill& fill) {
 // False with errno EEXIST, and `fill` not called, if the name is in use.
 bool writeNew(int directory, const char* name, const ConfinedDirectory::Fill& fill) {
   constexpr mode_t kPermissions = 0666;
-  const Descriptor file(
+  Descriptor file(
       openRetrying(directory, name, O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW, kPermissions));
   if (!file) return false;
-  if (!acquireNew(file.get(), kReadWrite, 0) && !acquireShare(file.get(), kReadWrite, 0)) {
+  if (!acquireNew(file, kReadWrite, 0) && !acquireShare(file, kReadWrite, 0)) {
     errno = EBUSY;
     return false;
   }
@@ -92,7 +92,7 @@ Descriptor lockForReplacement(int directory, const char* name, struct stat& stat
     fail(ERROR_ACCESS_DENIED);
     return {};
   }
-  if (acquireShare(file.get(), kReadWrite, 0)) return file;
+  if (acquireShare(file, kReadWrite, 0)) return file;
   fail(ERROR_SHARING_VIOLATION);
   return {};
 }

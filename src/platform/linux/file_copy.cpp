@@ -41,13 +41,13 @@ TargetState findTarget(const NativePath& path, Target& target) {
 bool lockForWriting(Target& target) {
   constexpr DWORD kShareReading = FILE_SHARE_READ | FILE_SHARE_DELETE;
   const int descriptor = target.held.get();
-  if (acquireShare(descriptor, FILE_WRITE_DATA, kShareReading)) {
+  if (acquireShare(target.held, FILE_WRITE_DATA, kShareReading)) {
     target.isShared = target.whenHeld == HeldTarget::Overwrite && isHeldByOthers(descriptor);
     return true;
   }
   target.isShared = true;
   return target.whenHeld == HeldTarget::Overwrite &&
-         acquireShare(descriptor, FILE_WRITE_DATA, kShareReading | FILE_SHARE_WRITE);
+         acquireShare(target.held, FILE_WRITE_DATA, kShareReading | FILE_SHARE_WRITE);
 }
 
 struct timespec unchangedTime() {
@@ -155,9 +155,9 @@ bool copyOver(const Source& source, Target& target) {
 
 bool copyToNew(const Source& source, const NativePath& path) {
   const mode_t mode = source.status.st_mode & 0777;
-  const Descriptor file(openRetrying(AT_FDCWD, path.c_str(), O_RDWR | O_CREAT | O_EXCL, mode));
+  Descriptor file(openRetrying(AT_FDCWD, path.c_str(), O_RDWR | O_CREAT | O_EXCL, mode));
   if (!file) return false;
-  holdUnfinished(file.get());
+  holdUnfinished(file);
   if (copyContent(source.descriptor, source.status.st_size, file.get()) &&
       setWriteTime(source, file.get())) {
     return true;

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <atomic>
+#include <utility>
 
 #include "platform/linux/last_error.h"
 
@@ -30,9 +31,14 @@ static_assert(kRights == 7);
 // raised fs.nr_open. Pages of the table that no descriptor uses take no memory.
 constexpr std::size_t kDescriptors = std::size_t{1} << 20;
 
-// Changes whenever the descriptor is opened or closed through this layer. It
-// repeats after 2^31 openings of one descriptor.
-std::array<std::atomic<std::uint32_t>, kDescriptors> openings;
+struct Entry {
+  // Changes whenever the descriptor is opened or closed through this layer. It
+  // repeats after 2^31 openings of one descriptor.
+  std::atomic<std::uint32_t> opening;
+  // That of the descriptor which the handle owns.
+  std::atomic<std::uint32_t> locker;
+};
+std::array<Entry, kDescriptors> entries;
 
 std::uint64_t valueOf(HANDLE handle) { return reinterpret_cast<std::uintptr_t>(handle); }
 
@@ -41,39 +47,58 @@ std::uint32_t openingOf(HANDLE handle) {
 }
 
 // The table's entry for a value that makeFileHandle can have returned, or null.
-std::atomic<std::uint32_t>* entryOf(HANDLE handle) {
+Entry* entryOf(HANDLE handle) {
   const std::uint64_t value = valueOf(handle);
   const std::uint64_t descriptor = value & kDescriptorMask;
   const bool isHandle = (value & kMarkerMask) == kMarker && descriptor < kDescriptors;
-  return isHandle ? &openings[descriptor] : nullptr;
+  return isHandle ? &entries[descriptor] : nullptr;
 }
 
 int descriptorIn(HANDLE handle) { return static_cast<int>(valueOf(handle) & kDescriptorMask); }
+
+// Returns the entry of an opening that this call ended, or null.
+Entry* ended(HANDLE handle) {
+  Entry* const entry = entryOf(handle);
+  std::uint32_t opening = openingOf(handle);
+  const bool isEnded = entry != nullptr && entry->opening.compare_exchange_strong(
+                                               opening, opening + 1, std::memory_order_relaxed);
+  return isEnded ? entry : nullptr;
+}
 
 }  // namespace
 
 HANDLE makeFileHandle(int descriptor, DWORD rights) {
   const auto index = static_cast<std::size_t>(descriptor);
   if (index >= kDescriptors) return invalidHandle(ERROR_TOO_MANY_OPEN_FILES);
-  const std::uint64_t opening = openings[index].fetch_add(1, std::memory_order_relaxed) + 1U;
+  const std::uint64_t opening = entries[index].opening.fetch_add(1, std::memory_order_relaxed) + 1U;
   const std::uint64_t value = index | std::uint64_t{rights & kRights} << kRightsShift | kMarker |
                               (opening & 0xFFFFFFFF) << kOpeningShift;
   return reinterpret_cast<HANDLE>(value);
 }
 
+HANDLE makeFileHandle(Descriptor file, DWORD rights) {
+  const HANDLE handle = makeFileHandle(file.get(), rights);
+  Entry* const entry = entryOf(handle);
+  if (entry != nullptr) {
+    entry->locker.store(file.locker(), std::memory_order_relaxed);
+    file.release();
+  }
+  return handle;
+}
+
 int descriptorOf(HANDLE handle) {
   const auto* const entry = entryOf(handle);
   const bool isOpen =
-      entry != nullptr && entry->load(std::memory_order_relaxed) == openingOf(handle);
+      entry != nullptr && entry->opening.load(std::memory_order_relaxed) == openingOf(handle);
   return isOpen ? descriptorIn(handle) : -1;
 }
 
-int endOpening(HANDLE handle) {
-  auto* const entry = entryOf(handle);
-  std::uint32_t opening = openingOf(handle);
-  const bool ended = entry != nullptr && entry->compare_exchange_strong(opening, opening + 1,
-                                                                        std::memory_order_relaxed);
-  return ended ? descriptorIn(handle) : -1;
+void endOpening(HANDLE handle) { ended(handle); }
+
+Descriptor takeDescriptor(HANDLE handle) {
+  const Entry* const entry = ended(handle);
+  if (entry == nullptr) return {};
+  return {descriptorIn(handle), entry->locker.load(std::memory_order_relaxed)};
 }
 
 bool grantsAny(HANDLE handle, DWORD rights) {

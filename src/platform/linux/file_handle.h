@@ -4,20 +4,29 @@
 // descriptor, so that a handle is known to be closed without a system call, even
 // if its descriptor is in use again.
 
+#include "platform/linux/descriptor.h"
 #include "platform/linux/win32_linux.h"
 
 namespace platform::native {
 
-// Returns INVALID_HANDLE_VALUE, with the error, if the table does not reach as
-// far as the descriptor, which stays open. `rights` are specific ones.
+// Makes a handle that does not own the descriptor; endOpening ends it. Returns
+// INVALID_HANDLE_VALUE, with the error, if the table does not reach as far as the
+// descriptor. `rights` are specific ones.
 HANDLE makeFileHandle(int descriptor, DWORD rights);
+
+// Does the same for a handle that owns the descriptor and its locks.
+HANDLE makeFileHandle(Descriptor file, DWORD rights);
 
 // Returns the descriptor of an open handle, or -1.
 int descriptorOf(HANDLE handle);
 
-// Ends the opening, so that all copies of the handle are closed ones. Returns the
-// descriptor, for the caller to close, or -1 if the handle is closed.
-int endOpening(HANDLE handle);
+// Ends the opening, so that all copies of the handle are closed ones. Does not
+// close the descriptor.
+void endOpening(HANDLE handle);
+
+// Does the same for a handle that owns its descriptor, and returns that, or none if
+// the handle is closed.
+Descriptor takeDescriptor(HANDLE handle);
 
 // True if the handle was opened with one of these specific rights.
 bool grantsAny(HANDLE handle, DWORD rights);

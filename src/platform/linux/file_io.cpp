@@ -59,9 +59,9 @@ bool transfer(DWORD size, DWORD& done, Step step) {
 using namespace platform::native;
 
 BOOL CloseHandle(HANDLE handle) {
-  const int descriptor = endOpening(handle);
-  if (descriptor < 0) return fail(ERROR_INVALID_HANDLE);
-  return ::close(descriptor) == 0 || errno == EINTR ? TRUE : failWithErrno();
+  Descriptor file = takeDescriptor(handle);
+  if (!file) return fail(ERROR_INVALID_HANDLE);
+  return file.close() ? TRUE : failWithErrno();
 }
 
 BOOL ReadFile(HANDLE handle, void* buffer, DWORD size, DWORD* read, OVERLAPPED* overlapped) {

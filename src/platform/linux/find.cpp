@@ -161,7 +161,7 @@ HANDLE FindFirstFileExA(const char* pattern, FINDEX_INFO_LEVELS, void* data,
 
   const NativePath path(directoryOf(text, start).c_str());
   if (!path.valid()) return invalidHandle(path.error());
-  DirectoryStream folder(opendir(path.c_str()));
+  DirectoryStream folder = openDirectory(path.c_str());
   if (folder == nullptr) {
     return invalidHandle(errno == ENOENT ? ERROR_PATH_NOT_FOUND : errorFromErrno(errno));
   }

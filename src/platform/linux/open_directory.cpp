@@ -31,13 +31,6 @@ namespace {
 constexpr unsigned kOpenLevels = 32;
 constexpr int kDirectoryFlags = O_RDONLY | O_DIRECTORY;
 
-// The stream owns the descriptor. Null if the descriptor is not open.
-DirectoryStream streamOf(Descriptor descriptor) {
-  DirectoryStream stream(descriptor ? fdopendir(descriptor.get()) : nullptr);
-  if (stream) descriptor.release();
-  return stream;
-}
-
 bool isDirectoryAt(int folder, const dirent& entry) {
   if (entry.d_type != DT_UNKNOWN) return entry.d_type == DT_DIR;
   struct stat status;
@@ -168,10 +161,10 @@ bool OpenDirectory::copyNew(const OpenDirectory& source, const std::string& stor
   }
   constexpr mode_t kPermissions = 0777;
   const int folder = dirfd(state_->stream.get());
-  const Descriptor to(
+  Descriptor to(
       openRetrying(folder, name, O_RDWR | O_CREAT | O_EXCL, status.st_mode & kPermissions));
   if (!to) return failWithErrno() != FALSE;
-  holdUnfinished(to.get());
+  holdUnfinished(to);
   const timespec times[] = {{.tv_sec = 0, .tv_nsec = UTIME_OMIT}, status.st_mtim};
   if (copyContent(from.get(), status.st_size, to.get()) && futimens(to.get(), times) == 0)
     return true;

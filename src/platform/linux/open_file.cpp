@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <utility>
 
 #include "platform/linux/access_rights.h"
 #include "platform/linux/attributes.h"
@@ -97,12 +98,12 @@ bool isDeleted(int descriptor) {
 
 // Takes the locks. Retry if they were refused on a file that has no name any
 // more: another one can have its name.
-Outcome acquire(int descriptor, const Opening& opening, bool created) {
+Outcome acquire(Descriptor& file, const Opening& opening, bool created) {
   if (opening.rights == 0) return Outcome::Done;
-  if (created && acquireNew(descriptor, opening.rights, opening.share)) return Outcome::Done;
-  if (acquireShare(descriptor, opening.rights, opening.share)) return Outcome::Done;
+  if (created && acquireNew(file, opening.rights, opening.share)) return Outcome::Done;
+  if (acquireShare(file, opening.rights, opening.share)) return Outcome::Done;
   SetLastError(ERROR_SHARING_VIOLATION);
-  return isDeleted(descriptor) ? Outcome::Retry : Outcome::Failed;
+  return isDeleted(file.get()) ? Outcome::Retry : Outcome::Failed;
 }
 
 // Checks the open file again, now that no one else can delete it, and truncates
@@ -131,7 +132,7 @@ HANDLE openFile(const NativePath& path, const Opening& opening) {
     bool created = false;
     Outcome outcome = openOrCreate(path.c_str(), opening, file, created);
     if (outcome != Outcome::Done) SetLastError(openError(opening, path, errno));
-    if (outcome == Outcome::Done) outcome = acquire(file.get(), opening, created);
+    if (outcome == Outcome::Done) outcome = acquire(file, opening, created);
     if (outcome == Outcome::Done) {
       outcome = finish(file.get(), opening, created);
       if (outcome == Outcome::Failed && created) unlink(path.c_str());
@@ -139,9 +140,8 @@ HANDLE openFile(const NativePath& path, const Opening& opening) {
     if (outcome == Outcome::Retry && attempt < kOpenAttempts) continue;
     if (outcome != Outcome::Done) return INVALID_HANDLE_VALUE;
 
-    const HANDLE handle = makeFileHandle(file.get(), opening.rights);
+    const HANDLE handle = makeFileHandle(std::move(file), opening.rights);
     if (handle == INVALID_HANDLE_VALUE) return handle;
-    file.release();
     SetLastError(opening.creates() && !created ? ERROR_ALREADY_EXISTS : ERROR_SUCCESS);
     return handle;
   }

@@ -181,16 +181,19 @@ bool isFinal(int descriptor, const Request& request, int attempt) {
 
 }  // namespace
 
-bool acquireShare(int descriptor, DWORD rights, DWORD share) {
+bool acquireShare(Descriptor& file, DWORD rights, DWORD share) {
+  const int descriptor = file.get();
   const Request request = requestOf(rights, share);
   for (int attempt = 1;; ++attempt) {
     const Lock locked = takeAll(descriptor, request);
     if (locked == Lock::Unavailable) return true;
+    file.markLocked();
     if (locked == Lock::Taken && !contradicted(descriptor, request)) {
       if (request.needsTransit()) release(descriptor, {kTransit, kTransit});
       return true;
     }
     release(descriptor, kAllBytes);
+    file.markUnlocked();
     if (isFinal(descriptor, request, attempt)) return false;
     pause();
   }
@@ -205,15 +208,19 @@ bool shareAvailable(int descriptor, DWORD rights, DWORD share) {
   return true;
 }
 
-bool acquireNew(int descriptor, DWORD rights, DWORD share) {
+bool acquireNew(Descriptor& file, DWORD rights, DWORD share) {
   if (share != 0 || !reads(rights) || !writes(rights)) return false;
+  const int descriptor = file.get();
   if (take(descriptor, kAllBytes) != Lock::Taken) return false;
   const bool isAlone = !heldByOthers(descriptor, kAllBytes);
   release(descriptor, isAlone ? Range{kTransit, kTransit} : kAllBytes);
+  if (isAlone) file.markLocked();
   return isAlone;
 }
 
-void holdUnfinished(int descriptor) { take(descriptor, kFacts); }
+void holdUnfinished(Descriptor& file) {
+  if (take(file.get(), kFacts) == Lock::Taken) file.markLocked();
+}
 
 bool holdExclusively(int descriptor) {
   for (int attempt = 1;; ++attempt) {

@@ -3,16 +3,17 @@
 // description locks on bytes far beyond any file's end. share_lock.cpp describes
 // the protocol.
 
+#include "platform/linux/descriptor.h"
 #include "platform/linux/win32_linux.h"
 
 namespace platform::native {
 
 // Takes the locks of an opening with these specific rights and this share mode
-// on `descriptor`, which must be open for reading whatever the rights are. False
+// on `file`, which must be open for reading whatever the rights are. False
 // if another holder's rights or share mode contradict it; no lock is left then.
-// True without locks where the file system has none. The locks end with the last
-// descriptor of the open file description.
-bool acquireShare(int descriptor, DWORD rights, DWORD share);
+// True without locks where the file system has none. The locks end when
+// the descriptor is closed, or with the process.
+bool acquireShare(Descriptor& file, DWORD rights, DWORD share);
 
 // Reports whether acquireShare would succeed, without taking a lock.
 bool shareAvailable(int descriptor, DWORD rights, DWORD share);
@@ -21,10 +22,10 @@ bool shareAvailable(int descriptor, DWORD rights, DWORD share);
 // calls, if it is opened to read and write without any sharing. False, with no
 // lock taken, if another process opened the file first or if acquireShare has to
 // decide.
-bool acquireNew(int descriptor, DWORD rights, DWORD share);
+bool acquireNew(Descriptor& file, DWORD rights, DWORD share);
 
 // Keeps everyone else from a file that was just created, while it is filled.
-void holdUnfinished(int descriptor);
+void holdUnfinished(Descriptor& file);
 
 // Adds the denial of reading to the locks of an opening that writes and denies
 // writing. False, with that denial dropped, if another handle holds the file.

@@ -1,11 +1,17 @@
 // Share modes between processes, and between threads that open a file at the same instant.
 
 #include <gtest/gtest.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <atomic>
+#include <csignal>
+#include <functional>
+#include <list>
 #include <thread>
 
+#include "platform/confined_directory.h"
 #include "support/linux/forked_process.h"
 #include "support/open_file.h"
 #include "support/temporary_folder.h"
@@ -14,6 +20,17 @@ namespace {
 
 constexpr DWORD kReadWrite = GENERIC_READ | GENERIC_WRITE;
 constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+
+// Ways to make a child process. The last two run no handler of pthread_atfork.
+struct Forking {
+  const char* name;
+  std::function<pid_t()> fork;
+};
+const Forking kForkings[] = {
+    {"fork", [] { return fork(); }},
+    {"_Fork", [] { return _Fork(); }},
+    {"clone", [] { return static_cast<pid_t>(syscall(SYS_clone, SIGCHLD, 0, 0, 0, 0)); }},
+};
 
 class Sharing : public testing::Test {
  protected:
@@ -58,6 +75,72 @@ TEST_F(Sharing, OneOfTwoContendersWins) {
     contend(1, round % 2 == 0 ? 0 : kShareAll);
     first.join();
     ASSERT_EQ(winners[0] + winners[1], 1) << round;
+  }
+}
+
+// Such a child shares what was opened, with its locks.
+TEST_F(Sharing, ChildThatStartsNoProgramKeepsNoLock) {
+  const std::function<void(const std::function<void()>&)> uses[] = {
+      [&](const auto& fork) {
+        const platform::FileHandle file = support::openFile(path_, kReadWrite);
+        fork();
+      },
+      [&](const auto& fork) {
+        const platform::FileHandle file = support::openFile(path_, kReadWrite, 0, CREATE_ALWAYS);
+        fork();
+      },
+      [&](const auto& fork) {
+        platform::ConfinedDirectory directory(folder_.text());
+        directory.write("file", [&](HANDLE) {
+          fork();
+          return false;
+        });
+      },
+      [&](const auto& fork) {
+        std::filesystem::remove(path_);
+        platform::ConfinedDirectory directory(folder_.text());
+        directory.write("file", [&](HANDLE) {
+          fork();
+          return true;
+        });
+      },
+  };
+  for (const auto& use : uses) {
+    std::list<support::ForkedProcess> children;
+    use([&] { children.emplace_back([](const auto&) { return pause(); }); });
+    ASSERT_EQ(children.size(), 1U);
+    EXPECT_TRUE(support::openFile(path_, kReadWrite)) << &use - uses;
+  }
+}
+
+TEST_F(Sharing, ChildThatClosesItsCopyLeavesItsParentTheLock) {
+  for (const Forking& forking : kForkings) {
+    const platform::FileHandle file = support::openFile(path_, kReadWrite);
+    const pid_t child = forking.fork();
+    if (child == 0) _exit(CloseHandle(file.get()) ? 0 : 1);
+    int status = -1;
+    waitpid(child, &status, 0);
+    EXPECT_EQ(status, 0) << forking.name;
+    EXPECT_FALSE(support::openFile(path_)) << forking.name;
+  }
+}
+
+TEST_F(Sharing, ChildOwnsTheLocksThatItTakes) {
+  for (const Forking& forking : kForkings) {
+    const platform::FileHandle other = support::openFile(path_, GENERIC_READ, kShareAll);
+    const pid_t child = forking.fork();
+    if (child == 0) {
+      platform::FileHandle own = support::openFile(folder_.file("own"), kReadWrite, 0, CREATE_NEW);
+      support::ForkedProcess grandchild([](const auto&) { return pause(); });
+      own.reset();
+      const bool isFree = static_cast<bool>(support::openFile(folder_.file("own"), kReadWrite));
+      grandchild.kill();
+      _exit(isFree ? 0 : 1);
+    }
+    int status = -1;
+    waitpid(child, &status, 0);
+    EXPECT_EQ(status, 0) << forking.name;
+    std::filesystem::remove(folder_.file("own"));
   }
 }
 
