@@ -1,20 +1,19 @@
 # The commands of daily work. Each target installs the Debian packages that it needs.
 
-BUILD_PACKAGES = cmake g++ ninja-build libboost-dev zlib1g-dev libdeflate-dev nettle-dev libgtest-dev \
-                 libcli11-dev
+BUILD_PACKAGES = cmake g++ ninja-build libboost-dev zlib1g-dev libdeflate-dev nettle-dev libgtest-dev
 TEST_PACKAGES = zip unzip p7zip-full libarchive-tools python3 coreutils diffutils \
                 pkg-config binutils
 FUZZ_PACKAGES = clang libclang-rt-dev
 BENCH_PACKAGES = zip unzip p7zip-full libarchive-tools pkg-config libzip-dev libpoco-dev \
                  libpugixml-dev libsqlite3-dev
 DOCS_PACKAGES = doxygen
-ARM64_PACKAGES = cmake ninja-build g++-aarch64-linux-gnu qemu-user libboost-dev libcli11-dev googletest \
+ARM64_PACKAGES = cmake ninja-build g++-aarch64-linux-gnu qemu-user libboost-dev googletest \
                  zlib1g-dev:arm64 libdeflate-dev:arm64 nettle-dev:arm64 \
                  libstdc++6:arm64
 MSVC_PACKAGES = $(WINDOWS_PACKAGES) clang libc++-dev python3
 ABI_PACKAGES = abigail-tools binutils
 PACKAGE_PACKAGES = dpkg-dev file lintian
-WINDOWS_PACKAGES = cmake ninja-build binutils zip libboost-dev libcli11-dev \
+WINDOWS_PACKAGES = cmake ninja-build binutils zip libboost-dev \
                    g++-mingw-w64-x86-64-posix libz-mingw-w64-dev googletest wine64
 
 VERSION = $(shell sed -n 's/^ *VERSION \([0-9.]*\)$$/\1/p' CMakeLists.txt)

@@ -1,10 +1,10 @@
 #pragma once
-// The command line: commands, arguments, options and help.
+// The commands of vesk-fs with their arguments, options and help.
 
-#include <CLI/CLI.hpp>
 #include <string>
 #include <vector>
 
+#include "command_line.h"
 #include "commands.h"
 
 // The values of all arguments and options; each command uses some of them.
@@ -16,8 +16,9 @@ struct Options {
   PasswordSource password;
   unsigned int days = 0;
   bool isLong = false, isJson = false, noOverwrite = false, dryRun = false;
+  bool help = false, version = false;
   Output output;
 };
 
-// Describes the whole command line. Parsing runs the command that it names.
-void describe(CLI::App& app, Options& options);
+// Describes the whole command line, whose values go into `options`.
+Program describe(Options& options);
