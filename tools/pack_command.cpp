@@ -74,8 +74,9 @@ void pack(const std::string& directory, const std::string& zip, const Encryption
   {
     const std::uint64_t total = Progress::isShown(output) ? totalSize(base, files) : 0;
     const Progress progress(output, "packing " + directory, total, PackedBytes(zip));
-    isPacked = FileSystem::packFolder(base.c_str(), zip.c_str(), password.text.c_str(),
-                                      password.encryption);
+    FileSystem::PackReport report;
+    isPacked = FileSystem::packFolder(base.c_str(), zip.c_str(),
+                                      {password.text, password.encryption}, report);
   }
   const std::vector<std::string> names = namesIn(zip);
   if (!isPacked && FileSystem::TestOpen(zip.c_str(), FileSystem::kAccessRead) == 0) {

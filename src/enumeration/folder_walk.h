@@ -26,14 +26,21 @@ class FolderWalk {
   // walk descends into the folder if `visit` returns true.
   template <typename Visit>
   void run(Visit visit) {
-    walk(FindExSearchLimitToDirectories, visit, [](Search&) {});
+    const auto ignore = [](const auto&...) {};
+    walk(FindExSearchLimitToDirectories, visit, ignore, ignore);
   }
 
   // Also calls `file(search)` for each other entry, while path() is the path of its folder with
   // separator. The entries of a folder come before those of its subfolders.
   template <typename Visit, typename File>
   void run(Visit visit, File file) {
-    walk(FindExSearchNameMatch, visit, file);
+    run(visit, file, [] {});
+  }
+
+  // Also calls `unread()` for each folder that cannot be read to its end.
+  template <typename Visit, typename File, typename Unread>
+  void run(Visit visit, File file, Unread unread) {
+    walk(FindExSearchNameMatch, visit, file, unread);
   }
 
   const std::string& path() const { return path_; }
@@ -45,11 +52,11 @@ class FolderWalk {
   bool atTop() const { return levels_.size() == 1; }
 
  private:
-  template <typename Visit, typename File>
-  void walk(FINDEX_SEARCH_OPS operation, Visit& visit, File file) {
+  template <typename Visit, typename File, typename Unread>
+  void walk(FINDEX_SEARCH_OPS operation, Visit& visit, File& file, Unread& unread) {
     const std::size_t size = path_.size();
     levels_.push_back(size);
-    for (const WIN32_FIND_DATAA& entry : readFolder(operation, file)) {
+    for (const WIN32_FIND_DATAA& entry : readFolder(operation, file, unread)) {
       // A plain join: with Boost.Format listing the folders of a tree takes a fifth longer.
       path_.resize(size);
       path_ += entry.cFileName;
@@ -57,16 +64,18 @@ class FolderWalk {
       if (isLink && isCycle()) continue;
       if (!visit(entry) || !recursive_) continue;
       path_ += '\\';
-      walk(operation, visit, file);
+      walk(operation, visit, file, unread);
     }
     levels_.pop_back();
   }
 
   // Passes the files of the folder at path() to `file`, and returns its subfolders.
-  template <typename File>
-  std::vector<WIN32_FIND_DATAA> readFolder(FINDEX_SEARCH_OPS operation, File& file) const {
+  template <typename File, typename Unread>
+  std::vector<WIN32_FIND_DATAA> readFolder(FINDEX_SEARCH_OPS operation, File& file,
+                                           Unread& unread) const {
     std::vector<WIN32_FIND_DATAA> folders;
-    for (Search search(path_ + '*', operation, namesOnly_); search.next();) {
+    Search search(path_ + '*', operation, namesOnly_);
+    while (search.next()) {
       const std::string_view name = search.entry().cFileName;
       if (!search.isFolder()) {
         file(search);
@@ -74,6 +83,7 @@ class FolderWalk {
         folders.push_back(search.entry());
       }
     }
+    if (!search.isComplete()) unread();
     return folders;
   }
 

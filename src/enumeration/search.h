@@ -18,7 +18,8 @@ class Search {
   explicit Search(const std::string& pattern, FINDEX_SEARCH_OPS operation = FindExSearchNameMatch,
                   bool namesOnly = false)
       : handle_(FindFirstFileExA(pattern.c_str(), FindExInfoStandard, &entry_, operation, nullptr,
-                                 namesOnly ? FIND_NAMES_ONLY : 0)) {}
+                                 namesOnly ? FIND_NAMES_ONLY : 0)),
+        error_(handle_ ? ERROR_SUCCESS : GetLastError()) {}
   static Search forNames(const std::string& pattern) {
     return Search(pattern, FindExSearchNameMatch, true);
   }
@@ -28,7 +29,14 @@ class Search {
   bool next() {
     if (!handle_) return false;
     if (!started_) return started_ = true;
-    return FindNextFileA(handle_.get(), &entry_) != FALSE;
+    if (FindNextFileA(handle_.get(), &entry_) != FALSE) return true;
+    error_ = GetLastError();
+    return false;
+  }
+  // After next() has returned false: reports whether there are no more entries. If not, the folder
+  // cannot be read.
+  bool isComplete() const {
+    return error_ == ERROR_NO_MORE_FILES || error_ == ERROR_FILE_NOT_FOUND;
   }
   const WIN32_FIND_DATAA& entry() const { return entry_; }
   bool isFolder() const { return (entry_.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0; }
@@ -38,6 +46,7 @@ class Search {
  private:
   WIN32_FIND_DATAA entry_{};
   platform::SearchHandle handle_;
+  DWORD error_;
   bool started_ = false;
 };
 

@@ -1,5 +1,5 @@
 #pragma once
-// The identity of a file or folder, to compare two paths.
+// The identity of a file or folder, to compare two paths, and its kind.
 
 #include <cstdint>
 
@@ -14,5 +14,9 @@ struct FileIdentity {
 
 // Follows links. False if nothing has the path.
 bool fileIdentity(const char* path, FileIdentity& identity);
+
+// True if the path is that of something else than a file, past links: of a device, a pipe, a
+// folder, or a link to nothing.
+bool isNoFile(const char* path);
 
 }  // namespace platform

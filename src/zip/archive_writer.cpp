@@ -31,6 +31,8 @@ ArchiveWriter::~ArchiveWriter() { commit(nullptr); }
 
 bool ArchiveWriter::hasAes() { return ZipCheckEncryption(ZipEncryptAes256) == 0; }
 
+void ArchiveWriter::useSlashes() { ZipSetSlashes(writer_, 1); }
+
 bool ArchiveWriter::begin(const NewEntry& entry) {
   constexpr int kWindowBits = -15;
   constexpr int kMemoryLevel = 8;
@@ -46,10 +48,20 @@ bool ArchiveWriter::begin(const NewEntry& entry) {
 }
 
 bool ArchiveWriter::write(const unsigned char* data, std::uint32_t size) {
-  return ZipWriteEntry(writer_, data, size) == 0;
+  return succeeded(ZipWriteEntry(writer_, data, size));
 }
 
-bool ArchiveWriter::finish() { return ZipCloseNewEntry(writer_) == 0; }
+bool ArchiveWriter::finish() { return succeeded(ZipCloseNewEntry(writer_)); }
+
+bool ArchiveWriter::succeeded(int status) {
+  if (status != 0) status_ = status;
+  return status == 0;
+}
+
+ArchiveWriter::Failure ArchiveWriter::failure() const {
+  if (status_ == ZipStatusTooLarge) return Failure::TooLarge;
+  return status_ == ZipStatusWrongCrc ? Failure::WrongCrc : Failure::Archive;
+}
 
 bool ArchiveWriter::copy(ArchiveReader& from) {
   return ZipCopyEntry(writer_, from.reader_.get()) == 0;

@@ -64,6 +64,9 @@ class ArchiveWriter {
   // True if the build can write AES entries.
   static bool hasAes();
 
+  // Stores the names of the entries that are begun from now on with `/` in place of `\`.
+  void useSlashes();
+
   // False if the file could not be opened, or, in the mode Append, is no archive.
   explicit operator bool() const { return writer_ != nullptr; }
 
@@ -74,6 +77,14 @@ class ArchiveWriter {
   // Completes the entry. On failure the archive does not get it.
   bool finish();
 
+  enum class Failure {
+    TooLarge,  // the entry has too many bytes
+    WrongCrc,  // the content is not the one whose CRC was passed
+    Archive,   // the archive cannot be written
+  };
+  // The reason of the last failure of write() or finish().
+  Failure failure() const;
+
   // Copies a reader's current entry as it is stored: data, time, attributes, extra fields, comment.
   // On failure the archive does not get it.
   bool copy(ArchiveReader& from);
@@ -82,7 +93,10 @@ class ArchiveWriter {
   Commit commit(const char* globalComment);
 
  private:
+  bool succeeded(int status);
+
   ZipWriter* writer_;
+  int status_ = 0;
 };
 
 }  // namespace zip

@@ -60,6 +60,10 @@ enum ZipEncryption : int {
   ZipEncryptAes256 = 1,  // WinZip's AE-2
 };
 
+// Failures that are those of the content of a new entry, and not of the archive.
+inline constexpr int ZipStatusTooLarge = 1;
+inline constexpr int ZipStatusWrongCrc = 2;
+
 inline constexpr int ZipMethodStored = 0;
 inline constexpr int ZipMethodDeflate = 8;
 inline constexpr int ZipLevelDefault = -1;
@@ -113,6 +117,9 @@ int ZipCheckEncryption(int encryption);
 // Chooses the encryption of the entries that are begun with a password; at first it is the
 // traditional one. Returns non-zero if the build lacks it.
 int ZipSetEncryption(ZipWriter* writer, int encryption);
+// Chooses whether the names of the entries that are begun are stored with `/` in place of `\`, as
+// the format says. Readers then still return them with `\`. At first they are stored unchanged.
+void ZipSetSlashes(ZipWriter* writer, int slashes);
 // Begins an entry, and drops an open one. `method` is 0 or 8 unless `raw`; `level` is -1 or 0 to 9.
 // With `raw` the data are written unchanged; they are encrypted if the entry is, and a non-null
 // `password` then only sets the flag. `crc` is that of the plain data if `raw` is set, or if
@@ -123,9 +130,11 @@ int ZipOpenNewEntry(ZipWriter* writer, const char* name, const ZipNewEntryInfo* 
                     const void* centralExtra, std::uint32_t centralExtraLength, const char* comment,
                     int method, int level, int raw, int windowBits, int memoryLevel, int strategy,
                     const char* password, std::uint32_t crc);
-// Returns non-zero on failure; ZipCloseNewEntry then fails too.
+// Returns non-zero on failure, ZipStatusTooLarge if that is the reason; ZipCloseNewEntry then fails
+// too.
 int ZipWriteEntry(ZipWriter* writer, const void* data, std::uint32_t length);
-// Completes the entry, or drops it on failure.
+// Completes the entry, or drops it on failure. Returns what ZipWriteEntry does, or
+// ZipStatusWrongCrc if the CRC that was passed is not that of the data.
 int ZipCloseNewEntry(ZipWriter* writer);
 // Completes a raw entry with the size and the CRC of its plain data.
 int ZipCloseRawEntry(ZipWriter* writer, std::uint32_t uncompressedSize, std::uint32_t crc);

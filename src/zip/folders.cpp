@@ -1,4 +1,4 @@
-// FRT_ZIP_FOLDER and FRT_UNZIP_FILE.
+// FRT_ZIP_FOLDER, packFolder and FRT_UNZIP_FILE.
 
 #include <filesystem/enumeration.h>
 #include <filesystem/path.h>
@@ -6,6 +6,7 @@
 #include <filesystem/zip_archive.h>
 
 #include <algorithm>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -16,45 +17,100 @@
 #include "zip/entry_names.h"
 #include "zip/extraction.h"
 #include "zip/insertion.h"
+#include "zip/packing.h"
 
 namespace {
 
-// Adds the files, named by their paths below `folder`. False at the first one that fails.
-bool addFiles(zip::ArchiveWriter& writer, const std::vector<std::string>& files,
-              const std::string& folder, const zip::Encryption& encryption) {
-  return std::all_of(files.begin(), files.end(), [&](const std::string& file) {
-    const std::string name = zip::storedName(FileSystem::subPath(folder, file));
-    return zip::addFile(writer, file.c_str(), name, "", encryption);
-  });
+using FileSystem::PackReport;
+using zip::AddResult;
+using zip::ArchiveWriter;
+
+// The files of a directory that are packed, whose path ends in a separator.
+struct Source {
+  std::string directory;
+  std::vector<std::string> files;
+};
+
+// Adds files, named by their paths below the directory, up to one that fails. Returns the result
+// for the last file that was tried, and sets `count` to the number of those added.
+AddResult addFiles(ArchiveWriter& writer, const Source& source, const zip::Encryption& encryption,
+                   std::size_t& count) {
+  AddResult result = AddResult::Added;
+  for (count = 0; count < source.files.size(); ++count) {
+    const std::string& file = source.files[count];
+    const std::string name = zip::storedName(FileSystem::subPath(source.directory, file));
+    result = zip::addFile(writer, file.c_str(), name, "", encryption);
+    if (result != AddResult::Added) break;
+  }
+  return result;
+}
+
+PackReport::Reason reasonOf(AddResult result) {
+  using Reason = PackReport::Reason;
+  switch (result) {
+    case AddResult::Unreadable:
+      return Reason::Unreadable;
+    case AddResult::TooLarge:
+      return Reason::TooLarge;
+    case AddResult::NameTooLong:
+      return Reason::NameTooLong;
+    default:
+      return Reason::NotWritten;
+  }
+}
+
+// Ends the archive and puts it in place, if the disk had space for all of it.
+bool complete(ArchiveWriter& writer, platform::NewVersion& version) {
+  return writer.commit(nullptr) == ArchiveWriter::Commit::Complete && version.putInPlace();
+}
+
+// Packs all files, or reports the one that fails.
+bool packAll(platform::NewVersion& version, const Source& source, const zip::Encryption& encryption,
+             PackReport::File& failed) {
+  ArchiveWriter writer(version.create().c_str(), ArchiveWriter::Mode::Create);
+  if (!writer) return false;
+  writer.useSlashes();
+  std::size_t count = 0;
+  const AddResult result = addFiles(writer, source, encryption, count);
+  if (result == AddResult::Added) return complete(writer, version);
+  if (result != AddResult::NotWritten) failed = {source.files[count], reasonOf(result)};
+  return false;
 }
 
 }  // namespace
 
 // An existing archive keeps its content until the new one is complete. It is locked before the
 // files are listed, so that an archive that lies in the folder is not packed into the new one.
-bool FileSystem::packFolder(const char* folder, const char* zip, const char* password,
-                            ZipArchive::Encryption encryption) {
-  const bool isAes = encryption == ZipArchive::Encryption::Aes256;
-  if (isAes && !zip::ArchiveWriter::hasAes()) return false;
+bool FRT_ZIP_FOLDER(const char* folder, const char* zip) {
   platform::NewVersion version(zip);
   if (!version) return false;
-  const std::string base = FileSystem::Detail::withBackslash(folder);
-  std::vector<std::string> files;
-  FileSystem::EnumFilesWithPath(files, base.c_str(), "*.*", true);
+  Source source{FileSystem::Detail::withBackslash(folder), {}};
+  FileSystem::EnumFilesWithPath(source.files, source.directory.c_str(), "*.*", true);
 
-  using Commit = zip::ArchiveWriter::Commit;
-  zip::ArchiveWriter writer(version.create().c_str(), zip::ArchiveWriter::Mode::Create);
+  ArchiveWriter writer(version.create().c_str(), ArchiveWriter::Mode::Create);
   if (!writer) return false;
-  const bool allAdded =
-      addFiles(writer, files, base, {*password != '\0' ? password : nullptr, isAes});
-  const Commit result = writer.commit(nullptr);
-  if (result == Commit::Failed) return false;
-  // An archive that lacks the last files replaces the old one too.
-  return version.putInPlace() && allAdded && result == Commit::Complete;
+  std::size_t count = 0;
+  const AddResult result = addFiles(writer, source, {}, count);
+  // An archive that lacks the last files replaces the old one too, but not a part of one.
+  return result != AddResult::NotWritten && complete(writer, version) && result == AddResult::Added;
 }
 
-bool FRT_ZIP_FOLDER(const char* folder, const char* zip) {
-  return FileSystem::packFolder(folder, zip, "", ZipArchive::Encryption::Traditional);
+bool FileSystem::packFolder(const char* folder, const char* zip, const PackOptions& options,
+                            PackReport& report) {
+  PackReport::File failed{zip, PackReport::Reason::NotWritten};
+  const bool isAes = options.encryption == ZipArchive::Encryption::Aes256;
+  const char* const password = options.password.empty() ? nullptr : options.password.c_str();
+  platform::NewVersion version(zip);
+  if (!version || (isAes && !ArchiveWriter::hasAes())) {
+    report.files.push_back(std::move(failed));
+    return false;
+  }
+  const std::string base = Detail::withBackslash(folder);
+  std::optional<std::vector<std::string>> files = zip::packableFiles(base, zip, report);
+  if (!files) return false;
+  const bool isPacked = packAll(version, {base, std::move(*files)}, {password, isAes}, failed);
+  if (!isPacked) report.files.push_back(std::move(failed));
+  return isPacked;
 }
 
 bool FRT_UNZIP_FILE(const char* zip, const char* folder) {

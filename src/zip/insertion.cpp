@@ -68,6 +68,12 @@ SYSTEMTIME localTimeOf(const FILETIME& time) {
   return result;
 }
 
+AddResult resultOf(ArchiveWriter::Failure failure) {
+  if (failure == ArchiveWriter::Failure::TooLarge) return AddResult::TooLarge;
+  return failure == ArchiveWriter::Failure::WrongCrc ? AddResult::Unreadable
+                                                     : AddResult::NotWritten;
+}
+
 bool isEmptyFile(const std::string& path) {
   WIN32_FILE_ATTRIBUTE_DATA data = {};
   return GetFileAttributesExA(path.c_str(), GetFileExInfoStandard, &data) != 0 &&
@@ -93,26 +99,33 @@ bool addBytes(ArchiveWriter& writer, const std::vector<unsigned char>& bytes,
   return writer.begin(entry) && writer.write(bytes.data(), size) && writer.finish();
 }
 
-bool addFile(ArchiveWriter& writer, const char* source, const std::string& stored,
-             const char* comment, const Encryption& encryption) {
+AddResult addFile(ArchiveWriter& writer, const char* source, const std::string& stored,
+                  const char* comment, const Encryption& encryption) {
   const platform::FileHandle file = openSource(source);
   WIN32_FILE_ATTRIBUTE_DATA data = {};
-  if (!file || GetFileAttributesExA(source, GetFileExInfoStandard, &data) == 0) return false;
-  BlockReader reader(file.get(), std::uint64_t{data.nFileSizeHigh} << 32 | data.nFileSizeLow);
+  if (!file || GetFileAttributesExA(source, GetFileExInfoStandard, &data) == 0) {
+    return AddResult::Unreadable;
+  }
+  const std::uint64_t size = std::uint64_t{data.nFileSizeHigh} << 32 | data.nFileSizeLow;
+  if (size >= kTooManyBytes) return AddResult::TooLarge;
+  BlockReader reader(file.get(), size);
   // The traditional encryption begins with the CRC of all content, so the file is read twice.
   const std::optional<std::uint32_t> crc = encryption.needsCrc() ? reader.crc() : Crc32().value();
-  if (!crc || !writer.begin({.name = stored,
-                             .comment = comment,
-                             .time = localTimeOf(data.ftLastWriteTime),
-                             .attributes = data.dwFileAttributes,
-                             .encryption = encryption,
-                             .crc = *crc})) {
-    return false;
+  if (!crc) return AddResult::Unreadable;
+  if (!writer.begin({.name = stored,
+                     .comment = comment,
+                     .time = localTimeOf(data.ftLastWriteTime),
+                     .attributes = data.dwFileAttributes,
+                     .encryption = encryption,
+                     .crc = *crc})) {
+    return AddResult::NameTooLong;
   }
-  const auto write = [&](const unsigned char* bytes, DWORD size) {
-    return writer.write(bytes, size);
-  };
-  return reader.forEachBlock(write) && writer.finish();
+  bool isWritten = true;
+  const bool isRead = reader.forEachBlock([&](const unsigned char* bytes, DWORD count) {
+    return isWritten = writer.write(bytes, count);
+  });
+  if (isWritten && !isRead) return AddResult::Unreadable;
+  return isWritten && writer.finish() ? AddResult::Added : resultOf(writer.failure());
 }
 
 bool canOpenSource(const char* source) { return static_cast<bool>(openSource(source)); }

@@ -15,10 +15,20 @@ namespace zip {
 bool addBytes(ArchiveWriter& writer, const std::vector<unsigned char>& bytes,
               const std::string& stored, const char* comment, const Encryption& encryption);
 
-// Adds a file with its last write time (local) and attributes. The file is read in blocks; one that
-// cannot be read to its end is a failure.
-bool addFile(ArchiveWriter& writer, const char* source, const std::string& stored,
-             const char* comment, const Encryption& encryption);
+enum class AddResult {
+  Added,
+  Unreadable,   // the file cannot be opened or read to its end, or changes while it is read
+  TooLarge,     // the file has kTooManyBytes or more
+  NameTooLong,  // the entry's name or comment is too long
+  NotWritten,   // the archive cannot be written
+};
+
+// The size from which on an entry is too large.
+inline constexpr std::uint64_t kTooManyBytes = UINT32_MAX;
+
+// Adds a file with its last write time (local) and attributes. The file is read in blocks.
+AddResult addFile(ArchiveWriter& writer, const char* source, const std::string& stored,
+                  const char* comment, const Encryption& encryption);
 
 // True if the file can be opened for reading.
 bool canOpenSource(const char* source);

@@ -45,8 +45,9 @@ Insertable insertableFiles(ArchiveReader& archive, const FileList& files, std::s
 std::size_t addFiles(ArchiveWriter& writer, const FileList& files, std::size_t count,
                      const Encryption& encryption) {
   std::size_t added = 0;
-  while (added < count && addFile(writer, files[added].first.c_str(),
-                                  storedName(nameOf(files[added])), "", encryption)) {
+  while (added < count &&
+         addFile(writer, files[added].first.c_str(), storedName(nameOf(files[added])), "",
+                 encryption) == AddResult::Added) {
     ++added;
   }
   return added;

@@ -202,7 +202,7 @@ int ZipArchive::insert(const char* source, const char* name, const char* comment
   const auto hasSource = [&] { return zip::canOpenSource(source); };
   const auto add = [&](zip::ArchiveWriter& writer) {
     return zip::addFile(writer, source, zip::storedName(entry), comment != nullptr ? comment : "",
-                        m_private->encryption());
+                        m_private->encryption()) == zip::AddResult::Added;
   };
   return writing(*m_private, [&](const std::string& path) {
     return zip::insertEntry(path, lookup, overwrite != 0, hasSource, add);

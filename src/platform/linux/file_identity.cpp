@@ -2,6 +2,8 @@
 
 #include <sys/stat.h>
 
+#include <cerrno>
+
 #include "platform/linux/native_path.h"
 
 namespace platform {
@@ -14,6 +16,14 @@ bool fileIdentity(const char* path, FileIdentity& identity) {
   }
   identity = {.volume = status.st_dev, .index = status.st_ino};
   return true;
+}
+
+bool isNoFile(const char* path) {
+  const native::NativePath native(path);
+  struct stat status;
+  if (!native.valid()) return false;
+  if (stat(native.c_str(), &status) == 0) return !S_ISREG(status.st_mode);
+  return errno == ENOENT || errno == ELOOP;
 }
 
 }  // namespace platform

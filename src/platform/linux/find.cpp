@@ -63,12 +63,19 @@ class Search {
 
   bool next(WIN32_FIND_DATAA& data) {
     while (folder_ != nullptr) {
+      errno = 0;
       entry_ = readdir(folder_.get());
-      if (entry_ == nullptr) break;
+      if (entry_ == nullptr) {
+        error_ = errno == 0 ? ERROR_NO_MORE_FILES : errorFromErrno(errno);
+        break;
+      }
       if (mayMatch() && fill(data)) return true;
     }
     return false;
   }
+
+  // The error after next() has returned false.
+  DWORD error() const { return error_; }
 
   int folder() const { return dirfd(folder_.get()); }
   // The entry that was returned last; null if there is none any more, or if the
@@ -97,6 +104,7 @@ class Search {
 
   DirectoryStream folder_;
   const dirent* entry_ = nullptr;
+  DWORD error_ = ERROR_NO_MORE_FILES;
   std::optional<Wildcard> pattern_;
   bool foldersOnly_ = false;
   bool namesOnly_ = false;
@@ -168,13 +176,17 @@ HANDLE FindFirstFileExA(const char* pattern, FINDEX_INFO_LEVELS, void* data,
   auto search = std::make_unique<Search>(std::move(folder), names,
                                          operation == FindExSearchLimitToDirectories,
                                          (flags & FIND_NAMES_ONLY) != 0);
-  if (!search->next(found)) return invalidHandle(ERROR_FILE_NOT_FOUND);
+  if (!search->next(found)) {
+    const bool isEmpty = search->error() == ERROR_NO_MORE_FILES;
+    return invalidHandle(isEmpty ? ERROR_FILE_NOT_FOUND : search->error());
+  }
   return search.release();
 }
 
 BOOL FindNextFileA(HANDLE search, WIN32_FIND_DATAA* data) {
   if (search == INVALID_HANDLE_VALUE || search == nullptr) return fail(ERROR_INVALID_HANDLE);
-  return static_cast<Search*>(search)->next(*data) ? TRUE : fail(ERROR_NO_MORE_FILES);
+  auto& opened = *static_cast<Search*>(search);
+  return opened.next(*data) ? TRUE : fail(opened.error());
 }
 
 BOOL FindClose(HANDLE search) {

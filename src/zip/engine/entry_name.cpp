@@ -1,6 +1,8 @@
 #include "zip/engine/entry_name.h"
 
+#include <algorithm>
 #include <optional>
+#include <utility>
 
 #include "platform/code_page.h"
 #include "platform/utf8.h"
@@ -25,6 +27,11 @@ std::optional<std::string_view> unicodePath(const CentralRecord& record) {
   return platform::isUtf8(name) ? std::optional(name) : std::nullopt;
 }
 
+bool hasUnknownName(const CentralRecord& record) {
+  const std::uint16_t madeBy = record.versionMadeBy();
+  return madeBy == kMadeByUnknownNames || madeBy == kMadeByUnknownWithSlashes;
+}
+
 }  // namespace
 
 ArchiveName archiveName(const std::string& oemName) {
@@ -37,12 +44,17 @@ ArchiveName archiveName(const std::string& oemName) {
 
 std::string_view oemName(const CentralRecord& record, std::string& converted) {
   const std::optional<std::string_view> unicode = unicodePath(record);
-  const std::string_view name = unicode.value_or(record.name());
-  if (platform::isAscii(name)) return name;
-  if (GetOEMCP() == CP_UTF8) {
-    if (platform::isUtf8(name) || record.versionMadeBy() == kMadeByUnknownNames) return name;
-    return converted = utf8OfCp437(name);
+  std::string_view name = unicode.value_or(record.name());
+  std::string withBackslashes;
+  if (isStoredWithSlashes(record) && name.find('/') != std::string_view::npos) {
+    withBackslashes = name;
+    std::replace(withBackslashes.begin(), withBackslashes.end(), '/', '\\');
+    name = withBackslashes;
   }
+  const bool isKept = platform::isAscii(name) ||
+                      (GetOEMCP() == CP_UTF8 && (platform::isUtf8(name) || hasUnknownName(record)));
+  if (isKept) return withBackslashes.empty() ? name : converted = std::move(withBackslashes);
+  if (GetOEMCP() == CP_UTF8) return converted = utf8OfCp437(name);
   if (!unicode && (record.flags() & kFlagUtf8) == 0) return name;
   return converted = platform::convertCodePage(std::string(name), CP_UTF8, CP_OEMCP);
 }

@@ -30,6 +30,16 @@ ArchiveName archiveName(const std::string& oemName);
 // leave alone, and version 1.0, which no other program writes with it.
 inline constexpr std::uint16_t kMadeByUnknownNames = 3 << 8 | 10;
 
+// "Version made by" of entries whose names are stored with `/` and returned with `\`: host NTFS or,
+// as above, Unix, with versions that no other program writes with them.
+inline constexpr std::uint16_t kMadeByWithSlashes = 11 << 8 | 21;
+inline constexpr std::uint16_t kMadeByUnknownWithSlashes = 3 << 8 | 11;
+
+inline bool isStoredWithSlashes(const CentralRecord& record) {
+  const std::uint16_t madeBy = record.versionMadeBy();
+  return madeBy == kMadeByWithSlashes || madeBy == kMadeByUnknownWithSlashes;
+}
+
 // Returns the name of an entry in the OEM code page. Where that is UTF-8, names in another encoding
 // are taken for code page 437. `converted` owns the name if it is not part of the record.
 std::string_view oemName(const CentralRecord& record, std::string& converted);
@@ -50,7 +60,9 @@ class NameMatcher {
   explicit NameMatcher(std::string_view oemName);
   bool matches(const CentralRecord& record) {
     // A name outside ASCII is never converted to one in ASCII.
-    if (isPlain_ && !mayHaveUnicodePath(record)) return record.name() == name_;
+    if (isPlain_ && !mayHaveUnicodePath(record) && !isStoredWithSlashes(record)) {
+      return record.name() == name_;
+    }
     return oemName(record, converted_) == name_;
   }
 

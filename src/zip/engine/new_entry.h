@@ -32,6 +32,12 @@ class NewEntry {
   bool finish();
   bool finishRaw(std::uint32_t uncompressedSize, std::uint32_t crc);
 
+  // True if a failure is that of an entry that the format has no sizes for.
+  bool isTooLarge() const { return plain_ >= kSaturated32 || stored_ >= kSaturated32; }
+
+  // True if the content was not the one whose CRC was passed.
+  bool hasWrongCrc() const { return cipher_ && !failed_ && crc_ != expectedCrc_; }
+
   const EntryRecord& record() const { return record_; }
   std::uint64_t start() const { return start_; }
 

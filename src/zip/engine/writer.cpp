@@ -8,9 +8,9 @@
 #include <vector>
 
 #include "zip/engine/end_record.h"
+#include "zip/engine/entry_copy.h"
 #include "zip/engine/entry_map.h"
 #include "zip/engine/entry_name.h"
-#include "zip/engine/extra_field.h"
 #include "zip/engine/new_entry.h"
 #include "zip/engine/reader.h"
 
@@ -24,7 +24,8 @@ struct ZipWriter {
 
   Transaction archive;
   int mode = ZipModeAppend;
-  bool usesAes = false;  // for entries with a password
+  bool usesAes = false;      // for entries with a password
+  bool usesSlashes = false;  // in the names of new entries
   SamplingDeflater deflater;
   std::optional<NewEntry> entry;
   Bytes records;  // the central records of the completed entries
@@ -59,14 +60,18 @@ Bytes bytesOf(const void* data, std::uint32_t size) {
   return bytes == nullptr ? Bytes() : Bytes(bytes, bytes + size);
 }
 
-void setName(EntryRecord& record, const char* name) {
+void setName(EntryRecord& record, const char* name, bool withSlashes) {
   ArchiveName stored = archiveName(name);
+  if (withSlashes) {
+    std::replace(stored.bytes.begin(), stored.bytes.end(), '\\', '/');
+    record.versionMadeBy = kMadeByWithSlashes;
+  }
   record.name = std::move(stored.bytes);
   if (stored.encoding == NameEncoding::Utf8) record.flags = kFlagUtf8;
   if (stored.encoding == NameEncoding::Unknown) {
     // Programs take the permissions from the upper half of the attributes if the host is Unix.
     constexpr std::uint32_t kRegularFile = 0100644U << 16;
-    record.versionMadeBy = kMadeByUnknownNames;
+    record.versionMadeBy = withSlashes ? kMadeByUnknownWithSlashes : kMadeByUnknownNames;
     record.externalAttributes = kRegularFile;
   }
 }
@@ -79,10 +84,17 @@ bool fitsFields(const EntryRecord& record, std::size_t added) {
          record.centralExtra.size() <= kLongestField - kZip64OffsetBlock - added;
 }
 
+int statusOf(const NewEntry& entry, bool succeeded) {
+  if (succeeded) return kSuccess;
+  if (entry.isTooLarge()) return ZipStatusTooLarge;
+  return entry.hasWrongCrc() ? ZipStatusWrongCrc : kFailure;
+}
+
 int finishEntry(ZipWriter& writer, bool complete) {
   if (!complete) {
+    const int status = statusOf(*writer.entry, false);
     writer.dropOpen();
-    return kFailure;
+    return status;
   }
   writer.add(writer.entry->record(), writer.entry->start());
   writer.entry.reset();
@@ -93,65 +105,6 @@ bool commit(ZipWriter& writer, const std::string& comment) {
   const CentralDirectory& before = writer.archive.before();
   return writer.archive.commit(before.blob, writer.records,
                                before.entryCount + writer.completed.size(), comment);
-}
-
-// Copies stored bytes unchanged.
-bool copyBytes(ZipReader& from, std::uint64_t position, std::uint64_t size, Transaction& to) {
-  constexpr std::uint64_t kBlock = 1 << 20;
-  while (size > 0) {
-    const std::size_t count = static_cast<std::size_t>(std::min(size, kBlock));
-    Bytes& buffer = to.buffer();
-    const std::size_t start = buffer.size();
-    buffer.resize(start + count);
-    if (!readBytes(from, position, buffer.data() + start, count) || !to.flushIfLarge()) {
-      return false;
-    }
-    position += count;
-    size -= count;
-  }
-  return true;
-}
-
-EntryRecord recordOf(const CentralRecord& central, const LocalEntry& local) {
-  return {.versionMadeBy = central.versionMadeBy(),
-          .versionNeeded = central.versionNeeded(),
-          .flags = central.flags(),
-          .method = central.method(),
-          .dosDate = central.dosDate(),
-          .crc = central.crc(),
-          .compressedSize = static_cast<std::uint32_t>(central.compressedSize),
-          .uncompressedSize = static_cast<std::uint32_t>(central.uncompressedSize),
-          .internalAttributes = central.internalAttributes(),
-          .externalAttributes = central.externalAttributes(),
-          .name = std::string(central.name()),
-          .localExtra = withoutZip64(local.extra(), local.extraSize()),
-          .centralExtra = withoutZip64(central.extra(), central.extraLength()),
-          .comment = {reinterpret_cast<const char*>(central.comment()), central.commentLength()}};
-}
-
-// Appends local header, data and descriptor of a copied entry.
-bool copyEntry(Transaction& archive, EntryRecord& record, ZipReader& from,
-               std::uint64_t dataPosition) {
-  // The password of an encrypted entry with a descriptor is checked against its time, so it keeps
-  // its descriptor. All others get their sizes into the local header.
-  const bool descriptor =
-      (record.flags & kFlagDescriptor) != 0 && (record.flags & kFlagEncrypted) != 0;
-  EntryRecord local = record;
-  if (descriptor) {
-    local.crc = local.compressedSize = local.uncompressedSize = 0;
-  } else {
-    record.flags &= static_cast<std::uint16_t>(~kFlagDescriptor);
-    local.flags = record.flags;
-  }
-  appendLocalHeader(archive.buffer(), local);
-  if (!copyBytes(from, dataPosition, record.compressedSize, archive)) return false;
-  if (descriptor) {
-    append32(archive.buffer(), kDescriptorSignature);
-    append32(archive.buffer(), record.crc);
-    append32(archive.buffer(), record.compressedSize);
-    append32(archive.buffer(), record.uncompressedSize);
-  }
-  return archive.flushIfLarge();
 }
 
 }  // namespace
@@ -182,6 +135,10 @@ int ZipSetEncryption(ZipWriter* writer, int encryption) {
   return kSuccess;
 }
 
+void ZipSetSlashes(ZipWriter* writer, int slashes) {
+  if (writer != nullptr) writer->usesSlashes = slashes != 0;
+}
+
 int ZipOpenNewEntry(ZipWriter* writer, const char* name, const ZipNewEntryInfo* info,
                     const void* localExtra, std::uint32_t localExtraLength,
                     const void* centralExtra, std::uint32_t centralExtraLength, const char* comment,
@@ -190,7 +147,7 @@ int ZipOpenNewEntry(ZipWriter* writer, const char* name, const ZipNewEntryInfo* 
   if (writer == nullptr || name == nullptr || *name == '\0') return kFailure;
   writer->dropOpen();
   EntryRecord record;
-  setName(record, name);
+  setName(record, name, writer->usesSlashes);
   record.comment = comment == nullptr ? "" : comment;
   record.localExtra = bytesOf(localExtra, localExtraLength);
   record.centralExtra = bytesOf(centralExtra, centralExtraLength);
@@ -216,8 +173,8 @@ int ZipOpenNewEntry(ZipWriter* writer, const char* name, const ZipNewEntryInfo* 
 
 int ZipWriteEntry(ZipWriter* writer, const void* data, std::uint32_t length) {
   if (writer == nullptr || !writer->entry || (data == nullptr && length != 0)) return kFailure;
-  const bool isWritten = writer->entry->write(static_cast<const unsigned char*>(data), length);
-  return isWritten ? kSuccess : kFailure;
+  NewEntry& entry = *writer->entry;
+  return statusOf(entry, entry.write(static_cast<const unsigned char*>(data), length));
 }
 
 int ZipCloseNewEntry(ZipWriter* writer) {

@@ -1,0 +1,125 @@
+// Packing of directories: archives for other programs, and failures that change nothing.
+
+#include <filesystem/zip.h>
+
+#include <algorithm>
+
+#include "library/zip.h"
+#include "support/open_file.h"
+#include "support/programs.h"
+
+namespace {
+
+using FileSystem::PackOptions;
+using FileSystem::PackReport;
+using Reason = PackReport::Reason;
+using Reasons = std::vector<std::pair<std::string, Reason>>;
+
+class Packing : public Zip {
+ protected:
+  bool pack(const PackOptions& options = {}) {
+    PackReport report;
+    const bool isPacked = FileSystem::packFolder(in_.c_str(), path_.c_str(), options, report);
+    reasons_.clear();
+    for (const PackReport::File& file : report.files) {
+      const bool isInside = file.path.starts_with(in_ + "\\");
+      reasons_.emplace_back(isInside ? file.path.substr(in_.size() + 1) : file.path, file.reason);
+    }
+    std::sort(reasons_.begin(), reasons_.end());
+    return isPacked;
+  }
+
+  Reasons reasons_;  // of the last call, with the paths below the directory
+};
+
+TEST_F(Packing, EveryProgramUnpacksTheTree) {
+  for (const char* name : {"a", "sub/b", "sub/deeper/c", "Größe/ü", "Größe/é ñ/ß.txt"}) {
+    support::writeFile(folder_.file(support::text(std::string("in/") + name)), name);
+  }
+  if (support::kPlatform.everyName) {
+    for (const char* name : {"日本/語", "😀", "Привет/x"}) {
+      support::writeFile(folder_.file(std::string("in/") + name), name);
+    }
+  }
+  ASSERT_TRUE(pack());
+  EXPECT_EQ(reasons_, Reasons{});
+  for (const std::string program :
+       {"unzip -qq ../a.zip", "7z x ../a.zip", "bsdtar -xf ../a.zip", "busybox unzip -q ../a.zip",
+        "python3 -m zipfile -e ../a.zip ."}) {
+    EXPECT_EQ(support::run(folder_.path(),
+                           "export LC_ALL=C.UTF-8; rm -rf out && mkdir out && "
+                           "(cd out && " +
+                               program + ") && diff -r in out"),
+              0)
+        << program;
+  }
+}
+
+// Callers find what was packed as they find what FRT_ZIP_FOLDER packs.
+TEST_F(Packing, EntriesAreShownWithBackslashes) {
+  const std::string name = support::text("sub\\größe");
+  support::writeFile(folder_.file(support::text("in/sub/größe")), "content");
+  ASSERT_TRUE(pack());
+  EXPECT_EQ(names(), Names{name});
+  EXPECT_EQ(support::outputOf(folder_.path(), "LC_ALL=C.UTF-8 unzip -Z1 a.zip"), "sub/größe\n");
+  EXPECT_EQ(readable().exist(name.c_str()), 1);
+  EXPECT_EQ(contentOf(name.c_str()), "content");
+  EXPECT_EQ(writable().insert(bytesOf("new"), name, "", 0), 0);
+  EXPECT_TRUE(FRT_UNZIP_FILE(path_.c_str(), out_.c_str()));
+  EXPECT_EQ(support::run(folder_.path(), "diff -r in out"), 0);
+  // A rewrite keeps the stored names.
+  EXPECT_EQ(writable().insert(bytesOf("x"), "x", "", 0), 1);
+  EXPECT_EQ(writable().remove("x"), 1);
+  EXPECT_EQ(names(), Names{name});
+}
+
+// The names of other programs are returned as they are stored.
+TEST_F(Packing, SlashesOfOtherProgramsStay) {
+  ASSERT_EQ(support::run(folder_.path(),
+                         "mkdir -p in/sub && echo x >in/sub/y && cd in && "
+                         "zip -q ../a.zip sub/y"),
+            0);
+  EXPECT_EQ(names(), Names{"sub/y"});
+  EXPECT_EQ(readable().exist("sub/y"), 1);
+  EXPECT_EQ(readable().exist("sub\\y"), 0);
+}
+
+TEST_F(Packing, Encrypts) {
+  support::writeFile(folder_.file("in/sub/x"), "content");
+  ASSERT_TRUE(pack({"secret", ZipArchive::Encryption::Traditional}));
+  EXPECT_EQ(contentOf("sub\\x"), "<nothing>");
+  EXPECT_EQ(contentOf("sub\\x", "secret"), "content");
+}
+
+TEST_F(Packing, FailureLeavesTheOldArchive) {
+  support::writeFile(folder_.file("in/a"), "new");
+  support::writeFile(folder_.file("in/z"), "new");
+  make({"old"});
+  const std::string before = support::readFile(path_);
+  {
+    const platform::FileHandle held = support::openFile(folder_.file("in/z"));
+    EXPECT_FALSE(pack());
+    EXPECT_EQ(reasons_, (Reasons{{"z", Reason::Unreadable}}));
+  }
+  {
+    const platform::FileHandle held = support::openFile(path_);
+    EXPECT_FALSE(pack());
+    EXPECT_EQ(reasons_, (Reasons{{path_, Reason::NotWritten}}));
+  }
+  std::filesystem::rename(in_, in_ + "2");
+  EXPECT_FALSE(pack());
+  EXPECT_EQ(reasons_, (Reasons{{"", Reason::Unreadable}}));
+  EXPECT_TRUE(support::readFile(path_) == before);
+}
+
+TEST_F(Packing, TheArchiveItselfIsNotPacked) {
+  support::writeFile(folder_.file("in/x"), "");
+  path_ = folder_.file("in/a.zip");
+  for (int i = 0; i < 2; ++i) {
+    EXPECT_TRUE(pack());
+    EXPECT_EQ(names(), Names{"x"});
+    EXPECT_EQ(reasons_, Reasons{});
+  }
+}
+
+}  // namespace
