@@ -11,6 +11,12 @@ namespace platform {
 // other process can have replaced.
 bool replaceFile(HANDLE opened, const char* path, const char* version);
 
+// Reports whether a complete new file can take the place of the file at `path`, which is open in
+// `opened`, and keep its owner, group, permissions and access control list. False also if the file
+// has several hard links, which would no longer be one file, and if its directory does not accept
+// new files. Creates a file for a moment, and deletes it.
+bool canReplaceFile(HANDLE opened, const char* path);
+
 // Deletes the temporary file of a process that was killed in replaceFile. The file
 // at `path` is open in `opened`, which denies writing, so no other process is
 // replacing it now.

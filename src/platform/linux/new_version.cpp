@@ -103,6 +103,13 @@ NewVersion::~NewVersion() {
 
 NewVersion::operator bool() const { return state_->isFirst || state_->original; }
 
+bool NewVersion::canReplace() const {
+  if (state_->isFirst) return true;
+  const Descriptor folder(
+      ::open(folderOf(state_->originalPath).c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+  return folder && canBeReplaced(folder.get(), descriptorOf(state_->original.get()));
+}
+
 std::string NewVersion::create() {
   if (state_->versionPath.empty()) return state_->path;
   constexpr int kFlags = O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;

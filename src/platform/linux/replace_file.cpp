@@ -1,5 +1,6 @@
 #include "platform/replace_file.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -34,6 +35,14 @@ bool platform::replaceFile(HANDLE opened, const char* path, const char* version)
   if (!copyOver(source, target)) return fail(errorOnPath(native, errno)) != FALSE;
   commitNameOf(target.path.c_str());
   return true;
+}
+
+bool platform::canReplaceFile(HANDLE opened, const char* path) {
+  const NativePath native(path);
+  char real[PATH_MAX];
+  if (!native.valid() || realpath(native.c_str(), real) == nullptr) return false;
+  const Descriptor folder(::open(folderOf(real).c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+  return folder && canBeReplaced(folder.get(), descriptorOf(opened));
 }
 
 void platform::removeUnfinishedVersion(HANDLE opened, const char* path) {

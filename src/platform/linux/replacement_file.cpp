@@ -1,10 +1,12 @@
 #include "platform/linux/replacement_file.h"
 
 #include <fcntl.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
+#include <vector>
 
 #include "platform/linux/durability.h"
 
@@ -59,6 +61,20 @@ bool ReplacementFile::putInPlace(const char* name) {
   if (renameat(directory_, temporaryName_.c_str(), directory_, name) != 0) return false;
   named_ = false;
   return true;
+}
+
+bool canBeReplaced(int directory, int held) {
+  constexpr mode_t kOwnerOnly = 0600;
+  constexpr char kAcl[] = "system.posix_acl_access";
+  struct stat old;
+  if (fstat(held, &old) != 0 || old.st_nlink != 1) return false;
+  const ReplacementFile file(directory, old, kOwnerOnly);
+  if (!file || fchown(file.descriptor(), old.st_uid, old.st_gid) != 0) return false;
+  const ssize_t size = fgetxattr(held, kAcl, nullptr, 0);
+  if (size <= 0) return true;
+  std::vector<char> acl(static_cast<std::size_t>(size));
+  return fgetxattr(held, kAcl, acl.data(), acl.size()) == size &&
+         fsetxattr(file.descriptor(), kAcl, acl.data(), acl.size(), 0) == 0;
 }
 
 }  // namespace platform::native

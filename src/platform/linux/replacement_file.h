@@ -48,4 +48,8 @@ class ReplacementFile {
   Descriptor file_;
 };
 
+// Reports whether a new file in the open directory `directory` can replace the file open in `held`
+// and keep its owner, group, permissions and access control list.
+bool canBeReplaced(int directory, int held);
+
 }  // namespace platform::native

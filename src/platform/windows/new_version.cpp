@@ -27,6 +27,8 @@ NewVersion::~NewVersion() {
 
 NewVersion::operator bool() const { return state_->isFirst || state_->original; }
 
+bool NewVersion::canReplace() const { return true; }
+
 std::string NewVersion::create() {
   const std::string folder = state_->path.substr(0, state_->path.find_last_of("\\/:") + 1) + '.';
   char version[MAX_PATH + 1] = {};
