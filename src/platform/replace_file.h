@@ -1,15 +1,16 @@
 #pragma once
 // Replaces a file that was read before by a new version.
 
-#include "platform/win32.h"
+#include "platform/unique_handle.h"
 
 namespace platform {
 
 // Replaces the file at `path` by a copy of the file `version`. Fails if `path` is no
 // longer the file that is open in `opened`, so that a file which another process
-// put there is not lost. On Windows the copy is written into the file, which no
-// other process can have replaced.
-bool replaceFile(HANDLE opened, const char* path, const char* version);
+// put there is not lost. On Windows `opened` is closed before the last step, since
+// an open file cannot be replaced there; it fails too if the file was changed in
+// between.
+bool replaceFile(FileHandle& opened, const char* path, const char* version);
 
 // Reports whether a complete new file can take the place of the file at `path`, which is open in
 // `opened`, and keep its owner, group, permissions and access control list. False also if the file

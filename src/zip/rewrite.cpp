@@ -42,8 +42,8 @@ Rewrite::Result Rewrite::run(const NameSet& dropped,
     return Result::Failed;
   }
   reader_.close();
-  return platform::replaceFile(original_.get(), path_.c_str(), copy.path()) ? Result::Replaced
-                                                                            : Result::Failed;
+  return platform::replaceFile(original_, path_.c_str(), copy.path()) ? Result::Replaced
+                                                                      : Result::Failed;
 }
 
 }  // namespace zip

@@ -19,7 +19,7 @@
 
 using namespace platform::native;
 
-bool platform::replaceFile(HANDLE opened, const char* path, const char* version) {
+bool platform::replaceFile(FileHandle& opened, const char* path, const char* version) {
   const NativePath native(path);
   if (!native.valid()) return fail(native.error()) != FALSE;
   Source source;
@@ -28,7 +28,7 @@ bool platform::replaceFile(HANDLE opened, const char* path, const char* version)
   const TargetState state = lockTarget(native, source, target);
   if (state == TargetState::Failed) return false;
   struct stat original;
-  if (state != TargetState::Locked || fstat(descriptorOf(opened), &original) != 0 ||
+  if (state != TargetState::Locked || fstat(descriptorOf(opened.get()), &original) != 0 ||
       !isSameFile(original, target.status)) {
     return fail(ERROR_SHARING_VIOLATION) != FALSE;
   }

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "platform/unique_handle.h"
+#include "platform/windows/replacement_file.h"
 
 namespace platform {
 namespace {
@@ -31,21 +32,27 @@ FileHandle openFile(const std::string& path, DWORD disposition) {
                                 FILE_ATTRIBUTE_ARCHIVE | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
 }
 
-// Replaces a file, or a link to one, by a temporary file beside it.
-bool replaceExisting(const std::string& folder, const std::string& path,
-                     const ConfinedDirectory::Fill& fill) {
+// Replaces a file, or a link to one, by a new file beside it.
+bool replaceExisting(const std::string& path, const ConfinedDirectory::Fill& fill) {
   // Fails if another process uses the file or if it is read-only.
   FileHandle held = openFile(path, OPEN_EXISTING);
-  char temporary[MAX_PATH + 1] = {};
-  if (!held || GetTempFileNameA(folder.c_str(), "~za", 0, temporary) == 0) return false;
-  FileHandle file = openFile(temporary, OPEN_EXISTING);
-  const bool complete = file && fill(file.get());
-  file.reset();
+  if (!held) return false;
+  const OriginalFile original(held.get());
+  if (!original) return false;
+  // What a link has is not what its target has.
+  ReplacementFile replacement(path, original.isLink() ? nullptr : &original);
+  if (!replacement || !fill(replacement.handle()) || !replacement.complete()) return false;
+  // Windows does not rename over an open file.
   held.reset();
-  if (complete && MoveFileExA(temporary, path.c_str(), MOVEFILE_REPLACE_EXISTING) != FALSE) {
-    return true;
-  }
-  DeleteFileA(temporary);
+  return replacement.putInPlace(true);
+}
+
+// Deletes the file again if it could not be written completely. A server may report that only when
+// the file is closed.
+bool writeNew(FileHandle file, const std::string& path, const ConfinedDirectory::Fill& fill) {
+  const bool filled = fill(file.get());
+  if (closeFile(file.release()) != FALSE && filled) return true;
+  DeleteFileA(path.c_str());
   return false;
 }
 
@@ -106,16 +113,10 @@ ConfinedDirectory::operator bool() const { return static_cast<bool>(state_->root
 bool ConfinedDirectory::write(std::string_view name, const Fill& fill) {
   const std::size_t fileStart = name.find_last_of("\\/") + 1;
   if (!state_->descend(name.substr(0, fileStart)) || fileStart == name.size()) return false;
-  const std::string folder = state_->deepest();
-  const std::string path = folder + std::string(name.substr(fileStart));
+  const std::string path = state_->deepest() + std::string(name.substr(fileStart));
   FileHandle file = openFile(path, CREATE_NEW);
-  if (!file) {
-    return GetLastError() == ERROR_FILE_EXISTS && replaceExisting(folder, path, fill);
-  }
-  if (fill(file.get())) return true;
-  file.reset();
-  DeleteFileA(path.c_str());
-  return false;
+  if (file) return writeNew(std::move(file), path, fill);
+  return GetLastError() == ERROR_FILE_EXISTS && replaceExisting(path, fill);
 }
 
 }  // namespace platform

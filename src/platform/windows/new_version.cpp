@@ -1,60 +1,56 @@
 #include "platform/new_version.h"
 
-#include "platform/abandoned_files.h"
+#include <optional>
+
 #include "platform/unique_handle.h"
+#include "platform/windows/replacement_file.h"
 
 namespace platform {
 
 struct NewVersion::State {
   std::string path;
+  FileHandle original;  // none for a first version
   bool isFirst = false;
-  FileHandle original;
-  std::string versionPath;  // empty while there is no new version
+  std::optional<OriginalFile> kept;
+  std::optional<ReplacementFile> version;  // none if the file is written in place
 };
 
 NewVersion::NewVersion(const std::string& path) : state_(std::make_unique<State>()) {
   state_->path = path;
   state_->original.reset(CreateFileA(path.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr,
                                      OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
-  if (state_->original) return;
-  const DWORD error = GetLastError();
-  state_->isFirst = error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
+  if (!state_->original) {
+    const DWORD error = GetLastError();
+    state_->isFirst = error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
+    return;
+  }
+  state_->path = pathWithoutLink(path, state_->original.get());
+  state_->kept.emplace(state_->original.get());
+  if (!*state_->kept) state_->original.reset();
 }
 
-NewVersion::~NewVersion() {
-  if (!state_->versionPath.empty()) DeleteFileA(state_->versionPath.c_str());
-}
+NewVersion::~NewVersion() = default;
 
 NewVersion::operator bool() const { return state_->isFirst || state_->original; }
 
 bool NewVersion::canReplace() const { return true; }
 
 std::string NewVersion::create() {
-  const std::string folder = state_->path.substr(0, state_->path.find_last_of("\\/:") + 1) + '.';
-  char version[MAX_PATH + 1] = {};
-  if (GetTempFileNameA(folder.c_str(), kTemporaryPrefix, 0, version) == 0) {
-    state_->original.reset();
-    return state_->path;
-  }
-  state_->versionPath = version;
-  deleteAbandonedTemporaryFiles(version);
-  return version;
+  state_->version.emplace(state_->path, state_->isFirst ? nullptr : &*state_->kept);
+  if (*state_->version) return state_->version->close() ? state_->version->name() : "";
+  const DWORD error = GetLastError();
+  state_->version.reset();
+  if (!isRefusal(error)) return {};
+  state_->original.reset();
+  return state_->path;
 }
 
 bool NewVersion::putInPlace() {
-  if (state_->versionPath.empty()) return true;
-  const char* const version = state_->versionPath.c_str();
-  const FileHandle written(CreateFileA(version, GENERIC_WRITE, FILE_SHARE_DELETE, nullptr,
-                                       OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
-  if (!written || FlushFileBuffers(written.get()) == FALSE) return false;
+  if (!state_->version) return true;
+  if (!state_->version->complete()) return false;
   // Windows does not rename over an open file.
   state_->original.reset();
-  const DWORD replace = state_->isFirst ? 0 : MOVEFILE_REPLACE_EXISTING;
-  if (MoveFileExA(version, state_->path.c_str(), replace | MOVEFILE_WRITE_THROUGH) == FALSE) {
-    return false;
-  }
-  state_->versionPath.clear();
-  return true;
+  return state_->version->putInPlace(!state_->isFirst);
 }
 
 }  // namespace platform

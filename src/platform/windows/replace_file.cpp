@@ -1,9 +1,115 @@
 #include "platform/replace_file.h"
 
-bool platform::replaceFile(HANDLE, const char* path, const char* version) {
-  return CopyFileA(version, path, FALSE) != 0;
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "platform/windows/replacement_file.h"
+
+namespace platform {
+namespace {
+
+constexpr DWORD kShareReadWrite = FILE_SHARE_READ | FILE_SHARE_WRITE;
+
+FileHandle openFile(const char* path, DWORD access, DWORD share) {
+  return FileHandle(
+      CreateFileA(path, access, share, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
 }
 
-bool platform::canReplaceFile(HANDLE, const char*) { return true; }
+// Opens the file for writing if it is still the original and unchanged.
+FileHandle openUnchanged(const char* path, DWORD share, const OriginalFile& original) {
+  FileHandle file = openFile(path, GENERIC_READ | GENERIC_WRITE, share);
+  if (file && !original.isUnchanged(file.get())) {
+    file.reset();
+    SetLastError(ERROR_SHARING_VIOLATION);
+  }
+  return file;
+}
 
-void platform::removeUnfinishedVersion(HANDLE, const char*) {}
+// Reports whether no one has the file open or has written to it. The probe is closed again, since
+// Windows does not rename over an open file. Other programs, such as scanners, open a file for
+// moments, so a refusal is tried again.
+bool isFree(const char* path, const OriginalFile& original) {
+  constexpr DWORD kLongestWait = 32;
+  for (DWORD wait = 1;; wait *= 2) {
+    if (openUnchanged(path, 0, original)) return true;
+    if (GetLastError() != ERROR_SHARING_VIOLATION || wait > kLongestWait) return false;
+    Sleep(wait);
+  }
+}
+
+bool moveTo(HANDLE file, LONGLONG position) {
+  LARGE_INTEGER target{};
+  target.QuadPart = position;
+  return SetFilePointerEx(file, target, nullptr, FILE_BEGIN) != FALSE;
+}
+
+// Copies all bytes of `from` to the start of `to`.
+bool copyContent(HANDLE from, HANDLE to) {
+  constexpr DWORD kBlock = 1 << 20;
+  const auto block = std::make_unique<unsigned char[]>(kBlock);
+  if (!moveTo(from, 0) || !moveTo(to, 0)) return false;
+  for (;;) {
+    DWORD size = 0;
+    DWORD written = 0;
+    if (ReadFile(from, block.get(), kBlock, &size, nullptr) == FALSE) return false;
+    if (size == 0) return true;
+    if (WriteFile(to, block.get(), size, &written, nullptr) == FALSE || written != size) {
+      return false;
+    }
+  }
+}
+
+bool setSize(HANDLE file, const LARGE_INTEGER& size) {
+  return moveTo(file, size.QuadPart) && SetEndOfFile(file) != FALSE;
+}
+
+// Writes a new content into a file. Its room is reserved first, so that a full disk leaves the old
+// one.
+bool overwrite(HANDLE file, HANDLE content) {
+  LARGE_INTEGER oldSize{};
+  LARGE_INTEGER newSize{};
+  if (GetFileSizeEx(file, &oldSize) == FALSE || GetFileSizeEx(content, &newSize) == FALSE) {
+    return false;
+  }
+  if (newSize.QuadPart > oldSize.QuadPart && !setSize(file, newSize)) {
+    const DWORD error = GetLastError();
+    setSize(file, oldSize);
+    SetLastError(error);
+    return false;
+  }
+  return copyContent(content, file) && setSize(file, newSize) && FlushFileBuffers(file) != FALSE;
+}
+
+}  // namespace
+
+bool replaceFile(FileHandle& opened, const char* path, const char* version) {
+  const OriginalFile original(opened.get());
+  const FileHandle content = openFile(version, GENERIC_READ, FILE_SHARE_READ);
+  if (!original || !content) return false;
+  std::optional<ReplacementFile> replacement;
+  // A rename would separate a file with several names.
+  if (original.hasOneName()) {
+    replacement.emplace(pathWithoutLink(path, opened.get()), &original);
+    if (*replacement) {
+      if (!copyContent(content.get(), replacement->handle()) || !replacement->complete()) {
+        return false;
+      }
+    } else if (!isRefusal(GetLastError())) {
+      return false;
+    }
+  }
+  opened.reset();
+  if (replacement && *replacement) {
+    if (isFree(path, original) && replacement->putInPlace(true)) return true;
+    if (!isRefusal(GetLastError())) return false;
+  }
+  const FileHandle file = openUnchanged(path, kShareReadWrite, original);
+  return file && overwrite(file.get(), content.get());
+}
+
+bool canReplaceFile(HANDLE, const char*) { return true; }
+
+void removeUnfinishedVersion(HANDLE, const char*) {}
+
+}  // namespace platform

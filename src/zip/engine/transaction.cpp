@@ -29,7 +29,8 @@ std::uint64_t nextPage(std::uint64_t position) { return (position / kPage + 1) *
 }  // namespace
 
 bool Transaction::createNew(const char* path) {
-  return file_.open(path, GENERIC_READ | GENERIC_WRITE, 0, CREATE_ALWAYS);
+  // CREATE_ALWAYS is refused for a hidden file.
+  return file_.open(path, GENERIC_READ | GENERIC_WRITE, 0, OPEN_ALWAYS) && file_.truncate(0);
 }
 
 bool Transaction::openExisting(const char* path) {
