@@ -15,7 +15,9 @@
 #include <list>
 #include <optional>
 #include <random>
+#include <set>
 #include <string>
+#include <string_view>
 #include <thread>
 #include <vector>
 
@@ -253,6 +255,33 @@ TEST_F(Contention, ProbingWritingAndDeletingTerminates) {
     }
     return 0;
   }));
+}
+
+// A child that another thread forks inherits what is open at that moment. Here it is forked before
+// each call, and calls no exec.
+TEST_F(Contention, ForkedChildrenKeepNoFile) {
+  const std::set<std::string_view> names{"insert", "unpack", "copy_over_files", "copy_to_new_files",
+                                         "lock_file"};
+  std::size_t done = 0;
+  for (const operations::Operation& operation : operations::all()) {
+    if (names.count(operation.name) == 0) continue;
+    ++done;
+    const std::string own = folder_.file(std::string(operation.name) + '/');
+    operations::prepare(own, operation);
+    std::list<support::ForkedProcess> children;
+    {
+      const failing::Failing failing(failing::Fault::Interruption, 1, [&] {
+        children.emplace_back([](const auto&) { return pause(); });
+      });
+      EXPECT_TRUE(operation.run(own)) << operation.name;
+    }
+    for (const auto& item : std::filesystem::recursive_directory_iterator(own)) {
+      if (!item.is_regular_file()) continue;
+      EXPECT_TRUE(support::openFile(item.path().string(), kReadWrite))
+          << operation.name << ' ' << item.path();
+    }
+  }
+  EXPECT_EQ(done, names.size());
 }
 
 // Threads that use objects and files of their own.
