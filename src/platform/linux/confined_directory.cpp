@@ -14,6 +14,7 @@
 #include "platform/linux/file_handle.h"
 #include "platform/linux/last_error.h"
 #include "platform/linux/native_path.h"
+#include "platform/linux/overwriting.h"
 #include "platform/linux/replacement_file.h"
 #include "platform/linux/share_lock.h"
 #include "platform/unique_handle.h"
@@ -97,15 +98,6 @@ Descriptor lockForReplacement(int directory, const char* name, struct stat& stat
   return {};
 }
 
-// A replaced file keeps its owner and its permissions, but no right to run as that owner.
-bool carryOver(const struct stat& old, int descriptor) {
-  if (old.st_uid != geteuid() || old.st_gid != getegid()) {
-    // Only the superuser can give a file away; other users become its owner.
-    [[maybe_unused]] const int ignored = fchown(descriptor, old.st_uid, old.st_gid);
-  }
-  return fchmod(descriptor, old.st_mode & 0777) == 0;
-}
-
 // True if the name has a component "..". NativePath would resolve it as text.
 bool climbs(std::string_view name) {
   while (!name.empty()) {
@@ -114,6 +106,13 @@ bool climbs(std::string_view name) {
     name.remove_prefix(std::min(component.size() + 1, name.size()));
   }
   return false;
+}
+
+// Writes a new version over the file that it cannot replace.
+bool overwriteBy(const ReplacementFile& version, const struct stat& old, Descriptor& held) {
+  struct stat status;
+  return fstat(version.descriptor(), &status) == 0 &&
+         overwriteContent(version.descriptor(), status.st_size, old, held.get()) && held.close();
 }
 
 // Replaces the file or link of that name. A link itself is replaced, never the
@@ -127,13 +126,20 @@ bool replaceExisting(int directory, const char* name, const ConfinedDirectory::F
     held = lockForReplacement(directory, name, old);
     if (!held) return false;
   }
-  constexpr mode_t kPermissions = 0666;
-  constexpr mode_t kOwnerOnly = 0600;
-  ReplacementFile file(directory, old, isLink ? kPermissions : kOwnerOnly);
+  ReplacementFile file(
+      {.directory = directory, .name = name, .status = old, .held = isLink ? nullptr : &held},
+      ReplacementFile::Named::AtTheEnd);
   if (!file) return failWithErrno() != FALSE;
+  // Another name of the file can be outside the directory.
+  const bool isConfined = old.st_nlink == 1;
+  if (!file.keepsOwner() && !isConfined) return fail(ERROR_ACCESS_DENIED) != FALSE;
   if (!fillFile(file.descriptor(), fill)) return false;
-  return ((isLink || carryOver(old, file.descriptor())) && file.putInPlace(name)) ||
-         failWithErrno() != FALSE;
+  Replaced result = file.keepsOwner() ? file.complete() : Replaced::Refused;
+  if (result == Replaced::Refused && isConfined) {
+    return overwriteBy(file, old, held) || failWithErrno() != FALSE;
+  }
+  if (result == Replaced::Yes) result = file.putInPlace();
+  return result == Replaced::Yes || failWithErrno() != FALSE;
 }
 
 }  // namespace

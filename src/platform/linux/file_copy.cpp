@@ -13,13 +13,14 @@
 #include "platform/linux/existing_file.h"
 #include "platform/linux/file_handle.h"
 #include "platform/linux/last_error.h"
+#include "platform/linux/overwriting.h"
 #include "platform/linux/replacement_file.h"
 #include "platform/linux/share_lock.h"
 
 namespace platform::native {
 namespace {
 
-constexpr mode_t kPermissions = 07777;
+constexpr mode_t kPermissions = 01777;  // without set-id bits
 
 // Finds the file itself, past all links. Most names are no links and need no
 // resolution.
@@ -59,58 +60,58 @@ bool setWriteTime(const Source& source, int descriptor) {
   return futimens(descriptor, times) == 0;
 }
 
-mode_t permissionsAfter(const Source& source, const Target& target) {
-  const mode_t mode = target.status.st_mode & kPermissions;
-  return isReadOnly(source.status.st_mode) ? mode & ~kAnyWrite : mode;
-}
+mode_t removedBy(const Source& source) { return isReadOnly(source.status.st_mode) ? kAnyWrite : 0; }
 
-enum class Replacement { Done, Failed, Refused };
-
-Replacement failure() { return isRefusal(errno) ? Replacement::Refused : Replacement::Failed; }
-
-Replacement replaceWhole(const Source& source, const Target& target) {
-  constexpr mode_t kOwnerOnly = 0600;
-  const Descriptor folder(::open(folderOf(target.path).c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
-  if (!folder) return failure();
-  ReplacementFile file(folder.get(), target.status, kOwnerOnly);
-  if (!file) return failure();
+// Replaces the target by a complete copy. With Refused it may have been closed.
+Replaced replaceWhole(const Source& source, Target& target) {
+  const Descriptor folder(
+      openRetrying(AT_FDCWD, folderOf(target.path).c_str(), O_PATH | O_DIRECTORY));
+  if (!folder) return isRefusal(errno) ? Replaced::Refused : Replaced::No;
+  ReplacementFile file({.directory = folder.get(),
+                        .name = nameOf(target.path.c_str()),
+                        .status = target.status,
+                        .held = &target.held},
+                       ReplacementFile::Named::AtTheEnd);
+  if (!file) return isRefusal(errno) ? Replaced::Refused : Replaced::No;
+  if (!file.keepsOwner()) return Replaced::Refused;
   const int descriptor = file.descriptor();
-  if (fchown(descriptor, target.status.st_uid, target.status.st_gid) != 0) {
-    return Replacement::Refused;
-  }
-  if (!copyContent(source.descriptor, source.status.st_size, descriptor) ||
-      fchmod(descriptor, permissionsAfter(source, target)) != 0 ||
-      !setWriteTime(source, descriptor)) {
-    return Replacement::Failed;
-  }
+  if (!copyContent(source.descriptor, source.status.st_size, descriptor)) return Replaced::No;
+  const Replaced completed = file.complete(removedBy(source));
+  if (completed != Replaced::Yes) return completed;
+  if (!setWriteTime(source, descriptor)) return Replaced::No;
   // Another process may have opened the target during the copying.
   if (target.whenHeld == HeldTarget::Overwrite && !holdExclusively(target.held.get())) {
-    return Replacement::Refused;
+    return Replaced::Refused;
   }
-  return file.putInPlace(nameOf(target.path.c_str())) ? Replacement::Done : failure();
+  return file.putInPlace();
 }
 
-// Writes over the content. Blocks that it lacks are reserved first, so that a full
-// disk is noticed while the old content is complete.
-bool overwrite(const Source& source, const Target& target) {
+bool overwrite(const Source& source, Target& target) {
   const int descriptor = target.held.get();
-  const off_t size = source.status.st_size;
   if (!target.isShared) holdExclusively(descriptor);
-  if (fallocate(descriptor, FALLOC_FL_KEEP_SIZE, 0, size) != 0 &&
-      (errno == ENOSPC || errno == EDQUOT || errno == EFBIG)) {
+  if (!overwriteContent(source.descriptor, source.status.st_size, target.status, descriptor)) {
     return false;
   }
-  if (lseek(source.descriptor, 0, SEEK_SET) != 0 ||
-      !copyBytes(source.descriptor, size, descriptor)) {
-    return false;
-  }
-  if (ftruncate(descriptor, lseek(descriptor, 0, SEEK_CUR)) != 0) return false;
-  const mode_t mode = permissionsAfter(source, target);
+  const mode_t removed = removedBy(source) & target.status.st_mode;
   const bool isComplete =
-      (mode == (target.status.st_mode & kPermissions) || fchmod(descriptor, mode) == 0) &&
+      (removed == 0 || fchmod(descriptor, target.status.st_mode & kPermissions & ~removed) == 0) &&
       setWriteTime(source, descriptor);
   // The right to write does not include that to set times and permissions.
-  return isComplete || errno == EPERM;
+  return (isComplete || errno == EPERM) && target.held.close();
+}
+
+// Opens and locks a target again that an attempt to replace it closed.
+bool lockAgain(Target& target) {
+  if (target.held) return true;
+  const int error = errno;
+  struct stat now;
+  target.held = openRegular(AT_FDCWD, target.path.c_str(), FILE_WRITE_DATA);
+  if (target.held && fstat(target.held.get(), &now) == 0 && isSameFile(now, target.status) &&
+      lockForWriting(target)) {
+    return true;
+  }
+  errno = error;
+  return false;
 }
 
 }  // namespace
@@ -147,8 +148,9 @@ TargetState lockTarget(const NativePath& path, const Source& source, Target& tar
 
 bool copyOver(const Source& source, Target& target) {
   if (!target.isShared && target.status.st_nlink == 1) {
-    const Replacement result = replaceWhole(source, target);
-    if (result != Replacement::Refused) return result == Replacement::Done;
+    const Replaced result = replaceWhole(source, target);
+    if (result != Replaced::Refused) return result == Replaced::Yes;
+    if (!lockAgain(target)) return false;
   }
   return overwrite(source, target);
 }

@@ -43,10 +43,11 @@ enum class TargetState { Locked, Missing, Changed, Failed };
 TargetState lockTarget(const NativePath& path, const Source& source, Target& target);
 
 // Gives the target the content and the write time of the source. The target keeps
-// its owner and permissions, but becomes read-only if the source is. It is
-// replaced by a complete copy. It is overwritten in place if others hold it, if it
-// has several hard links, or if its folder permits no replacement. False, with
-// errno, on failure; only a failure in place can have changed the target.
+// its owner, permissions and access control list, but becomes read-only if the
+// source is. It is replaced by a complete copy. It is overwritten in place if
+// others hold it, if it has several hard links, or if its folder or its owner
+// permits no replacement. False, with errno, on failure; only a failure in place
+// can have changed the target.
 bool copyOver(const Source& source, Target& target);
 
 // Copies the source to a new file. False with errno EEXIST, and nothing read, if

@@ -16,6 +16,7 @@
 #include "platform/linux/last_error.h"
 #include "platform/linux/native_path.h"
 #include "platform/linux/replacement_file.h"
+#include "platform/linux/version_name.h"
 
 using namespace platform::native;
 
@@ -42,16 +43,12 @@ bool platform::canReplaceFile(HANDLE opened, const char* path) {
   char real[PATH_MAX];
   if (!native.valid() || realpath(native.c_str(), real) == nullptr) return false;
   const Descriptor folder(::open(folderOf(real).c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
-  return folder && canBeReplaced(folder.get(), descriptorOf(opened));
+  return folder && canBeReplaced(folder.get(), nameOf(real), descriptorOf(opened));
 }
 
-void platform::removeUnfinishedVersion(HANDLE opened, const char* path) {
+void platform::removeUnfinishedVersion(HANDLE, const char* path) {
   const NativePath native(path);
   char real[PATH_MAX];
-  struct stat status;
-  if (!native.valid() || realpath(native.c_str(), real) == nullptr ||
-      fstat(descriptorOf(opened), &status) != 0) {
-    return;
-  }
-  unlink((folderOf(real) + '/' + temporaryNameFor(status)).c_str());
+  if (!native.valid() || realpath(native.c_str(), real) == nullptr) return;
+  unlink((folderOf(real) + '/' + versionNameFor(nameOf(real))).c_str());
 }

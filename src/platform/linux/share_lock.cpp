@@ -235,6 +235,11 @@ bool holdExclusively(int descriptor) {
   }
 }
 
+bool hasLocks(int descriptor) {
+  struct flock lock = lockOn(kFacts, F_WRLCK);
+  return fcntl(descriptor, F_OFD_GETLK, &lock) == 0;
+}
+
 bool isHeldByOthers(int descriptor) { return heldByOthers(descriptor, kFacts); }
 
 bool deletionDenied(int descriptor) { return heldByOthers(descriptor, kDenyDelete); }

@@ -31,6 +31,9 @@ void holdUnfinished(Descriptor& file);
 // writing. False, with that denial dropped, if another handle holds the file.
 bool holdExclusively(int descriptor);
 
+// True if the file system has these locks.
+bool hasLocks(int descriptor);
+
 // True if another handle holds the file, whatever it shares.
 bool isHeldByOthers(int descriptor);
 

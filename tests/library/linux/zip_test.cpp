@@ -11,6 +11,7 @@
 #include <ctime>
 
 #include "library/zip.h"
+#include "platform/linux/version_name.h"
 #include "support/linux/forked_process.h"
 #include "support/noise.h"
 #include "support/open_file.h"
@@ -88,10 +89,16 @@ TEST_F(ZipOnLinux, AbandonedTemporaryFilesAreDeleted) {
   constexpr std::time_t kHour = 60 * 60;
   constexpr std::time_t kDay = 24 * kHour;
   const std::string temporary = folder_.file("tmp");
-  for (const char* name :
-       {"~zaA1.TMP", "~zaFFFF.TMP", "~zaB1.TMP", "~zaC1.TMP", "~za.TMP", "~za1A.txt",
-        "~za1A2B3.TMP", "~zaNote.TMP", "~za1.2.TMP", ".~copya-1.tmp", ".~copyb-b1.tmp",
-        ".~copyc-1.tmp", ".~copyd.tmp", ".~copy-1.tmp", ".~copye-.tmp", ".~copyf-1-1.tmp"}) {
+  for (const char* name : {"~zaA1.TMP",       "~zaFFFF.TMP",
+                           "~zaB1.TMP",       "~zaC1.TMP",
+                           "~za.TMP",         "~za1A.txt",
+                           "~za1A2B3.TMP",    "~zaNote.TMP",
+                           "~za1.2.TMP",      ".~copya-1.tmp",
+                           ".~copyb-b1.tmp",  ".~copyc-1.tmp",
+                           ".~copyabc.tmp",   ".~copy0123456789abcdef-1-a.tmp",
+                           ".~copy.tmp",      ".~copy-.tmp",
+                           ".~copy-1.tmp",    ".~copye-.tmp",
+                           ".~copyf-1-1.tmp", ".~copynote.tmp"}) {
     const std::string file = temporary + "/" + name;
     support::writeFile(file, "x");
     const bool isYoung = file.ends_with("B1.TMP") || file.ends_with("b1.tmp");
@@ -106,8 +113,9 @@ TEST_F(ZipOnLinux, AbandonedTemporaryFilesAreDeleted) {
   unsetenv("TMPDIR");
   EXPECT_TRUE(FRT_ZIP_FOLDER(out_.c_str(), (temporary + "/new.zip").c_str()));
   EXPECT_EQ(support::outputOf(temporary, "ls -A | LC_ALL=C sort | tr '\\n' ' '"),
-            ".~copy-1.tmp .~copyb-b1.tmp .~copyc-1.tmp .~copyd.tmp .~copye-.tmp .~copyf-1-1.tmp "
-            "new.zip ~za.TMP ~za1.2.TMP ~za1A.txt ~za1A2B3.TMP ~zaB1.TMP ~zaC1.TMP ~zaNote.TMP ");
+            ".~copy-.tmp .~copy-1.tmp .~copy.tmp .~copyb-b1.tmp .~copyc-1.tmp .~copye-.tmp "
+            ".~copyf-1-1.tmp .~copynote.tmp new.zip ~za.TMP ~za1.2.TMP ~za1A.txt ~za1A2B3.TMP "
+            "~zaB1.TMP ~zaC1.TMP ~zaNote.TMP ");
 }
 
 // The archive is in the folder that is packed.
@@ -158,19 +166,16 @@ TEST_F(ZipOnLinux, PackingOnAFullDiskLeavesTheOldArchive) {
 // A process that is killed while it replaces an archive can leave the new version beside it.
 TEST_F(ZipOnLinux, OpeningRemovesAnUnfinishedVersion) {
   make({});
-  struct stat status {};
-  ASSERT_EQ(stat(path_.c_str(), &status), 0);
-  char name[40];
-  std::snprintf(name, sizeof(name), ".~copy%llx.tmp",
-                static_cast<unsigned long long>(status.st_ino));
+  const std::string name = platform::native::versionNameFor("a.zip");
+  const std::string other = platform::native::versionNameFor("b.zip");
   support::writeFile(folder_.file(name), "a new version");
-  support::writeFile(folder_.file(".~copy0.tmp"), "another file's");
+  support::writeFile(folder_.file(other), "another file's");
   // Without access the file could be one that is being written.
   opened(0);
   EXPECT_TRUE(support::exists(folder_.file(name)));
   readable();
   EXPECT_FALSE(support::exists(folder_.file(name)));
-  EXPECT_TRUE(support::exists(folder_.file(".~copy0.tmp")));
+  EXPECT_TRUE(support::exists(folder_.file(other)));
 }
 
 }  // namespace

@@ -1,0 +1,198 @@
+// What a replaced file keeps.
+
+#include <filesystem/files.h>
+#include <filesystem/zip.h>
+#include <grp.h>
+#include <sched.h>
+#include <sys/mount.h>
+#include <sys/stat.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+#include <fcntl.h>
+
+#include <functional>
+#include <ostream>
+
+#include "library/zip.h"
+#include "support/linux/access_list.h"
+#include "support/linux/forked_process.h"
+
+namespace {
+
+using support::accessTo;
+
+constexpr uid_t kColleague = 1002;
+constexpr uid_t kCaller = 1001;
+constexpr gid_t kSharedGroup = 2000;
+constexpr uid_t kGuest = 1003;
+
+// A target, or the folder that it is in.
+struct Target {
+  const char* what;
+  // Prepares the target. False if the file system lacks what it takes.
+  std::function<bool(const std::string& folder, const std::string& file)> prepare;
+  mode_t mode;               // of the target after the replacement
+  bool isCallersOwn = true;  // otherwise another user replaces a file of the same group
+  bool hasProc = true;
+  bool staysSameFile = false;
+};
+
+bool setMode(const std::string& file, mode_t mode) { return chmod(file.c_str(), mode) == 0; }
+
+bool setAttribute(const std::string& file, const char* name, const std::string& value) {
+  return setxattr(file.c_str(), name, value.data(), value.size(), 0) == 0;
+}
+
+// A program may use ports that need privileges.
+const std::string kCapability("\1\0\0\2\0\4\0\0\0\0\0\0\0\0\0\0\0\0\0\0", 20);
+
+const Target kTargets[] = {
+    {"permissions", [](auto&, auto& file) { return setMode(file, 0604); }, 0604},
+    {"owner alone and one more user",
+     [](auto&, auto& file) {
+       return support::setList(file, support::kAccessList, support::listFor(kGuest, 0, 0));
+     },
+     0660},
+    {"default list of the folder",
+     [](auto& folder, auto& file) {
+       return setMode(file, 0640) &&
+              support::setList(folder, support::kDefaultList, support::listFor(kGuest, 6, 6));
+     },
+     0640},
+    {"owner's and group's identity", [](auto&, auto& file) { return setMode(file, 06755); }, 0755},
+    {"user attribute",
+     [](auto&, auto& file) { return setMode(file, 0600) && setAttribute(file, "user.note", "n"); },
+     0600},
+    {"capability",
+     [](auto&, auto& file) {
+       return setMode(file, 0700) && setAttribute(file, "security.capability", kCapability);
+     },
+     0700},
+    {"other owner",
+     [](auto&, auto& file) {
+       return chown(file.c_str(), kColleague, kSharedGroup) == 0 && setMode(file, 0640);
+     },
+     0640},
+    {"colleague's file",
+     [](auto&, auto& file) {
+       return chown(file.c_str(), kColleague, kSharedGroup) == 0 && setMode(file, 0660);
+     },
+     0660, false, true, true},
+    {"no /proc", [](auto&, auto& file) { return setMode(file, 0640); }, 0640, true, false},
+};
+
+// An operation that replaces the file `target` in the folder.
+struct Operation {
+  const char* name;
+  std::function<bool(const std::string& folder, const std::string& target)> run;
+};
+
+const Operation kOperations[] = {
+    {"copy",
+     [](auto& folder, auto&) {
+       return FileSystem::CopyFileA((folder + "in/target").c_str(), folder.c_str(), 0) != 0;
+     }},
+    {"extract",
+     [](auto& folder, auto& target) {
+       ZipArchive archive;
+       return archive.open((folder + "source.zip").c_str(), kRead) == 1 &&
+              archive.extract("a", target.c_str()) == 1;
+     }},
+    {"remove",
+     [](auto&, auto& target) {
+       ZipArchive archive;
+       return archive.open(target.c_str(), kReadWrite) == 1 && archive.remove("a") == 1;
+     }},
+    {"pack", [](auto& folder,
+                auto& target) { return FRT_ZIP_FOLDER((folder + "in").c_str(), target.c_str()); }},
+};
+
+struct Case {
+  const Target* target;
+  const Operation* operation;
+};
+
+void PrintTo(const Case& each, std::ostream* out) {
+  *out << each.operation->name << ", " << each.target->what;
+}
+
+std::vector<Case> cases() {
+  std::vector<Case> all;
+  for (const Target& target : kTargets) {
+    for (const Operation& operation : kOperations) all.push_back({&target, &operation});
+  }
+  return all;
+}
+
+class Replacing : public Zip, public testing::WithParamInterface<Case> {
+ protected:
+  Replacing() {
+    make({"a", "b"});
+    std::filesystem::copy(path_, folder_.file("source.zip"));
+    std::filesystem::rename(path_, target_);
+    support::writeFile(folder_.file("in/target"), "new");
+    chmod(folder_.path().c_str(), 0777);
+  }
+
+  // Runs the operation in a process of its own.
+  bool run() const {
+    const Target& target = *GetParam().target;
+    support::ForkedProcess process([&](const auto&) {
+      if (!target.hasProc && (unshare(CLONE_NEWNS) != 0 ||
+                              mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+                              mount("none", "/proc", "tmpfs", 0, nullptr) != 0)) {
+        return 2;
+      }
+      if (!target.isCallersOwn &&
+          (setgroups(1, &kSharedGroup) != 0 || setgid(kCaller) != 0 || setuid(kCaller) != 0)) {
+        return 2;
+      }
+      return GetParam().operation->run(folder_.path().string() + '/', target_) ? 0 : 1;
+    });
+    return process.wait() == 0;
+  }
+
+  struct stat status() const {
+    struct stat status {};
+    stat(target_.c_str(), &status);
+    return status;
+  }
+
+  std::map<std::string, int> access() const {
+    const int file = open(target_.c_str(), O_RDONLY | O_CLOEXEC);
+    const auto access = accessTo(file);
+    close(file);
+    return access;
+  }
+
+  std::string attribute(const char* name) const {
+    char value[64];
+    const ssize_t size = getxattr(target_.c_str(), name, value, sizeof(value));
+    return std::string(value, size > 0 ? static_cast<std::size_t>(size) : 0);
+  }
+
+  std::string target_ = folder_.file("target");
+};
+
+TEST_P(Replacing, KeepsAccessButNoPrivileges) {
+  const Target& target = *GetParam().target;
+  if (geteuid() != 0) GTEST_SKIP() << "needs the superuser";
+  if (!target.prepare(folder_.path(), target_)) GTEST_SKIP() << "not on this file system";
+  const auto accessBefore = access();
+  const struct stat before = status();
+  const std::string note = attribute("user.note");
+  ASSERT_TRUE(run());
+  EXPECT_EQ(access(), accessBefore);
+  EXPECT_EQ(status().st_mode & 07777, target.mode);
+  EXPECT_EQ(status().st_uid, before.st_uid);
+  EXPECT_EQ(status().st_gid, before.st_gid);
+  EXPECT_EQ(status().st_ino == before.st_ino, target.staysSameFile);
+  EXPECT_EQ(attribute("user.note"), note);
+  EXPECT_EQ(attribute("security.capability"), "");
+  EXPECT_EQ(folder_.entries(), 3U);
+}
+
+INSTANTIATE_TEST_SUITE_P(All, Replacing, testing::ValuesIn(cases()));
+
+}  // namespace
