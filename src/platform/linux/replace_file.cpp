@@ -33,6 +33,7 @@ bool platform::replaceFile(FileHandle& opened, const char* path, const char* ver
       !isSameFile(original, target.status)) {
     return fail(ERROR_SHARING_VIOLATION) != FALSE;
   }
+  opened.reset();
   if (!copyOver(source, target)) return fail(errorOnPath(native, errno)) != FALSE;
   commitNameOf(target.path.c_str());
   return true;
