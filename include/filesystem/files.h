@@ -21,6 +21,7 @@
 #include <filesystem/mfc_text.h>
 
 #include <string>
+#include <vector>
 
 namespace FileSystem {
 

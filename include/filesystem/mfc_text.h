@@ -11,7 +11,11 @@
 /// std::string text = root.GetString();  // "C:\\"
 /// @endcode
 
-#if !defined(__AFX_H__) && !defined(__AFXSTR_H__)
+#if defined(__AFX_H__) || defined(__AFXSTR_H__)
+
+#include <afxcoll.h>
+
+#else
 
 #include <cstddef>
 #include <string>
