@@ -67,7 +67,7 @@ bool writeNew(int directory, const char* name, const ConfinedDirectory::Fill& fi
   Descriptor file(
       openRetrying(directory, name, O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW, kPermissions));
   if (!file) return false;
-  if (!acquireNew(file, kReadWrite, 0) && !acquireShare(file, kReadWrite, 0)) {
+  if (!acquireShare(file, kReadWrite, 0)) {
     errno = EBUSY;
     return false;
   }

@@ -98,9 +98,8 @@ bool isDeleted(int descriptor) {
 
 // Takes the locks. Retry if they were refused on a file that has no name any
 // more: another one can have its name.
-Outcome acquire(Descriptor& file, const Opening& opening, bool created) {
+Outcome acquire(Descriptor& file, const Opening& opening) {
   if (opening.rights == 0) return Outcome::Done;
-  if (created && acquireNew(file, opening.rights, opening.share)) return Outcome::Done;
   if (acquireShare(file, opening.rights, opening.share)) return Outcome::Done;
   SetLastError(ERROR_SHARING_VIOLATION);
   return isDeleted(file.get()) ? Outcome::Retry : Outcome::Failed;
@@ -132,7 +131,7 @@ HANDLE openFile(const NativePath& path, const Opening& opening) {
     bool created = false;
     Outcome outcome = openOrCreate(path.c_str(), opening, file, created);
     if (outcome != Outcome::Done) SetLastError(openError(opening, path, errno));
-    if (outcome == Outcome::Done) outcome = acquire(file, opening, created);
+    if (outcome == Outcome::Done) outcome = acquire(file, opening);
     if (outcome == Outcome::Done) {
       outcome = finish(file.get(), opening, created);
       if (outcome == Outcome::Failed && created) unlink(path.c_str());

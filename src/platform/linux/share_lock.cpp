@@ -31,19 +31,32 @@
 // That opening denies nothing but deletion: it locks "reads" to "deny delete" or
 // "reads" to "writes", and asks for "deny read" to "deletes" or to "deny write".
 //
+// Who has a right and denies it to all others takes write locks on both bytes, if
+// its descriptor permits that. The system then decides in one step, and nothing
+// needs to be asked. An opening that reads, writes and shares nothing takes one
+// write lock on all bytes.
+//
 // Locking and asking are two steps, so two openings at the same time can see
 // each other and both withdraw, although one could have had the file. The byte
 // "in transit" prevents that. Who denies reading or writing, or deletes, holds it
 // between the two steps. An opening that meets a contradiction while another one
 // is in transit pauses for a random time and tries again.
+//
+// Network file systems. Over NFS F_OFD_GETLK does not report read locks of other
+// clients, but refuses a write lock that they contradict. So there an opening that
+// can write asks by taking the write lock for a moment. Over SMB unlocking a part
+// of a range does nothing, so each lock is released in the ranges it was taken in,
+// or with all others.
 
 #include "platform/linux/share_lock.h"
 
 #include <fcntl.h>
+#include <sys/vfs.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <chrono>
+#include <cstdint>
 #include <random>
 #include <thread>
 
@@ -73,6 +86,12 @@ struct Range {
 
 constexpr Range kFacts{kReads, kDenyWrite};
 constexpr Range kAllBytes{kReads, kTransit};
+constexpr Range kTransitByte{kTransit, kTransit};
+
+// A set of facts: bit i is the byte kFirstByte + i.
+using Facts = unsigned;
+constexpr Facts bit(off_t byte) { return Facts{1} << (byte - kFirstByte); }
+constexpr Facts kAllFacts = bit(kDenyWrite + 1) - 1;
 
 enum class Lock { Taken, Refused, Unavailable };
 
@@ -85,13 +104,11 @@ struct flock lockOn(Range range, short type) {
   return lock;
 }
 
-Lock take(int descriptor, Range range) {
-  struct flock lock = lockOn(range, F_RDLCK);
+Lock take(int descriptor, Range range, short type) {
+  struct flock lock = lockOn(range, type);
   if (fcntl(descriptor, F_OFD_SETLK, &lock) == 0) return Lock::Taken;
   return errno == EAGAIN || errno == EACCES ? Lock::Refused : Lock::Unavailable;
 }
-
-Lock take(int descriptor, off_t byte) { return take(descriptor, Range{byte, byte}); }
 
 void release(int descriptor, Range range) {
   struct flock lock = lockOn(range, F_UNLCK);
@@ -103,8 +120,26 @@ bool heldByOthers(int descriptor, Range range) {
   return fcntl(descriptor, F_OFD_GETLK, &lock) == 0 && lock.l_type != F_UNLCK;
 }
 
-bool heldByOthers(int descriptor, off_t byte) {
-  return heldByOthers(descriptor, Range{byte, byte});
+// Calls `step(range)` for each range of adjacent facts until one returns false.
+template <typename Step>
+bool eachRange(Facts facts, Step step) {
+  for (off_t first = kFirstByte; facts != 0; ++first, facts >>= 1) {
+    if ((facts & 1) == 0) continue;
+    off_t last = first;
+    for (; (facts & 2) != 0; facts >>= 1) ++last;
+    if (!step(Range{first, last})) return false;
+    first = last;
+  }
+  return true;
+}
+
+Lock takeFacts(int descriptor, Facts facts, short type) {
+  Lock result = Lock::Taken;
+  eachRange(facts, [&](Range range) {
+    result = take(descriptor, range, type);
+    return result == Lock::Taken;
+  });
+  return result;
 }
 
 void pause() {
@@ -112,71 +147,86 @@ void pause() {
   std::this_thread::sleep_for(std::chrono::microseconds(20 + random() % 300));
 }
 
+// The locks of an opening, and the facts that contradict it.
 struct Request {
-  bool read;
-  bool write;
-  bool remove;
-  bool denyRead;
-  bool denyWrite;
-  bool denyDelete;
+  Facts exclusive = 0;  // its write locks
+  Facts shared = 0;     // its read locks
+  Facts asked = 0;
+  bool canWrite = false;
 
-  bool needsTransit() const { return denyRead || denyWrite || remove; }
+  void add(bool uses, off_t use, bool denies, off_t denial) {
+    if (uses && denies && canWrite) {
+      exclusive |= bit(use) | bit(denial);
+      return;
+    }
+    if (uses) shared |= bit(use), asked |= bit(denial);
+    if (denies) shared |= bit(denial), asked |= bit(use);
+  }
+  bool needsTransit() const {
+    constexpr Facts kRare = bit(kDenyRead) | bit(kDenyWrite) | bit(kDeletes);
+    return exclusive != kAllFacts && ((exclusive | shared) & kRare) != 0;
+  }
 };
 
+// The descriptor is open for writing if the rights write.
 Request requestOf(DWORD rights, DWORD share) {
-  return {.read = reads(rights),
-          .write = writes(rights),
-          .remove = (rights & DELETE) != 0,
-          .denyRead = (share & FILE_SHARE_READ) == 0,
-          .denyWrite = (share & FILE_SHARE_WRITE) == 0,
-          .denyDelete = (share & FILE_SHARE_DELETE) == 0};
+  Request request{.canWrite = writes(rights)};
+  if (reads(rights) && writes(rights) && share == 0) {
+    request.exclusive = kAllFacts;
+    return request;
+  }
+  request.add(reads(rights), kReads, (share & FILE_SHARE_READ) == 0, kDenyRead);
+  request.add(writes(rights), kWrites, (share & FILE_SHARE_WRITE) == 0, kDenyWrite);
+  request.add((rights & DELETE) != 0, kDeletes, (share & FILE_SHARE_DELETE) == 0, kDenyDelete);
+  return request;
 }
 
 // The transit byte comes first, so that another opening that meets one of the
 // facts finds this one in transit.
 Lock takeAll(int descriptor, const Request& request) {
-  if (request.needsTransit()) {
-    const Lock transit = take(descriptor, kTransit);
-    if (transit != Lock::Taken) return transit;
-    if (request.denyRead) take(descriptor, kDenyRead);
-    if (request.denyWrite) take(descriptor, kDenyWrite);
-    if (request.remove) take(descriptor, kDeletes);
-  }
-  if (request.denyDelete) {
-    return take(descriptor,
-                Range{request.read ? kReads : kDenyDelete, request.write ? kWrites : kDenyDelete});
-  }
   Lock result = Lock::Taken;
-  if (request.read) result = take(descriptor, kReads);
-  if (result == Lock::Taken && request.write) result = take(descriptor, kWrites);
+  if (request.needsTransit()) result = take(descriptor, kTransitByte, F_RDLCK);
+  if (result == Lock::Taken) result = takeFacts(descriptor, request.shared, F_RDLCK);
+  if (result == Lock::Taken) result = takeFacts(descriptor, request.exclusive, F_WRLCK);
   return result;
 }
 
-// Whether others deny reading or writing, or delete, where that contradicts. One
-// call, but for an opening that reads and writes and lets others delete.
-bool accessContradicted(int descriptor, const Request& request) {
-  if (request.read && request.write && !request.denyDelete) {
-    return heldByOthers(descriptor, kDenyRead) || heldByOthers(descriptor, kDenyWrite);
-  }
-  const off_t least = request.denyDelete ? kDeletes : request.read ? kDenyRead : kDenyWrite;
-  return (request.read || request.write || request.denyDelete) &&
-         heldByOthers(descriptor,
-                      {request.read ? kDenyRead : least, request.write ? kDenyWrite : least});
+bool contradicted(int descriptor, Facts facts) {
+  return !eachRange(facts, [=](Range range) { return !heldByOthers(descriptor, range); });
 }
 
-bool contradicted(int descriptor, const Request& request) {
-  return accessContradicted(descriptor, request) ||
-         (request.remove && heldByOthers(descriptor, kDenyDelete)) ||
-         (request.denyRead && heldByOthers(descriptor, kReads)) ||
-         (request.denyWrite && heldByOthers(descriptor, kWrites));
+bool isOnNetwork(int descriptor) {
+  constexpr std::uint32_t kNfs = 0x6969;
+  constexpr std::uint32_t kSmb = 0x517B;
+  constexpr std::uint32_t kCifs = 0xFF534D42;
+  constexpr std::uint32_t kSmb2 = 0xFE534D42;
+  struct statfs status;
+  if (fstatfs(descriptor, &status) != 0) return false;
+  const auto type = static_cast<std::uint32_t>(status.f_type);
+  return type == kNfs || type == kSmb || type == kCifs || type == kSmb2;
+}
+
+// Does the same as contradicted, for an opening that has its own locks.
+bool contradictedOnOpening(int descriptor, const Request& request) {
+  if (contradicted(descriptor, request.asked)) return true;
+  constexpr Facts kContent = bit(kReads) | bit(kWrites) | bit(kDenyRead) | bit(kDenyWrite);
+  const Facts facts = request.asked & kContent & ~request.shared;
+  if (facts == 0 || !request.canWrite || !isOnNetwork(descriptor)) return false;
+  return !eachRange(facts, [=](Range range) {
+    if (take(descriptor, range, F_WRLCK) == Lock::Refused) return false;
+    release(descriptor, range);
+    return true;
+  });
 }
 
 // Whether a contradiction that was met in this attempt is that of a holder, not
 // that of an opening which may still withdraw.
 bool isFinal(int descriptor, const Request& request, int attempt) {
   if (attempt == kAttempts) return true;
-  if (request.needsTransit() && attempt < kDenierAttempts) return false;
-  return !heldByOthers(descriptor, kTransit);
+  constexpr Facts kDenials = bit(kDenyRead) | bit(kDenyWrite) | bit(kDeletes);
+  const bool denies = ((request.exclusive | request.shared) & kDenials) != 0;
+  if (denies && attempt < kDenierAttempts) return false;
+  return !heldByOthers(descriptor, kTransitByte);
 }
 
 }  // namespace
@@ -187,13 +237,12 @@ bool acquireShare(Descriptor& file, DWORD rights, DWORD share) {
   for (int attempt = 1;; ++attempt) {
     const Lock locked = takeAll(descriptor, request);
     if (locked == Lock::Unavailable) return true;
-    file.markLocked();
-    if (locked == Lock::Taken && !contradicted(descriptor, request)) {
-      if (request.needsTransit()) release(descriptor, {kTransit, kTransit});
+    if (locked == Lock::Taken && !contradictedOnOpening(descriptor, request)) {
+      if (request.needsTransit()) release(descriptor, kTransitByte);
+      file.markLocked();
       return true;
     }
     release(descriptor, kAllBytes);
-    file.markUnlocked();
     if (isFinal(descriptor, request, attempt)) return false;
     pause();
   }
@@ -201,35 +250,26 @@ bool acquireShare(Descriptor& file, DWORD rights, DWORD share) {
 
 bool shareAvailable(int descriptor, DWORD rights, DWORD share) {
   const Request request = requestOf(rights, share);
-  for (int attempt = 1; contradicted(descriptor, request); ++attempt) {
+  const Facts facts = request.asked | request.exclusive;
+  for (int attempt = 1; contradicted(descriptor, facts); ++attempt) {
     if (isFinal(descriptor, request, attempt)) return false;
     pause();
   }
   return true;
 }
 
-bool acquireNew(Descriptor& file, DWORD rights, DWORD share) {
-  if (share != 0 || !reads(rights) || !writes(rights)) return false;
-  const int descriptor = file.get();
-  if (take(descriptor, kAllBytes) != Lock::Taken) return false;
-  const bool isAlone = !heldByOthers(descriptor, kAllBytes);
-  release(descriptor, isAlone ? Range{kTransit, kTransit} : kAllBytes);
-  if (isAlone) file.markLocked();
-  return isAlone;
-}
-
 void holdUnfinished(Descriptor& file) {
-  if (take(file.get(), kFacts) == Lock::Taken) file.markLocked();
+  if (take(file.get(), kFacts, F_WRLCK) == Lock::Taken) file.markLocked();
 }
 
 bool holdExclusively(int descriptor) {
+  constexpr Facts kOwn = bit(kWrites) | bit(kDenyWrite);
   for (int attempt = 1;; ++attempt) {
-    take(descriptor, kTransit);
-    take(descriptor, kDenyRead);
-    const bool isAlone = !isHeldByOthers(descriptor);
-    release(descriptor, {kTransit, kTransit});
-    if (isAlone) return true;
-    release(descriptor, {kDenyRead, kDenyRead});
+    if (takeFacts(descriptor, kAllFacts & ~kOwn, F_WRLCK) != Lock::Refused) return true;
+    eachRange(kAllFacts & ~kOwn, [=](Range range) {
+      release(descriptor, range);
+      return true;
+    });
     if (attempt == kDenierAttempts) return false;
     pause();
   }
@@ -242,6 +282,6 @@ bool hasLocks(int descriptor) {
 
 bool isHeldByOthers(int descriptor) { return heldByOthers(descriptor, kFacts); }
 
-bool deletionDenied(int descriptor) { return heldByOthers(descriptor, kDenyDelete); }
+bool deletionDenied(int descriptor) { return heldByOthers(descriptor, {kDenyDelete, kDenyDelete}); }
 
 }  // namespace platform::native

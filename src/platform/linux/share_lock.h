@@ -18,17 +18,11 @@ bool acquireShare(Descriptor& file, DWORD rights, DWORD share);
 // Reports whether acquireShare would succeed, without taking a lock.
 bool shareAvailable(int descriptor, DWORD rights, DWORD share);
 
-// Does the work of acquireShare for a file that was just created, in two system
-// calls, if it is opened to read and write without any sharing. False, with no
-// lock taken, if another process opened the file first or if acquireShare has to
-// decide.
-bool acquireNew(Descriptor& file, DWORD rights, DWORD share);
-
 // Keeps everyone else from a file that was just created, while it is filled.
 void holdUnfinished(Descriptor& file);
 
-// Adds the denial of reading to the locks of an opening that writes and denies
-// writing. False, with that denial dropped, if another handle holds the file.
+// Adds the denial of everything else to the locks of an opening that writes and
+// denies writing alone. False, with nothing added, if another handle holds the file.
 bool holdExclusively(int descriptor);
 
 // True if the file system has these locks.
