@@ -2,6 +2,7 @@
 // changed only after its share mode was granted.
 
 #include <fcntl.h>
+#include <sys/sysmacros.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -36,8 +37,14 @@ struct Opening {
 
 enum class Outcome { Done, Failed, Retry };
 
+struct Opened {
+  Descriptor file;
+  bool created = false;
+  bool mayBeRemote = false;
+};
+
 // Opens the file that has the name. Retry if there is none.
-Outcome openExisting(const char* path, const Opening& opening, Descriptor& file) {
+Outcome openExisting(const char* path, const Opening& opening, Opened& opened) {
   struct stat status;
   if (fstatat(AT_FDCWD, path, &status, 0) == 0) {
     if (!isOpenable(status, opening.changes())) {
@@ -46,29 +53,30 @@ Outcome openExisting(const char* path, const Opening& opening, Descriptor& file)
     }
     // Truncating needs the right to write, whatever the handle gets.
     const DWORD needed = opening.rights | (opening.truncates() ? DWORD{FILE_WRITE_DATA} : 0);
-    file = openRegular(AT_FDCWD, path, needed);
-    if (file) return Outcome::Done;
+    opened.file = openRegular(AT_FDCWD, path, needed);
+    // Network file systems are on no device.
+    opened.mayBeRemote = major(status.st_dev) == 0;
+    if (opened.file) return Outcome::Done;
   }
   return errno == ENOENT ? Outcome::Retry : Outcome::Failed;
 }
 
-// Opens or creates the file and sets which. Creating is exclusive, so that a new
+// Opens or creates the file. Creating is exclusive, so that a new
 // file is known from one that was there. Retry, with errno, if another process
 // created the file at the same time.
-Outcome openOrCreate(const char* path, const Opening& opening, Descriptor& file, bool& created) {
-  created = false;
+Outcome openOrCreate(const char* path, const Opening& opening, Opened& opened) {
   if (opening.disposition != CREATE_NEW) {
-    const Outcome outcome = openExisting(path, opening, file);
+    const Outcome outcome = openExisting(path, opening, opened);
     if (outcome != Outcome::Retry) return outcome;
     if (!opening.creates()) return Outcome::Failed;
   }
   constexpr mode_t kAll = 0666;
   constexpr mode_t kReadOnly = 0444;
   const int append = appendsOnly(opening.rights) ? O_APPEND : 0;
-  file = Descriptor(openRetrying(AT_FDCWD, path, O_RDWR | O_CREAT | O_EXCL | append,
-                                 opening.makesReadOnly ? kReadOnly : kAll));
-  created = static_cast<bool>(file);
-  if (created) return Outcome::Done;
+  opened.file = Descriptor(openRetrying(AT_FDCWD, path, O_RDWR | O_CREAT | O_EXCL | append,
+                                        opening.makesReadOnly ? kReadOnly : kAll));
+  opened.created = static_cast<bool>(opened.file);
+  if (opened.created) return Outcome::Done;
   const bool wasFaster = errno == EEXIST && opening.disposition != CREATE_NEW;
   return wasFaster ? Outcome::Retry : Outcome::Failed;
 }
@@ -98,11 +106,13 @@ bool isDeleted(int descriptor) {
 
 // Takes the locks. Retry if they were refused on a file that has no name any
 // more: another one can have its name.
-Outcome acquire(Descriptor& file, const Opening& opening) {
+Outcome acquire(Opened& opened, const Opening& opening) {
   if (opening.rights == 0) return Outcome::Done;
-  if (acquireShare(file, opening.rights, opening.share)) return Outcome::Done;
+  if (acquireShare(opened.file, opening.rights, opening.share, opened.mayBeRemote)) {
+    return Outcome::Done;
+  }
   SetLastError(ERROR_SHARING_VIOLATION);
-  return isDeleted(file.get()) ? Outcome::Retry : Outcome::Failed;
+  return isDeleted(opened.file.get()) ? Outcome::Retry : Outcome::Failed;
 }
 
 // Checks the open file again, now that no one else can delete it, and truncates
@@ -127,21 +137,20 @@ Outcome finish(int descriptor, const Opening& opening, bool created) {
 
 HANDLE openFile(const NativePath& path, const Opening& opening) {
   for (int attempt = 1;; ++attempt) {
-    Descriptor file;
-    bool created = false;
-    Outcome outcome = openOrCreate(path.c_str(), opening, file, created);
+    Opened opened;
+    Outcome outcome = openOrCreate(path.c_str(), opening, opened);
     if (outcome != Outcome::Done) SetLastError(openError(opening, path, errno));
-    if (outcome == Outcome::Done) outcome = acquire(file, opening);
+    if (outcome == Outcome::Done) outcome = acquire(opened, opening);
     if (outcome == Outcome::Done) {
-      outcome = finish(file.get(), opening, created);
-      if (outcome == Outcome::Failed && created) unlink(path.c_str());
+      outcome = finish(opened.file.get(), opening, opened.created);
+      if (outcome == Outcome::Failed && opened.created) unlink(path.c_str());
     }
     if (outcome == Outcome::Retry && attempt < kOpenAttempts) continue;
     if (outcome != Outcome::Done) return INVALID_HANDLE_VALUE;
 
-    const HANDLE handle = makeFileHandle(std::move(file), opening.rights);
+    const HANDLE handle = makeFileHandle(std::move(opened.file), opening.rights);
     if (handle == INVALID_HANDLE_VALUE) return handle;
-    SetLastError(opening.creates() && !created ? ERROR_ALREADY_EXISTS : ERROR_SUCCESS);
+    SetLastError(opening.creates() && !opened.created ? ERROR_ALREADY_EXISTS : ERROR_SUCCESS);
     return handle;
   }
 }

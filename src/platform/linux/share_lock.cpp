@@ -178,6 +178,13 @@ Request requestOf(DWORD rights, DWORD share) {
   request.add(reads(rights), kReads, (share & FILE_SHARE_READ) == 0, kDenyRead);
   request.add(writes(rights), kWrites, (share & FILE_SHARE_WRITE) == 0, kDenyWrite);
   request.add((rights & DELETE) != 0, kDeletes, (share & FILE_SHARE_DELETE) == 0, kDenyDelete);
+  // Handles that coexist with the only writer do not deny reading, so its denial can be a write
+  // lock too, which openings of other clients meet.
+  const bool isOnlyWriter = (request.exclusive & bit(kWrites)) != 0;
+  if (isOnlyWriter && (request.shared & bit(kDenyRead)) != 0) {
+    request.shared &= ~bit(kDenyRead);
+    request.exclusive |= bit(kDenyRead);
+  }
   return request;
 }
 
@@ -207,11 +214,11 @@ bool isOnNetwork(int descriptor) {
 }
 
 // Does the same as contradicted, for an opening that has its own locks.
-bool contradictedOnOpening(int descriptor, const Request& request) {
+bool contradictedOnOpening(int descriptor, const Request& request, bool mayBeRemote) {
   if (contradicted(descriptor, request.asked)) return true;
   constexpr Facts kContent = bit(kReads) | bit(kWrites) | bit(kDenyRead) | bit(kDenyWrite);
   const Facts facts = request.asked & kContent & ~request.shared;
-  if (facts == 0 || !request.canWrite || !isOnNetwork(descriptor)) return false;
+  if (!mayBeRemote || facts == 0 || !request.canWrite || !isOnNetwork(descriptor)) return false;
   return !eachRange(facts, [=](Range range) {
     if (take(descriptor, range, F_WRLCK) == Lock::Refused) return false;
     release(descriptor, range);
@@ -231,13 +238,13 @@ bool isFinal(int descriptor, const Request& request, int attempt) {
 
 }  // namespace
 
-bool acquireShare(Descriptor& file, DWORD rights, DWORD share) {
+bool acquireShare(Descriptor& file, DWORD rights, DWORD share, bool mayBeRemote) {
   const int descriptor = file.get();
   const Request request = requestOf(rights, share);
   for (int attempt = 1;; ++attempt) {
     const Lock locked = takeAll(descriptor, request);
     if (locked == Lock::Unavailable) return true;
-    if (locked == Lock::Taken && !contradictedOnOpening(descriptor, request)) {
+    if (locked == Lock::Taken && !contradictedOnOpening(descriptor, request, mayBeRemote)) {
       if (request.needsTransit()) release(descriptor, kTransitByte);
       file.markLocked();
       return true;

@@ -1,4 +1,5 @@
-// Every access and share mode against every other one, between two clients of a file server.
+// Every access and share mode against every other one, in one client and between two clients of a
+// file server.
 
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -26,6 +27,20 @@ struct Mode {
   }
 };
 
+bool conflict(const Mode& held, const Mode& mode) {
+  return !held.permits(mode) || !mode.permits(held);
+}
+
+// Conflicts that are met between the clients of every file server: both write, or the holder is the
+// only writer. Read locks of another client are not always seen.
+bool isMetBetweenClients(const Mode& held, const Mode& mode) {
+  const auto writes = [](const Mode& m) { return (m.access & GENERIC_WRITE) != 0; };
+  const auto deniesWriting = [](const Mode& m) { return (m.share & FILE_SHARE_WRITE) == 0; };
+  if (!writes(held)) return false;
+  return writes(mode) ? deniesWriting(held) || deniesWriting(mode)
+                      : deniesWriting(held) && deniesWriting(mode);
+}
+
 std::vector<Mode> allModes() {
   std::vector<Mode> modes;
   for (const DWORD access :
@@ -38,6 +53,9 @@ std::vector<Mode> allModes() {
   return modes;
 }
 
+// A probe only asks, and so does not see the read lock of a writer that shares writing.
+bool asksMore(const Mode& held) { return (held.share & FILE_SHARE_WRITE) != 0; }
+
 struct Wrong {
   int opened = 0;   // against the holder's mode
   int refused = 0;  // although the modes agree
@@ -45,17 +63,22 @@ struct Wrong {
   int kept = 0;     // openings that fail after the holder has closed the file
 };
 
-// The first client holds the file, the second one opens it.
-Wrong wrongPairs(const std::string& first, const std::string& second) {
+// The first client holds the file, the second one opens it. Conflicts outside `isMet` may be
+// missed.
+template <typename IsMet>
+Wrong wrongPairs(const std::string& first, const std::string& second, IsMet isMet) {
+  const bool isStrict = first == second;
   Wrong wrong;
   for (const Mode& held : allModes()) {
     for (const Mode& mode : allModes()) {
       platform::FileHandle holder = support::openFile(first, held.access, held.share);
       EXPECT_TRUE(holder) << GetLastError();
-      const bool expected = held.permits(mode) && mode.permits(held);
-      if (platform::probeOpen(second.c_str(), mode.access, mode.share) != expected) ++wrong.probed;
+      const bool expected = !conflict(held, mode);
+      const bool mayBeMissed = !expected && !isMet(held, mode);
+      const bool probed = platform::probeOpen(second.c_str(), mode.access, mode.share);
+      if (probed != expected && !mayBeMissed && (isStrict || !asksMore(held))) ++wrong.probed;
       const bool opened = static_cast<bool>(support::openFile(second, mode.access, mode.share));
-      if (opened && !expected) ++wrong.opened;
+      if (opened && !expected && !mayBeMissed) ++wrong.opened;
       if (!opened && expected) ++wrong.refused;
       holder.reset();
       if (!support::openFile(second, mode.access, mode.share)) ++wrong.kept;
@@ -72,7 +95,7 @@ void expectNone(const Wrong& wrong, const char* clients) {
 }
 
 // VESK_FIRST_CLIENT and VESK_SECOND_CLIENT are folders where two clients see the same files. Where
-// they are not set, both are a temporary folder.
+// they are not set, one client is tested in a temporary folder.
 TEST(ShareMatrix, HoldsBetweenClients) {
   const support::TemporaryFolder folder;
   const char* const firstClient = std::getenv("VESK_FIRST_CLIENT");
@@ -80,10 +103,10 @@ TEST(ShareMatrix, HoldsBetweenClients) {
   const bool isSet = firstClient != nullptr && secondClient != nullptr;
   const std::string name = "share-matrix-" + std::to_string(getpid());
   const std::string first = isSet ? firstClient + ('/' + name) : folder.file(name);
-  const std::string second = isSet ? secondClient + ('/' + name) : folder.file(name);
+  const std::string second = isSet ? secondClient + ('/' + name) : first;
   support::writeFile(first, "content");
-  expectNone(wrongPairs(first, first), "one client");
-  expectNone(wrongPairs(first, second), "two clients");
+  expectNone(wrongPairs(first, first, conflict), "one client");
+  if (isSet) expectNone(wrongPairs(first, second, isMetBetweenClients), "two clients");
   DeleteFileA(first.c_str());
 }
 
