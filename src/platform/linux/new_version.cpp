@@ -55,7 +55,7 @@ NewVersion::NewVersion(const std::string& path) : state_(std::make_unique<State>
     }
     return;
   }
-  state_->original = Descriptor(endOpening(original));
+  state_->original = takeDescriptor(original);
   char real[PATH_MAX];
   if (fstat(state_->original.get(), &state_->originalStatus) != 0 ||
       realpath(NativePath(path.c_str()).c_str(), real) == nullptr) {
