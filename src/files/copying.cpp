@@ -3,6 +3,7 @@
 #include <filesystem/files.h>
 #include <filesystem/path.h>
 
+#include <algorithm>
 #include <boost/format.hpp>
 #include <string>
 #include <string_view>
@@ -14,6 +15,7 @@
 #include "path/zero_terminated.h"
 #include "platform/open_directory.h"
 #include "platform/win32.h"
+#include "platform/written_files.h"
 
 namespace FileSystem {
 namespace {
@@ -70,21 +72,34 @@ bool copyOver(const std::string& source, const std::string& target, const std::s
   return ::CopyFileA(from.c_str(), str(path % target % name).c_str(), FALSE) != FALSE;
 }
 
+// Creates a folder and, unlike EnsurePathExists, neither its parents nor another name than that.
+void makeFolder(std::string path) {
+  path.erase(path.find_last_not_of("\\/") + 1);
+  Detail::makeFolder(path.c_str());
+}
+
 // Copies the files directly in a folder and returns their number. They are listed before the target
-// is created, because the target may be in the source.
-long copyFiles(const std::string& source, const std::string& target) {
+// is created, because the target may be in the source. A file whose name is that of an earlier one
+// in the target, because the file system there takes both names for one, is not copied.
+long copyFiles(const std::string& source, const std::string& target,
+               platform::WrittenFiles& written) {
   using platform::OpenDirectory;
   OpenDirectory from(source, OpenDirectory::LastLink::Followed);
   const std::vector<FileName> names = listFiles(from);
-  Detail::makeFolders(target.c_str());
+  makeFolder(target);
   OpenDirectory to(target, OpenDirectory::LastLink::Followed);
-  long count = 0;
-  for (const FileName& name : names) {
-    if ((name.isRegular && to.copyNew(from, name.stored)) || copyOver(source, target, name.shown)) {
-      ++count;
+  const auto copyFile = [&](const FileName& name) {
+    if (name.isRegular && to) {
+      if (to.copyNew(from, name.stored, written)) return true;
+      // After another error the second way would only fail again.
+      if (GetLastError() != ERROR_FILE_EXISTS) return false;
     }
-  }
-  return count;
+    if (to.isWritten(name.stored, written)) return false;
+    if (!copyOver(source, target, name.shown)) return false;
+    to.addWritten(name.stored, written);
+    return true;
+  };
+  return static_cast<long>(std::count_if(names.begin(), names.end(), copyFile));
 }
 
 }  // namespace
@@ -106,14 +121,18 @@ long CopyContent(const std::string& sourceText, const std::string& targetText) {
     folders.emplace_back(walk.relativePath());
     return true;
   });
-  if (EnsurePathExists(target.c_str()) == 0) return kNoTarget;
+  // EnsurePathExists would cut a longer path and create the folder of the rest.
+  if (target.size() >= Detail::kPathBuffer || EnsurePathExists(target.c_str()) == 0) {
+    return kNoTarget;
+  }
+  platform::WrittenFiles written;
   long count = 0;
   for (const std::string& folder : folders) {
     boost::format path("%s%s\\");
     const std::string from = str(path % source % folder);
-    count += copyFiles(from, str(path % target % folder));
+    count += copyFiles(from, str(path % target % folder), written);
   }
-  return count + copyFiles(source, target);
+  return count + copyFiles(source, target, written);
 }
 
 }  // namespace FileSystem

@@ -12,6 +12,7 @@
 #include <string>
 
 #include "platform/win32.h"
+#include "platform/written_files.h"
 
 namespace platform {
 
@@ -54,9 +55,16 @@ class OpenDirectory {
   // Deletes the current entry, a file or a link, under the rules of DeleteFileA.
   bool deleteEntry();
 
-  // Copies a file of `source`, listed as regular, to the same name here, as CopyFileA does. Returns
-  // false, and leaves no file, if that name exists or the copy fails.
-  bool copyNew(const OpenDirectory& source, const std::string& storedName);
+  // Copies a file of `source`, listed as regular, to the same name here, as CopyFileA does, and
+  // adds the copy to `written`. Returns false, and leaves no file, if the copy fails, and with
+  // ERROR_FILE_EXISTS if the name is in use.
+  bool copyNew(const OpenDirectory& source, const std::string& storedName, WrittenFiles& written);
+  // Reports whether the name here is that of one of these files, by another name, because the file
+  // system takes the two for one. False for a link, and for a file with several hard links.
+  // On Windows always false: source and target distinguish the same names there.
+  bool isWritten(const std::string& storedName, const WrittenFiles& written) const;
+  // Adds the file of that name to the files.
+  void addWritten(const std::string& storedName, WrittenFiles& written) const;
 
   // Removes an empty subdirectory, but no link, under the rules of RemoveDirectoryA.
   bool removeDirectory(const std::string& storedName);

@@ -12,6 +12,7 @@
 
 #include <atomic>
 #include <cerrno>
+#include <climits>
 #include <cstring>
 #include <type_traits>
 #include <utility>
@@ -219,8 +220,11 @@ INTERPOSED(int, pthread_create,
   return real(thread, attributes, work, argument);
 }
 
-// A close that fails has closed the descriptor nevertheless.
+// A close that fails has closed the descriptor nevertheless. The path is that of the file.
 INTERPOSED(int, close, (int fd)) {
+  char path[PATH_MAX] = {};
+  const std::string link = "/proc/self/fd/" + std::to_string(fd);
+  if (readlink(link.c_str(), path, sizeof(path) - 1) < 0) *path = '\0';
   const int result = static_cast<int>(syscall(SYS_close, fd));
-  return failing::fails("close", nullptr, false) ? -1 : result;
+  return failing::fails("close", path, false) ? -1 : result;
 }

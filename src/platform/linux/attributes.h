@@ -3,6 +3,7 @@
 
 #include <sys/stat.h>
 
+#include "platform/file_identity.h"
 #include "platform/linux/file_time.h"
 #include "platform/linux/win32_linux.h"
 
@@ -15,6 +16,10 @@ inline bool isReadOnly(mode_t mode) { return (mode & kAnyWrite) == 0; }
 
 inline bool isSameFile(const struct stat& a, const struct stat& b) {
   return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
+}
+
+inline FileIdentity identityOf(const struct stat& status) {
+  return {.volume = status.st_dev, .index = status.st_ino};
 }
 
 // Returns the attributes of a file or folder. `name` is its last component. With

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <functional>
 #include <utility>
 #include <vector>
 
@@ -14,10 +15,12 @@
 #include "platform/linux/file_handle.h"
 #include "platform/linux/last_error.h"
 #include "platform/linux/native_path.h"
+#include "platform/linux/new_file.h"
 #include "platform/linux/overwriting.h"
 #include "platform/linux/replacement_file.h"
 #include "platform/linux/share_lock.h"
 #include "platform/unique_handle.h"
+#include "platform/written_files.h"
 
 namespace platform {
 
@@ -31,9 +34,11 @@ struct ConfinedDirectory::State {
 
   native::Descriptor root;
   std::vector<Level> levels;
+  WrittenFiles written;
 
   int deepest() const { return levels.empty() ? root.get() : levels.back().directory.get(); }
   bool descend(std::string_view path);
+  bool replace(const char* name, WrittenFiles::Name path, const Fill& fill);
 };
 
 }  // namespace platform
@@ -61,20 +66,23 @@ bool fillFile(int descriptor, const ConfinedDirectory::Fill& fill) {
   return filled;
 }
 
-// False with errno EEXIST, and `fill` not called, if the name is in use.
-bool writeNew(int directory, const char* name, const ConfinedDirectory::Fill& fill) {
+// Sets the status of the new file. False with errno EEXIST, and `fill` not called, if the name is
+// in use.
+bool writeNew(int directory, const char* name, const ConfinedDirectory::Fill& fill,
+              struct stat& status) {
   constexpr mode_t kPermissions = 0666;
-  Descriptor file(
-      openRetrying(directory, name, O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW, kPermissions));
+  NewFile file(directory, name, kPermissions);
   if (!file) return false;
-  if (!acquireShare(file, kReadWrite, 0)) {
+  status = file.status();
+  if (!acquireShare(file.held(), kReadWrite, 0)) {
     errno = EBUSY;
     return false;
   }
-  if (fillFile(file.get(), fill)) return true;
-  unlinkat(directory, name, 0);
-  errno = EIO;
-  return false;
+  if (!fillFile(file.descriptor(), fill)) {
+    errno = EIO;
+    return false;
+  }
+  return file.close();
 }
 
 // Opens a regular file that is to be replaced and locks it, so that no other process uses it
@@ -115,11 +123,10 @@ bool overwriteBy(const ReplacementFile& version, const struct stat& old, Descrip
          overwriteContent(version.descriptor(), status.st_size, old, held.get()) && held.close();
 }
 
-// Replaces the file or link of that name. A link itself is replaced, never the
-// file that it leads to.
-bool replaceExisting(int directory, const char* name, const ConfinedDirectory::Fill& fill) {
-  struct stat old;
-  if (fstatat(directory, name, &old, AT_SYMLINK_NOFOLLOW) != 0) return failWithErrno() != FALSE;
+// Replaces the file or link of that name, which has the status `old`. A link itself is replaced,
+// never the file that it leads to.
+bool replaceExisting(int directory, const char* name, struct stat old,
+                     const ConfinedDirectory::Fill& fill) {
   const bool isLink = S_ISLNK(old.st_mode);
   Descriptor held;
   if (!isLink) {
@@ -169,6 +176,23 @@ bool ConfinedDirectory::State::descend(std::string_view path) {
   return true;
 }
 
+// Replaces the file of that name, unless it is one that was written here under another path. A file
+// with several hard links may have both names.
+bool ConfinedDirectory::State::replace(const char* name, WrittenFiles::Name path,
+                                       const Fill& fill) {
+  struct stat status;
+  if (fstatat(deepest(), name, &status, AT_SYMLINK_NOFOLLOW) != 0) return failWithErrno() != FALSE;
+  const WrittenFiles::Name former = written.nameOf(identityOf(status));
+  if (former != WrittenFiles::kNone && former != path && status.st_nlink == 1) {
+    return fail(ERROR_FILE_EXISTS) != FALSE;
+  }
+  if (!replaceExisting(deepest(), name, status, fill)) return false;
+  if (fstatat(deepest(), name, &status, AT_SYMLINK_NOFOLLOW) == 0) {
+    written.add(identityOf(status), path);
+  }
+  return true;
+}
+
 ConfinedDirectory::ConfinedDirectory(const std::string& path) : state_(std::make_unique<State>()) {
   // With the dot an empty text and a bare drive are directories too.
   const NativePath native((path + '.').c_str());
@@ -191,9 +215,13 @@ bool ConfinedDirectory::write(std::string_view name, const Fill& fill) {
   if (!state_->descend(whole.substr(0, fileStart))) return false;
   const char* const file = path.c_str() + fileStart;
   if (*file == '\0') return fail(ERROR_PATH_NOT_FOUND) != FALSE;
-  if (writeNew(state_->deepest(), file, fill)) return true;
-  return errno == EEXIST ? replaceExisting(state_->deepest(), file, fill)
-                         : failWithErrno() != FALSE;
+  const WrittenFiles::Name written = std::hash<std::string_view>()(whole) | 1;
+  struct stat status;
+  if (writeNew(state_->deepest(), file, fill, status)) {
+    state_->written.add(identityOf(status), written);
+    return true;
+  }
+  return errno == EEXIST ? state_->replace(file, written, fill) : failWithErrno() != FALSE;
 }
 
 }  // namespace platform

@@ -13,9 +13,11 @@
 #include "platform/linux/existing_file.h"
 #include "platform/linux/file_handle.h"
 #include "platform/linux/last_error.h"
+#include "platform/linux/new_file.h"
 #include "platform/linux/overwriting.h"
 #include "platform/linux/replacement_file.h"
 #include "platform/linux/share_lock.h"
+#include "platform/linux/write_time.h"
 
 namespace platform::native {
 namespace {
@@ -51,15 +53,6 @@ bool lockForWriting(Target& target) {
          acquireShare(target.held, FILE_WRITE_DATA, kShareReading | FILE_SHARE_WRITE);
 }
 
-struct timespec unchangedTime() {
-  return {.tv_sec = 0, .tv_nsec = UTIME_OMIT};
-}
-
-bool setWriteTime(const Source& source, int descriptor) {
-  const struct timespec times[] = {unchangedTime(), source.status.st_mtim};
-  return futimens(descriptor, times) == 0;
-}
-
 mode_t removedBy(const Source& source) { return isReadOnly(source.status.st_mode) ? kAnyWrite : 0; }
 
 // Replaces the target by a complete copy. With Refused it may have been closed.
@@ -75,10 +68,10 @@ Replaced replaceWhole(const Source& source, Target& target) {
   if (!file) return isRefusal(errno) ? Replaced::Refused : Replaced::No;
   if (!file.keepsOwner()) return Replaced::Refused;
   const int descriptor = file.descriptor();
-  if (!copyContent(source.descriptor, source.status.st_size, descriptor)) return Replaced::No;
+  if (!copyContent(source.descriptor, source.status, descriptor)) return Replaced::No;
   const Replaced completed = file.complete(removedBy(source));
   if (completed != Replaced::Yes) return completed;
-  if (!setWriteTime(source, descriptor)) return Replaced::No;
+  if (!setWriteTime(descriptor, source.status.st_mtim, target.status.st_mtim)) return Replaced::No;
   // Another process may have opened the target during the copying.
   if (target.whenHeld == HeldTarget::Overwrite && !holdExclusively(target.held.get())) {
     return Replaced::Refused;
@@ -95,7 +88,7 @@ bool overwrite(const Source& source, Target& target) {
   const mode_t removed = removedBy(source) & target.status.st_mode;
   const bool isComplete =
       (removed == 0 || fchmod(descriptor, target.status.st_mode & kPermissions & ~removed) == 0) &&
-      setWriteTime(source, descriptor);
+      setWriteTime(descriptor, source.status.st_mtim, target.status.st_mtim);
   // The right to write does not include that to set times and permissions.
   return (isComplete || errno == EPERM) && target.held.close();
 }
@@ -156,18 +149,8 @@ bool copyOver(const Source& source, Target& target) {
 }
 
 bool copyToNew(const Source& source, const NativePath& path) {
-  const mode_t mode = source.status.st_mode & 0777;
-  Descriptor file(openRetrying(AT_FDCWD, path.c_str(), O_RDWR | O_CREAT | O_EXCL, mode));
-  if (!file) return false;
-  holdUnfinished(file);
-  if (copyContent(source.descriptor, source.status.st_size, file.get()) &&
-      setWriteTime(source, file.get())) {
-    return true;
-  }
-  const int error = errno;
-  unlink(path.c_str());
-  errno = error;
-  return false;
+  NewFile file(AT_FDCWD, path.c_str(), source.status.st_mode & 0777);
+  return file && file.copyFrom(source.descriptor, source.status);
 }
 
 }  // namespace platform::native

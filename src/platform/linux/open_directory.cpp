@@ -14,13 +14,13 @@
 
 #include "platform/linux/access_rights.h"
 #include "platform/linux/attributes.h"
-#include "platform/linux/copy_content.h"
 #include "platform/linux/delete_file.h"
 #include "platform/linux/descriptor.h"
 #include "platform/linux/directory_stream.h"
 #include "platform/linux/existing_file.h"
 #include "platform/linux/last_error.h"
 #include "platform/linux/native_path.h"
+#include "platform/linux/new_file.h"
 #include "platform/linux/remove_directory.h"
 #include "platform/linux/share_lock.h"
 
@@ -30,6 +30,9 @@ namespace {
 
 constexpr unsigned kOpenLevels = 32;
 constexpr int kDirectoryFlags = O_RDONLY | O_DIRECTORY;
+
+// A walk writes no name twice.
+constexpr platform::WrittenFiles::Name kWrittenOnce = 1;
 
 bool isDirectoryAt(int folder, const dirent& entry) {
   if (entry.d_type != DT_UNKNOWN) return entry.d_type == DT_DIR;
@@ -148,7 +151,8 @@ bool OpenDirectory::deleteEntry() {
   return error == ERROR_SUCCESS || fail(error) != FALSE;
 }
 
-bool OpenDirectory::copyNew(const OpenDirectory& source, const std::string& storedName) {
+bool OpenDirectory::copyNew(const OpenDirectory& source, const std::string& storedName,
+                            WrittenFiles& written) {
   if (!*this || !source) return fail(ERROR_INVALID_HANDLE) != FALSE;
   const char* const name = storedName.c_str();
   const Descriptor from(
@@ -160,17 +164,27 @@ bool OpenDirectory::copyNew(const OpenDirectory& source, const std::string& stor
     return fail(ERROR_SHARING_VIOLATION) != FALSE;
   }
   constexpr mode_t kPermissions = 0777;
-  const int folder = dirfd(state_->stream.get());
-  Descriptor to(
-      openRetrying(folder, name, O_RDWR | O_CREAT | O_EXCL, status.st_mode & kPermissions));
-  if (!to) return failWithErrno() != FALSE;
-  holdUnfinished(to);
-  const timespec times[] = {{.tv_sec = 0, .tv_nsec = UTIME_OMIT}, status.st_mtim};
-  if (copyContent(from.get(), status.st_size, to.get()) && futimens(to.get(), times) == 0)
-    return true;
-  const DWORD error = errorFromErrno(errno);
-  unlinkat(folder, name, 0);
-  return fail(error) != FALSE;
+  NewFile to(dirfd(state_->stream.get()), name, status.st_mode & kPermissions);
+  if (!to && errno == EEXIST) return fail(ERROR_FILE_EXISTS) != FALSE;
+  if (!to || !to.copyFrom(from.get(), status)) return failWithErrno() != FALSE;
+  written.add(identityOf(to.status()), kWrittenOnce);
+  return true;
+}
+
+bool OpenDirectory::isWritten(const std::string& storedName, const WrittenFiles& written) const {
+  struct stat status;
+  return *this &&
+         fstatat(dirfd(state_->stream.get()), storedName.c_str(), &status, AT_SYMLINK_NOFOLLOW) ==
+             0 &&
+         status.st_nlink == 1 && written.nameOf(identityOf(status)) != WrittenFiles::kNone;
+}
+
+void OpenDirectory::addWritten(const std::string& storedName, WrittenFiles& written) const {
+  struct stat status;
+  if (*this &&
+      fstatat(dirfd(state_->stream.get()), storedName.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0) {
+    written.add(identityOf(status), kWrittenOnce);
+  }
 }
 
 bool OpenDirectory::removeDirectory(const std::string& storedName) {

@@ -112,10 +112,15 @@ bool OpenDirectory::deleteEntry() {
   return (isDirectoryLink ? RemoveDirectoryA(path.c_str()) : DeleteFileA(path.c_str())) != FALSE;
 }
 
-bool OpenDirectory::copyNew(const OpenDirectory& source, const std::string& storedName) {
+bool OpenDirectory::copyNew(const OpenDirectory& source, const std::string& storedName,
+                            WrittenFiles&) {
   return CopyFileA(source.state_->pathOf(storedName).c_str(), state_->pathOf(storedName).c_str(),
                    TRUE) != FALSE;
 }
+
+bool OpenDirectory::isWritten(const std::string&, const WrittenFiles&) const { return false; }
+
+void OpenDirectory::addWritten(const std::string&, WrittenFiles&) const {}
 
 bool OpenDirectory::removeDirectory(const std::string& storedName) {
   const std::string path = state_->pathOf(storedName);

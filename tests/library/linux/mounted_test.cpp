@@ -1,0 +1,156 @@
+// Copying and unpacking to file systems that store less than the one of the source: names without
+// letter case, times of seconds, and no modes. Each is an image that the superuser mounts, or the
+// directory that VESK_CASEFOLD names.
+
+#include <filesystem/files.h>
+#include <filesystem/zip.h>
+#include <filesystem/zip_archive.h>
+#include <gtest/gtest.h>
+#include <sys/mount.h>
+#include <sys/stat.h>
+
+#include <cstdlib>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "support/programs.h"
+#include "support/temporary_folder.h"
+
+namespace {
+
+using FileSystem::CopyContent;
+
+struct Image {
+  const char* name;
+  const char* make;     // the command that makes the file system in a file
+  const char* prepare;  // the command that prepares it when it is mounted
+  bool hasCase;
+};
+
+void PrintTo(const Image& image, std::ostream* out) { *out << image.name; }
+
+class Mounted : public testing::TestWithParam<Image> {
+ protected:
+  void SetUp() override {
+    const char* const given = std::getenv("VESK_CASEFOLD");
+    if (given != nullptr && std::string(GetParam().name) == "casefold") {
+      target_ = std::string(given) + "/vesk-mounted-test";
+      std::filesystem::remove_all(target_);
+      std::filesystem::create_directory(target_);
+      return;
+    }
+    const std::string make = std::string("truncate -s 40M image && mkdir mounted && ") +
+                             "PATH=$PATH:/usr/sbin:/sbin && " + GetParam().make +
+                             " image && mount -o loop image mounted";
+    isMounted_ = support::run(folder_.path(), make) == 0;
+    if (!isMounted_) GTEST_SKIP() << GetParam().name << " cannot be made or mounted here";
+    ASSERT_EQ(support::run(folder_.path(), GetParam().prepare), 0);
+  }
+  ~Mounted() override {
+    std::error_code ignored;
+    std::filesystem::remove_all(target_, ignored);
+    if (isMounted_) umount(folder_.file("mounted").c_str());
+  }
+
+  // Each copy has its own name as its content, or as the end of it.
+  void expectThreeWholeFiles() const {
+    int count = 0;
+    for (const auto& item : std::filesystem::recursive_directory_iterator(target_)) {
+      if (item.is_directory()) continue;
+      ++count;
+      EXPECT_TRUE(support::readFile(item.path()).ends_with(item.path().filename().string()))
+          << item.path();
+    }
+    EXPECT_EQ(count, 3);
+  }
+
+  std::string in() const { return folder_.text() + "in\\"; }
+  std::string out() const { return target_ + "\\"; }
+
+  support::TemporaryFolder folder_;
+  std::string target_ = folder_.file("mounted/out");
+  bool isMounted_ = false;
+};
+
+// A copy is not older than its source, so it is not made again.
+TEST_P(Mounted, CopiesAreNeverOlder) {
+  const std::string source = folder_.file("in/file");
+  for (const std::time_t seconds : {1600000001, 1600000002}) {
+    for (const long nanoseconds : {0L, 100L, 7000000L, 999999900L}) {
+      for (const bool exists : {false, true}) {
+        SCOPED_TRACE(testing::Message() << seconds << ' ' << nanoseconds << ' ' << exists);
+        std::filesystem::remove(target_ + "/file");
+        if (exists) {
+          support::writeFile(target_ + "/file", "old");
+          support::setWriteTime(target_ + "/file", 1500000000);
+        }
+        support::writeFile(source, "content");
+        support::setWriteTime(source, seconds, nanoseconds);
+        const auto copies = [&] {
+          return FileSystem::CopyFileA(source.c_str(), out().c_str(),
+                                       FileSystem::kCopyIfMissingOrOlder);
+        };
+        EXPECT_NE(copies(), 0);
+        EXPECT_EQ(copies(), 0);
+        struct stat copy {};
+        ASSERT_EQ(stat((target_ + "/file").c_str(), &copy), 0);
+        EXPECT_LE(copy.st_mtim.tv_sec, seconds + 2);
+      }
+    }
+  }
+}
+
+TEST_P(Mounted, CopiesAreReadOnlyAsTheirSources) {
+  const std::string source = folder_.file("in/file");
+  support::writeFile(source, "content");
+  support::makeReadOnly(source);
+  EXPECT_EQ(CopyContent(in(), out()), 1);
+  EXPECT_EQ(FileSystem::IsFileReadOnly((out() + "file").c_str()), 1);
+}
+
+// Two names that are one in the target: the first file stays, and the second fails.
+TEST_P(Mounted, NamesThatAreOneLoseNoFile) {
+  if (GetParam().hasCase) GTEST_SKIP() << "every name is another file here";
+  ZipArchive archive;
+  const std::string zip = folder_.file("a.zip");
+  ASSERT_EQ(archive.create(zip.c_str(), 0), 1);
+  const std::vector<std::string> names{"A", "a", "dir\\f", "DIR\\F", "b"};
+  for (const std::string& name : names) {
+    ASSERT_EQ(archive.insert({name.begin(), name.end()}, name, "", 0), 1);
+  }
+  archive.close();
+  ASSERT_TRUE(FRT_UNZIP_FILE(zip.c_str(), in().c_str()));
+
+  // The second time all files exist before.
+  for (const char* const when : {"new", "existing"}) {
+    SCOPED_TRACE(when);
+    EXPECT_EQ(CopyContent(in(), out()), 3);
+    expectThreeWholeFiles();
+  }
+  for (const char* const when : {"existing", "new"}) {
+    SCOPED_TRACE(when);
+    EXPECT_FALSE(FRT_UNZIP_FILE(zip.c_str(), out().c_str()));
+    EXPECT_EQ(support::readFile(target_ + "/A"), "A");
+    archive.open(zip.c_str(), FileSystem::kAccessRead);
+    EXPECT_EQ(archive.extract(names, out().c_str()), 1);
+    EXPECT_EQ(support::readFile(target_ + "/A"), "A");
+    EXPECT_EQ(support::readFile(target_ + "/dir/f"), "dir\\f");
+    EXPECT_EQ(support::readFile(target_ + "/b"), "b");
+    std::filesystem::remove_all(target_ + "/A");
+    std::filesystem::remove_all(target_ + "/dir");
+    std::filesystem::remove_all(target_ + "/b");
+  }
+}
+
+const Image kImages[] = {
+    {"vfat", "mkfs.vfat", "mkdir mounted/out", false},
+    {"exfat", "mkfs.exfat", "mkdir mounted/out", false},
+    {"casefold", "mkfs.ext4 -q -O casefold", "mkdir mounted/out && chattr +F mounted/out", false},
+    {"seconds", "mkfs.ext4 -q -I 128", "mkdir mounted/out", true},
+};
+
+INSTANTIATE_TEST_SUITE_P(All, Mounted, testing::ValuesIn(kImages),
+                         testing::PrintToStringParamName());
+
+}  // namespace
