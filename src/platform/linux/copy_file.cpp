@@ -2,13 +2,45 @@
 // failed or killed copy leaves the old content. A copy to a free name is made
 // under that name and held against all others until it is complete.
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <cerrno>
 
+#include "platform/linux/attributes.h"
 #include "platform/linux/existing_file.h"
 #include "platform/linux/file_copy.h"
 #include "platform/linux/last_error.h"
 #include "platform/linux/native_path.h"
 #include "platform/linux/win32_linux.h"
+
+namespace platform::native {
+namespace {
+
+// Creates the file that a dangling link leads to, empty and writable, so that it can be
+// copied over. False, with errno, on failure.
+bool createThroughLink(const Source& source, const NativePath& path) {
+  constexpr mode_t kPermissions = 0777;
+  const mode_t mode = (source.status.st_mode & kPermissions) | S_IWUSR;
+  return static_cast<bool>(
+      Descriptor(openRetrying(AT_FDCWD, path.c_str(), O_RDWR | O_CREAT, mode)));
+}
+
+// Copies over the target. On failure a target without content that was created for the
+// copy is deleted again. Returns the result of CopyFileA.
+BOOL copyOverLocked(const Source& source, Target& target, const NativePath& path, bool isNew) {
+  if (copyOver(source, target)) return TRUE;
+  const DWORD error = errorOnPath(path, errno);
+  struct stat now;
+  if (isNew && target.status.st_size == 0 && lstat(target.path.c_str(), &now) == 0 &&
+      isSameFile(now, target.status)) {
+    unlink(target.path.c_str());
+  }
+  return fail(error);
+}
+
+}  // namespace
+}  // namespace platform::native
 
 using namespace platform::native;
 
@@ -25,6 +57,7 @@ BOOL CopyFileA(const char* sourceText, const char* targetText, BOOL failIfExists
 
   // Other processes may create and delete the target at the same time.
   constexpr int kAttempts = 16;
+  bool isNew = false;
   for (int attempt = 1; attempt <= kAttempts; ++attempt) {
     // The name is taken for a free one first, which needs no check.
     if (copyToNew(source, path)) return TRUE;
@@ -33,8 +66,10 @@ BOOL CopyFileA(const char* sourceText, const char* targetText, BOOL failIfExists
     Target target;
     const TargetState state = lockTarget(path, source, target);
     if (state == TargetState::Failed) return FALSE;
-    if (state != TargetState::Locked) continue;
-    return copyOver(source, target) ? TRUE : fail(errorOnPath(path, errno));
+    if (state == TargetState::Locked) return copyOverLocked(source, target, path, isNew);
+    if (state != TargetState::Missing) continue;
+    isNew = createThroughLink(source, path);
+    if (!isNew) return fail(errorOnPath(path, errno));
   }
   return fail(ERROR_SHARING_VIOLATION);
 }

@@ -61,9 +61,16 @@ Outcome openExisting(const char* path, const Opening& opening, Opened& opened) {
   return errno == ENOENT ? Outcome::Retry : Outcome::Failed;
 }
 
-// Opens or creates the file. Creating is exclusive, so that a new
-// file is known from one that was there. Retry, with errno, if another process
-// created the file at the same time.
+bool isLink(const char* path) {
+  struct stat status;
+  return lstat(path, &status) == 0 && S_ISLNK(status.st_mode);
+}
+
+// Opens or creates the file. Creating is exclusive, so that a new file is known
+// from one that was there. Retry, with errno, if another process created the file
+// at the same time. Exclusive creation never follows a link, so the file that a
+// dangling one leads to counts as one that was there: another process may have
+// created it first. Only the kernel follows it, as it knows who may do so.
 Outcome openOrCreate(const char* path, const Opening& opening, Opened& opened) {
   if (opening.disposition != CREATE_NEW) {
     const Outcome outcome = openExisting(path, opening, opened);
@@ -73,12 +80,19 @@ Outcome openOrCreate(const char* path, const Opening& opening, Opened& opened) {
   constexpr mode_t kAll = 0666;
   constexpr mode_t kReadOnly = 0444;
   const int append = appendsOnly(opening.rights) ? O_APPEND : 0;
-  opened.file = Descriptor(openRetrying(AT_FDCWD, path, O_RDWR | O_CREAT | O_EXCL | append,
-                                        opening.makesReadOnly ? kReadOnly : kAll));
+  const int flags = O_RDWR | O_CREAT | append;
+  opened.file = Descriptor(
+      openRetrying(AT_FDCWD, path, flags | O_EXCL, opening.makesReadOnly ? kReadOnly : kAll));
   opened.created = static_cast<bool>(opened.file);
   if (opened.created) return Outcome::Done;
-  const bool wasFaster = errno == EEXIST && opening.disposition != CREATE_NEW;
-  return wasFaster ? Outcome::Retry : Outcome::Failed;
+  if (errno != EEXIST || opening.disposition == CREATE_NEW) return Outcome::Failed;
+  if (!isLink(path)) {
+    errno = EEXIST;
+    return Outcome::Retry;
+  }
+  opened.file = Descriptor(openRetrying(AT_FDCWD, path, flags, kAll));
+  opened.mayBeRemote = true;
+  return opened.file ? Outcome::Done : Outcome::Failed;
 }
 
 DWORD openError(const Opening& opening, const NativePath& path, int error) {

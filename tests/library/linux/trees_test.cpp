@@ -4,13 +4,17 @@
 #include <fcntl.h>
 #include <filesystem/enumeration.h>
 #include <filesystem/files.h>
+#include <filesystem/stream.h>
 #include <filesystem/temporary_storage.h>
+#include <filesystem/zip.h>
+#include <filesystem/zip_archive.h>
 #include <gtest/gtest.h>
 #include <stdio.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 
 #include <atomic>
+#include <functional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -165,6 +169,54 @@ TEST_F(TreesOnLinux, LongTexts) {
   // The root is the first separator.
   const std::string cut(1 + 259 - piece.size(), 'y');
   EXPECT_TRUE(support::exists(folder_.file(std::string(200, 'x') + '/' + cut)));
+}
+
+// Folders whose path exceeds the longest text of a folder chain, or whose name ends in a space.
+TEST_F(TreesOnLinux, CopyContentKeepsTheNamesOfFolders) {
+  const std::string component(150, 'c');
+  const std::string deep = component + '/' + component + '/' + component + '/';
+  support::writeFile(folder_.file("in/" + deep + "file"), "content");
+  support::writeFile(folder_.file("in/space /file"), "content");
+  EXPECT_EQ(FileSystem::CopyContent(folder_.text() + "in\\", folder_.text() + "out\\"), 2);
+  EXPECT_EQ(support::run(folder_.path(), "diff -r in out"), 0);
+  // No folder gets the beginning of a target's path as its name.
+  const std::string tooLong = folder_.text() + std::string(250, 't') + '\\';
+  EXPECT_EQ(FileSystem::CopyContent(folder_.text() + "in\\", tooLong), -4);
+  EXPECT_EQ(folder_.entries(), 2U);
+}
+
+// Opening for writing and creating follow a dangling link, as native programs do.
+TEST_F(TreesOnLinux, DanglingLinksLeadToNewFiles) {
+  support::writeFile(elsewhere_.file("source"), "content");
+  struct {
+    const char* name;
+    std::function<bool(const std::string& link)> creates;
+  } const cases[] = {
+      {"writeContent", [](const std::string& link) { return FileSystem::writeContent(link, "x"); }},
+      {"TestCreate",
+       [](const std::string& link) {
+         return FileSystem::TestCreate(link.c_str(), FileSystem::kAccessReadWrite) == 1;
+       }},
+      {"ZipArchive",
+       [](const std::string& link) { return ZipArchive().create(link.c_str(), 1) == 1; }},
+      {"FRT_ZIP_FOLDER",
+       [&](const std::string& link) {
+         return FRT_ZIP_FOLDER(elsewhere_.name().c_str(), link.c_str());
+       }},
+      {"source",
+       [&](const std::string&) {
+         return FileSystem::CopyFileA(elsewhere_.file("source").c_str(), folder_.text().c_str(),
+                                      FileSystem::kCopyIfMissingOrOlder) != 0;
+       }},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    const std::string real = folder_.file(std::string("real-") + c.name);
+    fs::create_symlink(real, folder_.file(c.name));
+    EXPECT_TRUE(c.creates(folder_.file(c.name)));
+    EXPECT_TRUE(fs::is_symlink(folder_.file(c.name)));
+    EXPECT_TRUE(fs::is_regular_file(real));
+  }
 }
 
 TEST_F(TreesOnLinux, DeepTreesNeedFewDescriptors) {

@@ -5,10 +5,13 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <fstream>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "platform/win32.h"
+#include "support/open_file.h"
 #include "support/temporary_folder.h"
 
 namespace {
@@ -50,6 +53,56 @@ TEST_F(CopyingOnLinux, ThroughALinkTheLinkStays) {
   for (const char* name : {"source", "soft", "hard"}) {
     EXPECT_FALSE(CopyFileA(source_.c_str(), folder_.file(name).c_str(), FALSE)) << name;
     EXPECT_EQ(support::readFile(source_), "new");
+  }
+}
+
+// The file that a dangling link leads to is created, unless the creation is exclusive.
+TEST_F(CopyingOnLinux, CreatesTheFileOfADanglingLink) {
+  support::writeFile(source_, "new");
+  chmod(source_.c_str(), 0440);
+  std::filesystem::create_symlink("real", folder_.file("middle"));
+  std::filesystem::create_symlink("middle", target_);
+  EXPECT_FALSE(CopyFileA(source_.c_str(), target_.c_str(), TRUE));
+  EXPECT_EQ(GetLastError(), ERROR_FILE_EXISTS);
+  ASSERT_TRUE(copy());
+  EXPECT_TRUE(std::filesystem::is_symlink(target_));
+  EXPECT_EQ(support::readFile(folder_.file("real")), "new");
+  EXPECT_NE(GetFileAttributesA(target_.c_str()) & FILE_ATTRIBUTE_READONLY, 0U);
+
+  std::filesystem::remove(target_);
+  std::filesystem::create_symlink("missing/real", target_);
+  EXPECT_FALSE(copy());
+}
+
+// Holes before, between and after the data of a source. A copy has as few blocks, and one that is
+// written over held content has zeros there.
+TEST_F(CopyingOnLinux, HolesStayHoles) {
+  constexpr off_t kHole = 1 << 20;
+  constexpr off_t kSize = 3 * kHole;
+  constexpr blkcnt_t kFewBlocks = kHole / 512;
+  constexpr off_t kEnd = kSize - 5;
+  const std::vector<std::vector<off_t>> cases = {
+      {0}, {0, kHole, kEnd}, {kHole + 70000}, {kEnd}, {}};
+  for (const std::vector<off_t>& data : cases) {
+    std::string expected(kSize, '\0');
+    std::ofstream out(source_, std::ios::binary);
+    for (const off_t position : data) {
+      out.seekp(position) << "bytes";
+      expected.replace(static_cast<std::size_t>(position), 5, "bytes");
+    }
+    out.close();
+    ASSERT_EQ(truncate(source_.c_str(), kSize), 0);
+    std::filesystem::remove(target_);
+    ASSERT_TRUE(copy());
+    EXPECT_TRUE(support::readFile(target_) == expected);
+    struct stat status {};
+    ASSERT_EQ(stat(target_.c_str(), &status), 0);
+    EXPECT_LT(status.st_blocks, kFewBlocks);
+
+    support::writeFile(target_, std::string(kSize + 1, 'o'));
+    const platform::FileHandle holder = support::openFile(target_, GENERIC_READ, 7);
+    ASSERT_TRUE(copy());
+    EXPECT_TRUE(support::readFile(target_) == expected);
   }
 }
 
