@@ -115,7 +115,9 @@ class FILESYSTEM_API ZipArchive {
 
   /// Extracts entries to files, each to the path made of the prefix and its name, as the form below
   /// does. A name that escapes the prefix (`..`, a root, a drive) fails, and so does one that
-  /// passes through a symbolic link below the prefix. Entries that fail do not stop the others.
+  /// passes through a symbolic link below the prefix. On Linux, a name that the file system takes
+  /// for that of a file which this call has extracted under another name fails, too. Entries that
+  /// fail do not stop the others.
   /// @param names  names of entries, each up to its first zero byte
   /// @param prefix text to which each name is appended, not null; that of a directory ends in a
   ///               separator

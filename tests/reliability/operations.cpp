@@ -104,6 +104,10 @@ const Operation kOperations[] = {
      [](In in) {
        return FileSystem::CopyFileA((in + "in/small").c_str(), (in + "out/").c_str(), 0) != 0;
      }},
+    {"copy_a_file_to_a_new_name",
+     [](In in) {
+       return FileSystem::CopyFileA((in + "in/small").c_str(), (in + "out/deep/").c_str(), 0) != 0;
+     }},
     {"make_folders",
      [](In in) { return FileSystem::EnsurePathExists((in + "x/y/z").c_str()) != 0; }},
     {"read_a_file", [](In in) { return FileSystem::readContent(in + "in/deep/large") == kText; }},
