@@ -7,9 +7,9 @@ namespace platform {
 
 // Replaces the file at `path` by a copy of the file `version`. Fails if `path` is no
 // longer the file that is open in `opened`, so that a file which another process
-// put there is not lost. On Windows `opened` is closed before the last step, since
-// an open file cannot be replaced there; it fails too if the file was changed in
-// between.
+// put there is not lost. `opened` is closed before the last step, since an open file
+// cannot be replaced on Windows, nor on SMB; on Windows it fails too if the file was
+// changed in between.
 bool replaceFile(FileHandle& opened, const char* path, const char* version);
 
 // Reports whether a complete new file can take the place of the file at `path`, which is open in

@@ -8,6 +8,7 @@
 #include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
+#include <sys/vfs.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -151,6 +152,20 @@ CALL(int, stat, (const char* path, struct stat* status), (path, status), path, f
 CALL(int, lstat, (const char* path, struct stat* status), (path, status), path, false, {})
 CALL(int, statx, (int folder, const char* path, int flags, unsigned mask, struct statx* status),
      (folder, path, flags, mask, status), path, false, {})
+CALL(int, fstatat, (int folder, const char* path, struct stat* status, int flags),
+     (folder, path, status, flags), path, false, {})
+CALL(int, fstatfs, (int fd, struct statfs* status), (fd, status), nullptr, false, {})
+CALL(int, access, (const char* path, int mode), (path, mode), path, false, {})
+CALL(int, fallocate, (int fd, int mode, off_t at, off_t size), (fd, mode, at, size), nullptr, true,
+     {})
+CALL(int, fchown, (int fd, uid_t owner, gid_t group), (fd, owner, group), nullptr, false, {})
+CALL(ssize_t, flistxattr, (int fd, char* list, std::size_t size), (fd, list, size), nullptr, false,
+     {})
+CALL(ssize_t, fgetxattr, (int fd, const char* name, void* value, std::size_t size),
+     (fd, name, value, size), nullptr, false, {})
+CALL(int, fsetxattr, (int fd, const char* name, const void* value, std::size_t size, int flags),
+     (fd, name, value, size, flags), nullptr, true, {})
+CALL(int, fremovexattr, (int fd, const char* name), (fd, name), nullptr, false, {})
 CALL(int, fchmod, (int fd, mode_t mode), (fd, mode), nullptr, false, {})
 CALL(int, chmod, (const char* path, mode_t mode), (path, mode), path, false, {})
 CALL(int, futimens, (int fd, const struct timespec* times), (fd, times), nullptr, false, {})

@@ -1,0 +1,104 @@
+// Replacing a file where the rename does not do what it should.
+
+#include "platform/linux/replacement_file.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/syscall.h>
+#include <sys/vfs.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <string>
+
+#include "support/temporary_folder.h"
+
+namespace {
+
+// The behaviour of the file system, which the functions below imitate.
+struct FileSystemModel {
+  bool isSmb = false;
+  int failures = 0;  // of the next renames
+  int held = -1;     // the descriptor of the target
+  bool wasHeldAtRename = false;
+};
+FileSystemModel model;
+
+}  // namespace
+
+// The library's calls resolve to these functions of the program.
+
+extern "C" int fstatfs(int file, struct statfs* status) noexcept {
+  const int result = static_cast<int>(syscall(SYS_fstatfs, file, status));
+  if (model.isSmb) status->f_type = 0xFE534D42;
+  return result;
+}
+
+// An SMB client deletes the target before it reports that it cannot be replaced.
+extern "C" int renameat(int from, const char* old, int to, const char* path) noexcept {
+  model.wasHeldAtRename = model.held >= 0 && fcntl(model.held, F_GETFD) >= 0;
+  if (model.failures > 0) {
+    --model.failures;
+    if (model.isSmb) unlinkat(to, path, 0);
+    errno = EACCES;
+    return -1;
+  }
+  return static_cast<int>(syscall(SYS_renameat2, from, old, to, path, 0));
+}
+
+namespace {
+
+using platform::native::Descriptor;
+using platform::native::Replaced;
+using platform::native::ReplacementFile;
+
+class ReplacementFiles : public testing::Test {
+ protected:
+  ~ReplacementFiles() override { model = {}; }
+
+  Replaced replace(bool isSmb, int failures) {
+    support::writeFile(folder_.file("target"), "old");
+    const Descriptor directory(open(folder_.path().c_str(), O_PATH | O_CLOEXEC));
+    Descriptor held(open(folder_.file("target").c_str(), O_RDWR | O_CLOEXEC));
+    model = {.isSmb = isSmb, .failures = failures, .held = held.get()};
+    struct stat status {};
+    fstat(held.get(), &status);
+    ReplacementFile file(
+        {.directory = directory.get(), .name = "target", .status = status, .held = &held},
+        ReplacementFile::Named::AtTheEnd);
+    EXPECT_EQ(write(file.descriptor(), "new", 3), 3);
+    EXPECT_EQ(file.complete(), Replaced::Yes);
+    return file.putInPlace();
+  }
+  std::string contentOf(const char* name) const { return support::readFile(folder_.file(name)); }
+
+  support::TemporaryFolder folder_;
+};
+
+TEST_F(ReplacementFiles, KeepTheTargetThatCannotBeReplaced) {
+  EXPECT_EQ(replace(false, 1), Replaced::Refused);
+  EXPECT_EQ(contentOf("target"), "old");
+  EXPECT_EQ(folder_.entries(), 1U);
+}
+
+TEST_F(ReplacementFiles, TakeThePlaceOfATargetThatTheRenameDeleted) {
+  EXPECT_EQ(replace(true, 1), Replaced::Yes);
+  EXPECT_EQ(contentOf("target"), "new");
+  EXPECT_EQ(folder_.entries(), 1U);
+}
+
+TEST_F(ReplacementFiles, StayBesideATargetThatIsLost) {
+  EXPECT_EQ(replace(true, 1000), Replaced::No);
+  EXPECT_EQ(contentOf("target.new"), "new");
+  EXPECT_EQ(replace(true, 1000), Replaced::No);
+  EXPECT_EQ(contentOf("target.new2"), "new");
+}
+
+TEST_F(ReplacementFiles, HoldTheTargetUnlessItIsOnAServer) {
+  EXPECT_EQ(replace(false, 0), Replaced::Yes);
+  EXPECT_TRUE(model.wasHeldAtRename);
+  EXPECT_EQ(replace(true, 0), Replaced::Yes);
+  EXPECT_FALSE(model.wasHeldAtRename);
+}
+
+}  // namespace
