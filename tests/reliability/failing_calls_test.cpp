@@ -186,7 +186,7 @@ TEST(FailingCall, MakesAPathInvalid) {
     failed = failing.failed();
     if (!isValid) fatal += failed.substr(0, failed.find(' ') + 1);
   } while (!failed.empty());
-  EXPECT_EQ(fatal, "stat open openat fstat write read ");
+  EXPECT_EQ(fatal, "stat open fstatat openat fstat write read ");
 }
 
 TEST(FailingCall, AnotherProcessMayCreateTheSameFolder) {
