@@ -4,13 +4,18 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/syscall.h>
 #include <sys/vfs.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 #include <string>
 
+#include "platform/linux/overwriting.h"
+#include "platform/linux/version_name.h"
+#include "support/linux/forked_process.h"
 #include "support/temporary_folder.h"
 
 namespace {
@@ -32,6 +37,12 @@ extern "C" int fstatfs(int file, struct statfs* status) noexcept {
   const int result = static_cast<int>(syscall(SYS_fstatfs, file, status));
   if (model.isSmb) status->f_type = 0xFE534D42;
   return result;
+}
+
+extern "C" int fallocate(int file, int mode, off_t at, off_t size) noexcept {
+  errno = EOPNOTSUPP;
+  if (model.isSmb) return -1;
+  return static_cast<int>(syscall(SYS_fallocate, file, mode, at, size));
 }
 
 // An SMB client deletes the target before it reports that it cannot be replaced.
@@ -92,6 +103,34 @@ TEST_F(ReplacementFiles, StayBesideATargetThatIsLost) {
   EXPECT_EQ(contentOf("target.new"), "new");
   EXPECT_EQ(replace(true, 1000), Replaced::No);
   EXPECT_EQ(contentOf("target.new2"), "new");
+}
+
+TEST_F(ReplacementFiles, TakeTheNameThatAKilledProcessLeft) {
+  support::writeFile(folder_.file(platform::native::versionNameFor("target")), "killed");
+  EXPECT_EQ(replace(false, 0), Replaced::Yes);
+  EXPECT_EQ(contentOf("target"), "new");
+  EXPECT_EQ(folder_.entries(), 1U);
+}
+
+// A limit of the size acts as a full disk does.
+TEST_F(ReplacementFiles, AreOverwrittenOnlyIfTheDiskHasSpace) {
+  support::writeFile(folder_.file("source"), std::string(300000, 'n'));
+  support::writeFile(folder_.file("target"), "old");
+  model.isSmb = true;
+  const Descriptor from(open(folder_.file("source").c_str(), O_RDONLY | O_CLOEXEC));
+  const Descriptor to(open(folder_.file("target").c_str(), O_RDWR | O_CLOEXEC));
+  struct stat old {};
+  fstat(to.get(), &old);
+  support::ForkedProcess limited([&](const auto&) {
+    std::signal(SIGXFSZ, SIG_IGN);
+    const rlimit limit{100000, 100000};
+    setrlimit(RLIMIT_FSIZE, &limit);
+    return platform::native::overwriteContent(from.get(), 300000, old, to.get()) ? 1 : 0;
+  });
+  EXPECT_EQ(limited.wait(), 0);
+  EXPECT_EQ(contentOf("target"), "old");
+  EXPECT_TRUE(platform::native::overwriteContent(from.get(), 300000, old, to.get()));
+  EXPECT_EQ(contentOf("target"), std::string(300000, 'n'));
 }
 
 TEST_F(ReplacementFiles, HoldTheTargetUnlessItIsOnAServer) {
