@@ -49,7 +49,10 @@ DWORD takeDevice(std::string_view& text, std::string& folder) {
     if (folder == "/" && !text.empty() && !isSeparator(text[0])) folder.clear();
     return ERROR_SUCCESS;
   }
-  if (text.size() >= 3 && isSeparator(text[0]) && isSeparator(text[1]) && !isSeparator(text[2])) {
+  // A slash with a backslash after it is the root, to which a separator was appended.
+  const bool isServer = text.size() >= 3 && isSeparator(text[0]) && isSeparator(text[1]) &&
+                        !isSeparator(text[2]) && text.substr(0, 2) != "/\\";
+  if (isServer) {
     const std::size_t server = componentLength(text, 2);
     const std::size_t shareStart = 2 + server + 1;
     if (shareStart >= text.size()) return ERROR_BAD_NETPATH;
