@@ -342,6 +342,20 @@ TEST_F(Zip, ExtractionIsWholeOrNothing) {
   }
 }
 
+// A lookup finds the data that were added last: by a walk, and by the index of a list.
+TEST_F(Zip, OfEqualNamesTheLastCounts) {
+  ASSERT_EQ(support::run(folder_.path(), R"(python3 -W ignore -c '
+import zipfile
+with zipfile.ZipFile("a.zip", "w") as z:
+    for name, text in ("x", "old"), ("y", "y"), ("x", "new"), ("z", "z"): z.writestr(name, text)
+')"),
+            0);
+  EXPECT_EQ(names(), (Names{"x", "y", "x", "z"}));
+  EXPECT_EQ(contentOf("x"), "new");
+  EXPECT_EQ(readable().extract(Names{"z", "y", "x"}, (out_ + "\\").c_str()), 1);
+  EXPECT_EQ(support::readFile(folder_.file("out/x")), "new");
+}
+
 class ZipFolders : public Zip {};
 
 TEST_F(ZipFolders, TreeComesBack) {

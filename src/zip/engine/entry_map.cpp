@@ -56,7 +56,7 @@ std::size_t NameIndex::find(const CentralDirectory& directory, std::string_view 
     std::size_t found = kNone;
     forEachName(directory, [&](const CentralRecord& record, std::size_t offset) {
       if (matcher.matches(record)) found = offset;
-      return found == kNone;
+      return true;
     });
     return found;
   }
@@ -79,8 +79,8 @@ void NameIndex::build(const CentralDirectory& directory) {
     const std::string_view name = oemName(record, converted);
     std::size_t slot = std::hash<std::string_view>{}(name)&mask;
     for (; slots_[slot] != 0; slot = (slot + 1) & mask) {
-      // Only the first of equal names is added; the others would make long chains.
-      if (oemName(recordAt(directory, slots_[slot] - 1), other) == name) return true;
+      // Only the last of equal names is kept; the others would make long chains.
+      if (oemName(recordAt(directory, slots_[slot] - 1), other) == name) break;
     }
     slots_[slot] = static_cast<std::uint32_t>(offset + 1);
     return true;

@@ -15,7 +15,7 @@ class NameIndex {
  public:
   static constexpr std::size_t kNone = static_cast<std::size_t>(-1);
 
-  // Returns the offset in the blob of the first record of that name, or kNone.
+  // Returns the offset in the blob of the last record of that name, or kNone.
   std::size_t find(const CentralDirectory& directory, std::string_view name);
 
  private:
