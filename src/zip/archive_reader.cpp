@@ -95,7 +95,16 @@ bool OpenEntry::readAll(unsigned char* buffer, std::uint32_t size) {
   return true;
 }
 
+bool isLikelySize(const EntryInfo& info) {
+  constexpr std::uint32_t kSmall = 4 << 20;
+  // Deflate shrinks few contents to a smaller part, and none to less than a 1,032nd.
+  constexpr std::uint32_t kShare = 64;
+  return info.isStored || info.size <= kSmall || info.size / kShare <= info.storedSize;
+}
+
 bool isReadInBlocks(const EntryInfo& info) {
+  constexpr std::uint32_t kLargestWhole = 128 << 20;
+  if (info.size > kLargestWhole || !isLikelySize(info)) return true;
   return info.isStored ? info.size > kReadBlock : info.storedSize > ZipLargestInflatedAtOnce;
 }
 

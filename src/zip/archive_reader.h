@@ -49,7 +49,7 @@ class ArchiveReader {
   }
   // Appends the stored names of all entries. False if there is none.
   bool names(std::vector<std::string>& names);
-  // Makes the first entry with exactly this stored name the current one. False if there is none.
+  // Makes the last entry with exactly this stored name the current one. False if there is none.
   bool locate(const std::string& stored);
 
   // Returns the central directory's record of the current entry, which there must be.
@@ -95,7 +95,12 @@ class OpenEntry {
   bool open_;
 };
 
-// True if reading the content into memory as a whole is no faster than in blocks.
+// True if the stored bytes, which are there, make the size likely that the archive claims. If not,
+// memory is taken as bytes arrive.
+bool isLikelySize(const EntryInfo& info);
+
+// True if the content is passed on in blocks: it is large, its size is unlikely, or reading it into
+// memory as a whole is no faster.
 bool isReadInBlocks(const EntryInfo& info);
 
 // Size of those blocks, and of the blocks in which files are read, in bytes.

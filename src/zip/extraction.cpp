@@ -23,6 +23,23 @@ bool writeAll(HANDLE file, std::span<const unsigned char> bytes) {
   return true;
 }
 
+// Reads all content into memory that grows as bytes arrive.
+bool readGrowing(OpenEntry& entry, std::size_t size, std::vector<unsigned char>& bytes) {
+  constexpr std::size_t kGrowth = 4;
+  bytes = {};
+  while (bytes.size() < size) {
+    const std::size_t done = bytes.size();
+    const std::size_t count = std::min<std::size_t>(kReadBlock, size - done);
+    if (done + count > bytes.capacity()) bytes.reserve(std::min(size, (done + count) * kGrowth));
+    bytes.resize(done + count);
+    if (entry.read(bytes.data() + done, static_cast<std::uint32_t>(count)) !=
+        static_cast<int>(count)) {
+      return false;
+    }
+  }
+  return true;
+}
+
 // Creates a directory and its missing parents. Separators at the end are left out: a pair that
 // begins with a slash would count as the start of a server name.
 void createDirectories(const std::string& path) {
@@ -35,11 +52,15 @@ bool Extractor::toBytes(const std::string& stored, std::vector<unsigned char>& b
   if (!archive_.locate(stored)) return false;
   OpenEntry entry(archive_, password_);
   if (!entry) return false;
-  const std::uint32_t size = archive_.describe().size;
-  platform::reserveForFilling(bytes, size);
-  bytes.resize(size);
-  if (entry.readAll(bytes.data(), size)) return true;
-  bytes.clear();
+  const EntryInfo info = archive_.describe();
+  if (isLikelySize(info)) {
+    platform::reserveForFilling(bytes, info.size);
+    bytes.resize(info.size);
+    if (entry.readAll(bytes.data(), info.size)) return true;
+  } else if (readGrowing(entry, info.size, bytes)) {
+    return true;
+  }
+  bytes = {};
   return false;
 }
 
