@@ -55,6 +55,27 @@ TEST_F(Packing, EveryProgramUnpacksTheTree) {
   }
 }
 
+// The names have backslashes, which only some programs take for separators.
+TEST_F(Packing, ManyProgramsUnpackTheTreeOfTheExport) {
+  for (const char* name : {"a", "ü", "sub/b", "sub/deeper/c", "Größe/ü", "Größe/é ñ/ß.txt"}) {
+    support::writeFile(folder_.file(support::text(std::string("in/") + name)), name);
+  }
+  ASSERT_TRUE(FRT_ZIP_FOLDER(in_.c_str(), path_.c_str()));
+  for (const std::string program :
+       {"unzip -qq ../a.zip", "7z x ../a.zip", "bsdtar -xf ../a.zip", "bsdtar -xf - <../a.zip"}) {
+    EXPECT_EQ(support::run(folder_.path(),
+                           "export LC_ALL=C.UTF-8; rm -rf out && mkdir out && "
+                           "(cd out && " +
+                               program + ") && diff -r in out"),
+              0)
+        << program;
+  }
+  EXPECT_EQ(readable().exist(support::text("Größe\\ü").c_str()), 1);
+  EXPECT_EQ(readable().exist(support::text("Größe/ü").c_str()), 0);
+  EXPECT_TRUE(FRT_UNZIP_FILE(path_.c_str(), out_.c_str()));
+  EXPECT_EQ(support::run(folder_.path(), "diff -r in out"), 0);
+}
+
 // Callers find what was packed as they find what FRT_ZIP_FOLDER packs.
 TEST_F(Packing, EntriesAreShownWithBackslashes) {
   const std::string name = support::text("sub\\größe");

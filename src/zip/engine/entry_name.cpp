@@ -27,6 +27,11 @@ std::optional<std::string_view> unicodePath(const CentralRecord& record) {
   return platform::isUtf8(name) ? std::optional(name) : std::nullopt;
 }
 
+bool differInSlashesAtMost(std::string_view a, std::string_view b) {
+  const auto isSame = [](char x, char y) { return (x == '\\' ? '/' : x) == (y == '\\' ? '/' : y); };
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(), isSame);
+}
+
 bool hasUnknownName(const CentralRecord& record) {
   const std::uint16_t madeBy = record.versionMadeBy();
   return madeBy == kMadeByUnknownNames || madeBy == kMadeByUnknownWithSlashes;
@@ -42,8 +47,19 @@ ArchiveName archiveName(const std::string& oemName) {
   return {platform::convertCodePage(oemName, CP_OEMCP, CP_UTF8), NameEncoding::Utf8};
 }
 
+void appendUnicodePath(Bytes& extra, const std::string& storedName) {
+  std::string path = storedName;
+  std::replace(path.begin(), path.end(), '\\', '/');
+  append16(extra, kUnicodePathId);
+  append16(extra, static_cast<std::uint16_t>(kUnicodePathHeader + path.size()));
+  extra.push_back(1);
+  append32(extra, crc32(0, storedName.data(), storedName.size()));
+  extra.insert(extra.end(), path.begin(), path.end());
+}
+
 std::string_view oemName(const CentralRecord& record, std::string& converted) {
-  const std::optional<std::string_view> unicode = unicodePath(record);
+  std::optional<std::string_view> unicode = unicodePath(record);
+  if (unicode && differInSlashesAtMost(record.name(), *unicode)) unicode = record.name();
   std::string_view name = unicode.value_or(record.name());
   std::string withBackslashes;
   if (isStoredWithSlashes(record) && name.find('/') != std::string_view::npos) {

@@ -4,7 +4,8 @@
 //
 // Other programs also write names without the flag, in the OEM code page of the machine (which is
 // code page 437 for most readers) or in UTF-8, and add the name in UTF-8 as an extra field that
-// readers prefer (APPNOTE 4.6.9).
+// readers prefer (APPNOTE 4.6.9). If that differs from the record's name only in the direction of
+// slashes, the record's name counts.
 
 #include <string>
 #include <string_view>
@@ -47,6 +48,11 @@ std::string_view oemName(const CentralRecord& record, std::string& converted);
 // Bytes of the Unicode Path extra field that precede its name: version 1 and the CRC-32 of the name
 // in the record.
 inline constexpr std::size_t kUnicodePathHeader = 5;
+
+// Appends a Unicode Path extra field with the name, which is UTF-8, with `/` in place of `\`.
+// Programs that know the field then make directories. Most of them ignore it if the name is flagged
+// as UTF-8.
+void appendUnicodePath(Bytes& extra, const std::string& storedName);
 
 inline bool mayHaveUnicodePath(const CentralRecord& record) {
   constexpr std::size_t kBlockHeader = 4;

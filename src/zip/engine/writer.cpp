@@ -60,6 +60,7 @@ Bytes bytesOf(const void* data, std::uint32_t size) {
   return bytes == nullptr ? Bytes() : Bytes(bytes, bytes + size);
 }
 
+// Sets the name, and what depends on it.
 void setName(EntryRecord& record, const char* name, bool withSlashes) {
   ArchiveName stored = archiveName(name);
   if (withSlashes) {
@@ -67,12 +68,17 @@ void setName(EntryRecord& record, const char* name, bool withSlashes) {
     record.versionMadeBy = kMadeByWithSlashes;
   }
   record.name = std::move(stored.bytes);
-  if (stored.encoding == NameEncoding::Utf8) record.flags = kFlagUtf8;
   if (stored.encoding == NameEncoding::Unknown) {
     // Programs take the permissions from the upper half of the attributes if the host is Unix.
     constexpr std::uint32_t kRegularFile = 0100644U << 16;
     record.versionMadeBy = withSlashes ? kMadeByUnknownWithSlashes : kMadeByUnknownNames;
-    record.externalAttributes = kRegularFile;
+    record.externalAttributes |= kRegularFile;
+  } else if (record.name.find('\\') != std::string::npos) {
+    // In both records: of different names unzip warns.
+    appendUnicodePath(record.localExtra, record.name);
+    appendUnicodePath(record.centralExtra, record.name);
+  } else if (stored.encoding == NameEncoding::Utf8) {
+    record.flags |= kFlagUtf8;
   }
 }
 
@@ -147,10 +153,10 @@ int ZipOpenNewEntry(ZipWriter* writer, const char* name, const ZipNewEntryInfo* 
   if (writer == nullptr || name == nullptr || *name == '\0') return kFailure;
   writer->dropOpen();
   EntryRecord record;
-  setName(record, name, writer->usesSlashes);
   record.comment = comment == nullptr ? "" : comment;
   record.localExtra = bytesOf(localExtra, localExtraLength);
   record.centralExtra = bytesOf(centralExtra, centralExtraLength);
+  setName(record, name, writer->usesSlashes);
   const bool isAes = password != nullptr && writer->usesAes;
   if (record.name.empty() || !fitsFields(record, isAes ? kAesExtraSize : 0)) return kFailure;
   if (raw == 0 && method != ZipMethodStored && method != ZipMethodDeflate) return kFailure;
