@@ -31,7 +31,8 @@ class ZipArchivePrivate;
 ///
 /// Results of type `int` are truth values; 0 means failure or no. A call that needs access that the
 /// object does not have fails and changes nothing. Entry names are texts in the process code page,
-/// of at most 260 bytes in the archive. Their separators are kept; letter case counts.
+/// of at most 260 bytes in the archive. Their separators are kept; letter case counts. Of entries
+/// with equal names the last one is found.
 ///
 /// A call that is interrupted, by a full disk or by the end of the process, leaves the archive with
 /// all entries that it had. On Linux that holds for a power failure too, and a change is on the
@@ -185,7 +186,9 @@ class FILESYSTEM_API ZipArchive {
   ///
   /// The archive is rewritten in the system's temporary folder and then replaced by a new file with
   /// its owner and permissions. Bytes before the first entry, as of a self-extracting program, and
-  /// extended attributes are lost. An archive with several hard links is overwritten in place.
+  /// extended attributes are lost. If a new file cannot have its owner, its group and its access
+  /// control list, or if it has several hard links, the file remains: the entry is taken out of its
+  /// directory, and only its bytes stay. The next rewrite removes them.
   /// @param name name of the entry, not null. Other entries whose names differ only in letter case
   ///             are removed too.
   /// @return 1 if the entry was removed. 0, with the archive unchanged, if there is no such entry,

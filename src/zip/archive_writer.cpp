@@ -63,6 +63,16 @@ ArchiveWriter::Failure ArchiveWriter::failure() const {
   return status_ == ZipStatusWrongCrc ? Failure::WrongCrc : Failure::Archive;
 }
 
+std::uint32_t ArchiveWriter::drop(const std::function<bool(const std::string&)>& drops) {
+  const auto call = [](const char* name, void* context) {
+    return (*static_cast<const std::function<bool(const std::string&)>*>(context))(name);
+  };
+  return ZipDropEntries(writer_, call,
+                        const_cast<std::function<bool(const std::string&)>*>(&drops));
+}
+
+void ArchiveWriter::abandon() { ZipAbandonWriter(std::exchange(writer_, nullptr)); }
+
 bool ArchiveWriter::copy(ArchiveReader& from) {
   return ZipCopyEntry(writer_, from.reader_.get()) == 0;
 }

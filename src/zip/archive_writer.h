@@ -2,6 +2,7 @@
 // Writing an archive through the zip engine.
 
 #include <cstdint>
+#include <functional>
 #include <string>
 
 #include "platform/win32.h"
@@ -84,6 +85,13 @@ class ArchiveWriter {
   };
   // The reason of the last failure of write() or finish().
   Failure failure() const;
+
+  // Takes the entries out of the archive for whose stored names `drops(name)` is true, at the
+  // commit, which then fails if the disk lacks the space for one of the new ones. Returns the
+  // number of those that stay. Called at most once, in the mode Append.
+  std::uint32_t drop(const std::function<bool(const std::string&)>& drops);
+  // Leaves the file as it is, and closes it.
+  void abandon();
 
   // Copies a reader's current entry as it is stored: data, time, attributes, extra fields, comment.
   // On failure the archive does not get it.

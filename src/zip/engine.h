@@ -85,8 +85,8 @@ int ZipReadGlobalComment(ZipReader* reader, char* buffer, std::uint32_t length);
 // Return non-zero if there is none.
 int ZipFirstEntry(ZipReader* reader);
 int ZipNextEntry(ZipReader* reader);
-// Makes the first entry of exactly that name the current one. Returns non-zero if there is none.
-// `caseMode` is 0.
+// Makes the last entry of exactly that name the current one: what was added last is what counts.
+// Returns non-zero if there is none. `caseMode` is 0.
 int ZipLocateEntry(ZipReader* reader, const char* name, int caseMode);
 // Reads the values of the current entry. Each target may be null with capacity 0. Texts are cut at
 // their capacity and get a terminating zero if they are shorter; an extra field is cut too.
@@ -140,10 +140,17 @@ int ZipCloseNewEntry(ZipWriter* writer);
 int ZipCloseRawEntry(ZipWriter* writer, std::uint32_t uncompressedSize, std::uint32_t crc);
 // Drops the open entry, or else the entry that was completed last.
 int ZipCancelNewEntry(ZipWriter* writer);
+// Takes entries out of the directory of an archive that is open in mode 1 or 2: those for which
+// `drops` returns true. Returns the number of those that stay. Their bytes remain in the file until
+// it is rewritten. Called at most once. The commit then has the space for all new entries or fails.
+std::uint32_t ZipDropEntries(ZipWriter* writer, bool (*drops)(const char* name, void* context),
+                             void* context);
 // Appends the reader's current entry as it is stored: data, date, attributes, extra fields and
 // comment. Refuses an entry whose local header differs from the central record in size or CRC,
 // since programs differ in which of the two they read. On failure nothing of it is left.
 int ZipCopyEntry(ZipWriter* writer, ZipReader* reader);
+// Frees the writer, and leaves the file byte for byte what it was in modes 1 and 2.
+void ZipAbandonWriter(ZipWriter* writer);
 // Commits and frees the writer. A null comment keeps the archive's comment in modes 1 and 2; one of
 // more than 65,535 bytes, or one that other programs may take for an end record, is refused;
 // without a new entry either, the file is left as it was. Negative: nothing could be committed, and

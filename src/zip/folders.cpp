@@ -11,12 +11,12 @@
 #include <vector>
 
 #include "path/with_backslash.h"
-#include "platform/new_version.h"
 #include "zip/archive_reader.h"
 #include "zip/archive_writer.h"
 #include "zip/entry_names.h"
 #include "zip/extraction.h"
 #include "zip/insertion.h"
+#include "zip/new_archive.h"
 #include "zip/packing.h"
 
 namespace {
@@ -59,20 +59,14 @@ PackReport::Reason reasonOf(AddResult result) {
   }
 }
 
-// Ends the archive and puts it in place, if the disk had space for all of it.
-bool complete(ArchiveWriter& writer, platform::NewVersion& version) {
-  return writer.commit(nullptr) == ArchiveWriter::Commit::Complete && version.putInPlace();
-}
-
 // Packs all files, or reports the one that fails.
-bool packAll(platform::NewVersion& version, const Source& source, const zip::Encryption& encryption,
+bool packAll(zip::NewArchive& archive, const Source& source, const zip::Encryption& encryption,
              PackReport::File& failed) {
-  ArchiveWriter writer(version.create().c_str(), ArchiveWriter::Mode::Create);
-  if (!writer) return false;
-  writer.useSlashes();
+  if (!archive.begin()) return false;
+  archive.writer().useSlashes();
   std::size_t count = 0;
-  const AddResult result = addFiles(writer, source, encryption, count);
-  if (result == AddResult::Added) return complete(writer, version);
+  const AddResult result = addFiles(archive.writer(), source, encryption, count);
+  if (result == AddResult::Added) return archive.complete();
   if (result != AddResult::NotWritten) failed = {source.files[count], reasonOf(result)};
   return false;
 }
@@ -82,17 +76,16 @@ bool packAll(platform::NewVersion& version, const Source& source, const zip::Enc
 // An existing archive keeps its content until the new one is complete. It is locked before the
 // files are listed, so that an archive that lies in the folder is not packed into the new one.
 bool FRT_ZIP_FOLDER(const char* folder, const char* zip) {
-  platform::NewVersion version(zip);
-  if (!version) return false;
+  zip::NewArchive archive(zip);
+  if (!archive) return false;
   Source source{FileSystem::Detail::withBackslash(folder), {}};
   FileSystem::EnumFilesWithPath(source.files, source.directory.c_str(), "*.*", true);
 
-  ArchiveWriter writer(version.create().c_str(), ArchiveWriter::Mode::Create);
-  if (!writer) return false;
+  if (!archive.begin()) return false;
   std::size_t count = 0;
-  const AddResult result = addFiles(writer, source, {}, count);
+  const AddResult result = addFiles(archive.writer(), source, {}, count);
   // An archive that lacks the last files replaces the old one too, but not a part of one.
-  return result != AddResult::NotWritten && complete(writer, version) && result == AddResult::Added;
+  return result != AddResult::NotWritten && archive.complete() && result == AddResult::Added;
 }
 
 bool FileSystem::packFolder(const char* folder, const char* zip, const PackOptions& options,
@@ -100,15 +93,15 @@ bool FileSystem::packFolder(const char* folder, const char* zip, const PackOptio
   PackReport::File failed{zip, PackReport::Reason::NotWritten};
   const bool isAes = options.encryption == ZipArchive::Encryption::Aes256;
   const char* const password = options.password.empty() ? nullptr : options.password.c_str();
-  platform::NewVersion version(zip);
-  if (!version || (isAes && !ArchiveWriter::hasAes())) {
+  zip::NewArchive archive(zip);
+  if (!archive || (isAes && !ArchiveWriter::hasAes())) {
     report.files.push_back(std::move(failed));
     return false;
   }
   const std::string base = Detail::withBackslash(folder);
   std::optional<std::vector<std::string>> files = zip::packableFiles(base, zip, report);
   if (!files) return false;
-  const bool isPacked = packAll(version, {base, std::move(*files)}, {password, isAes}, failed);
+  const bool isPacked = packAll(archive, {base, std::move(*files)}, {password, isAes}, failed);
   if (!isPacked) report.files.push_back(std::move(failed));
   return isPacked;
 }

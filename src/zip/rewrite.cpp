@@ -20,30 +20,60 @@ bool copyEntries(ArchiveReader& reader, ArchiveWriter& writer, const NameSet& dr
 
 }  // namespace
 
+Rewrite::Rewrite(const std::string& path) : path_(path) { open(); }
+
 // The handle is opened before the reader, so that it is never that of a newer file.
-Rewrite::Rewrite(const std::string& path)
-    : path_(path),
-      original_(CreateFileA(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
-                            OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr)),
-      reader_(path.c_str()) {}
+void Rewrite::open() {
+  original_.reset(CreateFileA(path_.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                              nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+  reader_.emplace(path_.c_str());
+}
 
 Rewrite::Result Rewrite::run(const NameSet& dropped,
                              const std::function<bool(ArchiveWriter&)>& add) {
+  if (!original_ || !*reader_) return Result::Failed;
+  if (!platform::canReplaceFile(original_.get(), path_.c_str())) return runInPlace(dropped, add);
   const TemporaryFile copy;
-  if (!copy || !original_ || !reader_) return Result::Failed;
+  if (!copy) return Result::Failed;
   ArchiveWriter writer(copy.path(), ArchiveWriter::Mode::Create);
   if (!writer) return Result::Failed;
   bool keepsAny = false;
-  if (!copyEntries(reader_, writer, dropped, keepsAny) || (add && !add(writer))) {
+  if (!copyEntries(*reader_, writer, dropped, keepsAny) || (add && !add(writer))) {
     return Result::Failed;
   }
   if (!keepsAny && !add) return Result::NothingLeft;
-  if (writer.commit(reader_.globalComment().c_str()) != ArchiveWriter::Commit::Complete) {
+  if (writer.commit(reader_->globalComment().c_str()) != ArchiveWriter::Commit::Complete) {
     return Result::Failed;
   }
-  reader_.close();
+  reader_->close();
   return platform::replaceFile(original_, path_.c_str(), copy.path()) ? Result::Replaced
                                                                       : Result::Failed;
+}
+
+// The writer opens the archive for itself alone, and finds the entries in what is there then.
+Rewrite::Result Rewrite::runInPlace(const NameSet& dropped,
+                                    const std::function<bool(ArchiveWriter&)>& add) {
+  reader_.reset();
+  original_.reset();
+  const Result result = changeInPlace(dropped, add);
+  open();
+  return result;
+}
+
+Rewrite::Result Rewrite::changeInPlace(const NameSet& dropped,
+                                       const std::function<bool(ArchiveWriter&)>& add) {
+  ArchiveWriter writer(path_.c_str(), ArchiveWriter::Mode::Append);
+  if (!writer) return Result::Failed;
+  const std::uint32_t kept = writer.drop([&](const std::string& stored) {
+    return stored.size() <= kLongestName && dropped.count(callerName(stored)) != 0;
+  });
+  const bool isEmpty = kept == 0 && !add;
+  if (isEmpty || (add && !add(writer))) {
+    writer.abandon();
+    return isEmpty ? Result::NothingLeft : Result::Failed;
+  }
+  return writer.commit(nullptr) == ArchiveWriter::Commit::Complete ? Result::Replaced
+                                                                   : Result::Failed;
 }
 
 }  // namespace zip

@@ -2,6 +2,7 @@
 // Rewriting an archive without some of its entries.
 
 #include <functional>
+#include <optional>
 #include <string>
 
 #include "platform/unique_handle.h"
@@ -20,7 +21,7 @@ class Rewrite {
   explicit Rewrite(const std::string& path);
 
   // The archive. No reader if it cannot be opened.
-  ArchiveReader& reader() { return reader_; }
+  ArchiveReader& reader() { return *reader_; }
 
   enum class Result {
     Replaced,     // the archive has all entries but the dropped ones
@@ -29,12 +30,19 @@ class Rewrite {
   };
   // Replaces the archive by a copy without the entries of `dropped`, in the same order. `add` may
   // be empty; if not, it appends an entry to the copy, and its failure is that of the rewrite.
+  //
+  // If a copy cannot have the owner and the rights of the archive, the entries are taken out of its
+  // directory instead, and what `add` writes is appended. Their bytes remain in the file.
   Result run(const NameSet& dropped, const std::function<bool(ArchiveWriter&)>& add = {});
 
  private:
+  void open();
+  Result runInPlace(const NameSet& dropped, const std::function<bool(ArchiveWriter&)>& add);
+  Result changeInPlace(const NameSet& dropped, const std::function<bool(ArchiveWriter&)>& add);
+
   std::string path_;
   platform::FileHandle original_;
-  ArchiveReader reader_;
+  std::optional<ArchiveReader> reader_;
 };
 
 }  // namespace zip

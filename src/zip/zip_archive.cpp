@@ -8,12 +8,12 @@
 #include <utility>
 
 #include "path/zero_terminated.h"
-#include "platform/new_version.h"
 #include "zip/archive_reader.h"
 #include "zip/archive_writer.h"
 #include "zip/extraction.h"
 #include "zip/insertion.h"
 #include "zip/list_insertion.h"
+#include "zip/new_archive.h"
 #include "zip/rewrite.h"
 #include "zip/zip_archive_private.h"
 
@@ -80,12 +80,8 @@ int ZipArchive::create(const char* name, int overwrite) {
   const std::string path = name;
   file.setName(nullptr);
   {
-    platform::NewVersion version(path);
-    if (!version) return 0;
-    zip::ArchiveWriter writer(version.create().c_str(), zip::ArchiveWriter::Mode::Create);
-    if (writer.commit(nullptr) != zip::ArchiveWriter::Commit::Complete || !version.putInPlace()) {
-      return 0;
-    }
+    zip::NewArchive archive(path);
+    if (!archive || !archive.begin() || !archive.complete()) return 0;
   }
   file.setName(path.c_str());
   file.access = GENERIC_READ | GENERIC_WRITE;

@@ -8,6 +8,7 @@
 #include <filesystem/zip_archive.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <utility>
 #include <vector>
 
@@ -47,6 +48,15 @@ bool copies(const std::string& folder, const char* target) {
   return FileSystem::CopyContent(folder + "in/", folder + target) == 2;
 }
 
+// Gives the archive a second name, outside the folder, so that no new file can take its place.
+bool links(const std::string& folder) {
+  const std::string other = folder + "../a.link";
+  std::error_code error;
+  std::filesystem::remove(other, error);
+  std::filesystem::create_hard_link(folder + "a.zip", other, error);
+  return !error;
+}
+
 const Operation kOperations[] = {
     {"insert", [](In in) { return writable(in).insert(bytesOf(kText), "new", "", 0) == 1; }},
     {"insert_a_file",
@@ -82,6 +92,13 @@ const Operation kOperations[] = {
     {"create", [](In in) { return ZipArchive().create((in + "b.zip").c_str(), 0) == 1; }, kInParts},
     {"create_over_an_archive",
      [](In in) { return ZipArchive().create((in + "a.zip").c_str(), 1) == 1; }, kInParts},
+    {"remove_in_place", [](In in) { return links(in) && writable(in).remove("kept") == 1; }},
+    {"replace_in_place",
+     [](In in) { return links(in) && writable(in).insert({'n'}, "deep\\old", "", 1) == 1; }},
+    {"create_in_place",
+     [](In in) { return links(in) && ZipArchive().create((in + "a.zip").c_str(), 1) == 1; }},
+    {"pack_in_place", [](In in) { return links(in) && packs(in, "a.zip"); },
+     kInParts | kPassesOver},
     {"list",
      [](In in) {
        std::vector<std::string> names;

@@ -16,6 +16,16 @@
 
 using namespace zip_engine;
 
+namespace {
+
+// The central records of an archive that stay in it.
+struct KeptRecords {
+  Bytes blob;
+  std::uint64_t count = 0;
+};
+
+}  // namespace
+
 struct ZipWriter {
   struct Completed {
     std::uint64_t start;      // absolute position of the local header
@@ -28,7 +38,8 @@ struct ZipWriter {
   bool usesSlashes = false;  // in the names of new entries
   SamplingDeflater deflater;
   std::optional<NewEntry> entry;
-  Bytes records;  // the central records of the completed entries
+  std::optional<KeptRecords> kept;  // if entries of the archive were dropped
+  Bytes records;                    // the central records of the completed entries
   std::vector<Completed> completed;
 
   void add(const EntryRecord& record, std::uint64_t start) {
@@ -109,8 +120,9 @@ int finishEntry(ZipWriter& writer, bool complete) {
 
 bool commit(ZipWriter& writer, const std::string& comment) {
   const CentralDirectory& before = writer.archive.before();
-  return writer.archive.commit(before.blob, writer.records,
-                               before.entryCount + writer.completed.size(), comment);
+  const std::uint64_t count = writer.kept ? writer.kept->count : before.entryCount;
+  return writer.archive.commit(writer.kept ? writer.kept->blob : before.blob, writer.records,
+                               count + writer.completed.size(), comment);
 }
 
 }  // namespace
@@ -225,11 +237,38 @@ int ZipCopyEntry(ZipWriter* writer, ZipReader* reader) {
   return kSuccess;
 }
 
+std::uint32_t ZipDropEntries(ZipWriter* writer, bool (*drops)(const char* name, void* context),
+                             void* context) {
+  if (writer == nullptr) return 0;
+  KeptRecords& kept = writer->kept.emplace();
+  const CentralDirectory& before = writer->archive.before();
+  std::string converted;
+  for (std::size_t at = 0; at < before.blob.size();) {
+    const CentralRecord record = recordAt(before, at);
+    const std::string name(oemName(record, converted));
+    if (!drops(name.c_str(), context)) {
+      kept.blob.insert(kept.blob.end(), record.bytes, record.bytes + record.size());
+      ++kept.count;
+    }
+    at += record.size();
+  }
+  return static_cast<std::uint32_t>(kept.count);
+}
+
+void ZipAbandonWriter(ZipWriter* writer) {
+  if (writer == nullptr) return;
+  const std::unique_ptr<ZipWriter> owner(writer);
+  writer->dropOpen();
+  writer->archive.restore();
+}
+
 int ZipCloseWriter(ZipWriter* writer, const char* globalComment) {
   if (writer == nullptr) return kFailure;
   const std::unique_ptr<ZipWriter> owner(writer);
   writer->dropOpen();
-  if (writer->mode != ZipModeCreate && writer->completed.empty() && globalComment == nullptr) {
+  const bool isUnchanged = writer->mode != ZipModeCreate && writer->completed.empty() &&
+                           !writer->kept && globalComment == nullptr;
+  if (isUnchanged) {
     writer->archive.restore();
     return kSuccess;
   }
@@ -241,7 +280,7 @@ int ZipCloseWriter(ZipWriter* writer, const char* globalComment) {
   }
   if (commit(*writer, comment)) return kSuccess;
   // The disk may still have space for the first of many entries.
-  while (!writer->completed.empty()) {
+  while (!writer->completed.empty() && !writer->kept) {
     constexpr std::size_t kShare = 16;
     for (std::size_t count = writer->completed.size() / kShare + 1; count > 0; --count) {
       writer->dropLast();

@@ -1,11 +1,13 @@
 // Packing of directories with files that only Linux has, and on a full disk.
 
 #include <filesystem/zip.h>
+#include <grp.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <csignal>
+#include <functional>
 
 #include "library/zip.h"
 #include "support/linux/forked_process.h"
@@ -102,6 +104,81 @@ TEST_F(PackingOnLinux, FullDisk) {
   EXPECT_TRUE(isUnchanged());
   EXPECT_EQ(within2MB([&] { return FRT_ZIP_FOLDER(in_.c_str(), path_.c_str()); }), 0);
   EXPECT_TRUE(isUnchanged());
+}
+
+// An archive of a colleague, which the group may write. Only the superuser can give a file to him,
+// so the file stays.
+TEST_F(PackingOnLinux, AColleaguesArchiveKeepsItsFile) {
+  if (geteuid() != 0) GTEST_SKIP() << "needs the superuser";
+  constexpr uid_t kOwner = 1002;
+  constexpr uid_t kCaller = 1001;
+  constexpr gid_t kGroup = 2000;
+  const auto asCaller = [&](const std::function<bool()>& work) {
+    support::ForkedProcess caller([&](const auto&) {
+      if (setgroups(0, nullptr) != 0 || setgid(kGroup) != 0 || setuid(kCaller) != 0) return 2;
+      return work() ? 0 : 1;
+    });
+    return caller.wait();
+  };
+  const std::string source = in_ + "/a";
+  const struct {
+    const char* name;
+    std::function<bool()> work;
+    Names left;
+  } kRows[] = {
+      {"remove", [&] { return writable().remove("x") == 1; }, {"y", "z"}},
+      {"replace",
+       [&] { return writable().insert(bytesOf("new"), "x", "", 1) == 1; },
+       {"y", "z", "x"}},
+      {"list",
+       [&] {
+         return writable().insertFiles({{source, "x"}, {source, "n"}}, 1) == 2;
+       },
+       {"y", "z", "x", "n"}},
+      {"list with a missing file",
+       [&] {
+         return writable().insertFiles({{source, "x"}, {"none", "y"}}, 1) == 1;
+       },
+       {"y", "z", "x"}},
+      {"create", [&] { return ZipArchive().create(path_.c_str(), 1) == 1; }, {}},
+      {"export", [&] { return FRT_ZIP_FOLDER(in_.c_str(), path_.c_str()); }, {"a"}},
+      {"pack", [&] { return pack(); }, {"a"}},
+      {"nothing left",
+       [&] {
+         ZipArchive archive = writable();
+         return archive.remove("x") == 1 && archive.remove("y") == 1 && archive.remove("z") == 0;
+       },
+       {"z"}},
+  };
+  for (const auto& row : kRows) {
+    std::filesystem::remove(path_);
+    make({"x", "y", "z"});
+    ASSERT_EQ(chown(path_.c_str(), kOwner, kGroup), 0);
+    ASSERT_EQ(chmod(path_.c_str(), 0660), 0);
+    struct stat before {};
+    struct stat after {};
+    ASSERT_EQ(stat(path_.c_str(), &before), 0);
+    EXPECT_EQ(asCaller(row.work), 0) << row.name;
+    ASSERT_EQ(stat(path_.c_str(), &after), 0);
+    EXPECT_EQ(after.st_ino, before.st_ino) << row.name;
+    EXPECT_EQ(after.st_uid, kOwner) << row.name;
+    EXPECT_EQ(after.st_mode, before.st_mode) << row.name;
+    EXPECT_EQ(names(), row.left) << row.name;
+    if (!row.left.empty()) {
+      EXPECT_EQ(support::run(folder_.path(), "7z t a.zip"), 0) << row.name;
+    }
+    EXPECT_EQ(writable().insert(bytesOf("more"), "more", "", 0), 1) << row.name;
+  }
+}
+
+// A slash alone is the root, and not the beginning of a server's name.
+TEST_F(PackingOnLinux, TheRootIsAFolder) {
+  EXPECT_NE(GetFileAttributesA("/\\proc"), INVALID_FILE_ATTRIBUTES);
+  const std::string target = path_.substr(1);
+  make({target});
+  std::filesystem::copy_file(path_, folder_.file("b.zip"));
+  EXPECT_TRUE(FRT_UNZIP_FILE(folder_.file("b.zip").c_str(), "/"));
+  EXPECT_EQ(support::readFile(path_), target);
 }
 
 }  // namespace
