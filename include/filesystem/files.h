@@ -158,7 +158,8 @@ FILESYSTEM_API int DeleteLockFile(const char* folder);
 /// @return number of files deleted
 FILESYSTEM_API unsigned int eraseOldFile(const std::string& folder, unsigned int days);
 
-/// Lists the files that eraseOldFile would delete, and deletes nothing.
+/// Lists the files that eraseOldFile would delete, and deletes nothing. Files that are read-only or
+/// in use, or that the caller may not delete, are left out.
 /// @param files  their paths are appended to it
 /// @param folder as for eraseOldFile
 /// @param days   as for eraseOldFile

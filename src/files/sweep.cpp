@@ -39,8 +39,8 @@ bool isCandidate(const Detail::TreeEntry& entry) {
   return !entry.isAtTop || isTemporaryName(name);
 }
 
-// Reports whether the sweep deletes the entry if it deletes what was last written at `limit` or
-// before.
+// Reports whether the sweep tries to delete the entry if it deletes what was last written at
+// `limit` or before.
 bool isSwept(const Detail::TreeEntry& entry, double limit) {
   if (!isCandidate(entry)) return false;
   FILETIME time{};
@@ -64,7 +64,9 @@ unsigned int listOldFiles(std::vector<std::string>& files, const std::string& fo
   const double limit = now() - static_cast<double>(days);
   const std::size_t before = files.size();
   Detail::visitTree(startOf(folder), kLastLink, [&](const Detail::TreeEntry& entry) {
-    if (isSwept(entry, limit)) files.push_back(entry.directoryPath + entry.directory.name());
+    if (isSwept(entry, limit) && entry.directory.canDelete()) {
+      files.push_back(entry.directoryPath + entry.directory.name());
+    }
   });
   return static_cast<unsigned int>(files.size() - before);
 }

@@ -54,6 +54,8 @@ class OpenDirectory {
   bool lastWrite(FILETIME& time) const;
   // Deletes the current entry, a file or a link, under the rules of DeleteFileA.
   bool deleteEntry();
+  // Reports whether deleteEntry() would delete the current entry now.
+  bool canDelete() const;
 
   // Copies a file of `source`, listed as regular, to the same name here, as CopyFileA does, and
   // adds the copy to `written`. Returns false, and leaves no file, if the copy fails, and with

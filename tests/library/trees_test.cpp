@@ -4,6 +4,7 @@
 #include <filesystem/temporary_storage.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 #include <ctime>
 #include <string>
@@ -161,6 +162,25 @@ TEST_F(Trees, Sweep) {
   write("chain/top/sub/f", "", 2 * kDay);
   EXPECT_EQ(FileSystem::eraseOldFile(folder_.text() + "chain\\top\\", 1), 1U);
   EXPECT_FALSE(exists("chain"));
+}
+
+TEST_F(Trees, SweepListsWhatItDeletes) {
+  for (const char* name : {"plain.tmp", "read-only.tmp", "in-use.tmp", "lent.tmp"}) {
+    write(name, "", 8 * kDay);
+  }
+  support::makeReadOnly(folder_.file("read-only.tmp"));
+  const platform::FileHandle inUse =
+      support::openFile(folder_.file("in-use.tmp"), GENERIC_READ, FILE_SHARE_READ);
+  const platform::FileHandle lent = support::openFile(folder_.file("lent.tmp"), GENERIC_READ,
+                                                      FILE_SHARE_READ | FILE_SHARE_DELETE);
+  std::vector<std::string> listed;
+  EXPECT_EQ(FileSystem::listOldFiles(listed, folder_.text(), 7), 2U);
+  std::sort(listed.begin(), listed.end());
+  EXPECT_EQ(listed,
+            (std::vector<std::string>{folder_.text() + "lent.tmp", folder_.text() + "plain.tmp"}));
+  EXPECT_EQ(FileSystem::eraseOldFile(folder_.text(), 7), 2U);
+  EXPECT_TRUE(exists("read-only.tmp"));
+  EXPECT_TRUE(exists("in-use.tmp"));
 }
 
 TEST_F(Trees, TemporaryStorageLifecycle) {

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdint>
 
 #include "platform/linux/attributes.h"
 #include "platform/linux/existing_file.h"
@@ -36,7 +37,32 @@ DWORD unlinkUnless(DWORD denial, int folder, const char* path) {
   return unlinkat(folder, path, 0) == 0 ? ERROR_SUCCESS : errorFromErrno(errno);
 }
 
+// Reports whether the permissions of an open folder, and the attributes of both, allow to remove an
+// entry of this status from it.
+bool permitsRemoval(int folder, const struct statx& entry) {
+  constexpr std::uint64_t kFixed = STATX_ATTR_IMMUTABLE | STATX_ATTR_APPEND;
+  struct statx directory;
+  if (faccessat(folder, ".", W_OK | X_OK, AT_EACCESS) != 0 ||
+      statx(folder, "", AT_EMPTY_PATH, STATX_MODE | STATX_UID, &directory) != 0 ||
+      ((entry.stx_attributes | directory.stx_attributes) & kFixed) != 0) {
+    return false;
+  }
+  // In a folder such as /tmp, only the owners of the file and of the folder remove it.
+  const uid_t user = geteuid();
+  return (directory.stx_mode & S_ISVTX) == 0 || user == 0 || user == entry.stx_uid ||
+         user == directory.stx_uid;
+}
+
 }  // namespace
+
+bool canDeleteAt(int folder, const char* name) {
+  struct statx status;
+  if (statx(folder, name, AT_SYMLINK_NOFOLLOW, STATX_TYPE | STATX_MODE | STATX_UID, &status) != 0 ||
+      S_ISDIR(status.stx_mode) || !permitsRemoval(folder, status)) {
+    return false;
+  }
+  return !S_ISREG(status.stx_mode) || denialOf(folder, name, status.stx_mode) == ERROR_SUCCESS;
+}
 
 DWORD deleteAt(int folder, const char* path) {
   struct stat status;

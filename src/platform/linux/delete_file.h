@@ -14,4 +14,7 @@ DWORD deleteAt(int folder, const char* path);
 // one system call less on a path.
 DWORD deleteRegularAt(int folder, const char* path);
 
+// Reports whether deleteAt() would delete the file or link of that name in an open folder now.
+bool canDeleteAt(int folder, const char* name);
+
 }  // namespace platform::native

@@ -151,6 +151,10 @@ bool OpenDirectory::deleteEntry() {
   return error == ERROR_SUCCESS || fail(error) != FALSE;
 }
 
+bool OpenDirectory::canDelete() const {
+  return canDeleteAt(dirfd(state_->stream.get()), state_->entry->d_name);
+}
+
 bool OpenDirectory::copyNew(const OpenDirectory& source, const std::string& storedName,
                             WrittenFiles& written) {
   if (!*this || !source) return fail(ERROR_INVALID_HANDLE) != FALSE;

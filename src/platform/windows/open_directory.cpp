@@ -112,6 +112,16 @@ bool OpenDirectory::deleteEntry() {
   return (isDirectoryLink ? RemoveDirectoryA(path.c_str()) : DeleteFileA(path.c_str())) != FALSE;
 }
 
+bool OpenDirectory::canDelete() const {
+  if ((state_->entry.dwFileAttributes & FILE_ATTRIBUTE_READONLY) != 0) return false;
+  constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+  constexpr DWORD kItself = FILE_FLAG_OPEN_REPARSE_POINT | FILE_FLAG_BACKUP_SEMANTICS;
+  const std::string path = state_->pathOf(state_->entry.cFileName);
+  const FileHandle file(
+      CreateFileA(path.c_str(), DELETE, kShareAll, nullptr, OPEN_EXISTING, kItself, nullptr));
+  return static_cast<bool>(file);
+}
+
 bool OpenDirectory::copyNew(const OpenDirectory& source, const std::string& storedName,
                             WrittenFiles&) {
   return CopyFileA(source.state_->pathOf(storedName).c_str(), state_->pathOf(storedName).c_str(),

@@ -12,6 +12,7 @@
 #include <stdio.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <atomic>
 #include <functional>
@@ -20,6 +21,7 @@
 #include <vector>
 
 #include "platform/win32.h"
+#include "support/linux/forked_process.h"
 #include "support/programs.h"
 #include "support/temporary_folder.h"
 
@@ -79,6 +81,37 @@ TEST_F(TreesOnLinux, SweepStaysInItsTreeWhileDirectoriesAreSwapped) {
   while (!isDone) FileSystem::eraseOldFile(folder_.file("tree\\"), 1);
   swapper.join();
   EXPECT_TRUE(support::exists(elsewhere_.file("old")));
+}
+
+// Runs as a user who may delete files in one folder, none in the second, and only some in the
+// third.
+TEST_F(TreesOnLinux, SweepListsWhatPermissionsLetItDelete) {
+  if (geteuid() != 0) GTEST_SKIP() << "needs another user's files";
+  constexpr uid_t kUser = 1001;
+  struct {
+    const char* folder;
+    uid_t owner;
+    mode_t mode;
+  } const folders[] = {{"own", kUser, 0700}, {"locked", kUser, 0500}, {"sticky", 0, 01777}};
+  for (const auto& f : folders) {
+    for (const uid_t owner : {kUser, uid_t{0}}) {
+      const std::string file = folder_.file(f.folder + ("/" + std::to_string(owner)));
+      writeOld(file);
+      ASSERT_EQ(chown(file.c_str(), owner, owner), 0);
+    }
+    ASSERT_EQ(chown(folder_.file(f.folder).c_str(), f.owner, f.owner), 0);
+    ASSERT_EQ(chmod(folder_.file(f.folder).c_str(), f.mode), 0);
+  }
+  ASSERT_EQ(chmod(folder_.path().c_str(), 0755), 0);
+  support::ForkedProcess user([&](const auto&) {
+    if (setgid(kUser) != 0 || setuid(kUser) != 0) return -1;
+    std::vector<std::string> listed;
+    FileSystem::listOldFiles(listed, folder_.text(), 7);
+    const bool isWhatIsDeleted = FileSystem::eraseOldFile(folder_.text(), 7) == listed.size();
+    return isWhatIsDeleted ? static_cast<int>(listed.size()) : -1;
+  });
+  // Both files of the first folder, and its own one of the last.
+  EXPECT_EQ(user.wait(), 3);
 }
 
 // The roots of mapped drives and shares stay, even if they are empty.
