@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "platform/conformance.h"
+#include "platform/probe_open.h"
 
 namespace {
 
@@ -182,6 +183,23 @@ TEST_F(Conformance, HandlesHaveTheirAccessOnly) {
   EXPECT_FALSE(ReadFile(open("file", kWrite).get(), &byte, 1, &count, nullptr));
   EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);
   EXPECT_EQ(count, 0U);
+}
+
+TEST_F(Conformance, NullDeviceTakesWhatIsWrittenAndLeavesNoFile) {
+  for (const char* const name : {"NUL", "nul", "\\\\.\\NUL"}) {
+    for (const DWORD disposition : {OPEN_EXISTING, OPEN_ALWAYS, CREATE_ALWAYS}) {
+      const platform::FileHandle first = support::openFile(name, kReadWrite, 0, disposition);
+      const platform::FileHandle second = support::openFile(name, kWrite, 0, disposition);
+      char bytes[] = "text";
+      DWORD count = 0;
+      EXPECT_TRUE(WriteFile(second.get(), bytes, 4, &count, nullptr)) << name;
+      EXPECT_EQ(count, 4U);
+      EXPECT_TRUE(ReadFile(first.get(), bytes, 4, &count, nullptr)) << name;
+      EXPECT_EQ(count, 0U);
+    }
+    EXPECT_TRUE(platform::probeOpen(name, kReadWrite, 0)) << name;
+  }
+  EXPECT_TRUE(std::filesystem::is_empty(std::filesystem::current_path()));
 }
 
 }  // namespace

@@ -14,6 +14,7 @@
 #include "platform/linux/file_handle.h"
 #include "platform/linux/last_error.h"
 #include "platform/linux/native_path.h"
+#include "platform/linux/null_device.h"
 #include "platform/linux/share_lock.h"
 #include "platform/linux/win32_linux.h"
 
@@ -182,6 +183,7 @@ HANDLE CreateFileA(const char* path, DWORD access, DWORD share, SECURITY_ATTRIBU
   if (disposition == TRUNCATE_EXISTING && (rights & FILE_WRITE_DATA) == 0) {
     return invalidHandle(ERROR_INVALID_PARAMETER);
   }
+  if (isNullDevice(path)) return openNullDevice(rights);
   const NativePath native(path);
   if (!native.valid()) return invalidHandle(native.error());
   const Opening opening{.rights = rights,

@@ -6,10 +6,12 @@
 #include "platform/linux/existing_file.h"
 #include "platform/linux/found_entry.h"
 #include "platform/linux/native_path.h"
+#include "platform/linux/null_device.h"
 
 using namespace platform::native;
 
 bool platform::probeOpen(const char* text, DWORD access, DWORD share) {
+  if (isNullDevice(text)) return true;
   const NativePath path(text);
   if (!path.valid() || path.hadTrailingSeparator()) return false;
   return probeExisting(AT_FDCWD, path.c_str(), specificRights(access), share);

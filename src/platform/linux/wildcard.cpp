@@ -83,7 +83,10 @@ bool Wildcard::take(char32_t character, bool isLastDot) {
 
 bool Wildcard::matches(std::string_view name) {
   if (pattern_.size() == 1 && pattern_.front() == kAny) return true;
-  const std::size_t lastDot = name.rfind('.');
+  // Dots at the start begin no extension: they are not in the short names, which Windows also
+  // matches.
+  std::size_t lastDot = name.rfind('.');
+  if (lastDot < name.find_first_not_of('.')) lastDot = std::string_view::npos;
   std::fill(reached_.begin(), reached_.end(), 0);
   reached_.front() = 1;
   for (std::string_view rest = name; !rest.empty();) {

@@ -11,7 +11,7 @@ namespace platform::native {
 // name). Letter case is ignored. The rules date from names of eight and three characters:
 //
 //   `*.*`           matches every name
-//   `*.`            matches the names without a dot
+//   `*.`            matches the names without an extension; dots at the start begin none
 //   `.` before a    also matches the end of the name, so that `a.*` matches `a`; a `*` before such
 //   a wildcard        dot does not match past the last dot of the name
 //   `*.txt. `       trailing dots and spaces are dropped

@@ -185,8 +185,8 @@ extern "C" __attribute__((visibility("default"))) BOOL DefineDosDeviceA(DWORD fl
 
 // Open files. A closed handle fails with ERROR_INVALID_HANDLE for good. Share
 // modes hold between all openings through this layer, in any process, where the
-// file system has locks. Folders, FIFOs, sockets and devices are not opened and
-// fail with ERROR_ACCESS_DENIED. Of the access rights, generic ones, DELETE, and
+// file system has locks. Folders, FIFOs, sockets and devices but NUL are not opened
+// and fail with ERROR_ACCESS_DENIED. Of the access rights, generic ones, DELETE, and
 // those to read, write, append to and execute the data count; a file need not be
 // executable to be opened for execution.
 HANDLE CreateFileA(const char* path, DWORD access, DWORD share, SECURITY_ATTRIBUTES* security,

@@ -81,4 +81,34 @@ TEST_F(NamesOnLinux, TemporaryFolder) {
   unsetenv("TMPDIR");
 }
 
+// Names that Windows refuses or changes are those of files, which stay apart from each other.
+TEST_F(NamesOnLinux, AreTakenLiterally) {
+  const std::string names[] = {"a",   "a.",  "a ",  "a. ",  "a?",     "a*",
+                               "NUL", "nul", "CON", "COM1", "aux.txt"};
+  for (const std::string& name : names) {
+    const platform::FileHandle file = open("empty/" + name, kWrite, 0, CREATE_NEW);
+    DWORD count = 0;
+    EXPECT_TRUE(
+        WriteFile(file.get(), name.data(), static_cast<DWORD>(name.size()), &count, nullptr));
+  }
+  for (const std::string& name : names) {
+    EXPECT_EQ(support::readFile(folder_.file("empty/" + name)), name);
+    EXPECT_TRUE(CopyFileA(at("empty/" + name).c_str(), at("full/" + name).c_str(), TRUE)) << name;
+    EXPECT_TRUE(DeleteFileA(at("empty/" + name).c_str())) << name;
+    EXPECT_EQ(read("full/" + name), name);
+  }
+  EXPECT_TRUE(std::filesystem::is_empty(folder_.path() / "empty"));
+}
+
+// The name of the device does not hide a file that another program created.
+TEST_F(NamesOnLinux, AFileNUL) {
+  write("current/NUL", "content");
+  char byte = 0;
+  DWORD count = 0;
+  EXPECT_TRUE(ReadFile(support::openFile("NUL").get(), &byte, 1, &count, nullptr));
+  EXPECT_EQ(byte, 'c');
+  EXPECT_TRUE(DeleteFileA("NUL"));
+  EXPECT_FALSE(support::exists(folder_.file("current/NUL")));
+}
+
 }  // namespace

@@ -25,7 +25,8 @@ TEST(Wildcard, Matches) {
       {"*\xFF", "a\xFE", false},  {"*.txt ", "a.txt", true},  {"*.*.", "a.b", true},
       {"?.", "ab", false},        {"a*.", "ab", true},        {"a*.", "a.b", false},
       {"*.?", "a.bc", false},     {"**.?", "a.bc", true},     {"*a*.?", "a.ba", true},
-      {"ΆΝΩ*", "άνω", true},      {"Ặ?", "ặb", true},
+      {"ΆΝΩ*", "άνω", true},      {"Ặ?", "ặb", true},         {"*.", ".a", true},
+      {"*.", "..a", true},        {"*.", ".a.b", false},      {"*.?", ".a.bc", false},
   };
   for (const auto& c : cases) {
     EXPECT_EQ(platform::native::Wildcard(c.pattern).matches(c.name), c.matches)
