@@ -188,7 +188,7 @@ class FILESYSTEM_API ZipArchive {
   /// its owner and permissions. Bytes before the first entry, as of a self-extracting program, and
   /// extended attributes are lost. If a new file cannot have its owner, its group and its access
   /// control list, or if it has several hard links, the file remains: the entry is taken out of its
-  /// directory, and only its bytes stay. The next rewrite removes them.
+  /// directory, and its bytes remain in the file.
   /// @param name name of the entry, not null. Other entries whose names differ only in letter case
   ///             are removed too.
   /// @return 1 if the entry was removed. 0, with the archive unchanged, if there is no such entry,

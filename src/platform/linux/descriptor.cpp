@@ -31,7 +31,7 @@ void Descriptor::leaveStandard() {
 
 bool Descriptor::close() {
   if (locker_ != 0 && locker_ == processMark()) unlock(value_);
-  return ::close(release()) == 0 || errno == EINTR;
+  return ::close(release()) == 0;
 }
 
 void Descriptor::closeKeepingErrno() {

@@ -61,7 +61,7 @@ using namespace platform::native;
 BOOL CloseHandle(HANDLE handle) {
   Descriptor file = takeDescriptor(handle);
   if (!file) return fail(ERROR_INVALID_HANDLE);
-  return file.close() ? TRUE : failWithErrno();
+  return file.close() || errno == EINTR ? TRUE : failWithErrno();
 }
 
 BOOL ReadFile(HANDLE handle, void* buffer, DWORD size, DWORD* read, OVERLAPPED* overlapped) {
