@@ -1,20 +1,20 @@
 // add.
 
 #include <filesystem/files.h>
-#include <filesystem/path.h>
 
 #include <algorithm>
 #include <cstdio>
-#include <unordered_map>
+#include <optional>
 #include <unordered_set>
 #include <utility>
 
+#include "addition.h"
 #include "archive.h"
 #include "commands.h"
 #include "file_tree.h"
 #include "password.h"
-#include "paths.h"
 #include "progress.h"
+#include "temporary_directory.h"
 #include "terminal.h"
 #include "text.h"
 
@@ -22,68 +22,22 @@ namespace {
 
 constexpr const char* kStandardInput = "-";
 
-// A file and the entry that it becomes.
-struct Source {
-  std::string path;
-  std::string name;
-};
-
-bool isDirectory(const std::string& path) { return FileSystem::FolderExists(path.c_str()) != 0; }
-
-// The files of a directory become entries below its own name.
-void appendDirectory(const std::string& path, Output& output, std::vector<Source>& sources) {
-  const std::string base = withBackslash(path);
-  const std::string own = FileSystem::extractFilename(withoutEndSeparators(path));
-  const bool isNamed = !own.empty() && own != "." && own != "..";
-  const std::string prefix = isNamed ? own + '\\' : "";
-  for (const std::string& file : filesBelow(base, output)) {
-    sources.push_back({base + file, prefix + file});
-  }
-}
-
-// A later file replaces an earlier one of the same name.
-std::vector<Source> lastOfEachName(const std::vector<Source>& sources) {
-  std::unordered_map<std::string, std::size_t> last;
-  for (std::size_t i = 0; i < sources.size(); ++i) last[sources[i].name] = i;
-  std::vector<Source> result;
-  for (std::size_t i = 0; i < sources.size(); ++i) {
-    if (last[sources[i].name] == i) result.push_back(sources[i]);
-  }
-  return result;
-}
-
-std::vector<Source> sourcesOf(const AddRequest& request, Output& output) {
-  std::vector<Source> sources;
-  for (const std::string& file : request.files) {
-    if (isDirectory(file)) {
-      appendDirectory(file, output, sources);
-    } else if (FileSystem::TestOpen(file.c_str(), FileSystem::kAccessRead) != 0) {
-      sources.push_back({file, FileSystem::extractFilename(file)});
-    } else {
-      throw Failure("cannot read " + inQuotes(file) +
-                    ": it does not exist, is not permitted, or another program uses it");
-    }
-  }
-  std::erase_if(sources,
-                [&](const Source& source) { return isSameFile(source.path, request.zip); });
-  if (!request.name.empty() && sources.size() == 1) sources[0].name = request.name;
-  return lastOfEachName(sources);
-}
-
-std::vector<unsigned char> readStandardInput() {
-  constexpr std::size_t kBlock = 1 << 20;
-  constexpr std::size_t kLargest = 0xFFFFFFFE;  // sizes are 32-bit, and the largest is reserved
+// Copies standard input to the file. The library inserts a file of any size in little memory.
+void spoolStandardInput(const std::string& path) {
+  constexpr std::uint64_t kTooManyBytes = 0xFFFFFFFF;
   passBytes(stdin);
-  std::vector<unsigned char> bytes;
-  std::size_t size = 0;
-  do {
-    bytes.resize(size + kBlock);
-    size += std::fread(bytes.data() + size, 1, kBlock, stdin);
-    if (size > kLargest) throw Failure("standard input has 4 GiB or more");
-  } while (size == bytes.size());
+  const FilePointer file = createPrivateFile(path);
+  std::vector<char> block(1 << 20);
+  std::uint64_t size = 0;
+  while (const std::size_t count = std::fread(block.data(), 1, block.size(), stdin)) {
+    size += count;
+    if (size >= kTooManyBytes) throw Failure("standard input has 4 GiB or more");
+    if (!file || std::fwrite(block.data(), 1, count, file.get()) != count) break;
+  }
   if (std::ferror(stdin) != 0) throw Failure("cannot read standard input");
-  bytes.resize(size);
-  return bytes;
+  if (!file || std::fflush(file.get()) != 0 || std::ferror(file.get()) != 0) {
+    throw Failure("cannot write standard input to " + inQuotes(path));
+  }
 }
 
 // Opens the archive, which is created if it does not exist.
@@ -92,14 +46,17 @@ Archive openOrCreate(const std::string& zip) {
   return Archive(zip, FileSystem::kAccessReadWrite);
 }
 
-void requireSensibleName(const AddRequest& request) {
+// Returns whether standard input is added.
+bool checkNames(const AddRequest& request) {
   const bool hasInput =
       std::find(request.files.begin(), request.files.end(), kStandardInput) != request.files.end();
-  const bool isSingle = request.files.size() == 1 && !isDirectory(request.files[0]);
+  const bool isSingle =
+      request.files.size() == 1 && FileSystem::FolderExists(request.files[0].c_str()) == 0;
   if (hasInput && (request.name.empty() || !isSingle)) {
     throw UsageError("standard input (-) is added alone and needs --name");
   }
   if (!request.name.empty() && !isSingle) throw UsageError("--name is for a single file");
+  return hasInput;
 }
 
 // Adds files in batches, with a commit for each.
@@ -173,20 +130,26 @@ class Addition {
 }  // namespace
 
 void add(const AddRequest& request, Output& output) {
-  requireSensibleName(request);
+  const bool hasInput = checkNames(request);
   const NewPassword password = newPassword(request.encryption, output);
-  if (request.files[0] == kStandardInput) {
-    const std::vector<unsigned char> bytes = readStandardInput();
-    Archive archive = openOrCreate(request.zip);
-    archive.zip().setEncryption(password.text.c_str(), password.encryption);
-    if (archive.zip().insert(bytes, request.name, "", 1) == 0) {
-      throw Failure("cannot add " + inQuotes(request.name) + " to " + inQuotes(request.zip));
-    }
-    return;
+  std::optional<TemporaryDirectory> temporary;
+  std::vector<Source> sources;
+  if (hasInput) {
+    const std::string path = temporary.emplace().file("input");
+    spoolStandardInput(path);
+    sources = {{path, request.name}};
+  } else {
+    sources = sourcesOf(request, output);
   }
-  const std::vector<Source> sources = sourcesOf(request, output);
   if (sources.empty()) throw Failure("there is no file to add");
   Archive archive = openOrCreate(request.zip);
+  const std::vector<std::string> removed = takeNamesOfReplaced(sources, archive.names());
   archive.zip().setEncryption(password.text.c_str(), password.encryption);
   Addition(archive, sources, output).run();
+  for (const std::string& name : removed) {
+    if (archive.zip().remove(name.c_str()) == 0) {
+      throw Failure("cannot remove the old entry " + inQuotes(name) + " of " +
+                    inQuotes(request.zip));
+    }
+  }
 }

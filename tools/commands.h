@@ -53,13 +53,13 @@ void extract(const std::string& zip, const std::string& pattern, const std::stri
              const PasswordSource& password, Output& output);
 
 // Writes the paths of all files below a directory whose names match a pattern.
-void tree(const std::string& directory, const std::string& pattern, const Output& output);
+void tree(const std::string& directory, const std::string& pattern, Output& output);
 
 // Copies a file, or everything in a directory, into the directory `target`.
 void copy(const std::string& source, const std::string& target, Output& output);
 
 // Deletes old files; a dry run writes their paths instead.
-void sweep(const std::string& directory, unsigned int days, bool dryRun, const Output& output);
+void sweep(const std::string& directory, unsigned int days, bool dryRun, Output& output);
 
 // Writes the version text of an executable.
 void version(const std::string& file);

@@ -4,6 +4,8 @@
 #include <filesystem/path.h>
 
 #include <cstdio>
+#include <filesystem>
+#include <fstream>
 #include <unordered_set>
 
 #include "archive.h"
@@ -13,6 +15,7 @@
 #include "password.h"
 #include "paths.h"
 #include "progress.h"
+#include "temporary_directory.h"
 #include "terminal.h"
 #include "text.h"
 
@@ -22,7 +25,41 @@ bool isDirectoryName(const std::string& path) {
   return (!path.empty() && isSeparator(path.back())) || FileSystem::FolderExists(path.c_str()) != 0;
 }
 
+// Throws for an entry that the temporary directory at `path` could not take.
+[[noreturn]] void throwNotSpooled(const Entry& entry, const std::string& path, bool hasPassword) {
+  std::error_code error;
+  const auto space = std::filesystem::space(systemPath(path).parent_path(), error);
+  const bool isFull = !error && space.available < entry.record.size;
+  throw Failure(
+      "cannot extract " + inQuotes(entry.name) + ": " +
+      (isFull ? "the temporary directory has no space for it" : readFailure(entry, hasPassword)));
+}
+
+// Writes a large entry by way of a file. Nothing of it is written before all of it is checked.
+void spoolToStandardOutput(Archive& archive, const Entry& entry, bool hasPassword) {
+  TemporaryDirectory temporary;
+  const std::string path = temporary.file("entry");
+  if (archive.zip().extract(entry.name.c_str(), path.c_str()) == 0) {
+    throwNotSpooled(entry, path, hasPassword);
+  }
+  std::ifstream file(systemPath(path), std::ios::binary);
+  temporary.remove();
+  std::vector<char> block(1 << 20);
+  do {
+    file.read(block.data(), static_cast<std::streamsize>(block.size()));
+    const auto count = static_cast<std::size_t>(file.gcount());
+    if (std::fwrite(block.data(), 1, count, stdout) != count) {
+      throw Failure("cannot write to standard output");
+    }
+  } while (file);
+  if (!file.eof()) throw Failure("cannot read " + inQuotes(nativePath(path)));
+}
+
 void writeToStandardOutput(Archive& archive, const Entry& entry, bool hasPassword) {
+  constexpr std::uint64_t kLargestInMemory = 128 << 20;
+  if (entry.record.size > kLargestInMemory) {
+    return spoolToStandardOutput(archive, entry, hasPassword);
+  }
   std::vector<unsigned char> bytes;
   // An empty entry delivers no byte, which the library does not distinguish from
   // a failure.
@@ -77,6 +114,6 @@ void extract(const std::string& zip, const std::string& pattern, const std::stri
     output.detail("extracted " + printable(entries[0].name));
   } else {
     const std::string base = withBackslash(creatablePath(target));
-    BatchExtraction(archive, base, !text.empty(), output).run(entries, progress);
+    BatchExtraction(archive, base, true, !text.empty(), output).run(entries, progress);
   }
 }

@@ -21,7 +21,7 @@ std::string textOf(const fs::path& path) {
 
 class Walk {
  public:
-  explicit Walk(Output& output) : output_(output) {}
+  explicit Walk(Links links) : links_(links) {}
 
   // Collects the files below a directory. `name` is put before their paths.
   void enter(const fs::path& directory, const std::string& name) {
@@ -33,23 +33,33 @@ class Walk {
       entries.increment(error);
     }
     ancestors_.pop_back();
-    if (error) output_.fail("left out " + inQuotes(name) + ": the directory cannot be read");
+    if (error) tree_.leftOut.push_back({name, "the directory cannot be read", true});
   }
 
-  std::vector<std::string> takeFiles() { return std::move(files_); }
+  Tree takeTree() {
+    std::sort(tree_.files.begin(), tree_.files.end());
+    return std::move(tree_);
+  }
 
  private:
   void visit(const fs::directory_entry& entry, const std::string& name) {
     std::error_code error;
+    if (links_ == Links::kSkipped && entry.is_symlink(error)) return;
     if (entry.is_directory(error)) {
       if (!entry.is_symlink(error) || !isCycle(entry.path())) {
         enter(entry.path(), name + static_cast<char>(fs::path::preferred_separator));
       }
     } else if (entry.is_regular_file(error)) {
-      files_.push_back(libraryPath(name));
+      tree_.files.push_back(libraryPath(name));
     } else {
-      output_.warn("left out " + inQuotes(name) + ": it is neither a file nor a directory");
+      tree_.leftOut.push_back({name, reasonOf(entry)});
     }
+  }
+
+  static std::string reasonOf(const fs::directory_entry& entry) {
+    std::error_code error;
+    if (entry.is_symlink(error) && !entry.exists(error)) return "it is a link without a target";
+    return "it is neither a file nor a directory";
   }
 
   bool isCycle(const fs::path& directory) const {
@@ -59,19 +69,24 @@ class Walk {
     });
   }
 
-  Output& output_;
+  const Links links_;
   std::vector<fs::path> ancestors_;
-  std::vector<std::string> files_;
+  Tree tree_;
 };
 
 }  // namespace
 
-std::vector<std::string> filesBelow(const std::string& directory, Output& output) {
-  Walk walk(output);
+Tree filesBelow(const std::string& directory, Links links) {
+  Walk walk(links);
   walk.enter(systemPath(directory), "");
-  std::vector<std::string> files = walk.takeFiles();
-  std::sort(files.begin(), files.end());
-  return files;
+  return walk.takeTree();
+}
+
+void reportLeftOut(const Tree& tree, Output& output) {
+  for (const LeftOut& item : tree.leftOut) {
+    const std::string name = item.path.empty() ? "." : item.path;
+    output.fail("left out " + inQuotes(name) + ": " + item.reason);
+  }
 }
 
 std::uint64_t fileSize(const std::string& path) {
@@ -86,13 +101,17 @@ std::optional<fs::file_time_type> writeTime(const std::string& path) {
   return error ? std::nullopt : std::optional(time);
 }
 
+bool isTaken(const std::string& path) {
+  std::error_code error;
+  return fs::symlink_status(systemPath(path), error).type() != fs::file_type::not_found;
+}
+
 bool isSameFile(const std::string& a, const std::string& b) {
   std::error_code error;
   return fs::equivalent(systemPath(a), systemPath(b), error);
 }
 
 std::string readFailure(const std::string& path) {
-  constexpr std::size_t kLongestPath = 259;
   if (path.size() > kLongestPath) {
     return "its path has more than " + std::to_string(kLongestPath) + " bytes";
   }

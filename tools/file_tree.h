@@ -1,6 +1,6 @@
 #pragma once
 // Files and directory trees as the system shows them. The library does not report
-// the files that it leaves out.
+// the files that its listings leave out.
 
 #include <cstdint>
 #include <filesystem>
@@ -10,11 +10,25 @@
 
 #include "output.h"
 
-// Paths of all files below a directory that ends in a backslash, relative to it,
-// sorted. Links to directories are followed, except one that is a cycle. A
-// directory that cannot be read is a failure; files of other kinds are left
-// out with a warning.
-std::vector<std::string> filesBelow(const std::string& directory, Output& output);
+// A path that a walk left out, relative to its start, in the form of this system.
+struct LeftOut {
+  std::string path;
+  std::string reason;
+  bool isDirectory = false;
+};
+
+struct Tree {
+  std::vector<std::string> files;  // relative to the start, in the library's form, sorted
+  std::vector<LeftOut> leftOut;    // directories that cannot be read, and what is no file
+};
+
+enum class Links { kFollowed, kSkipped };
+
+// Walks a directory. A link to a directory that is a cycle is never followed.
+Tree filesBelow(const std::string& directory, Links links = Links::kFollowed);
+
+// Reports each path that a walk left out as a failure.
+void reportLeftOut(const Tree& tree, Output& output);
 
 // Size of a file in bytes; 0 if it cannot be determined.
 std::uint64_t fileSize(const std::string& path);
@@ -22,8 +36,14 @@ std::uint64_t fileSize(const std::string& path);
 // The write time of a file; nothing if it does not exist.
 std::optional<std::filesystem::file_time_type> writeTime(const std::string& path);
 
+// True if the path is that of anything, a link without a target included.
+bool isTaken(const std::string& path);
+
 // True if both paths exist and are the same file.
 bool isSameFile(const std::string& a, const std::string& b);
+
+// The longest path that the library's listings have, in bytes.
+inline constexpr std::size_t kLongestPath = 259;
 
 // Why the library could not read or store a file that exists.
 std::string readFailure(const std::string& path);

@@ -29,7 +29,8 @@ Command packCommand(Options& o) {
                     {"ZIP", "archive to create; an existing file is replaced", into(o.zip)}},
       .options = encryptionOptions(o.encryption),
       .notes =
-          "Empty directories are not stored. A file that cannot be read is left out, and the exit\n"
+          "Empty directories are not stored. If a file cannot be read, nothing is packed, and the "
+          "exit\n"
           "status is 1. A password without --encrypt encrypts with the traditional encryption of\n"
           "zip archives, which is weak. The names of files are never encrypted.\n\n"
           "Examples:\n"

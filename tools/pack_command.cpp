@@ -1,14 +1,11 @@
 // pack.
 
-#include <filesystem/enumeration.h>
 #include <filesystem/files.h>
 #include <filesystem/zip.h>
-#include <filesystem/zip_archive.h>
 
-#include <algorithm>
-#include <filesystem>
-#include <utility>
+#include <cstdint>
 
+#include "archive.h"
 #include "commands.h"
 #include "file_tree.h"
 #include "packed_bytes.h"
@@ -19,45 +16,43 @@
 
 namespace {
 
-std::uint64_t totalSize(const std::string& base, const std::vector<std::string>& files) {
+using Reason = FileSystem::PackReport::Reason;
+
+std::uint64_t totalSize(const std::string& base) {
   std::uint64_t total = 0;
-  for (const std::string& file : files) total += fileSize(base + file);
+  for (const std::string& file : filesBelow(base).files) total += fileSize(base + file);
   return total;
 }
 
-std::vector<std::string> namesIn(const std::string& zip) {
-  ZipArchive archive;
-  std::vector<std::string> names;
-  if (archive.open(zip.c_str(), FileSystem::kAccessRead) != 0) archive.enumerate(names);
-  return names;
-}
-
-// Reports every file of the tree that is not in the archive. The archive itself
-// may be in the tree.
-void reportLeftOut(const std::string& base, const std::string& zip,
-                   const std::vector<std::string>& files, std::vector<std::string> packed,
-                   Output& output) {
-  std::sort(packed.begin(), packed.end());
-  std::vector<std::string> missing;
-  std::set_difference(files.begin(), files.end(), packed.begin(), packed.end(),
-                      std::back_inserter(missing));
-  for (const std::string& name : missing) {
-    if (isSameFile(base + name, zip)) continue;
-    output.fail("left out " + inQuotes(nativePath(name)) + ": " + readFailure(base + name));
+std::string textOf(Reason reason) {
+  switch (reason) {
+    case Reason::NotAFile:
+      return "it is neither a file nor a directory, or a link without a target";
+    case Reason::Unreadable:
+      return "it cannot be read, or another program uses it";
+    case Reason::TooLarge:
+      return "it has 4 GiB or more, which is not supported";
+    case Reason::NameTooLong:
+      return "its name has more than " + std::to_string(kLongestEntryName) + " bytes";
+    case Reason::PathTooLong:
+      return "its path has more than " + std::to_string(kLongestPath) + " bytes";
+    case Reason::NotWritten:
+      return "its directory or the disk does not take it, or another program uses it";
   }
+  return {};
 }
 
-// The library packs files in the order of their listing and stops at the first
-// that fails.
-[[noreturn]] void throwStopped(const std::string& base, const std::string& zip,
-                               std::size_t packed) {
-  std::vector<std::string> files;
-  FileSystem::EnumFilesWithPath(files, base.c_str(), "*.*", true);
-  std::erase_if(files, [&](const std::string& file) { return isSameFile(file, zip); });
-  const std::string where =
-      packed < files.size() ? " at " + inQuotes(nativePath(files[packed])) : "";
-  throw Failure("packing stopped" + where + ": it cannot be read, or " + inQuotes(zip) +
-                " cannot be written; the archive holds " + counted(packed, "file", "files"));
+// Names each file below `base` that was not packed. Throws if it is the archive that failed.
+void report(const FileSystem::PackReport& report, const std::string& base, Output& output) {
+  for (const auto& [path, reason] : report.files) {
+    if (reason == Reason::NotWritten) {
+      throw Failure("cannot write " + inQuotes(path) + ", which is unchanged: " + textOf(reason));
+    }
+    const std::string name =
+        nativePath(path.size() > base.size() ? path.substr(base.size()) : path);
+    const char* const action = reason == Reason::NotAFile ? "left out " : "cannot pack ";
+    output.fail(action + inQuotes(name) + ": " + textOf(reason));
+  }
 }
 
 }  // namespace
@@ -69,21 +64,19 @@ void pack(const std::string& directory, const std::string& zip, const Encryption
   }
   const NewPassword password = newPassword(encryption, output);
   const std::string base = withBackslash(directory);
-  const std::vector<std::string> files = filesBelow(base, output);
+  FileSystem::PackReport leftOut;
   bool isPacked = false;
   {
-    const std::uint64_t total = Progress::isShown(output) ? totalSize(base, files) : 0;
+    const std::uint64_t total = Progress::isShown(output) ? totalSize(base) : 0;
     const Progress progress(output, "packing " + directory, total, PackedBytes(zip));
-    FileSystem::PackReport report;
     isPacked = FileSystem::packFolder(base.c_str(), zip.c_str(),
-                                      {password.text, password.encryption}, report);
+                                      {password.text, password.encryption}, leftOut);
   }
-  const std::vector<std::string> names = namesIn(zip);
-  if (!isPacked && FileSystem::TestOpen(zip.c_str(), FileSystem::kAccessRead) == 0) {
-    throw Failure("cannot create " + inQuotes(zip));
+  report(leftOut, base, output);
+  if (!isPacked) {
+    throw Failure("nothing was packed, and " + inQuotes(zip) + " is unchanged");
   }
-  if (!isPacked) throwStopped(base, zip, names.size());
+  const std::vector<std::string> names = Archive(zip, FileSystem::kAccessRead).names();
   for (const std::string& name : names) output.detail("packed " + printable(name));
-  reportLeftOut(base, zip, files, names, output);
   output.summary("packed " + counted(names.size(), "file", "files") + " into " + printable(zip));
 }

@@ -1,9 +1,8 @@
 // remove.
 
-#include <filesystem/path.h>
-
 #include "archive.h"
 #include "commands.h"
+#include "entry_names.h"
 #include "progress.h"
 #include "text.h"
 
@@ -15,11 +14,11 @@ void requireNoOtherCase(const std::vector<std::string>& names,
                         const std::vector<std::size_t>& selected) {
   std::vector<bool> isSelected(names.size(), false);
   for (const std::size_t i : selected) isSelected[i] = true;
-  for (std::size_t i = 0; i < names.size(); ++i) {
-    if (isSelected[i]) continue;
-    for (const std::size_t other : selected) {
-      if (!FileSystem::pathEqual(names[i], names[other])) continue;
-      throw Failure("cannot remove " + inQuotes(names[other]) + " without " + inQuotes(names[i]) +
+  const CaseIndex index(names);
+  for (const std::size_t i : selected) {
+    for (const std::size_t twin : index.twinsOf(names[i])) {
+      if (isSelected[twin]) continue;
+      throw Failure("cannot remove " + inQuotes(names[i]) + " without " + inQuotes(names[twin]) +
                     ", whose name differs in letter case only");
     }
   }

@@ -26,9 +26,8 @@ void unpack(const std::string& zip, const std::string& directory, bool overwrite
   std::size_t kept = 0;
   for (Entry& entry : archive.entries()) {
     if (!seen.insert(entry.name).second) {
-      output.fail("the entry " + inQuotes(entry.name) +
-                  " occurs again: only the first is unpacked");
-    } else if (!overwrite && !entry.isDirectory() && writeTime(base + entry.name)) {
+      output.fail("the entry " + inQuotes(entry.name) + " occurs again: one of them is unpacked");
+    } else if (!overwrite && !entry.isDirectory() && isTaken(base + entry.name)) {
       output.detail("kept " + printable(entry.name));
       ++kept;
     } else {
@@ -43,11 +42,12 @@ void unpack(const std::string& zip, const std::string& directory, bool overwrite
   const std::string text = passwordFor(entries, password, output);
   archive.zip().password(text.c_str());
   const bool hasPassword = !text.empty();
-  BatchExtraction extraction(archive, base, hasPassword, output);
+  BatchExtraction extraction(archive, base, overwrite, hasPassword, output);
   {
     Progress progress(output, "unpacking " + zip, bytes);
     extraction.run(entries, progress);
   }
+  kept += extraction.kept();
   const std::string existing =
       kept == 0 ? "" : ", kept " + counted(kept, "existing file", "existing files");
   output.summary("unpacked " + counted(extraction.files(), "file", "files") + " into " +

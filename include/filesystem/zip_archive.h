@@ -169,7 +169,9 @@ class FILESYSTEM_API ZipArchive {
   int insert(const char* source, const char* name, const char* comment, int overwrite);
   /// Inserts files as insert() does each, without comments and with one commit: a list of many
   /// small files takes a small part of the time, and the archive has all of them or none if the
-  /// process ends. The first file that fails ends the list; the files before it are inserted.
+  /// process ends. The first file that fails ends the list; the files before it are inserted. A `\`
+  /// of a name is stored as `/`, so that every program finds the directory; the object shows and
+  /// finds it as `\`.
   ///
   /// A file fails if it cannot be read to its end or is too large, if its name is too long or that
   /// of an earlier file of the list, or if `overwrite` is 0 and the name exists. Unlike with

@@ -31,7 +31,7 @@ ArchiveWriter::~ArchiveWriter() { commit(nullptr); }
 
 bool ArchiveWriter::hasAes() { return ZipCheckEncryption(ZipEncryptAes256) == 0; }
 
-void ArchiveWriter::useSlashes() { ZipSetSlashes(writer_, 1); }
+void ArchiveWriter::useSlashes(bool slashes) { ZipSetSlashes(writer_, slashes ? 1 : 0); }
 
 bool ArchiveWriter::begin(const NewEntry& entry) {
   constexpr int kWindowBits = -15;

@@ -63,7 +63,7 @@ PackReport::Reason reasonOf(AddResult result) {
 bool packAll(zip::NewArchive& archive, const Source& source, const zip::Encryption& encryption,
              PackReport::File& failed) {
   if (!archive.begin()) return false;
-  archive.writer().useSlashes();
+  archive.writer().useSlashes(true);
   std::size_t count = 0;
   const AddResult result = addFiles(archive.writer(), source, encryption, count);
   if (result == AddResult::Added) return archive.complete();

@@ -45,10 +45,13 @@ Insertable insertableFiles(ArchiveReader& archive, const FileList& files, std::s
 std::size_t addFiles(ArchiveWriter& writer, const FileList& files, std::size_t count,
                      const Encryption& encryption) {
   std::size_t added = 0;
-  while (added < count &&
-         addFile(writer, files[added].first.c_str(), storedName(nameOf(files[added])), "",
-                 encryption) == AddResult::Added) {
-    ++added;
+  for (; added < count; ++added) {
+    const std::string& name = nameOf(files[added]);
+    writer.useSlashes(name.find('\\') != std::string::npos);
+    if (addFile(writer, files[added].first.c_str(), storedName(name), "", encryption) !=
+        AddResult::Added) {
+      break;
+    }
   }
   return added;
 }

@@ -1,12 +1,20 @@
 #include "terminal.h"
 
+#include <fcntl.h>
 #include <sys/ioctl.h>
 #include <termios.h>
 #include <unistd.h>
 
 #include <memory>
 
-void prepareConsole() {}
+// A file that is opened while a standard stream is closed would get its number, and what is written
+// to the stream would get into the file. So each has a descriptor on which its use fails.
+void prepareConsole() {
+  for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    if (fcntl(stream, F_GETFD) != -1) continue;
+    open("/dev/null", (stream == STDIN_FILENO ? O_WRONLY : O_RDONLY) | O_CLOEXEC);
+  }
+}
 
 void passBytes(std::FILE*) {}
 

@@ -1,0 +1,62 @@
+// Standard input and output, and what passes through them.
+
+#include <gtest/gtest.h>
+
+#include "support/linux/peak_memory.h"
+#include "tool/vesk_fs.h"
+
+namespace {
+
+TEST_F(VeskFs, FailsOnUnreadableInput) {
+  write("file", "x");
+  check({{"add a.zip file", 0, ""},
+         {"add a.zip - --name in </", 1, "", "cannot read standard input"},
+         {"add a.zip - --name in <&-", 1, "", "cannot read standard input"},
+         {"add new.zip - --name in </", 1, "", "cannot read standard input"},
+         {"list a.zip", 0, "file\n"}});
+  EXPECT_FALSE(support::exists(folder_.file("new.zip")));
+  // Without a standard output the archive is not written to in its place.
+  EXPECT_EQ(shell("printf x | " VESK_FS " add a.zip - --name in -v >&-"), 1);
+  EXPECT_EQ(shell(VESK_FS " list a.zip >&-"), 1);
+  EXPECT_EQ(shell("unzip -tq a.zip"), 0);
+}
+
+// Half a gigabyte passes in each direction, through a temporary file.
+TEST_F(VeskFs, PassesStreamsInBlocks) {
+  constexpr long kMostKibibytes = 200 << 10;
+  ASSERT_EQ(shell("mkdir tmp && truncate -s 500M zeros"), 0);
+  const auto expectSmall = [&](const std::string& command) {
+    const support::Peak peak =
+        support::peakOfCommand("cd '" + folder_.path().string() + "' && " + command);
+    EXPECT_TRUE(peak.succeeded) << command;
+    if (!peak.measured) return;
+    EXPECT_LT(peak.kibibytes, kMostKibibytes) << command;
+  };
+  expectSmall("TMPDIR=tmp exec " VESK_FS " add a.zip - --name zeros <zeros");
+  EXPECT_EQ(shell("TMPDIR=tmp " VESK_FS " extract a.zip zeros - | cmp - zeros"), 0);
+  EXPECT_EQ(shell("test -z \"$(ls -A tmp)\""), 0);
+
+  // The claim is checked when all of it was read, before any of it is written.
+  python(R"(
+bytes = bytearray(open("a.zip", "rb").read())
+at = bytes.rfind(b"PK\1\2") + 16
+bytes[at] ^= 1
+open("bad.zip", "wb").write(bytes))");
+  check({{"extract bad.zip zeros -", 1, "", "'zeros': it is damaged"}});
+}
+
+// A shell keeps SIGINT from a program in the background, so that one is not tried.
+TEST_F(VeskFs, LeavesNoTemporaryFile) {
+  for (const char* signal : {"TERM", "HUP"}) {
+    const std::string result = support::outputOf(
+        folder_.path(),
+        "rm -rf tmp fifo; mkdir tmp; mkfifo fifo; export TMPDIR=$PWD/tmp; " VESK_FS
+        " add a.zip - --name in <fifo 2>/dev/null & program=$!; exec 3>fifo; printf x >&3;"
+        " until test -e tmp/*/input; do sleep 0.01; done; stat -c %a tmp/* tmp/*/*; kill -" +
+            std::string(signal) +
+            " $program; wait $program; test $? -gt 128 && echo ended; ls -A tmp; ls | grep zip");
+    EXPECT_EQ(result, "700\n600\nended\n") << signal;
+  }
+}
+
+}  // namespace

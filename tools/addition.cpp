@@ -1,0 +1,101 @@
+#include "addition.h"
+
+#include <filesystem/files.h>
+#include <filesystem/path.h>
+
+#include <algorithm>
+#include <unordered_map>
+#include <unordered_set>
+
+#include "entry_names.h"
+#include "file_tree.h"
+#include "paths.h"
+#include "text.h"
+
+namespace {
+
+void appendDirectory(const std::string& path, Output& output, std::vector<Source>& sources) {
+  const std::string base = withBackslash(path);
+  const std::string own = FileSystem::extractFilename(withoutEndSeparators(path));
+  const bool isNamed = !own.empty() && own != "." && own != "..";
+  const std::string prefix = isNamed ? own + '\\' : "";
+  const Tree tree = filesBelow(base);
+  reportLeftOut(tree, output);
+  for (const std::string& file : tree.files) sources.push_back({base + file, prefix + file});
+}
+
+// Drops a file that occurs again. Two files would become one entry, of which one would be lost.
+std::vector<Source> withoutRepetitions(const std::vector<Source>& sources) {
+  std::unordered_map<std::string, const Source*> byName;
+  std::vector<Source> result;
+  for (const Source& source : sources) {
+    const auto [found, isNew] = byName.emplace(withBackslashes(source.name), &source);
+    if (isNew) {
+      result.push_back(source);
+    } else if (!isSameFile(found->second->path, source.path)) {
+      throw Failure("cannot add " + inQuotes(found->second->path) + " and " +
+                    inQuotes(source.path) + ": both would be the entry " + inQuotes(source.name));
+    }
+  }
+  return result;
+}
+
+// Throws if the library takes an entry for one of `dropped` that is not among them.
+void requireNoTwins(const std::unordered_set<std::string>& dropped,
+                    const std::vector<std::string>& names) {
+  const CaseIndex index(names);
+  for (const std::string& name : dropped) {
+    for (const std::size_t twin : index.twinsOf(name)) {
+      if (dropped.count(names[twin]) != 0) continue;
+      throw Failure("cannot replace " + inQuotes(name) + " without " + inQuotes(names[twin]) +
+                    ", whose name differs in letter case only");
+    }
+  }
+}
+
+}  // namespace
+
+std::vector<Source> sourcesOf(const AddRequest& request, Output& output) {
+  std::vector<Source> sources;
+  for (const std::string& file : request.files) {
+    if (FileSystem::FolderExists(file.c_str()) != 0) {
+      appendDirectory(file, output, sources);
+    } else if (FileSystem::TestOpen(file.c_str(), FileSystem::kAccessRead) != 0) {
+      sources.push_back({file, FileSystem::extractFilename(file)});
+    } else {
+      throw Failure("cannot read " + inQuotes(file) +
+                    ": it does not exist, is not permitted, or another program uses it");
+    }
+  }
+  std::erase_if(sources,
+                [&](const Source& source) { return isSameFile(source.path, request.zip); });
+  if (!request.name.empty() && sources.size() == 1) sources[0].name = request.name;
+  return withoutRepetitions(sources);
+}
+
+std::vector<std::string> takeNamesOfReplaced(std::vector<Source>& sources,
+                                             const std::vector<std::string>& names) {
+  std::unordered_map<std::string, std::vector<std::string>> spellings;
+  for (const std::string& name : names) {
+    std::vector<std::string>& list = spellings[withBackslashes(name)];
+    if (std::find(list.begin(), list.end(), name) == list.end()) list.push_back(name);
+  }
+  std::unordered_set<std::string> replaced;
+  std::unordered_set<std::string> removed;
+  for (Source& source : sources) {
+    const auto found = spellings.find(withBackslashes(source.name));
+    if (found == spellings.end()) continue;
+    const std::vector<std::string>& list = found->second;
+    if (std::find(list.begin(), list.end(), source.name) == list.end()) source.name = list[0];
+    replaced.insert(source.name);
+    for (const std::string& name : list) {
+      if (name != source.name) removed.insert(name);
+    }
+  }
+  requireNoTwins(replaced, names);
+  // The removal comes after the insertion, so that it must not find a new entry either.
+  std::vector<std::string> after = names;
+  for (const Source& source : sources) after.push_back(source.name);
+  requireNoTwins(removed, after);
+  return {removed.begin(), removed.end()};
+}

@@ -1,0 +1,23 @@
+#pragma once
+// What `add` adds to an archive, and what it replaces.
+
+#include <string>
+#include <vector>
+
+#include "commands.h"
+
+// A file and the entry that it becomes.
+struct Source {
+  std::string path;
+  std::string name;
+};
+
+// The files of the request, those of directories below the directory's own name. A file that is
+// given twice occurs once. Throws Failure if one cannot be read, or if two have the same name.
+std::vector<Source> sourcesOf(const AddRequest& request, Output& output);
+
+// Gives each source the spelling of the entry that it replaces: another program may have written
+// `/` for `\`. Returns the names of the other spellings of such an entry, which are to be removed
+// after that. Throws Failure if the library would replace or remove another entry too.
+std::vector<std::string> takeNamesOfReplaced(std::vector<Source>& sources,
+                                             const std::vector<std::string>& names);
