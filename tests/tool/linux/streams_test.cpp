@@ -45,12 +45,13 @@ open("bad.zip", "wb").write(bytes))");
   check({{"extract bad.zip zeros -", 1, "", "'zeros': it is damaged"}});
 }
 
-// A shell keeps SIGINT from a program in the background, so that one is not tried.
+// A shell has a program in the background ignore SIGINT, and nohup has it ignore SIGHUP.
 TEST_F(VeskFs, LeavesNoTemporaryFile) {
-  for (const char* signal : {"TERM", "HUP"}) {
+  for (const char* signal : {"TERM", "HUP", "INT"}) {
     const std::string result = support::outputOf(
         folder_.path(),
-        "rm -rf tmp fifo; mkdir tmp; mkfifo fifo; export TMPDIR=$PWD/tmp; " VESK_FS
+        "rm -rf tmp fifo; mkdir tmp; mkfifo fifo; export TMPDIR=$PWD/tmp;"
+        " env --default-signal=HUP,INT " VESK_FS
         " add a.zip - --name in <fifo 2>/dev/null & program=$!; exec 3>fifo; printf x >&3;"
         " until test -e tmp/*/input; do sleep 0.01; done; stat -c %a tmp/* tmp/*/*; kill -" +
             std::string(signal) +
