@@ -64,21 +64,24 @@ bool setSize(HANDLE file, const LARGE_INTEGER& size) {
   return moveTo(file, size.QuadPart) && SetEndOfFile(file) != FALSE;
 }
 
-// Writes a new content into a file. Its room is reserved first, so that a full disk leaves the old
-// one.
-bool overwrite(HANDLE file, HANDLE content) {
+// Extends a file to the size of its new content, so that a full disk leaves the old one.
+bool reserve(HANDLE file, HANDLE content) {
   LARGE_INTEGER oldSize{};
   LARGE_INTEGER newSize{};
   if (GetFileSizeEx(file, &oldSize) == FALSE || GetFileSizeEx(content, &newSize) == FALSE) {
     return false;
   }
-  if (newSize.QuadPart > oldSize.QuadPart && !setSize(file, newSize)) {
-    const DWORD error = GetLastError();
-    setSize(file, oldSize);
-    SetLastError(error);
-    return false;
-  }
-  return copyContent(content, file) && setSize(file, newSize) && FlushFileBuffers(file) != FALSE;
+  if (newSize.QuadPart <= oldSize.QuadPart || setSize(file, newSize)) return true;
+  const DWORD error = GetLastError();
+  setSize(file, oldSize);
+  SetLastError(error);
+  return false;
+}
+
+bool overwrite(HANDLE file, HANDLE content) {
+  LARGE_INTEGER size{};
+  return GetFileSizeEx(content, &size) != FALSE && copyContent(content, file) &&
+         setSize(file, size) && FlushFileBuffers(file) != FALSE;
 }
 
 }  // namespace
@@ -105,7 +108,11 @@ bool replaceFile(FileHandle& opened, const char* path, const char* version) {
     if (!isRefusal(GetLastError())) return false;
   }
   const FileHandle file = openUnchanged(path, kShareReadWrite, original);
-  return file && overwrite(file.get(), content.get());
+  if (!file || !reserve(file.get(), content.get())) return false;
+  if (overwrite(file.get(), content.get())) return true;
+  // The file has a part of the new content. The whole of it remains beside it.
+  if (replacement) replacement->keep();
+  return false;
 }
 
 bool canReplaceFile(HANDLE, const char*) { return true; }

@@ -134,15 +134,15 @@ bool ReplacementFile::complete() {
 
 bool ReplacementFile::putInPlace(bool replaces) {
   const DWORD flags = MOVEFILE_WRITE_THROUGH | (replaces ? MOVEFILE_REPLACE_EXISTING : 0);
-  if (MoveFileExA(name_.c_str(), path_.c_str(), flags) != FALSE) {
-    name_.clear();
-    return true;
-  }
+  bool done = MoveFileExA(name_.c_str(), path_.c_str(), flags) != FALSE;
   const DWORD error = GetLastError();
   // A server may have deleted the old file before it refused the new one.
-  if (replaces && GetFileAttributesA(path_.c_str()) == INVALID_FILE_ATTRIBUTES) name_.clear();
+  const bool isLost =
+      !done && replaces && GetFileAttributesA(path_.c_str()) == INVALID_FILE_ATTRIBUTES;
+  if (isLost) done = MoveFileExA(name_.c_str(), path_.c_str(), flags) != FALSE;
+  if (done || isLost) keep();
   SetLastError(error);
-  return false;
+  return done;
 }
 
 std::string pathWithoutLink(const std::string& path, HANDLE file) {

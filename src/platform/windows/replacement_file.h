@@ -61,6 +61,8 @@ class ReplacementFile {
   // if `replaces`; no handle of it may be open. If that fails and left no file at the path, the new
   // one is kept under its temporary name.
   bool putInPlace(bool replaces);
+  // Leaves the file under its temporary name.
+  void keep() { name_.clear(); }
 
  private:
   bool create(const std::string& folder, const OriginalFile* original);
