@@ -9,6 +9,7 @@
 #include <new>
 #include <random>
 #include <string>
+#include <utility>
 
 #include "library/zip.h"
 #include "support/noise.h"
@@ -80,7 +81,7 @@ class Workplace {
     ZipArchive archive;
     EXPECT_EQ(archive.create(archive_.c_str(), 1), 1);
     // The larger the archive, the longer a rewrite takes.
-    const std::string kept = support::noise(4'000'000);
+    const std::string kept = support::noise(8'000'000);
     EXPECT_EQ(archive.insert(bytesOf(kept), "kept", "", 0), 1);
     EXPECT_EQ(archive.insert(bytesOf("old"), "replaced", "", 0), 1);
     return {.entries = {{"kept", kept}, {"replaced", "old"}}, .extracted = "old"};
@@ -108,6 +109,12 @@ class Workplace {
   }
   Files pack() const { return entriesOf(pack_); }
   Files wholePack() const { return {{"1", packed_}, {"2", packed_}}; }
+  // Changes with every write to the archive.
+  std::pair<DWORD, DWORD> stamp() const {
+    WIN32_FILE_ATTRIBUTE_DATA data{};
+    GetFileAttributesExA(archive_.c_str(), GetFileExInfoStandard, &data);
+    return {data.nFileSizeLow, data.ftLastWriteTime.dwLowDateTime};
+  }
   std::string progress() const { return folder_ + "progress"; }
 
  private:
@@ -211,6 +218,9 @@ TEST(Killed, LosesNothing) {
       const Worker worker(folder.text());
       while (progress->returned == done) ASSERT_FALSE(worker.ended(1)) << "step " << done;
       ASSERT_FALSE(worker.ended(random() % 50));
+      // Every second one is killed when it has just begun to change the archive.
+      const auto before = workplace.stamp();
+      while (killed % 2 != 0 && workplace.stamp() == before) ASSERT_FALSE(worker.ended(0));
     }
     for (; done < progress->returned; ++done) apply(done, expected);
     const State found = workplace.state();
