@@ -1,7 +1,6 @@
 #include "platform/replace_file.h"
 
 #include <memory>
-#include <optional>
 #include <string>
 
 #include "platform/windows/replacement_file.h"
@@ -90,28 +89,24 @@ bool replaceFile(FileHandle& opened, const char* path, const char* version) {
   const OriginalFile original(opened.get());
   const FileHandle content = openFile(version, GENERIC_READ, FILE_SHARE_READ);
   if (!original || !content) return false;
-  std::optional<ReplacementFile> replacement;
-  // A rename would separate a file with several names.
-  if (original.hasOneName()) {
-    replacement.emplace(pathWithoutLink(path, opened.get()), &original);
-    if (*replacement) {
-      if (!copyContent(content.get(), replacement->handle()) || !replacement->complete()) {
-        return false;
-      }
-    } else if (!isRefusal(GetLastError())) {
-      return false;
-    }
+  ReplacementFile replacement(pathWithoutLink(path, opened.get()), &original);
+  if (replacement) {
+    if (!copyContent(content.get(), replacement.handle()) || !replacement.complete()) return false;
+  } else if (!isRefusal(GetLastError())) {
+    return false;
   }
   opened.reset();
-  if (replacement && *replacement) {
-    if (isFree(path, original) && replacement->putInPlace(true)) return true;
+  // A rename would separate a file with several names.
+  if (replacement && original.hasOneName()) {
+    if (isFree(path, original) && replacement.putInPlace(true)) return true;
     if (!isRefusal(GetLastError())) return false;
   }
   const FileHandle file = openUnchanged(path, kShareReadWrite, original);
   if (!file || !reserve(file.get(), content.get())) return false;
+  // From now on the file may have a part of the new content, so the whole of it stays beside it.
+  if (replacement) replacement.giveLastingName();
   if (overwrite(file.get(), content.get())) return true;
-  // The file has a part of the new content. The whole of it remains beside it.
-  if (replacement) replacement->keep();
+  replacement.keep();
   return false;
 }
 

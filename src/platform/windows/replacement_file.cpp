@@ -36,6 +36,8 @@ FileHandle createWithRights(const char* name, DWORD attributes, PSECURITY_DESCRI
       CreateFileA(name, kReadWrite | WRITE_DAC, 0, &security, CREATE_NEW, attributes, nullptr));
 }
 
+bool isTaken(DWORD error) { return error == ERROR_ALREADY_EXISTS || error == ERROR_FILE_EXISTS; }
+
 }  // namespace
 
 OriginalFile::OriginalFile(HANDLE file) {
@@ -140,9 +142,27 @@ bool ReplacementFile::putInPlace(bool replaces) {
   const bool isLost =
       !done && replaces && GetFileAttributesA(path_.c_str()) == INVALID_FILE_ATTRIBUTES;
   if (isLost) done = MoveFileExA(name_.c_str(), path_.c_str(), flags) != FALSE;
+  if (isLost && !done) giveLastingName();
   if (done || isLost) keep();
   SetLastError(error);
   return done;
+}
+
+void ReplacementFile::giveLastingName() {
+  constexpr int kMostNumbers = 100;
+  const std::string name = path_ + ".new";
+  bool isNamed = renameToFree(name);
+  for (int number = 2; !isNamed && isTaken(GetLastError()) && number <= kMostNumbers; ++number) {
+    isNamed = renameToFree(name + std::to_string(number));
+  }
+  // The path may be too long.
+  if (!isNamed) renameToFree(name_ + ".new");
+}
+
+bool ReplacementFile::renameToFree(const std::string& name) {
+  if (MoveFileExA(name_.c_str(), name.c_str(), MOVEFILE_WRITE_THROUGH) == FALSE) return false;
+  name_ = name;
+  return true;
 }
 
 std::string pathWithoutLink(const std::string& path, HANDLE file) {

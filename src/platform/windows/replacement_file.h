@@ -59,14 +59,18 @@ class ReplacementFile {
   bool complete();
   // Renames the completed file and commits the name. An existing file is replaced in the same step
   // if `replaces`; no handle of it may be open. If that fails and left no file at the path, the new
-  // one is kept under its temporary name.
+  // one is kept beside it.
   bool putInPlace(bool replaces);
-  // Leaves the file under its temporary name.
+  // Renames the completed file to a free name that shows which file it is. The temporary name is
+  // deleted a day later if the process is killed.
+  void giveLastingName();
+  // Leaves the file beside the path.
   void keep() { name_.clear(); }
 
  private:
   bool create(const std::string& folder, const OriginalFile* original);
   bool setAttributes();
+  bool renameToFree(const std::string& name);
 
   std::string path_;
   std::string name_;  // empty if there is none

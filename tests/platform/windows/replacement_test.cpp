@@ -10,6 +10,7 @@
 #include "platform/new_version.h"
 #include "platform/replace_file.h"
 #include "platform/win32.h"
+#include "platform/windows/replacement_file.h"
 #include "support/open_file.h"
 #include "support/programs.h"
 #include "support/temporary_folder.h"
@@ -26,15 +27,14 @@ bool writeTo(HANDLE file, const std::string& bytes) {
   return WriteFile(file, bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr) != 0;
 }
 
-// Who may use a file, as text.
-std::string rightsOf(const std::string& path) {
+// A part of a file's security descriptor, as text.
+std::string securityOf(const std::string& path, SECURITY_INFORMATION part) {
   unsigned char security[1024];
   DWORD size = 0;
   char* text = nullptr;
-  if (GetFileSecurityA(path.c_str(), DACL_SECURITY_INFORMATION, security, sizeof security, &size) ==
-          FALSE ||
-      ConvertSecurityDescriptorToStringSecurityDescriptorA(
-          security, SDDL_REVISION_1, DACL_SECURITY_INFORMATION, &text, nullptr) == FALSE) {
+  if (GetFileSecurityA(path.c_str(), part, security, sizeof security, &size) == FALSE ||
+      ConvertSecurityDescriptorToStringSecurityDescriptorA(security, SDDL_REVISION_1, part, &text,
+                                                           nullptr) == FALSE) {
     return "<none>";
   }
   const std::string result = text;
@@ -42,10 +42,15 @@ std::string rightsOf(const std::string& path) {
   return result;
 }
 
-void setRights(const std::string& path, const char* text) {
+// Who may use a file.
+std::string rightsOf(const std::string& path) {
+  return securityOf(path, DACL_SECURITY_INFORMATION);
+}
+
+void setRights(const std::string& path, const std::string& text) {
   PSECURITY_DESCRIPTOR security = nullptr;
-  ASSERT_TRUE(ConvertStringSecurityDescriptorToSecurityDescriptorA(text, SDDL_REVISION_1, &security,
-                                                                   nullptr));
+  ASSERT_TRUE(ConvertStringSecurityDescriptorToSecurityDescriptorA(text.c_str(), SDDL_REVISION_1,
+                                                                   &security, nullptr));
   EXPECT_TRUE(SetFileSecurityA(path.c_str(), DACL_SECURITY_INFORMATION, security));
   LocalFree(security);
 }
@@ -107,11 +112,12 @@ TEST_F(Replacement, KeepsRightsAndAttributes) {
       [&] { return throughConfinedDirectory(); },
   };
   const std::string usual = rightsOf(target_);
+  const std::string owner = securityOf(target_, OWNER_SECURITY_INFORMATION).substr(sizeof "O:" - 1);
   // Everyone, or the owner alone.
-  for (const char* const rights : {"D:P(A;;FA;;;WD)", "D:P(A;;FA;;;OW)"}) {
+  for (const std::string& user : {std::string("WD"), owner}) {
     for (const std::function<bool()>& way : ways) {
       support::writeFile(target_, "old");
-      setRights(target_, rights);
+      setRights(target_, "D:P(A;;FA;;;" + user + ")");
       SetFileAttributesA(target_.c_str(), kShown);
       const std::string before = rightsOf(target_);
       const WIN32_FILE_ATTRIBUTE_DATA old = attributesOf(target_);
@@ -168,6 +174,7 @@ TEST_F(Replacement, NamesOfOneFileStayTogether) {
   ASSERT_TRUE(CreateHardLinkA(second.c_str(), target_.c_str(), nullptr));
   ASSERT_TRUE(throughReplaceFile());
   EXPECT_EQ(support::readFile(second), "new content");
+  EXPECT_EQ(unfinished(), "");
 }
 
 TEST_F(Replacement, AFolderThatTakesNoFileHasItOverwritten) {
@@ -176,6 +183,32 @@ TEST_F(Replacement, AFolderThatTakesNoFileHasItOverwritten) {
   EXPECT_TRUE(throughReplaceFile());
   support::run(folder_.path(), "chmod 755 in");
   EXPECT_EQ(support::readFile(target_), "new content");
+}
+
+// Windows does not make a mapped file shorter.
+TEST_F(Replacement, AVersionThatIsPartlyWrittenInPlaceRemainsBeside) {
+  support::writeFile(target_, "an old content that is longer");
+  const platform::FileHandle reader = support::openFile(target_, GENERIC_READ, kShareReadWrite);
+  const platform::FileHandle mapping(
+      CreateFileMappingA(reader.get(), nullptr, PAGE_READONLY, 0, 0, nullptr));
+  ASSERT_TRUE(mapping);
+  for (const char* const kept : {"in\\target.new", "in\\target.new2"}) {
+    EXPECT_FALSE(throughReplaceFile());
+    EXPECT_EQ(support::readFile(folder_.file(kept)), "new content");
+  }
+}
+
+// Under a name that is too long no file gets in place, and there is none.
+TEST_F(Replacement, AVersionOfALostTargetRemainsBeside) {
+  std::filesystem::remove(target_);
+  {
+    platform::ReplacementFile version(folder_.file("in\\") + std::string(300, 'a'), nullptr);
+    ASSERT_TRUE(version && writeTo(version.handle(), "new content") && version.complete());
+    EXPECT_FALSE(version.putInPlace(true));
+  }
+  const std::string kept = unfinished();
+  EXPECT_TRUE(kept.ends_with(".new")) << kept;
+  EXPECT_EQ(support::readFile(kept), "new content");
 }
 
 TEST_F(Replacement, DeletesWhatKilledProcessesLeft) {
