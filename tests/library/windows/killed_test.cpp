@@ -1,10 +1,13 @@
-// A process that changes an archive and a file and is killed at random moments.
+// A process that changes archives and a file and is killed while it does so.
 
 #include <filesystem/zip.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
+#include <cstdint>
 #include <cstdlib>
+#include <functional>
 #include <map>
 #include <new>
 #include <random>
@@ -75,13 +78,13 @@ class Workplace {
 
   // Creates the files, and returns their state.
   State prepare() const {
+    support::writeFile(extracted_, "old");
     for (const char* name : {"in\\1", "in\\2"}) support::writeFile(folder_ + name, packed_);
     EXPECT_TRUE(FRT_ZIP_FOLDER((folder_ + "in").c_str(), pack_.c_str()));
-    support::writeFile(extracted_, "old");
     ZipArchive archive;
     EXPECT_EQ(archive.create(archive_.c_str(), 1), 1);
     // The larger the archive, the longer a rewrite takes.
-    const std::string kept = support::noise(8'000'000);
+    const std::string kept = support::noise(30'000'000);
     EXPECT_EQ(archive.insert(bytesOf(kept), "kept", "", 0), 1);
     EXPECT_EQ(archive.insert(bytesOf("old"), "replaced", "", 0), 1);
     return {.entries = {{"kept", kept}, {"replaced", "old"}}, .extracted = "old"};
@@ -109,19 +112,25 @@ class Workplace {
   }
   Files pack() const { return entriesOf(pack_); }
   Files wholePack() const { return {{"1", packed_}, {"2", packed_}}; }
-  // Changes with every write to the archive.
-  std::pair<DWORD, DWORD> stamp() const {
-    WIN32_FILE_ATTRIBUTE_DATA data{};
-    GetFileAttributesExA(archive_.c_str(), GetFileExInfoStandard, &data);
-    return {data.nFileSizeLow, data.ftLastWriteTime.dwLowDateTime};
+  // Changes with every write to the archives and the file, and with every file beside them.
+  std::uint64_t trace() const {
+    std::uint64_t result = 0;
+    WIN32_FIND_DATAA found = {};
+    const platform::SearchHandle search(FindFirstFileA((folder_ + "work\\*").c_str(), &found));
+    if (!search) return result;
+    do {
+      result += std::hash<std::string>{}(found.cFileName) + found.nFileSizeLow +
+                found.ftLastWriteTime.dwLowDateTime;
+    } while (FindNextFileA(search.get(), &found) != 0);
+    return result;
   }
   std::string progress() const { return folder_ + "progress"; }
 
  private:
   std::string folder_;
-  std::string archive_ = folder_ + "a.zip";
-  std::string pack_ = folder_ + "pack.zip";
-  std::string extracted_ = folder_ + "out\\file";
+  std::string archive_ = folder_ + "work\\a.zip";
+  std::string pack_ = folder_ + "work\\pack.zip";
+  std::string extracted_ = folder_ + "work\\file";
   std::string packed_ = support::noise(500'000);
 };
 
@@ -198,13 +207,25 @@ class Worker {
   platform::FileHandle thread_;
 };
 
+// Waits until a step of this kind has made its first change, and for some milliseconds more.
+void waitForChange(const Workplace& workplace, const Progress& progress, const Worker& worker,
+                   Kind kind, DWORD milliseconds) {
+  const unsigned first = progress->returned;
+  while (progress->next == first || kindOf(progress->next - 1) != kind) {
+    ASSERT_FALSE(worker.ended(1)) << "step " << progress->returned;
+  }
+  const std::uint64_t before = workplace.trace();
+  while (workplace.trace() == before) ASSERT_FALSE(worker.ended(0));
+  ASSERT_FALSE(worker.ended(milliseconds));
+}
+
 // VESK_KILLS in the environment sets the number of kills.
 TEST(Killed, LosesNothing) {
   const char* const folderOfWorker = std::getenv(kFolderVariable);
   if (folderOfWorker != nullptr) std::_Exit(work(folderOfWorker));
 
   const char* const wanted = std::getenv("VESK_KILLS");
-  const int kills = wanted != nullptr ? std::atoi(wanted) : 40;
+  const int kills = wanted != nullptr ? std::atoi(wanted) : 10;
   std::minstd_rand random(1);
   const support::TemporaryFolder folder;
   const Workplace workplace(folder.text());
@@ -216,12 +237,11 @@ TEST(Killed, LosesNothing) {
     progress->next = progress->returned = done;
     {
       const Worker worker(folder.text());
-      while (progress->returned == done) ASSERT_FALSE(worker.ended(1)) << "step " << done;
-      ASSERT_FALSE(worker.ended(random() % 50));
-      // Every second one is killed when it has just begun to change the archive.
-      const auto before = workplace.stamp();
-      while (killed % 2 != 0 && workplace.stamp() == before) ASSERT_FALSE(worker.ended(0));
+      const unsigned longest = std::min(5U * static_cast<unsigned>(killed), 150U);
+      waitForChange(workplace, progress, worker, kindOf(static_cast<unsigned>(killed)),
+                    random() % (longest + 1));
     }
+    ASSERT_FALSE(HasFatalFailure());
     for (; done < progress->returned; ++done) apply(done, expected);
     const State found = workplace.state();
     if (done < progress->next && found != expected) apply(done++, expected);
