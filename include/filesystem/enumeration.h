@@ -13,8 +13,8 @@
 /// missing or cannot be read adds nothing. Links to folders are followed, except those that form a
 /// cycle: a link to a folder that contains it is left out.
 ///
-/// In a pattern, `*` matches any text and `?` any character; `*` and `*.*` match every name, and `*.`
-/// those without an extension. Letter case is ignored.
+/// In a pattern, `*` matches any text and `?` any character; `*` and `*.*` match every name, and
+/// `*.` those without an extension. Letter case is ignored.
 
 #include <filesystem/export.h>
 #include <filesystem/file_information.h>

@@ -30,8 +30,9 @@ class ConfinedDirectory {
   // Creates the file `name`, a path relative to the directory, and the missing directories on the
   // way to it. An existing file or link of that name is replaced, unless it is read-only or in use;
   // if `fill` fails, it is left unchanged, and a new file is deleted again. Fails if the name
-  // contains a component "..", passes through a link, or is that of a directory. Fails on Linux if the file
-  // system takes the name for another one under which this object has written the existing file.
+  // contains a component "..", passes through a link, or is that of a directory. Fails on Linux if
+  // the file system takes the name for another one under which this object has written the existing
+  // file.
   bool write(std::string_view name, const Fill& fill);
 
  private:

@@ -23,10 +23,10 @@ class NewVersion {
   // False if there is a file that cannot be replaced: it is in use or read-only, or is a directory.
   explicit operator bool() const;
 
-  // Reports whether a complete new file can take the place of the old one and keep its owner, group,
-  // permissions and access control list. False also if the old file has several hard links, which
-  // would no longer be one file, and if its directory does not accept new files. True if there is no
-  // file yet. Creates a file for a moment, and deletes it.
+  // Reports whether a complete new file can take the place of the old one and keep its owner,
+  // group, permissions and access control list. False also if the old file has several hard links,
+  // which would no longer be one file, and if its directory does not accept new files. True if
+  // there is no file yet. Creates a file for a moment, and deletes it.
   bool canReplace() const;
 
   // Creates the file to which the new version is written, empty, and returns its path. That is the

@@ -65,8 +65,8 @@ class ArchiveWriter {
   // True if the build can write AES entries.
   static bool hasAes();
 
-  // Chooses whether the names of the entries that are begun from now on are stored with `/` in place
-  // of `\`. At first they are not.
+  // Chooses whether the names of the entries that are begun from now on are stored with `/` in
+  // place of `\`. At first they are not.
   void useSlashes(bool slashes);
 
   // False if the file could not be opened, or, in the mode Append, is no archive.
