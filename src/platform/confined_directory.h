@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "platform/win32.h"
+#include "platform/written_files.h"
 
 namespace platform {
 
@@ -19,6 +20,22 @@ class ConfinedDirectory {
   // Writes the content of a file to the handle. Returns false on failure.
   using Fill = std::function<bool(HANDLE)>;
 
+  // What to do with an existing file or link.
+  enum class Existing { Replaced, Kept };
+
+  enum class Outcome {
+    Written,
+    Kept,      // a file or link has the name, and such are kept
+    SameFile,  // the file is one that this object has written under another id
+    Failed,    // the error is set on Linux
+  };
+  struct Result {
+    Outcome outcome;
+    WrittenFiles::Name former = WrittenFiles::kNone;  // the id of that file, for SameFile
+
+    explicit operator bool() const { return outcome == Outcome::Written; }
+  };
+
   // Opens an existing directory. Its own path is trusted and may contain links. `path` ends in a
   // separator, or is a drive or empty, so that a name can be appended to it.
   explicit ConfinedDirectory(const std::string& path);
@@ -28,12 +45,17 @@ class ConfinedDirectory {
   explicit operator bool() const;
 
   // Creates the file `name`, a path relative to the directory, and the missing directories on the
-  // way to it. An existing file or link of that name is replaced, unless it is read-only or in use;
-  // if `fill` fails, it is left unchanged, and a new file is deleted again. Fails if the name
-  // contains a component "..", passes through a link, or is that of a directory. Fails on Linux if
-  // the file system takes the name for another one under which this object has written the existing
-  // file.
-  bool write(std::string_view name, const Fill& fill);
+  // way to it. If `fill` fails, a new file is deleted again. Fails if the name contains a component
+  // "..", passes through a link, or is that of a directory.
+  //
+  // An existing file or link of that name is kept, or it is replaced unless it is read-only or in
+  // use; if `fill` fails, it is left unchanged. One that has to be kept is never touched, even if
+  // another process creates it during the call.
+  //
+  // `id` represents the name: two names that lead to one file replace each other only if they have
+  // the same id. Several hard links count as several files.
+  Result write(std::string_view name, const Fill& fill, Existing existing = Existing::Replaced,
+               WrittenFiles::Name id = 1);
 
  private:
   struct State;

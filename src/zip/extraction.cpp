@@ -10,6 +10,29 @@
 namespace zip {
 namespace {
 
+using platform::ConfinedDirectory;
+using ExistingFiles = ZipArchive::ExistingFiles;
+using Result = ZipArchive::Extraction::Result;
+
+ConfinedDirectory::Existing modeOf(ExistingFiles existing) {
+  using Existing = ConfinedDirectory::Existing;
+  return existing == ExistingFiles::Keep ? Existing::Kept : Existing::Replaced;
+}
+
+Result resultOf(ConfinedDirectory::Outcome outcome) {
+  using Outcome = ConfinedDirectory::Outcome;
+  switch (outcome) {
+    case Outcome::Written:
+      return Result::Extracted;
+    case Outcome::Kept:
+      return Result::Kept;
+    case Outcome::SameFile:
+      return Result::SameFile;
+    default:
+      return Result::NotWritten;
+  }
+}
+
 bool writeAll(HANDLE file, std::span<const unsigned char> bytes) {
   constexpr std::size_t kLargestWrite = std::size_t{1} << 30;
   for (std::size_t done = 0; done < bytes.size();) {
@@ -65,40 +88,50 @@ bool Extractor::toBytes(const std::string& stored, std::vector<unsigned char>& b
 }
 
 bool Extractor::toFile(const std::string& stored, const std::string& target) {
-  return write(stored, target, directoryLength(target));
+  constexpr std::uint64_t kOnlyName = 1;
+  return write(stored, target, directoryLength(target), ExistingFiles::Replace, kOnlyName).result ==
+         Result::Extracted;
 }
 
-bool Extractor::toFileBelow(const std::string& stored, const std::string& target,
-                            std::size_t prefixLength) {
+Extractor::Outcome Extractor::toFileBelow(const std::string& stored, const std::string& target,
+                                          std::size_t prefixLength, ExistingFiles existing,
+                                          std::uint64_t id) {
   const std::string_view whole(target);
-  if (escapesTarget(whole.substr(prefixLength))) return false;
-  return write(stored, target, directoryLength(whole.substr(0, prefixLength)));
+  if (escapesTarget(whole.substr(prefixLength))) return {Result::Escapes};
+  return write(stored, target, directoryLength(whole.substr(0, prefixLength)), existing, id);
 }
 
-bool Extractor::write(const std::string& stored, const std::string& target,
-                      std::size_t directoryLength) {
-  if (!archive_.locate(stored)) return false;
+Extractor::Outcome Extractor::write(const std::string& stored, const std::string& target,
+                                    std::size_t directoryLength, ExistingFiles existing,
+                                    std::uint64_t id) {
+  if (!archive_.locate(stored)) return {Result::Missing};
   OpenEntry entry(archive_, password_);
-  if (!entry) return false;
+  if (!entry) return {Result::Unreadable};
   const EntryInfo info = archive_.describe();
-  const auto writeTarget = [&](const platform::ConfinedDirectory::Fill& fill) {
-    return openDirectory(target.substr(0, directoryLength)) &&
-           directory_->write(std::string_view(target).substr(directoryLength), fill);
+  const auto writeTarget = [&](const ConfinedDirectory::Fill& fill) -> Outcome {
+    if (!openDirectory(target.substr(0, directoryLength))) return {Result::NotWritten};
+    const auto written = directory_->write(std::string_view(target).substr(directoryLength), fill,
+                                           modeOf(existing), id);
+    return {resultOf(written.outcome), written.former};
   };
   if (isReadInBlocks(info)) {
-    return writeTarget([&](HANDLE file) { return copyBlocks(entry, file); });
+    bool isSound = true;
+    const Outcome outcome =
+        writeTarget([&](HANDLE file) { return copyBlocks(entry, file, isSound); });
+    return isSound ? outcome : Outcome{Result::Unreadable};
   }
   // Read first, so that a damaged entry leaves no trace.
   unsigned char* const content = content_.reserve(info.size);
-  if (!entry.readAll(content, info.size)) return false;
+  if (!entry.readAll(content, info.size)) return {Result::Unreadable};
   return writeTarget([&](HANDLE file) { return writeAll(file, {content, info.size}); });
 }
 
-bool Extractor::copyBlocks(OpenEntry& entry, HANDLE file) {
+bool Extractor::copyBlocks(OpenEntry& entry, HANDLE file, bool& isSound) {
   unsigned char* const block = content_.reserve(kReadBlock);
   for (;;) {
     const int count = entry.read(block, kReadBlock);
-    if (count <= 0) return count == 0;
+    isSound = count >= 0;
+    if (count <= 0) return isSound;
     if (!writeAll(file, {block, static_cast<std::size_t>(count)})) return false;
   }
 }

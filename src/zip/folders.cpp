@@ -6,6 +6,8 @@
 #include <filesystem/zip_archive.h>
 
 #include <algorithm>
+#include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -57,6 +59,13 @@ PackReport::Reason reasonOf(AddResult result) {
     default:
       return Reason::NotWritten;
   }
+}
+
+// Returns a number other than 0 that is equal for entries of equal names, whatever their
+// separators. These replace each other.
+std::uint64_t idOf(std::string name) {
+  std::replace(name.begin(), name.end(), '/', '\\');
+  return std::hash<std::string>()(name) | 1;
 }
 
 // Packs all files, or reports the one that fails.
@@ -118,7 +127,9 @@ bool FRT_UNZIP_FILE(const char* zip, const char* folder) {
   zip::Extractor extractor(reader, nullptr);
   for (const std::string& stored : names) {
     const std::string target = base + zip::callerName(stored);
-    if (!extractor.toFileBelow(stored, target, base.size())) return false;
+    const zip::Extractor::Outcome outcome = extractor.toFileBelow(
+        stored, target, base.size(), ZipArchive::ExistingFiles::Replace, idOf(stored));
+    if (outcome.result != ZipArchive::Extraction::Result::Extracted) return false;
   }
   return true;
 }

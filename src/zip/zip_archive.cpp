@@ -150,18 +150,31 @@ int ZipArchive::empty() const {
 }
 
 int ZipArchive::extract(const std::vector<std::string>& names, const char* prefix) const {
+  const auto continues = [](const Extraction&) { return true; };
+  return extractEach(names, prefix, ExistingFiles::Replace, continues) != 0 ? 1 : 0;
+}
+
+std::size_t ZipArchive::extractEach(const std::vector<std::string>& names, const char* prefix,
+                                    ExistingFiles existing,
+                                    const std::function<bool(const Extraction&)>& report) const {
   const std::size_t prefixLength = std::char_traits<char>::length(prefix);
-  return reading(*m_private, [&](zip::ArchiveReader& reader) {
+  std::size_t count = 0;
+  reading(*m_private, [&](zip::ArchiveReader& reader) {
     zip::Extractor extractor(reader, m_private->passwordOrNull());
     boost::format target("%s%s");
-    bool any = false;
-    for (const std::string& text : names) {
-      const std::string name(FileSystem::Detail::upToZero(text));
+    for (std::size_t i = 0; i < names.size(); ++i) {
+      const std::string name(FileSystem::Detail::upToZero(names[i]));
       target % prefix % name;
-      any |= extractor.toFileBelow(zip::storedName(name), target.str(), prefixLength);
+      // The numbers of names begin with 1, because 0 is that of none.
+      const auto [result, former] =
+          extractor.toFileBelow(zip::storedName(name), target.str(), prefixLength, existing, i + 1);
+      if (result == Extraction::Result::Extracted) ++count;
+      const bool isSameFile = result == Extraction::Result::SameFile;
+      if (!report({i, result, isSameFile ? static_cast<std::size_t>(former - 1) : i})) break;
     }
-    return any;
+    return true;
   });
+  return count;
 }
 
 int ZipArchive::extract(const char* name, const char* target) const {

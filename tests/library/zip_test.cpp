@@ -305,6 +305,71 @@ TEST_F(Zip, ExtractionToFiles) {
   EXPECT_EQ(readable().extract(Names{"missing"}, out.c_str()), 0);
 }
 
+// Two names lead to one file, and the file `late` is created when the first entry was extracted.
+TEST_F(Zip, ExtractionReportsEachName) {
+  using Result = ZipArchive::Extraction::Result;
+  using Existing = ZipArchive::ExistingFiles;
+  struct Row {
+    const char* name;
+    Result replacing;
+    Result keeping;
+    const char* replaced;  // the content of the file afterwards
+    const char* kept;
+  };
+  const std::vector<Row> rows{
+      {"b/c", Result::Extracted, Result::Extracted, "b/c", "b/c"},
+      {"late", Result::Extracted, Result::Kept, "late", "mine"},
+      {"existing", Result::Extracted, Result::Kept, "existing", "mine"},
+      {"b\\c", Result::SameFile, Result::SameFile, "b/c", "b/c"},
+      {"../out", Result::Escapes, Result::Escapes, "", ""},
+      {"missing", Result::Missing, Result::Missing, "", ""},
+      {"damaged", Result::Unreadable, Result::Unreadable, "", ""},
+      {"folder", Result::NotWritten, Result::NotWritten, "", ""},
+      {"last", Result::Extracted, Result::Extracted, "last", "last"},
+  };
+  make({"b/c", "late", "existing", "b\\c", "../out", "folder", "last", "damaged"});
+  std::string bytes = support::readFile(path_);
+  bytes[bytes.rfind("PK\1\2") + 16] ^= 1;  // the CRC of the last entry
+  support::writeFile(path_, bytes);
+  Names list;
+  for (const Row& row : rows) list.emplace_back(row.name);
+
+  for (const Existing mode : {Existing::Replace, Existing::Keep}) {
+    const bool keeps = mode == Existing::Keep;
+    SCOPED_TRACE(keeps);
+    std::filesystem::remove_all(out_);
+    support::writeFile(out_ + "/existing", "mine");
+    std::filesystem::create_directory(out_ + "/folder");
+    std::size_t reported = 0;
+    std::size_t extracted = 0;
+    const auto check = [&](const ZipArchive::Extraction& item) {
+      if (reported == 0) support::writeFile(out_ + "/late", "mine");
+      const Row& row = rows[reported];
+      SCOPED_TRACE(row.name);
+      EXPECT_EQ(item.index, reported);
+      EXPECT_EQ(item.result, keeps ? row.keeping : row.replacing);
+      EXPECT_EQ(item.earlier, item.result == Result::SameFile ? 0 : reported);
+      if (item.result == Result::Extracted) ++extracted;
+      ++reported;
+      return true;
+    };
+    EXPECT_EQ(readable().extractEach(list, (out_ + "\\").c_str(), mode, check), extracted);
+    EXPECT_EQ(reported, rows.size());
+    for (const Row& row : rows) {
+      const std::string content = keeps ? row.kept : row.replaced;
+      if (content.empty()) continue;
+      std::string path = row.name;
+      std::replace(path.begin(), path.end(), '\\', '/');
+      EXPECT_EQ(support::readFile(out_ + '/' + path), content) << row.name;
+    }
+    EXPECT_FALSE(support::exists(out_ + "/damaged"));
+  }
+  std::filesystem::remove_all(out_);
+  const auto stop = [](const ZipArchive::Extraction&) { return false; };
+  EXPECT_EQ(readable().extractEach(list, (out_ + "\\").c_str(), Existing::Keep, stop), 1U);
+  EXPECT_FALSE(support::exists(out_ + "/late"));
+}
+
 // Nothing is delivered of content whose CRC is wrong, whether it is read as a whole or in blocks:
 // an empty and a deflated entry, a stored one, and one above the limit for reading in one call.
 TEST_F(Zip, ExtractionIsWholeOrNothing) {

@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <functional>
 #include <utility>
 #include <vector>
 
@@ -38,7 +37,8 @@ struct ConfinedDirectory::State {
 
   int deepest() const { return levels.empty() ? root.get() : levels.back().directory.get(); }
   bool descend(std::string_view path);
-  bool replace(const char* name, WrittenFiles::Name path, const Fill& fill);
+  Result writeExisting(const char* name, const Fill& fill, Existing existing,
+                       WrittenFiles::Name id);
 };
 
 }  // namespace platform
@@ -47,6 +47,16 @@ namespace platform::native {
 namespace {
 
 constexpr DWORD kReadWrite = FILE_READ_DATA | FILE_WRITE_DATA | FILE_APPEND_DATA;
+
+ConfinedDirectory::Result failedWith(DWORD error) {
+  fail(error);
+  return {ConfinedDirectory::Outcome::Failed};
+}
+
+ConfinedDirectory::Result failedWithErrno() {
+  failWithErrno();
+  return {ConfinedDirectory::Outcome::Failed};
+}
 
 // Opens a directory in the open directory `parent`, creating it if it is missing.
 Descriptor openOrCreateDirectory(int parent, const char* name) {
@@ -176,21 +186,28 @@ bool ConfinedDirectory::State::descend(std::string_view path) {
   return true;
 }
 
-// Replaces the file of that name, unless it is one that was written here under another path. A file
-// with several hard links may have both names.
-bool ConfinedDirectory::State::replace(const char* name, WrittenFiles::Name path,
-                                       const Fill& fill) {
+// Writes to a name that is in use.
+ConfinedDirectory::Result ConfinedDirectory::State::writeExisting(const char* name,
+                                                                  const Fill& fill,
+                                                                  Existing existing,
+                                                                  WrittenFiles::Name id) {
   struct stat status;
-  if (fstatat(deepest(), name, &status, AT_SYMLINK_NOFOLLOW) != 0) return failWithErrno() != FALSE;
+  if (fstatat(deepest(), name, &status, AT_SYMLINK_NOFOLLOW) != 0) return failedWithErrno();
   const WrittenFiles::Name former = written.nameOf(identityOf(status));
-  if (former != WrittenFiles::kNone && former != path && status.st_nlink == 1) {
-    return fail(ERROR_FILE_EXISTS) != FALSE;
+  // A file with several hard links may have both names.
+  if (former != WrittenFiles::kNone && former != id && status.st_nlink == 1) {
+    fail(ERROR_FILE_EXISTS);
+    return {Outcome::SameFile, former};
   }
-  if (!replaceExisting(deepest(), name, status, fill)) return false;
+  if (existing == Existing::Kept) {
+    fail(ERROR_FILE_EXISTS);
+    return {S_ISDIR(status.st_mode) ? Outcome::Failed : Outcome::Kept};
+  }
+  if (!replaceExisting(deepest(), name, status, fill)) return {Outcome::Failed};
   if (fstatat(deepest(), name, &status, AT_SYMLINK_NOFOLLOW) == 0) {
-    written.add(identityOf(status), path);
+    written.add(identityOf(status), id);
   }
-  return true;
+  return {Outcome::Written};
 }
 
 ConfinedDirectory::ConfinedDirectory(const std::string& path) : state_(std::make_unique<State>()) {
@@ -205,23 +222,23 @@ ConfinedDirectory::~ConfinedDirectory() = default;
 
 ConfinedDirectory::operator bool() const { return static_cast<bool>(state_->root); }
 
-bool ConfinedDirectory::write(std::string_view name, const Fill& fill) {
-  if (climbs(name)) return fail(ERROR_ACCESS_DENIED) != FALSE;
+ConfinedDirectory::Result ConfinedDirectory::write(std::string_view name, const Fill& fill,
+                                                   Existing existing, WrittenFiles::Name id) {
+  if (climbs(name)) return failedWith(ERROR_ACCESS_DENIED);
   // The dot keeps the start of the name from being taken for a drive or a share.
   const NativePath path((".\\" + std::string(name)).c_str());
-  if (!path.valid()) return fail(path.error()) != FALSE;
+  if (!path.valid()) return failedWith(path.error());
   const std::string_view whole(path.c_str(), path.size());
   const std::size_t fileStart = path.hadTrailingSeparator() ? whole.size() : whole.rfind('/') + 1;
-  if (!state_->descend(whole.substr(0, fileStart))) return false;
+  if (!state_->descend(whole.substr(0, fileStart))) return {Outcome::Failed};
   const char* const file = path.c_str() + fileStart;
-  if (*file == '\0') return fail(ERROR_PATH_NOT_FOUND) != FALSE;
-  const WrittenFiles::Name written = std::hash<std::string_view>()(whole) | 1;
+  if (*file == '\0') return failedWith(ERROR_PATH_NOT_FOUND);
   struct stat status;
   if (writeNew(state_->deepest(), file, fill, status)) {
-    state_->written.add(identityOf(status), written);
-    return true;
+    state_->written.add(identityOf(status), id);
+    return {Outcome::Written};
   }
-  return errno == EEXIST ? state_->replace(file, written, fill) : failWithErrno() != FALSE;
+  return errno == EEXIST ? state_->writeExisting(file, fill, existing, id) : failedWithErrno();
 }
 
 }  // namespace platform

@@ -1,5 +1,6 @@
 #include "platform/confined_directory.h"
 
+#include <cstdint>
 #include <utility>
 #include <vector>
 
@@ -30,6 +31,26 @@ FileHandle openDirectory(const std::string& path, bool confined) {
 FileHandle openFile(const std::string& path, DWORD disposition) {
   return FileHandle(CreateFileA(path.c_str(), kAllAccess, 0, nullptr, disposition,
                                 FILE_ATTRIBUTE_ARCHIVE | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
+}
+
+FileIdentity identityOf(const BY_HANDLE_FILE_INFORMATION& information) {
+  return {.volume = information.dwVolumeSerialNumber,
+          .index = std::uint64_t{information.nFileIndexHigh} << 32 | information.nFileIndexLow};
+}
+
+// Reads what a file or directory is, or a link itself. False if nothing has the path.
+bool inspect(const std::string& path, BY_HANDLE_FILE_INFORMATION& information) {
+  constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+  // No access is asked for, so that no sharing is violated.
+  const FileHandle file(CreateFileA(path.c_str(), 0, kShareAll, nullptr, OPEN_EXISTING,
+                                    FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT,
+                                    nullptr));
+  return file && GetFileInformationByHandle(file.get(), &information) != FALSE;
+}
+
+bool isDirectory(const BY_HANDLE_FILE_INFORMATION& information) {
+  constexpr DWORD kKinds = FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT;
+  return (information.dwFileAttributes & kKinds) == FILE_ATTRIBUTE_DIRECTORY;
 }
 
 // Replaces a file, or a link to one, by a new file beside it.
@@ -70,9 +91,12 @@ struct ConfinedDirectory::State {
   std::string root;
   FileHandle rootDirectory;
   std::vector<Level> levels;
+  WrittenFiles written;
 
   const std::string& deepest() const { return levels.empty() ? root : levels.back().path; }
   bool descend(std::string_view path);
+  Result writeExisting(const std::string& path, const Fill& fill, Existing existing,
+                       WrittenFiles::Name id);
 };
 
 // Opens, and creates where missing, the directories of `path`, which ends in a separator or is
@@ -100,6 +124,26 @@ bool ConfinedDirectory::State::descend(std::string_view path) {
   return true;
 }
 
+// Writes to a path that is in use.
+ConfinedDirectory::Result ConfinedDirectory::State::writeExisting(const std::string& path,
+                                                                  const Fill& fill,
+                                                                  Existing existing,
+                                                                  WrittenFiles::Name id) {
+  BY_HANDLE_FILE_INFORMATION information;
+  if (!inspect(path, information)) return {Outcome::Failed};
+  const WrittenFiles::Name former = written.nameOf(identityOf(information));
+  // A file with several hard links may have both names.
+  if (former != WrittenFiles::kNone && former != id && information.nNumberOfLinks == 1) {
+    return {Outcome::SameFile, former};
+  }
+  if (existing == Existing::Kept) {
+    return {isDirectory(information) ? Outcome::Failed : Outcome::Kept};
+  }
+  if (!replaceExisting(path, fill)) return {Outcome::Failed};
+  if (inspect(path, information)) written.add(identityOf(information), id);
+  return {Outcome::Written};
+}
+
 ConfinedDirectory::ConfinedDirectory(const std::string& path) : state_(std::make_unique<State>()) {
   state_->root = path;
   // With the dot an empty text and a bare drive are directories too.
@@ -110,13 +154,23 @@ ConfinedDirectory::~ConfinedDirectory() = default;
 
 ConfinedDirectory::operator bool() const { return static_cast<bool>(state_->rootDirectory); }
 
-bool ConfinedDirectory::write(std::string_view name, const Fill& fill) {
+ConfinedDirectory::Result ConfinedDirectory::write(std::string_view name, const Fill& fill,
+                                                   Existing existing, WrittenFiles::Name id) {
   const std::size_t fileStart = name.find_last_of("\\/") + 1;
-  if (!state_->descend(name.substr(0, fileStart)) || fileStart == name.size()) return false;
+  if (!state_->descend(name.substr(0, fileStart)) || fileStart == name.size()) {
+    return {Outcome::Failed};
+  }
   const std::string path = state_->deepest() + std::string(name.substr(fileStart));
   FileHandle file = openFile(path, CREATE_NEW);
-  if (file) return writeNew(std::move(file), path, fill);
-  return GetLastError() == ERROR_FILE_EXISTS && replaceExisting(path, fill);
+  if (!file) {
+    if (GetLastError() != ERROR_FILE_EXISTS) return {Outcome::Failed};
+    return state_->writeExisting(path, fill, existing, id);
+  }
+  BY_HANDLE_FILE_INFORMATION information;
+  const bool isKnown = GetFileInformationByHandle(file.get(), &information) != FALSE;
+  if (!writeNew(std::move(file), path, fill)) return {Outcome::Failed};
+  if (isKnown) state_->written.add(identityOf(information), id);
+  return {Outcome::Written};
 }
 
 }  // namespace platform

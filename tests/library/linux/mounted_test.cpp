@@ -122,6 +122,18 @@ TEST_P(Mounted, NamesThatAreOneLoseNoFile) {
   archive.close();
   ASSERT_TRUE(FRT_UNZIP_FILE(zip.c_str(), in().c_str()));
 
+  const auto expectTwins = [&](ZipArchive::ExistingFiles existing) {
+    std::vector<std::size_t> earlier;
+    const auto note = [&](const ZipArchive::Extraction& item) {
+      earlier.push_back(item.earlier);
+      return true;
+    };
+    EXPECT_EQ(archive.extractEach(names, out().c_str(), existing, note), 3U);
+    EXPECT_EQ(earlier, (std::vector<std::size_t>{0, 0, 2, 2, 4}));
+    EXPECT_EQ(support::readFile(target_ + "/A"), "A");
+    EXPECT_EQ(support::readFile(target_ + "/dir/f"), "dir\\f");
+  };
+
   // The second time all files exist before.
   for (const char* const when : {"new", "existing"}) {
     SCOPED_TRACE(when);
@@ -137,10 +149,12 @@ TEST_P(Mounted, NamesThatAreOneLoseNoFile) {
     EXPECT_EQ(support::readFile(target_ + "/A"), "A");
     EXPECT_EQ(support::readFile(target_ + "/dir/f"), "dir\\f");
     EXPECT_EQ(support::readFile(target_ + "/b"), "b");
+    expectTwins(ZipArchive::ExistingFiles::Replace);
     std::filesystem::remove_all(target_ + "/A");
     std::filesystem::remove_all(target_ + "/dir");
     std::filesystem::remove_all(target_ + "/b");
   }
+  expectTwins(ZipArchive::ExistingFiles::Keep);
 }
 
 const Image kImages[] = {

@@ -81,10 +81,12 @@ class Replacement : public testing::Test {
     return version.putInPlace();
   }
   bool throughConfinedDirectory() {
-    return platform::ConfinedDirectory(folder_.text() + "in\\").write("target", [&](HANDLE file) {
+    platform::ConfinedDirectory directory(folder_.text() + "in\\");
+    const auto result = directory.write("target", [&](HANDLE file) {
       inspect(unfinished());
       return writeTo(file, "new content");
     });
+    return static_cast<bool>(result);
   }
 
   // Checks a version that is not complete.
