@@ -3,6 +3,7 @@
 #include <filesystem/files.h>
 
 #include <algorithm>
+#include <unordered_set>
 #include <utility>
 
 #include "output.h"
@@ -85,6 +86,13 @@ std::vector<std::size_t> selectEntries(const std::vector<std::string>& names,
     if (isSelected[i]) result.push_back(i);
   }
   return result;
+}
+
+std::vector<bool> lastOfNames(const std::vector<Entry>& entries) {
+  std::vector<bool> isLast(entries.size());
+  std::unordered_set<std::string_view> seen;
+  for (std::size_t i = entries.size(); i-- > 0;) isLast[i] = seen.insert(entries[i].name).second;
+  return isLast;
 }
 
 std::string readFailure(const Entry& entry, bool hasPassword) {

@@ -47,6 +47,9 @@ std::vector<std::size_t> selectEntries(const std::vector<std::string>& names,
                                        const std::vector<std::string>& patterns,
                                        const std::string& zip);
 
+// For each entry, whether it is the last of its name. Only that can be extracted by the name.
+std::vector<bool> lastOfNames(const std::vector<Entry>& entries);
+
 // The name of a compression method, its number if it has none.
 std::string methodName(std::uint16_t method);
 

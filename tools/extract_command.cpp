@@ -6,7 +6,6 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
-#include <unordered_set>
 
 #include "archive.h"
 #include "batch_extraction.h"
@@ -71,13 +70,13 @@ void writeToStandardOutput(Archive& archive, const Entry& entry, bool hasPasswor
 }
 
 // The entries that the pattern selects, without directories. Of entries of the
-// same name only the first can be extracted.
+// same name only the last can be extracted.
 std::vector<Entry> selectedFiles(const Archive& archive, const std::string& pattern) {
   const std::vector<Entry> all = archive.entries();
   std::vector<Entry> files;
-  std::unordered_set<std::string> seen;
+  const std::vector<bool> isLast = lastOfNames(all);
   for (const std::size_t i : selectEntries(archive.names(), {pattern}, archive.path())) {
-    if (!all[i].isDirectory() && seen.insert(all[i].name).second) files.push_back(all[i]);
+    if (!all[i].isDirectory() && isLast[i]) files.push_back(all[i]);
   }
   if (files.empty()) throw Failure(inQuotes(pattern) + " selects only directories");
   return files;
@@ -114,6 +113,8 @@ void extract(const std::string& zip, const std::string& pattern, const std::stri
     output.detail("extracted " + printable(entries[0].name));
   } else {
     const std::string base = withBackslash(creatablePath(target));
-    BatchExtraction(archive, base, true, !text.empty(), output).run(entries, progress);
+    BatchExtraction extraction(archive, base, ZipArchive::ExistingFiles::Replace, !text.empty(),
+                               output);
+    extraction.run(entries, progress);
   }
 }

@@ -2,10 +2,7 @@
 
 #include <filesystem/files.h>
 
-#include <algorithm>
 #include <vector>
-
-#include "paths.h"
 
 namespace {
 
@@ -19,25 +16,8 @@ bool isReadable(Archive& archive, const Entry& entry) {
   return archive.zip().extract(entry.name.c_str(), bytes) != 0;
 }
 
-}  // namespace
-
-bool leavesDirectory(std::string_view name) {
-  if (name.empty() || isSeparator(name[0])) return true;
-  const char drive = static_cast<char>(name[0] | 0x20);
-  if (name.size() > 1 && name[1] == ':' && drive >= 'a' && drive <= 'z') return true;
-  for (std::size_t start = 0; start < name.size();) {
-    const std::size_t end = std::min(name.find_first_of("\\/", start), name.size());
-    if (name.substr(start, end - start) == "..") return true;
-    start = end + 1;
-  }
-  return false;
-}
-
-std::string extractionFailure(Archive& archive, const Entry& entry, const std::string& target,
-                              bool hasPassword) {
-  if (leavesDirectory(entry.name)) return "its name leads outside the directory";
+std::string writeFailure(const Entry& entry, const std::string& target) {
   if (entry.isDirectory()) return "the directory cannot be created, or a link is on its path";
-  if (!isReadable(archive, entry)) return readFailure(entry, hasPassword);
   if (FileSystem::FolderExists(target.c_str()) != 0) return "a directory has its name";
   if (FileSystem::FileExists(target.c_str()) == 0) {
     return "the file cannot be created, or a link is on its path";
@@ -46,4 +26,19 @@ std::string extractionFailure(Archive& archive, const Entry& entry, const std::s
     return "the existing file is read-only and cannot be replaced";
   }
   return "the existing file cannot be replaced, or another program uses it";
+}
+
+}  // namespace
+
+std::string extractionFailure(Archive& archive, const Entry& entry, const std::string& target,
+                              bool hasPassword) {
+  return isReadable(archive, entry) ? writeFailure(entry, target) : readFailure(entry, hasPassword);
+}
+
+std::string extractionFailure(ZipArchive::Extraction::Result result, const Entry& entry,
+                              const std::string& target, bool hasPassword) {
+  using Result = ZipArchive::Extraction::Result;
+  if (result == Result::Escapes) return "its name leads outside the directory";
+  const bool isRead = result == Result::NotWritten || entry.isDirectory();
+  return isRead ? writeFailure(entry, target) : readFailure(entry, hasPassword);
 }

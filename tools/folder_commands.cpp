@@ -15,7 +15,7 @@
 #include <vector>
 
 #include "commands.h"
-#include "file_state.h"
+#include "file_identity.h"
 #include "file_tree.h"
 #include "paths.h"
 #include "progress.h"
@@ -95,13 +95,12 @@ bool isCopied(const std::string& source, const std::string& target) {
 // The library reports how many files it has copied, but not which.
 void reportUncopied(const std::string& source, const std::string& target,
                     const std::vector<std::string>& files, Output& output) {
-  std::map<decltype(FileState::identity), std::string> copied;
+  std::map<FileIdentity, std::string> copied;
   for (const std::string& file : files) {
-    const std::optional<FileState> state = stateOf(target + file);
-    const auto [own, isNew] =
-        copied.emplace(state ? state->identity : decltype(state->identity){}, file);
+    const std::optional<FileIdentity> identity = identityOf(target + file);
+    const auto [own, isNew] = copied.emplace(identity.value_or(FileIdentity{}), file);
     std::string reason;
-    if (state && !isNew) {
+    if (identity && !isNew) {
       reason = "its file is that of " + inQuotes(nativePath(own->second));
     } else if (FileSystem::TestOpen((source + file).c_str(), FileSystem::kAccessRead) == 0) {
       reason = readFailure(source + file);

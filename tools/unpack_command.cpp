@@ -2,8 +2,6 @@
 
 #include <filesystem/files.h>
 
-#include <unordered_set>
-
 #include "archive.h"
 #include "batch_extraction.h"
 #include "commands.h"
@@ -13,6 +11,16 @@
 #include "progress.h"
 #include "text.h"
 
+namespace {
+
+// True if the entry needs neither be read nor have a password. Whether a file is kept is decided
+// when it would be created.
+bool isKeptAlready(const Entry& entry, const std::string& target) {
+  return !entry.isDirectory() && isTaken(target) && FileSystem::FolderExists(target.c_str()) == 0;
+}
+
+}  // namespace
+
 void unpack(const std::string& zip, const std::string& directory, bool overwrite,
             const PasswordSource& password, Output& output) {
   Archive archive(zip, FileSystem::kAccessRead);
@@ -21,13 +29,15 @@ void unpack(const std::string& zip, const std::string& directory, bool overwrite
     throw Failure("cannot create or write to the directory " + inQuotes(directory));
   }
   std::vector<Entry> entries;
-  std::unordered_set<std::string> seen;
   std::uint64_t bytes = 0;
   std::size_t kept = 0;
-  for (Entry& entry : archive.entries()) {
-    if (!seen.insert(entry.name).second) {
-      output.fail("the entry " + inQuotes(entry.name) + " occurs again: one of them is unpacked");
-    } else if (!overwrite && !entry.isDirectory() && isTaken(base + entry.name)) {
+  std::vector<Entry> all = archive.entries();
+  const std::vector<bool> isLast = lastOfNames(all);
+  for (std::size_t i = 0; i < all.size(); ++i) {
+    Entry& entry = all[i];
+    if (!isLast[i]) {
+      output.fail("the entry " + inQuotes(entry.name) + " occurs again: the last is unpacked");
+    } else if (!overwrite && isKeptAlready(entry, base + entry.name)) {
       output.detail("kept " + printable(entry.name));
       ++kept;
     } else {
@@ -42,7 +52,9 @@ void unpack(const std::string& zip, const std::string& directory, bool overwrite
   const std::string text = passwordFor(entries, password, output);
   archive.zip().password(text.c_str());
   const bool hasPassword = !text.empty();
-  BatchExtraction extraction(archive, base, overwrite, hasPassword, output);
+  using Existing = ZipArchive::ExistingFiles;
+  BatchExtraction extraction(archive, base, overwrite ? Existing::Replace : Existing::Keep,
+                             hasPassword, output);
   {
     Progress progress(output, "unpacking " + zip, bytes);
     extraction.run(entries, progress);

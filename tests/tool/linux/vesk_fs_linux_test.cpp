@@ -107,6 +107,12 @@ TEST_F(VeskFs, AsksForAPassword) {
   EXPECT_EQ(typed("extract a.zip one -"), "password for 'one': \n1[0]\n");
   EXPECT_EQ(shell("unzip -P secret -tqq a.zip"), 0);
 
+  // Another program creates the file while the password is typed.
+  ASSERT_EQ(setenv("BEFORE_TYPING", "printf mine >out/one", 1), 0);
+  EXPECT_EQ(typed("unpack a.zip out --no-overwrite -q"), "password for 'one': \n[0]\n");
+  unsetenv("BEFORE_TYPING");
+  EXPECT_EQ(read("out/one"), "mine");
+
   if (VESK_AES == 0) GTEST_SKIP() << "built without AES";
   write("in/two", "2");
   write("pass", "secret\n");

@@ -1,4 +1,4 @@
-#include "file_state.h"
+#include "file_identity.h"
 
 #include <windows.h>
 
@@ -8,7 +8,7 @@ std::uint64_t joined(DWORD high, DWORD low) { return std::uint64_t{high} << 32 |
 
 }  // namespace
 
-std::optional<FileState> stateOf(const std::string& path) {
+std::optional<FileIdentity> identityOf(const std::string& path) {
   constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
   // The flag lets a directory be opened too.
   const HANDLE file = CreateFileA(path.c_str(), FILE_READ_ATTRIBUTES, kShareAll, nullptr,
@@ -18,8 +18,6 @@ std::optional<FileState> stateOf(const std::string& path) {
   const BOOL isRead = GetFileInformationByHandle(file, &information);
   CloseHandle(file);
   if (isRead == FALSE) return std::nullopt;
-  const FILETIME& time = information.ftLastWriteTime;
-  return FileState{{information.dwVolumeSerialNumber,
-                    joined(information.nFileIndexHigh, information.nFileIndexLow)},
-                   static_cast<std::int64_t>(joined(time.dwHighDateTime, time.dwLowDateTime))};
+  return FileIdentity{information.dwVolumeSerialNumber,
+                      joined(information.nFileIndexHigh, information.nFileIndexLow)};
 }
