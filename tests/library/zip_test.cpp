@@ -427,10 +427,11 @@ TEST_F(ZipFolders, TreeComesBack) {
   for (const char* name : {"empty", "a b/ü.txt", ".dot/.file", "Größe/ÄÖÜ äöü é ñ ç"}) {
     support::writeFile(folder_.file(support::text(std::string("in/") + name)), name);
   }
-  for (const char* name : {"日本/語", "😀", "Привет", "x\\y/back\\slash"}) {
+  for (const char* name : {"日本/語", "😀", "Привет"}) {
     if (support::kPlatform.everyName)
       support::writeFile(folder_.file(std::string("in/") + name), "");
   }
+  if (support::fileSystem().anyName) support::writeFile(folder_.file("in/x\\y/back\\slash"), "");
   support::writeFile(folder_.file("in/empty"), "");
   std::string deep;
   for (int i = 0; i < 30; ++i) deep += "d" + std::to_string(i) + "/";

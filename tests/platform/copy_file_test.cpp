@@ -17,6 +17,12 @@ class Copying : public testing::Test {
 };
 
 TEST_F(Copying, KeepsContentTimeAndAttributes) {
+  constexpr std::time_t kSeconds = 1600000000;
+  constexpr long kNanoseconds = 123456700;
+  constexpr ULONGLONG kSince1601 = 11644473600;
+  const long kept = kNanoseconds - kNanoseconds % support::fileSystem().timeStep;
+  const ULONGLONG expected =
+      (kSince1601 + kSeconds) * 10'000'000 + static_cast<ULONGLONG>(kept) / 100;
   for (const std::size_t size : {0U, 1U, 65535U, 65536U, 3000000U}) {
     for (const bool exists : {false, true}) {
       SCOPED_TRACE(testing::Message() << size << exists);
@@ -24,14 +30,14 @@ TEST_F(Copying, KeepsContentTimeAndAttributes) {
       std::string bytes(size, 'x');
       if (size > 0) bytes[size / 2] = 'y';
       support::writeFile(source_, bytes);
-      support::setWriteTime(source_, 123456789, 123456700);
+      support::setWriteTime(source_, kSeconds, kNanoseconds);
       if (exists) support::writeFile(target_, "something old");
       ASSERT_TRUE(copy());
       EXPECT_TRUE(support::readFile(target_) == bytes);
       WIN32_FILE_ATTRIBUTE_DATA data{};
       EXPECT_TRUE(GetFileAttributesExA(target_.c_str(), GetFileExInfoStandard, &data));
       const ULONGLONG high = data.ftLastWriteTime.dwHighDateTime;
-      EXPECT_EQ(high << 32 | data.ftLastWriteTime.dwLowDateTime, 117679303891234567U);
+      EXPECT_EQ(high << 32 | data.ftLastWriteTime.dwLowDateTime, expected);
       EXPECT_EQ(folder_.entries(), 2U);
     }
   }

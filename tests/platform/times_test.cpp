@@ -13,13 +13,16 @@ bool equal(const SYSTEMTIME& first, const SYSTEMTIME& second) {
 
 TEST_F(Conformance, Times) {
   const std::string file = folder_.file("file");
-  support::setWriteTime(file, 1600000000, 123456700);
+  constexpr long kNanoseconds = 123456700;
+  support::setWriteTime(file, 1600000000, kNanoseconds);
   WIN32_FILE_ATTRIBUTE_DATA data{};
   ASSERT_TRUE(GetFileAttributesExA(file.c_str(), GetFileExInfoStandard, &data));
   EXPECT_EQ(data.nFileSizeLow, 5U);
   SYSTEMTIME time{};
   ASSERT_TRUE(FileTimeToSystemTime(&data.ftLastWriteTime, &time));
-  EXPECT_TRUE(equal(time, {2020, 9, 0, 13, 12, 26, 40, 123}));
+  const auto milliseconds =
+      static_cast<WORD>((kNanoseconds - kNanoseconds % support::fileSystem().timeStep) / 1'000'000);
+  EXPECT_TRUE(equal(time, {2020, 9, 0, 13, 12, 26, 40, milliseconds}));
   WIN32_FIND_DATAA found{};
   const platform::SearchHandle search(FindFirstFileA(file.c_str(), &found));
   EXPECT_EQ(memcmp(&found.ftLastWriteTime, &data.ftLastWriteTime, sizeof(FILETIME)), 0);

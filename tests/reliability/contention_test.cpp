@@ -25,6 +25,7 @@
 #include "operations.h"
 #include "support/linux/forked_process.h"
 #include "support/linux/shared_memory.h"
+#include "support/linux/temporary_variable.h"
 #include "support/noise.h"
 #include "support/open_file.h"
 #include "support/programs.h"
@@ -140,12 +141,9 @@ class Contention : public testing::Test {
     for (unsigned i = 0; i < 12; ++i) {
       support::writeFile(folder_.file("in/" + std::to_string(i)), std::string(30000, 'f'));
     }
-    setenv("TMPDIR", (folder_.file("tmp")).c_str(), 1);
     std::filesystem::create_directory(folder_.file("tmp"));
     EXPECT_EQ(ZipArchive().create(path_.c_str(), 0), 1);
   }
-  ~Contention() override { unsetenv("TMPDIR"); }
-
   void addWorkers(unsigned count) {
     for (unsigned i = 0; i < count; ++i) workers_.emplace_back(i, folder_.file(""));
   }
@@ -162,6 +160,7 @@ class Contention : public testing::Test {
   }
 
   support::TemporaryFolder folder_;
+  support::TemporaryVariable variable_{folder_.file("tmp")};
   std::string path_ = folder_.file("a.zip");
   std::list<Worker> workers_;
 };

@@ -14,6 +14,7 @@
 #include "operations.h"
 #include "support/linux/forked_process.h"
 #include "support/linux/left_over.h"
+#include "support/linux/temporary_variable.h"
 #include "support/temporary_folder.h"
 
 namespace {
@@ -45,12 +46,10 @@ class FailingCalls : public testing::TestWithParam<Operation> {
     std::filesystem::create_directory(temporary_);
     std::filesystem::create_directory(model_);
     operations::prepare(model_, GetParam());
-    setenv("TMPDIR", temporary_.c_str(), 1);
     // The first run in a directory makes more calls: it looks for abandoned files.
     restoreFiles();
     GetParam().run(work_);
   }
-  ~FailingCalls() override { unsetenv("TMPDIR"); }
 
   // Restores the files that the operation works on.
   void restoreFiles() {
@@ -70,6 +69,7 @@ class FailingCalls : public testing::TestWithParam<Operation> {
 
   support::TemporaryFolder folder_;
   std::string temporary_ = folder_.file("tmp");
+  support::TemporaryVariable variable_{temporary_};
   std::string model_ = folder_.file("model/");
   std::string work_ = folder_.file("work/");
 };

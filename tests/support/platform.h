@@ -1,6 +1,6 @@
 #pragma once
-// Differences between the platforms, so that no test checks which one it runs on.
-// The values are in platform.cpp of each platform's folder.
+// Differences between the platforms and between file systems, so that no test checks which one it
+// runs on. The values are in each platform's folder.
 
 #include <ctime>
 #include <filesystem>
@@ -10,8 +10,6 @@
 namespace support {
 
 struct Platform {
-  // Two names that differ in letter case alone are two files.
-  bool exactCase;
   // Every text can be a name; otherwise those of Western Europe's code pages.
   bool everyName;
   // A program that is found along the search path.
@@ -19,6 +17,29 @@ struct Platform {
 };
 
 extern const Platform kPlatform;
+
+// What the file system of the temporary folder can do.
+struct FileSystem {
+  // Two names that differ in letter case alone are two files.
+  bool exactCase;
+  // A file can be a symbolic link, or a FIFO.
+  bool links;
+  bool fifos;
+  // A file can have several names, and two files can exchange theirs.
+  bool hardLinks;
+  bool exchange;
+  // A name can have any character but a slash.
+  bool anyName;
+  // Owners and all bits of the permissions are kept, not only whether a file is read-only.
+  bool modes;
+  // Files of more than 4 GB exist, and need no space where nothing was written.
+  bool largeFiles;
+  // Write times are multiples of this number of nanoseconds.
+  long timeStep;
+};
+
+// Finds out by trying, in the first call.
+const FileSystem& fileSystem();
 
 // Creates a folder for this test alone and returns its path.
 std::string makeTemporaryFolder();

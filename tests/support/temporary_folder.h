@@ -62,7 +62,9 @@ inline std::string readFile(const std::string& path) {
 }
 
 inline void makeReadOnly(const std::string& path) {
-  std::filesystem::permissions(pathOf(path), std::filesystem::perms(0444));
+  // FAT keeps the attribute alone, and accepts no mode that says more.
+  constexpr auto kWrite = std::filesystem::perms(0222);
+  std::filesystem::permissions(pathOf(path), kWrite, std::filesystem::perm_options::remove);
 }
 
 }  // namespace support

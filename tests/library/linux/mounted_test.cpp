@@ -112,6 +112,7 @@ TEST_P(Mounted, CopiesAreReadOnlyAsTheirSources) {
 // Two names that are one in the target: the first file stays, and the second fails.
 TEST_P(Mounted, NamesThatAreOneLoseNoFile) {
   if (GetParam().hasCase) GTEST_SKIP() << "every name is another file here";
+  if (!support::fileSystem().exactCase) GTEST_SKIP() << "the source has such names";
   ZipArchive archive;
   const std::string zip = folder_.file("a.zip");
   ASSERT_EQ(archive.create(zip.c_str(), 0), 1);

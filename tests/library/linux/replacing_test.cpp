@@ -38,7 +38,9 @@ struct Target {
   bool staysSameFile = false;
 };
 
-bool setMode(const std::string& file, mode_t mode) { return chmod(file.c_str(), mode) == 0; }
+bool setMode(const std::string& file, mode_t mode) {
+  return support::fileSystem().modes && chmod(file.c_str(), mode) == 0;
+}
 
 bool setAttribute(const std::string& file, const char* name, const std::string& value) {
   return setxattr(file.c_str(), name, value.data(), value.size(), 0) == 0;

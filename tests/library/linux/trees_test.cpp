@@ -47,6 +47,7 @@ class TreesOnLinux : public testing::Test {
 };
 
 TEST_F(TreesOnLinux, SweepDoesNotGoThroughLinks) {
+  if (!support::fileSystem().links) GTEST_SKIP() << "no links here";
   writeOld(elsewhere_.file("old"));
   fs::create_directory_symlink(elsewhere_.path(), folder_.file("link"));
   EXPECT_EQ(FileSystem::eraseOldFile(folder_.text(), 7), 0U);
@@ -64,6 +65,8 @@ TEST_F(TreesOnLinux, SweepDoesNotGoThroughLinks) {
 }
 
 TEST_F(TreesOnLinux, SweepStaysInItsTreeWhileDirectoriesAreSwapped) {
+  if (!support::fileSystem().links || !support::fileSystem().exchange)
+    GTEST_SKIP() << "no exchange here";
   writeOld(elsewhere_.file("old"));
   support::writeFile(folder_.file("tree/sub/new"), "");
   fs::create_directory_symlink(elsewhere_.path(), folder_.file("link"));
@@ -140,6 +143,8 @@ TEST_F(TreesOnLinux, RootsOfDrivesStay) {
 }
 
 TEST_F(TreesOnLinux, TemporaryStorageDeletesAllItsContent) {
+  if (!support::fileSystem().links || !support::fileSystem().anyName)
+    GTEST_SKIP() << "no links here";
   support::writeFile(elsewhere_.file("kept"), "");
   TemporaryStorage storage;
   ASSERT_TRUE(storage.create(folder_.name(), true));
@@ -164,6 +169,7 @@ TEST_F(TreesOnLinux, TemporaryStorageDeletesAllItsContent) {
 }
 
 TEST_F(TreesOnLinux, ReadOnlyDirectories) {
+  if (!support::fileSystem().modes) GTEST_SKIP() << "no modes here";
   const std::string path = folder_.file("read-only");
   fs::create_directories(path + "/sub");
   fs::permissions(path, fs::perms(0555));
@@ -206,6 +212,7 @@ TEST_F(TreesOnLinux, LongTexts) {
 
 // Folders whose path exceeds the longest text of a folder chain, or whose name ends in a space.
 TEST_F(TreesOnLinux, CopyContentKeepsTheNamesOfFolders) {
+  if (!support::fileSystem().anyName) GTEST_SKIP() << "no such names here";
   const std::string component(150, 'c');
   const std::string deep = component + '/' + component + '/' + component + '/';
   support::writeFile(folder_.file("in/" + deep + "file"), "content");
@@ -220,6 +227,7 @@ TEST_F(TreesOnLinux, CopyContentKeepsTheNamesOfFolders) {
 
 // Opening for writing and creating follow a dangling link, as native programs do.
 TEST_F(TreesOnLinux, DanglingLinksLeadToNewFiles) {
+  if (!support::fileSystem().links) GTEST_SKIP() << "no links here";
   support::writeFile(elsewhere_.file("source"), "content");
   struct {
     const char* name;

@@ -26,6 +26,7 @@ class CopyingOnLinux : public testing::Test {
 };
 
 TEST_F(CopyingOnLinux, ModesAreTheTargetsOrTheSources) {
+  if (!support::fileSystem().modes) GTEST_SKIP() << "no modes here";
   support::writeFile(source_, "new");
   struct {
     mode_t source, target, expected;  // the first copy finds no target
@@ -41,6 +42,7 @@ TEST_F(CopyingOnLinux, ModesAreTheTargetsOrTheSources) {
 }
 
 TEST_F(CopyingOnLinux, ThroughALinkTheLinkStays) {
+  if (!support::fileSystem().links) GTEST_SKIP() << "no links here";
   support::writeFile(source_, "new");
   support::writeFile(folder_.file("real"), "old");
   std::filesystem::create_symlink("real", target_);
@@ -58,6 +60,7 @@ TEST_F(CopyingOnLinux, ThroughALinkTheLinkStays) {
 
 // The file that a dangling link leads to is created, unless the creation is exclusive.
 TEST_F(CopyingOnLinux, CreatesTheFileOfADanglingLink) {
+  if (!support::fileSystem().links) GTEST_SKIP() << "no links here";
   support::writeFile(source_, "new");
   chmod(source_.c_str(), 0440);
   std::filesystem::create_symlink("real", folder_.file("middle"));
@@ -92,12 +95,15 @@ TEST_F(CopyingOnLinux, HolesStayHoles) {
     }
     out.close();
     ASSERT_EQ(truncate(source_.c_str(), kSize), 0);
+    struct stat source {};
+    ASSERT_EQ(stat(source_.c_str(), &source), 0);
     std::filesystem::remove(target_);
     ASSERT_TRUE(copy());
     EXPECT_TRUE(support::readFile(target_) == expected);
-    struct stat status {};
-    ASSERT_EQ(stat(target_.c_str(), &status), 0);
-    EXPECT_LT(status.st_blocks, kFewBlocks);
+    struct stat target {};
+    ASSERT_EQ(stat(target_.c_str(), &target), 0);
+    // A file system without holes has all blocks.
+    EXPECT_TRUE(target.st_blocks < kFewBlocks || source.st_blocks >= kFewBlocks);
 
     support::writeFile(target_, std::string(kSize + 1, 'o'));
     const platform::FileHandle holder = support::openFile(target_, GENERIC_READ, 7);
@@ -109,6 +115,7 @@ TEST_F(CopyingOnLinux, HolesStayHoles) {
 // A target that cannot be replaced is overwritten. It keeps its other names and
 // its owner.
 TEST_F(CopyingOnLinux, NeedsOnlyTheRightToWriteTheTarget) {
+  if (!support::fileSystem().modes) GTEST_SKIP() << "no owners here";
   constexpr uid_t kOwner = 65533;
   constexpr uid_t kWriter = 65534;
   support::writeFile(source_, "new");

@@ -6,7 +6,21 @@
 
 namespace support {
 
-const Platform kPlatform{.exactCase = false, .everyName = false, .program = "cmd.exe"};
+const Platform kPlatform{.everyName = false, .program = "cmd.exe"};
+
+// NTFS, without what the interface of the library cannot create there.
+const FileSystem& fileSystem() {
+  static const FileSystem known{.exactCase = false,
+                                .links = false,
+                                .fifos = false,
+                                .hardLinks = false,
+                                .exchange = false,
+                                .anyName = false,
+                                .modes = false,
+                                .largeFiles = true,
+                                .timeStep = 100};
+  return known;
+}
 
 std::string makeTemporaryFolder() {
   char folder[MAX_PATH];
