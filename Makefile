@@ -11,6 +11,8 @@ ARM64_PACKAGES = cmake ninja-build g++-aarch64-linux-gnu qemu-user libboost-dev 
                  zlib1g-dev:arm64 libdeflate-dev:arm64 nettle-dev:arm64 \
                  libstdc++6:arm64
 MSVC_PACKAGES = $(WINDOWS_PACKAGES) clang libc++-dev python3
+FILE_SYSTEM_PACKAGES = qemu-system-x86 exfatprogs ntfs-3g dosfstools e2fsprogs cpio kmod xz-utils \
+                       iproute2 user-mode-linux nfs-kernel-server samba cifs-utils python3
 ABI_PACKAGES = abigail-tools binutils
 PACKAGE_PACKAGES = dpkg-dev file lintian
 WINDOWS_PACKAGES = cmake ninja-build binutils zip libboost-dev \
@@ -24,7 +26,8 @@ BENCH_DISK ?= build/bench
 # The directory that `make demo` packs. Every machine that builds the library has it.
 FOLDER ?= /usr/include
 
-.PHONY: help demo test mutants windows test-windows windows-packages test-arm64 msvc fuzz bench docs abi \
+.PHONY: help demo test mutants windows test-windows windows-packages test-arm64 \
+        file-system-packages test-file-systems msvc fuzz bench docs abi \
         package install uninstall clean
 
 help:
@@ -36,6 +39,8 @@ help:
 	@echo "make windows               cross-compile for 64-bit Windows, zip in build/windows"
 	@echo "make test-windows          run the tests under Wine"
 	@echo "make test-arm64            cross-compile for 64-bit ARM Linux, run the tests under emulation"
+	@echo "make test-file-systems     run the tests on casefold, FAT, exFAT, NTFS, NFS and SMB, and power cuts,"
+	@echo "                           in virtual machines; QUICK=1: less"
 	@echo "make msvc                  check that the sources suit Visual C++, without building"
 	@echo "make bench                 compare the speed with other programs; BENCH_QUICK=1: less"
 	@echo "make install [PREFIX=...]  install library, headers and program (default $(PREFIX));"
@@ -93,6 +98,17 @@ test-arm64:
 	cmake --preset arm64
 	cmake --build --preset arm64
 	ctest --preset arm64
+
+# Fails where a package cannot be had.
+file-system-packages:
+	@scripts/install-packages $(FILE_SYSTEM_PACKAGES)
+	@tests/file-systems/vm/fetch-kernel build/file-systems/kernel
+
+test-file-systems: file-system-packages
+	@scripts/install-packages $(BUILD_PACKAGES) $(TEST_PACKAGES)
+	cmake --preset release -DVESK_TESTS=ON
+	cmake --build --preset release --target platform_tests library_tests tool_tests vesk-fs
+	tests/file-systems/run $(if $(QUICK),--quick) build/release/bin build/file-systems
 
 msvc:
 	@scripts/install-packages $(MSVC_PACKAGES)
