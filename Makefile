@@ -1,7 +1,7 @@
 # The commands of daily work. Each target installs the Debian packages that it needs.
 
 BUILD_PACKAGES = cmake g++ ninja-build libboost-dev zlib1g-dev libdeflate-dev nettle-dev libgtest-dev
-TEST_PACKAGES = zip unzip p7zip-full libarchive-tools python3 coreutils diffutils \
+TEST_PACKAGES = zip unzip p7zip-full libarchive-tools busybox python3 coreutils diffutils \
                 pkg-config binutils
 FUZZ_PACKAGES = clang libclang-rt-dev
 BENCH_PACKAGES = zip unzip p7zip-full libarchive-tools pkg-config libzip-dev libpoco-dev \
