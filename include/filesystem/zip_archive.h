@@ -158,8 +158,9 @@ class FILESYSTEM_API ZipArchive {
                           ExistingFiles existing,
                           const std::function<bool(const Extraction&)>& report) const;
   /// Extracts one entry to a file. Missing directories are created. An existing file is replaced as
-  /// a whole or not at all, by a new file with its owner and permissions: hard links to the old one
-  /// and its extended attributes are not carried over. A symbolic link is replaced itself.
+  /// a whole or not at all, by a new file with its owner, permissions, access control list and, on
+  /// Linux, user attributes. Its other hard links keep the old content. If a new file cannot have
+  /// them, it is overwritten in place. A symbolic link is replaced itself.
   ///
   /// Fails if the entry is missing, damaged or encrypted with another password, or if the file
   /// cannot be written, is read-only or in use, or is a directory. Directories that were created
@@ -220,10 +221,10 @@ class FILESYSTEM_API ZipArchive {
   /// and comments; no password is needed.
   ///
   /// The archive is rewritten in the system's temporary folder and then replaced by a new file with
-  /// its owner and permissions. Bytes before the first entry, as of a self-extracting program, and
-  /// extended attributes are lost. If a new file cannot have its owner, its group and its access
-  /// control list, or if it has several hard links, the file remains: the entry is taken out of its
-  /// directory, and its bytes remain in the file.
+  /// its owner, permissions and access control list. Bytes before the first entry, as of a
+  /// self-extracting program, are lost. If a new file cannot have its owner, its group and its
+  /// access control list, or if it has several hard links, the file remains: the entry is taken out
+  /// of its directory, and its bytes remain in the file.
   /// @param name name of the entry, not null. Other entries whose names differ only in letter case
   ///             are removed too.
   /// @return 1 if the entry was removed. 0, with the archive unchanged, if there is no such entry,
