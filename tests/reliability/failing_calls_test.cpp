@@ -77,7 +77,7 @@ class FailingCalls : public testing::TestWithParam<Operation> {
 // Reports whether a file is left because the call failed that was to delete it.
 bool removalFailed(const std::string& call) {
   return call.starts_with("unlink") || call.starts_with("lstat ") || call.starts_with("rmdir ") ||
-         (call.starts_with("openat ") && call.ends_with(".lock"));
+         ((call.starts_with("openat ") || call.starts_with("fstatat ")) && call.ends_with(".lock"));
 }
 
 // Returns the path below the folder of the file whose close failed; empty if another call failed,
