@@ -34,7 +34,7 @@ class StandardDescriptors : public testing::TestWithParam<Operation> {};
 TEST_P(StandardDescriptors, AreNeverKept) {
   if (GetParam().is(operations::kLarge)) GTEST_SKIP() << "makes too many calls";
   const support::TemporaryFolder folder;
-  const std::string home = folder.name() + "/";
+  const std::string home = folder.file("work/");
   operations::prepare(home, GetParam());
   support::ForkedProcess process([&](const auto&) {
     closeStandard();
