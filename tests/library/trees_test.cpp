@@ -35,7 +35,8 @@ class Trees : public testing::Test {
 TEST_F(Trees, CopyModes) {
   // The lower halves of these times are in reverse order.
   constexpr std::time_t kSourceTime = 1600000000;
-  constexpr std::time_t kTargetTimes[] = {1000000000, kSourceTime - 300, kSourceTime, kSourceTime + 400};
+  constexpr std::time_t kTargetTimes[] = {1000000000, kSourceTime - 300, kSourceTime,
+                                          kSourceTime + 400};
   struct {
     unsigned int mode;
     bool copies[4];  // onto no target, an older one, one of the same time and a newer one
