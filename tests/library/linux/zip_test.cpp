@@ -52,6 +52,7 @@ TEST_F(ZipOnLinux, ExtractionFollowsNoLinks) {
 
 // A link is kept itself, also one to nothing, and nothing is written through it.
 TEST_F(ZipOnLinux, ExtractionKeepsLinks) {
+  if (!support::fileSystem().links) GTEST_SKIP() << "no links here";
   using Extraction = ZipArchive::Extraction;
   support::writeFile(folder_.file("outside/file"), "untouched");
   make({"link"});
