@@ -48,9 +48,9 @@ bool copies(const std::string& folder, const char* target) {
   return FileSystem::CopyContent(folder + "in/", folder + target) == 2;
 }
 
-// Gives the archive a second name, outside the folder, so that no new file can take its place.
+// Gives the archive a second name, beside the folder, so that no new file can take its place.
 bool links(const std::string& folder) {
-  const std::string other = folder + "../a.link";
+  const std::string other = folder.substr(0, folder.size() - 1) + ".link";
   std::error_code error;
   std::filesystem::remove(other, error);
   std::filesystem::create_hard_link(folder + "a.zip", other, error);
