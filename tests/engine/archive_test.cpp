@@ -175,7 +175,7 @@ TEST_F(Archive, HoldsMoreEntriesThanThePlainFormatCounts) {
     EXPECT_TRUE(readCurrent(reader.get(), content, 10));
   }
   EXPECT_NE(ZipLocateEntry(reader.get(), "70000", 0), 0);
-  EXPECT_EQ(support::run(folder_.path(), "7z t a.zip && unzip -tqq a.zip"), 0);
+  EXPECT_EQ(support::run(folder_.path(), "unzip -tqq a.zip"), 0);
 
   // Without the zip64 records, and with the count modulo 65,536, as old programs write it.
   std::string bytes = support::readFile(path_);
