@@ -105,7 +105,7 @@ inline bool readCurrent(ZipReader* reader, std::string& content, std::uint32_t s
 }
 
 // Returns the content of all entries but directories; "<unreadable>" for those that cannot be read.
-inline Entries readArchive(const std::string& path, std::uint32_t step = 1 << 20) {
+inline Entries readArchive(const std::string& path, std::uint32_t step = 1 << 14) {
   Entries entries;
   const Reader reader(ZipOpenReader(path.c_str()));
   if (reader == nullptr) return {{"<no archive>", ""}};
