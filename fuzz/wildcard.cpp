@@ -1,6 +1,6 @@
 // Wildcard matching: the first line is the pattern, the rest the name.
 
-#include "platform/linux/wildcard.h"
+#include "platform/linux/names/wildcard.h"
 
 #include "workplace.h"
 

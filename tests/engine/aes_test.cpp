@@ -1,6 +1,6 @@
 // Entries encrypted with AES, by other programs and by the engine.
 
-#include "zip/engine/aes.h"
+#include "zip/engine/cipher/aes.h"
 
 #include <gtest/gtest.h>
 
@@ -9,7 +9,7 @@
 #include "engine/entries.h"
 #include "support/programs.h"
 #include "support/temporary_folder.h"
-#include "zip/engine/entry_record.h"
+#include "zip/engine/container/entry_record.h"
 
 namespace {
 

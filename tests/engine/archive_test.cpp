@@ -8,8 +8,8 @@
 #include "platform/code_page.h"
 #include "support/programs.h"
 #include "support/temporary_folder.h"
-#include "zip/engine/codec.h"
-#include "zip/engine/entry_record.h"
+#include "zip/engine/codec/codec.h"
+#include "zip/engine/container/entry_record.h"
 
 namespace {
 

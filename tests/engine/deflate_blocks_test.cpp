@@ -1,6 +1,6 @@
 // Streams of another compressor in a row, read back by its own inflater.
 
-#include "zip/engine/deflate_blocks.h"
+#include "zip/engine/codec/deflate_blocks.h"
 
 #include <gtest/gtest.h>
 #include <zlib.h>

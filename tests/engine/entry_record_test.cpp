@@ -1,9 +1,9 @@
-#include "zip/engine/entry_record.h"
+#include "zip/engine/container/entry_record.h"
 
 #include <gtest/gtest.h>
 
-#include "zip/engine/central_directory.h"
-#include "zip/engine/end_record.h"
+#include "zip/engine/container/central_directory.h"
+#include "zip/engine/container/end_record.h"
 
 using namespace zip_engine;
 

@@ -8,9 +8,9 @@
 #include "platform/code_page.h"
 #include "support/programs.h"
 #include "support/temporary_folder.h"
-#include "zip/engine/cp437.h"
-#include "zip/engine/end_record.h"
-#include "zip/engine/entry_record.h"
+#include "zip/engine/container/cp437.h"
+#include "zip/engine/container/end_record.h"
+#include "zip/engine/container/entry_record.h"
 
 namespace {
 

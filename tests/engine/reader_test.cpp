@@ -8,8 +8,8 @@
 #include "engine/entries.h"
 #include "support/programs.h"
 #include "support/temporary_folder.h"
-#include "zip/engine/aes.h"
-#include "zip/engine/format.h"
+#include "zip/engine/cipher/aes.h"
+#include "zip/engine/container/format.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "zip/engine/sampling_deflater.h"
+#include "zip/engine/codec/sampling_deflater.h"
 
 #include <gtest/gtest.h>
 

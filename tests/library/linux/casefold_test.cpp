@@ -10,7 +10,7 @@
 #include <cstdlib>
 #include <string>
 
-#include "platform/linux/descriptor.h"
+#include "platform/linux/opening/descriptor.h"
 #include "support/temporary_folder.h"
 
 namespace {

@@ -11,7 +11,7 @@
 #include <ctime>
 
 #include "library/zip.h"
-#include "platform/linux/version_name.h"
+#include "platform/linux/replacing/version_name.h"
 #include "support/linux/forked_process.h"
 #include "support/linux/temporary_variable.h"
 #include "support/noise.h"

@@ -9,7 +9,7 @@
 #include <functional>
 #include <string>
 
-#include "platform/linux/descriptor.h"
+#include "platform/linux/opening/descriptor.h"
 #include "platform/probe_open.h"
 #include "support/open_file.h"
 #include "support/temporary_folder.h"

@@ -1,4 +1,4 @@
-#include "platform/linux/native_path.h"
+#include "platform/linux/names/native_path.h"
 
 #include <gtest/gtest.h>
 

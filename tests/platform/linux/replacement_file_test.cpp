@@ -1,6 +1,6 @@
 // Replacing a file where the rename does not do what it should.
 
-#include "platform/linux/replacement_file.h"
+#include "platform/linux/replacing/replacement_file.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -13,8 +13,8 @@
 #include <csignal>
 #include <string>
 
-#include "platform/linux/overwriting.h"
-#include "platform/linux/version_name.h"
+#include "platform/linux/replacing/overwriting.h"
+#include "platform/linux/replacing/version_name.h"
 #include "support/linux/forked_process.h"
 #include "support/temporary_folder.h"
 

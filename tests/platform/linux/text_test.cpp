@@ -7,8 +7,8 @@
 #include <random>
 #include <string>
 
-#include "platform/linux/file_time.h"
-#include "platform/linux/wildcard.h"
+#include "platform/linux/metadata/file_time.h"
+#include "platform/linux/names/wildcard.h"
 #include "platform/win32.h"
 
 namespace {

@@ -4,7 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "platform/linux/descriptor.h"
+#include "platform/linux/opening/descriptor.h"
 #include "support/platform.h"
 #include "support/temporary_folder.h"
 

@@ -1,0 +1,156 @@
+#include "platform/linux/replacing/file_copy.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <climits>
+#include <cstdlib>
+
+#include "platform/linux/metadata/attributes.h"
+#include "platform/linux/metadata/write_time.h"
+#include "platform/linux/opening/access_rights.h"
+#include "platform/linux/opening/existing_file.h"
+#include "platform/linux/opening/file_handle.h"
+#include "platform/linux/opening/new_file.h"
+#include "platform/linux/opening/share_lock.h"
+#include "platform/linux/replacing/overwriting.h"
+#include "platform/linux/replacing/replacement_file.h"
+#include "platform/linux/system/last_error.h"
+#include "platform/linux/trees/copy_content.h"
+
+namespace platform::native {
+namespace {
+
+constexpr mode_t kPermissions = 01777;  // without set-id bits
+
+// Finds the file itself, past all links. Most names are no links and need no
+// resolution.
+TargetState findTarget(const NativePath& path, Target& target) {
+  target.path = path.c_str();
+  char real[PATH_MAX];
+  bool found = lstat(path.c_str(), &target.status) == 0;
+  if (found && S_ISLNK(target.status.st_mode)) {
+    found = realpath(path.c_str(), real) != nullptr && stat(real, &target.status) == 0;
+    if (found) target.path = real;
+  }
+  if (found) return TargetState::Locked;
+  if (errno == ENOENT) return TargetState::Missing;
+  SetLastError(errorOnPath(path, errno));
+  return TargetState::Failed;
+}
+
+// Takes the locks of a writer. False if the holders do not permit that.
+bool lockForWriting(Target& target) {
+  constexpr DWORD kShareReading = FILE_SHARE_READ | FILE_SHARE_DELETE;
+  const int descriptor = target.held.get();
+  if (acquireShare(target.held, FILE_WRITE_DATA, kShareReading)) {
+    target.isShared = target.whenHeld == HeldTarget::Overwrite && isHeldByOthers(descriptor);
+    return true;
+  }
+  target.isShared = true;
+  return target.whenHeld == HeldTarget::Overwrite &&
+         acquireShare(target.held, FILE_WRITE_DATA, kShareReading | FILE_SHARE_WRITE);
+}
+
+mode_t removedBy(const Source& source) { return isReadOnly(source.status.st_mode) ? kAnyWrite : 0; }
+
+// Replaces the target by a complete copy. With Refused it may have been closed.
+Replaced replaceWhole(const Source& source, Target& target) {
+  const Descriptor folder(
+      openRetrying(AT_FDCWD, folderOf(target.path).c_str(), O_PATH | O_DIRECTORY));
+  if (!folder) return isRefusal(errno) ? Replaced::Refused : Replaced::No;
+  ReplacementFile file({.directory = folder.get(),
+                        .name = nameOf(target.path.c_str()),
+                        .status = target.status,
+                        .held = &target.held},
+                       ReplacementFile::Named::AtTheEnd);
+  if (!file) return isRefusal(errno) ? Replaced::Refused : Replaced::No;
+  if (!file.keepsOwner()) return Replaced::Refused;
+  const int descriptor = file.descriptor();
+  if (!copyContent(source.descriptor, source.status, descriptor)) return Replaced::No;
+  const Replaced completed = file.complete(removedBy(source));
+  if (completed != Replaced::Yes) return completed;
+  if (!setWriteTime(descriptor, source.status.st_mtim, target.status.st_mtim)) return Replaced::No;
+  // Another process may have opened the target during the copying.
+  if (target.whenHeld == HeldTarget::Overwrite && !holdExclusively(target.held.get())) {
+    return Replaced::Refused;
+  }
+  return file.putInPlace();
+}
+
+bool overwrite(const Source& source, Target& target) {
+  const int descriptor = target.held.get();
+  if (!target.isShared) holdExclusively(descriptor);
+  if (!overwriteContent(source.descriptor, source.status.st_size, target.status, descriptor)) {
+    return false;
+  }
+  const mode_t removed = removedBy(source) & target.status.st_mode;
+  const bool isComplete =
+      (removed == 0 || fchmod(descriptor, target.status.st_mode & kPermissions & ~removed) == 0) &&
+      setWriteTime(descriptor, source.status.st_mtim, target.status.st_mtim);
+  // The right to write does not include that to set times and permissions.
+  return (isComplete || errno == EPERM) && target.held.close();
+}
+
+// Opens and locks a target again that an attempt to replace it closed.
+bool lockAgain(Target& target) {
+  if (target.held) return true;
+  const int error = errno;
+  struct stat now;
+  target.held = openRegular(AT_FDCWD, target.path.c_str(), FILE_WRITE_DATA);
+  if (target.held && fstat(target.held.get(), &now) == 0 && isSameFile(now, target.status) &&
+      lockForWriting(target)) {
+    return true;
+  }
+  errno = error;
+  return false;
+}
+
+}  // namespace
+
+bool openSource(const char* text, Source& source) {
+  source.handle.reset(
+      CreateFileA(text, GENERIC_READ, kShareAll, nullptr, OPEN_EXISTING, 0, nullptr));
+  if (!source.handle) return false;
+  source.descriptor = descriptorOf(source.handle.get());
+  return fstat(source.descriptor, &source.status) == 0 || failWithErrno() != FALSE;
+}
+
+TargetState lockTarget(const NativePath& path, const Source& source, Target& target) {
+  const auto failed = [](DWORD error) {
+    SetLastError(error);
+    return TargetState::Failed;
+  };
+  const TargetState found = findTarget(path, target);
+  if (found != TargetState::Locked) return found;
+  if (isSameFile(target.status, source.status)) return failed(ERROR_SHARING_VIOLATION);
+  if (!isOpenable(target.status, true)) return failed(ERROR_ACCESS_DENIED);
+  target.held = openRegular(AT_FDCWD, target.path.c_str(), FILE_WRITE_DATA);
+  if (!target.held) {
+    return errno == ENOENT ? TargetState::Changed : failed(errorOnPath(path, errno));
+  }
+  if (!lockForWriting(target)) return failed(ERROR_SHARING_VIOLATION);
+  // The holder before may have put another file in its place.
+  struct stat current;
+  if (fstat(target.held.get(), &target.status) != 0) return failed(errorFromErrno(errno));
+  const bool isCurrent =
+      lstat(target.path.c_str(), &current) == 0 && isSameFile(current, target.status);
+  return isCurrent ? TargetState::Locked : TargetState::Changed;
+}
+
+bool copyOver(const Source& source, Target& target) {
+  if (!target.isShared && target.status.st_nlink == 1) {
+    const Replaced result = replaceWhole(source, target);
+    if (result != Replaced::Refused) return result == Replaced::Yes;
+    if (!lockAgain(target)) return false;
+  }
+  return overwrite(source, target);
+}
+
+bool copyToNew(const Source& source, const NativePath& path) {
+  NewFile file(AT_FDCWD, path.c_str(), source.status.st_mode & 0777);
+  return file && file.copyFrom(source.descriptor, source.status);
+}
+
+}  // namespace platform::native

@@ -1,0 +1,57 @@
+#pragma once
+// Copying one file over another, for CopyFileA and replaceFile.
+
+#include <sys/stat.h>
+
+#include <string>
+
+#include "platform/linux/names/native_path.h"
+#include "platform/linux/opening/descriptor.h"
+#include "platform/unique_handle.h"
+
+namespace platform::native {
+
+struct Source {
+  platform::FileHandle handle;
+  int descriptor = -1;
+  struct stat status {};
+};
+
+// Opens a file to be copied. False, with the error, on failure.
+bool openSource(const char* text, Source& source);
+
+// The treatment of a target that other handles hold.
+enum class HeldTarget {
+  Overwrite,  // it gets the new content in place, if its holders share writing
+  Replace,    // it is replaced all the same, if its holders only read and share writing
+};
+
+// An existing file that a copy takes the place of.
+struct Target {
+  std::string path;  // native; that of the file itself if the name is a link
+  struct stat status {};
+  Descriptor held;  // open for writing; denies writing to others unless isShared
+  HeldTarget whenHeld = HeldTarget::Overwrite;
+  bool isShared = false;  // must be overwritten in place, because others hold it
+};
+
+// The outcome of locking a target. With Failed the error is set.
+enum class TargetState { Locked, Missing, Changed, Failed };
+
+// Opens and locks the file that the path leads to, if a copy of the source may
+// take its place. Changed if another process replaced the file at the same time.
+TargetState lockTarget(const NativePath& path, const Source& source, Target& target);
+
+// Gives the target the content and the write time of the source. The target keeps
+// its owner, permissions and access control list, but becomes read-only if the
+// source is. It is replaced by a complete copy. It is overwritten in place if
+// others hold it, if it has several hard links, or if its folder or its owner
+// permits no replacement. False, with errno, on failure; only a failure in place
+// can have changed the target.
+bool copyOver(const Source& source, Target& target);
+
+// Copies the source to a new file. False with errno EEXIST, and nothing read, if
+// the name is in use. A file that could not be completed is deleted.
+bool copyToNew(const Source& source, const NativePath& path);
+
+}  // namespace platform::native

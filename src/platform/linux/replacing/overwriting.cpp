@@ -1,0 +1,50 @@
+#include "platform/linux/replacing/overwriting.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "platform/linux/replacing/durability.h"
+#include "platform/linux/trees/copy_content.h"
+
+namespace platform::native {
+namespace {
+
+bool isAt(int file, off_t position) { return lseek(file, position, SEEK_SET) == position; }
+
+// Writes what exceeds the old content, so that the rest needs no new blocks.
+bool appendRest(int from, off_t size, off_t oldSize, int to) {
+  if (isAt(from, oldSize) && isAt(to, oldSize) && copyBytes(from, size - oldSize, to) &&
+      commitContent(to)) {
+    return true;
+  }
+  const int error = errno;
+  [[maybe_unused]] const int ignored = ftruncate(to, oldSize);
+  errno = error;
+  return false;
+}
+
+bool reserve(int from, off_t size, off_t oldSize, int to) {
+  if (size == 0 || fallocate(to, FALLOC_FL_KEEP_SIZE, 0, size) == 0) return true;
+  if (errno == ENOSPC || errno == EDQUOT || errno == EFBIG) return false;
+  // Network file systems cannot reserve.
+  return size <= oldSize || appendRest(from, size, oldSize, to);
+}
+
+}  // namespace
+
+bool overwriteContent(int from, off_t size, const struct stat& old, int to) {
+  constexpr mode_t kSetId = S_ISUID | S_ISGID;
+  constexpr mode_t kPermissions = 01777;
+  // Where the owner is another user, the system removes these bits at the first write.
+  if ((old.st_mode & kSetId) != 0 && fchmod(to, old.st_mode & kPermissions) != 0 &&
+      errno != EPERM) {
+    return false;
+  }
+  if (!reserve(from, size, old.st_size, to)) return false;
+  return isAt(from, 0) && isAt(to, 0) && copyBytes(from, size, to) &&
+         ftruncate(to, lseek(to, 0, SEEK_CUR)) == 0;
+}
+
+}  // namespace platform::native

@@ -1,0 +1,116 @@
+#include "zip/engine/container/end_record.h"
+
+#include <algorithm>
+
+namespace zip_engine {
+namespace {
+
+bool readsEnd64(const ArchiveFile& file, std::uint64_t position,
+                unsigned char (&bytes)[kEnd64Size]) {
+  return file.readAt(position, bytes, sizeof(bytes)) && load32(bytes) == kEnd64Signature;
+}
+
+// Replaces the saturated values of `record` by those of the zip64 record.
+bool readEnd64(const ArchiveFile& file, const unsigned char* locator, std::uint64_t locatorPosition,
+               EndRecord& record) {
+  if (locatorPosition < kEnd64Size) return false;
+  const std::uint64_t last = locatorPosition - kEnd64Size;
+  unsigned char bytes[kEnd64Size];
+  std::uint64_t position = std::min(load64(locator + 8), last);
+  if (!readsEnd64(file, position, bytes)) {
+    // In an archive with a prefix the offset does not count from the start of the file, but the
+    // record directly precedes its locator.
+    position = last;
+    if (!readsEnd64(file, position, bytes)) return false;
+  }
+  const std::uint64_t count = load64(bytes + 32);
+  if (load32(bytes + 16) != 0 || load32(bytes + 20) != 0 || load64(bytes + 24) != count) {
+    return false;
+  }
+  if (record.entryCount == kSaturated16) {
+    record.entryCount = count;
+    record.countMayWrap = false;
+  }
+  if (record.directorySize == kSaturated32) record.directorySize = load64(bytes + 40);
+  if (record.directoryOffset == kSaturated32) record.directoryOffset = load64(bytes + 48);
+  record.directoryEnd = position;
+  return true;
+}
+
+}  // namespace
+
+std::optional<std::size_t> findLastEndRecord(const FilePiece& piece) {
+  if (piece.bytes.size() < kEndSize) return std::nullopt;
+  for (std::size_t at = piece.bytes.size() - kEndSize + 1; at-- > 0;) {
+    if (load32(piece.bytes.data() + at) == kEndSignature) return at;
+  }
+  return std::nullopt;
+}
+
+bool readEndRecord(const ArchiveFile& file, const FilePiece& piece, std::size_t at,
+                   EndRecord& record) {
+  const unsigned char* const end = piece.bytes.data() + at;
+  record = {.entryCount = load16(end + 10),
+            .directorySize = load32(end + 12),
+            .directoryOffset = load32(end + 16),
+            .directoryEnd = piece.position + at,
+            .comment = {}};
+  const std::size_t commentLength =
+      std::min<std::size_t>(load16(end + 20), piece.bytes.size() - at - kEndSize);
+  record.comment.assign(reinterpret_cast<const char*>(end + kEndSize), commentLength);
+  const bool saturated = record.entryCount == kSaturated16 ||
+                         record.directorySize == kSaturated32 ||
+                         record.directoryOffset == kSaturated32;
+  if (saturated && at >= kLocator64Size) {
+    const unsigned char* const locator = end - kLocator64Size;
+    if (load32(locator) == kLocator64Signature) {
+      return readEnd64(file, locator, record.directoryEnd - kLocator64Size, record);
+    }
+  }
+  return load16(end + 4) == 0 && load16(end + 6) == 0 && load16(end + 8) == load16(end + 10);
+}
+
+bool mayHoldEndRecord(std::string_view comment) {
+  const std::size_t at = comment.find(kEndSignatureText);
+  return at != std::string_view::npos && comment.size() - at >= kEndSize;
+}
+
+void appendEndRecords(Bytes& out, std::uint64_t directoryPosition, std::uint64_t directorySize,
+                      std::uint64_t entryCount, const std::string& comment) {
+  const bool zip64 = entryCount >= kSaturated16 || directorySize >= kSaturated32 ||
+                     directoryPosition >= kSaturated32;
+  if (zip64) {
+    append32(out, kEnd64Signature);
+    append64(out, kEnd64Size - 12);
+    append16(out, kVersionZip64);
+    append16(out, kVersionZip64);
+    append32(out, 0);
+    append32(out, 0);
+    append64(out, entryCount);
+    append64(out, entryCount);
+    append64(out, directorySize);
+    append64(out, directoryPosition);
+
+    append32(out, kLocator64Signature);
+    append32(out, 0);
+    append64(out, directoryPosition + directorySize);
+    append32(out, 1);
+  }
+  const auto saturate16 = [](std::uint64_t value) {
+    return static_cast<std::uint16_t>(std::min<std::uint64_t>(value, kSaturated16));
+  };
+  const auto saturate32 = [](std::uint64_t value) {
+    return static_cast<std::uint32_t>(std::min<std::uint64_t>(value, kSaturated32));
+  };
+  append32(out, kEndSignature);
+  append16(out, 0);
+  append16(out, 0);
+  append16(out, saturate16(entryCount));
+  append16(out, saturate16(entryCount));
+  append32(out, saturate32(directorySize));
+  append32(out, saturate32(directoryPosition));
+  append16(out, static_cast<std::uint16_t>(comment.size()));
+  out.insert(out.end(), comment.begin(), comment.end());
+}
+
+}  // namespace zip_engine

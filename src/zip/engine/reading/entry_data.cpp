@@ -1,0 +1,173 @@
+#include "zip/engine/reading/entry_data.h"
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+
+#include "zip/engine.h"
+
+namespace zip_engine {
+namespace {
+
+// Content up to this size is decoded in one call, however small the first read is.
+constexpr std::uint64_t kSmall = 4 << 20;
+constexpr std::size_t kInputBlock = 256 << 10;
+
+}  // namespace
+
+struct EntryData::Inflater {
+  Inflater() = default;
+  Inflater(const Inflater&) = delete;
+  Inflater& operator=(const Inflater&) = delete;
+  ~Inflater() { inflateEnd(&stream); }
+
+  z_stream stream{};
+  bool good = inflateInit2(&stream, -MAX_WBITS) == Z_OK;
+  Bytes input;
+  bool ended = false;
+};
+
+EntryData::EntryData(const ArchiveFile& file, const EntryLayout& layout, EntryBuffers& buffers)
+    : file_(file),
+      buffers_(buffers),
+      layout_(layout),
+      storedLeft_(layout.compressedSize),
+      plainLeft_(layout.raw ? layout.compressedSize : layout.uncompressedSize) {
+  if (layout.password != nullptr && !layout.raw && !layout.aes) cipher_.emplace(layout.password);
+}
+
+EntryData::~EntryData() = default;
+
+void EntryData::prefetched(const unsigned char* bytes, std::size_t size) {
+  ahead_.assign(bytes, bytes + std::min<std::uint64_t>(size, layout_.compressedSize));
+}
+
+bool EntryData::begin() {
+  if (layout_.aes && !layout_.raw) return beginAes();
+  if (!cipher_) return true;
+  unsigned char header[kEncryptionHeaderSize];
+  return readStored(header, sizeof(header)) && header[sizeof(header) - 1] == layout_.checkByte;
+}
+
+// Leaves the authentication code out of the stored bytes.
+bool EntryData::beginAes() {
+  const std::size_t headerSize = layout_.aes->headerSize();
+  unsigned char header[kLongestAesHeader];
+  if (storedLeft_ < headerSize + kAesCodeSize || !readStored(header, headerSize)) return false;
+  layout_.compressedSize -= kAesCodeSize;
+  storedLeft_ -= kAesCodeSize;
+  aes_.emplace(layout_.password, *layout_.aes, header);
+  const unsigned char* const verifier = header + layout_.aes->saltSize();
+  return std::equal(verifier, verifier + kAesVerifierSize, aes_->verifier());
+}
+
+// Checks the authentication code, which follows the stored bytes.
+bool EntryData::isAuthentic() {
+  unsigned char code[kAesCodeSize];
+  return storedLeft_ == 0 &&
+         file_.readAt(layout_.position + layout_.compressedSize, code, sizeof(code)) &&
+         aes_->isAuthentic(code);
+}
+
+int EntryData::read(unsigned char* buffer, std::uint32_t size) {
+  const std::size_t wanted = static_cast<std::size_t>(std::min<std::uint64_t>(
+      {size, plainLeft_, static_cast<std::uint64_t>(std::numeric_limits<int>::max())}));
+  failed_ = failed_ || !readVerified(buffer, wanted);
+  return failed_ ? -1 : static_cast<int>(wanted);
+}
+
+// Reads the next bytes and, with the last one, checks the complete content.
+bool EntryData::readVerified(unsigned char* out, std::size_t size) {
+  if (!readDecoded(out, size)) return false;
+  if (!layout_.raw) crc_ = crc32(crc_, out, size);
+  plainLeft_ -= size;
+  if (plainLeft_ == 0 && !verified_) verified_ = layout_.raw || isWhole();
+  return plainLeft_ != 0 || verified_;
+}
+
+bool EntryData::isWhole() {
+  const bool checksCrc = !aes_ || layout_.aes->hasCrc;
+  return (!checksCrc || crc_ == layout_.crc) && endsHere() && (!aes_ || isAuthentic());
+}
+
+// Reads the next stored bytes and decrypts them.
+bool EntryData::readStored(unsigned char* out, std::size_t size) {
+  if (size > storedLeft_) return false;
+  const std::size_t known = std::min(size, ahead_.size() - aheadUsed_);
+  std::copy_n(ahead_.data() + aheadUsed_, known, out);
+  aheadUsed_ += known;
+  const std::uint64_t position = layout_.position + layout_.compressedSize - storedLeft_ + known;
+  if (!file_.readAt(position, out + known, size - known)) return false;
+  storedLeft_ -= size;
+  if (cipher_) cipher_->decrypt(out, size);
+  if (aes_) aes_->decrypt(out, size);
+  return true;
+}
+
+bool EntryData::readDecoded(unsigned char* out, std::size_t size) {
+  if (size == 0) return true;
+  if (layout_.raw || layout_.method == ZipMethodStored) return readStored(out, size);
+  if (inflater_) return inflate(out, size);
+  if (!whole_.empty()) {
+    std::memcpy(out, whole_.data() + (whole_.size() - plainLeft_), size);
+    return true;
+  }
+  // Deflate hardly makes data larger. False sizes are found in small steps.
+  const bool isPossible = storedLeft_ <= plainLeft_ + kInputBlock;
+  const bool fits = size == plainLeft_ && storedLeft_ <= ZipLargestInflatedAtOnce;
+  if (isPossible && fits) return decodeWhole(out);
+  if (isPossible && plainLeft_ <= kSmall) {
+    whole_.resize(static_cast<std::size_t>(plainLeft_));
+    if (!decodeWhole(whole_.data())) return false;
+    std::memcpy(out, whole_.data(), size);
+    return true;
+  }
+  inflater_ = std::make_unique<Inflater>();
+  return inflater_->good && inflate(out, size);
+}
+
+bool EntryData::decodeWhole(unsigned char* out) {
+  const std::size_t size = static_cast<std::size_t>(storedLeft_);
+  // Without encryption nothing has been read before.
+  const unsigned char* stored = ahead_.data();
+  if (cipher_ || aes_ || ahead_.size() < size) {
+    unsigned char* const loaded = buffers_.stored.reserve(size);
+    if (!readStored(loaded, size)) return false;
+    stored = loaded;
+  }
+  return buffers_.inflater.inflate(stored, size, out,
+                                   static_cast<std::size_t>(layout_.uncompressedSize));
+}
+
+bool EntryData::inflate(unsigned char* out, std::size_t size) {
+  z_stream& stream = inflater_->stream;
+  stream.next_out = out;
+  stream.avail_out = static_cast<uInt>(size);
+  while (stream.avail_out > 0) {
+    if (inflater_->ended) return false;
+    if (stream.avail_in == 0) {
+      Bytes& input = inflater_->input;
+      input.resize(static_cast<std::size_t>(std::min<std::uint64_t>(storedLeft_, kInputBlock)));
+      // Without more bytes it may still have plain ones to give.
+      if (!readStored(input.data(), input.size())) return false;
+      stream.next_in = input.data();
+      stream.avail_in = static_cast<uInt>(input.size());
+    }
+    const int status = ::inflate(&stream, Z_NO_FLUSH);
+    if (status == Z_STREAM_END) {
+      inflater_->ended = true;
+    } else if (status != Z_OK) {
+      return false;
+    }
+  }
+  return true;
+}
+
+// Reports whether the compressed stream ends after the last plain byte.
+bool EntryData::endsHere() {
+  if (!inflater_ || inflater_->ended) return true;
+  unsigned char beyond;
+  return !inflate(&beyond, 1) && inflater_->ended;
+}
+
+}  // namespace zip_engine

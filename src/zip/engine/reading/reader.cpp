@@ -1,0 +1,238 @@
+// The reading calls: opening an archive, walking over its entries, finding and reading them.
+
+#include "zip/engine/reading/reader.h"
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+#include <memory>
+#include <optional>
+
+#include "zip/engine/container/entry_name.h"
+#include "zip/engine/reading/entry_data.h"
+#include "zip/engine/reading/entry_map.h"
+
+using namespace zip_engine;
+
+namespace {
+
+constexpr int kSuccess = 0;
+constexpr int kFailure = -1;
+constexpr int kNoEntry = -100;
+
+}  // namespace
+
+struct ZipReader {
+  ArchiveFile file;
+  CentralDirectory directory;
+  std::size_t current = 0;  // offset of the current record; the blob's size if none
+  NameIndex names;
+  LocalEntry local;  // of the entry that was opened or copied last
+  EntryBuffers buffers;
+  std::optional<EntryData> entry;
+
+  bool hasCurrent() const { return current < directory.blob.size(); }
+  CentralRecord record() const { return recordAt(directory, current); }
+  // Makes the record at an offset the current one, and closes an open entry.
+  int moveTo(std::size_t offset) {
+    entry.reset();
+    current = offset;
+    return hasCurrent() ? kSuccess : kNoEntry;
+  }
+};
+
+namespace {
+
+// One deflated byte inflates to at most 1,032: four times two codes of one bit, for 258 bytes.
+bool canInflateTo(std::uint64_t compressed, std::uint64_t plain) {
+  return plain <= compressed * 1032;
+}
+
+bool isEncrypted(const CentralRecord& record) { return (record.flags() & kFlagEncrypted) != 0; }
+
+// The parameters of an entry that is encrypted with AES.
+std::optional<AesParameters> aesOf(const CentralRecord& record) {
+  return isEncrypted(record) && record.method() == kMethodAes ? aesParameters(record)
+                                                              : std::nullopt;
+}
+
+// `method` is the one inside the encryption, `overhead` the bytes that the encryption adds.
+bool hasPossibleSizes(const CentralRecord& record, std::uint16_t method, std::uint64_t overhead) {
+  if (record.compressedSize > kSaturated32 || record.uncompressedSize > kSaturated32 ||
+      record.compressedSize < overhead) {
+    return false;
+  }
+  const std::uint64_t payload = record.compressedSize - overhead;
+  return method == ZipMethodStored ? payload == record.uncompressedSize
+                                   : canInflateTo(payload, record.uncompressedSize);
+}
+
+bool isReadable(const CentralRecord& record, const char* password) {
+  constexpr std::uint16_t kUnknown = kFlagPatched | kFlagStrongEncryption;
+  if ((record.flags() & kUnknown) != 0) return false;
+  if (isEncrypted(record) && password == nullptr) return false;
+  if (const std::optional<AesParameters> aes = aesOf(record)) {
+    return hasAes() && hasPossibleSizes(record, aes->method, aes->headerSize() + kAesCodeSize);
+  }
+  if (record.method() != ZipMethodStored && record.method() != ZipMethodDeflate) return false;
+  return hasPossibleSizes(record, record.method(), isEncrypted(record) ? kEncryptionHeaderSize : 0);
+}
+
+EntryLayout layoutOf(const ZipReader& reader, const CentralRecord& record, bool raw,
+                     const char* password) {
+  const std::optional<AesParameters> aes = aesOf(record);
+  // The check byte is from the time if the CRC was not known when the entry was begun.
+  const std::uint32_t check =
+      (record.flags() & kFlagDescriptor) != 0 ? std::uint32_t{record.time()} << 16 : record.crc();
+  return {.position = reader.local.dataPosition(),
+          .compressedSize = record.compressedSize,
+          .uncompressedSize = record.uncompressedSize,
+          .crc = record.crc(),
+          .method = aes ? aes->method : record.method(),
+          .raw = raw,
+          .password = isEncrypted(record) ? password : nullptr,
+          .aes = aes,
+          .checkByte = static_cast<unsigned char>(check >> 24)};
+}
+
+// Copies a text, cut at `capacity`, with a terminating zero if it is shorter.
+void copyText(char* target, std::uint32_t capacity, const void* text, std::size_t length) {
+  if (target == nullptr) return;
+  const std::size_t count = std::min<std::size_t>(length, capacity);
+  std::memcpy(target, text, count);
+  if (count < capacity) target[count] = '\0';
+}
+
+std::uint32_t saturated(std::uint64_t value) {
+  return static_cast<std::uint32_t>(std::min<std::uint64_t>(value, kSaturated32));
+}
+
+ZipDateWords dateWords(std::uint32_t dosDate) {
+  const std::uint32_t month = dosDate >> 21 & 0xF;
+  return {.second = (dosDate & 0x1F) * 2,
+          .minute = dosDate >> 5 & 0x3F,
+          .hour = dosDate >> 11 & 0x1F,
+          .day = dosDate >> 16 & 0x1F,
+          .month = month == 0 ? 0 : month - 1,
+          .year = (dosDate >> 25) + 1980};
+}
+
+}  // namespace
+
+ZipReader* ZipOpenReader(const char* path) {
+  auto reader = std::make_unique<ZipReader>();
+  constexpr DWORD kShare = FILE_SHARE_READ | FILE_SHARE_WRITE;
+  if (!reader->file.open(path, GENERIC_READ, kShare, OPEN_EXISTING)) return nullptr;
+  if (!readCentralDirectory(reader->file, reader->directory)) return nullptr;
+  return reader.release();
+}
+
+void ZipCloseReader(ZipReader* reader) { delete reader; }
+
+int ZipReadGlobalInfo(ZipReader* reader, ZipGlobalInfo* info) {
+  if (reader == nullptr || info == nullptr) return kFailure;
+  info->entryCount = saturated(reader->directory.entryCount);
+  info->commentLength = static_cast<std::uint32_t>(reader->directory.comment.size());
+  return kSuccess;
+}
+
+int ZipReadGlobalComment(ZipReader* reader, char* buffer, std::uint32_t length) {
+  if (reader == nullptr) return kFailure;
+  const std::string& comment = reader->directory.comment;
+  copyText(buffer, length, comment.data(), comment.size());
+  return static_cast<int>(std::min<std::size_t>(comment.size(), length));
+}
+
+int ZipFirstEntry(ZipReader* reader) { return reader == nullptr ? kFailure : reader->moveTo(0); }
+
+int ZipNextEntry(ZipReader* reader) {
+  if (reader == nullptr) return kFailure;
+  if (!reader->hasCurrent()) return kNoEntry;
+  return reader->moveTo(reader->current + reader->record().size());
+}
+
+int ZipLocateEntry(ZipReader* reader, const char* name, int) {
+  if (reader == nullptr || name == nullptr) return kFailure;
+  const std::size_t found = reader->names.find(reader->directory, name);
+  return found == NameIndex::kNone ? kNoEntry : reader->moveTo(found);
+}
+
+int ZipReadEntryInfo(ZipReader* reader, ZipEntryInfo* info, char* name, std::uint32_t nameCapacity,
+                     void* extra, std::uint32_t extraCapacity, char* comment,
+                     std::uint32_t commentCapacity) {
+  if (reader == nullptr || !reader->hasCurrent()) return kFailure;
+  const CentralRecord record = reader->record();
+  std::string converted;
+  const std::string_view shownName = oemName(record, converted);
+  if (info != nullptr) {
+    *info = {.versionMadeBy = record.versionMadeBy(),
+             .versionNeeded = record.versionNeeded(),
+             .flags = record.flags(),
+             .method = record.method(),
+             .dosDate = record.dosDate(),
+             .crc = record.crc(),
+             .compressedSize = saturated(record.compressedSize),
+             .uncompressedSize = saturated(record.uncompressedSize),
+             .nameLength = static_cast<std::uint32_t>(shownName.size()),
+             .centralExtraLength = record.extraLength(),
+             .commentLength = record.commentLength(),
+             .diskNumber = record.diskNumber(),
+             .internalAttributes = record.internalAttributes(),
+             .externalAttributes = record.externalAttributes(),
+             .date = dateWords(record.dosDate())};
+  }
+  copyText(name, nameCapacity, shownName.data(), shownName.size());
+  copyText(comment, commentCapacity, record.comment(), record.commentLength());
+  if (extra != nullptr) {
+    std::memcpy(extra, record.extra(), std::min<std::size_t>(record.extraLength(), extraCapacity));
+  }
+  return kSuccess;
+}
+
+int ZipOpenEntry(ZipReader* reader, int*, int*, int raw, const char* password) {
+  if (reader == nullptr || !reader->hasCurrent()) return kFailure;
+  reader->entry.reset();
+  const CentralRecord record = reader->record();
+  if (raw != 0 ? record.compressedSize > kSaturated32 : !isReadable(record, password)) {
+    return kFailure;
+  }
+  if (!reader->local.read(reader->file, reader->directory, record)) return kFailure;
+  EntryData& entry = reader->entry.emplace(
+      reader->file, layoutOf(*reader, record, raw != 0, password), reader->buffers);
+  entry.prefetched(reader->local.prefetched(), reader->local.prefetchedSize());
+  if (entry.begin()) return kSuccess;
+  reader->entry.reset();
+  return kFailure;
+}
+
+int ZipReadEntry(ZipReader* reader, void* buffer, std::uint32_t size) {
+  if (reader == nullptr || !reader->entry || (buffer == nullptr && size != 0)) return kFailure;
+  return reader->entry->read(static_cast<unsigned char*>(buffer), size);
+}
+
+int ZipReadLocalExtra(ZipReader* reader, void* buffer, std::uint32_t size) {
+  if (reader == nullptr || !reader->entry) return kFailure;
+  const std::size_t length = reader->local.extraSize();
+  if (buffer == nullptr) return static_cast<int>(length);
+  const std::size_t count = std::min<std::size_t>(length, size);
+  std::copy_n(reader->local.extra(), count, static_cast<unsigned char*>(buffer));
+  return static_cast<int>(count);
+}
+
+void ZipCloseEntry(ZipReader* reader) {
+  if (reader != nullptr) reader->entry.reset();
+}
+
+namespace zip_engine {
+
+const LocalEntry* readCurrent(ZipReader& reader, CentralRecord& record) {
+  if (!reader.hasCurrent()) return nullptr;
+  record = reader.record();
+  return reader.local.read(reader.file, reader.directory, record) ? &reader.local : nullptr;
+}
+
+bool readBytes(ZipReader& reader, std::uint64_t position, unsigned char* buffer, std::size_t size) {
+  return reader.local.readBytes(reader.file, position, buffer, size);
+}
+
+}  // namespace zip_engine

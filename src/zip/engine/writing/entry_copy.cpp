@@ -1,0 +1,71 @@
+#include "zip/engine/writing/entry_copy.h"
+
+#include <algorithm>
+
+#include "zip/engine/container/extra_field.h"
+#include "zip/engine/reading/reader.h"
+
+namespace zip_engine {
+namespace {
+
+// Copies stored bytes unchanged.
+bool copyBytes(ZipReader& from, std::uint64_t position, std::uint64_t size, Transaction& to) {
+  constexpr std::uint64_t kBlock = 1 << 20;
+  while (size > 0) {
+    const std::size_t count = static_cast<std::size_t>(std::min(size, kBlock));
+    Bytes& buffer = to.buffer();
+    const std::size_t start = buffer.size();
+    buffer.resize(start + count);
+    if (!readBytes(from, position, buffer.data() + start, count) || !to.flushIfLarge()) {
+      return false;
+    }
+    position += count;
+    size -= count;
+  }
+  return true;
+}
+
+}  // namespace
+
+EntryRecord recordOf(const CentralRecord& central, const LocalEntry& local) {
+  return {.versionMadeBy = central.versionMadeBy(),
+          .versionNeeded = central.versionNeeded(),
+          .flags = central.flags(),
+          .method = central.method(),
+          .dosDate = central.dosDate(),
+          .crc = central.crc(),
+          .compressedSize = static_cast<std::uint32_t>(central.compressedSize),
+          .uncompressedSize = static_cast<std::uint32_t>(central.uncompressedSize),
+          .internalAttributes = central.internalAttributes(),
+          .externalAttributes = central.externalAttributes(),
+          .name = std::string(central.name()),
+          .localExtra = withoutZip64(local.extra(), local.extraSize()),
+          .centralExtra = withoutZip64(central.extra(), central.extraLength()),
+          .comment = {reinterpret_cast<const char*>(central.comment()), central.commentLength()}};
+}
+
+bool copyEntry(Transaction& archive, EntryRecord& record, ZipReader& from,
+               std::uint64_t dataPosition) {
+  // The password of an encrypted entry with a descriptor is checked against its time, so it keeps
+  // its descriptor. All others get their sizes into the local header.
+  const bool descriptor =
+      (record.flags & kFlagDescriptor) != 0 && (record.flags & kFlagEncrypted) != 0;
+  EntryRecord local = record;
+  if (descriptor) {
+    local.crc = local.compressedSize = local.uncompressedSize = 0;
+  } else {
+    record.flags &= static_cast<std::uint16_t>(~kFlagDescriptor);
+    local.flags = record.flags;
+  }
+  appendLocalHeader(archive.buffer(), local);
+  if (!copyBytes(from, dataPosition, record.compressedSize, archive)) return false;
+  if (descriptor) {
+    append32(archive.buffer(), kDescriptorSignature);
+    append32(archive.buffer(), record.crc);
+    append32(archive.buffer(), record.compressedSize);
+    append32(archive.buffer(), record.uncompressedSize);
+  }
+  return archive.flushIfLarge();
+}
+
+}  // namespace zip_engine

@@ -1,0 +1,192 @@
+#include "zip/engine/writing/new_entry.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "platform/random_bytes.h"
+#include "zip/engine/codec/deflate_blocks.h"
+
+namespace zip_engine {
+namespace {
+
+// Plain data up to this size is deflated in one piece.
+constexpr std::size_t kGatherLimit = 4 << 20;
+
+// A part that deflate cannot shrink grows by five bytes for each 64 KB. The header of its entry may
+// precede it.
+constexpr std::size_t kPartOverhead = 64 << 10;
+
+// A part cannot refer to the bytes of the part before. This level makes up for that: the whole is
+// no larger than one stream of zlib's default level.
+constexpr int kPartLevel = 7;
+
+}  // namespace
+
+NewEntry::NewEntry(Transaction& archive, SamplingDeflater& deflater, EntryRecord record,
+                   const NewEntryOptions& options)
+    : archive_(archive),
+      deflater_(deflater),
+      record_(std::move(record)),
+      start_(archive.position()),
+      level_(options.level),
+      raw_(options.raw),
+      expectedCrc_(options.expectedCrc),
+      method_(record_.method) {
+  if (raw_) return;
+  if (options.password != nullptr) beginEncryption(options);
+  setMethod(method_);
+}
+
+// Makes the keys and the header of encrypted data. The entry fails if there are no random bytes.
+void NewEntry::beginEncryption(const NewEntryOptions& options) {
+  record_.flags |= kFlagEncrypted;
+  const AesParameters parameters{.keySize = 32, .method = method_};
+  Bytes& header = encryptionHeader_;
+  header.resize(options.usesAes ? parameters.saltSize() : kEncryptionHeaderSize);
+  failed_ = !platform::fillRandom(header.data(), header.size());
+  if (options.usesAes) {
+    appendAesExtra(record_.localExtra, parameters);
+    appendAesExtra(record_.centralExtra, parameters);
+    aes_.emplace(options.password, parameters, header.data());
+    header.insert(header.end(), aes_->verifier(), aes_->verifier() + kAesVerifierSize);
+  } else {
+    // A reader recognizes a wrong password by the last byte.
+    header.back() = static_cast<unsigned char>(expectedCrc_ >> 24);
+    cipher_.emplace(options.password);
+    cipher_->encrypt(header.data(), header.size());
+  }
+}
+
+// Sets the method of the content in the records.
+void NewEntry::setMethod(std::uint16_t method) {
+  if (aes_) {
+    record_.method = kMethodAes;
+    record_.versionNeeded = kVersionAes;
+    // It is last in the field of AES entries, which is last in the extra field.
+    for (Bytes* const extra : {&record_.localExtra, &record_.centralExtra}) {
+      store16(extra->data() + extra->size() - 2, method);
+    }
+    return;
+  }
+  record_.method = method;
+  record_.versionNeeded = cipher_ || method == ZipMethodDeflate ? kVersionDeflate : kVersionStored;
+}
+
+void NewEntry::encrypt(unsigned char* bytes, std::size_t size) {
+  if (cipher_) cipher_->encrypt(bytes, size);
+  if (aes_) aes_->encrypt(bytes, size);
+}
+
+// Writes the local header, which is patched at the end, and the encryption header.
+void NewEntry::beginData() {
+  begun_ = true;
+  Bytes& buffer = archive_.buffer();
+  appendLocalHeader(buffer, record_);
+  buffer.insert(buffer.end(), encryptionHeader_.begin(), encryptionHeader_.end());
+  stored_ = encryptionHeader_.size();
+}
+
+// Deflates the gathered bytes as an independent part of the entry's stream, so that no more than
+// one part is ever in memory.
+bool NewEntry::deflatePart(bool last) {
+  if (!begun_) beginData();
+  Bytes& buffer = archive_.bufferForPart(kGatherLimit + kPartOverhead);
+  const std::size_t start = buffer.size();
+  const int level = level_ == ZipLevelDefault ? kPartLevel : level_;
+  const bool smaller = deflater_.appendSmaller(buffer, gathered_.data(), gathered_.size(), level);
+  if (!smaller) appendStoredBlocks(buffer, gathered_.data(), gathered_.size());
+  if (smaller && !last && !continueStream(buffer, start)) return false;
+  if (!smaller && last) appendLastBlock(buffer);
+  gathered_.clear();
+  return stored(buffer.size() - start);
+}
+
+// Counts and encrypts the last `size` bytes of the archive's buffer.
+bool NewEntry::stored(std::size_t size) {
+  stored_ += size;
+  if (stored_ >= kSaturated32) return false;
+  Bytes& buffer = archive_.buffer();
+  encrypt(buffer.data() + (buffer.size() - size), size);
+  return archive_.flushIfLarge();
+}
+
+bool NewEntry::write(const unsigned char* data, std::size_t size) {
+  failed_ = failed_ || !add(data, size);
+  return !failed_;
+}
+
+bool NewEntry::add(const unsigned char* data, std::size_t size) {
+  plain_ += size;
+  if (plain_ >= kSaturated32) return false;
+  if (!raw_) crc_ = crc32(crc_, data, size);
+  if (raw_ || method_ == ZipMethodStored) {
+    if (!begun_) beginData();
+    Bytes& buffer = archive_.buffer();
+    buffer.insert(buffer.end(), data, data + size);
+    return stored(size);
+  }
+  // Data that come in blocks get all their memory in one allocation, so that no smaller one is left
+  // in the heap.
+  if (!gathered_.empty()) gathered_.reserve(kGatherLimit);
+  while (gathered_.size() + size > kGatherLimit) {
+    const std::size_t count = kGatherLimit - gathered_.size();
+    gathered_.insert(gathered_.end(), data, data + count);
+    if (!deflatePart(false)) return false;
+    data += count;
+    size -= count;
+  }
+  gathered_.insert(gathered_.end(), data, data + size);
+  return true;
+}
+
+bool NewEntry::finish() {
+  if (failed_ || raw_ || (cipher_ && crc_ != expectedCrc_)) return false;
+  record_.crc = aes_ ? 0 : crc_;
+  record_.uncompressedSize = static_cast<std::uint32_t>(plain_);
+  if (method_ == ZipMethodDeflate) {
+    return begun_ ? deflatePart(true) && complete() : finishGathered();
+  }
+  if (!begun_) beginData();
+  return complete();
+}
+
+bool NewEntry::finishRaw(std::uint32_t uncompressedSize, std::uint32_t crc) {
+  if (failed_ || !raw_) return false;
+  if (!begun_) beginData();
+  record_.crc = crc;
+  record_.uncompressedSize = uncompressedSize;
+  return patchHeader();
+}
+
+// All plain data are in memory: deflates them after the header, or stores them if deflate does not
+// make them smaller.
+bool NewEntry::finishGathered() {
+  beginData();
+  Bytes& buffer = archive_.buffer();
+  const std::size_t dataStart = buffer.size();
+  if (!deflater_.appendSmaller(buffer, gathered_.data(), gathered_.size(), level_)) {
+    setMethod(ZipMethodStored);
+    buffer.insert(buffer.end(), gathered_.begin(), gathered_.end());
+  }
+  return stored(buffer.size() - dataStart) && complete();
+}
+
+// Ends the stored bytes.
+bool NewEntry::complete() {
+  if (aes_) {
+    unsigned char code[kAesCodeSize];
+    aes_->writeCode(code);
+    stored_ += sizeof(code);
+    if (stored_ >= kSaturated32 || !archive_.append(code, sizeof(code))) return false;
+  }
+  return patchHeader();
+}
+
+bool NewEntry::patchHeader() {
+  record_.compressedSize = static_cast<std::uint32_t>(stored_);
+  Bytes header;
+  appendLocalHeader(header, record_);
+  return archive_.patch(start_, header.data(), header.size());
+}
+
+}  // namespace zip_engine

@@ -1,0 +1,75 @@
+#pragma once
+// An entry that is being written: its header, its data through compression and encryption, and the
+// sizes and the CRC for its records.
+
+#include <optional>
+
+#include "zip/engine/cipher/aes.h"
+#include "zip/engine/cipher/crypto.h"
+#include "zip/engine/codec/sampling_deflater.h"
+#include "zip/engine/container/entry_record.h"
+#include "zip/engine/writing/transaction.h"
+
+namespace zip_engine {
+
+struct NewEntryOptions {
+  int level;
+  bool raw;
+  const char* password;       // null for none; not used for raw data
+  bool usesAes;               // with a password; else the traditional encryption
+  std::uint32_t expectedCrc;  // of the plain data, for the traditional encryption
+};
+
+class NewEntry {
+ public:
+  // Begins at the transaction's position.
+  NewEntry(Transaction& archive, SamplingDeflater& deflater, EntryRecord record,
+           const NewEntryOptions& options);
+
+  bool write(const unsigned char* data, std::size_t size);
+  // Complete the entry; a raw one with the size and the CRC of its plain data. Return false after a
+  // write that failed.
+  bool finish();
+  bool finishRaw(std::uint32_t uncompressedSize, std::uint32_t crc);
+
+  // True if a failure is that of an entry that the format has no sizes for.
+  bool isTooLarge() const { return plain_ >= kSaturated32 || stored_ >= kSaturated32; }
+
+  // True if the content was not the one whose CRC was passed.
+  bool hasWrongCrc() const { return cipher_ && !failed_ && crc_ != expectedCrc_; }
+
+  const EntryRecord& record() const { return record_; }
+  std::uint64_t start() const { return start_; }
+
+ private:
+  void beginEncryption(const NewEntryOptions& options);
+  void setMethod(std::uint16_t method);
+  void encrypt(unsigned char* bytes, std::size_t size);
+  void beginData();
+  bool add(const unsigned char* bytes, std::size_t size);
+  bool stored(std::size_t size);
+  bool deflatePart(bool last);
+  bool finishGathered();
+  bool complete();
+  bool patchHeader();
+
+  Transaction& archive_;
+  SamplingDeflater& deflater_;
+  EntryRecord record_;
+  std::uint64_t start_;
+  int level_;
+  bool raw_;
+  std::uint32_t expectedCrc_;
+  std::uint16_t method_;  // asked for; inside the encryption
+  std::optional<TraditionalCipher> cipher_;
+  std::optional<AesCipher> aes_;
+  Bytes encryptionHeader_;  // precedes encrypted data
+  Bytes gathered_;          // plain data that may still be deflated in one piece
+  bool begun_ = false;
+  bool failed_ = false;
+  std::uint64_t plain_ = 0;
+  std::uint64_t stored_ = 0;
+  std::uint32_t crc_ = 0;
+};
+
+}  // namespace zip_engine

@@ -1,0 +1,176 @@
+#include "zip/engine/writing/transaction.h"
+
+#include <algorithm>
+#include <cstring>
+#include <optional>
+
+#include "zip/engine/container/end_record.h"
+#include "zip/engine/reading/interrupted_append.h"
+
+namespace zip_engine {
+namespace {
+
+// Appended bytes are gathered up to this size.
+constexpr std::size_t kBufferSize = 1 << 20;
+
+// How far past a write the backup directory is put while more is to come.
+constexpr std::uint64_t kBackupDistance = 16 << 20;
+
+// A write within one page of the page cache is there entirely or not at all after a kill.
+constexpr std::uint64_t kPage = 4096;
+
+// A gap between the old directory and the end of the file up to this size is overwritten with it; a
+// larger one is left unchanged.
+constexpr std::uint64_t kLargestGap = 1 << 20;
+
+// Returns the start of the first page past a position.
+std::uint64_t nextPage(std::uint64_t position) { return (position / kPage + 1) * kPage; }
+
+}  // namespace
+
+bool Transaction::createNew(const char* path) {
+  // CREATE_ALWAYS is refused for a hidden file.
+  return file_.open(path, GENERIC_READ | GENERIC_WRITE, 0, OPEN_ALWAYS) && file_.truncate(0);
+}
+
+bool Transaction::openExisting(const char* path) {
+  if (!file_.open(path, GENERIC_READ | GENERIC_WRITE, 0, OPEN_EXISTING)) return false;
+  durable_ = true;
+  const std::optional<std::uint64_t> size = file_.size();
+  if (!size) return false;
+  beforeSize_ = *size;
+  if (beforeSize_ == 0) return true;
+  if (!readCentralDirectory(file_, before_)) return false;
+  const std::uint64_t directoryEnd = before_.position + before_.blob.size();
+  const std::uint64_t gap = beforeSize_ - directoryEnd;
+  const bool isKept = gap > kLargestGap;
+  start_ = isKept ? beforeSize_ : before_.position;
+  flushed_ = start_;
+  if (isKept) return true;
+  beforeTail_.resize(static_cast<std::size_t>(gap));
+  return file_.readAt(directoryEnd, beforeTail_.data(), beforeTail_.size());
+}
+
+Bytes& Transaction::bufferForPart(std::size_t size) {
+  buffer_.reserve(kBufferSize + size);
+  return buffer_;
+}
+
+bool Transaction::append(const void* data, std::size_t size) {
+  const auto* const bytes = static_cast<const unsigned char*>(data);
+  buffer_.insert(buffer_.end(), bytes, bytes + size);
+  return flushIfLarge();
+}
+
+bool Transaction::flushIfLarge() {
+  if (buffer_.size() < kBufferSize) return true;
+  // A disk that is nearly full may have space for a backup that is nearer.
+  return (isBackedUp() || backUp(kBackupDistance) || backUp(kBufferSize)) && flush();
+}
+
+bool Transaction::flush() {
+  touched_ = true;
+  if (!file_.writeAt(flushed_, buffer_.data(), buffer_.size())) return false;
+  flushed_ += buffer_.size();
+  buffer_.clear();
+  return true;
+}
+
+// Reports whether the backup directory is past the buffer.
+bool Transaction::isBackedUp() const { return backup_ && position() <= *backup_; }
+
+// Puts a backup directory so many bytes past the buffer or, if the file is longer, past its end.
+bool Transaction::backUp(std::uint64_t distance) {
+  const std::optional<std::uint64_t> size = file_.size();
+  if (!size) return false;
+  touched_ = true;
+  const std::optional<std::uint64_t> copy = writeBackup(std::max(position() + distance, *size));
+  if (copy && sync()) {
+    backup_ = copy;
+    return true;
+  }
+  // An incomplete one must not hide the end record before it.
+  file_.truncate(*size);
+  return false;
+}
+
+// Returns the position of the backup directory.
+//
+// The backup shares no page with the bytes before `end`: the truncation that commits the append
+// zeroes the rest of its last page, and that may reach the disk before the new size.
+std::optional<std::uint64_t> Transaction::writeBackup(std::uint64_t end) {
+  const auto endRecordsFor = [&](std::uint64_t directory) {
+    Bytes bytes;
+    appendEndRecords(bytes, directory - before_.base, before_.blob.size(), before_.entryCount,
+                     before_.comment);
+    return bytes;
+  };
+  const auto ifWritten = [](bool written, std::uint64_t copy) {
+    return written ? std::optional(copy) : std::nullopt;
+  };
+  const Bytes whenSmall = endRecordsFor(nextPage(end));
+  if (before_.blob.size() + whenSmall.size() <= kPage) {
+    Bytes whole = before_.blob;
+    whole.insert(whole.end(), whenSmall.begin(), whenSmall.end());
+    return ifWritten(file_.writeAt(nextPage(end), whole.data(), whole.size()), nextPage(end));
+  }
+  // First an end record that refers to the directory that is there, then the copy, then the end
+  // record that refers to the copy, so that a kill between two of them leaves a sound end record.
+  // With the zip64 records they have one size wherever the directory is.
+  const std::uint64_t endRecord = nextPage(nextPage(end) + before_.blob.size());
+  const std::uint64_t copy = endRecord - before_.blob.size();
+  const std::uint64_t present = backup_.value_or(before_.position);
+  const Bytes far = endRecordsFor(present);
+  const Bytes near = endRecordsFor(copy);
+  if (far.size() == near.size() && !file_.writeAt(endRecord, far.data(), far.size())) {
+    return std::nullopt;
+  }
+  // After a power failure the end record of the archive is not searched farther back than that.
+  const bool isReachable = endRecord + far.size() - present <= kLongestInterruption;
+  const auto inOrder = [&] { return isReachable || sync(); };
+  return ifWritten(inOrder() && file_.writeAt(copy, before_.blob.data(), before_.blob.size()) &&
+                       inOrder() && file_.writeAt(endRecord, near.data(), near.size()),
+                   copy);
+}
+
+bool Transaction::sync() { return !durable_ || file_.sync(); }
+
+bool Transaction::patch(std::uint64_t position, const void* data, std::size_t size) {
+  if (position < flushed_) return file_.writeAt(position, data, size);
+  std::memcpy(buffer_.data() + (position - flushed_), data, size);
+  return true;
+}
+
+void Transaction::rewind(std::uint64_t position) {
+  flushed_ = std::min(flushed_, position);
+  buffer_.resize(static_cast<std::size_t>(position - flushed_));
+}
+
+bool Transaction::commit(const Bytes& kept, const Bytes& added, std::uint64_t entryCount,
+                         const std::string& comment) {
+  const std::uint64_t directoryPosition = position();
+  const std::size_t directorySize = kept.size() + added.size();
+  Bytes endRecords;
+  appendEndRecords(endRecords, directoryPosition - before_.base, directorySize, entryCount,
+                   comment);
+  buffer_.reserve(buffer_.size() + directorySize + endRecords.size());
+  buffer_.insert(buffer_.end(), kept.begin(), kept.end());
+  buffer_.insert(buffer_.end(), added.begin(), added.end());
+  buffer_.insert(buffer_.end(), endRecords.begin(), endRecords.end());
+  // What was never an archive, and is written in one piece, needs no backup.
+  const bool needsBackup = beforeSize_ != 0 || backup_;
+  if (needsBackup && !isBackedUp() && !backUp(0)) return false;
+  return flush() && sync() && (!backup_ || (file_.truncate(position()) && sync()));
+}
+
+void Transaction::restore() {
+  if (!touched_) return;
+  const std::uint64_t tail = beforeSize_ - beforeTail_.size();
+  const bool isRestored =
+      file_.writeAt(start_, before_.blob.data(), static_cast<std::size_t>(tail - start_)) &&
+      file_.writeAt(tail, beforeTail_.data(), beforeTail_.size());
+  // On failure the backup directory stays, and with it all entries.
+  if (isRestored && sync()) file_.truncate(beforeSize_);
+}
+
+}  // namespace zip_engine

@@ -1,0 +1,292 @@
+// The writing calls: new entries, copied entries, and their commit.
+
+#include <algorithm>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "zip/engine/container/end_record.h"
+#include "zip/engine/container/entry_name.h"
+#include "zip/engine/reading/entry_map.h"
+#include "zip/engine/reading/reader.h"
+#include "zip/engine/writing/entry_copy.h"
+#include "zip/engine/writing/new_entry.h"
+
+using namespace zip_engine;
+
+namespace {
+
+// The central records of an archive that stay in it.
+struct KeptRecords {
+  Bytes blob;
+  std::uint64_t count = 0;
+};
+
+}  // namespace
+
+struct ZipWriter {
+  struct Completed {
+    std::uint64_t start;      // absolute position of the local header
+    std::size_t recordStart;  // offset of the record in `records`
+  };
+
+  Transaction archive;
+  int mode = ZipModeAppend;
+  bool usesAes = false;      // for entries with a password
+  bool usesSlashes = false;  // in the names of new entries
+  SamplingDeflater deflater;
+  std::optional<NewEntry> entry;
+  std::optional<KeptRecords> kept;  // if entries of the archive were dropped
+  Bytes records;                    // the central records of the completed entries
+  std::vector<Completed> completed;
+
+  void add(const EntryRecord& record, std::uint64_t start) {
+    completed.push_back({start, records.size()});
+    appendCentralRecord(records, record, start - archive.before().base);
+  }
+  void dropLast() {
+    archive.rewind(completed.back().start);
+    records.resize(completed.back().recordStart);
+    completed.pop_back();
+  }
+  void dropOpen() {
+    if (!entry) return;
+    archive.rewind(entry->start());
+    entry.reset();
+  }
+};
+
+namespace {
+
+constexpr int kSuccess = 0;
+constexpr int kFailure = -1;
+constexpr int kIncomplete = 1;
+
+constexpr std::size_t kLongestField = 0xFFFF;
+
+Bytes bytesOf(const void* data, std::uint32_t size) {
+  const auto* const bytes = static_cast<const unsigned char*>(data);
+  return bytes == nullptr ? Bytes() : Bytes(bytes, bytes + size);
+}
+
+// Sets the name, and what depends on it.
+void setName(EntryRecord& record, const char* name, bool withSlashes) {
+  ArchiveName stored = archiveName(name);
+  if (withSlashes) {
+    std::replace(stored.bytes.begin(), stored.bytes.end(), '\\', '/');
+    record.versionMadeBy = kMadeByWithSlashes;
+  }
+  record.name = std::move(stored.bytes);
+  if (stored.encoding == NameEncoding::Unknown) {
+    // Programs take the permissions from the upper half of the attributes if the host is Unix.
+    constexpr std::uint32_t kRegularFile = 0100644U << 16;
+    record.versionMadeBy = withSlashes ? kMadeByUnknownWithSlashes : kMadeByUnknownNames;
+    record.externalAttributes |= kRegularFile;
+  } else if (record.name.find('\\') != std::string::npos) {
+    // In both records: of different names unzip warns.
+    appendUnicodePath(record.localExtra, record.name);
+    appendUnicodePath(record.centralExtra, record.name);
+  } else if (stored.encoding == NameEncoding::Utf8) {
+    record.flags |= kFlagUtf8;
+  }
+}
+
+// Reports whether the lengths of the variable fields can be written, with `added` more bytes in the
+// extra fields.
+bool fitsFields(const EntryRecord& record, std::size_t added) {
+  return record.name.size() <= kLongestField && record.comment.size() <= kLongestField &&
+         record.localExtra.size() <= kLongestField - added &&
+         record.centralExtra.size() <= kLongestField - kZip64OffsetBlock - added;
+}
+
+int statusOf(const NewEntry& entry, bool succeeded) {
+  if (succeeded) return kSuccess;
+  if (entry.isTooLarge()) return ZipStatusTooLarge;
+  return entry.hasWrongCrc() ? ZipStatusWrongCrc : kFailure;
+}
+
+int finishEntry(ZipWriter& writer, bool complete) {
+  if (!complete) {
+    const int status = statusOf(*writer.entry, false);
+    writer.dropOpen();
+    return status;
+  }
+  writer.add(writer.entry->record(), writer.entry->start());
+  writer.entry.reset();
+  return kSuccess;
+}
+
+bool commit(ZipWriter& writer, const std::string& comment) {
+  const CentralDirectory& before = writer.archive.before();
+  const std::uint64_t count = writer.kept ? writer.kept->count : before.entryCount;
+  return writer.archive.commit(writer.kept ? writer.kept->blob : before.blob, writer.records,
+                               count + writer.completed.size(), comment);
+}
+
+}  // namespace
+
+ZipWriter* ZipOpenWriter(const char* path, int mode) {
+  auto writer = std::make_unique<ZipWriter>();
+  const bool opened =
+      mode == ZipModeCreate ? writer->archive.createNew(path) : writer->archive.openExisting(path);
+  if (!opened) return nullptr;
+  const CentralDirectory& before = writer->archive.before();
+  // With a prefix, a directory without records proves nothing about the file.
+  if (before.entryCount == 0 && before.base != 0) return nullptr;
+  if (mode == ZipModeAppendFirst && before.entryCount != 0) return nullptr;
+  if (!endBeforeDirectory(before)) return nullptr;
+  writer->mode = mode;
+  return writer.release();
+}
+
+int ZipCheckEncryption(int encryption) {
+  const bool isKnown =
+      encryption == ZipEncryptTraditional || (encryption == ZipEncryptAes256 && hasAes());
+  return isKnown ? kSuccess : kFailure;
+}
+
+int ZipSetEncryption(ZipWriter* writer, int encryption) {
+  if (writer == nullptr || ZipCheckEncryption(encryption) != kSuccess) return kFailure;
+  writer->usesAes = encryption == ZipEncryptAes256;
+  return kSuccess;
+}
+
+void ZipSetSlashes(ZipWriter* writer, int slashes) {
+  if (writer != nullptr) writer->usesSlashes = slashes != 0;
+}
+
+int ZipOpenNewEntry(ZipWriter* writer, const char* name, const ZipNewEntryInfo* info,
+                    const void* localExtra, std::uint32_t localExtraLength,
+                    const void* centralExtra, std::uint32_t centralExtraLength, const char* comment,
+                    int method, int level, int raw, int, int, int, const char* password,
+                    std::uint32_t crc) {
+  if (writer == nullptr || name == nullptr || *name == '\0') return kFailure;
+  writer->dropOpen();
+  EntryRecord record;
+  record.comment = comment == nullptr ? "" : comment;
+  record.localExtra = bytesOf(localExtra, localExtraLength);
+  record.centralExtra = bytesOf(centralExtra, centralExtraLength);
+  setName(record, name, writer->usesSlashes);
+  const bool isAes = password != nullptr && writer->usesAes;
+  if (record.name.empty() || !fitsFields(record, isAes ? kAesExtraSize : 0)) return kFailure;
+  if (raw == 0 && method != ZipMethodStored && method != ZipMethodDeflate) return kFailure;
+  if (level < ZipLevelDefault || level > 9) return kFailure;
+  record.method = static_cast<std::uint16_t>(method);
+  if (raw != 0 && password != nullptr) record.flags |= kFlagEncrypted;
+  if (info != nullptr) {
+    record.dosDate = info->dosDate != 0 ? info->dosDate : dosDateOf(info->date);
+    record.internalAttributes = static_cast<std::uint16_t>(info->internalAttributes);
+    record.externalAttributes |= info->externalAttributes;
+  }
+  writer->entry.emplace(writer->archive, writer->deflater, std::move(record),
+                        NewEntryOptions{.level = level,
+                                        .raw = raw != 0,
+                                        .password = password,
+                                        .usesAes = isAes,
+                                        .expectedCrc = crc});
+  return kSuccess;
+}
+
+int ZipWriteEntry(ZipWriter* writer, const void* data, std::uint32_t length) {
+  if (writer == nullptr || !writer->entry || (data == nullptr && length != 0)) return kFailure;
+  NewEntry& entry = *writer->entry;
+  return statusOf(entry, entry.write(static_cast<const unsigned char*>(data), length));
+}
+
+int ZipCloseNewEntry(ZipWriter* writer) {
+  if (writer == nullptr || !writer->entry) return kFailure;
+  return finishEntry(*writer, writer->entry->finish());
+}
+
+int ZipCloseRawEntry(ZipWriter* writer, std::uint32_t uncompressedSize, std::uint32_t crc) {
+  if (writer == nullptr || !writer->entry) return kFailure;
+  return finishEntry(*writer, writer->entry->finishRaw(uncompressedSize, crc));
+}
+
+int ZipCancelNewEntry(ZipWriter* writer) {
+  if (writer == nullptr) return kFailure;
+  if (writer->entry) {
+    writer->dropOpen();
+  } else if (!writer->completed.empty()) {
+    writer->dropLast();
+  } else {
+    return kFailure;
+  }
+  return kSuccess;
+}
+
+int ZipCopyEntry(ZipWriter* writer, ZipReader* reader) {
+  if (writer == nullptr || reader == nullptr) return kFailure;
+  writer->dropOpen();
+  CentralRecord central;
+  const LocalEntry* const local = readCurrent(*reader, central);
+  if (local == nullptr || !local->hasSumsOf(central)) return kFailure;
+  if (central.compressedSize >= kSaturated32 || central.uncompressedSize >= kSaturated32) {
+    return kFailure;
+  }
+  EntryRecord record = recordOf(central, *local);
+  if (!fitsFields(record, 0)) return kFailure;
+  const std::uint64_t start = writer->archive.position();
+  if (!copyEntry(writer->archive, record, *reader, local->dataPosition())) {
+    writer->archive.rewind(start);
+    return kFailure;
+  }
+  writer->add(record, start);
+  return kSuccess;
+}
+
+std::uint32_t ZipDropEntries(ZipWriter* writer, bool (*drops)(const char* name, void* context),
+                             void* context) {
+  if (writer == nullptr) return 0;
+  KeptRecords& kept = writer->kept.emplace();
+  const CentralDirectory& before = writer->archive.before();
+  std::string converted;
+  for (std::size_t at = 0; at < before.blob.size();) {
+    const CentralRecord record = recordAt(before, at);
+    const std::string name(oemName(record, converted));
+    if (!drops(name.c_str(), context)) {
+      kept.blob.insert(kept.blob.end(), record.bytes, record.bytes + record.size());
+      ++kept.count;
+    }
+    at += record.size();
+  }
+  return static_cast<std::uint32_t>(kept.count);
+}
+
+void ZipAbandonWriter(ZipWriter* writer) {
+  if (writer == nullptr) return;
+  const std::unique_ptr<ZipWriter> owner(writer);
+  writer->dropOpen();
+  writer->archive.restore();
+}
+
+int ZipCloseWriter(ZipWriter* writer, const char* globalComment) {
+  if (writer == nullptr) return kFailure;
+  const std::unique_ptr<ZipWriter> owner(writer);
+  writer->dropOpen();
+  const bool isUnchanged = writer->mode != ZipModeCreate && writer->completed.empty() &&
+                           !writer->kept && globalComment == nullptr;
+  if (isUnchanged) {
+    writer->archive.restore();
+    return kSuccess;
+  }
+  const std::string comment =
+      globalComment != nullptr ? globalComment : writer->archive.before().comment;
+  if (comment.size() > kLongestField || mayHoldEndRecord(comment)) {
+    writer->archive.restore();
+    return kFailure;
+  }
+  if (commit(*writer, comment)) return kSuccess;
+  // The disk may still have space for the first of many entries.
+  while (!writer->completed.empty() && !writer->kept) {
+    constexpr std::size_t kShare = 16;
+    for (std::size_t count = writer->completed.size() / kShare + 1; count > 0; --count) {
+      writer->dropLast();
+    }
+    if (!writer->completed.empty() && commit(*writer, comment)) return kIncomplete;
+  }
+  writer->archive.restore();
+  return kFailure;
+}
