@@ -77,8 +77,7 @@ FILESYSTEM_API std::uint64_t EnumFilesWithPath(std::vector<std::string>& result,
 /// @param folder  folder, with or without trailing `\`, not null
 /// @param pattern pattern of the names, not null
 /// @param filter  called with the full path of each file that can be opened; returns non-zero to
-/// list
-///                the file. Its exceptions pass through; an empty filter throws
+///                list the file. Its exceptions pass through; an empty filter throws
 ///                `boost::bad_function_call` at the first file. Records added before stay.
 /// @return number of records added
 FILESYSTEM_API std::uint64_t EnumFilesWithPathEx(std::vector<FILE_INFORMATION>& result,
@@ -108,10 +107,9 @@ FILESYSTEM_API std::uint64_t EnumFolders(std::vector<std::string>& result, const
 ///                  bytes
 /// @param folder    folder text that ends in a separator, not null
 /// @param filter    called with the path of each folder, without trailing `\`; returns zero to
-/// leave
-///                  out the folder and all below it. Its exceptions pass through; an empty filter
-///                  throws `boost::bad_function_call` at the first folder. Then the records of the
-///                  subtrees that were complete stay.
+///                  leave out the folder and all below it. Its exceptions pass through; an empty
+///                  filter throws `boost::bad_function_call` at the first folder. Then the records
+///                  of the subtrees that were complete stay.
 /// @param recursive non-zero for the whole tree, zero for direct children
 /// @return number of records added
 FILESYSTEM_API std::uint64_t EnumFoldersEx(std::vector<FILE_INFORMATION>& result,

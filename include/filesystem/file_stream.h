@@ -70,8 +70,7 @@ class FILESYSTEM_API FileStream {
   /// Writes bytes, which may remain in the buffer. A closed stream keeps them for the file that is
   /// opened next.
   /// @return false only if the bytes were written directly to the file, because they do not fit
-  /// into
-  ///         the buffer, and that failed
+  ///         into the buffer, and that failed
   bool write(const std::string& data);
   /// Does the same as write().
   bool put(const std::string& data);

@@ -28,12 +28,10 @@ namespace FileSystem {
 /// Reports whether a file can be opened for reading while others read and write it. A file that
 /// another handle has open without read sharing is reported as missing.
 /// @param filename path, not null. A bare name, without drive and folder, is also searched for
-/// along
-///                 the platform's search path.
+///                 along the platform's search path.
 /// @return non-zero if the file can be opened (1) or a bare name is found along the search path
-/// (the
-///         length of the path found); else 0. A folder returns 0, unless its bare name is found
-///         along the search path, where folders count, too.
+///         (the length of the path found); else 0. A folder returns 0, unless its bare name is
+///         found along the search path, where folders count, too.
 FILESYSTEM_API int FileExists(const char* filename);
 
 /// Reports whether a folder exists. Needs no permission to write in it and creates nothing.
@@ -68,15 +66,14 @@ FILESYSTEM_API int TestOpen(const char* filename, unsigned long access);
 /// Returns the access that a file allows now.
 /// @param filename path of a file, or null
 /// @return #kAccessReadWrite, #kAccessRead or #kAccessNone. For a null pointer, a missing file and
-/// a
-///         file that another handle has open without sharing it is #kAccessReadWrite.
+///         a file that another handle has open without sharing it is #kAccessReadWrite.
 FILESYSTEM_API unsigned long AllowedAccess(const char* filename);
 
 /// Returns the time of a file's last write as an OLE automation date: days since 1899-12-30 in
 /// local time, with the time of day as the fraction.
 /// @param filename path of an existing file
 /// @return the date, or 0.0 if FileExists denies the file or an automation date cannot hold its
-/// time
+///         time
 FILESYSTEM_API double fileTime(const std::string& filename);
 
 /// Creates all missing folders of a path, and tests with IsValidPath that the last one can be used.
@@ -88,7 +85,7 @@ FILESYSTEM_API int EnsurePathExists(const char* path);
 
 /// Reports whether a folder can take files, by writing a temporary file and deleting it again.
 /// @param path folder, with or without trailing separator, of at most 246 bytes; null counts as
-/// empty
+///             empty
 /// @return 1 or 0
 FILESYSTEM_API int IsValidPath(const char* path);
 
@@ -136,8 +133,7 @@ FILESYSTEM_API long CopyContent(const std::string& source, const std::string& ta
 /// Creates the marker file `<process id>.lock` in a folder, unless it exists. The lock is the
 /// existence of the file; no handle is kept.
 /// @param folder folder, with or without trailing `\`; null counts as the current folder. The text
-/// is
-///               cut at 259 bytes.
+///               is cut at 259 bytes.
 /// @return 1 if the file exists now; else 0
 FILESYSTEM_API int CreateLockFile(const char* folder);
 

@@ -68,8 +68,7 @@ FILESYSTEM_API bool pathEqual(const std::string& first, const std::string& secon
 /// @param base directory with its trailing separator; compared as text, ignoring case
 /// @param path any path
 /// @return the part of `path` after `base`; all of `path` if it does not begin with `base` or is
-/// not
-///         longer
+///         not longer
 FILESYSTEM_API std::string subPath(const std::string& base, const std::string& path);
 
 /// Returns the directory that contains a path. Checks the disk for a file of that name, because the
@@ -77,8 +76,7 @@ FILESYSTEM_API std::string subPath(const std::string& base, const std::string& p
 /// @param path zero-terminated path; null counts as empty; only the first 259 bytes count. One
 ///             trailing `\` is ignored.
 /// @return the text up to the last `\`. A path without `\` is returned with a `\` appended. Empty
-/// for
-///         an empty path and for the bare name of an existing file.
+///         for an empty path and for the bare name of an existing file.
 FILESYSTEM_API CString ParentDirectory(const char* path);
 
 /// Finds the root of a path: a drive with its separator, a server and share, or the first component

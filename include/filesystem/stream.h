@@ -16,8 +16,7 @@ namespace FileSystem {
 /// Reads a file.
 /// @param path path of the file, up to its first zero byte
 /// @return its content; empty if the file is empty or cannot be opened. After a read error, the
-/// bytes
-///         before the error.
+///         bytes before the error.
 FILESYSTEM_API std::string readContent(const std::string& path);
 
 /// Replaces the content of a file in place, or creates the file. The old content is lost before the

@@ -35,8 +35,7 @@ class FILESYSTEM_API TemporaryStorage {
   /// Creates a folder whose name is a new GUID in braces. A folder that the object already owns is
   /// cleared first, even if the call then fails.
   /// @param base       existing folder that can be written to, with or without trailing separator,
-  /// up
-  ///                   to its first zero byte
+  ///                   up to its first zero byte
   /// @param removeBase whether clear() also deletes `base`, if it is empty by then
   /// @return false if IsValidPath denies `base`. True does not promise that the folder could be
   ///         created.

@@ -28,9 +28,8 @@ FILESYSTEM_API int isFileXml(const char* path);
 namespace Xml {
 
 /// Escapes text for use between tags or inside an attribute in double quotes: replaces `<`, `>`,
-/// `&`,
-/// `'` and `"` by named entities, and drops the control characters other than 0, tab, line feed and
-/// carriage return.
+/// `&`, `'` and `"` by named entities, and drops the control characters other than 0, tab, line
+/// feed and carriage return.
 FILESYSTEM_API std::string toXml(const std::string& text);
 
 /// Replaces the named entities of toXml() by their characters, kind by kind in the order `&lt;`,
