@@ -1,6 +1,6 @@
 #include "zip/entry_path.h"
 
-#include <algorithm>
+#include "platform/relative_path.h"
 
 namespace zip {
 namespace {
@@ -17,13 +17,7 @@ bool startsWithDrive(std::string_view path) {
 
 bool escapesTarget(std::string_view name) {
   if (name.empty() || kSeparators.find(name[0]) != std::string_view::npos) return true;
-  if (startsWithDrive(name)) return true;
-  while (!name.empty()) {
-    const std::string_view component = name.substr(0, name.find_first_of(kSeparators));
-    if (component == "..") return true;
-    name.remove_prefix(std::min(component.size() + 1, name.size()));
-  }
-  return false;
+  return startsWithDrive(name) || platform::climbs(name);
 }
 
 std::size_t directoryLength(std::string_view path) {

@@ -4,6 +4,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/relative_path.h"
 #include "platform/unique_handle.h"
 #include "platform/windows/replacement_file.h"
 
@@ -107,7 +108,6 @@ bool ConfinedDirectory::State::descend(std::string_view path) {
     const std::string_view name = path.substr(0, path.find_first_of("\\/"));
     path.remove_prefix(name.size() + 1);
     if (name.empty() || name == ".") continue;
-    if (name == "..") return false;
     if (depth == levels.size() || levels[depth].name != name) {
       levels.resize(depth);
       Level level{
@@ -157,7 +157,7 @@ ConfinedDirectory::operator bool() const { return static_cast<bool>(state_->root
 ConfinedDirectory::Result ConfinedDirectory::write(std::string_view name, const Fill& fill,
                                                    Existing existing, WrittenFiles::Name id) {
   const std::size_t fileStart = name.find_last_of("\\/") + 1;
-  if (!state_->descend(name.substr(0, fileStart)) || fileStart == name.size()) {
+  if (climbs(name) || !state_->descend(name.substr(0, fileStart)) || fileStart == name.size()) {
     return {Outcome::Failed};
   }
   const std::string path = state_->deepest() + std::string(name.substr(fileStart));

@@ -18,6 +18,7 @@
 #include "platform/linux/replacing/overwriting.h"
 #include "platform/linux/replacing/replacement_file.h"
 #include "platform/linux/system/last_error.h"
+#include "platform/relative_path.h"
 #include "platform/unique_handle.h"
 #include "platform/written_files.h"
 
@@ -114,16 +115,6 @@ Descriptor lockForReplacement(int directory, const char* name, struct stat& stat
   if (acquireShare(file, kReadWrite, 0)) return file;
   fail(ERROR_SHARING_VIOLATION);
   return {};
-}
-
-// True if the name has a component "..". NativePath would resolve it as text.
-bool climbs(std::string_view name) {
-  while (!name.empty()) {
-    const std::string_view component = name.substr(0, name.find_first_of("\\/"));
-    if (component == "..") return true;
-    name.remove_prefix(std::min(component.size() + 1, name.size()));
-  }
-  return false;
 }
 
 // Writes a new version over the file that it cannot replace.
@@ -224,6 +215,7 @@ ConfinedDirectory::operator bool() const { return static_cast<bool>(state_->root
 
 ConfinedDirectory::Result ConfinedDirectory::write(std::string_view name, const Fill& fill,
                                                    Existing existing, WrittenFiles::Name id) {
+  // NativePath would resolve "..", as text.
   if (climbs(name)) return failedWith(ERROR_ACCESS_DENIED);
   // The dot keeps the start of the name from being taken for a drive or a share.
   const NativePath path((".\\" + std::string(name)).c_str());

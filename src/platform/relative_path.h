@@ -1,0 +1,19 @@
+#pragma once
+// Paths below a directory, taken from names that are not trusted.
+
+#include <algorithm>
+#include <string_view>
+
+namespace platform {
+
+// True if a component of the path is "..", so that it can lead out of the directory.
+inline bool climbs(std::string_view path) {
+  while (!path.empty()) {
+    const std::string_view component = path.substr(0, path.find_first_of("\\/"));
+    if (component == "..") return true;
+    path.remove_prefix(std::min(component.size() + 1, path.size()));
+  }
+  return false;
+}
+
+}  // namespace platform
