@@ -8,6 +8,7 @@
 #include <memory>
 #include <optional>
 
+#include "zip/engine/codec/methods.h"
 #include "zip/engine/container/entry_name.h"
 #include "zip/engine/reading/entry_data.h"
 #include "zip/engine/reading/entry_map.h"
@@ -74,7 +75,7 @@ bool isReadable(const CentralRecord& record, const char* password) {
   if (const std::optional<AesParameters> aes = aesOf(record)) {
     return hasAes() && hasPossibleSizes(record, aes->method, aes->headerSize() + kAesCodeSize);
   }
-  if (record.method() != ZipMethodStored && record.method() != ZipMethodDeflate) return false;
+  if (!isCompressionMethod(record.method())) return false;
   return hasPossibleSizes(record, record.method(), isEncrypted(record) ? kEncryptionHeaderSize : 0);
 }
 

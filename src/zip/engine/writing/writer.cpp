@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "zip/engine/codec/methods.h"
 #include "zip/engine/container/end_record.h"
 #include "zip/engine/container/entry_name.h"
 #include "zip/engine/reading/entry_map.h"
@@ -171,7 +172,7 @@ int ZipOpenNewEntry(ZipWriter* writer, const char* name, const ZipNewEntryInfo* 
   setName(record, name, writer->usesSlashes);
   const bool isAes = password != nullptr && writer->usesAes;
   if (record.name.empty() || !fitsFields(record, isAes ? kAesExtraSize : 0)) return kFailure;
-  if (raw == 0 && method != ZipMethodStored && method != ZipMethodDeflate) return kFailure;
+  if (raw == 0 && !isCompressionMethod(method)) return kFailure;
   if (level < ZipLevelDefault || level > 9) return kFailure;
   record.method = static_cast<std::uint16_t>(method);
   if (raw != 0 && password != nullptr) record.flags |= kFlagEncrypted;
