@@ -36,14 +36,12 @@ void remove(const std::string& zip, const std::vector<std::string>& patterns, Ou
                   ": it is the only entry of " + inQuotes(zip) +
                   " that would be left; delete the archive instead");
   }
+  std::vector<std::string> removed;
+  for (const std::size_t i : selected) removed.push_back(names[i]);
   const Progress progress(output, "removing from " + zip);
-  for (const std::size_t i : selected) {
-    // An entry of the same name may have been removed with an earlier one.
-    if (archive.zip().exist(names[i].c_str()) == 0) continue;
-    if (archive.zip().remove(names[i].c_str()) == 0) {
-      throw Failure("cannot remove " + inQuotes(names[i]) + ": " + inQuotes(zip) +
-                    " cannot be written, or an entry that is kept is damaged");
-    }
-    output.detail("removed " + printable(names[i]));
+  if (archive.zip().removeEntries(removed) == 0) {
+    throw Failure("cannot remove from " + inQuotes(zip) +
+                  ": it cannot be written, or an entry that is kept is damaged");
   }
+  for (const std::string& name : removed) output.detail("removed " + printable(name));
 }

@@ -1,5 +1,9 @@
 #include "zip/rewrite.h"
 
+#include <set>
+#include <string_view>
+
+#include "path/zero_terminated.h"
 #include "platform/replace_file.h"
 #include "zip/temporary_file.h"
 
@@ -27,6 +31,18 @@ void Rewrite::open() {
   original_.reset(CreateFileA(path_.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE,
                               nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
   reader_.emplace(path_.c_str());
+}
+
+// Walks over the archive once, since looking for a name does so too.
+bool Rewrite::hasAll(const std::vector<std::string>& names) {
+  std::set<std::string_view> missing;
+  for (const std::string& name : names) missing.insert(FileSystem::Detail::upToZero(name));
+  reader_->forEachEntry([&] {
+    const EntryInfo info = reader_->describe();
+    if (!info.nameIsCut) missing.erase(callerName(info.name));
+    return !missing.empty();
+  });
+  return missing.empty();
 }
 
 Rewrite::Result Rewrite::run(const NameSet& dropped,

@@ -4,6 +4,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "platform/unique_handle.h"
 #include "zip/archive_reader.h"
@@ -22,6 +23,9 @@ class Rewrite {
 
   // The archive. No reader if it cannot be opened.
   ArchiveReader& reader() { return *reader_; }
+
+  // True if the archive has an entry of each of these names, which end at their first zero byte.
+  bool hasAll(const std::vector<std::string>& names);
 
   enum class Result {
     Replaced,     // the archive has all entries but the dropped ones

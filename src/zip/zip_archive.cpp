@@ -232,3 +232,13 @@ int ZipArchive::remove(const char* name) {
            archive.run({name}) == zip::Rewrite::Result::Replaced;
   });
 }
+
+int ZipArchive::removeEntries(const std::vector<std::string>& names) {
+  return writing(*m_private, [&](const std::string& path) {
+    zip::NameSet dropped;
+    for (const std::string& name : names) dropped.emplace(FileSystem::Detail::upToZero(name));
+    zip::Rewrite archive(path);
+    return !dropped.empty() && archive.hasAll(names) &&
+           archive.run(dropped) == zip::Rewrite::Result::Replaced;
+  });
+}

@@ -155,6 +155,12 @@ const Export kExports[] = {
      [](const World& world, Pass pass) {
        return std::to_string(world.archive().insert({'n'}, "new", pass("comment"), 0));
      }},
+    {"ZipArchiveRemoveEntries",
+     [](const World& world, Pass pass) {
+       ZipArchive archive = world.archive();
+       archive.insert({'n'}, "new", "", 0);
+       return std::to_string(archive.removeEntries({pass("entry")}));
+     }},
     {"ZipArchiveInsertFilesPath",
      [](const World& world, Pass pass) {
        return std::to_string(

@@ -265,6 +265,25 @@ TEST_F(Zip, Removal) {
   EXPECT_TRUE(support::readFile(path_) == foreign);
 }
 
+// All of a list are removed, or none.
+TEST_F(Zip, RemovalOfAList) {
+  struct Row {
+    Names list;
+    int result;
+    Names left;
+  };
+  const Names all{"a", "B", "b", "d\\c"};
+  for (const Row& row : {Row{{"a", "d\\c"}, 1, {"B", "b"}}, Row{{"a", "a"}, 1, {"B", "b", "d\\c"}},
+                         Row{{"b", "B"}, 1, {"a", "d\\c"}}, Row{{"b"}, 1, {"a", "d\\c"}},
+                         Row{{"a", "missing"}, 0, all}, Row{{"a", "A"}, 0, all}, Row{{""}, 0, all},
+                         Row{{}, 0, all}, Row{all, 0, all}}) {
+    make(all);
+    EXPECT_EQ(writable().removeEntries(row.list), row.result) << testing::PrintToString(row.list);
+    EXPECT_EQ(names(), row.left) << testing::PrintToString(row.list);
+  }
+  EXPECT_EQ(readable().removeEntries({"a"}), 0);
+}
+
 // A name that is too long for the library is not taken for another one that it begins with.
 TEST_F(Zip, LongNamesStayApart) {
   const std::string stem(260, 'n');
