@@ -51,16 +51,15 @@
 #include "platform/linux/opening/share_lock.h"
 
 #include <fcntl.h>
-#include <sys/vfs.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <chrono>
-#include <cstdint>
 #include <random>
 #include <thread>
 
 #include "platform/linux/opening/access_rights.h"
+#include "platform/linux/opening/remote_file.h"
 
 namespace platform::native {
 namespace {
@@ -202,23 +201,12 @@ bool contradicted(int descriptor, Facts facts) {
   return !eachRange(facts, [=](Range range) { return !heldByOthers(descriptor, range); });
 }
 
-bool isOnNetwork(int descriptor) {
-  constexpr std::uint32_t kNfs = 0x6969;
-  constexpr std::uint32_t kSmb = 0x517B;
-  constexpr std::uint32_t kCifs = 0xFF534D42;
-  constexpr std::uint32_t kSmb2 = 0xFE534D42;
-  struct statfs status;
-  if (fstatfs(descriptor, &status) != 0) return false;
-  const auto type = static_cast<std::uint32_t>(status.f_type);
-  return type == kNfs || type == kSmb || type == kCifs || type == kSmb2;
-}
-
 // Does the same as contradicted, for an opening that has its own locks.
 bool contradictedOnOpening(int descriptor, const Request& request, bool mayBeRemote) {
   if (contradicted(descriptor, request.asked)) return true;
   constexpr Facts kContent = bit(kReads) | bit(kWrites) | bit(kDenyRead) | bit(kDenyWrite);
   const Facts facts = request.asked & kContent & ~request.shared;
-  if (!mayBeRemote || facts == 0 || !request.canWrite || !isOnNetwork(descriptor)) return false;
+  if (!mayBeRemote || facts == 0 || !request.canWrite || !isRemoteFile(descriptor)) return false;
   return !eachRange(facts, [=](Range range) {
     if (take(descriptor, range, F_WRLCK) == Lock::Refused) return false;
     release(descriptor, range);

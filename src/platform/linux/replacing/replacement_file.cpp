@@ -1,7 +1,6 @@
 #include "platform/linux/replacing/replacement_file.h"
 
 #include <fcntl.h>
-#include <sys/vfs.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -11,6 +10,7 @@
 
 #include "platform/linux/metadata/attributes.h"
 #include "platform/linux/opening/existing_file.h"
+#include "platform/linux/opening/remote_file.h"
 #include "platform/linux/opening/share_lock.h"
 #include "platform/linux/replacing/carry_over.h"
 #include "platform/linux/replacing/durability.h"
@@ -18,28 +18,6 @@
 
 namespace platform::native {
 namespace {
-
-// True for file systems whose files are on another machine, or served by another process.
-bool isRemoteFile(int file) {
-  struct statfs system;
-  if (fstatfs(file, &system) != 0) return true;
-  switch (static_cast<unsigned>(system.f_type)) {
-    case 0x6969:      // NFS
-    case 0x517B:      // SMB
-    case 0xFF534D42:  // CIFS
-    case 0xFE534D42:  // SMB 2
-    case 0x01021997:  // 9P
-    case 0x65735546:  // FUSE
-    case 0x5346414F:  // AFS
-    case 0x6B414653:  // AFS, the kernel's own
-    case 0x00C36400:  // Ceph
-    case 0x73757245:  // Coda
-    case 0x564C:      // NetWare
-      return true;
-    default:
-      return false;
-  }
-}
 
 Replaced failure() { return isRefusal(errno) ? Replaced::Refused : Replaced::No; }
 
