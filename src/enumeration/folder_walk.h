@@ -34,13 +34,13 @@ class FolderWalk {
   // separator. The entries of a folder come before those of its subfolders.
   template <typename Visit, typename File>
   void run(Visit visit, File file) {
-    run(visit, file, [] {});
+    run(visit, file, [](const Search&) {});
   }
 
-  // Also calls `unread()` for each folder that cannot be read to its end.
-  template <typename Visit, typename File, typename Unread>
-  void run(Visit visit, File file, Unread unread) {
-    walk(FindExSearchNameMatch, visit, file, unread);
+  // Also calls `end(search)` at the end of each folder, or where it cannot be read further.
+  template <typename Visit, typename File, typename End>
+  void run(Visit visit, File file, End end) {
+    walk(FindExSearchNameMatch, visit, file, end);
   }
 
   const std::string& path() const { return path_; }
@@ -52,11 +52,11 @@ class FolderWalk {
   bool atTop() const { return levels_.size() == 1; }
 
  private:
-  template <typename Visit, typename File, typename Unread>
-  void walk(FINDEX_SEARCH_OPS operation, Visit& visit, File& file, Unread& unread) {
+  template <typename Visit, typename File, typename End>
+  void walk(FINDEX_SEARCH_OPS operation, Visit& visit, File& file, End& end) {
     const std::size_t size = path_.size();
     levels_.push_back(size);
-    for (const WIN32_FIND_DATAA& entry : readFolder(operation, file, unread)) {
+    for (const WIN32_FIND_DATAA& entry : readFolder(operation, file, end)) {
       // A plain join: with Boost.Format listing the folders of a tree takes a fifth longer.
       path_.resize(size);
       path_ += entry.cFileName;
@@ -64,15 +64,15 @@ class FolderWalk {
       if (isLink && isCycle()) continue;
       if (!visit(entry) || !recursive_) continue;
       path_ += '\\';
-      walk(operation, visit, file, unread);
+      walk(operation, visit, file, end);
     }
     levels_.pop_back();
   }
 
   // Passes the files of the folder at path() to `file`, and returns its subfolders.
-  template <typename File, typename Unread>
+  template <typename File, typename End>
   std::vector<WIN32_FIND_DATAA> readFolder(FINDEX_SEARCH_OPS operation, File& file,
-                                           Unread& unread) const {
+                                           End& end) const {
     std::vector<WIN32_FIND_DATAA> folders;
     Search search(path_ + '*', operation, namesOnly_);
     while (search.next()) {
@@ -83,7 +83,7 @@ class FolderWalk {
         folders.push_back(search.entry());
       }
     }
-    if (!search.isComplete()) unread();
+    end(search);
     return folders;
   }
 

@@ -4,9 +4,11 @@
 #include <filesystem/file_information.h>
 
 #include <string>
+#include <vector>
 
 #include "platform/probe_open.h"
 #include "platform/unique_handle.h"
+#include "platform/unlisted_names.h"
 #include "platform/win32.h"
 
 namespace FileSystem::Detail {
@@ -37,6 +39,10 @@ class Search {
   // cannot be read.
   bool isComplete() const {
     return error_ == ERROR_NO_MORE_FILES || error_ == ERROR_FILE_NOT_FOUND;
+  }
+  // The names that the search has passed over, since they are too long for an entry.
+  std::vector<std::string> unlistedNames() const {
+    return handle_ ? platform::unlistedNames(handle_.get()) : std::vector<std::string>();
   }
   const WIN32_FIND_DATAA& entry() const { return entry_; }
   bool isFolder() const { return (entry_.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0; }

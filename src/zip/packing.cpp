@@ -33,7 +33,7 @@ class Check {
   void run() {
     walk_.run([](const WIN32_FIND_DATAA&) { return true; },
               [this](const Search& search) { checkFile(search); },
-              [this] { fail(walk_.path(), reasonForFolder()); });
+              [this](const Search& search) { checkEnd(search); });
   }
 
   bool succeeded() const { return succeeded_; }
@@ -61,6 +61,13 @@ class Check {
       report_.files.push_back({path, Reason::NotAFile});
     } else if (!isSameFile(path.c_str(), archive_.c_str())) {
       fail(path, Reason::Unreadable);
+    }
+  }
+
+  void checkEnd(const Search& search) {
+    if (!search.isComplete()) fail(walk_.path(), reasonForFolder());
+    for (const std::string& name : search.unlistedNames()) {
+      fail(walk_.path() + name, Reason::PathTooLong);
     }
   }
 

@@ -61,6 +61,10 @@ TEST_F(VeskFs, NamesWhatItLeavesOut) {
   expectLines("sweep in 3", {"kept 'sub/readonly.txt': it is read-only"});
 
   ASSERT_EQ(shell("rm in/link.txt in/fifo.txt"), 0);
+  const std::string backslashes(100, '\\');
+  write("in/back/" + backslashes, "x");
+  expectLines("pack in a.zip", {"'back/" + backslashes + "': its path has more than 259"});
+  ASSERT_EQ(shell("rm -r in/back"), 0);
   write("in/" + longName + '/' + longName, "x");
   ASSERT_EQ(shell("touch -d '9 days ago' in/n*/*"), 0);
   expectLines("pack in a.zip", {"nn': its path has more than 259"});

@@ -10,6 +10,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "platform/linux/listing/directory_stream.h"
 #include "platform/linux/listing/found_entry.h"
@@ -22,10 +23,9 @@ namespace platform::native {
 namespace {
 
 // Fills the record of a search for names from the listing of the directory. Returns false if the
-// listing does not hold the type, if the entry is a link, or if the name is too long.
+// listing does not hold the type, or if the entry is a link.
 bool describeListed(const dirent& entry, std::string_view shown, WIN32_FIND_DATAA& data) {
   if (entry.d_type != DT_REG && entry.d_type != DT_DIR) return false;
-  if (shown.size() >= sizeof(data.cFileName)) return false;
   data = WIN32_FIND_DATAA{};
   data.dwFileAttributes =
       entry.d_type == DT_DIR ? FILE_ATTRIBUTE_DIRECTORY : FILE_ATTRIBUTE_ARCHIVE;
@@ -81,6 +81,7 @@ class Search {
   // The entry that was returned last; null if there is none any more, or if the
   // search was for a single name without an open folder.
   const dirent* entry() const { return entry_; }
+  const std::vector<std::string>& passedOver() const { return passedOver_; }
 
  private:
   // Rules out entries by their listed type, which spares their status.
@@ -94,6 +95,10 @@ class Search {
     char buffer[MAX_PATH * 3];
     const std::string_view shown(buffer, displayName(entry_->d_name, buffer, sizeof(buffer)));
     if (shown.empty() || !pattern_->matches(shown)) return false;
+    if (shown.size() >= sizeof(data.cFileName)) {
+      passedOver_.emplace_back(shown);
+      return false;
+    }
     if (namesOnly_ && describeListed(*entry_, shown, data)) return true;
     if (describe(dirfd(folder_.get()), entry_->d_name, entry_->d_name, data)) {
       return !foldersOnly_ || (data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
@@ -104,6 +109,7 @@ class Search {
 
   DirectoryStream folder_;
   const dirent* entry_ = nullptr;
+  std::vector<std::string> passedOver_;
   DWORD error_ = ERROR_NO_MORE_FILES;
   std::optional<Wildcard> pattern_;
   bool foldersOnly_ = false;
@@ -148,6 +154,10 @@ FoundEntry lastFound(HANDLE handle) {
   const dirent* const entry = search.entry();
   if (entry == nullptr) return {};
   return {.folder = search.folder(), .name = entry->d_name, .isRegular = entry->d_type == DT_REG};
+}
+
+const std::vector<std::string>& namesPassedOver(HANDLE handle) {
+  return static_cast<const Search*>(handle)->passedOver();
 }
 
 }  // namespace platform::native

@@ -1,5 +1,9 @@
 #pragma once
-// The entry that a search returned last, for work relative to its open folder.
+// What a search found: the entry that it returned last, for work relative to its open folder, and
+// the entries that it cannot return.
+
+#include <string>
+#include <vector>
 
 #include "platform/linux/win32_linux.h"
 
@@ -14,5 +18,9 @@ struct FoundEntry {
 // The name is null if the search was for a single name, without an open folder,
 // or has returned its last entry.
 FoundEntry lastFound(HANDLE search);
+
+// The shown names of the entries that the search has passed over because they are too long for a
+// record.
+const std::vector<std::string>& namesPassedOver(HANDLE search);
 
 }  // namespace platform::native
