@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cstdio>
 #include <optional>
-#include <unordered_set>
 #include <utility>
 
 #include "addition.h"
@@ -62,20 +61,19 @@ bool checkNames(const AddRequest& request) {
 // Adds files in batches, with a commit for each.
 class Addition {
  public:
-  Addition(Archive& archive, const std::vector<Source>& sources, Output& output)
-      : archive_(archive), sources_(sources), output_(output) {}
+  // With `isOneBatch` all files get one commit.
+  Addition(Archive& archive, const std::vector<Source>& sources, bool isOneBatch, Output& output)
+      : archive_(archive), sources_(sources), isOneBatch_(isOneBatch), output_(output) {}
 
   void run() {
     std::uint64_t total = 0;
     for (const Source& source : sources_) total += fileSize(source.path);
     Progress progress(output_, "adding to " + archive_.path(), total);
-    // Replacing an entry copies the whole archive, so there is one batch then.
-    const bool replaces = replacesEntry();
     for (std::size_t first = 0; first < sources_.size();) {
       constexpr std::uint64_t kBatchBytes = 256 << 20;
       std::uint64_t bytes = 0;
       std::size_t last = first;
-      while (last < sources_.size() && (replaces || bytes < kBatchBytes)) {
+      while (last < sources_.size() && (isOneBatch_ || bytes < kBatchBytes)) {
         bytes += fileSize(sources_[last++].path);
       }
       addBatch(first, last);
@@ -85,12 +83,6 @@ class Addition {
   }
 
  private:
-  bool replacesEntry() const {
-    const std::unordered_set<std::string> names(archive_.names().begin(), archive_.names().end());
-    return std::any_of(sources_.begin(), sources_.end(),
-                       [&](const Source& source) { return names.count(source.name) != 0; });
-  }
-
   // The library stops at the first file that fails. It is reported, and the others are added.
   void addBatch(std::size_t first, std::size_t last) {
     while (first < last) {
@@ -124,6 +116,7 @@ class Addition {
 
   Archive& archive_;
   const std::vector<Source>& sources_;
+  const bool isOneBatch_;
   Output& output_;
 };
 
@@ -143,13 +136,8 @@ void add(const AddRequest& request, Output& output) {
   }
   if (sources.empty()) throw Failure("there is no file to add");
   Archive archive = openOrCreate(request.zip);
-  const std::vector<std::string> removed = takeNamesOfReplaced(sources, archive.names());
+  // Replacing an entry copies the whole archive, so all files are one batch then.
+  const bool isOneBatch = replacesEntry(sources, archive.names());
   archive.zip().setEncryption(password.text.c_str(), password.encryption);
-  Addition(archive, sources, output).run();
-  for (const std::string& name : removed) {
-    if (archive.zip().remove(name.c_str()) == 0) {
-      throw Failure("cannot remove the old entry " + inQuotes(name) + " of " +
-                    inQuotes(request.zip));
-    }
-  }
+  Addition(archive, sources, isOneBatch, output).run();
 }

@@ -73,29 +73,13 @@ std::vector<Source> sourcesOf(const AddRequest& request, Output& output) {
   return withoutRepetitions(sources);
 }
 
-std::vector<std::string> takeNamesOfReplaced(std::vector<Source>& sources,
-                                             const std::vector<std::string>& names) {
-  std::unordered_map<std::string, std::vector<std::string>> spellings;
-  for (const std::string& name : names) {
-    std::vector<std::string>& list = spellings[withBackslashes(name)];
-    if (std::find(list.begin(), list.end(), name) == list.end()) list.push_back(name);
-  }
+bool replacesEntry(const std::vector<Source>& sources, const std::vector<std::string>& names) {
+  std::unordered_set<std::string> added;
+  for (const Source& source : sources) added.insert(withBackslashes(source.name));
   std::unordered_set<std::string> replaced;
-  std::unordered_set<std::string> removed;
-  for (Source& source : sources) {
-    const auto found = spellings.find(withBackslashes(source.name));
-    if (found == spellings.end()) continue;
-    const std::vector<std::string>& list = found->second;
-    if (std::find(list.begin(), list.end(), source.name) == list.end()) source.name = list[0];
-    replaced.insert(source.name);
-    for (const std::string& name : list) {
-      if (name != source.name) removed.insert(name);
-    }
+  for (const std::string& name : names) {
+    if (added.count(withBackslashes(name)) != 0) replaced.insert(name);
   }
   requireNoTwins(replaced, names);
-  // The removal comes after the insertion, so that it must not find a new entry either.
-  std::vector<std::string> after = names;
-  for (const Source& source : sources) after.push_back(source.name);
-  requireNoTwins(removed, after);
-  return {removed.begin(), removed.end()};
+  return !replaced.empty();
 }

@@ -16,8 +16,6 @@ struct Source {
 // given twice occurs once. Throws Failure if one cannot be read, or if two have the same name.
 std::vector<Source> sourcesOf(const AddRequest& request, Output& output);
 
-// Gives each source the spelling of the entry that it replaces: another program may have written
-// `/` for `\`. Returns the names of the other spellings of such an entry, which are to be removed
-// after that. Throws Failure if the library would replace or remove another entry too.
-std::vector<std::string> takeNamesOfReplaced(std::vector<Source>& sources,
-                                             const std::vector<std::string>& names);
+// Reports whether a source replaces an entry, of which another program may have written the name
+// with `/` for `\`. Throws Failure if the library would replace another entry too.
+bool replacesEntry(const std::vector<Source>& sources, const std::vector<std::string>& names);

@@ -209,10 +209,10 @@ class FILESYSTEM_API ZipArchive {
   ///
   /// A file fails if it cannot be read to its end or is too large, if its name is too long or that
   /// of an earlier file of the list, or if `overwrite` is 0 and the name exists. Unlike with
-  /// insert(), an entry whose file fails is kept.
+  /// insert(), an entry whose file fails is kept. Names that differ only in `/` and `\` are equal.
   /// @param files     pairs of the path of a file and the name of its entry, up to their first zero
   ///                  bytes; an empty name for the path
-  /// @param overwrite non-zero to replace entries of those names, as above
+  /// @param overwrite non-zero to replace entries of those names, in the same commit
   /// @return the number of files before the first that failed, the size of the list if none did; 0,
   ///         with the archive unchanged, if it cannot be written
   std::size_t insertFiles(const std::vector<std::pair<std::string, std::string>>& files,

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <optional>
 #include <string_view>
+#include <unordered_map>
 #include <unordered_set>
 
 #include "path/zero_terminated.h"
@@ -20,6 +21,51 @@ std::string nameOf(const FileList::value_type& file) {
   return std::string(name.empty() ? FileSystem::Detail::upToZero(file.first) : name);
 }
 
+// Returns the name with `\` as its only separator. Programs take both separators for one.
+std::string withBackslashes(std::string name) {
+  std::replace(name.begin(), name.end(), '/', '\\');
+  return name;
+}
+
+// Finds the entries of an archive that have a name, whatever their separators.
+class EntryNames {
+ public:
+  explicit EntryNames(ArchiveReader& archive) : archive_(archive) {}
+
+  // Adds the names of those entries to `found`. Returns whether there are some.
+  bool find(const std::string& name, NameSet& found) {
+    const std::string key = withBackslashes(name);
+    if (key.find('\\') == std::string::npos) {
+      if (!archive_.locate(storedName(name))) return false;
+      found.insert(name);
+      return true;
+    }
+    if (!isRead_) read();
+    const auto [first, last] = names_.equal_range(key);
+    for (auto i = first; i != last; ++i) found.insert(i->second);
+    return first != last;
+  }
+
+ private:
+  // Reads the names that have a separator.
+  void read() {
+    isRead_ = true;
+    archive_.forEachEntry([&] {
+      const EntryInfo info = archive_.describe();
+      const std::string name = callerName(info.name);
+      std::string key = withBackslashes(name);
+      if (!info.nameIsCut && key.find('\\') != std::string::npos) {
+        names_.emplace(std::move(key), name);
+      }
+      return true;
+    });
+  }
+
+  ArchiveReader& archive_;
+  bool isRead_ = false;
+  std::unordered_multimap<std::string, std::string> names_;  // by withBackslashes()
+};
+
 // The files of a list before the first one whose name rules it out.
 struct Insertable {
   std::size_t count = 0;  // from the start of the list
@@ -30,13 +76,14 @@ struct Insertable {
 Insertable insertableFiles(ArchiveReader& archive, const FileList& files, std::size_t count,
                            bool overwrite) {
   Insertable result;
+  EntryNames entries(archive);
   std::unordered_set<std::string> names;
   for (; result.count < count; ++result.count) {
     const std::string name = nameOf(files[result.count]);
-    if (!names.insert(name).second) break;
-    if (!archive.locate(storedName(name))) continue;
-    if (!overwrite) break;
-    result.replaced.insert(name);
+    NameSet existing;
+    if (!names.insert(withBackslashes(name)).second) break;
+    if (entries.find(name, existing) && !overwrite) break;
+    result.replaced.merge(existing);
   }
   return result;
 }

@@ -14,8 +14,9 @@ namespace zip {
 using FileList = std::vector<std::pair<std::string, std::string>>;
 
 // Inserts files into the archive at `path` up to the first one that fails, and returns the number
-// of those inserted; with 0 the archive is unchanged. An entry of the same name is replaced if
-// `overwrite` is set; if not, the file fails. A file with the name of an earlier one fails.
+// of those inserted; with 0 the archive is unchanged. Entries of the same name are replaced in one
+// step with the insertion if `overwrite` is set; if not, the file fails. A file with the name of an
+// earlier one fails. Names that differ only in `/` and `\` are the same.
 std::size_t insertFiles(const std::string& path, const FileList& files, bool overwrite,
                         const Encryption& encryption);
 

@@ -149,6 +149,29 @@ TEST_F(Zip, ListInsertion) {
   EXPECT_EQ(readable().insertFiles(Files{{folder_.file("1"), "d"}}, 1), 0U);
 }
 
+TEST_F(Zip, ListInsertionTakesBothSeparatorsForOne) {
+  const struct {
+    const char* first;
+    const char* second;
+    int overwrite;
+    std::size_t inserted;
+    Names names;
+  } rows[] = {
+      {"s\\a", "s\\c", 1, 2, {"s/b", "s\\a", "s\\c"}},
+      {"s\\b", "s/a", 1, 2, {"s\\b", "s/a"}},
+      {"s/c", "s\\b", 0, 1, {"s/a", "s\\a", "s/b", "s/c"}},
+      {"s/c", "s\\c", 1, 1, {"s/a", "s\\a", "s/b", "s/c"}},
+  };
+  support::writeFile(in_, "new");
+  for (const auto& row : rows) {
+    SCOPED_TRACE(&row - rows);
+    make({"s/a", "s\\a", "s/b"});
+    EXPECT_EQ(writable().insertFiles({{in_, row.first}, {in_, row.second}}, row.overwrite),
+              row.inserted);
+    EXPECT_EQ(names(), row.names);
+  }
+}
+
 // Entries from bytes and from files, as Python reads them.
 TEST_F(Zip, InsertedEntries) {
   const support::TwoHoursEast zone;
