@@ -12,6 +12,7 @@
 #include <cerrno>
 #include <csignal>
 #include <string>
+#include <utility>
 
 #include "platform/linux/replacing/overwriting.h"
 #include "platform/linux/replacing/version_name.h"
@@ -26,8 +27,18 @@ struct FileSystemModel {
   int failures = 0;  // of the next renames
   int held = -1;     // the descriptor of the target
   bool wasHeldAtRename = false;
+  bool isFullNfs = false;
+  bool refusedPage = false;  // an NFS client holds a page that the server refused
+  bool sentAgain = false;
 };
 FileSystemModel model;
+
+// The client sends the page that it truncated again, once.
+void sendRefusedPage(int file) {
+  constexpr off_t kPage = 4096;
+  if (!std::exchange(model.refusedPage, false) || std::exchange(model.sentAgain, true)) return;
+  syscall(SYS_ftruncate, file, kPage);
+}
 
 }  // namespace
 
@@ -41,8 +52,17 @@ extern "C" int fstatfs(int file, struct statfs* status) noexcept {
 
 extern "C" int fallocate(int file, int mode, off_t at, off_t size) noexcept {
   errno = EOPNOTSUPP;
-  if (model.isSmb) return -1;
+  if (model.isSmb || model.isFullNfs) return -1;
   return static_cast<int>(syscall(SYS_fallocate, file, mode, at, size));
+}
+
+extern "C" int fdatasync(int file) noexcept {
+  sendRefusedPage(file);
+  if (!model.isFullNfs) return static_cast<int>(syscall(SYS_fdatasync, file));
+  model.isFullNfs = false;
+  model.refusedPage = true;
+  errno = ENOSPC;
+  return -1;
 }
 
 // An SMB client deletes the target before it reports that it cannot be replaced.
@@ -131,6 +151,21 @@ TEST_F(ReplacementFiles, AreOverwrittenOnlyIfTheDiskHasSpace) {
   EXPECT_EQ(contentOf("target"), "old");
   EXPECT_TRUE(platform::native::overwriteContent(from.get(), 300000, old, to.get()));
   EXPECT_EQ(contentOf("target"), std::string(300000, 'n'));
+}
+
+// The file system reports only at the commit that the disk is full.
+TEST_F(ReplacementFiles, GetTheirOldSizeBackOnAServerThatIsFull) {
+  support::writeFile(folder_.file("source"), std::string(3000, 'n'));
+  support::writeFile(folder_.file("target"), "old");
+  const Descriptor from(open(folder_.file("source").c_str(), O_RDONLY | O_CLOEXEC));
+  const Descriptor to(open(folder_.file("target").c_str(), O_RDWR | O_CLOEXEC));
+  struct stat old {};
+  fstat(to.get(), &old);
+  model.isFullNfs = true;
+  EXPECT_FALSE(platform::native::overwriteContent(from.get(), 3000, old, to.get()));
+  EXPECT_EQ(errno, ENOSPC);
+  sendRefusedPage(to.get());  // at the latest when the file is closed
+  EXPECT_EQ(contentOf("target"), "old");
 }
 
 TEST_F(ReplacementFiles, HoldTheTargetUnlessItIsOnAServer) {

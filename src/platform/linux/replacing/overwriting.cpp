@@ -13,15 +13,28 @@ namespace {
 
 bool isAt(int file, off_t position) { return lseek(file, position, SEEK_SET) == position; }
 
+// Truncates a file of which the disk took only a part. An NFS client may send a page that the
+// server refused again after the truncation, with the zeros up to the page's end, and so extend the
+// file. Keeps errno.
+void cutBack(int file, off_t size) {
+  constexpr int kAttempts = 5;
+  const int error = errno;
+  struct stat now {};
+  for (int attempt = 1; attempt <= kAttempts; ++attempt) {
+    if (ftruncate(file, size) != 0) continue;
+    const bool isCommitted = commitContent(file);
+    if (isCommitted && fstat(file, &now) == 0 && now.st_size == size) break;
+  }
+  errno = error;
+}
+
 // Writes what exceeds the old content, so that the rest needs no new blocks.
 bool appendRest(int from, off_t size, off_t oldSize, int to) {
   if (isAt(from, oldSize) && isAt(to, oldSize) && copyBytes(from, size - oldSize, to) &&
       commitContent(to)) {
     return true;
   }
-  const int error = errno;
-  [[maybe_unused]] const int ignored = ftruncate(to, oldSize);
-  errno = error;
+  cutBack(to, oldSize);
   return false;
 }
 
