@@ -141,8 +141,10 @@ int ZipCloseRawEntry(ZipWriter* writer, std::uint32_t uncompressedSize, std::uin
 // Drops the open entry, or else the entry that was completed last.
 int ZipCancelNewEntry(ZipWriter* writer);
 // Takes entries out of the directory of an archive that is open in mode 1 or 2: those for which
-// `drops` returns true. Returns the number of those that stay. Their bytes remain in the file until
-// it is rewritten. Called at most once. The commit then has the space for all new entries or fails.
+// `drops` returns true. Returns the number of those that stay. The bytes of the others remain in the
+// file until it is rewritten; if none stays, the new entries take their place where they fit. Called
+// at most once, before the first new entry. The commit then has the space for all new entries or
+// fails.
 std::uint32_t ZipDropEntries(ZipWriter* writer, bool (*drops)(const char* name, void* context),
                              void* context);
 // Appends the reader's current entry as it is stored: data, date, attributes, extra fields and

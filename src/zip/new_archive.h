@@ -11,7 +11,7 @@ namespace zip {
 
 // The existing file keeps its content until complete(), and is locked. Where a new file cannot have
 // its owner and rights, the file is kept: the entries that it has are taken out of its directory,
-// and the new ones are appended. The bytes of the old ones then remain in the file.
+// and the new ones are appended, and moved over the bytes of the old ones if they fit there.
 class NewArchive {
  public:
   // Locks the file at `path`, if there is one.

@@ -36,7 +36,8 @@ class Rewrite {
   // be empty; if not, it appends an entry to the copy, and its failure is that of the rewrite.
   //
   // If a copy cannot have the owner and the rights of the archive, the entries are taken out of its
-  // directory instead, and what `add` writes is appended. Their bytes remain in the file.
+  // directory instead, and what `add` writes is appended. Their bytes remain in the file unless all
+  // entries are dropped.
   Result run(const NameSet& dropped, const std::function<bool(ArchiveWriter&)>& add = {});
 
  private:

@@ -191,6 +191,57 @@ TEST_F(PackingOnLinux, AColleaguesArchiveKeepsItsFile) {
   }
 }
 
+// A file with another name is changed in place, whose bytes are reused for the new archive.
+TEST_F(PackingOnLinux, AFileInPlaceDoesNotGrow) {
+  if (!support::fileSystem().links) GTEST_SKIP() << "no links here";
+  const std::string fresh = folder_.file("fresh.zip");
+  const auto packFresh = [&] {
+    return FileSystem::packFolder(in_.c_str(), fresh.c_str(), {}, report_);
+  };
+  support::writeFile(folder_.file("in/large"), support::noise(1200000));
+  ASSERT_TRUE(pack() && packFresh());
+  std::filesystem::create_hard_link(path_, folder_.file("second"));
+  for (int i = 0; i < 3; ++i) {
+    EXPECT_TRUE(pack());
+    EXPECT_TRUE(support::readFile(path_) == support::readFile(fresh)) << i;
+  }
+  // A larger archive finds enough bytes to reuse at the second time.
+  support::writeFile(folder_.file("in/more"), support::noise(100000));
+  ASSERT_TRUE(pack() && packFresh());
+  EXPECT_LT(std::filesystem::file_size(path_), 2 * std::filesystem::file_size(fresh));
+  EXPECT_TRUE(contentOf("more") == support::noise(100000));
+  EXPECT_TRUE(pack());
+  EXPECT_TRUE(support::readFile(path_) == support::readFile(fresh));
+
+  EXPECT_EQ(ZipArchive().create(path_.c_str(), 1), 1);
+  EXPECT_EQ(std::filesystem::file_size(path_), 22U);
+  constexpr int kEmpty = 1;
+  EXPECT_EQ(support::run(folder_.path(), "unzip -qq a.zip"), kEmpty);
+  EXPECT_EQ(support::run(folder_.path(), "7z t a.zip && python3 -m zipfile -t a.zip"), 0);
+  EXPECT_EQ(std::filesystem::hard_link_count(path_), 2U);
+}
+
+// The new entries are first written where offsets have 64 bits.
+TEST_F(PackingOnLinux, AFileInPlaceReusesManyGigabytes) {
+  if (!support::fileSystem().links || !support::fileSystem().largeFiles) {
+    GTEST_SKIP() << "no links or sparse files here";
+  }
+  ASSERT_EQ(support::run(folder_.path(), R"(python3 -c '
+import zipfile
+z = zipfile.ZipFile("a.zip", "w")
+z.writestr("old", "1")
+z.fp.seek(5 << 30)
+z.start_dir = z.fp.tell()
+z.writestr("far", "2")
+z.close()' && ln a.zip second)"),
+            0);
+  ASSERT_EQ(contentOf("far"), "2");
+  EXPECT_TRUE(pack());
+  EXPECT_LT(std::filesystem::file_size(path_), 1000U);
+  EXPECT_EQ(contentOf("a"), "new");
+  EXPECT_EQ(support::run(folder_.path(), "unzip -tqq a.zip && 7z t a.zip"), 0);
+}
+
 // A slash alone is the root, and not the beginning of a server's name.
 TEST_F(PackingOnLinux, TheRootIsAFolder) {
   EXPECT_NE(GetFileAttributesA("/\\proc"), INVALID_FILE_ATTRIBUTES);

@@ -23,6 +23,24 @@ constexpr std::uint64_t kPage = 4096;
 // larger one is left unchanged.
 constexpr std::uint64_t kLargestGap = 1 << 20;
 
+// Moves the entries of central records that appendCentralRecord wrote. An offset that was written
+// in 64 bits stays there.
+void moveOffsets(Bytes& records, std::uint64_t distance) {
+  constexpr std::size_t kOffset = 42;
+  for (std::size_t at = 0; at < records.size();) {
+    unsigned char* const record = records.data() + at;
+    const std::uint16_t nameLength = load16(record + 28);
+    unsigned char* const far = record + kCentralSize + nameLength + 4;
+    const std::uint32_t near = load32(record + kOffset);
+    if (near == kSaturated32) {
+      store64(far, load64(far) - distance);
+    } else {
+      store32(record + kOffset, static_cast<std::uint32_t>(near - distance));
+    }
+    at += kCentralSize + nameLength + load16(record + 30) + load16(record + 32);
+  }
+}
+
 // Returns the start of the first page past a position.
 std::uint64_t nextPage(std::uint64_t position) { return (position / kPage + 1) * kPage; }
 
@@ -46,9 +64,24 @@ bool Transaction::openExisting(const char* path) {
   const bool isKept = gap > kLargestGap;
   start_ = isKept ? beforeSize_ : before_.position;
   flushed_ = start_;
+  base_ = before_.base;
   if (isKept) return true;
   beforeTail_.resize(static_cast<std::size_t>(gap));
   return file_.readAt(directoryEnd, beforeTail_.data(), beforeTail_.size());
+}
+
+// The page that moveToStart() ends in must not be that of the first entry: the truncation zeroes
+// the rest of it, and that may reach the disk before the new size. A file that is no longer than
+// the old one ends before that page.
+void Transaction::beginPastEnd() {
+  if (beforeSize_ == 0) return;
+  beforeTail_.clear();
+  start_ = beforeSize_;
+  flushed_ = start_;
+  firstEntry_ = nextPage(start_);
+  buffer_.assign(static_cast<std::size_t>(firstEntry_ - start_), 0);
+  // Bytes before the old archive are dead, too.
+  base_ = 0;
 }
 
 Bytes& Transaction::bufferForPart(std::size_t size) {
@@ -148,11 +181,10 @@ void Transaction::rewind(std::uint64_t position) {
 
 bool Transaction::commit(const Bytes& kept, const Bytes& added, std::uint64_t entryCount,
                          const std::string& comment) {
-  const std::uint64_t directoryPosition = position();
+  directory_ = position();
   const std::size_t directorySize = kept.size() + added.size();
   Bytes endRecords;
-  appendEndRecords(endRecords, directoryPosition - before_.base, directorySize, entryCount,
-                   comment);
+  appendEndRecords(endRecords, directory_ - base_, directorySize, entryCount, comment);
   buffer_.reserve(buffer_.size() + directorySize + endRecords.size());
   buffer_.insert(buffer_.end(), kept.begin(), kept.end());
   buffer_.insert(buffer_.end(), added.begin(), added.end());
@@ -161,6 +193,35 @@ bool Transaction::commit(const Bytes& kept, const Bytes& added, std::uint64_t en
   const bool needsBackup = beforeSize_ != 0 || backup_;
   if (needsBackup && !isBackedUp() && !backUp(0)) return false;
   return flush() && sync() && (!backup_ || (file_.truncate(position()) && sync()));
+}
+
+void Transaction::moveToStart(Bytes records, std::uint64_t entryCount, const std::string& comment) {
+  if (firstEntry_ == 0) return;
+  const std::uint64_t size = directory_ - firstEntry_;
+  const std::size_t directorySize = records.size();
+  moveOffsets(records, firstEntry_);
+  appendEndRecords(records, size, directorySize, entryCount, comment);
+  const std::uint64_t end = size + records.size();
+  if (nextPage(end) > firstEntry_) return;
+  // Whether the truncation has reached the disk makes no difference, so it is not committed.
+  if (copyToStart(firstEntry_, size) && file_.writeAt(size, records.data(), records.size()) &&
+      sync()) {
+    file_.truncate(end);
+  }
+}
+
+bool Transaction::copyToStart(std::uint64_t position, std::uint64_t size) {
+  buffer_.resize(kBufferSize);
+  for (std::uint64_t done = 0; done < size;) {
+    const std::size_t count =
+        static_cast<std::size_t>(std::min<std::uint64_t>(size - done, kBufferSize));
+    if (!file_.readAt(position + done, buffer_.data(), count) ||
+        !file_.writeAt(done, buffer_.data(), count)) {
+      return false;
+    }
+    done += count;
+  }
+  return true;
 }
 
 void Transaction::restore() {

@@ -17,6 +17,17 @@
 // process that is killed leaves a file whose last end record leads to a whole directory. A power
 // failure during step 1 can leave any part of the backup directory; interrupted_append.h recognizes
 // that.
+//
+// If the new archive has none of the old entries, their bytes are dead once it is committed. Then
+// the new entries begin past the end of the old file, and a fourth and a fifth step follow:
+//
+//   3  | dead bytes                        | new entries | new directory | end |
+//   4  | new entries | new directory | end | new entries | new directory | end |
+//   5  | new entries | new directory | end |
+//
+// Step 4 writes into dead bytes only, and the last end record is still that of step 3. Step 5 is
+// again a truncation. Without enough dead bytes both are left out. So the file has at most as many
+// dead bytes as others.
 
 #include <cstdint>
 #include <optional>
@@ -39,7 +50,11 @@ class Transaction {
 
   // The archive before the append.
   const CentralDirectory& before() const { return before_; }
+  // Absolute position that the offsets of the new archive count from.
+  std::uint64_t base() const { return base_; }
 
+  // Prepares for moveToStart(), if there is an archive. Called before anything is appended.
+  void beginPastEnd();
   // Absolute position of the next byte that is appended.
   std::uint64_t position() const { return flushed_ + buffer_.size(); }
   // The bytes since the last flush, to append to; flushIfLarge() follows.
@@ -60,6 +75,10 @@ class Transaction {
   // follows.
   bool commit(const Bytes& kept, const Bytes& added, std::uint64_t entryCount,
               const std::string& comment);
+  // Moves the committed entries to the start of the file, over the bytes of the old ones, of which
+  // none may be left. `records` is their directory, with the present offsets. Does nothing without
+  // beginPastEnd(), or if they do not fit there. On failure the archive is what commit() wrote.
+  void moveToStart(Bytes records, std::uint64_t entryCount, const std::string& comment);
   // Restores the file byte for byte.
   void restore();
 
@@ -69,17 +88,21 @@ class Transaction {
   bool backUp(std::uint64_t distance);
   std::optional<std::uint64_t> writeBackup(std::uint64_t end);
   bool sync();
+  bool copyToStart(std::uint64_t position, std::uint64_t size);
 
   ArchiveFile file_;
   bool durable_ = false;
   CentralDirectory before_;
   Bytes beforeTail_;  // the old bytes after the directory, if that is overwritten
   std::uint64_t beforeSize_ = 0;
+  std::uint64_t base_ = 0;
   std::uint64_t start_ = 0;    // absolute; where appended bytes begin
   std::uint64_t flushed_ = 0;  // absolute; where the buffer begins
   Bytes buffer_;
   bool touched_ = false;                 // true if the file has been changed
   std::optional<std::uint64_t> backup_;  // absolute; the backup directory
+  std::uint64_t firstEntry_ = 0;         // absolute; after beginPastEnd(), else 0
+  std::uint64_t directory_ = 0;          // absolute; the committed directory
 };
 
 }  // namespace zip_engine

@@ -45,7 +45,7 @@ struct ZipWriter {
 
   void add(const EntryRecord& record, std::uint64_t start) {
     completed.push_back({start, records.size()});
-    appendCentralRecord(records, record, start - archive.before().base);
+    appendCentralRecord(records, record, start - archive.base());
   }
   void dropLast() {
     archive.rewind(completed.back().start);
@@ -253,6 +253,7 @@ std::uint32_t ZipDropEntries(ZipWriter* writer, bool (*drops)(const char* name, 
     }
     at += record.size();
   }
+  if (kept.count == 0) writer->archive.beginPastEnd();
   return static_cast<std::uint32_t>(kept.count);
 }
 
@@ -279,7 +280,10 @@ int ZipCloseWriter(ZipWriter* writer, const char* globalComment) {
     writer->archive.restore();
     return kFailure;
   }
-  if (commit(*writer, comment)) return kSuccess;
+  if (commit(*writer, comment)) {
+    writer->archive.moveToStart(std::move(writer->records), writer->completed.size(), comment);
+    return kSuccess;
+  }
   // The disk may still have space for the first of many entries.
   while (!writer->completed.empty() && !writer->kept) {
     constexpr std::size_t kShare = 16;
