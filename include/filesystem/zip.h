@@ -22,8 +22,8 @@
 /// An existing archive is replaced when the new one is complete; until then it is locked, and it
 /// remains if the process ends or, on Linux, the power fails. If a new file cannot have its owner,
 /// its group and its access control list, if it has several hard links, or if its directory accepts
-/// no new file, the file is kept, with up to about twice the size. On Linux the
-/// archive is on the disk when the call returns.
+/// no new file, the file is kept, with up to about twice the size. On Linux the archive is on the
+/// disk when the call returns.
 /// @param folder the directory, with or without trailing separator, not null
 /// @param zip    path of the archive, not null
 /// @return true if the archive has every file that was not left out. False, and nothing changes, if
