@@ -2,7 +2,6 @@
 // changed only after its share mode was granted.
 
 #include <fcntl.h>
-#include <sys/sysmacros.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -14,6 +13,7 @@
 #include "platform/linux/opening/access_rights.h"
 #include "platform/linux/opening/existing_file.h"
 #include "platform/linux/opening/file_handle.h"
+#include "platform/linux/opening/remote_file.h"
 #include "platform/linux/opening/share_lock.h"
 #include "platform/linux/system/last_error.h"
 #include "platform/linux/win32_linux.h"
@@ -55,8 +55,7 @@ Outcome openExisting(const char* path, const Opening& opening, Opened& opened) {
     // Truncating needs the right to write, whatever the handle gets.
     const DWORD needed = opening.rights | (opening.truncates() ? DWORD{FILE_WRITE_DATA} : 0);
     opened.file = openRegular(AT_FDCWD, path, needed);
-    // Network file systems are on no device.
-    opened.mayBeRemote = major(status.st_dev) == 0;
+    opened.mayBeRemote = mayBeRemote(status);
     if (opened.file) return Outcome::Done;
   }
   return errno == ENOENT ? Outcome::Retry : Outcome::Failed;

@@ -46,7 +46,8 @@
 // clients, but refuses a write lock that they contradict. So there an opening that
 // can write asks by taking the write lock for a moment. Over SMB unlocking a part
 // of a range does nothing, so each lock is released in the ranges it was taken in,
-// or with all others.
+// or with all others. There openings of one machine with equal flags are one for
+// client and server, and their locks do not conflict: openApart avoids that.
 
 #include "platform/linux/opening/share_lock.h"
 
@@ -227,6 +228,7 @@ bool isFinal(int descriptor, const Request& request, int attempt) {
 }  // namespace
 
 bool acquireShare(Descriptor& file, DWORD rights, DWORD share, bool mayBeRemote) {
+  if (mayBeRemote) openApart(file);
   const int descriptor = file.get();
   const Request request = requestOf(rights, share);
   for (int attempt = 1;; ++attempt) {

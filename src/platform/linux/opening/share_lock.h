@@ -12,9 +12,9 @@ namespace platform::native {
 // on `file`, which must be open for reading whatever the rights are. False
 // if another holder's rights or share mode contradict it; no lock is left then.
 // True without locks where the file system has none. `mayBeRemote` is false if the file is known to
-// be on no network file system, or was just created. The locks end when the descriptor is closed,
-// or with the process.
-bool acquireShare(Descriptor& file, DWORD rights, DWORD share, bool mayBeRemote = true);
+// be on no network file system, or was just created; otherwise `file` can get another descriptor.
+// The locks end when the descriptor is closed, or with the process.
+bool acquireShare(Descriptor& file, DWORD rights, DWORD share, bool mayBeRemote);
 
 // Reports whether acquireShare would succeed, without taking a lock.
 bool shareAvailable(int descriptor, DWORD rights, DWORD share);

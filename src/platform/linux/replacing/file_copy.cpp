@@ -13,6 +13,7 @@
 #include "platform/linux/opening/existing_file.h"
 #include "platform/linux/opening/file_handle.h"
 #include "platform/linux/opening/new_file.h"
+#include "platform/linux/opening/remote_file.h"
 #include "platform/linux/opening/share_lock.h"
 #include "platform/linux/replacing/overwriting.h"
 #include "platform/linux/replacing/replacement_file.h"
@@ -43,14 +44,14 @@ TargetState findTarget(const NativePath& path, Target& target) {
 // Takes the locks of a writer. False if the holders do not permit that.
 bool lockForWriting(Target& target) {
   constexpr DWORD kShareReading = FILE_SHARE_READ | FILE_SHARE_DELETE;
-  const int descriptor = target.held.get();
-  if (acquireShare(target.held, FILE_WRITE_DATA, kShareReading)) {
-    target.isShared = target.whenHeld == HeldTarget::Overwrite && isHeldByOthers(descriptor);
+  const bool isRemote = mayBeRemote(target.status);
+  if (acquireShare(target.held, FILE_WRITE_DATA, kShareReading, isRemote)) {
+    target.isShared = target.whenHeld == HeldTarget::Overwrite && isHeldByOthers(target.held.get());
     return true;
   }
   target.isShared = true;
   return target.whenHeld == HeldTarget::Overwrite &&
-         acquireShare(target.held, FILE_WRITE_DATA, kShareReading | FILE_SHARE_WRITE);
+         acquireShare(target.held, FILE_WRITE_DATA, kShareReading | FILE_SHARE_WRITE, isRemote);
 }
 
 mode_t removedBy(const Source& source) { return isReadOnly(source.status.st_mode) ? kAnyWrite : 0; }

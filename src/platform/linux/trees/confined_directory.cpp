@@ -14,6 +14,7 @@
 #include "platform/linux/opening/existing_file.h"
 #include "platform/linux/opening/file_handle.h"
 #include "platform/linux/opening/new_file.h"
+#include "platform/linux/opening/remote_file.h"
 #include "platform/linux/opening/share_lock.h"
 #include "platform/linux/replacing/overwriting.h"
 #include "platform/linux/replacing/replacement_file.h"
@@ -85,7 +86,7 @@ bool writeNew(int directory, const char* name, const ConfinedDirectory::Fill& fi
   NewFile file(directory, name, kPermissions);
   if (!file) return false;
   status = file.status();
-  if (!acquireShare(file.held(), kReadWrite, 0)) {
+  if (!acquireShare(file.held(), kReadWrite, 0, false)) {
     errno = EBUSY;
     return false;
   }
@@ -112,7 +113,7 @@ Descriptor lockForReplacement(int directory, const char* name, struct stat& stat
     fail(ERROR_ACCESS_DENIED);
     return {};
   }
-  if (acquireShare(file, kReadWrite, 0)) return file;
+  if (acquireShare(file, kReadWrite, 0, mayBeRemote(status))) return file;
   fail(ERROR_SHARING_VIOLATION);
   return {};
 }
