@@ -27,7 +27,7 @@ BENCH_DISK ?= build/bench
 FOLDER ?= /usr/include
 
 .PHONY: help demo test mutants windows test-windows windows-packages test-arm64 \
-        file-system-packages test-file-systems msvc fuzz bench docs abi \
+        file-system-packages file-system-kernels test-file-systems msvc fuzz bench docs abi \
         package install uninstall clean
 
 help:
@@ -103,6 +103,10 @@ test-arm64:
 file-system-packages:
 	@scripts/install-packages $(FILE_SYSTEM_PACKAGES)
 	@tests/file-systems/vm/fetch-kernel build/file-systems/kernel
+
+# Fails where a kernel cannot start, too.
+file-system-kernels: file-system-packages
+	@tests/file-systems/can-run build/file-systems/kernel
 
 test-file-systems: file-system-packages
 	@scripts/install-packages $(BUILD_PACKAGES) $(TEST_PACKAGES)
