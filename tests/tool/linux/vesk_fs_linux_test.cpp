@@ -112,9 +112,9 @@ TEST_F(VeskFs, AsksForAPassword) {
     return support::outputOf(folder_.path(), VESK_TEST_DATA "/../tool/type-password " VESK_FS " " +
                                                  arguments + "; echo [$?]");
   };
-  EXPECT_EQ(typed("add a.zip one --encrypt traditional"),
+  EXPECT_EQ(typed("add a.zip one -q --encrypt traditional"),
             "new password: \nthe same again: \n[0]\n");
-  EXPECT_EQ(typed("extract a.zip one -"), "password for 'one': \n1[0]\n");
+  EXPECT_EQ(typed("extract a.zip one - -q"), "password for 'one': \n1[0]\n");
   EXPECT_EQ(shell("unzip -P secret -tqq a.zip"), 0);
 
   // Another program creates the file while the password is typed.
