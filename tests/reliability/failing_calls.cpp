@@ -23,7 +23,8 @@
 namespace failing {
 namespace {
 
-bool armed = false;
+// Only the calls of the thread that sets it are counted and fail.
+thread_local bool armed = false;
 Fault armedFault = Fault::OneCall;
 int wanted = 0;
 int calls = 0;
@@ -85,9 +86,12 @@ constexpr Result failure() {
   }
 }
 
+// Returns the function that the program's one replaces: that of a sanitizer which is linked into the
+// program, else of the library that comes next.
 template <typename Function>
 Function next(const char* name) {
-  return reinterpret_cast<Function>(dlsym(RTLD_NEXT, name));
+  void* const watched = dlsym(RTLD_DEFAULT, ("__interceptor_" + std::string(name)).c_str());
+  return reinterpret_cast<Function>(watched != nullptr ? watched : dlsym(RTLD_NEXT, name));
 }
 
 }  // namespace

@@ -14,8 +14,8 @@ enum class Fault {
   HalfRead,      // the n-th `read` returns half of what is requested, the next one fails with EIO
 };
 
-// Counts the calls during its lifetime and fails the n-th one, beginning with 1; 0 fails none. Only
-// one object at a time.
+// Counts the calls of the thread that creates it, during its lifetime, and fails the n-th one,
+// beginning with 1; 0 fails none. Only one object at a time.
 class Failing {
  public:
   // `interruption` runs with calls that do not fail.

@@ -12,7 +12,7 @@
 namespace recording {
 namespace {
 
-Recorder* active = nullptr;
+thread_local Recorder* active = nullptr;
 
 // Calls `work(recorder)` if there is a recorder, whose own system calls are not recorded.
 template <typename Work>

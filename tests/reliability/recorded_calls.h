@@ -20,7 +20,8 @@ struct Event {
   Names names;             // of the tree
 };
 
-// Records during its lifetime. The first events describe the existing files. One at a time.
+// Records the calls of the thread that creates it, during its lifetime. The first events describe
+// the existing files. One at a time.
 class Recorder {
  public:
   explicit Recorder(const std::string& folder);
