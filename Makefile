@@ -1,9 +1,10 @@
 # The commands of daily work. Each target installs the Debian packages that it needs.
 
 BUILD_PACKAGES = cmake g++ ninja-build libboost-dev zlib1g-dev libdeflate-dev nettle-dev libgtest-dev
+CLANG_PACKAGES = clang libclang-rt-dev
 TEST_PACKAGES = zip unzip p7zip-full libarchive-tools busybox python3 coreutils diffutils \
-                pkg-config binutils
-FUZZ_PACKAGES = clang libclang-rt-dev
+                pkg-config binutils $(CLANG_PACKAGES)
+FUZZ_PACKAGES = $(CLANG_PACKAGES)
 BENCH_PACKAGES = zip unzip p7zip-full libarchive-tools pkg-config libzip-dev libpoco-dev \
                  libpugixml-dev libsqlite3-dev
 DOCS_PACKAGES = doxygen
