@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "support/noise.h"
+#include "support/sanitized.h"
 
 using namespace zip_engine;
 
@@ -108,7 +109,8 @@ TEST(DeflateBlocks, DamagedStreamsAreRefused) {
                        Bytes{5, 0xCD, 1, 1, 0, 0, 0, 0, 0x20, 0xFC, 0xAB, 0x66, 0x10}}) {
     EXPECT_FALSE(continueStream(stream, 0));
   }
-  const std::string text = texts()[2] + texts()[20] + texts().back();
+  const std::string text = texts()[2] + (support::kSanitized ? "" : texts()[20] + texts().back());
+  std::string plain;
   for (const Maker& maker : kMakers) {
     Bytes whole;
     appendDeflated(whole, text, maker);
@@ -117,7 +119,7 @@ TEST(DeflateBlocks, DamagedStreamsAreRefused) {
       EXPECT_FALSE(continueStream(cut, 0)) << maker.name << bit;
       Bytes changed = whole;
       changed[bit / 8] ^= static_cast<unsigned char>(1 << bit % 8);
-      std::string plain(1 << 20, '\0');
+      plain.resize(1 << 20);
       const std::string error = inflated(changed, plain);
       if (errors.find(error) != std::string::npos) {
         EXPECT_EQ(continueStream(changed, 0), error.empty()) << maker.name << bit;

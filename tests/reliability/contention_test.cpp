@@ -29,6 +29,7 @@
 #include "support/noise.h"
 #include "support/open_file.h"
 #include "support/programs.h"
+#include "support/sanitized.h"
 #include "support/temporary_folder.h"
 
 namespace {
@@ -178,7 +179,7 @@ TEST_F(Contention, NoEntryIsLost) {
 TEST_F(Contention, KilledProcessesLoseNothing) {
   const char* const wanted = std::getenv("VESK_KILLS");
   // Starting a process takes long under a sanitizer.
-  const int kills = wanted != nullptr ? std::atoi(wanted) : sizeof(VESK_SANITIZE) > 1 ? 30 : 150;
+  const int kills = wanted != nullptr ? std::atoi(wanted) : support::kSanitized ? 30 : 150;
   addWorkers(3);
   std::minstd_rand random(1);
   std::size_t entries = 0;

@@ -15,6 +15,7 @@
 #include "support/linux/forked_process.h"
 #include "support/linux/left_over.h"
 #include "support/linux/temporary_variable.h"
+#include "support/sanitized.h"
 #include "support/temporary_folder.h"
 
 namespace {
@@ -157,7 +158,7 @@ TEST_P(FailingCalls, KilledBeforeAnyCallLeaveAllWhole) {
   const auto after = contentsOf(work_, true);
   if (after == before) return;  // it only reads
   // Starting a process under a sanitizer takes long, so there only some are.
-  constexpr int kStep = sizeof(VESK_SANITIZE) > 1 ? 10 : 1;
+  constexpr int kStep = support::kSanitized ? 10 : 1;
   for (int number = 1; number <= total; number += kStep) {
     restoreFiles();
     support::ForkedProcess process([&](const auto&) {

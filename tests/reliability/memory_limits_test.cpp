@@ -18,6 +18,7 @@
 #include "support/linux/shared_memory.h"
 #include "support/noise.h"
 #include "support/programs.h"
+#include "support/sanitized.h"
 #include "support/temporary_folder.h"
 
 namespace {
@@ -62,7 +63,7 @@ void ageHeap() {
 class MemoryLimits : public testing::Test {
  protected:
   void SetUp() override {
-    if (sizeof(VESK_SANITIZE) > 1) GTEST_SKIP() << "a sanitizer takes memory of its own";
+    if (support::kSanitized) GTEST_SKIP() << "a sanitizer takes memory of its own";
     if (!support::peakOf([] { return true; }).measured) {
       GTEST_SKIP() << "the system does not report the peak of resident memory";
     }

@@ -12,6 +12,7 @@
 #include "power_loss.h"
 #include "recorded_calls.h"
 #include "support/programs.h"
+#include "support/sanitized.h"
 #include "support/temporary_folder.h"
 
 namespace {
@@ -21,7 +22,7 @@ using operations::Files;
 using operations::Operation;
 
 // States between two commits that are visited.
-constexpr std::size_t kStates = sizeof(VESK_SANITIZE) > 1 ? 50 : 300;
+constexpr std::size_t kStates = support::kSanitized ? 50 : 300;
 // Archives that are also appended to and read by another program.
 constexpr int kShown = 40;
 

@@ -1,12 +1,17 @@
 // Texts on the command line, which reach every command byte for byte.
 
+#include <span>
+#include <utility>
+
+#include "support/sanitized.h"
 #include "tool/vesk_fs.h"
 
 namespace {
 
 // Texts to which a parser of command lines or a shell gives a meaning.
-constexpr const char* kTexts[] = {"[x]",   "[a,b]", "{}", "%%",    "++",
-                                  "\"q\"", "pack",  "--", "--help"};
+constexpr const char* kAllTexts[] = {"[x]", "--help", "[a,b]", "{}", "%%",
+                                     "++",  "\"q\"",  "pack",  "--"};
+constexpr std::span kTexts(kAllTexts, support::kSanitized ? 2 : std::size(kAllTexts));
 
 class VeskFsArguments : public VeskFs {
  protected:

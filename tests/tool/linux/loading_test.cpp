@@ -6,6 +6,7 @@
 #include <malloc.h>
 
 #include "support/linux/left_over.h"
+#include "support/sanitized.h"
 #include "support/temporary_folder.h"
 
 namespace {
@@ -43,12 +44,13 @@ void loadAndUse() {
 }
 
 TEST(Loading, AThousandTimesLeavesNothing) {
-  for (int i = 0; i < 100; ++i) loadAndUse();
+  // Sanitizers and valgrind report leaks themselves, and nothing here.
+  constexpr int kRounds = support::kSanitized ? 100 : 1000;
+  for (int i = 0; i < kRounds / 10; ++i) loadAndUse();
   const std::size_t allocated = mallinfo2().uordblks;
   const auto descriptors = support::openDescriptors();
-  for (int i = 0; i < 1000; ++i) loadAndUse();
+  for (int i = 0; i < kRounds; ++i) loadAndUse();
   EXPECT_EQ(support::openDescriptors(), descriptors);
-  // Sanitizers and valgrind report leaks themselves, and nothing here.
   constexpr std::size_t kSlack = 10000;
   EXPECT_LT(mallinfo2().uordblks, allocated + kSlack);
 }
