@@ -4,6 +4,7 @@ BUILD_PACKAGES = cmake g++ ninja-build libboost-dev zlib1g-dev libdeflate-dev ne
 CLANG_PACKAGES = clang libclang-rt-dev
 TEST_PACKAGES = zip unzip p7zip-full libarchive-tools busybox python3 coreutils diffutils \
                 pkg-config binutils $(CLANG_PACKAGES)
+LINT_PACKAGES = clang clang-format clang-tidy python3
 FUZZ_PACKAGES = $(CLANG_PACKAGES)
 BENCH_PACKAGES = zip unzip p7zip-full libarchive-tools pkg-config libzip-dev libpoco-dev \
                  libpugixml-dev libsqlite3-dev
@@ -27,13 +28,14 @@ BENCH_DISK ?= build/bench
 # The directory that `make demo` packs. Every machine that builds the library has it.
 FOLDER ?= /usr/include
 
-.PHONY: help demo test mutants windows test-windows windows-packages test-arm64 \
+.PHONY: help demo test lint mutants windows test-windows windows-packages test-arm64 \
         file-system-packages file-system-kernels test-file-systems msvc fuzz bench docs abi \
         package install uninstall clean
 
 help:
 	@echo "make demo [FOLDER=...]     pack a real folder, unpack it, compare"
 	@echo "make test                  build and run all tests, plain and under the sanitizers"
+	@echo "make lint                  check the format, and the code with clang-tidy"
 	@echo "make mutants [FILES=...]   list small changes of the code that no test notices;"
 	@echo "                           SEED=, SKIP=, COUNT=, BUDGET=seconds, QUICK=1 choose and limit"
 	@echo "make fuzz                  build and run the fuzz targets, a minute each"
@@ -65,6 +67,11 @@ test:
 	cmake --build --preset asan
 	ctest --preset release
 	ctest --preset asan
+
+lint:
+	@scripts/install-packages $(BUILD_PACKAGES) $(BENCH_PACKAGES) $(LINT_PACKAGES)
+	cmake --preset lint
+	scripts/lint build/lint
 
 mutants:
 	@scripts/install-packages $(BUILD_PACKAGES) $(TEST_PACKAGES)
