@@ -3,12 +3,14 @@
 #include <algorithm>
 #include <random>
 #include <set>
+#include <utility>
 
 namespace power_loss {
 namespace {
 
 constexpr std::size_t kBlock = 4096;
 constexpr std::size_t kSector = 512;
+constexpr char kStaleByte = '\xA5';
 
 // What may be on the disk of a file since its last commit, oldest first.
 using FileHistory = std::vector<std::string>;
@@ -45,12 +47,16 @@ Part sizeOf(int file, const FileHistory& history) {
   return part;
 }
 
-Part blockAt(int file, const FileHistory& history, std::size_t position) {
+Part blockAt(int file, const FileHistory& history, std::size_t position, LostBlocks lost) {
   Part part{.file = file, .position = position};
   for (const std::string& content : history) {
     // A truncation discards whole blocks and does not write them.
     const bool discarded = content.size() <= position && !part.bytes.empty();
     if (!discarded) addDistinct(part.bytes, blockOf(content, position));
+  }
+  const bool isExtension = history.front().size() <= position;
+  if (lost == LostBlocks::Stale && isExtension && part.bytes.size() > 1) {
+    part.bytes.front().assign(kBlock, kStaleByte);
   }
   part.versions = part.bytes.size();
   for (std::size_t i = 1; i < part.versions; ++i) {
@@ -68,14 +74,15 @@ Part blockAt(int file, const FileHistory& history, std::size_t position) {
 // All states after some event.
 class Instant {
  public:
-  Instant(const std::vector<recording::Names>& trees, const std::map<int, FileHistory>& files)
+  Instant(const std::vector<recording::Names>& trees, const std::map<int, FileHistory>& files,
+          LostBlocks lost)
       : trees_(trees) {
     parts_.push_back({.versions = trees.size(), .alternatives = trees.size()});
     std::set<int> named;
     for (const recording::Names& names : trees) {
       for (const auto& [name, file] : names) named.insert(file);
     }
-    for (const int file : named) addFile(file, files.at(file));
+    for (const int file : named) addFile(file, files.at(file), lost);
   }
 
   template <typename Visit>
@@ -95,13 +102,13 @@ class Instant {
 
  private:
   // The content in blocks that have one version only is certain.
-  void addFile(int file, const FileHistory& history) {
+  void addFile(int file, const FileHistory& history, LostBlocks lost) {
     const Part size = sizeOf(file, history);
     parts_.push_back(size);
     std::string& certain = certain_[file];
     certain.resize(*std::max_element(size.sizes.begin(), size.sizes.end()));
     for (std::size_t position = 0; position < certain.size(); position += kBlock) {
-      const Part block = blockAt(file, history, position);
+      const Part block = blockAt(file, history, position, lost);
       put(block.bytes[0], position, certain);
       if (block.versions > 1) parts_.push_back(block);
     }
@@ -155,31 +162,31 @@ void addEvent(std::vector<Version>& versions, bool committed, const Version& ver
 
 }  // namespace
 
-void forEachState(const std::vector<recording::Event>& events, std::size_t limit,
-                  const std::function<void(const State&)>& visit) {
+void forEachState(const std::vector<recording::Event>& events, LostBlocks lost, std::size_t limit,
+                  const std::function<void(const State&, Moment)>& visit) {
   std::minstd_rand random(1);
   std::vector<recording::Names> trees;
   std::map<int, FileHistory> files;
-  std::set<std::size_t> seen;
-  const auto visitAll = [&] {
-    Instant(trees, files).forEach(limit, random, [&](const State& state) {
+  std::set<std::pair<Moment, std::size_t>> seen;
+  const auto visitAll = [&](Moment moment) {
+    Instant(trees, files, lost).forEach(limit, random, [&](const State& state) {
       std::string all;
       for (const auto& [name, content] : state) {
         all += name + '\0' + std::to_string(content.size()) + '\0' + content;
       }
-      if (seen.insert(std::hash<std::string>{}(all)).second) visit(state);
+      if (seen.insert({moment, std::hash<std::string>{}(all)}).second) visit(state, moment);
     });
   };
   for (const recording::Event& event : events) {
     // A state that is possible at a moment is possible until the next commit too.
-    if (event.committed) visitAll();
+    if (event.committed) visitAll(Moment::DuringTheCall);
     if (event.file == recording::kTree) {
       addEvent(trees, event.committed, event.names);
     } else {
       addEvent(files[event.file], event.committed, event.content);
     }
   }
-  visitAll();
+  visitAll(Moment::AfterTheReturn);
 }
 
 }  // namespace power_loss

@@ -61,8 +61,9 @@ void Recorder::addNames() {
 
 bool Recorder::covers(int descriptor) const {
   char path[PATH_MAX] = {};
+  // With the separator the folder itself is covered too.
   return readlink(pathOf(descriptor).c_str(), path, sizeof(path) - 1) > 0 &&
-         std::string(path).starts_with(folder_);
+         (std::string(path) + '/').starts_with(folder_);
 }
 
 int Recorder::numberOf(int descriptor) { return numbers_.at(statusOf(descriptor).st_ino); }
