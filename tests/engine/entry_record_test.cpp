@@ -29,7 +29,8 @@ TEST(EntryRecord, LargeValuesNeedTheZip64EndRecord) {
     ASSERT_EQ(bytes.size(), 98U);
     EXPECT_EQ(load64(&bytes[4]), 44U) << "size of the rest of the record";
     EXPECT_EQ(load64(&bytes[64]), position + size);
-    EXPECT_TRUE(load32(&bytes[60]) == 0 && load32(&bytes[72]) == 1) << "number of disks";
+    EXPECT_EQ(load32(&bytes[60]), 0U) << "disk of the end record";
+    EXPECT_EQ(load32(&bytes[72]), 1U) << "number of disks";
   }
 }
 

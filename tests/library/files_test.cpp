@@ -49,7 +49,8 @@ TEST_F(Files, Probes) {
     EXPECT_EQ(fileTime(path) != 0.0, c.hasTime) << path;
   }
   EXPECT_EQ(FolderExists(folder_.text().c_str()), 1);
-  EXPECT_EQ(FileExists(nullptr) + FolderExists(nullptr), 0);
+  EXPECT_EQ(FileExists(nullptr), 0);
+  EXPECT_EQ(FolderExists(nullptr), 0);
   EXPECT_EQ(folder_.entries(), 4U);
   EXPECT_EQ(AllowedAccess(nullptr), kReadWrite);
   EXPECT_EQ(FileExists(""), 0);

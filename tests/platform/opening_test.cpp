@@ -178,7 +178,8 @@ TEST_F(Conformance, HandlesHaveTheirAccessOnly) {
   DWORD count = 0;
   EXPECT_FALSE(WriteFile(reader, "x", 1, &count, nullptr));
   EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);
-  EXPECT_FALSE(SetEndOfFile(reader) || FlushFileBuffers(reader));
+  EXPECT_FALSE(SetEndOfFile(reader));
+  EXPECT_FALSE(FlushFileBuffers(reader));
   EXPECT_EQ(sizeOf(holder_), 1);
   count = 7;
   EXPECT_FALSE(ReadFile(open("file", kWrite).get(), &byte, 1, &count, nullptr));

@@ -216,7 +216,8 @@ TEST_F(Contention, RewriteOverwritesNoNewerVersion) {
   support::writeFile(newer, "another archive");
   ZipArchive archive;
   archive.open(path_.c_str(), kReadWrite);
-  ASSERT_EQ(archive.insert({'x'}, "kept", "", 0) + archive.insert({'x'}, "removed", "", 0), 2);
+  ASSERT_EQ(archive.insert({'x'}, "kept", "", 0), 1);
+  ASSERT_EQ(archive.insert({'x'}, "removed", "", 0), 1);
   {
     const failing::Failing failing(failing::Fault::Interruption, 1, [&] {
       const bool copies = !std::filesystem::is_empty(folder_.path() / "tmp");

@@ -80,8 +80,8 @@ TEST_F(ZipOnLinux, ExtractionToTheCurrentDirectory) {
   EXPECT_EQ(readable().extract("entry", "C:name"), 1);
   EXPECT_EQ(readable().extract("entry", "other"), 1);
   std::filesystem::current_path(before);
-  EXPECT_EQ(support::readFile(folder_.file("name")) + support::readFile(folder_.file("other")),
-            "entryentry");
+  EXPECT_EQ(support::readFile(folder_.file("name")), "entry");
+  EXPECT_EQ(support::readFile(folder_.file("other")), "entry");
 }
 
 // Another process exchanges a directory of the target, and a file in another one, for links all the
