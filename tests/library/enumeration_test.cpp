@@ -20,6 +20,10 @@ TEST_F(Enumeration, GroupsOfExtensions) {
   EXPECT_EQ(EnumFiles(names, path_, "*", ".aaa", ".bbb", end), 3U);
   EXPECT_EQ(sorted(names), (Names{"Z", "a.b", "before", "x"}));
   names.clear();
+  make({"x.ccc", "y.ccc"});
+  EXPECT_EQ(EnumFiles(names, path_, "*", ".aaa", ".bbb", ".ccc", end), 1U);
+  EXPECT_EQ(names, Names{"x"});
+  names.clear();
   EXPECT_EQ(EnumFiles(names, path_, "*", ".aaa", end), 5U);
   EXPECT_EQ(sorted(names), (Names{"", "Z", "a.b", "x", "y"}));
   CStringArray array;
@@ -40,7 +44,7 @@ TEST_F(Enumeration, GroupsOfExtensions) {
   names.clear();
   EXPECT_EQ(EnumFiles(names, path_, "x", ".aaa", ".bbb", end), 0U);
   // The plain form lists it, but no folders.
-  EXPECT_EQ(EnumFiles(names, path_, "x*"), 2U);
+  EXPECT_EQ(EnumFiles(names, path_, "x*"), 3U);
   EXPECT_EQ(EnumFiles(names, path_, "s*"), 0U);
 }
 
@@ -57,6 +61,7 @@ TEST_F(Enumeration, FilesOfATree) {
   EXPECT_EQ(EnumFilesWithPath(unended, (folder_.name() + "/").c_str(), "t*", false), 1U);
   EXPECT_EQ(unended, Names{folder_.name() + "/\\top"});
   EXPECT_EQ(EnumFilesWithPath(paths, path_, "t*", true), 3U);
+  EXPECT_EQ(EnumFilesWithPath(paths, path_, "*.", true), 3U);
 
   const platform::FileHandle owner = support::openFile(folder_.file("top"));
   std::vector<FILE_INFORMATION> records;

@@ -81,7 +81,8 @@ TEST_F(Stream, ClosedStreamKeepsPendingBytes) {
   FileStream stream;
   EXPECT_FALSE(stream.close());
   EXPECT_TRUE(stream.write("early"));
-  EXPECT_FALSE(stream.seekEOF() && stream.seekBOF());
+  EXPECT_FALSE(stream.seekEOF());
+  EXPECT_FALSE(stream.seekBOF());
   stream.write("kept");
   EXPECT_EQ(stream.size(), 0U);
   support::writeFile(path_, "0123456789");
@@ -119,6 +120,7 @@ TEST_F(Stream, CopiesShareTheHandleAndSwapExchangesIt) {
   FileStream other(folder_.file("other").c_str(), kWrite);
   first.write("pend");
   first.swap(other);
+  EXPECT_EQ(first.bufferSize(), 5U);
   first.close();
   other.close();
   EXPECT_EQ(support::readFile(folder_.file("other")), "pend");

@@ -32,6 +32,7 @@ TEST(Path, Decomposition) {
       {"/x.y", "", "/", "x.y", "x", ".y"},
       {"d\xE9\\a.b", "", "d\xE9\\", "a.b", "a", ".b"},
       {"d.\xE9/n.\xE9", "", "d.\xE9/", "n.\xE9", "n", ".\xE9"},
+      {"\xE9.b.c", "", "", "\xE9.b.c", "\xE9.b", ".c"},
   };
   for (const auto& c : cases) {
     EXPECT_EQ(extractDrive(c.path), c.drive) << c.path;

@@ -106,6 +106,11 @@ TEST_F(Trees, LockFiles) {
   support::writeFile(folder_.file(name), "kept");
   EXPECT_EQ(FileSystem::CreateLockFile(folder_.text().c_str()), 1);
   EXPECT_EQ(support::readFile(folder_.file(name)), "kept");
+  for (const DWORD share : {DWORD{0}, DWORD{FILE_SHARE_READ | FILE_SHARE_WRITE}}) {
+    const platform::FileHandle held =
+        support::openFile(folder_.file(name), GENERIC_READ | GENERIC_WRITE, share);
+    EXPECT_EQ(FileSystem::CreateLockFile(folder_.name().c_str()), share == 0 ? 0 : 1);
+  }
   EXPECT_NE(FileSystem::DeleteLockFile(folder_.text().c_str()), 0);
   EXPECT_FALSE(exists(name));
   EXPECT_EQ(FileSystem::CreateLockFile(folder_.file("missing").c_str()), 0);

@@ -176,6 +176,7 @@ TEST(Xml, Attributes) {
     EXPECT_EQ(Raw::xmlAttribute(c.text, "a", c.name), c.raw) << c.text;
   }
   EXPECT_EQ(xmlAttribute("<my_tag k=\"1\"/>", "My Tag", "K"), "1");
+  EXPECT_EQ(Raw::xmlAttribute("<Tag k=\"1\"/>", "Tag", "k"), "1");
   EXPECT_EQ(Raw::xmlAttribute("<>", "", ""), "");
   EXPECT_EQ(Raw::xmlAttribute("<a> k=\"1\">", "a>", "k"), "");
   EXPECT_EQ(Raw::xmlAttribute("k=\"1\"<k=\"2\">" + std::string(100, ' '), "", "k"), "2");

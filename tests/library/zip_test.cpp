@@ -336,12 +336,13 @@ TEST_F(Zip, LongNamesStayApart) {
 }
 
 TEST_F(Zip, ExtractionToFiles) {
-  make({"a", "sub\\b", "c/d"});
+  make({"a", "sub\\b", "top/b", "c/d"});
   const std::string out = folder_.text() + "out\\";
   support::writeFile(folder_.file("out/a"), "an older and longer text");
-  EXPECT_EQ(readable().extract(Names{"a", "sub\\b", "c/d", "missing"}, out.c_str()), 1);
+  EXPECT_EQ(readable().extract(Names{"a", "sub\\b", "top/b", "c/d", "missing"}, out.c_str()), 1);
   EXPECT_EQ(support::readFile(folder_.file("out/a")), "a");
   EXPECT_EQ(support::readFile(folder_.file("out/sub/b")), "sub\\b");
+  EXPECT_EQ(support::readFile(folder_.file("out/top/b")), "top/b");
   EXPECT_EQ(support::readFile(folder_.file("out/c/d")), "c/d");
   EXPECT_EQ(readable().extract("a", (out + "elsewhere").c_str()), 1);
   EXPECT_EQ(readable().extract(Names{"missing"}, out.c_str()), 0);
@@ -461,6 +462,28 @@ with zipfile.ZipFile("a.zip", "w") as z:
   EXPECT_EQ(contentOf("x"), "new");
   EXPECT_EQ(readable().extract(Names{"z", "y", "x"}, (out_ + "\\").c_str()), 1);
   EXPECT_EQ(support::readFile(folder_.file("out/x")), "new");
+}
+
+// The entries of such an archive begin after a hole.
+TEST_F(Zip, EntriesBeyondFourGigabytes) {
+  if (!support::fileSystem().largeFiles) GTEST_SKIP() << "no sparse files here";
+  ASSERT_EQ(support::run(folder_.path(), R"(python3 -c '
+import zipfile
+with open("a.zip", "wb") as f:
+    f.seek(5 << 30)
+    with zipfile.ZipFile(f, "w") as z:
+        for name in "ab": z.writestr(name, name)
+')"),
+            0);
+  EXPECT_EQ(contentOf("b"), "b");
+  EXPECT_EQ(writable().insert(bytesOf("c"), "c", "", 0), 1);
+  EXPECT_EQ(support::outputOf(folder_.path(),
+                              "python3 -c 'import zipfile; z = zipfile.ZipFile(\"a.zip\");"
+                              " print([z.read(n) for n in z.namelist()])'"),
+            "[b'a', b'b', b'c']\n");
+  EXPECT_EQ(writable().remove("a"), 1);
+  EXPECT_EQ(names(), (Names{"b", "c"}));
+  EXPECT_EQ(contentOf("c"), "c");
 }
 
 class ZipFolders : public Zip {};

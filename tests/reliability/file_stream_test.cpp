@@ -87,6 +87,13 @@ TEST_F(StreamOnLinux, FailedWritesAreDropped) {
   }
 }
 
+TEST_F(StreamOnLinux, AWholeFileThatCannotBeWrittenIsReported) {
+  constexpr int kOpenings = 1;  // the call before the write
+  const Failing failing(Fault::FullDisk, kOpenings + 1);
+  EXPECT_FALSE(FileSystem::writeContent(path_, std::string(0x200000, 'x')));
+  EXPECT_EQ(failing.failed(), "write ");
+}
+
 // Such a file reports no size.
 TEST_F(StreamOnLinux, ReadsMoreThanReported) {
   EXPECT_GT(FileSystem::readContent("/proc/self/status").size(), 100U);

@@ -28,17 +28,34 @@ class CopyingOnLinux : public testing::Test {
 TEST_F(CopyingOnLinux, ModesAreTheTargetsOrTheSources) {
   if (!support::fileSystem().modes) GTEST_SKIP() << "no modes here";
   support::writeFile(source_, "new");
+  const mode_t before = umask(0);
   struct {
-    mode_t source, target, expected;  // the first copy finds no target
-  } const cases[] = {{0750, 0, 0750}, {0750, 0604, 0604}, {0550, 0604, 0404}};
+    const char* what;
+    mode_t source, target, expected;
+  } const cases[] = {
+      {"new", 06750, 0, 0750},
+      {"replaced", 06750, 06604, 0604},
+      {"replaced, from a read-only one", 0550, 06604, 0404},
+      {"overwritten, from a read-only one", 0550, 06604, 0404},
+  };
   for (const auto& c : cases) {
+    SCOPED_TRACE(c.what);
+    std::filesystem::remove(target_);
+    if (c.target != 0) support::writeFile(target_, "old");
+    if (std::string(c.what).starts_with("overwritten")) {
+      std::filesystem::create_hard_link(target_, folder_.file("link"));
+    }
     chmod(source_.c_str(), c.source);
     chmod(target_.c_str(), c.target);
-    ASSERT_TRUE(copy());
+    EXPECT_TRUE(copy());
     struct stat status {};
-    ASSERT_EQ(stat(target_.c_str(), &status), 0);
-    EXPECT_EQ(status.st_mode & 0777, c.expected);
+    EXPECT_EQ(stat(target_.c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 07777, c.expected);
   }
+  // Only the owner may write again.
+  EXPECT_TRUE(SetFileAttributesA(target_.c_str(), FILE_ATTRIBUTE_NORMAL));
+  EXPECT_EQ(std::filesystem::status(target_).permissions(), std::filesystem::perms(0604));
+  umask(before);
 }
 
 TEST_F(CopyingOnLinux, ThroughALinkTheLinkStays) {
