@@ -189,59 +189,74 @@ TEST_F(Trees, SweepListsWhatItDeletes) {
   EXPECT_TRUE(exists("in-use.tmp"));
 }
 
-TEST_F(Trees, TemporaryStorageLifecycle) {
-  const auto exists = [](const std::string& path) {
-    return FileSystem::FolderExists(path.c_str());
-  };
+int folderExists(const std::string& path) { return FileSystem::FolderExists(path.c_str()); }
+
+TEST_F(Trees, TemporaryStorageHasAFolderOfItsOwn) {
   TemporaryStorage storage;
-  EXPECT_EQ(storage.path() + storage.basePath(), "");
+  EXPECT_EQ(storage.path(), "");
+  EXPECT_EQ(storage.basePath(), "");
   ASSERT_TRUE(storage.create(folder_.name(), false));
   EXPECT_EQ(storage.basePath(), folder_.text());
-  const std::string first = storage.path();
-  std::string form = first.substr(folder_.text().size());
+  EXPECT_EQ(folderExists(storage.path()), 1);
+  std::string form = storage.path().substr(folder_.text().size());
   for (char& c : form) c = std::strchr("0123456789ABCDEF", c) != nullptr ? 'x' : c;
-  EXPECT_EQ(form, "{xxxxxxxx-xxxx-xxxx-xxxx-xxxxxxxxxxxx}\\") << first;
-  EXPECT_TRUE(exists(first));
+  EXPECT_EQ(form, "{xxxxxxxx-xxxx-xxxx-xxxx-xxxxxxxxxxxx}\\") << storage.path();
 
-  // The folder is cleared even if the new base cannot be used.
+  ASSERT_TRUE(storage.create(folder_.name() + "/", false));
+  EXPECT_TRUE(storage.path().starts_with(folder_.name() + "/\\{")) << storage.path();
+}
+
+TEST_F(Trees, TemporaryStorageIsClearedOnce) {
+  TemporaryStorage storage;
+  ASSERT_TRUE(storage.create(folder_.text(), false));
+  const std::string first = storage.path();
+  // Also if the new base cannot be used.
   EXPECT_FALSE(storage.create(folder_.file("missing"), true));
-  EXPECT_FALSE(exists(first));
+  EXPECT_EQ(folderExists(first), 0);
   EXPECT_EQ(storage.path(), first);
   ASSERT_TRUE(storage.create(folder_.text(), false));
   EXPECT_NE(storage.path(), first);
-  EXPECT_FALSE(exists(first));
+  // A copy deletes the folder too.
   EXPECT_EQ(TemporaryStorage(storage).path(), storage.path());
-  // The copy has deleted the folder.
-  EXPECT_FALSE(exists(storage.path()));
+  EXPECT_EQ(folderExists(storage.path()), 0);
   storage.clear();
   EXPECT_EQ(storage.basePath(), folder_.text());
   // A cleared storage owns its former path no longer.
   ASSERT_EQ(FileSystem::EnsurePathExists(storage.path().c_str()), 1);
   storage.clear();
-  EXPECT_TRUE(exists(storage.path()));
+  EXPECT_EQ(folderExists(storage.path()), 1);
+}
 
-  ASSERT_TRUE(storage.create(folder_.name() + "/", false));
-  EXPECT_TRUE(storage.path().starts_with(folder_.name() + "/\\{")) << storage.path();
-  {
-    // A file in use stays, and its folder.
-    const platform::FileHandle held =
-        support::openFile(storage.path() + "held", GENERIC_READ, 3, CREATE_NEW);
-    storage.clear();
-    EXPECT_EQ(FileSystem::FileExists((storage.path() + "held").c_str()), 1);
-  }
+TEST_F(Trees, TemporaryStorageLeavesFilesInUse) {
+  TemporaryStorage storage;
+  ASSERT_TRUE(storage.create(folder_.text(), false));
+  const platform::FileHandle held =
+      support::openFile(storage.path() + "held", GENERIC_READ, 3, CREATE_NEW);
+  storage.clear();
+  EXPECT_EQ(FileSystem::FileExists((storage.path() + "held").c_str()), 1);
+}
 
-  const std::string base = folder_.file("base");
-  std::filesystem::create_directory(base);
+TEST_F(Trees, TemporaryStorageDeletesItsBaseOnRequest) {
+  TemporaryStorage storage;
+  // The parent of a path with backslashes alone is known.
+  const std::string base = folder_.text() + "parent\\base";
+  std::filesystem::create_directories(folder_.file("parent/base"));
   ASSERT_TRUE(storage.create(base, true));
   storage.clear();
-  EXPECT_FALSE(exists(base));
+  EXPECT_EQ(folderExists(base), 0);
+  EXPECT_TRUE(exists("parent"));
+  // A request is for one folder alone.
+  std::filesystem::create_directory(folder_.file("parent/base"));
+  ASSERT_TRUE(storage.create(base, false));
+  storage.clear();
+  EXPECT_EQ(folderExists(base), 1);
   // Without its folder, a storage does not touch the base.
-  std::filesystem::create_directory(base);
   ASSERT_TRUE(storage.create(base, true));
+  support::writeFile(folder_.file("parent/neighbour"), "");
   EXPECT_EQ(FileSystem::eraseOldFile(base + "\\", 0), 0U);
-  std::filesystem::create_directory(base);
+  std::filesystem::create_directory(folder_.file("parent/base"));
   storage.clear();
-  EXPECT_TRUE(exists(base));
+  EXPECT_EQ(folderExists(base), 1);
 }
 
 }  // namespace
