@@ -50,13 +50,13 @@ extern "C" int fstatfs(int file, struct statfs* status) noexcept {
   return result;
 }
 
-extern "C" int fallocate(int file, int mode, off_t at, off_t size) noexcept {
+extern "C" int fallocate(int file, int mode, off_t at, off_t size) {
   errno = EOPNOTSUPP;
   if (model.isSmb || model.isFullNfs) return -1;
   return static_cast<int>(syscall(SYS_fallocate, file, mode, at, size));
 }
 
-extern "C" int fdatasync(int file) noexcept {
+extern "C" int fdatasync(int file) {
   sendRefusedPage(file);
   if (!model.isFullNfs) return static_cast<int>(syscall(SYS_fdatasync, file));
   model.isFullNfs = false;
