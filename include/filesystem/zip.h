@@ -37,11 +37,12 @@ namespace FileSystem {
 /// How packFolder encrypts.
 struct PackOptions {
   std::string password;  ///< of all entries; empty for none
-  ZipArchive::Encryption encryption = ZipArchive::Encryption::Traditional;
+  ZipArchive::Encryption encryption = ZipArchive::Encryption::Traditional;  ///< with a password
 };
 
 /// What packFolder did not pack.
 struct PackReport {
+  /// Why a file was not packed.
   enum class Reason {
     NotAFile,     ///< left out: neither a file nor a directory, or a link to nothing
     Unreadable,   ///< a file or directory that cannot be opened or read to its end
@@ -50,11 +51,12 @@ struct PackReport {
     PathTooLong,  ///< the path has more than 259 bytes
     NotWritten,   ///< the archive cannot be created or written, or not with that encryption
   };
+  /// One that was not packed.
   struct File {
     std::string path;  ///< begins with the folder as given; that of the archive with NotWritten
-    Reason reason;
+    Reason reason;     ///< why
   };
-  std::vector<File> files;
+  std::vector<File> files;  ///< in the order in which they were found
 };
 
 /// Packs all files of a directory and its subdirectories into a new zip archive, or changes

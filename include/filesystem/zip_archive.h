@@ -57,6 +57,7 @@ class FILESYSTEM_API ZipArchive {
   enum class ExistingFiles { Replace, Keep };
   /// What extractEach() did with one name of its list.
   struct Extraction {
+    /// How it ended.
     enum class Result {
       Extracted,   ///< the file has the content
       Kept,        ///< a file or link of that name exists, and ExistingFiles::Keep was asked for
@@ -66,8 +67,8 @@ class FILESYSTEM_API ZipArchive {
       Unreadable,  ///< damaged, encrypted with another password, or stored by an unknown method
       NotWritten,  ///< the file cannot be written, or a link or a directory is in its way
     };
-    std::size_t index;  ///< of the name in the list
-    Result result;
+    std::size_t index;    ///< of the name in the list
+    Result result;        ///< how it ended
     std::size_t earlier;  ///< with SameFile, the index of the earlier name; else `index`
   };
 
