@@ -68,8 +68,8 @@ bool fails(const char* name, const char* path, bool needsSpace) {
 bool fails(const char* name, const char* path, std::size_t& size) {
   if (std::strcmp(name, "write") == 0) note('w' + std::to_string(size));
   const bool needsSpace = std::strcmp(name, "read") != 0;
-  const bool halves = armedFault == Fault::FullDisk || armedFault == Fault::HalfRead;
-  if (armed && halves && countsFor(name, needsSpace) && calls + 1 == wanted && size > 1) {
+  const bool halves = armed && (armedFault == Fault::FullDisk || armedFault == Fault::HalfRead);
+  if (halves && countsFor(name, needsSpace) && calls + 1 == wanted && size > 1) {
     ++calls;
     size /= 2;
     return false;
