@@ -61,7 +61,6 @@ TEST_F(Enumeration, FilesOfATree) {
   EXPECT_EQ(EnumFilesWithPath(unended, (folder_.name() + "/").c_str(), "t*", false), 1U);
   EXPECT_EQ(unended, Names{folder_.name() + "/\\top"});
   EXPECT_EQ(EnumFilesWithPath(paths, path_, "t*", true), 3U);
-  EXPECT_EQ(EnumFilesWithPath(paths, path_, "*.", true), 3U);
 
   const platform::FileHandle owner = support::openFile(folder_.file("top"));
   std::vector<FILE_INFORMATION> records;
