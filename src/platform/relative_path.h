@@ -6,8 +6,8 @@
 
 namespace platform {
 
-// True if a component of the path is "..", so that it can lead out of the directory.
-inline bool climbs(std::string_view path) {
+// True if a component of the path is "..". Such a path can escape the directory.
+inline bool hasParentComponent(std::string_view path) {
   while (!path.empty()) {
     const std::string_view component = path.substr(0, path.find_first_of("\\/"));
     if (component == "..") return true;

@@ -17,7 +17,7 @@ bool startsWithDrive(std::string_view path) {
 
 bool escapesTarget(std::string_view name) {
   if (name.empty() || kSeparators.find(name[0]) != std::string_view::npos) return true;
-  return startsWithDrive(name) || platform::climbs(name);
+  return startsWithDrive(name) || platform::hasParentComponent(name);
 }
 
 std::size_t directoryLength(std::string_view path) {

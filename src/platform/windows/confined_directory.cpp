@@ -157,7 +157,8 @@ ConfinedDirectory::operator bool() const { return static_cast<bool>(state_->root
 ConfinedDirectory::Result ConfinedDirectory::write(std::string_view name, const Fill& fill,
                                                    Existing existing, WrittenFiles::Name id) {
   const std::size_t fileStart = name.find_last_of("\\/") + 1;
-  if (climbs(name) || !state_->descend(name.substr(0, fileStart)) || fileStart == name.size()) {
+  if (hasParentComponent(name) || !state_->descend(name.substr(0, fileStart)) ||
+      fileStart == name.size()) {
     return {Outcome::Failed};
   }
   const std::string path = state_->deepest() + std::string(name.substr(fileStart));

@@ -217,7 +217,7 @@ ConfinedDirectory::operator bool() const { return static_cast<bool>(state_->root
 ConfinedDirectory::Result ConfinedDirectory::write(std::string_view name, const Fill& fill,
                                                    Existing existing, WrittenFiles::Name id) {
   // NativePath would resolve "..", as text.
-  if (climbs(name)) return failedWith(ERROR_ACCESS_DENIED);
+  if (hasParentComponent(name)) return failedWith(ERROR_ACCESS_DENIED);
   // The dot keeps the start of the name from being taken for a drive or a share.
   const NativePath path((".\\" + std::string(name)).c_str());
   if (!path.valid()) return failedWith(path.error());
