@@ -1,0 +1,98 @@
+#pragma once
+/// @file
+/// The options of the calls that have a Report or a Reason as their result, and their progress.
+///
+/// @code
+/// using namespace FileSystem;
+/// Options options;
+/// options.setPassword("secret").setEncryption(Encryption::Aes256);
+/// options.setProgress([&](const Progress& progress) {
+///   bar.show(progress.bytesDone, progress.bytesExpected);
+///   return !cancelButton.isPressed();
+/// });
+/// packFolder("C:\\photos", "C:\\photos.zip", options);
+/// @endcode
+
+#include <filesystem/export.h>
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace FileSystem {
+
+/// How far a call has come.
+struct Progress {
+  /// The file or entry that the call works on, as it is named in the Report. Valid during the
+  /// callback.
+  std::string_view name;
+  std::uint64_t bytesDone = 0;      ///< of the contents
+  std::uint64_t bytesExpected = 0;  ///< of all contents; 0 if it is not known
+  std::uint64_t filesDone = 0;      ///< files, entries and folders
+  std::uint64_t filesExpected = 0;  ///< of the whole call; 0 if it is not known
+};
+
+/// Receives the progress of a call. Returning false cancels the call.
+///
+/// It runs on the thread of the call, before each file and after each 256 KiB to 4 MiB of content.
+/// It may call anything of this library except on the objects and the files that the call uses. An
+/// exception from it ends the call as returning false does, and then leaves the call.
+using ProgressCallback = std::function<bool(const Progress&)>;
+
+/// The encryption of an entry.
+enum class Encryption : std::int32_t {
+  None,         ///< not encrypted
+  Traditional,  ///< that of PKWARE (APPNOTE 6.1), which every program reads; it is weak
+  Aes256,       ///< WinZip's AE-2 with AES-256. Of an entry that is read, AES with any key length.
+  Unsupported,  ///< of an entry that is read: another one
+};
+
+/// What to do with a file that has the name of one to be written.
+enum class ExistingFiles : std::int32_t {
+  Replace,  ///< replace it, whole or not at all
+  Keep,     ///< keep it, with Reason::Exists
+};
+
+/// The options of a call. An object without changes has the defaults.
+///
+/// A host that was built with an earlier version of this header gets the defaults of the options
+/// that were added since: the object grows inside the library only.
+class FILESYSTEM_API Options {
+ public:
+  Options();                                 ///< Has the defaults.
+  Options(const Options& other);             ///< Copies all options.
+  Options(Options&& other) noexcept;         ///< Leaves `other` for destruction or assignment only.
+  Options& operator=(const Options& other);  ///< Copies all options.
+  Options& operator=(Options&& other) noexcept;  ///< Leaves `other` as the move constructor does.
+  ~Options();                                    ///< Frees the options.
+
+  /// Sets the password of the entries that are read and written.
+  /// @param password empty (the default) for none
+  Options& setPassword(const std::string& password);
+  /// Sets the encryption of the entries that are written, if there is a password.
+  /// @param encryption Encryption::Traditional (the default) or Encryption::Aes256
+  Options& setEncryption(Encryption encryption);
+  /// Sets how hard the entries that are written are compressed.
+  /// @param level 0 (stored) to 9 (smallest), or -1 (the default) for a good balance
+  Options& setLevel(int level);
+  /// Sets what is done with existing files, and in an archive with existing entries.
+  /// @param existing ExistingFiles::Replace is the default
+  Options& setExisting(ExistingFiles existing);
+  /// Sets the callback that receives the progress.
+  /// @param progress empty (the default) for none
+  Options& setProgress(ProgressCallback progress);
+
+  const std::string& password() const;       ///< The password; empty for none.
+  Encryption encryption() const;             ///< The encryption of new entries that get a password.
+  int level() const;                         ///< The level, -1 to 9.
+  ExistingFiles existing() const;            ///< What is done with existing files.
+  const ProgressCallback& progress() const;  ///< The callback; empty for none.
+
+ private:
+  struct State;
+  std::unique_ptr<State> state_;
+};
+
+}  // namespace FileSystem

@@ -1,0 +1,65 @@
+#include <filesystem/options.h>
+
+#include <utility>
+
+namespace FileSystem {
+
+struct Options::State {
+  std::string password;
+  Encryption encryption = Encryption::Traditional;
+  int level = -1;
+  ExistingFiles existing = ExistingFiles::Replace;
+  ProgressCallback progress;
+};
+
+Options::Options() : state_(std::make_unique<State>()) {}
+
+Options::Options(const Options& other) : state_(std::make_unique<State>(*other.state_)) {}
+
+Options::Options(Options&& other) noexcept = default;
+
+Options& Options::operator=(const Options& other) {
+  state_ = std::make_unique<State>(*other.state_);
+  return *this;
+}
+
+Options& Options::operator=(Options&& other) noexcept = default;
+
+Options::~Options() = default;
+
+Options& Options::setPassword(const std::string& password) {
+  state_->password = password;
+  return *this;
+}
+
+Options& Options::setEncryption(Encryption encryption) {
+  state_->encryption = encryption;
+  return *this;
+}
+
+Options& Options::setLevel(int level) {
+  state_->level = level;
+  return *this;
+}
+
+Options& Options::setExisting(ExistingFiles existing) {
+  state_->existing = existing;
+  return *this;
+}
+
+Options& Options::setProgress(ProgressCallback progress) {
+  state_->progress = std::move(progress);
+  return *this;
+}
+
+const std::string& Options::password() const { return state_->password; }
+
+Encryption Options::encryption() const { return state_->encryption; }
+
+int Options::level() const { return state_->level; }
+
+ExistingFiles Options::existing() const { return state_->existing; }
+
+const ProgressCallback& Options::progress() const { return state_->progress; }
+
+}  // namespace FileSystem
