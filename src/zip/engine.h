@@ -72,7 +72,16 @@ inline constexpr int ZipLevelDefault = -1;
 // one call. That is faster than inflating in pieces, but holds stored and plain bytes together.
 inline constexpr std::uint32_t ZipLargestInflatedAtOnce = 28 << 20;
 
-// Reading. Status 0 is success.
+// Reading. Status 0 is success, any other one a failure.
+
+// Failures of ZipOpenEntry and ZipReadEntry. Each of their other failures is that of damaged data.
+inline constexpr int ZipStatusDamaged = -1;
+inline constexpr int ZipStatusNoEntry = -100;
+inline constexpr int ZipStatusNoPassword = -101;
+inline constexpr int ZipStatusWrongPassword = -102;  // or the data after the check are damaged
+inline constexpr int ZipStatusUnknownMethod = -103;
+inline constexpr int ZipStatusUnknownEncryption = -104;
+inline constexpr int ZipStatusTooLargeToRead = -105;
 
 // Opens an archive by its last end record, as other programs do. Returns null if the file is
 // missing or held without read sharing, or if that record does not lead to a sound directory.
@@ -93,6 +102,27 @@ int ZipLocateEntry(ZipReader* reader, const char* name, int caseMode);
 int ZipReadEntryInfo(ZipReader* reader, ZipEntryInfo* info, char* name, std::uint32_t nameCapacity,
                      void* extra, std::uint32_t extraCapacity, char* comment,
                      std::uint32_t commentCapacity);
+// Values of the current entry that ZipEntryInfo cannot hold.
+struct ZipEntryDetails {
+  std::uint64_t compressedSize;
+  std::uint64_t uncompressedSize;
+  std::uint64_t position;    // of the record, from the start of the directory
+  std::uint32_t method;      // of the content, inside an encryption
+  std::uint32_t encryption;  // one of the next constants
+};
+inline constexpr std::uint32_t ZipNotEncrypted = 0;
+inline constexpr std::uint32_t ZipEncryptedTraditional = 1;
+inline constexpr std::uint32_t ZipEncryptedAes = 2;
+inline constexpr std::uint32_t ZipEncryptedUnknown = 3;
+
+int ZipReadEntryDetails(ZipReader* reader, ZipEntryDetails* details);
+// Makes the entry current whose record has that position. Returns non-zero if none has.
+int ZipMoveToEntry(ZipReader* reader, std::uint64_t position);
+// Returns the number of bytes between the last entry and the directory, and after the end record.
+// They belong to no entry; an append that was interrupted leaves some.
+std::uint64_t ZipUnusedBytes(ZipReader* reader);
+// Reports whether a file that is no archive by itself is a part of one of several files.
+bool ZipIsPartOfSplitArchive(const char* path);
 // Opens the current entry for reading. Refuses unknown methods, a wrong or missing password, data
 // that lies outside the file or overlaps another entry or the directory, and impossible sizes. A
 // non-zero `raw` reads the stored bytes. `method` and `level` are not used.

@@ -12,6 +12,11 @@ namespace {
 constexpr std::uint16_t kId = 0x9901;
 constexpr std::uint16_t kSize = 7;
 
+std::optional<ExtraBlock> extraBlock(const CentralRecord& record) {
+  const auto block = findExtraBlock(record.extra(), record.extraLength(), kId);
+  return block && block->size >= kSize ? block : std::nullopt;
+}
+
 }  // namespace
 
 void appendAesExtra(Bytes& out, const AesParameters& parameters) {
@@ -24,9 +29,14 @@ void appendAesExtra(Bytes& out, const AesParameters& parameters) {
   append16(out, parameters.method);
 }
 
+std::optional<std::uint16_t> aesMethod(const CentralRecord& record) {
+  const auto block = extraBlock(record);
+  return block ? std::optional(load16(block->data + 5)) : std::nullopt;
+}
+
 std::optional<AesParameters> aesParameters(const CentralRecord& record) {
-  const auto block = findExtraBlock(record.extra(), record.extraLength(), kId);
-  if (!block || block->size < kSize) return std::nullopt;
+  const auto block = extraBlock(record);
+  if (!block) return std::nullopt;
   const std::uint16_t version = load16(block->data);
   const unsigned strength = block->data[4];
   const std::uint16_t method = load16(block->data + 5);

@@ -36,6 +36,9 @@ struct AesParameters {
 // known.
 std::optional<AesParameters> aesParameters(const CentralRecord& record);
 
+// Returns the method that such a record names for its content; nothing if it has no extra field.
+std::optional<std::uint16_t> aesMethod(const CentralRecord& record);
+
 // Appends the extra field of an entry that has the parameters but no CRC, kAesExtraSize bytes.
 void appendAesExtra(Bytes& out, const AesParameters& parameters);
 

@@ -101,6 +101,7 @@ bool readDirectory(const ArchiveFile& file, const EndRecord& end, std::uint64_t 
   directory = {};
   directory.position = position;
   directory.base = base;
+  directory.end = end.end;
   if (!readRecords(file, end.directorySize, directory)) return false;
   const std::uint64_t count = directory.entryCount;
   return (end.countMayWrap ? count & 0xFFFF : count) == end.entryCount;
@@ -125,6 +126,10 @@ bool proveDirectory(const ArchiveFile& file, const EndRecord& end, CentralDirect
 }
 
 }  // namespace
+
+bool isRecordAt(const CentralDirectory& directory, std::size_t offset) {
+  return recordSize(directory.blob, offset) != 0;
+}
 
 CentralRecord recordAt(const CentralDirectory& directory, std::size_t offset) {
   CentralRecord record{.bytes = directory.blob.data() + offset};

@@ -18,6 +18,7 @@ struct CentralDirectory {
   std::uint64_t entryCount = 0;
   std::uint64_t position = 0;  // absolute, in the file
   std::uint64_t base = 0;      // absolute position that offsets count from
+  std::uint64_t end = 0;       // absolute, after the end record and its comment
   std::string comment;
 };
 
@@ -49,6 +50,8 @@ struct CentralRecord {
   std::size_t size() const { return kCentralSize + nameLength() + extraLength() + commentLength(); }
 };
 
+// Reports whether bytes at an offset of the directory's blob look like a whole record.
+bool isRecordAt(const CentralDirectory& directory, std::size_t offset);
 // Reads the record that begins at an offset of the directory's blob.
 CentralRecord recordAt(const CentralDirectory& directory, std::size_t offset);
 

@@ -54,9 +54,11 @@ bool readEndRecord(const ArchiveFile& file, const FilePiece& piece, std::size_t 
             .directorySize = load32(end + 12),
             .directoryOffset = load32(end + 16),
             .directoryEnd = piece.position + at,
+            .end = piece.position + at + kEndSize,
             .comment = {}};
   const std::size_t commentLength =
       std::min<std::size_t>(load16(end + 20), piece.bytes.size() - at - kEndSize);
+  record.end += commentLength;
   record.comment.assign(reinterpret_cast<const char*>(end + kEndSize), commentLength);
   const bool saturated = record.entryCount == kSaturated16 ||
                          record.directorySize == kSaturated32 ||

@@ -8,10 +8,11 @@
 #include <memory>
 #include <optional>
 
-#include "zip/engine/codec/methods.h"
 #include "zip/engine/container/entry_name.h"
 #include "zip/engine/reading/entry_data.h"
+#include "zip/engine/reading/entry_layout.h"
 #include "zip/engine/reading/entry_map.h"
+#include "zip/engine/reading/unused_bytes.h"
 
 using namespace zip_engine;
 
@@ -19,7 +20,6 @@ namespace {
 
 constexpr int kSuccess = 0;
 constexpr int kFailure = -1;
-constexpr int kNoEntry = -100;
 
 }  // namespace
 
@@ -38,63 +38,11 @@ struct ZipReader {
   int moveTo(std::size_t offset) {
     entry.reset();
     current = offset;
-    return hasCurrent() ? kSuccess : kNoEntry;
+    return hasCurrent() ? kSuccess : ZipStatusNoEntry;
   }
 };
 
 namespace {
-
-// One deflated byte inflates to at most 1,032: four times two codes of one bit, for 258 bytes.
-bool canInflateTo(std::uint64_t compressed, std::uint64_t plain) {
-  return plain <= compressed * 1032;
-}
-
-bool isEncrypted(const CentralRecord& record) { return (record.flags() & kFlagEncrypted) != 0; }
-
-// The parameters of an entry that is encrypted with AES.
-std::optional<AesParameters> aesOf(const CentralRecord& record) {
-  return isEncrypted(record) && record.method() == kMethodAes ? aesParameters(record)
-                                                              : std::nullopt;
-}
-
-// `method` is the one inside the encryption, `overhead` the bytes that the encryption adds.
-bool hasPossibleSizes(const CentralRecord& record, std::uint16_t method, std::uint64_t overhead) {
-  if (record.compressedSize > kSaturated32 || record.uncompressedSize > kSaturated32 ||
-      record.compressedSize < overhead) {
-    return false;
-  }
-  const std::uint64_t payload = record.compressedSize - overhead;
-  return method == ZipMethodStored ? payload == record.uncompressedSize
-                                   : canInflateTo(payload, record.uncompressedSize);
-}
-
-bool isReadable(const CentralRecord& record, const char* password) {
-  constexpr std::uint16_t kUnknown = kFlagPatched | kFlagStrongEncryption;
-  if ((record.flags() & kUnknown) != 0) return false;
-  if (isEncrypted(record) && password == nullptr) return false;
-  if (const std::optional<AesParameters> aes = aesOf(record)) {
-    return hasAes() && hasPossibleSizes(record, aes->method, aes->headerSize() + kAesCodeSize);
-  }
-  if (!isCompressionMethod(record.method())) return false;
-  return hasPossibleSizes(record, record.method(), isEncrypted(record) ? kEncryptionHeaderSize : 0);
-}
-
-EntryLayout layoutOf(const ZipReader& reader, const CentralRecord& record, bool raw,
-                     const char* password) {
-  const std::optional<AesParameters> aes = aesOf(record);
-  // The check byte is from the time if the CRC was not known when the entry was begun.
-  const std::uint32_t check =
-      (record.flags() & kFlagDescriptor) != 0 ? std::uint32_t{record.time()} << 16 : record.crc();
-  return {.position = reader.local.dataPosition(),
-          .compressedSize = record.compressedSize,
-          .uncompressedSize = record.uncompressedSize,
-          .crc = record.crc(),
-          .method = aes ? aes->method : record.method(),
-          .raw = raw,
-          .password = isEncrypted(record) ? password : nullptr,
-          .aes = aes,
-          .checkByte = static_cast<unsigned char>(check >> 24)};
-}
 
 // Copies a text, cut at `capacity`, with a terminating zero if it is shorter.
 void copyText(char* target, std::uint32_t capacity, const void* text, std::size_t length) {
@@ -148,14 +96,14 @@ int ZipFirstEntry(ZipReader* reader) { return reader == nullptr ? kFailure : rea
 
 int ZipNextEntry(ZipReader* reader) {
   if (reader == nullptr) return kFailure;
-  if (!reader->hasCurrent()) return kNoEntry;
+  if (!reader->hasCurrent()) return ZipStatusNoEntry;
   return reader->moveTo(reader->current + reader->record().size());
 }
 
 int ZipLocateEntry(ZipReader* reader, const char* name, int) {
   if (reader == nullptr || name == nullptr) return kFailure;
   const std::size_t found = reader->names.find(reader->directory, name);
-  return found == NameIndex::kNone ? kNoEntry : reader->moveTo(found);
+  return found == NameIndex::kNone ? ZipStatusNoEntry : reader->moveTo(found);
 }
 
 int ZipReadEntryInfo(ZipReader* reader, ZipEntryInfo* info, char* name, std::uint32_t nameCapacity,
@@ -190,25 +138,47 @@ int ZipReadEntryInfo(ZipReader* reader, ZipEntryInfo* info, char* name, std::uin
   return kSuccess;
 }
 
+int ZipReadEntryDetails(ZipReader* reader, ZipEntryDetails* details) {
+  if (reader == nullptr || details == nullptr || !reader->hasCurrent()) return kFailure;
+  const CentralRecord record = reader->record();
+  *details = {.compressedSize = record.compressedSize,
+              .uncompressedSize = record.uncompressedSize,
+              .position = reader->current,
+              .method = innerMethodOf(record),
+              .encryption = encryptionOf(record)};
+  return kSuccess;
+}
+
+int ZipMoveToEntry(ZipReader* reader, std::uint64_t position) {
+  if (reader == nullptr) return kFailure;
+  const std::size_t end = reader->directory.blob.size();
+  const bool isRecord = position < end && isRecordAt(reader->directory, position);
+  return reader->moveTo(isRecord ? static_cast<std::size_t>(position) : end);
+}
+
 int ZipOpenEntry(ZipReader* reader, int*, int*, int raw, const char* password) {
   if (reader == nullptr || !reader->hasCurrent()) return kFailure;
   reader->entry.reset();
   const CentralRecord record = reader->record();
-  if (raw != 0 ? record.compressedSize > kSaturated32 : !isReadable(record, password)) {
-    return kFailure;
-  }
-  if (!reader->local.read(reader->file, reader->directory, record)) return kFailure;
+  const int status = raw != 0 ? checkRawSize(record) : checkReadable(record, password);
+  if (status != kSuccess) return status;
+  if (!reader->local.read(reader->file, reader->directory, record)) return ZipStatusDamaged;
+  const std::uint64_t position = reader->local.dataPosition();
   EntryData& entry = reader->entry.emplace(
-      reader->file, layoutOf(*reader, record, raw != 0, password), reader->buffers);
+      reader->file, layoutOf(record, position, raw != 0, password), reader->buffers);
   entry.prefetched(reader->local.prefetched(), reader->local.prefetchedSize());
   if (entry.begin()) return kSuccess;
   reader->entry.reset();
-  return kFailure;
+  return isEncrypted(record) ? ZipStatusWrongPassword : ZipStatusDamaged;
 }
 
 int ZipReadEntry(ZipReader* reader, void* buffer, std::uint32_t size) {
   if (reader == nullptr || !reader->entry || (buffer == nullptr && size != 0)) return kFailure;
-  return reader->entry->read(static_cast<unsigned char*>(buffer), size);
+  const int count = reader->entry->read(static_cast<unsigned char*>(buffer), size);
+  if (count >= 0) return count;
+  // The traditional encryption recognizes most wrong passwords when the entry is opened, not all.
+  const CentralRecord record = reader->record();
+  return isEncrypted(record) && !aesOf(record) ? ZipStatusWrongPassword : ZipStatusDamaged;
 }
 
 int ZipReadLocalExtra(ZipReader* reader, void* buffer, std::uint32_t size) {
@@ -218,6 +188,10 @@ int ZipReadLocalExtra(ZipReader* reader, void* buffer, std::uint32_t size) {
   const std::size_t count = std::min<std::size_t>(length, size);
   std::copy_n(reader->local.extra(), count, static_cast<unsigned char*>(buffer));
   return static_cast<int>(count);
+}
+
+std::uint64_t ZipUnusedBytes(ZipReader* reader) {
+  return reader == nullptr ? 0 : unusedBytes(reader->file, reader->directory);
 }
 
 void ZipCloseEntry(ZipReader* reader) {
