@@ -38,10 +38,18 @@ Progress::~Progress() {
   thread_.join();
 }
 
+FileSystem::ProgressCallback Progress::callback() {
+  return [this](const FileSystem::Progress& progress) {
+    done_ = progress.bytesDone;
+    if (progress.bytesExpected != 0) total_ = progress.bytesExpected;
+    return true;
+  };
+}
+
 std::string Progress::line(double seconds, std::size_t columns) const {
   constexpr double kMega = 1e6;
   const auto done = static_cast<double>(done_ + (counter_ ? counter_() : 0));
-  const auto total = static_cast<double>(total_);
+  const auto total = static_cast<double>(total_.load());
   std::string numbers;
   if (done > 0) {
     numbers += formatted(", %.1f MB", done / kMega);

@@ -2,6 +2,8 @@
 // A line of progress on a terminal, for work that takes longer than half a
 // second. Nothing is written without a terminal, and nothing with --quiet.
 
+#include <filesystem/options.h>
+
 #include <atomic>
 #include <condition_variable>
 #include <cstdint>
@@ -29,13 +31,17 @@ class Progress {
 
   void advance(std::uint64_t bytes) { done_ += bytes; }
 
+  // Returns a callback for a call of the library, by which the line follows that call. It must not
+  // outlive the object.
+  FileSystem::ProgressCallback callback();
+
  private:
   void show();
   // The line, which fits into `columns`.
   std::string line(double seconds, std::size_t columns) const;
 
   const std::string what_;
-  const std::uint64_t total_;
+  std::atomic<std::uint64_t> total_;
   const std::function<std::uint64_t()> counter_;
   std::atomic<std::uint64_t> done_{0};
   std::mutex mutex_;
