@@ -40,7 +40,7 @@ enum class Reason : std::int32_t {
   TooLarge,           ///< the content has more bytes than the archive or the call can take
   NameTooLong,        ///< the name of the entry has more bytes than an archive takes
   PathTooLong,        ///< the path has more bytes than the system takes
-  NameEscapes,        ///< the name of the entry leaves the target folder
+  NameEscapes,        ///< the name of the entry escapes the target folder
   NameTaken,          ///< another file or entry of the call has the same name
   NotAnArchive,       ///< the file is no zip archive, or its directory is damaged
   SplitArchive,       ///< the file is a part of an archive of several files, which is not supported

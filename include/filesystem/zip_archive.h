@@ -53,25 +53,6 @@ class FILESYSTEM_API ZipArchive {
     Aes256,       ///< WinZip's AE-2 with AES-256, if the library was built with AES
   };
 
-  /// What an extraction does with an existing file or link.
-  enum class ExistingFiles { Replace, Keep };
-  /// What extractEach() did with one name of its list.
-  struct Extraction {
-    /// How it ended.
-    enum class Result {
-      Extracted,   ///< the file has the content
-      Kept,        ///< a file or link of that name exists, and ExistingFiles::Keep was asked for
-      SameFile,    ///< the name leads to a file that the call has extracted under an earlier name
-      Escapes,     ///< the name escapes the prefix
-      Missing,     ///< the archive has no such entry
-      Unreadable,  ///< damaged, encrypted with another password, or stored by an unknown method
-      NotWritten,  ///< the file cannot be written, or a link or a directory is in its way
-    };
-    std::size_t index;    ///< of the name in the list
-    Result result;        ///< how it ended
-    std::size_t earlier;  ///< with SameFile, the index of the earlier name; else `index`
-  };
-
   /// Creates an object that is bound to no archive.
   ZipArchive();
   /// Shares the state of `other`.
@@ -144,20 +125,6 @@ class FILESYSTEM_API ZipArchive {
   ///               separator
   /// @return 1 if at least one entry was extracted, else 0
   int extract(const std::vector<std::string>& names, const char* prefix) const;
-  /// Extracts entries to files as extract() does, and reports what it did with each. With
-  /// ExistingFiles::Keep no existing file or link is touched: a file is created only if its name is
-  /// free at that moment.
-  /// @param names    names of entries, each up to its first zero byte
-  /// @param prefix   text to which each name is appended, not null; that of a directory ends in a
-  ///                 separator
-  /// @param existing what to do with existing files
-  /// @param report   is called once for each name, in their order, when that was handled. It must
-  ///                 not use the object; false ends the call. It is not called if the archive
-  ///                 cannot be read.
-  /// @return the number of files that were extracted
-  std::size_t extractEach(const std::vector<std::string>& names, const char* prefix,
-                          ExistingFiles existing,
-                          const std::function<bool(const Extraction&)>& report) const;
   /// Extracts one entry to a file. Missing directories are created. An existing file is replaced as
   /// a whole or not at all, by a new file with its owner, permissions, access control list and, on
   /// Linux, user attributes. Its other hard links keep the old content. If a new file cannot have

@@ -57,6 +57,10 @@ class ConfinedDirectory {
   Result write(std::string_view name, const Fill& fill, Existing existing = Existing::Replaced,
                WrittenFiles::Name id = 1);
 
+  // Creates the directory `name`, a path relative to the directory, and the missing ones on the way
+  // to it, unless they exist. Fails as write() does.
+  bool createDirectory(std::string_view name);
+
  private:
   struct State;
   std::unique_ptr<State> state_;

@@ -29,8 +29,8 @@ void ProgressRelay::rethrow() {
 }
 
 bool ProgressRelay::report() {
-  if (!callback_ || isCancelled_) return !isCancelled_;
-  if (!guard([this] { return callback_(progress_); }, false)) isCancelled_ = true;
+  if (callback_ == nullptr || isCancelled_) return !isCancelled_;
+  if (!guard([this] { return (*callback_)(progress_); }, false)) isCancelled_ = true;
   return !isCancelled_;
 }
 

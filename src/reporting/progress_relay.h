@@ -12,11 +12,14 @@ namespace FileSystem::Detail {
 // between the two has to expect it.
 class ProgressRelay {
  public:
-  // `callback` may be empty; then nothing is reported or cancelled. It must outlive the object.
-  explicit ProgressRelay(const ProgressCallback& callback) : callback_(callback) {}
+  // Reports nothing.
+  ProgressRelay() = default;
+  // The callback must outlive the object. An empty one is none.
+  explicit ProgressRelay(const ProgressCallback& callback)
+      : callback_(callback ? &callback : nullptr) {}
 
   // True if there is a callback. Without one no totals are needed.
-  bool isNeeded() const { return static_cast<bool>(callback_); }
+  bool isNeeded() const { return callback_ != nullptr; }
   // Sets what the whole call has to do.
   void expect(std::uint64_t files, std::uint64_t bytes);
 
@@ -49,7 +52,7 @@ class ProgressRelay {
  private:
   bool report();
 
-  const ProgressCallback& callback_;
+  const ProgressCallback* callback_ = nullptr;
   Progress progress_;
   bool isCancelled_ = false;
   std::exception_ptr exception_;

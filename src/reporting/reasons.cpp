@@ -11,23 +11,23 @@ const char* reasonText(Reason reason) {
     case Reason::Missing:
       return "it does not exist";
     case Reason::Exists:
-      return "the name is in use";
+      return "a file of that name exists";
     case Reason::SameFile:
       return "the file was already written under another name";
     case Reason::InUse:
-      return "another program uses it";
+      return "another program uses the file";
     case Reason::NoPermission:
-      return "it is read-only, or there is no permission";
+      return "the file or its directory is read-only, or there is no permission";
     case Reason::NotAFile:
       return "it is neither a file nor a directory, or a link without a target";
     case Reason::NotAFolder:
-      return "something else has the name of a directory";
+      return "something else, such as a link, has the name of a directory";
     case Reason::IsAFolder:
       return "a directory has its name";
     case Reason::ReadFailed:
-      return "it cannot be read to its end, or changes meanwhile";
+      return "the file cannot be read to its end, or changes meanwhile";
     case Reason::WriteFailed:
-      return "it cannot be written";
+      return "the file cannot be written";
     case Reason::DiskFull:
       return "the disk is full";
     case Reason::OutOfMemory:
@@ -37,9 +37,9 @@ const char* reasonText(Reason reason) {
     case Reason::NameTooLong:
       return "its name is too long";
     case Reason::PathTooLong:
-      return "its path is too long";
+      return "the path is too long";
     case Reason::NameEscapes:
-      return "its name leaves the directory";
+      return "its name escapes the directory";
     case Reason::NameTaken:
       return "another file of the same name is among them";
     case Reason::NotAnArchive:

@@ -5,6 +5,9 @@
 #include "zip/entry_names.h"
 
 namespace zip {
+
+using FileSystem::Reason;
+
 namespace {
 
 using NameBuffer = char[kLongestName + 1];
@@ -15,7 +18,79 @@ void readEntry(ZipReader* reader, ZipEntryInfo* record, NameBuffer& name) {
   ZipReadEntryInfo(reader, record, name, kLongestName, nullptr, 0, nullptr, 0);
 }
 
+// File types in a mode of Unix.
+constexpr std::uint32_t kFileTypes = 0170000;
+constexpr std::uint32_t kDirectory = 0040000;
+constexpr std::uint32_t kLink = 0120000;
+// The rest of the external attributes belongs to the system that made the entry.
+constexpr std::uint32_t kDosAttributes = 0xFF;
+
+Reason reasonOf(int status) {
+  switch (status) {
+    case 0:
+      return Reason::None;
+    case ZipStatusNoEntry:
+      return Reason::Missing;
+    case ZipStatusNoPassword:
+      return Reason::PasswordMissing;
+    case ZipStatusWrongPassword:
+      return Reason::PasswordWrong;
+    case ZipStatusUnknownMethod:
+      return Reason::UnsupportedMethod;
+    case ZipStatusUnknownEncryption:
+      return Reason::UnsupportedEncryption;
+    case ZipStatusTooLargeToRead:
+      return Reason::TooLarge;
+    default:
+      return Reason::Damaged;
+  }
+}
+
+FileSystem::Encryption encryptionOf(std::uint32_t encryption) {
+  using FileSystem::Encryption;
+  switch (encryption) {
+    case ZipNotEncrypted:
+      return Encryption::None;
+    case ZipEncryptedTraditional:
+      return Encryption::Traditional;
+    case ZipEncryptedAes:
+      return Encryption::Aes256;
+    default:
+      return Encryption::Unsupported;
+  }
+}
+
+FileSystem::EntryTime timeOf(const ZipEntryInfo& info) {
+  constexpr std::uint32_t kMonth = 0xF;
+  constexpr std::uint32_t kDay = 0x1F;
+  const std::uint32_t month = info.dosDate >> 21 & kMonth;
+  const std::uint32_t day = info.dosDate >> 16 & kDay;
+  if (month == 0 || month > 12 || day == 0) return {};
+  const ZipDateWords& date = info.date;
+  return {.year = static_cast<std::uint16_t>(date.year),
+          .month = static_cast<std::uint16_t>(month),
+          .day = static_cast<std::uint16_t>(day),
+          .hour = static_cast<std::uint16_t>(date.hour),
+          .minute = static_cast<std::uint16_t>(date.minute),
+          .second = static_cast<std::uint16_t>(date.second)};
+}
+
+// Programs of Unix store the mode in the upper half of the attributes.
+std::uint32_t unixModeOf(const ZipEntryInfo& info) {
+  constexpr std::uint32_t kUnix = 3;
+  return info.versionMadeBy >> 8 == kUnix ? info.externalAttributes >> 16 : 0;
+}
+
+bool isFolder(const FileSystem::Entry& entry) {
+  if (!entry.name.empty() && (entry.name.back() == '/' || entry.name.back() == '\\')) return true;
+  const bool isMarked =
+      (entry.attributes & FILE_ATTRIBUTE_DIRECTORY) != 0 || (entry.mode & kFileTypes) == kDirectory;
+  return isMarked && entry.size == 0;
+}
+
 }  // namespace
+
+bool isPartOfSplitArchive(const char* path) { return ZipIsPartOfSplitArchive(path); }
 
 void ArchiveReader::Closer::operator()(ZipReader* reader) const { ZipCloseReader(reader); }
 
@@ -72,16 +147,49 @@ void ArchiveReader::readComment(std::uint32_t length, std::string& comment) cons
   ZipReadEntryInfo(reader_.get(), nullptr, nullptr, 0, nullptr, 0, comment.data(), length);
 }
 
-OpenEntry::OpenEntry(ArchiveReader& archive, const char* password)
-    : reader_(archive.reader_.get()),
-      open_(ZipOpenEntry(reader_, nullptr, nullptr, 0, password) == 0) {}
-
-OpenEntry::~OpenEntry() {
-  if (open_) ZipCloseEntry(reader_);
+bool ArchiveReader::moveTo(std::uint64_t position) {
+  return ZipMoveToEntry(reader_.get(), position) == 0;
 }
 
+FileSystem::Entry ArchiveReader::record() const {
+  ZipEntryInfo info = {};
+  ZipReadEntryInfo(reader_.get(), &info, nullptr, 0, nullptr, 0, nullptr, 0);
+  ZipEntryDetails details = {};
+  ZipReadEntryDetails(reader_.get(), &details);
+  FileSystem::Entry entry;
+  std::string stored(info.nameLength, '\0');
+  entry.comment.resize(info.commentLength);
+  ZipReadEntryInfo(reader_.get(), nullptr, stored.data(), info.nameLength, nullptr, 0,
+                   entry.comment.data(), info.commentLength);
+  entry.name = callerName(stored);
+  entry.size = details.uncompressedSize;
+  entry.storedSize = details.compressedSize;
+  entry.modified = timeOf(info);
+  entry.crc = info.crc;
+  entry.method = static_cast<std::uint16_t>(details.method);
+  entry.encryption = encryptionOf(details.encryption);
+  entry.attributes = info.externalAttributes & kDosAttributes;
+  entry.mode = unixModeOf(info);
+  entry.isFolder = isFolder(entry);
+  entry.isLink = (entry.mode & kFileTypes) == kLink;
+  entry.position = details.position;
+  return entry;
+}
+
+std::uint64_t ArchiveReader::unusedBytes() const { return ZipUnusedBytes(reader_.get()); }
+
+OpenEntry::OpenEntry(ArchiveReader& archive, const char* password)
+    : reader_(archive.reader_.get()),
+      status_(ZipOpenEntry(reader_, nullptr, nullptr, 0, password)) {}
+
+OpenEntry::~OpenEntry() { ZipCloseEntry(reader_); }
+
+Reason OpenEntry::failure() const { return reasonOf(status_); }
+
 int OpenEntry::read(unsigned char* buffer, std::uint32_t size) {
-  return ZipReadEntry(reader_, buffer, size);
+  const int count = ZipReadEntry(reader_, buffer, size);
+  if (count < 0) status_ = count;
+  return count;
 }
 
 bool OpenEntry::readAll(unsigned char* buffer, std::uint32_t size) {

@@ -1,6 +1,8 @@
 #pragma once
 // Reading an archive through the zip engine.
 
+#include <filesystem/archive.h>
+
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -51,11 +53,18 @@ class ArchiveReader {
   bool names(std::vector<std::string>& names);
   // Makes the last entry with exactly this stored name the current one. False if there is none.
   bool locate(const std::string& stored);
+  // Makes the entry current whose record has this position. False if none has.
+  bool moveTo(std::uint64_t position);
 
   // Returns the central directory's record of the current entry, which there must be.
   EntryInfo describe() const;
   // Reads the current entry's comment, whose length describe() returned.
   void readComment(std::uint32_t length, std::string& comment) const;
+  // Returns all that the directory says of the current entry, which there must be.
+  FileSystem::Entry record() const;
+
+  // Returns the number of bytes of the archive that belong to no entry.
+  std::uint64_t unusedBytes() const;
 
  private:
   friend class OpenEntry;
@@ -82,7 +91,9 @@ class OpenEntry {
 
   // False if the entry cannot be read: its method is unknown, the password is wrong or missing, or
   // its sizes or place in the file are impossible.
-  explicit operator bool() const { return open_; }
+  explicit operator bool() const { return status_ == 0; }
+  // Why that is so, or why a read has failed.
+  FileSystem::Reason failure() const;
 
   // Reads the next bytes, at most INT_MAX. Returns their number, 0 at the end, negative on failure.
   // The last byte is delivered only if length and CRC-32 of the content are right.
@@ -92,8 +103,11 @@ class OpenEntry {
 
  private:
   ZipReader* reader_;
-  bool open_;
+  int status_;
 };
+
+// True if a file that is no archive is a part of one of several files.
+bool isPartOfSplitArchive(const char* path);
 
 // True if the stored bytes, which are there, make the size likely that the archive claims. If not,
 // memory is taken as bytes arrive.

@@ -4,33 +4,31 @@
 #include <span>
 #include <string_view>
 
+#include "files/attributes.h"
 #include "files/make_folders.h"
+#include "reporting/reasons.h"
 #include "zip/entry_path.h"
 
 namespace zip {
 namespace {
 
+using FileSystem::ExistingFiles;
+using FileSystem::Reason;
+using FileSystem::Sink;
+using FileSystem::Detail::reasonOfError;
 using platform::ConfinedDirectory;
-using ExistingFiles = ZipArchive::ExistingFiles;
-using Result = ZipArchive::Extraction::Result;
 
 ConfinedDirectory::Existing modeOf(ExistingFiles existing) {
   using Existing = ConfinedDirectory::Existing;
   return existing == ExistingFiles::Keep ? Existing::Kept : Existing::Replaced;
 }
 
-Result resultOf(ConfinedDirectory::Outcome outcome) {
-  using Outcome = ConfinedDirectory::Outcome;
-  switch (outcome) {
-    case Outcome::Written:
-      return Result::Extracted;
-    case Outcome::Kept:
-      return Result::Kept;
-    case Outcome::SameFile:
-      return Result::SameFile;
-    default:
-      return Result::NotWritten;
-  }
+// Returns why a target could not be written, from the last error. What is missing on the way to it
+// is created, so that something else must have its name.
+Reason writeFailure(const std::string& target) {
+  const Reason reason = reasonOfError(GetLastError(), Reason::WriteFailed);
+  if (FileSystem::Detail::isDirectory(target.c_str())) return Reason::IsAFolder;
+  return reason == Reason::Missing || reason == Reason::Exists ? Reason::NotAFolder : reason;
 }
 
 bool writeAll(HANDLE file, std::span<const unsigned char> bytes) {
@@ -46,23 +44,6 @@ bool writeAll(HANDLE file, std::span<const unsigned char> bytes) {
   return true;
 }
 
-// Reads all content into memory that grows as bytes arrive.
-bool readGrowing(OpenEntry& entry, std::size_t size, std::vector<unsigned char>& bytes) {
-  constexpr std::size_t kGrowth = 4;
-  bytes = {};
-  while (bytes.size() < size) {
-    const std::size_t done = bytes.size();
-    const std::size_t count = std::min<std::size_t>(kReadBlock, size - done);
-    if (done + count > bytes.capacity()) bytes.reserve(std::min(size, (done + count) * kGrowth));
-    bytes.resize(done + count);
-    if (entry.read(bytes.data() + done, static_cast<std::uint32_t>(count)) !=
-        static_cast<int>(count)) {
-      return false;
-    }
-  }
-  return true;
-}
-
 // Creates a directory and its missing parents. Separators at the end are left out: a pair that
 // begins with a slash would count as the start of a server name.
 void createDirectories(const std::string& path) {
@@ -71,68 +52,157 @@ void createDirectories(const std::string& path) {
 
 }  // namespace
 
-bool Extractor::toBytes(const std::string& stored, std::vector<unsigned char>& bytes) {
-  if (!archive_.locate(stored)) return false;
+Reason Extractor::toBytes(std::vector<unsigned char>& bytes) {
   OpenEntry entry(archive_, password_);
-  if (!entry) return false;
+  if (!entry) return entry.failure();
   const EntryInfo info = archive_.describe();
-  if (isLikelySize(info)) {
-    platform::reserveForFilling(bytes, info.size);
+  Reason reason = Reason::None;
+  if (isLikelySize(info)) platform::reserveForFilling(bytes, info.size);
+  if (isLikelySize(info) && !(progress_.isNeeded() && passesInPieces(info))) {
     bytes.resize(info.size);
-    if (entry.readAll(bytes.data(), info.size)) return true;
-  } else if (readGrowing(entry, info.size, bytes)) {
-    return true;
+    if (!entry.readAll(bytes.data(), info.size)) reason = entry.failure();
+    progress_.advance(info.size);
+  } else {
+    reason = readGrowing(entry, info.size, bytes);
   }
-  bytes = {};
-  return false;
+  if (reason != Reason::None) bytes = {};
+  return reason;
 }
 
-bool Extractor::toFile(const std::string& stored, const std::string& target) {
-  constexpr std::uint64_t kOnlyName = 1;
-  return write(stored, target, directoryLength(target), ExistingFiles::Replace, kOnlyName).result ==
-         Result::Extracted;
+// Reads all content into memory that grows as bytes arrive.
+Reason Extractor::readGrowing(OpenEntry& entry, std::size_t size,
+                              std::vector<unsigned char>& bytes) {
+  constexpr std::size_t kGrowth = 4;
+  bytes.clear();
+  while (bytes.size() < size) {
+    const std::size_t done = bytes.size();
+    const std::size_t count = std::min<std::size_t>(kReadBlock, size - done);
+    if (done + count > bytes.capacity()) bytes.reserve(std::min(size, (done + count) * kGrowth));
+    bytes.resize(done + count);
+    if (entry.read(bytes.data() + done, static_cast<std::uint32_t>(count)) !=
+        static_cast<int>(count)) {
+      return entry.failure();
+    }
+    if (!progress_.advance(count)) return Reason::Cancelled;
+  }
+  return Reason::None;
 }
 
-Extractor::Outcome Extractor::toFileBelow(const std::string& stored, const std::string& target,
-                                          std::size_t prefixLength, ExistingFiles existing,
-                                          std::uint64_t id) {
-  const std::string_view whole(target);
-  if (escapesTarget(whole.substr(prefixLength))) return {Result::Escapes};
-  return write(stored, target, directoryLength(whole.substr(0, prefixLength)), existing, id);
-}
-
-Extractor::Outcome Extractor::write(const std::string& stored, const std::string& target,
-                                    std::size_t directoryLength, ExistingFiles existing,
-                                    std::uint64_t id) {
-  if (!archive_.locate(stored)) return {Result::Missing};
+Reason Extractor::toSink(const Sink& sink) {
   OpenEntry entry(archive_, password_);
-  if (!entry) return {Result::Unreadable};
-  const EntryInfo info = archive_.describe();
-  const auto writeTarget = [&](const ConfinedDirectory::Fill& fill) -> Outcome {
-    if (!openDirectory(target.substr(0, directoryLength))) return {Result::NotWritten};
-    const auto written = directory_->write(std::string_view(target).substr(directoryLength), fill,
-                                           modeOf(existing), id);
-    return {resultOf(written.outcome), written.former};
-  };
-  if (isReadInBlocks(info)) {
-    bool isSound = true;
-    const Outcome outcome =
-        writeTarget([&](HANDLE file) { return copyBlocks(entry, file, isSound); });
-    return isSound ? outcome : Outcome{Result::Unreadable};
-  }
-  // Read first, so that a damaged entry leaves no trace.
-  unsigned char* const content = content_.reserve(info.size);
-  if (!entry.readAll(content, info.size)) return {Result::Unreadable};
-  return writeTarget([&](HANDLE file) { return writeAll(file, {content, info.size}); });
+  if (!entry) return entry.failure();
+  return copyPieces(entry, sink);
 }
 
-bool Extractor::copyBlocks(OpenEntry& entry, HANDLE file, bool& isSound) {
+Extractor::Outcome Extractor::toFile(const std::string& target, ExistingFiles existing) {
+  constexpr std::uint64_t kOnlyName = 1;
+  return write(target, directoryLength(target), existing, kOnlyName);
+}
+
+Extractor::Outcome Extractor::toFileBelow(const std::string& target, std::size_t prefixLength,
+                                          ExistingFiles existing, std::uint64_t id) {
+  const std::string_view whole(target);
+  if (escapesTarget(whole.substr(prefixLength))) return {Reason::NameEscapes};
+  return write(target, directoryLength(whole.substr(0, prefixLength)), existing, id);
+}
+
+Reason Extractor::createFolder(const std::string& target, std::size_t prefixLength) {
+  const std::string_view whole(target);
+  if (escapesTarget(whole.substr(prefixLength))) return Reason::NameEscapes;
+  const std::size_t length = directoryLength(whole.substr(0, prefixLength));
+  const bool isCreated =
+      openDirectory(target.substr(0, length)) && directory_->createDirectory(whole.substr(length));
+  return isCreated ? Reason::None : writeFailure({});
+}
+
+Extractor::Outcome Extractor::write(const std::string& target, std::size_t directoryLength,
+                                    ExistingFiles existing, std::uint64_t id) {
+  // That of the content, which is not the last error of the call.
+  Reason reason = Reason::None;
+  const auto writeFrom = [&](const ConfinedDirectory::Fill& fill) {
+    const Outcome outcome = writeTarget(target, directoryLength, fill, existing, id);
+    return reason == Reason::None ? outcome : Outcome{reason};
+  };
+  if (existing == ExistingFiles::Keep) {
+    // An entry whose file is kept need not be readable.
+    return writeFrom([&](HANDLE file) {
+      OpenEntry entry(archive_, password_);
+      reason = entry ? readWhole(entry) : entry.failure();
+      if (reason == Reason::None) reason = writeContent(entry, file);
+      return reason == Reason::None;
+    });
+  }
+  OpenEntry entry(archive_, password_);
+  // Read first, so that a damaged entry leaves no trace.
+  reason = entry ? readWhole(entry) : entry.failure();
+  if (reason != Reason::None) return {reason};
+  return writeFrom([&](HANDLE file) {
+    reason = writeContent(entry, file);
+    return reason == Reason::None;
+  });
+}
+
+// True if the content passes in pieces. A callback would have to wait until content that is read in
+// one call is complete.
+bool Extractor::passesInPieces(const EntryInfo& info) const {
+  constexpr std::uint32_t kLargestWhole = 48 << 20;
+  return isReadInBlocks(info) || (progress_.isNeeded() && info.size > kLargestWhole);
+}
+
+// Reads the content into `content_`, unless it passes in pieces.
+Reason Extractor::readWhole(OpenEntry& entry) {
+  const EntryInfo info = archive_.describe();
+  if (passesInPieces(info)) return Reason::None;
+  return entry.readAll(content_.reserve(info.size), info.size) ? Reason::None : entry.failure();
+}
+
+// Writes the content to a file, after readWhole().
+Reason Extractor::writeContent(OpenEntry& entry, HANDLE file) {
+  Reason reason = Reason::None;
+  const Sink append = [&](const unsigned char* data, std::size_t size) {
+    if (!writeAll(file, {data, size})) {
+      reason = reasonOfError(GetLastError(), Reason::WriteFailed);
+    }
+    return reason == Reason::None;
+  };
+  const EntryInfo info = archive_.describe();
+  if (passesInPieces(info)) {
+    const Reason copied = copyPieces(entry, append);
+    return reason == Reason::None ? copied : reason;
+  }
+  if (append(content_.reserve(info.size), info.size) && !progress_.advance(info.size)) {
+    return Reason::Cancelled;
+  }
+  return reason;
+}
+
+Extractor::Outcome Extractor::writeTarget(const std::string& target, std::size_t directoryLength,
+                                          const ConfinedDirectory::Fill& fill,
+                                          ExistingFiles existing, std::uint64_t id) {
+  using Written = ConfinedDirectory::Outcome;
+  if (!openDirectory(target.substr(0, directoryLength))) return {writeFailure(target)};
+  const ConfinedDirectory::Result written = directory_->write(
+      std::string_view(target).substr(directoryLength), fill, modeOf(existing), id);
+  switch (written.outcome) {
+    case Written::Written:
+      return {};
+    case Written::Kept:
+      return {Reason::Exists};
+    case Written::SameFile:
+      return {Reason::SameFile, written.former};
+    default:
+      return {writeFailure(target)};
+  }
+}
+
+Reason Extractor::copyPieces(OpenEntry& entry, const Sink& sink) {
   unsigned char* const block = content_.reserve(kReadBlock);
   for (;;) {
     const int count = entry.read(block, kReadBlock);
-    isSound = count >= 0;
-    if (count <= 0) return isSound;
-    if (!writeAll(file, {block, static_cast<std::size_t>(count)})) return false;
+    if (count < 0) return entry.failure();
+    if (count == 0) return Reason::None;
+    const std::size_t size = static_cast<std::size_t>(count);
+    if (!sink(block, size) || !progress_.advance(size)) return Reason::Cancelled;
   }
 }
 

@@ -1,55 +1,71 @@
 #pragma once
 // Extracting entries from an open archive.
 
-#include <filesystem/zip_archive.h>
+#include <filesystem/archive.h>
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "platform/confined_directory.h"
 #include "platform/large_memory.h"
+#include "reporting/progress_relay.h"
 #include "zip/archive_reader.h"
 
 namespace zip {
 
-// Extracts entries one after the other. Keeps the memory for the content and the open directory of
-// the last file for the next call.
+// Extracts the reader's current entry, one after the other. Keeps the memory for the content and
+// the open directory of the last file for the next call.
 class Extractor {
  public:
   struct Outcome {
-    ZipArchive::Extraction::Result result;
-    std::uint64_t former = 0;  // the id of the name whose file it is, for SameFile
+    FileSystem::Reason reason = FileSystem::Reason::None;
+    std::uint64_t former = 0;  // with Reason::SameFile the id of the name whose file it is
   };
 
-  // `password` is null for none. Both arguments must outlive the object.
-  Extractor(ArchiveReader& archive, const char* password)
-      : archive_(archive), password_(password) {}
+  // `password` is null for none. All arguments must outlive the object.
+  Extractor(ArchiveReader& archive, const char* password,
+            FileSystem::Detail::ProgressRelay& progress)
+      : archive_(archive), password_(password), progress_(progress) {}
 
-  // Writes an entry, by its stored name, to a file. Creates missing directories. An existing file
-  // is replaced whole or not at all; a link is replaced itself.
-  bool toFile(const std::string& stored, const std::string& target);
+  // Writes the entry to a file. Creates missing directories. An existing file is replaced whole or
+  // not at all, or kept; a link is replaced itself.
+  Outcome toFile(const std::string& target, FileSystem::ExistingFiles existing);
   // As toFile(), where only the first `prefixLength` bytes of the target are trusted and the rest
   // is the entry's name. Fails if that name escapes the directory or passes through a link, or if
   // its file was written under another `id`, which is not 0.
-  Outcome toFileBelow(const std::string& stored, const std::string& target,
-                      std::size_t prefixLength, ZipArchive::ExistingFiles existing,
-                      std::uint64_t id);
-  // Reads an entry. `bytes` is unchanged if there is no such entry or it cannot be opened, and
-  // empty if its data are damaged.
-  bool toBytes(const std::string& stored, std::vector<unsigned char>& bytes);
+  Outcome toFileBelow(const std::string& target, std::size_t prefixLength,
+                      FileSystem::ExistingFiles existing, std::uint64_t id);
+  // Creates the folder that the entry is, and those on the way to it, in the same way.
+  FileSystem::Reason createFolder(const std::string& target, std::size_t prefixLength);
+  // Reads the entry. `bytes` is unchanged if it cannot be opened, and empty if its data are
+  // damaged.
+  FileSystem::Reason toBytes(std::vector<unsigned char>& bytes);
+  // Passes the content on piece by piece. `sink` returns false on failure, for which the result is
+  // Reason::Cancelled.
+  FileSystem::Reason toSink(const FileSystem::Sink& sink);
 
  private:
-  // Writes an entry below the directory that the first `directoryLength` bytes of the target name.
-  Outcome write(const std::string& stored, const std::string& target, std::size_t directoryLength,
-                ZipArchive::ExistingFiles existing, std::uint64_t id);
-  // Sets `isSound` to false if the entry cannot be read to its end.
-  bool copyBlocks(OpenEntry& entry, HANDLE file, bool& isSound);
+  // Writes the entry below the directory that the first `directoryLength` bytes of the target name.
+  Outcome write(const std::string& target, std::size_t directoryLength,
+                FileSystem::ExistingFiles existing, std::uint64_t id);
+  Outcome writeTarget(const std::string& target, std::size_t directoryLength,
+                      const platform::ConfinedDirectory::Fill& fill,
+                      FileSystem::ExistingFiles existing, std::uint64_t id);
+  bool passesInPieces(const EntryInfo& info) const;
+  FileSystem::Reason readWhole(OpenEntry& entry);
+  FileSystem::Reason writeContent(OpenEntry& entry, HANDLE file);
+  FileSystem::Reason readGrowing(OpenEntry& entry, std::size_t size,
+                                 std::vector<unsigned char>& bytes);
+  FileSystem::Reason copyPieces(OpenEntry& entry, const FileSystem::Sink& sink);
   bool openDirectory(const std::string& path);
 
   ArchiveReader& archive_;
   const char* password_;
+  FileSystem::Detail::ProgressRelay& progress_;
   platform::ReusableBuffer content_;
   std::optional<platform::ConfinedDirectory> directory_;
   std::string directoryPath_;

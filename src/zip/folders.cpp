@@ -23,7 +23,9 @@
 
 namespace {
 
+using FileSystem::ExistingFiles;
 using FileSystem::PackReport;
+using FileSystem::Reason;
 using zip::AddResult;
 using zip::ArchiveWriter;
 
@@ -124,12 +126,15 @@ bool FRT_UNZIP_FILE(const char* zip, const char* folder) {
   zip::ArchiveReader reader(zip);
   std::vector<std::string> names;
   reader.names(names);
-  zip::Extractor extractor(reader, nullptr);
+  FileSystem::Detail::ProgressRelay progress;
+  zip::Extractor extractor(reader, nullptr, progress);
   for (const std::string& stored : names) {
     const std::string target = base + zip::callerName(stored);
-    const zip::Extractor::Outcome outcome = extractor.toFileBelow(
-        stored, target, base.size(), ZipArchive::ExistingFiles::Replace, idOf(stored));
-    if (outcome.result != ZipArchive::Extraction::Result::Extracted) return false;
+    if (!reader.locate(stored) ||
+        extractor.toFileBelow(target, base.size(), ExistingFiles::Replace, idOf(stored)).reason !=
+            Reason::None) {
+      return false;
+    }
   }
   return true;
 }

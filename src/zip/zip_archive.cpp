@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "path/zero_terminated.h"
+#include "reporting/progress_relay.h"
 #include "zip/archive_reader.h"
 #include "zip/archive_writer.h"
 #include "zip/extraction.h"
@@ -20,6 +21,10 @@
 // The object holds its file open between calls, which keeps other processes from changing it. The
 // engine opens the file by itself, by name. So each call that needs the engine releases the file,
 // works, and acquires it again. The following two functions are the only places that do so.
+
+using FileSystem::ExistingFiles;
+using FileSystem::Reason;
+using FileSystem::Detail::ProgressRelay;
 
 namespace {
 
@@ -150,44 +155,42 @@ int ZipArchive::empty() const {
 }
 
 int ZipArchive::extract(const std::vector<std::string>& names, const char* prefix) const {
-  const auto continues = [](const Extraction&) { return true; };
-  return extractEach(names, prefix, ExistingFiles::Replace, continues) != 0 ? 1 : 0;
-}
-
-std::size_t ZipArchive::extractEach(const std::vector<std::string>& names, const char* prefix,
-                                    ExistingFiles existing,
-                                    const std::function<bool(const Extraction&)>& report) const {
   const std::size_t prefixLength = std::char_traits<char>::length(prefix);
-  std::size_t count = 0;
+  bool isAnyExtracted = false;
   reading(*m_private, [&](zip::ArchiveReader& reader) {
-    zip::Extractor extractor(reader, m_private->passwordOrNull());
+    ProgressRelay progress;
+    zip::Extractor extractor(reader, m_private->passwordOrNull(), progress);
     boost::format target("%s%s");
     for (std::size_t i = 0; i < names.size(); ++i) {
       const std::string name(FileSystem::Detail::upToZero(names[i]));
       target % prefix % name;
       // The numbers of names begin with 1, because 0 is that of none.
-      const auto [result, former] =
-          extractor.toFileBelow(zip::storedName(name), target.str(), prefixLength, existing, i + 1);
-      if (result == Extraction::Result::Extracted) ++count;
-      const bool isSameFile = result == Extraction::Result::SameFile;
-      if (!report({i, result, isSameFile ? static_cast<std::size_t>(former - 1) : i})) break;
+      if (reader.locate(zip::storedName(name)) &&
+          extractor.toFileBelow(target.str(), prefixLength, ExistingFiles::Replace, i + 1).reason ==
+              Reason::None) {
+        isAnyExtracted = true;
+      }
     }
     return true;
   });
-  return count;
+  return isAnyExtracted ? 1 : 0;
 }
 
 int ZipArchive::extract(const char* name, const char* target) const {
   return reading(*m_private, [&](zip::ArchiveReader& reader) {
-    return zip::Extractor(reader, m_private->passwordOrNull())
-        .toFile(zip::storedName(name), target);
+    ProgressRelay progress;
+    zip::Extractor extractor(reader, m_private->passwordOrNull(), progress);
+    return reader.locate(zip::storedName(name)) &&
+           extractor.toFile(target, ExistingFiles::Replace).reason == Reason::None;
   });
 }
 
 int ZipArchive::extract(const char* name, std::vector<unsigned char>& bytes) const {
   return reading(*m_private, [&](zip::ArchiveReader& reader) {
-    zip::Extractor extractor(reader, m_private->passwordOrNull());
-    return extractor.toBytes(zip::storedName(name), bytes) && !bytes.empty();
+    ProgressRelay progress;
+    zip::Extractor extractor(reader, m_private->passwordOrNull(), progress);
+    return reader.locate(zip::storedName(name)) && extractor.toBytes(bytes) == Reason::None &&
+           !bytes.empty();
   });
 }
 

@@ -154,6 +154,10 @@ ConfinedDirectory::~ConfinedDirectory() = default;
 
 ConfinedDirectory::operator bool() const { return static_cast<bool>(state_->rootDirectory); }
 
+bool ConfinedDirectory::createDirectory(std::string_view name) {
+  return !hasParentComponent(name) && state_->descend(std::string(name) + '\\');
+}
+
 ConfinedDirectory::Result ConfinedDirectory::write(std::string_view name, const Fill& fill,
                                                    Existing existing, WrittenFiles::Name id) {
   const std::size_t fileStart = name.find_last_of("\\/") + 1;

@@ -50,29 +50,6 @@ TEST_F(ZipOnLinux, ExtractionFollowsNoLinks) {
   }
 }
 
-// A link is kept itself, also one to nothing, and nothing is written through it.
-TEST_F(ZipOnLinux, ExtractionKeepsLinks) {
-  if (!support::fileSystem().links) GTEST_SKIP() << "no links here";
-  using Extraction = ZipArchive::Extraction;
-  support::writeFile(folder_.file("outside/file"), "untouched");
-  make({"link"});
-  for (const char* const target : {"../outside/file", "../outside/missing", "../outside"}) {
-    SCOPED_TRACE(target);
-    std::filesystem::remove_all(out_);
-    std::filesystem::create_directory(out_);
-    std::filesystem::create_symlink(target, out_ + "/link");
-    const auto expectKept = [](const Extraction& item) {
-      EXPECT_EQ(item.result, Extraction::Result::Kept);
-      return true;
-    };
-    EXPECT_EQ(readable().extractEach({"link"}, (out_ + "/").c_str(),
-                                     ZipArchive::ExistingFiles::Keep, expectKept),
-              0U);
-    EXPECT_EQ(std::filesystem::read_symlink(out_ + "/link"), target);
-    EXPECT_EQ(support::outputOf(folder_.path(), "ls outside; cat outside/file"), "file\nuntouched");
-  }
-}
-
 TEST_F(ZipOnLinux, ExtractionToTheCurrentDirectory) {
   make({"entry"});
   const std::filesystem::path before = std::filesystem::current_path();

@@ -214,6 +214,13 @@ ConfinedDirectory::~ConfinedDirectory() = default;
 
 ConfinedDirectory::operator bool() const { return static_cast<bool>(state_->root); }
 
+bool ConfinedDirectory::createDirectory(std::string_view name) {
+  if (hasParentComponent(name)) return fail(ERROR_ACCESS_DENIED) != FALSE;
+  const NativePath path((".\\" + std::string(name)).c_str());
+  if (!path.valid()) return fail(path.error()) != FALSE;
+  return state_->descend({path.c_str(), path.size()});
+}
+
 ConfinedDirectory::Result ConfinedDirectory::write(std::string_view name, const Fill& fill,
                                                    Existing existing, WrittenFiles::Name id) {
   // NativePath would resolve "..", as text.

@@ -1,0 +1,422 @@
+// Archive: records, reasons, progress and cancelling.
+
+#include <filesystem/archive.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <map>
+#include <stdexcept>
+
+#include "library/zip.h"
+#include "support/open_file.h"
+#include "support/platform.h"
+#include "support/programs.h"
+
+namespace {
+
+using FileSystem::Archive;
+using FileSystem::Encryption;
+using FileSystem::Entry;
+using FileSystem::ExistingFiles;
+using FileSystem::ItemResult;
+using FileSystem::Options;
+using FileSystem::Progress;
+using FileSystem::Reason;
+using FileSystem::Report;
+
+class ArchiveReading : public Zip {
+ protected:
+  void python(const std::string& script) const {
+    support::writeFile(folder_.file("script.py"), "import zipfile\n" + script);
+    ASSERT_EQ(support::run(folder_.path(), "python3 -W ignore script.py"), 0) << script;
+  }
+  void expectOpen(Archive& archive) const { ASSERT_EQ(archive.open(path_.c_str()), Reason::None); }
+  static Entry entryOf(const Archive& archive, const char* name) {
+    const std::optional<Entry> entry = archive.find(name);
+    EXPECT_TRUE(entry) << name;
+    return entry.value_or(Entry());
+  }
+  // Changes a byte of the last entry's CRC in the central directory.
+  void damageLast() const {
+    std::string bytes = support::readFile(path_);
+    bytes[bytes.rfind("PK\1\2") + 16] ^= 1;
+    support::writeFile(path_, bytes);
+  }
+};
+
+TEST_F(ArchiveReading, RecordsHaveAllValues) {
+  python(R"(
+z = zipfile.ZipFile("a.zip", "w")
+def add(name, data, method=0, comment=b"", mode=0, system=3):
+    info = zipfile.ZipInfo(name, (2024, 2, 29, 12, 34, 56))
+    info.compress_type, info.comment, info.create_system = method, comment, system
+    info.external_attr = mode << 16 | 1
+    z.writestr(info, data)
+add("text", "x" * 1000, 8, "note".encode(), 0o100640)
+add("dir/", "", 0, b"", 0o40755)
+add("link", "text", 0, b"", 0o120777)
+add("dos", "abc", 12, b"", 0o777, 0)
+z.comment = b"of all"
+z.close())");
+  Archive archive;
+  expectOpen(archive);
+  EXPECT_EQ(archive.comment(), "of all");
+  const std::vector<Entry>& entries = archive.entries();
+  ASSERT_EQ(entries.size(), 4U);
+
+  const Entry& text = entries[0];
+  EXPECT_EQ(text.name, "text");
+  EXPECT_EQ(text.comment, "note");
+  EXPECT_EQ(text.size, 1000U);
+  EXPECT_LT(text.storedSize, 100U);
+  EXPECT_EQ(text.method, 8);
+  EXPECT_EQ(text.crc, 0x3b41c9e6U);
+  EXPECT_EQ(text.mode, 0100640U);
+  EXPECT_EQ(text.attributes, 1U);
+  EXPECT_EQ(text.modified.year, 2024);
+  EXPECT_EQ(text.modified.month, 2);
+  EXPECT_EQ(text.modified.day, 29);
+  EXPECT_EQ(text.modified.hour, 12);
+  EXPECT_EQ(text.modified.minute, 34);
+  EXPECT_EQ(text.modified.second, 56);
+  EXPECT_FALSE(text.isFolder);
+  EXPECT_FALSE(text.isLink);
+
+  EXPECT_TRUE(entries[1].isFolder);
+  EXPECT_TRUE(entries[2].isLink);
+  EXPECT_STREQ(FileSystem::methodName(entries[3].method), "bzip2");
+  EXPECT_EQ(entries[3].mode, 0U);
+}
+
+// The fields of 32 bits are full, and an extra field has the sizes.
+TEST_F(ArchiveReading, SizesHave64Bits) {
+  python(R"(
+z = zipfile.ZipFile("a.zip", "w")
+z.writestr("large", "content")
+z.close()
+data = bytearray(open("a.zip", "rb").read())
+start = data.rindex(b"PK\1\2")
+sizes = (5 << 30).to_bytes(8, "little") + (6 << 30).to_bytes(8, "little")
+extra = b"\1\0\x10\0" + sizes
+data[start + 20:start + 28] = b"\xff" * 8
+data[start + 30:start + 32] = len(extra).to_bytes(2, "little")
+data[start + 51:start + 51] = extra
+end = data.rindex(b"PK\5\6")
+data[end + 12:end + 16] = (end - start).to_bytes(4, "little")
+open("a.zip", "wb").write(data))");
+  Archive archive;
+  expectOpen(archive);
+  ASSERT_EQ(archive.entries().size(), 1U);
+  const Entry entry = archive.entries()[0];
+  EXPECT_EQ(entry.size, std::uint64_t{5} << 30);
+  EXPECT_EQ(entry.storedSize, std::uint64_t{6} << 30);
+  std::vector<unsigned char> bytes;
+  EXPECT_EQ(archive.readAll(entry, bytes), Reason::TooLarge);
+}
+
+TEST_F(ArchiveReading, OpeningSaysWhyItFails) {
+  make({"a"});
+  support::writeFile(folder_.file("text"), "no archive");
+  support::writeFile(folder_.file("part"), std::string("PK\7\10", 4) + std::string(40, 'x'));
+  std::filesystem::create_directory(folder_.file("folder"));
+  const struct {
+    const char* name;
+    Reason reason;
+  } kRows[] = {{"missing", Reason::Missing},
+               {"none/a.zip", Reason::Missing},
+               {"folder", Reason::IsAFolder},
+               {"text", Reason::NotAnArchive},
+               {"part", Reason::SplitArchive}};
+  Archive archive;
+  for (const auto& [name, reason] : kRows) {
+    expectOpen(archive);
+    EXPECT_EQ(archive.open(folder_.file(name).c_str()), reason) << name;
+    EXPECT_FALSE(archive.isOpen()) << name;
+  }
+  const platform::FileHandle writer = support::openFile(path_, GENERIC_WRITE, FILE_SHARE_READ);
+  EXPECT_EQ(archive.open(path_.c_str()), Reason::InUse);
+}
+
+TEST_F(ArchiveReading, AClosedArchiveHasNothing) {
+  Archive archive;
+  std::vector<unsigned char> bytes;
+  EXPECT_TRUE(archive.entries().empty());
+  EXPECT_FALSE(archive.contains("a"));
+  EXPECT_EQ(archive.readAll({}, bytes), Reason::Missing);
+  EXPECT_EQ(archive.unpack({}, out_.c_str()).reason, Reason::Missing);
+  EXPECT_EQ(archive.test({}).reason, Reason::Missing);
+}
+
+TEST_F(ArchiveReading, ReadingSaysWhyItFails) {
+  ASSERT_EQ(support::run(folder_.path(), "printf x >secret && zip -qP secret a.zip secret"), 0);
+  python(R"(
+z = zipfile.ZipFile("a.zip", "a")
+z.writestr("bzip2", "x" * 99, 12)
+z.writestr("strong", "x")
+z.writestr("damaged", "x")
+z.close()
+data = bytearray(open("a.zip", "rb").read())
+data[data.rindex(b"PK\1\2", 0, data.rindex(b"strong")) + 8] |= 0x41
+open("a.zip", "wb").write(data))");
+  damageLast();
+  const struct {
+    const char* name;
+    const char* password;
+    Reason reason;
+  } kRows[] = {{"secret", "", Reason::PasswordMissing},
+               {"secret", "wrong", Reason::PasswordWrong},
+               {"secret", "secret", Reason::None},
+               {"bzip2", "", Reason::UnsupportedMethod},
+               {"strong", "x", Reason::UnsupportedEncryption},
+               {"damaged", "", Reason::Damaged}};
+  Archive archive;
+  expectOpen(archive);
+  for (const auto& [name, password, reason] : kRows) {
+    SCOPED_TRACE(name);
+    const Entry entry = entryOf(archive, name);
+    const Options options = Options().setPassword(password);
+    std::vector<unsigned char> bytes;
+    EXPECT_EQ(archive.readAll(entry, bytes, options), reason);
+    EXPECT_EQ(archive.extract(entry, folder_.file("file").c_str(), options), reason);
+    EXPECT_EQ(archive.test({entry}, options).items[0].reason, reason);
+  }
+  // Of another archive, or made up.
+  for (const std::uint64_t position :
+       {std::uint64_t{1}, std::uint64_t{1} << 40, ~std::uint64_t{0}}) {
+    Entry entry;
+    entry.position = position;
+    std::vector<unsigned char> bytes;
+    EXPECT_EQ(archive.readAll(entry, bytes), Reason::Missing) << position;
+  }
+}
+
+// Two names lead to one file, and the file `late` is created when the call has begun.
+TEST_F(ArchiveReading, UnpackingReportsEachEntry) {
+  struct Row {
+    const char* name;
+    Reason replacing;
+    Reason keeping;
+    const char* replaced;  // the content of the file afterwards
+    const char* kept;
+  };
+  const std::vector<Row> rows{
+      {"b/c", Reason::None, Reason::None, "b/c", "b/c"},
+      {"late", Reason::None, Reason::Exists, "late", "mine"},
+      {"existing", Reason::None, Reason::Exists, "existing", "mine"},
+      {"b\\c", Reason::SameFile, Reason::SameFile, "b/c", "b/c"},
+      {"../out", Reason::NameEscapes, Reason::NameEscapes, "", ""},
+      {"folder", Reason::IsAFolder, Reason::IsAFolder, "", ""},
+      {"existing/x", Reason::NotAFolder, Reason::NotAFolder, "", ""},
+      {"last", Reason::None, Reason::None, "last", "last"},
+      {"damaged", Reason::Damaged, Reason::Damaged, "", ""},
+  };
+  Names list;
+  for (const Row& row : rows) list.emplace_back(row.name);
+  make(list);
+  damageLast();
+  Archive archive;
+  expectOpen(archive);
+
+  for (const ExistingFiles mode : {ExistingFiles::Replace, ExistingFiles::Keep}) {
+    const bool keeps = mode == ExistingFiles::Keep;
+    SCOPED_TRACE(keeps);
+    std::filesystem::remove_all(out_);
+    support::writeFile(out_ + "/existing", "mine");
+    std::filesystem::create_directory(out_ + "/folder");
+    Options options;
+    options.setExisting(mode);
+    options.setProgress([&](const Progress& progress) {
+      const bool begins = progress.name == "late" && progress.filesDone == 1;
+      if (begins && progress.bytesDone == 3) support::writeFile(out_ + "/late", "mine");
+      return true;
+    });
+    const Report report = archive.unpack(archive.entries(), out_.c_str(), options);
+    EXPECT_EQ(report.reason, Reason::None);
+    ASSERT_EQ(report.items.size(), rows.size());
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+      const Row& row = rows[i];
+      SCOPED_TRACE(row.name);
+      const ItemResult& item = report.items[i];
+      EXPECT_EQ(item.name, row.name);
+      EXPECT_EQ(item.reason, keeps ? row.keeping : row.replacing);
+      EXPECT_EQ(item.other, item.reason == Reason::SameFile ? "b/c" : "");
+      const std::string content = keeps ? row.kept : row.replaced;
+      if (content.empty()) continue;
+      std::string path = row.name;
+      std::replace(path.begin(), path.end(), '\\', '/');
+      EXPECT_EQ(support::readFile(out_ + '/' + path), content);
+    }
+    EXPECT_FALSE(support::exists(out_ + "/damaged"));
+  }
+}
+
+TEST_F(ArchiveReading, UnpacksFoldersAndTheLastOfEqualNames) {
+  python(R"(
+z = zipfile.ZipFile("a.zip", "w")
+for name, data in ("deep/empty/", ""), ("twice", "first"), ("../escapes/", ""), ("twice", "last"):
+    z.writestr(name, data)
+z.close())");
+  Archive archive;
+  expectOpen(archive);
+  const Report report = archive.unpack(archive.entries(), (out_ + "/new/place").c_str());
+  ASSERT_EQ(report.items.size(), 4U);
+  EXPECT_EQ(report.items[0].reason, Reason::None);
+  EXPECT_TRUE(report.items[0].isFolder);
+  EXPECT_EQ(report.items[1].reason, Reason::NameTaken);
+  EXPECT_EQ(report.items[2].reason, Reason::NameEscapes);
+  EXPECT_EQ(report.items[3].reason, Reason::None);
+  EXPECT_TRUE(std::filesystem::is_directory(out_ + "/new/place/deep/empty"));
+  EXPECT_EQ(support::readFile(out_ + "/new/place/twice"), "last");
+  EXPECT_FALSE(support::exists(out_ + "/new/escapes"));
+
+  support::writeFile(folder_.file("file"), "x");
+  EXPECT_EQ(archive.unpack(archive.entries(), folder_.file("file").c_str()).reason,
+            Reason::NotAFolder);
+}
+
+// While it is open, other programs may read the archive, and none may change it.
+TEST_F(ArchiveReading, KeepsTheArchiveFromChanging) {
+  make({"a"});
+  Archive archive;
+  expectOpen(archive);
+  EXPECT_EQ(contentOf("a"), "a");
+  EXPECT_EQ(ZipArchive().open(path_.c_str(), kReadWrite), 0);
+  archive.close();
+  EXPECT_EQ(writable().insert(bytesOf("b"), "b", "", 0), 1);
+}
+
+// Of the kinds of content that pass in pieces or as a whole.
+class ArchiveProgress : public ArchiveReading {
+ protected:
+  void SetUp() override {
+    ZipArchive archive;
+    ASSERT_EQ(archive.create(path_.c_str(), 1), 1);
+    std::string noise;
+    for (unsigned i = 0; noise.size() < 600'000; i = i * 1664525 + 1013904223)
+      noise += static_cast<char>(i >> 24);
+    contents_ = {{"noise", noise}, {"sub\\small", "small"}, {"zeros", std::string(3'000'000, '0')}};
+    for (const auto& [name, content] : contents_) {
+      ASSERT_EQ(archive.insert(bytesOf(content), name, "", 0), 1);
+    }
+  }
+
+  std::string unpacked(std::string name) const {
+    std::replace(name.begin(), name.end(), '\\', '/');
+    return support::readFile(out_ + '/' + name);
+  }
+
+  std::map<std::string, std::string> contents_;
+};
+
+TEST_F(ArchiveProgress, CountsBytesAndFiles) {
+  Archive archive;
+  expectOpen(archive);
+  Progress last;
+  std::size_t calls = 0;
+  Options options;
+  options.setProgress([&](const Progress& progress) {
+    EXPECT_GE(progress.bytesDone, last.bytesDone);
+    EXPECT_GE(progress.filesDone, last.filesDone);
+    EXPECT_EQ(progress.bytesExpected, 3'600'005U);
+    EXPECT_EQ(progress.filesExpected, 3U);
+    EXPECT_EQ(contents_.count(std::string(progress.name)), 1U);
+    last = progress;
+    ++calls;
+    return true;
+  });
+  EXPECT_TRUE(archive.unpack(archive.entries(), out_.c_str(), options));
+  EXPECT_EQ(last.bytesDone, 3'600'005U);
+  EXPECT_EQ(last.filesDone, 3U);
+  EXPECT_GT(calls, 6U);
+  last = {};
+  EXPECT_TRUE(archive.test(archive.entries(), options));
+  EXPECT_EQ(last.bytesDone, 3'600'005U);
+}
+
+// At each callback in turn, until the call comes to its end: every file is the old or the new one,
+// and the report says which.
+TEST_F(ArchiveProgress, CancellingLeavesOldOrNewFiles) {
+  Archive archive;
+  expectOpen(archive);
+  for (const bool throws : {false, true}) {
+    bool isCancelled = true;
+    for (int limit = 0; isCancelled; ++limit) {
+      SCOPED_TRACE(limit);
+      ASSERT_LT(limit, 100);
+      std::filesystem::remove_all(out_);
+      support::writeFile(out_ + "/noise", "old");
+      int calls = 0;
+      isCancelled = false;
+      Options options;
+      options.setProgress([&](const Progress&) {
+        if (calls++ < limit) return true;
+        isCancelled = true;
+        if (throws) throw std::runtime_error("from the host");
+        return false;
+      });
+      Report report;
+      if (throws) {
+        std::string thrown;
+        try {
+          archive.unpack(archive.entries(), out_.c_str(), options);
+        } catch (const std::runtime_error& error) {
+          thrown = error.what();
+        }
+        EXPECT_EQ(thrown, isCancelled ? "from the host" : "");
+      } else {
+        report = archive.unpack(archive.entries(), out_.c_str(), options);
+        EXPECT_EQ(report.reason, isCancelled ? Reason::Cancelled : Reason::None);
+      }
+      std::size_t files = 0;
+      for (const auto& item : std::filesystem::recursive_directory_iterator(out_)) {
+        if (!item.is_directory()) ++files;
+      }
+      std::size_t known = 0;
+      for (const auto& [name, content] : contents_) {
+        std::string path = out_ + '/' + name;
+        std::replace(path.begin(), path.end(), '\\', '/');
+        if (!support::exists(path)) continue;
+        ++known;
+        const std::string now = unpacked(name);
+        EXPECT_TRUE(now == content || (name == "noise" && now == "old")) << name;
+      }
+      EXPECT_EQ(files, known);
+      for (const ItemResult& item : report.items) {
+        if (item.reason == Reason::None) {
+          EXPECT_TRUE(unpacked(item.name) == contents_[item.name]) << item.name;
+        } else {
+          EXPECT_EQ(item.reason, Reason::Cancelled) << item.name;
+        }
+      }
+    }
+  }
+}
+
+TEST_F(ArchiveProgress, SinksGetPiecesAndMayCancel) {
+  Archive archive;
+  expectOpen(archive);
+  for (const auto& [name, content] : contents_) {
+    std::string read;
+    const auto append = [&](const unsigned char* data, std::size_t size) {
+      EXPECT_LE(size, std::size_t{256} << 10);
+      read.append(reinterpret_cast<const char*>(data), size);
+      return true;
+    };
+    EXPECT_EQ(archive.read(entryOf(archive, name.c_str()), append), Reason::None);
+    EXPECT_TRUE(read == content) << name;
+  }
+  const Entry entry = entryOf(archive, "noise");
+  std::size_t pieces = 0;
+  const auto refuse = [&](const unsigned char*, std::size_t) { return ++pieces < 2; };
+  EXPECT_EQ(archive.read(entry, refuse), Reason::Cancelled);
+  EXPECT_EQ(pieces, 2U);
+  const auto fail = [](const unsigned char*, std::size_t) -> bool {
+    throw std::logic_error("sink");
+  };
+  EXPECT_THROW(archive.read(entry, fail), std::logic_error);
+  // The archive is still usable.
+  std::vector<unsigned char> bytes;
+  EXPECT_EQ(archive.readAll(entry, bytes), Reason::None);
+}
+
+}  // namespace
