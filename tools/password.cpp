@@ -37,13 +37,14 @@ std::string givenPassword(const PasswordSource& source, const Output& output) {
   return line;
 }
 
-std::string passwordFor(const std::vector<Entry>& entries, const PasswordSource& source,
+std::string passwordFor(const std::vector<FileSystem::Entry>& entries, const PasswordSource& source,
                         const Output& output) {
   std::string password = givenPassword(source, output);
-  const auto encrypted = std::find_if(entries.begin(), entries.end(), [](const Entry& entry) {
-    return entry.record.encryption == Encryption::kTraditional ||
-           entry.record.encryption == Encryption::kAes;
-  });
+  const auto encrypted =
+      std::find_if(entries.begin(), entries.end(), [](const FileSystem::Entry& entry) {
+        return entry.encryption == FileSystem::Encryption::Traditional ||
+               entry.encryption == FileSystem::Encryption::Aes256;
+      });
   if (!password.empty() || encrypted == entries.end()) return password;
   return askHidden("password for " + inQuotes(encrypted->name) + ": ").value_or("");
 }

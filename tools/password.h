@@ -1,9 +1,12 @@
 #pragma once
 // Passwords: from the command line, from a file, or asked for on a terminal.
 
-#include <string>
+#include <filesystem/archive.h>
+#include <filesystem/zip_archive.h>
 
-#include "archive.h"
+#include <string>
+#include <vector>
+
 #include "commands.h"
 
 // The password of the source; empty if it has none. Warns of one on the command
@@ -12,7 +15,7 @@ std::string givenPassword(const PasswordSource& source, const Output& output);
 
 // The password for reading the entries: the given one, or one that is asked for
 // on the terminal if an entry is encrypted. Empty if there is none.
-std::string passwordFor(const std::vector<Entry>& entries, const PasswordSource& source,
+std::string passwordFor(const std::vector<FileSystem::Entry>& entries, const PasswordSource& source,
                         const Output& output);
 
 // The password of new entries, empty for none, and their encryption.

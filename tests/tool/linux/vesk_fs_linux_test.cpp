@@ -88,8 +88,8 @@ z.close())");
   EXPECT_EQ(read("to/out/link"), "../outside");
   const std::string result = run("unpack a.zip out");
   EXPECT_TRUE(result.starts_with("unpacked 0 files into out\n[1]\n")) << result;
-  EXPECT_NE(result.find("'link/sub/': the directory cannot be created"), std::string::npos);
-  EXPECT_NE(result.find("'link/file': the file cannot be created, or a link"), std::string::npos);
+  EXPECT_NE(result.find("'link/sub/': something else, such as a link"), std::string::npos);
+  EXPECT_NE(result.find("'link/file': something else, such as a link"), std::string::npos);
   EXPECT_EQ(shell("test -d out/good/sub && test -z \"$(ls outside)\""), 0);
 }
 
