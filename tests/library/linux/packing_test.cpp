@@ -71,6 +71,7 @@ TEST_F(PackingOnLinux, LongPaths) {
 
 // A backslash in a name is shown in three bytes, so a record of a search cannot hold this one.
 TEST_F(PackingOnLinux, LongNames) {
+  if (!support::fileSystem().anyName) GTEST_SKIP() << "no name has a backslash here";
   const std::string stored(100, '\\');
   std::string shown = in_ + "\\sub\\";
   for (std::size_t i = 0; i < stored.size(); ++i) shown += "\uf05c";
