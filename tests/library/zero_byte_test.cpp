@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -88,93 +89,88 @@ class World {
   support::TemporaryFolder folder_;
 };
 
+using In = const World&;
+
+std::string textOf(const std::string& text) { return text; }
+template <typename Number>
+std::string textOf(Number number) {
+  return std::to_string(number);
+}
+
+// An export, which `call` calls with texts that `pass` has changed.
 struct Export {
+  template <typename Call>
+  Export(const char* name, Call call)
+      : name(name), result([call](In world, Pass pass) { return textOf(call(world, pass)); }) {}
+
   const char* name;
-  // Calls the export with texts that `pass` has changed, and returns its result.
-  std::string (*call)(const World& world, Pass pass);
+  std::function<std::string(In world, Pass pass)> result;
 };
 
 const Export kExports[] = {
-    {"extractDrive", [](const World&, Pass pass) { return extractDrive(pass("")); }},
-    {"extractPath", [](const World&, Pass pass) { return extractPath(pass("C:\\d\\")); }},
-    {"extractFilename",
-     [](const World&, Pass pass) { return extractFilename(pass("C:\\d\\a.b")); }},
-    {"extractName", [](const World&, Pass pass) { return extractName(pass("C:\\d\\a.b")); }},
-    {"extractExtension", [](const World&, Pass pass) { return extractExtension(pass("a.b")); }},
+    {"extractDrive", [](In, Pass pass) { return extractDrive(pass("")); }},
+    {"extractPath", [](In, Pass pass) { return extractPath(pass("C:\\d\\")); }},
+    {"extractFilename", [](In, Pass pass) { return extractFilename(pass("C:\\d\\a.b")); }},
+    {"extractName", [](In, Pass pass) { return extractName(pass("C:\\d\\a.b")); }},
+    {"extractExtension", [](In, Pass pass) { return extractExtension(pass("a.b")); }},
     {"replaceExtensionPath",
-     [](const World&, Pass pass) { return replaceExtension(pass("C:\\d\\a.b"), "c"); }},
+     [](In, Pass pass) { return replaceExtension(pass("C:\\d\\a.b"), "c"); }},
     {"replaceExtensionExtension",
-     [](const World&, Pass pass) { return replaceExtension("C:\\d\\a.b", pass("c")); }},
-    {"fileTime",
-     [](const World& world, Pass pass) {
-       return std::to_string(fileTime(pass(world.path("in\\sub\\b.txt"))));
-     }},
-    {"readContent",
-     [](const World& world, Pass pass) { return readContent(pass(world.path("in\\a.txt"))); }},
+     [](In, Pass pass) { return replaceExtension("C:\\d\\a.b", pass("c")); }},
+    {"fileTime", [](In world, Pass pass) { return fileTime(pass(world.path("in\\sub\\b.txt"))); }},
+    {"readContent", [](In world, Pass pass) { return readContent(pass(world.path("in\\a.txt"))); }},
     {"writeContent",
-     [](const World& world, Pass pass) {
-       return std::to_string(writeContent(pass(world.path("in\\new")), "new"));
-     }},
+     [](In world, Pass pass) { return writeContent(pass(world.path("in\\new")), "new"); }},
     {"CopyContentSource",
-     [](const World& world, Pass pass) {
-       return std::to_string(CopyContent(pass(world.path("in\\")), world.path("out\\")));
+     [](In world, Pass pass) {
+       return CopyContent(pass(world.path("in\\")), world.path("out\\"));
      }},
     {"CopyContentTarget",
-     [](const World& world, Pass pass) {
-       return std::to_string(CopyContent(world.path("in\\"), pass(world.path("out\\"))));
+     [](In world, Pass pass) {
+       return CopyContent(world.path("in\\"), pass(world.path("out\\")));
      }},
-    {"eraseOldFile",
-     [](const World& world, Pass pass) {
-       return std::to_string(eraseOldFile(pass(world.path("in\\")), 7));
-     }},
+    {"eraseOldFile", [](In world, Pass pass) { return eraseOldFile(pass(world.path("in\\")), 7); }},
     {"listOldFiles",
-     [](const World& world, Pass pass) {
+     [](In world, Pass pass) {
        Strings files;
        listOldFiles(files, pass(world.path("in\\")), 7);
        std::sort(files.begin(), files.end());
        return joined(files);
      }},
     {"TemporaryStorageCreate",
-     [](const World& world, Pass pass) {
+     [](In world, Pass pass) {
        TemporaryStorage storage;
-       std::string result = std::to_string(storage.create(pass(world.path("in")), false));
+       std::string result = textOf(storage.create(pass(world.path("in")), false));
        result += storage.basePath();
-       result += std::to_string(writeContent(storage.path() + "page", "page"));
+       result += textOf(writeContent(storage.path() + "page", "page"));
        return result + '\n' + world.state();  // before the storage is cleared
      }},
     {"ZipArchiveExtractList",
-     [](const World& world, Pass pass) {
-       return std::to_string(
-           world.archive().extract(Strings{pass("entry")}, world.path("out\\").c_str()));
+     [](In world, Pass pass) {
+       return world.archive().extract(Strings{pass("entry")}, world.path("out\\").c_str());
      }},
     {"ZipArchiveInsertName",
-     [](const World& world, Pass pass) {
-       return std::to_string(world.archive().insert({'n'}, pass("new"), "", 0));
-     }},
+     [](In world, Pass pass) { return world.archive().insert({'n'}, pass("new"), "", 0); }},
     {"ZipArchiveInsertComment",
-     [](const World& world, Pass pass) {
-       return std::to_string(world.archive().insert({'n'}, "new", pass("comment"), 0));
-     }},
+     [](In world, Pass pass) { return world.archive().insert({'n'}, "new", pass("comment"), 0); }},
     {"ZipArchiveRemoveEntries",
-     [](const World& world, Pass pass) {
+     [](In world, Pass pass) {
        ZipArchive archive = world.archive();
        archive.insert({'n'}, "new", "", 0);
-       return std::to_string(archive.removeEntries({pass("entry")}));
+       return archive.removeEntries({pass("entry")});
      }},
     {"ZipArchiveInsertFilesPath",
-     [](const World& world, Pass pass) {
-       return std::to_string(
-           world.archive().insertFiles({{pass(world.path("in\\a.txt")), "a"}}, 0));
+     [](In world, Pass pass) {
+       return world.archive().insertFiles({{pass(world.path("in\\a.txt")), "a"}}, 0);
      }},
     {"ZipArchiveInsertFilesName",
-     [](const World& world, Pass pass) {
-       return std::to_string(
-           world.archive().insertFiles({{world.path("in\\a.txt"), pass("a")}}, 0));
+     [](In world, Pass pass) {
+       return world.archive().insertFiles({{world.path("in\\a.txt"), pass("a")}}, 0);
      }},
     {"ZipArchiveInsertFilesTwice",
-     [](const World& world, Pass pass) {
-       return std::to_string(world.archive().insertFiles(
-           {{world.path("in\\a.txt"), "a"}, {world.path("in\\a.txt"), pass("a")}}, 0));
+     [](In world, Pass pass) {
+       return world.archive().insertFiles(
+           {{world.path("in\\a.txt"), "a"}, {world.path("in\\a.txt"), pass("a")}}, 0);
      }},
 };
 
@@ -183,7 +179,7 @@ class ZeroByte : public testing::TestWithParam<Export> {
   // Returns the result of the export and what it leaves on disk.
   static std::string outcome(Pass pass) {
     const World world;
-    const std::string result = GetParam().call(world, pass);
+    const std::string result = GetParam().result(world, pass);
     return world.anonymous(result + '\n' + world.state());
   }
 };
