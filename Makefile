@@ -119,7 +119,7 @@ file-system-kernels: file-system-packages
 test-file-systems: file-system-packages
 	@scripts/install-packages $(BUILD_PACKAGES) $(TEST_PACKAGES)
 	cmake --preset release -DVESK_TESTS=ON
-	cmake --build --preset release --target platform_tests library_tests tool_tests vesk-fs
+	cmake --build --preset release --target platform_tests library_tests reliability_tests tool_tests vesk-fs
 	tests/file-systems/run $(if $(QUICK),--quick) build/release/bin build/file-systems
 
 msvc:

@@ -17,6 +17,8 @@ class LeftOverCheck : public testing::EmptyTestEventListener {
   void OnTestStart(const testing::TestInfo&) override {
     before_ = std::filesystem::temp_directory_path();
     folder_ = support::makeTemporaryFolder();
+    // Tests also act as other users.
+    std::filesystem::permissions(folder_, std::filesystem::perms(0711));
     setenv("TMPDIR", folder_.c_str(), 1);
     descriptors_ = support::openDescriptors();
   }

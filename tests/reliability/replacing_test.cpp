@@ -1,5 +1,6 @@
-// What a replaced file keeps.
+// Who may access a replaced file, and its new version before that takes its place.
 
+#include <fcntl.h>
 #include <filesystem/files.h>
 #include <filesystem/zip.h>
 #include <grp.h>
@@ -9,18 +10,19 @@
 #include <sys/xattr.h>
 #include <unistd.h>
 
-#include <fcntl.h>
-
 #include <functional>
+#include <map>
 #include <ostream>
 
+#include "failing_calls.h"
 #include "library/zip.h"
 #include "support/linux/access_list.h"
 #include "support/linux/forked_process.h"
+#include "support/linux/left_over.h"
 
 namespace {
 
-using support::accessTo;
+using Access = std::map<std::string, int>;
 
 constexpr uid_t kColleague = 1002;
 constexpr uid_t kCaller = 1001;
@@ -127,6 +129,18 @@ std::vector<Case> cases() {
   return all;
 }
 
+// Reports whether all but this user can do with one file at most what they can do with another.
+bool isWithin(const Access& access, const Access& limit) {
+  const std::string self = "user " + std::to_string(geteuid());
+  for (const auto& [who, rights] : access) {
+    if (who == self) continue;
+    const auto allowed = limit.find(who);
+    const int most = allowed != limit.end() ? allowed->second : limit.at("others");
+    if ((rights & ~most) != 0) return false;
+  }
+  return true;
+}
+
 class Replacing : public Zip, public testing::WithParamInterface<Case> {
  protected:
   Replacing() {
@@ -161,11 +175,26 @@ class Replacing : public Zip, public testing::WithParamInterface<Case> {
     return status;
   }
 
-  std::map<std::string, int> access() const {
+  Access access() const {
     const int file = open(target_.c_str(), O_RDONLY | O_CLOEXEC);
-    const auto access = accessTo(file);
+    const Access access = support::accessTo(file);
     close(file);
     return access;
+  }
+
+  // Inspects the files in the folder that are new, with a name or only open. Returns their number.
+  int inspect(const Access& limit) {
+    int found = 0;
+    for (const auto& [number, path] : support::openDescriptors()) {
+      struct stat status {};
+      const bool isInFolder = path.starts_with(folder_.path().string() + "/.~copy") ||
+                              path.starts_with(folder_.path().string() + "/#");
+      if (!isInFolder || fstat(number, &status) != 0 || !S_ISREG(status.st_mode)) continue;
+      ++found;
+      EXPECT_TRUE(isWithin(support::accessTo(number), limit))
+          << std::oct << (status.st_mode & 07777) << ' ' << path;
+    }
+    return found;
   }
 
   std::string attribute(const char* name) const {
@@ -193,6 +222,26 @@ TEST_P(Replacing, KeepsAccessButNoPrivileges) {
   EXPECT_EQ(attribute("user.note"), note);
   EXPECT_EQ(attribute("security.capability"), "");
   EXPECT_EQ(folder_.entries(), 3U);
+}
+
+// The version is inspected before each system call.
+TEST_P(Replacing, IsAtNoInstantOpenToMore) {
+  const auto& [target, operation] = GetParam();
+  if (!target->isCallersOwn || !target->hasProc) GTEST_SKIP() << "in another process";
+  const std::string folder = folder_.path();
+  for (const bool inherits : {false, true}) {
+    SCOPED_TRACE(inherits ? "default list" : "no default list");
+    std::filesystem::copy(folder_.file("source.zip"), target_,
+                          std::filesystem::copy_options::overwrite_existing);
+    if (inherits) support::setList(folder, support::kDefaultList, support::listFor(kGuest, 6, 6));
+    if (!target->prepare(folder, target_)) GTEST_SKIP() << "not on this file system";
+    const Access limit = access();
+    int found = 0;
+    const failing::Failing watcher(failing::Fault::Interruption, 1,
+                                   [&] { found += inspect(limit); });
+    EXPECT_TRUE(operation->run(folder + '/', target_));
+    EXPECT_GT(found, 5);
+  }
 }
 
 INSTANTIATE_TEST_SUITE_P(All, Replacing, testing::ValuesIn(cases()));
