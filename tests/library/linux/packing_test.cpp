@@ -2,11 +2,9 @@
 
 #include <filesystem/zip.h>
 #include <grp.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <csignal>
 #include <functional>
 
 #include "library/zip.h"
@@ -111,18 +109,12 @@ TEST_F(PackingOnLinux, UnreadableDirectory) {
 
 TEST_F(PackingOnLinux, FullDisk) {
   support::writeFile(folder_.file("in/large"), support::noise(5 << 20));
-  const auto within2MB = [&](const auto& work) {
-    support::ForkedProcess limited([&](const auto&) {
-      std::signal(SIGXFSZ, SIG_IGN);
-      const rlimit limit{2 << 20, 2 << 20};
-      setrlimit(RLIMIT_FSIZE, &limit);
-      return work() ? 1 : 0;
-    });
-    return limited.wait();
-  };
-  EXPECT_EQ(within2MB([&] { return !pack() && reported(Reason::NotWritten) == path_; }), 1);
+  constexpr rlim_t kLimit = 2 << 20;
+  EXPECT_TRUE(support::withinSize(
+      kLimit, [&] { return !pack() && reported(Reason::NotWritten) == path_; }));
   EXPECT_TRUE(isUnchanged());
-  EXPECT_EQ(within2MB([&] { return FRT_ZIP_FOLDER(in_.c_str(), path_.c_str()); }), 0);
+  EXPECT_FALSE(
+      support::withinSize(kLimit, [&] { return FRT_ZIP_FOLDER(in_.c_str(), path_.c_str()); }));
   EXPECT_TRUE(isUnchanged());
 }
 

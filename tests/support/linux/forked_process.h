@@ -1,6 +1,8 @@
 #pragma once
 // A second process that runs a function of the test.
 
+#include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -54,5 +56,19 @@ class ForkedProcess {
   pid_t process_ = -1;
   int report_ = -1;
 };
+
+// Returns the result of `work` in a child process whose files cannot grow beyond a size, as on a disk
+// that is full.
+inline bool withinSize(rlim_t size, const std::function<bool()>& work) {
+  ForkedProcess process([&](const auto&) {
+    std::signal(SIGXFSZ, SIG_IGN);
+    const rlimit limit{size, size};
+    setrlimit(RLIMIT_FSIZE, &limit);
+    return work() ? 1 : 0;
+  });
+  const int status = process.wait();
+  EXPECT_GE(status, 0) << "killed";
+  return status == 1;
+}
 
 }  // namespace support
