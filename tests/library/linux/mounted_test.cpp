@@ -5,8 +5,6 @@
 #include <filesystem/archive.h>
 #include <filesystem/files.h>
 #include <filesystem/zip.h>
-#include <filesystem/zip_archive.h>
-#include <gtest/gtest.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
 
@@ -15,8 +13,8 @@
 #include <string>
 #include <vector>
 
+#include "library/zip.h"
 #include "support/programs.h"
-#include "support/temporary_folder.h"
 
 namespace {
 
@@ -31,7 +29,7 @@ struct Image {
 
 void PrintTo(const Image& image, std::ostream* out) { *out << image.name; }
 
-class Mounted : public testing::TestWithParam<Image> {
+class Mounted : public Zip, public testing::WithParamInterface<Image> {
  protected:
   void SetUp() override {
     const char* const given = std::getenv("VESK_CASEFOLD");
@@ -69,7 +67,6 @@ class Mounted : public testing::TestWithParam<Image> {
   std::string in() const { return folder_.text() + "in\\"; }
   std::string out() const { return target_ + "\\"; }
 
-  support::TemporaryFolder folder_;
   std::string target_ = folder_.file("mounted/out");
   bool isMounted_ = false;
 };
@@ -110,23 +107,35 @@ TEST_P(Mounted, CopiesAreReadOnlyAsTheirSources) {
   EXPECT_EQ(FileSystem::IsFileReadOnly((out() + "file").c_str()), 1);
 }
 
+TEST_P(Mounted, NamesInAnyCaseAreOneFile) {
+  if (GetParam().hasCase) GTEST_SKIP() << "every name is another file here";
+  support::writeFile(target_ + "/Sub/A.txt", "old");
+  EXPECT_EQ(FileSystem::FileExists((target_ + "/sUB/a.TXT").c_str()), 1);
+  EXPECT_EQ(FileSystem::EnsurePathExists((target_ + "/sub").c_str()), 1);
+
+  // A copy meets the existing name, also its own.
+  const std::string source = folder_.file("a.TXT");
+  support::writeFile(source, "new");
+  const auto copy = [&](const std::string& from, unsigned mode) {
+    return FileSystem::CopyFileA(from.c_str(), (out() + "sub\\").c_str(), mode) != 0;
+  };
+  EXPECT_FALSE(copy(source, FileSystem::kCopyIfMissing));
+  EXPECT_TRUE(copy(source, FileSystem::kCopyIfExisting));
+  EXPECT_FALSE(copy(out() + "sub\\a.txt", FileSystem::kCopyAlways));
+  EXPECT_EQ(support::readFile(target_ + "/Sub/A.txt"), "new");
+}
+
 // Two names that are one in the target: the first file stays, and the second fails.
 TEST_P(Mounted, NamesThatAreOneLoseNoFile) {
   if (GetParam().hasCase) GTEST_SKIP() << "every name is another file here";
   if (!support::fileSystem().exactCase) GTEST_SKIP() << "the source has such names";
-  ZipArchive archive;
-  const std::string zip = folder_.file("a.zip");
-  ASSERT_EQ(archive.create(zip.c_str(), 0), 1);
-  const std::vector<std::string> names{"A", "a", "dir\\f", "DIR\\F", "b"};
-  for (const std::string& name : names) {
-    ASSERT_EQ(archive.insert({name.begin(), name.end()}, name, "", 0), 1);
-  }
-  archive.close();
-  ASSERT_TRUE(FRT_UNZIP_FILE(zip.c_str(), in().c_str()));
+  const Names names{"A", "a", "dir\\f", "DIR\\F", "b"};
+  make(names);
+  ASSERT_TRUE(FRT_UNZIP_FILE(path_.c_str(), in().c_str()));
 
   const auto expectTwins = [&](FileSystem::ExistingFiles existing) {
     FileSystem::Archive reader;
-    ASSERT_EQ(reader.open(zip.c_str()), FileSystem::Reason::None);
+    ASSERT_EQ(reader.open(path_.c_str()), FileSystem::Reason::None);
     const FileSystem::Report report =
         reader.unpack(reader.entries(), out().c_str(), FileSystem::Options().setExisting(existing));
     std::vector<std::string> others;
@@ -144,14 +153,12 @@ TEST_P(Mounted, NamesThatAreOneLoseNoFile) {
   }
   for (const char* const when : {"existing", "new"}) {
     SCOPED_TRACE(when);
-    EXPECT_FALSE(FRT_UNZIP_FILE(zip.c_str(), out().c_str()));
+    EXPECT_FALSE(FRT_UNZIP_FILE(path_.c_str(), out().c_str()));
     EXPECT_EQ(support::readFile(target_ + "/A"), "A");
-    archive.open(zip.c_str(), FileSystem::kAccessRead);
-    EXPECT_EQ(archive.extract(names, out().c_str()), 1);
+    EXPECT_EQ(readable().extract(names, out().c_str()), 1);
     EXPECT_EQ(support::readFile(target_ + "/A"), "A");
     EXPECT_EQ(support::readFile(target_ + "/dir/f"), "dir\\f");
     EXPECT_EQ(support::readFile(target_ + "/b"), "b");
-    archive.close();
     expectTwins(FileSystem::ExistingFiles::Replace);
     std::filesystem::remove_all(target_ + "/A");
     std::filesystem::remove_all(target_ + "/dir");
