@@ -7,12 +7,15 @@
 /// @endcode
 
 #include <filesystem/access.h>
+#include <filesystem/archive.h>
 #include <filesystem/enumeration.h>
 #include <filesystem/file_information.h>
 #include <filesystem/file_stream.h>
 #include <filesystem/files.h>
 #include <filesystem/frame.h>
+#include <filesystem/options.h>
 #include <filesystem/path.h>
+#include <filesystem/results.h>
 #include <filesystem/stream.h>
 #include <filesystem/temporary_storage.h>
 #include <filesystem/xml.h>

@@ -3,8 +3,6 @@
 #include <filesystem/files.h>
 #include <filesystem/stream.h>
 #include <filesystem/zip.h>
-#include <filesystem/zip_archive.h>
-#include <gtest/gtest.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -22,6 +20,7 @@
 #include <vector>
 
 #include "failing_calls.h"
+#include "library/zip.h"
 #include "operations.h"
 #include "support/linux/forked_process.h"
 #include "support/linux/shared_memory.h"
@@ -30,14 +29,11 @@
 #include "support/open_file.h"
 #include "support/programs.h"
 #include "support/sanitized.h"
-#include "support/temporary_folder.h"
 
 namespace {
 
 using operations::entriesOf;
 using operations::Files;
-
-constexpr unsigned int kReadWrite = 0xC0000000;
 
 // One change of an entry, always the same one for a number.
 struct Step {

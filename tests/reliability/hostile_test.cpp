@@ -2,8 +2,6 @@
 // outside the target directory.
 
 #include <filesystem/zip.h>
-#include <filesystem/zip_archive.h>
-#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -13,17 +11,14 @@
 #include <string>
 #include <vector>
 
+#include "library/zip.h"
 #include "support/linux/left_over.h"
 #include "support/linux/peak_memory.h"
 #include "support/linux/shared_memory.h"
 #include "support/programs.h"
 #include "support/sanitized.h"
-#include "support/temporary_folder.h"
 
 namespace {
-
-constexpr unsigned int kRead = 0x80000000;
-constexpr unsigned int kReadWrite = 0xC0000000;
 
 // The results of a process that works on an archive.
 struct Findings {

@@ -5,28 +5,20 @@
 #include <filesystem/stream.h>
 #include <filesystem/temporary_storage.h>
 #include <filesystem/zip.h>
-#include <filesystem/zip_archive.h>
-#include <gtest/gtest.h>
 
 #include <filesystem>
 #include <utility>
 #include <vector>
 
+#include "library/zip.h"
 #include "support/noise.h"
-#include "support/temporary_folder.h"
 
 namespace operations {
 namespace {
 
-constexpr unsigned int kRead = 0x80000000;
-constexpr unsigned int kReadWrite = 0xC0000000;
-
-using Bytes = std::vector<unsigned char>;
 using In = const std::string&;  // the folder of the operation
 
 const std::string kText(100000, 'l');
-
-Bytes bytesOf(const std::string& text) { return {text.begin(), text.end()}; }
 
 // Returns more than the library writes in one call.
 const Bytes& muchNoise() {
