@@ -1,12 +1,10 @@
 #include "paths.h"
 
-#include <string_view>
+#include <filesystem/trees.h>
+
 #include <utility>
 
 namespace {
-
-constexpr bool kBackslashSeparates = std::filesystem::path::preferred_separator == '\\';
-constexpr std::string_view kBackslashInName = "\uF05C";
 
 bool hasDrive(const std::string& path) { return path.find(':') == 1; }
 
@@ -36,35 +34,13 @@ std::string creatablePath(const std::string& path) {
 }
 
 std::string nativePath(const std::string& path) {
-  if constexpr (kBackslashSeparates) return path;
-  std::string result = hasDrive(path) ? "/" : "";
-  for (std::size_t i = hasDrive(path) ? 2 : 0; i < path.size();) {
-    if (path.compare(i, kBackslashInName.size(), kBackslashInName) == 0) {
-      result += '\\';
-      i += kBackslashInName.size();
-      continue;
-    }
-    const bool repeatsRoot = i == 2 && hasDrive(path) && isSeparator(path[i]);
-    if (!repeatsRoot) result += path[i] == '\\' ? '/' : path[i];
-    ++i;
-  }
-  return result;
+  const std::string native = FileSystem::nativePath(path.c_str());
+  return native.empty() ? path : native;
 }
 
 std::filesystem::path systemPath(const std::string& path) {
-  const std::string native = nativePath(path);
+  const std::string native = FileSystem::nativePath(path.c_str());
   return std::u8string(native.begin(), native.end());
 }
 
-std::string libraryPath(const std::string& path) {
-  if constexpr (kBackslashSeparates) return path;
-  std::string result;
-  for (const char c : path) {
-    if (c == '\\') {
-      result += kBackslashInName;
-    } else {
-      result += c == '/' ? '\\' : c;
-    }
-  }
-  return result;
-}
+std::string libraryPath(const std::string& path) { return FileSystem::libraryPath(path.c_str()); }

@@ -19,15 +19,13 @@ std::string withBackslash(const std::string& directory);
 // server's name. Trailing separators are removed.
 std::string creatablePath(const std::string& path);
 
-// A path of the library as other programs of this system know it. On Linux the
-// separators become `/`, `C:` becomes the root, and U+F05C, which represents a
-// backslash in a name, becomes the backslash.
+// A path of the library as other programs of this system know it, or unchanged if
+// they do not.
 std::string nativePath(const std::string& path);
 
 // The same as an object of the standard library, whose own conversion of text does
-// not read UTF-8 on every system.
+// not read UTF-8 on every system. Empty if other programs do not know the path.
 std::filesystem::path systemPath(const std::string& path);
 
-// A relative path of this system as the library returns it; the inverse of
-// nativePath.
+// A path of this system as the library takes it; the inverse of nativePath.
 std::string libraryPath(const std::string& path);

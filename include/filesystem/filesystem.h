@@ -18,6 +18,7 @@
 #include <filesystem/results.h>
 #include <filesystem/stream.h>
 #include <filesystem/temporary_storage.h>
+#include <filesystem/trees.h>
 #include <filesystem/xml.h>
 #include <filesystem/zip.h>
 #include <filesystem/zip_archive.h>

@@ -75,6 +75,20 @@ TEST_F(VeskFs, NamesWhatItLeavesOut) {
   check({{"tree in 'o*'", 0, "in/old.txt\n"}});
 }
 
+// Where the system takes a path for another one than the library, the library's counts.
+TEST_F(VeskFs, FindsFilesAsTheLibraryDoes) {
+  if (!support::fileSystem().links) GTEST_SKIP() << "no links here";
+  write("in/one", "1");
+  write("in/two", "2");
+  ASSERT_EQ(shell("mkdir -p elsewhere/sub && ln -s elsewhere/sub link"), 0);
+  check({{"pack in C:a.zip -q", 0, ""},
+         {"list -l C:a.zip >table", 0, ""},
+         {"test -q C:a.zip", 0, ""},
+         {"unpack a.zip link/../out", 0, "unpacked 2 files into link/../out\n"},
+         {"unpack a.zip link/../out --no-overwrite -q", 0, ""}});
+  EXPECT_EQ(shell("diff -r in out && test ! -e elsewhere/out"), 0);
+}
+
 TEST_F(VeskFs, UnpackDoesNotGoThroughLinks) {
   if (!support::fileSystem().links) GTEST_SKIP() << "no links here";
   python(R"(

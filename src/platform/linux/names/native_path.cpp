@@ -13,9 +13,6 @@
 namespace platform::native {
 namespace {
 
-// U+F05C in UTF-8: a backslash that belongs to a name.
-constexpr std::string_view kBackslashInName = "\xEF\x81\x9C";
-
 bool isSeparator(char c) { return c == '\\' || c == '/'; }
 
 bool isLetter(char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); }

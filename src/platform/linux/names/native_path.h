@@ -9,6 +9,9 @@
 
 namespace platform::native {
 
+// U+F05C in UTF-8: a backslash that belongs to a name.
+inline constexpr std::string_view kBackslashInName = "\xEF\x81\x9C";
+
 // A native path made from a path text, in a buffer of its own, without the heap.
 // The components `.` and `..` are resolved in the text, as Windows does: links
 // and missing folders before a `..` do not matter. Leading `..` of a relative
