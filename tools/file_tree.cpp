@@ -21,8 +21,6 @@ std::string textOf(const fs::path& path) {
 
 class Walk {
  public:
-  explicit Walk(Links links) : links_(links) {}
-
   // Collects the files below a directory. `name` is put before their paths.
   void enter(const fs::path& directory, const std::string& name) {
     std::error_code error;
@@ -44,7 +42,6 @@ class Walk {
  private:
   void visit(const fs::directory_entry& entry, const std::string& name) {
     std::error_code error;
-    if (links_ == Links::kSkipped && entry.is_symlink(error)) return;
     if (entry.is_directory(error)) {
       if (!entry.is_symlink(error) || !isCycle(entry.path())) {
         enter(entry.path(), name + static_cast<char>(fs::path::preferred_separator));
@@ -69,15 +66,14 @@ class Walk {
     });
   }
 
-  const Links links_;
   std::vector<fs::path> ancestors_;
   Tree tree_;
 };
 
 }  // namespace
 
-Tree filesBelow(const std::string& directory, Links links) {
-  Walk walk(links);
+Tree filesBelow(const std::string& directory) {
+  Walk walk;
   walk.enter(systemPath(directory), "");
   return walk.takeTree();
 }
@@ -93,12 +89,6 @@ std::uint64_t fileSize(const std::string& path) {
   std::error_code error;
   const std::uint64_t size = fs::file_size(systemPath(path), error);
   return error ? 0 : size;
-}
-
-std::optional<fs::file_time_type> writeTime(const std::string& path) {
-  std::error_code error;
-  const fs::file_time_type time = fs::last_write_time(systemPath(path), error);
-  return error ? std::nullopt : std::optional(time);
 }
 
 bool isTaken(const std::string& path) {

@@ -3,8 +3,6 @@
 // the files that its listings leave out.
 
 #include <cstdint>
-#include <filesystem>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -22,19 +20,14 @@ struct Tree {
   std::vector<LeftOut> leftOut;    // directories that cannot be read, and what is no file
 };
 
-enum class Links { kFollowed, kSkipped };
-
 // Walks a directory. A link to a directory that is a cycle is never followed.
-Tree filesBelow(const std::string& directory, Links links = Links::kFollowed);
+Tree filesBelow(const std::string& directory);
 
 // Reports each path that a walk left out as a failure.
 void reportLeftOut(const Tree& tree, Output& output);
 
 // Size of a file in bytes; 0 if it cannot be determined.
 std::uint64_t fileSize(const std::string& path);
-
-// The write time of a file; nothing if it does not exist.
-std::optional<std::filesystem::file_time_type> writeTime(const std::string& path);
 
 // True if the path is that of anything, a link without a target included.
 bool isTaken(const std::string& path);

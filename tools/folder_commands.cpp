@@ -3,25 +3,25 @@
 #include <filesystem/enumeration.h>
 #include <filesystem/files.h>
 #include <filesystem/path.h>
+#include <filesystem/trees.h>
 
 #include <algorithm>
-#include <chrono>
-#include <cstdint>
 #include <cstdio>
-#include <filesystem>
-#include <map>
 #include <unordered_set>
 #include <utility>
 #include <vector>
 
 #include "commands.h"
-#include "file_identity.h"
 #include "file_tree.h"
 #include "paths.h"
 #include "progress.h"
 #include "terminal.h"
 #include "text.h"
 #include "wildcard.h"
+
+using FileSystem::ItemResult;
+using FileSystem::Reason;
+using FileSystem::Report;
 
 namespace {
 
@@ -35,6 +35,44 @@ void requireDirectory(const std::string& directory) {
 void writePath(const std::string& path) {
   const std::string native = nativePath(path);
   std::printf("%s\n", isTerminal(stdout) ? printable(native).c_str() : native.c_str());
+}
+
+// Writes the paths of the files that are done, sorted.
+void writeFiles(const Report& report, const std::string& base) {
+  std::vector<std::string> paths;
+  for (const ItemResult& item : report.items) {
+    if (item.reason == Reason::None) paths.push_back(base + item.name);
+  }
+  std::sort(paths.begin(), paths.end());
+  for (const std::string& path : paths) writePath(path);
+}
+
+// Without a line of progress the library need not count the files first.
+FileSystem::Options optionsFor(Progress& progress, const Output& output) {
+  FileSystem::Options options;
+  if (Progress::isShown(output)) options.setProgress(progress.callback());
+  return options;
+}
+
+std::size_t filesDone(const Report& report) {
+  return static_cast<std::size_t>(
+      std::count_if(report.items.begin(), report.items.end(),
+                    [](const ItemResult& item) { return item.reason == Reason::None; }));
+}
+
+// Returns a path below a directory as other programs know it. Alone it could have the form of a
+// drive.
+std::string nativeName(const std::string& name) {
+  const std::string root = "C:\\";
+  return nativePath(root + name).substr(nativePath(root).size());
+}
+
+void reportFailure(const std::string& what, const ItemResult& item, Output& output) {
+  const std::string name = item.name.empty() ? "." : nativeName(item.name);
+  const std::string reason = item.other.empty()
+                                 ? FileSystem::reasonText(item.reason)
+                                 : "its file is that of " + inQuotes(nativeName(item.other));
+  output.fail(what + inQuotes(name) + ": " + reason);
 }
 
 // True if the library lists the file where the pattern matches its name.
@@ -55,20 +93,6 @@ bool selects(const std::string& pattern, const std::string& file) {
   return matches(lowerCase(pattern), lowerCase(FileSystem::extractFilename(file)));
 }
 
-// A sweep takes only temporary files of the directory itself, and all files below it.
-bool isSwept(const std::string& file) {
-  return file.find('\\') != std::string::npos || lowerCase(file).ends_with(".tmp");
-}
-
-// The library compares local times, which a change of the clocks moves by an hour.
-bool isOld(const std::string& path, unsigned int days) {
-  const auto time = writeTime(path);
-  if (!time) return false;
-  const auto age =
-      std::chrono::floor<std::chrono::hours>(std::filesystem::file_time_type::clock::now() - *time);
-  return age.count() > std::int64_t{days} * 24 + 1;
-}
-
 void copyFile(const std::string& source, const std::string& target) {
   if (FileSystem::TestOpen(source.c_str(), FileSystem::kAccessRead) == 0) {
     throw Failure("cannot read " + inQuotes(source) +
@@ -82,53 +106,22 @@ void copyFile(const std::string& source, const std::string& target) {
   }
 }
 
-// True if the target has the size and the write time of the source, which the library keeps as far
-// as the file system can: FAT has a time for every two seconds.
-bool isCopied(const std::string& source, const std::string& target) {
-  constexpr std::chrono::seconds kCoarsest(2);
-  const auto time = writeTime(target);
-  const auto sourceTime = writeTime(source);
-  return time && sourceTime && std::chrono::abs(*time - *sourceTime) <= kCoarsest &&
-         fileSize(target) == fileSize(source) && FileSystem::FolderExists(target.c_str()) == 0;
-}
-
-// The library reports how many files it has copied, but not which.
-void reportUncopied(const std::string& source, const std::string& target,
-                    const std::vector<std::string>& files, Output& output) {
-  std::map<FileIdentity, std::string> copied;
-  for (const std::string& file : files) {
-    const std::optional<FileIdentity> identity = identityOf(target + file);
-    const auto [own, isNew] = copied.emplace(identity.value_or(FileIdentity{}), file);
-    std::string reason;
-    if (identity && !isNew) {
-      reason = "its file is that of " + inQuotes(nativePath(own->second));
-    } else if (FileSystem::TestOpen((source + file).c_str(), FileSystem::kAccessRead) == 0) {
-      reason = readFailure(source + file);
-    } else if (!isCopied(source + file, target + file)) {
-      reason = "the target cannot be written";
-    } else {
-      continue;
-    }
-    output.fail("cannot copy " + inQuotes(nativePath(file)) + ": " + reason);
-  }
-}
-
 void copyDirectory(const std::string& source, const std::string& target, Output& output) {
-  const Tree tree = filesBelow(source);
-  reportLeftOut(tree, output);
-  const std::vector<std::string>& files = tree.files;
-  long copied = 0;
+  Report report;
   {
-    const Progress progress(output, "copying " + source);
-    copied = FileSystem::CopyContent(source, target);
+    Progress progress(output, "copying " + source);
+    report = FileSystem::copyTree(source.c_str(), target.c_str(), optionsFor(progress, output));
   }
-  if (copied < 0) throw Failure("cannot create or write to the directory " + inQuotes(target));
-  const auto count = static_cast<std::size_t>(copied);
-  if (count < files.size()) reportUncopied(source, target, files, output);
-  output.summary("copied " + counted(count, "file", "files"));
-  if (count < files.size() && output.failures() == 0) {
-    output.fail(counted(files.size() - count, "file", "files") + " could not be copied");
+  if (report.reason != Reason::None) {
+    throw Failure("cannot copy to the directory " + inQuotes(target) + ": " +
+                  FileSystem::reasonText(report.reason));
   }
+  for (const ItemResult& item : report.items) {
+    if (item.reason == Reason::None) continue;
+    const bool isLeftOut = item.isFolder || item.reason == Reason::NotAFile;
+    reportFailure(isLeftOut ? "left out " : "cannot copy ", item, output);
+  }
+  output.summary("copied " + counted(filesDone(report), "file", "files"));
 }
 
 // Reports the files that the pattern selects and the listing lacks.
@@ -143,26 +136,6 @@ void reportUnlisted(const std::string& base, const std::string& pattern,
     all.leftOut.push_back({nativePath(file), readFailure(path)});
   }
   reportLeftOut(all, output);
-}
-
-// Reports the old files of a swept directory that remain and are not in `listed`.
-void reportKept(const std::string& top, unsigned int days,
-                const std::unordered_set<std::string>& listed, Output& output) {
-  const Tree tree = filesBelow(top, Links::kSkipped);
-  for (const std::string& file : tree.files) {
-    const std::string path = top + file;
-    if (!isSwept(file) || !isOld(path, days) || listed.count(path) != 0) continue;
-    std::string reason = "another program uses it, or its directory cannot be written";
-    if (!isListable(path)) {
-      reason = readFailure(path);
-    } else if (FileSystem::IsFileReadOnly(path.c_str()) != 0) {
-      reason = "it is read-only";
-    }
-    output.fail("kept " + inQuotes(nativePath(file)) + ": " + reason);
-  }
-  for (const LeftOut& item : tree.leftOut) {
-    if (item.isDirectory) output.fail("left out " + inQuotes(item.path) + ": " + item.reason);
-  }
 }
 
 }  // namespace
@@ -193,17 +166,24 @@ void copy(const std::string& source, const std::string& target, Output& output) 
 void sweep(const std::string& directory, unsigned int days, bool dryRun, Output& output) {
   requireDirectory(directory);
   const std::string top = withBackslash(directory);
-  std::vector<std::string> listed;
-  if (dryRun) {
-    FileSystem::listOldFiles(listed, top, days);
-    std::sort(listed.begin(), listed.end());
-    for (const std::string& file : listed) writePath(file);
-  } else {
-    const unsigned int count = FileSystem::eraseOldFile(top, days);
-    output.summary("deleted " + counted(count, "file", "files"));
+  Report report;
+  {
+    Progress progress(output, "sweeping " + directory);
+    const auto sweepTree = dryRun ? FileSystem::findOldFiles : FileSystem::deleteOldFiles;
+    report = sweepTree(top.c_str(), days, optionsFor(progress, output));
   }
-  // The sweep also deletes a directory that becomes empty.
-  if (FileSystem::FolderExists(directory.c_str()) != 0) {
-    reportKept(top, days, {listed.begin(), listed.end()}, output);
+  if (report.reason != Reason::None) {
+    throw Failure("cannot list the directory " + inQuotes(directory) + ": " +
+                  FileSystem::reasonText(report.reason));
+  }
+  if (dryRun) {
+    writeFiles(report, top);
+  } else {
+    output.summary("deleted " + counted(filesDone(report), "file", "files"));
+  }
+  for (const ItemResult& item : report.items) {
+    if (item.reason != Reason::None) {
+      reportFailure(item.isFolder ? "left out " : "kept ", item, output);
+    }
   }
 }

@@ -154,15 +154,6 @@ FILESYSTEM_API int DeleteLockFile(const char* folder);
 /// @return number of files deleted
 FILESYSTEM_API unsigned int eraseOldFile(const std::string& folder, unsigned int days);
 
-/// Lists the files that eraseOldFile would delete, and deletes nothing. Files that are read-only or
-/// in use, or that the caller may not delete, are left out.
-/// @param files  their paths are appended to it
-/// @param folder as for eraseOldFile
-/// @param days   as for eraseOldFile
-/// @return number of paths appended
-FILESYSTEM_API unsigned int listOldFiles(std::vector<std::string>& files, const std::string& folder,
-                                         unsigned int days);
-
 /// Reads a string value of a file's version resource, from the first language block of its
 /// translation list.
 /// @param filename path of an executable or library in the PE format, for 32 or 64 bits

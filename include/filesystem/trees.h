@@ -1,16 +1,71 @@
 #pragma once
 /// @file
-/// Paths of other programs.
+/// Copying and deleting trees of files, with reasons and progress, and paths of other programs.
 ///
 /// @code
-/// std::ifstream file(FileSystem::nativePath("C:\\data\\notes.txt"));
+/// using namespace FileSystem;
+/// const std::string source = "C:\\data\\";
+/// const Report report = copyTree(source.c_str(), "D:\\backup\\data");
+/// for (const ItemResult& item : report.items) {
+///   if (item.reason == Reason::None) continue;
+///   show(nativePath((source + item.name).c_str()), reasonText(item.reason));
+/// }
 /// @endcode
 
 #include <filesystem/export.h>
+#include <filesystem/options.h>
+#include <filesystem/results.h>
 
 #include <string>
 
 namespace FileSystem {
+
+/// Copies the content of a folder and its subfolders into another folder, as CopyContent does, and
+/// continues after a file that fails. Each file of the target is the old one or complete, unless
+/// other programs hold it open and share writing, or it has several names: such a file is
+/// overwritten. A call that is cancelled completes that file.
+///
+/// With a callback the tree is listed first for the numbers that are expected; the callback then
+/// receives the names of folders.
+/// @param source  the folder, with or without trailing separator, not null
+/// @param target  the folder, with or without trailing separator, not null; created if missing, with
+///                its parents. At most 258 bytes.
+/// @param options existing files, progress
+/// @return an item for each file, and for each folder that failed, by its path below `source`; the
+///         folder itself has an empty name. Report::reason is Reason::Cancelled, or why one of the
+///         two folders cannot be used.
+FILESYSTEM_API Report copyTree(const char* source, const char* target,
+                               const Options& options = Options());
+
+/// Deletes the old files of a tree and its empty subfolders, as eraseOldFile does, and continues
+/// after a file that fails.
+/// @param folder  the folder, with or without trailing separator, not null
+/// @param days    a file is old if its last write was at least this many days ago
+/// @param options progress
+/// @return an item for each file that is old, and for each folder that cannot be listed or removed,
+///         by its path below `folder`. Files with a path of over 259 bytes stay.
+FILESYSTEM_API Report deleteOldFiles(const char* folder, unsigned int days,
+                                     const Options& options = Options());
+
+/// Finds what deleteOldFiles would do, and deletes nothing.
+/// @param folder  the folder, with or without trailing separator, not null
+/// @param days    a file is old if its last write was at least this many days ago
+/// @param options progress
+/// @return an item for each file that is old, by its path below `folder`. With Reason::None it would
+///         be deleted.
+FILESYSTEM_API Report findOldFiles(const char* folder, unsigned int days,
+                                   const Options& options = Options());
+
+/// Deletes a folder with all that it has, and continues after a file that fails. Links are deleted,
+/// never followed, also if another process replaces a folder with a link. Files that are read-only,
+/// or open without delete sharing, stay with their folders. The root of a drive or share is refused
+/// with Reason::NoPermission.
+/// @param folder  the folder, with or without trailing separator, not null. Of a link to a folder
+///                only the link is deleted.
+/// @param options progress
+/// @return an item for each file, and for each folder that failed although nothing is left in it, by
+///         its path below `folder`; the folder itself has an empty name
+FILESYSTEM_API Report deleteTree(const char* folder, const Options& options = Options());
 
 /// Returns a path of the library as other programs of the system know it. On Linux drives and
 /// shares are mapped (DefineDosDeviceA), separators become `/`, `.` and `..` are resolved in the

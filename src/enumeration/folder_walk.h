@@ -26,8 +26,14 @@ class FolderWalk {
   // walk descends into the folder if `visit` returns true.
   template <typename Visit>
   void run(Visit visit) {
-    const auto ignore = [](const auto&...) {};
-    walk(FindExSearchLimitToDirectories, visit, ignore, ignore);
+    runFolders(visit, [](const Search&) {});
+  }
+
+  // Also calls `end(search)` as the last form does.
+  template <typename Visit, typename End>
+  void runFolders(Visit visit, End end) {
+    walk(
+        FindExSearchLimitToDirectories, visit, [](const Search&) {}, end);
   }
 
   // Also calls `file(search)` for each other entry, while path() is the path of its folder with
@@ -53,7 +59,7 @@ class FolderWalk {
 
  private:
   template <typename Visit, typename File, typename End>
-  void walk(FINDEX_SEARCH_OPS operation, Visit& visit, File& file, End& end) {
+  void walk(FINDEX_SEARCH_OPS operation, Visit& visit, const File& file, const End& end) {
     const std::size_t size = path_.size();
     levels_.push_back(size);
     for (const WIN32_FIND_DATAA& entry : readFolder(operation, file, end)) {
@@ -71,8 +77,8 @@ class FolderWalk {
 
   // Passes the files of the folder at path() to `file`, and returns its subfolders.
   template <typename File, typename End>
-  std::vector<WIN32_FIND_DATAA> readFolder(FINDEX_SEARCH_OPS operation, File& file,
-                                           End& end) const {
+  std::vector<WIN32_FIND_DATAA> readFolder(FINDEX_SEARCH_OPS operation, const File& file,
+                                           const End& end) const {
     std::vector<WIN32_FIND_DATAA> folders;
     Search search(path_ + '*', operation, namesOnly_);
     while (search.next()) {

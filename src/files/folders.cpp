@@ -71,7 +71,7 @@ bool Detail::makeFolder(const char* path) {
   return GetLastError() == ERROR_ALREADY_EXISTS;
 }
 
-void Detail::makeFolders(const char* path) {
+bool Detail::makeFolders(const char* path) {
   CString root;
   PathRoot(path, root);
   const char* const rootText = root;
@@ -84,8 +84,9 @@ void Detail::makeFolders(const char* path) {
     folder += component;
     trim(folder);
     folder += '\\';
-    if (!makeFolder(folder.c_str())) return;
+    if (!makeFolder(folder.c_str())) return false;
   }
+  return true;
 }
 
 int EnsurePathExists(const char* path) {

@@ -1,18 +1,21 @@
-// Listing and deletion of the old files of a tree.
+// Finding and deletion of the old files of a tree.
 
 #include <filesystem/files.h>
+#include <filesystem/trees.h>
 
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "files/attributes.h"
 #include "files/file_time.h"
+#include "files/tree_call.h"
 #include "files/tree_deletion.h"
 #include "path/fixed_text.h"
 #include "path/with_backslash.h"
 #include "path/zero_terminated.h"
+#include "platform/file_identity.h"
 #include "platform/win32.h"
+#include "reporting/reasons.h"
 
 namespace FileSystem {
 namespace {
@@ -31,54 +34,106 @@ bool isTemporaryName(std::string_view name) {
          lstrcmpiA(name.data() + (name.size() - kExtension.size()), kExtension.data()) == 0;
 }
 
-// Reports whether the sweep considers the entry: the files that EnumFilesWithPath lists, directly
-// in the start directory only those of the pattern `*.tmp`. It lists no path over its limit.
-bool isCandidate(const Detail::TreeEntry& entry) {
-  const std::string_view name = entry.directory.name();
-  if (name.empty() || entry.directoryPath.size() + name.size() >= Detail::kPathBuffer) return false;
-  return !entry.isAtTop || isTemporaryName(name);
-}
+// Visits the files that EnumFilesWithPath lists, directly in the start directory only those of the
+// pattern `*.tmp`.
+class Sweep : public Detail::TreeVisitor {
+ public:
+  enum class Mode { Finds, Deletes };
 
-// Reports whether the sweep tries to delete the entry if it deletes what was last written at
-// `limit` or before.
-bool isSwept(const Detail::TreeEntry& entry, double limit) {
-  if (!isCandidate(entry)) return false;
+  // Files are old if they were last written at `limit` or before.
+  Sweep(std::string start, double limit, Mode mode, Detail::TreeCall& call)
+      : start_(std::move(start)), limit_(limit), mode_(mode), call_(call) {}
+
+  bool enter(const std::string& path) override { return !call_.hasProgress() || call_.begin(path); }
+  Detail::Visit visit(const Detail::TreeEntry& entry) override;
+  void fail(const std::string& path, Reason reason) override { call_.failFolder(path, reason); }
+
+ private:
+  bool isOld(const Detail::TreeEntry& entry) const;
+  Reason obstacle(const Detail::TreeEntry& entry) const;
+  bool isNoFile(const Detail::TreeEntry& entry) const;
+
+  const std::string start_;
+  const double limit_;
+  const Mode mode_;
+  Detail::TreeCall& call_;
+};
+
+bool Sweep::isOld(const Detail::TreeEntry& entry) const {
   FILETIME time{};
-  return entry.directory.lastWrite(time) && limit >= Detail::dateOf(time) &&
-         entry.directory.canOpen();
+  return entry.directory.lastWrite(time) && limit_ >= Detail::dateOf(time);
 }
 
-constexpr auto kLastLink = platform::OpenDirectory::LastLink::Followed;
+// Returns why the file is not listed.
+Reason Sweep::obstacle(const Detail::TreeEntry& entry) const {
+  const std::string_view name = entry.directory.name();
+  if (name.empty()) return Reason::Failed;
+  if (start_.size() + entry.directoryPath.size() + name.size() >= Detail::kPathBuffer) {
+    return Reason::PathTooLong;
+  }
+  return entry.directory.canOpen() ? Reason::None : Detail::reasonOfError(GetLastError());
+}
+
+bool Sweep::isNoFile(const Detail::TreeEntry& entry) const {
+  return !entry.directory.isRegular() && platform::isNoFile((start_ + entry.path()).c_str());
+}
+
+Detail::Visit Sweep::visit(const Detail::TreeEntry& entry) {
+  using Detail::Visit;
+  if (entry.isAtTop && !isTemporaryName(entry.directory.name())) return Visit::Kept;
+  if (!isOld(entry)) return Visit::Kept;
+  Reason reason = obstacle(entry);
+  if (reason != Reason::None && isNoFile(entry)) return Visit::Kept;
+  if (call_.reports() && !call_.begin(entry.path())) return Visit::Last;
+  if (reason == Reason::None) {
+    const bool isDone =
+        mode_ == Mode::Deletes ? entry.directory.deleteEntry() : entry.directory.canDelete();
+    if (!isDone) reason = Detail::reasonOfError(GetLastError());
+  }
+  call_.end(reason);
+  if (call_.isCancelled()) return Visit::Last;
+  return reason == Reason::None ? Visit::Deleted : Visit::Kept;
+}
 
 // Returns the start of the sweep, with a separator. An empty text stays empty and names no folder;
 // with a separator it would be the root of the current drive.
-std::string startOf(const std::string& folder) {
-  const std::string_view text = Detail::upToZero(folder);
-  return text.empty() ? std::string() : Detail::withBackslash(text);
+std::string startOf(std::string_view folder) {
+  return folder.empty() ? std::string() : Detail::withBackslash(folder);
+}
+
+// Returns why the folder cannot be listed.
+Reason sweep(const std::string& start, unsigned int days, Sweep::Mode mode,
+             Detail::TreeCall& call) {
+  Sweep visitor(start, now() - static_cast<double>(days), mode, call);
+  const bool deletes = mode == Sweep::Mode::Deletes;
+  const Detail::TreeWalk walk =
+      Detail::walkTree(start, platform::OpenDirectory::LastLink::Followed,
+                       deletes ? Detail::Emptied::Removed : Detail::Emptied::Kept, visitor);
+  // A link is not an empty directory, even if its target is one.
+  if (walk.topShrank && !Detail::isLink(start.c_str())) DeleteEmptyFolder(start.c_str());
+  return walk.reason;
+}
+
+Report report(const char* folder, unsigned int days, Sweep::Mode mode, const Options& options) {
+  Detail::TreeCall call(options);
+  const Reason reason = sweep(startOf(folder), days, mode, call);
+  return call.finish(reason);
 }
 
 }  // namespace
 
-unsigned int listOldFiles(std::vector<std::string>& files, const std::string& folder,
-                          unsigned int days) {
-  const double limit = now() - static_cast<double>(days);
-  const std::size_t before = files.size();
-  Detail::visitTree(startOf(folder), kLastLink, [&](const Detail::TreeEntry& entry) {
-    if (isSwept(entry, limit) && entry.directory.canDelete()) {
-      files.push_back(entry.directoryPath + entry.directory.name());
-    }
-  });
-  return static_cast<unsigned int>(files.size() - before);
+unsigned int eraseOldFile(const std::string& folder, unsigned int days) {
+  Detail::TreeCall call;
+  sweep(startOf(Detail::upToZero(folder)), days, Sweep::Mode::Deletes, call);
+  return static_cast<unsigned int>(call.done());
 }
 
-unsigned int eraseOldFile(const std::string& folder, unsigned int days) {
-  const double limit = now() - static_cast<double>(days);
-  const std::string start = startOf(folder);
-  const Detail::TreeDeletion deleted = Detail::deleteFromTree(
-      start, kLastLink, [&](const Detail::TreeEntry& entry) { return isSwept(entry, limit); });
-  // A link is not an empty directory, even if its target is one.
-  if (deleted.topShrank && !Detail::isLink(start.c_str())) DeleteEmptyFolder(start.c_str());
-  return deleted.files;
+Report deleteOldFiles(const char* folder, unsigned int days, const Options& options) {
+  return report(folder, days, Sweep::Mode::Deletes, options);
+}
+
+Report findOldFiles(const char* folder, unsigned int days, const Options& options) {
+  return report(folder, days, Sweep::Mode::Finds, options);
 }
 
 }  // namespace FileSystem

@@ -11,6 +11,7 @@
 #include <memory>
 #include <string>
 
+#include "platform/copy_file.h"
 #include "platform/win32.h"
 #include "platform/written_files.h"
 
@@ -32,12 +33,15 @@ class OpenDirectory {
   OpenDirectory& operator=(const OpenDirectory&) = delete;
   ~OpenDirectory();
 
-  // True if the directory could be opened.
+  // True if the directory could be opened. If not, the constructor has set the error.
   explicit operator bool() const;
 
   // Advances to the next entry, at first to the first one; `.` and `..` are left out. Returns false
   // at the end. Deleting entries does not disturb the listing.
   bool next();
+  // After next() has returned false: reports whether there are no more entries. If not, the
+  // directory cannot be read further.
+  bool isComplete() const;
 
   // The current entry's name as paths spell it; empty if no path can name it.
   const char* name() const;
@@ -48,25 +52,27 @@ class OpenDirectory {
   // True if the directory lists the current entry as a regular file, which is no link.
   bool isRegular() const;
   // Reports whether the current entry is a file that can be opened for reading now, as FileExists
-  // does.
+  // does. If not, the error is set.
   bool canOpen() const;
   // Reads the time of the current entry's last write; that of a link is its target's.
   bool lastWrite(FILETIME& time) const;
   // Deletes the current entry, a file or a link, under the rules of DeleteFileA.
   bool deleteEntry();
-  // Reports whether deleteEntry() would delete the current entry now.
+  // Reports whether deleteEntry() would delete the current entry now. If not, the error is set.
   bool canDelete() const;
 
   // Copies a file of `source`, listed as regular, to the same name here, as CopyFileA does, and
-  // adds the copy to `written`. Returns false, and leaves no file, if the copy fails, and with
-  // ERROR_FILE_EXISTS if the name is in use.
-  bool copyNew(const OpenDirectory& source, const std::string& storedName, WrittenFiles& written);
-  // Reports whether the name here is that of one of these files, by another name, because the file
-  // system takes the two for one. False for a link, and for a file with several hard links.
-  // On Windows always false: source and target distinguish the same names there.
-  bool isWritten(const std::string& storedName, const WrittenFiles& written) const;
+  // adds the copy to `written` as `id`. Returns false, and leaves no file, if the copy fails, and
+  // with ERROR_FILE_EXISTS if the name is in use.
+  bool copyNew(const OpenDirectory& source, const std::string& storedName, WrittenFiles& written,
+               WrittenFiles::Name id, const CopyProgress& progress);
+  // Returns which of these files has the name here, by another name, because the file system takes
+  // the two for one; otherwise kNone. That is also the result for a link, and for a file with
+  // several hard links, and always on Windows: source and target distinguish the same names there.
+  WrittenFiles::Name writtenAs(const std::string& storedName, const WrittenFiles& written) const;
   // Adds the file of that name to the files.
-  void addWritten(const std::string& storedName, WrittenFiles& written) const;
+  void addWritten(const std::string& storedName, WrittenFiles& written,
+                  WrittenFiles::Name id) const;
 
   // Removes an empty subdirectory, but no link, under the rules of RemoveDirectoryA.
   bool removeDirectory(const std::string& storedName);

@@ -7,8 +7,9 @@
 #include <locale>
 #include <utility>
 
+#include "files/delete_tree.h"
 #include "files/make_folders.h"
-#include "files/tree_deletion.h"
+#include "files/tree_call.h"
 #include "path/with_backslash.h"
 #include "path/zero_terminated.h"
 #include "platform/win32.h"
@@ -51,9 +52,8 @@ bool TemporaryStorage::create(const std::string& base, bool removeBase) {
 
 void TemporaryStorage::clear() {
   if (!std::exchange(m_created, false) || FolderExists(m_path.c_str()) == 0) return;
-  Detail::deleteFromTree(m_path, platform::OpenDirectory::LastLink::Refused,
-                         [](const Detail::TreeEntry&) { return true; });
-  RemoveDirectoryA(m_path.c_str());
+  Detail::TreeCall call;
+  Detail::deleteTree(m_path, call);
   if (m_removeBase) RemoveDirectoryA(m_basePath.c_str());
 }
 

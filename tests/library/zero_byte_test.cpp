@@ -5,6 +5,7 @@
 #include <filesystem/path.h>
 #include <filesystem/stream.h>
 #include <filesystem/temporary_storage.h>
+#include <filesystem/trees.h>
 #include <filesystem/xml.h>
 #include <filesystem/zip_archive.h>
 #include <gtest/gtest.h>
@@ -130,13 +131,6 @@ const Export kExports[] = {
        return CopyContent(world.path("in\\"), pass(world.path("out\\")));
      }},
     {"eraseOldFile", [](In world, Pass pass) { return eraseOldFile(pass(world.path("in\\")), 7); }},
-    {"listOldFiles",
-     [](In world, Pass pass) {
-       Strings files;
-       listOldFiles(files, pass(world.path("in\\")), 7);
-       std::sort(files.begin(), files.end());
-       return joined(files);
-     }},
     {"TemporaryStorageCreate",
      [](In world, Pass pass) {
        TemporaryStorage storage;
@@ -211,8 +205,10 @@ TEST(ZeroBytes, EmptyBuffersNameNoFolder) {
   const World world;
   const std::string before = world.state();
   for (const std::string& folder : {buffer, ""s}) {
-    Strings files;
-    EXPECT_EQ(listOldFiles(files, folder, 7), 0U);
+    EXPECT_EQ(findOldFiles(folder.c_str(), 7).reason, Reason::Missing);
+    EXPECT_EQ(deleteTree(folder.c_str()).reason, Reason::Missing);
+    EXPECT_EQ(copyTree(folder.c_str(), world.path("out").c_str()).reason, Reason::Missing);
+    EXPECT_EQ(copyTree(world.path("in").c_str(), folder.c_str()).reason, Reason::Missing);
     EXPECT_FALSE(TemporaryStorage().create(folder, true));
     EXPECT_EQ(CopyContent(world.path("in\\"), folder), -4);
   }

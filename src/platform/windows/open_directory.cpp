@@ -31,6 +31,7 @@ struct OpenDirectory::State {
     if (held && (!GetFileInformationByHandle(held.get(), &information) ||
                  !isPlainDirectory(information.dwFileAttributes))) {
       held.reset();
+      SetLastError(ERROR_DIRECTORY);
     }
   }
 
@@ -38,6 +39,7 @@ struct OpenDirectory::State {
   FileHandle held;
   SearchHandle search;
   bool started = false;
+  DWORD error = ERROR_SUCCESS;  // of the end of the listing
   WIN32_FIND_DATAA entry{};
 };
 
@@ -50,7 +52,10 @@ OpenDirectory::OpenDirectory(const std::string& path, LastLink link)
 
 OpenDirectory::OpenDirectory(OpenDirectory& parent, const std::string& storedName)
     : state_(std::make_unique<State>()) {
-  if (!parent) return;
+  if (!parent) {
+    SetLastError(ERROR_INVALID_HANDLE);
+    return;
+  }
   const std::string path = parent.state_->pathOf(storedName);
   state_->path = path + '\\';
   state_->hold(path, LastLink::Refused);
@@ -70,14 +75,22 @@ bool OpenDirectory::next() {
       state_->search.reset(FindFirstFileExA(state_->pathOf("*").c_str(), FindExInfoBasic,
                                             &state_->entry, FindExSearchNameMatch, nullptr,
                                             FIND_FIRST_EX_LARGE_FETCH));
-      if (!state_->search) return false;
+      if (!state_->search) {
+        state_->error = GetLastError();
+        return false;
+      }
     } else if (!state_->search || !FindNextFileA(state_->search.get(), &state_->entry)) {
+      if (state_->search) state_->error = GetLastError();
       state_->search.reset();
       return false;
     }
     const std::string_view name = state_->entry.cFileName;
     if (name != "." && name != "..") return true;
   }
+}
+
+bool OpenDirectory::isComplete() const {
+  return state_->error == ERROR_NO_MORE_FILES || state_->error == ERROR_FILE_NOT_FOUND;
 }
 
 const char* OpenDirectory::name() const { return state_->entry.cFileName; }
@@ -113,7 +126,10 @@ bool OpenDirectory::deleteEntry() {
 }
 
 bool OpenDirectory::canDelete() const {
-  if ((state_->entry.dwFileAttributes & FILE_ATTRIBUTE_READONLY) != 0) return false;
+  if ((state_->entry.dwFileAttributes & FILE_ATTRIBUTE_READONLY) != 0) {
+    SetLastError(ERROR_ACCESS_DENIED);
+    return false;
+  }
   constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
   constexpr DWORD kItself = FILE_FLAG_OPEN_REPARSE_POINT | FILE_FLAG_BACKUP_SEMANTICS;
   const std::string path = state_->pathOf(state_->entry.cFileName);
@@ -123,14 +139,16 @@ bool OpenDirectory::canDelete() const {
 }
 
 bool OpenDirectory::copyNew(const OpenDirectory& source, const std::string& storedName,
-                            WrittenFiles&) {
-  return CopyFileA(source.state_->pathOf(storedName).c_str(), state_->pathOf(storedName).c_str(),
-                   TRUE) != FALSE;
+                            WrittenFiles&, WrittenFiles::Name, const CopyProgress& progress) {
+  return copyFile(source.state_->pathOf(storedName).c_str(), state_->pathOf(storedName).c_str(),
+                  true, progress);
 }
 
-bool OpenDirectory::isWritten(const std::string&, const WrittenFiles&) const { return false; }
+WrittenFiles::Name OpenDirectory::writtenAs(const std::string&, const WrittenFiles&) const {
+  return WrittenFiles::kNone;
+}
 
-void OpenDirectory::addWritten(const std::string&, WrittenFiles&) const {}
+void OpenDirectory::addWritten(const std::string&, WrittenFiles&, WrittenFiles::Name) const {}
 
 bool OpenDirectory::removeDirectory(const std::string& storedName) {
   const std::string path = state_->pathOf(storedName);

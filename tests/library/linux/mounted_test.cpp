@@ -4,6 +4,7 @@
 
 #include <filesystem/archive.h>
 #include <filesystem/files.h>
+#include <filesystem/trees.h>
 #include <filesystem/zip.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
@@ -150,6 +151,15 @@ TEST_P(Mounted, NamesThatAreOneLoseNoFile) {
     SCOPED_TRACE(when);
     EXPECT_EQ(CopyContent(in(), out()), 3);
     expectThreeWholeFiles();
+    int twins = 0;
+    for (const FileSystem::ItemResult& item :
+         FileSystem::copyTree(in().c_str(), out().c_str()).items) {
+      if (item.reason != FileSystem::Reason::SameFile) continue;
+      ++twins;
+      EXPECT_STRCASEEQ(item.other.c_str(), item.name.c_str());
+      EXPECT_NE(item.other, item.name);
+    }
+    EXPECT_EQ(twins, 2);
   }
   for (const char* const when : {"existing", "new"}) {
     SCOPED_TRACE(when);

@@ -6,6 +6,7 @@
 #include <filesystem/files.h>
 #include <filesystem/stream.h>
 #include <filesystem/temporary_storage.h>
+#include <filesystem/trees.h>
 #include <filesystem/zip.h>
 #include <filesystem/zip_archive.h>
 #include <gtest/gtest.h>
@@ -14,8 +15,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <functional>
+#include <map>
 #include <string>
 #include <thread>
 #include <vector>
@@ -109,10 +112,19 @@ TEST_F(TreesOnLinux, SweepListsWhatPermissionsLetItDelete) {
   ASSERT_EQ(chmod(folder_.path().c_str(), 0755), 0);
   support::ForkedProcess user([&](const auto&) {
     if (setgid(kUser) != 0 || setuid(kUser) != 0) return -1;
-    std::vector<std::string> listed;
-    FileSystem::listOldFiles(listed, folder_.text(), 7);
-    const bool isWhatIsDeleted = FileSystem::eraseOldFile(folder_.text(), 7) == listed.size();
-    return isWhatIsDeleted ? static_cast<int>(listed.size()) : -1;
+    const auto filesOf = [](const FileSystem::Report& report) {
+      std::map<std::string, FileSystem::Reason> files;
+      for (const FileSystem::ItemResult& item : report.items) {
+        if (!item.isFolder) files[item.name] = item.reason;
+      }
+      return files;
+    };
+    const std::string folder = folder_.name();
+    const auto found = filesOf(FileSystem::findOldFiles(folder.c_str(), 7));
+    if (filesOf(FileSystem::deleteOldFiles(folder.c_str(), 7)) != found) return -1;
+    return static_cast<int>(std::count_if(found.begin(), found.end(), [](const auto& file) {
+      return file.second == FileSystem::Reason::None;
+    }));
   });
   // Both files of the first folder, and its own one of the last.
   EXPECT_EQ(user.wait(), 3);

@@ -70,8 +70,8 @@ TEST_F(VeskFs, NamesWhatItLeavesOut) {
   expectLines("pack in a.zip", {"nn': its path has more than 259"});
   expectLines("tree in", {"in/old.txt\n", "nn': its path has more than 259"});
   expectLines("tree in 'n*'", {"nn': its path has more than 259"});
-  expectLines("sweep in 3 --dry-run", {"nn': its path has more than 259"});
-  expectLines("sweep in 3", {"nn': its path has more than 259"});
+  expectLines("sweep in 3 --dry-run", {"nn': its path is too long"});
+  expectLines("sweep in 3", {"nn': its path is too long"});
   check({{"tree in 'o*'", 0, "in/old.txt\n"}});
 }
 

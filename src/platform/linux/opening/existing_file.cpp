@@ -7,6 +7,7 @@
 #include "platform/linux/metadata/attributes.h"
 #include "platform/linux/opening/access_rights.h"
 #include "platform/linux/opening/share_lock.h"
+#include "platform/linux/system/last_error.h"
 
 namespace platform::native {
 
@@ -42,19 +43,20 @@ DWORD trailingSeparatorError(const NativePath& path, const TrailingSeparatorErro
 
 bool probeExisting(int folder, const char* path, DWORD rights, DWORD share) {
   struct stat status;
-  return fstatat(folder, path, &status, 0) == 0 && isOpenable(status, writes(rights)) &&
-         probeRegular(folder, path, rights, share);
+  if (fstatat(folder, path, &status, 0) != 0) return failWithErrno() != FALSE;
+  if (!isOpenable(status, writes(rights))) return fail(ERROR_ACCESS_DENIED) != FALSE;
+  return probeRegular(folder, path, rights, share);
 }
 
 bool probeRegular(int folder, const char* path, DWORD rights, DWORD share) {
   for (int attempt = 1;; ++attempt) {
     const Descriptor file = openRegular(folder, path, rights);
-    if (!file) return false;
+    if (!file) return failWithErrno() != FALSE;
     if (shareAvailable(file.get(), rights, share)) return true;
     // Another file may have the name by now.
     struct stat status;
     const bool isGone = fstat(file.get(), &status) == 0 && status.st_nlink == 0;
-    if (!isGone || attempt == kOpenAttempts) return false;
+    if (!isGone || attempt == kOpenAttempts) return fail(ERROR_SHARING_VIOLATION) != FALSE;
   }
 }
 

@@ -36,7 +36,7 @@ struct TrailingSeparatorErrors {
 DWORD trailingSeparatorError(const NativePath& path, const TrailingSeparatorErrors& errors);
 
 // Reports whether the file can be opened with these rights and this share mode
-// now.
+// now. If not, the error is set.
 bool probeExisting(int folder, const char* path, DWORD rights, DWORD share);
 
 // Does the same for a name that its folder lists as that of a regular file.

@@ -48,9 +48,9 @@ bool NewFile::makeReadOnly() const {
   return fchmod(file_.get(), status_.st_mode & 07777 & ~kAnyWrite) == 0 || errno == EPERM;
 }
 
-bool NewFile::copyFrom(int descriptor, const struct stat& source) {
+bool NewFile::copyFrom(int descriptor, const struct stat& source, const CopyProgress& progress) {
   holdUnfinished(file_);
-  return copyContent(descriptor, source, file_.get()) &&
+  return copyContent(descriptor, source, file_.get(), progress) &&
          (!isReadOnly(source.st_mode) || makeReadOnly()) &&
          setWriteTime(file_.get(), source.st_mtim, status_.st_mtim) && close();
 }

@@ -3,6 +3,7 @@
 
 #include <sys/stat.h>
 
+#include "platform/copy_file.h"
 #include "platform/linux/opening/descriptor.h"
 
 namespace platform::native {
@@ -31,7 +32,7 @@ class NewFile {
   // Gives the file the content, the write time and the read-only attribute of an open file with the
   // status `source`, and closes it. Keeps everyone else from it meanwhile. False, with errno, on
   // failure.
-  bool copyFrom(int descriptor, const struct stat& source);
+  bool copyFrom(int descriptor, const struct stat& source, const CopyProgress& progress);
   // Closes the file, which then stays. False, with errno, if the system reports that content could
   // not be written.
   bool close();

@@ -1,6 +1,8 @@
-// CopyFileA. A file that no one holds is replaced by a complete copy, so that a
+// CopyFileA and copyFile. A file that no one holds is replaced by a complete copy, so that a
 // failed or killed copy leaves the old content. A copy to a free name is made
 // under that name and held against all others until it is complete.
+
+#include "platform/copy_file.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -27,9 +29,11 @@ bool createThroughLink(const Source& source, const NativePath& path) {
 }
 
 // Copies over the target. On failure a target without content that was created for the
-// copy is deleted again. Returns the result of CopyFileA.
-BOOL copyOverLocked(const Source& source, Target& target, const NativePath& path, bool isNew) {
-  if (copyOver(source, target)) return TRUE;
+// copy is deleted again. Returns the result of
+// CopyFileA.
+BOOL copyOverLocked(const Source& source, Target& target, const NativePath& path, bool isNew,
+                    const CopyProgress& progress) {
+  if (copyOver(source, target, progress)) return TRUE;
   const DWORD error = errorOnPath(path, errno);
   struct stat now;
   if (isNew && target.status.st_size == 0 && lstat(target.path.c_str(), &now) == 0 &&
@@ -44,32 +48,38 @@ BOOL copyOverLocked(const Source& source, Target& target, const NativePath& path
 
 using namespace platform::native;
 
-BOOL CopyFileA(const char* sourceText, const char* targetText, BOOL failIfExists) {
+BOOL CopyFileA(const char* source, const char* target, BOOL failIfExists) {
+  return platform::copyFile(source, target, failIfExists != FALSE) ? TRUE : FALSE;
+}
+
+bool platform::copyFile(const char* sourceText, const char* targetText, bool failIfExists,
+                        const CopyProgress& progress) {
   const NativePath path(targetText);
-  if (!path.valid()) return fail(path.error());
+  if (!path.valid()) return fail(path.error()) != FALSE;
   if (path.hadTrailingSeparator()) {
     TrailingSeparatorErrors errors{.missing = ERROR_INVALID_NAME};
-    if (failIfExists != FALSE) errors.folder = errors.file = ERROR_FILE_EXISTS;
-    return fail(trailingSeparatorError(path, errors));
+    if (failIfExists) errors.folder = errors.file = ERROR_FILE_EXISTS;
+    return fail(trailingSeparatorError(path, errors)) != FALSE;
   }
   Source source;
-  if (!openSource(sourceText, source)) return FALSE;
+  if (!openSource(sourceText, source)) return false;
 
   // Other processes may create and delete the target at the same time.
   constexpr int kAttempts = 16;
   bool isNew = false;
   for (int attempt = 1; attempt <= kAttempts; ++attempt) {
     // The name is taken for a free one first, which needs no check.
-    if (copyToNew(source, path)) return TRUE;
-    if (errno != EEXIST) return fail(errorOnPath(path, errno));
-    if (failIfExists != FALSE) return fail(ERROR_FILE_EXISTS);
+    if (copyToNew(source, path, progress)) return true;
+    if (errno != EEXIST) return fail(errorOnPath(path, errno)) != FALSE;
+    if (failIfExists) return fail(ERROR_FILE_EXISTS) != FALSE;
     Target target;
     const TargetState state = lockTarget(path, source, target);
-    if (state == TargetState::Failed) return FALSE;
-    if (state == TargetState::Locked) return copyOverLocked(source, target, path, isNew);
+    if (state == TargetState::Failed) return false;
+    if (state == TargetState::Locked)
+      return copyOverLocked(source, target, path, isNew, progress) != FALSE;
     if (state != TargetState::Missing) continue;
     isNew = createThroughLink(source, path);
-    if (!isNew) return fail(errorOnPath(path, errno));
+    if (!isNew) return fail(errorOnPath(path, errno)) != FALSE;
   }
-  return fail(ERROR_SHARING_VIOLATION);
+  return fail(ERROR_SHARING_VIOLATION) != FALSE;
 }

@@ -57,7 +57,7 @@ bool lockForWriting(Target& target) {
 mode_t removedBy(const Source& source) { return isReadOnly(source.status.st_mode) ? kAnyWrite : 0; }
 
 // Replaces the target by a complete copy. With Refused it may have been closed.
-Replaced replaceWhole(const Source& source, Target& target) {
+Replaced replaceWhole(const Source& source, Target& target, const CopyProgress& progress) {
   const Descriptor folder(
       openRetrying(AT_FDCWD, folderOf(target.path).c_str(), O_PATH | O_DIRECTORY));
   if (!folder) return isRefusal(errno) ? Replaced::Refused : Replaced::No;
@@ -69,7 +69,7 @@ Replaced replaceWhole(const Source& source, Target& target) {
   if (!file) return isRefusal(errno) ? Replaced::Refused : Replaced::No;
   if (!file.keepsOwner()) return Replaced::Refused;
   const int descriptor = file.descriptor();
-  if (!copyContent(source.descriptor, source.status, descriptor)) return Replaced::No;
+  if (!copyContent(source.descriptor, source.status, descriptor, progress)) return Replaced::No;
   const Replaced completed = file.complete(removedBy(source));
   if (completed != Replaced::Yes) return completed;
   if (!setWriteTime(descriptor, source.status.st_mtim, target.status.st_mtim)) return Replaced::No;
@@ -80,10 +80,11 @@ Replaced replaceWhole(const Source& source, Target& target) {
   return file.putInPlace();
 }
 
-bool overwrite(const Source& source, Target& target) {
+bool overwrite(const Source& source, Target& target, const CopyProgress& progress) {
   const int descriptor = target.held.get();
   if (!target.isShared) holdExclusively(descriptor);
-  if (!overwriteContent(source.descriptor, source.status.st_size, target.status, descriptor)) {
+  if (!overwriteContent(source.descriptor, source.status.st_size, target.status, descriptor,
+                        progress)) {
     return false;
   }
   const mode_t removed = removedBy(source) & target.status.st_mode;
@@ -140,18 +141,18 @@ TargetState lockTarget(const NativePath& path, const Source& source, Target& tar
   return isCurrent ? TargetState::Locked : TargetState::Changed;
 }
 
-bool copyOver(const Source& source, Target& target) {
+bool copyOver(const Source& source, Target& target, const CopyProgress& progress) {
   if (!target.isShared && target.status.st_nlink == 1) {
-    const Replaced result = replaceWhole(source, target);
+    const Replaced result = replaceWhole(source, target, progress);
     if (result != Replaced::Refused) return result == Replaced::Yes;
     if (!lockAgain(target)) return false;
   }
-  return overwrite(source, target);
+  return overwrite(source, target, progress);
 }
 
-bool copyToNew(const Source& source, const NativePath& path) {
+bool copyToNew(const Source& source, const NativePath& path, const CopyProgress& progress) {
   NewFile file(AT_FDCWD, path.c_str(), source.status.st_mode & 0777);
-  return file && file.copyFrom(source.descriptor, source.status);
+  return file && file.copyFrom(source.descriptor, source.status, progress);
 }
 
 }  // namespace platform::native

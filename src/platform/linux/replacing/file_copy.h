@@ -5,6 +5,7 @@
 
 #include <string>
 
+#include "platform/copy_file.h"
 #include "platform/linux/names/native_path.h"
 #include "platform/linux/opening/descriptor.h"
 #include "platform/unique_handle.h"
@@ -47,11 +48,11 @@ TargetState lockTarget(const NativePath& path, const Source& source, Target& tar
 // source is. It is replaced by a complete copy. It is overwritten in place if
 // others hold it, if it has several hard links, or if its folder or its owner
 // permits no replacement. False, with errno, on failure; only a failure in place
-// can have changed the target.
-bool copyOver(const Source& source, Target& target);
+// can have changed the target. `progress` ends only the copying to a new file.
+bool copyOver(const Source& source, Target& target, const CopyProgress& progress = {});
 
 // Copies the source to a new file. False with errno EEXIST, and nothing read, if
 // the name is in use. A file that could not be completed is deleted.
-bool copyToNew(const Source& source, const NativePath& path);
+bool copyToNew(const Source& source, const NativePath& path, const CopyProgress& progress);
 
 }  // namespace platform::native

@@ -29,8 +29,8 @@ void cutBack(int file, off_t size) {
 }
 
 // Writes what exceeds the old content, so that the rest needs no new blocks.
-bool appendRest(int from, off_t size, off_t oldSize, int to) {
-  if (isAt(from, oldSize) && isAt(to, oldSize) && copyBytes(from, size - oldSize, to) &&
+bool appendRest(int from, off_t size, off_t oldSize, int to, const CopyProgress& progress) {
+  if (isAt(from, oldSize) && isAt(to, oldSize) && copyBytes(from, size - oldSize, to, progress) &&
       commitContent(to)) {
     return true;
   }
@@ -38,16 +38,26 @@ bool appendRest(int from, off_t size, off_t oldSize, int to) {
   return false;
 }
 
-bool reserve(int from, off_t size, off_t oldSize, int to) {
+bool reserve(int from, off_t size, off_t oldSize, int to, const CopyProgress& progress) {
   if (size == 0 || fallocate(to, FALLOC_FL_KEEP_SIZE, 0, size) == 0) return true;
   if (errno == ENOSPC || errno == EDQUOT || errno == EFBIG) return false;
   // Network file systems cannot reserve.
-  return size <= oldSize || appendRest(from, size, oldSize, to);
+  return size <= oldSize || appendRest(from, size, oldSize, to, progress);
+}
+
+// Returns a function that tells `progress`, and always continues.
+CopyProgress continuing(const CopyProgress& progress) {
+  if (!progress) return {};
+  return [&progress](std::uint64_t position) {
+    progress(position);
+    return true;
+  };
 }
 
 }  // namespace
 
-bool overwriteContent(int from, off_t size, const struct stat& old, int to) {
+bool overwriteContent(int from, off_t size, const struct stat& old, int to,
+                      const CopyProgress& progress) {
   constexpr mode_t kSetId = S_ISUID | S_ISGID;
   constexpr mode_t kPermissions = 01777;
   // Where the owner is another user, the system removes these bits at the first write.
@@ -55,8 +65,9 @@ bool overwriteContent(int from, off_t size, const struct stat& old, int to) {
       errno != EPERM) {
     return false;
   }
-  if (!reserve(from, size, old.st_size, to)) return false;
-  return isAt(from, 0) && isAt(to, 0) && copyBytes(from, size, to) &&
+  const CopyProgress told = continuing(progress);
+  if (!reserve(from, size, old.st_size, to, told)) return false;
+  return isAt(from, 0) && isAt(to, 0) && copyBytes(from, size, to, told) &&
          ftruncate(to, lseek(to, 0, SEEK_CUR)) == 0;
 }
 

@@ -55,6 +55,8 @@ DWORD errorFromErrno(int error) {
       return ERROR_DIR_NOT_EMPTY;
     case ENAMETOOLONG:
       return ERROR_FILENAME_EXCED_RANGE;
+    case ECANCELED:
+      return ERROR_REQUEST_ABORTED;
     case EXDEV:
       return ERROR_NOT_SAME_DEVICE;
     default:

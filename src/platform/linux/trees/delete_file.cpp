@@ -55,13 +55,13 @@ bool permitsRemoval(int folder, const struct statx& entry) {
 
 }  // namespace
 
-bool canDeleteAt(int folder, const char* name) {
+DWORD deletionError(int folder, const char* name) {
   struct statx status;
-  if (statx(folder, name, AT_SYMLINK_NOFOLLOW, STATX_TYPE | STATX_MODE | STATX_UID, &status) != 0 ||
-      S_ISDIR(status.stx_mode) || !permitsRemoval(folder, status)) {
-    return false;
+  if (statx(folder, name, AT_SYMLINK_NOFOLLOW, STATX_TYPE | STATX_MODE | STATX_UID, &status) != 0) {
+    return errorFromErrno(errno);
   }
-  return !S_ISREG(status.stx_mode) || denialOf(folder, name, status.stx_mode) == ERROR_SUCCESS;
+  if (S_ISDIR(status.stx_mode) || !permitsRemoval(folder, status)) return ERROR_ACCESS_DENIED;
+  return S_ISREG(status.stx_mode) ? denialOf(folder, name, status.stx_mode) : DWORD{ERROR_SUCCESS};
 }
 
 DWORD deleteAt(int folder, const char* path) {

@@ -14,7 +14,8 @@ DWORD deleteAt(int folder, const char* path);
 // one system call less on a path.
 DWORD deleteRegularAt(int folder, const char* path);
 
-// Reports whether deleteAt() would delete the file or link of that name in an open folder now.
-bool canDeleteAt(int folder, const char* name);
+// Returns the error that deleteAt() would have now for the file or link of that name in an open
+// folder.
+DWORD deletionError(int folder, const char* name);
 
 }  // namespace platform::native

@@ -31,9 +31,6 @@ namespace {
 constexpr unsigned kOpenLevels = 32;
 constexpr int kDirectoryFlags = O_RDONLY | O_DIRECTORY;
 
-// A walk writes no name twice.
-constexpr platform::WrittenFiles::Name kWrittenOnce = 1;
-
 bool isDirectoryAt(int folder, const dirent& entry) {
   if (entry.d_type != DT_UNKNOWN) return entry.d_type == DT_DIR;
   struct stat status;
@@ -69,7 +66,8 @@ struct platform::OpenDirectory::State {
   DirectoryStream stream;
   State* parent = nullptr;
   const dirent* entry = nullptr;
-  bool listed = false;  // to its end
+  bool listed = false;    // to its end, or as far as it can be read
+  bool complete = false;  // to its end
   char name[MAX_PATH] = {};
   struct stat identity {};
 };
@@ -79,17 +77,25 @@ namespace platform {
 OpenDirectory::OpenDirectory(const std::string& path, LastLink link)
     : state_(std::make_unique<State>()) {
   const NativePath native(path.c_str());
-  if (!native.valid()) return;
+  if (!native.valid()) {
+    SetLastError(native.error());
+    return;
+  }
   const int flags = kDirectoryFlags | (link == LastLink::Refused ? O_NOFOLLOW : 0);
   state_->stream = streamOf(Descriptor(openRetrying(AT_FDCWD, native.c_str(), flags)));
+  if (!state_->stream) SetLastError(errorOnPath(native, errno));
 }
 
 OpenDirectory::OpenDirectory(OpenDirectory& parent, const std::string& storedName)
     : state_(std::make_unique<State>()) {
-  if (!parent) return;
+  if (!parent) {
+    SetLastError(ERROR_INVALID_HANDLE);
+    return;
+  }
   state_->parent = parent.state_.get();
   state_->stream = streamOf(Descriptor(openRetrying(
       dirfd(parent.state_->stream.get()), storedName.c_str(), kDirectoryFlags | O_NOFOLLOW)));
+  if (!state_->stream) failWithErrno();
   State* const ancestor = state_->ancestor(kOpenLevels);
   if (ancestor != nullptr) ancestor->suspend();
 }
@@ -106,14 +112,18 @@ OpenDirectory::operator bool() const { return state_->stream != nullptr; }
 bool OpenDirectory::next() {
   if (!state_->stream || state_->listed) return false;
   for (;;) {
+    errno = 0;
     state_->entry = readdir(state_->stream.get());
     if (state_->entry == nullptr) {
       state_->listed = true;
+      state_->complete = errno == 0;
       return false;
     }
     if (!isDots(state_->entry->d_name)) return true;
   }
 }
+
+bool OpenDirectory::isComplete() const { return state_->complete; }
 
 const char* OpenDirectory::name() const {
   char* const name = state_->name;
@@ -152,11 +162,13 @@ bool OpenDirectory::deleteEntry() {
 }
 
 bool OpenDirectory::canDelete() const {
-  return canDeleteAt(dirfd(state_->stream.get()), state_->entry->d_name);
+  const DWORD error = deletionError(dirfd(state_->stream.get()), state_->entry->d_name);
+  return error == ERROR_SUCCESS || fail(error) != FALSE;
 }
 
 bool OpenDirectory::copyNew(const OpenDirectory& source, const std::string& storedName,
-                            WrittenFiles& written) {
+                            WrittenFiles& written, WrittenFiles::Name id,
+                            const CopyProgress& progress) {
   if (!*this || !source) return fail(ERROR_INVALID_HANDLE) != FALSE;
   const char* const name = storedName.c_str();
   const Descriptor from(
@@ -170,24 +182,27 @@ bool OpenDirectory::copyNew(const OpenDirectory& source, const std::string& stor
   constexpr mode_t kPermissions = 0777;
   NewFile to(dirfd(state_->stream.get()), name, status.st_mode & kPermissions);
   if (!to && errno == EEXIST) return fail(ERROR_FILE_EXISTS) != FALSE;
-  if (!to || !to.copyFrom(from.get(), status)) return failWithErrno() != FALSE;
-  written.add(identityOf(to.status()), kWrittenOnce);
+  if (!to || !to.copyFrom(from.get(), status, progress)) return failWithErrno() != FALSE;
+  written.add(identityOf(to.status()), id);
   return true;
 }
 
-bool OpenDirectory::isWritten(const std::string& storedName, const WrittenFiles& written) const {
+WrittenFiles::Name OpenDirectory::writtenAs(const std::string& storedName,
+                                            const WrittenFiles& written) const {
   struct stat status;
-  return *this &&
-         fstatat(dirfd(state_->stream.get()), storedName.c_str(), &status, AT_SYMLINK_NOFOLLOW) ==
-             0 &&
-         status.st_nlink == 1 && written.nameOf(identityOf(status)) != WrittenFiles::kNone;
+  const bool isAlone =
+      *this &&
+      fstatat(dirfd(state_->stream.get()), storedName.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0 &&
+      status.st_nlink == 1;
+  return isAlone ? written.nameOf(identityOf(status)) : WrittenFiles::kNone;
 }
 
-void OpenDirectory::addWritten(const std::string& storedName, WrittenFiles& written) const {
+void OpenDirectory::addWritten(const std::string& storedName, WrittenFiles& written,
+                               WrittenFiles::Name id) const {
   struct stat status;
   if (*this &&
       fstatat(dirfd(state_->stream.get()), storedName.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0) {
-    written.add(identityOf(status), kWrittenOnce);
+    written.add(identityOf(status), id);
   }
 }
 

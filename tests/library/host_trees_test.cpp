@@ -1,0 +1,326 @@
+// Trees that a host copies and deletes, with reasons and progress.
+
+#include <filesystem/files.h>
+#include <filesystem/trees.h>
+#include <gtest/gtest.h>
+
+#include <ctime>
+#include <functional>
+#include <map>
+#include <set>
+#include <string>
+
+#include "support/open_file.h"
+#include "support/temporary_folder.h"
+
+namespace {
+
+using namespace FileSystem;
+
+using Reasons = std::map<std::string, Reason>;
+
+Reasons reasonsOf(const Report& report) {
+  Reasons reasons;
+  for (const ItemResult& item : report.items) reasons[item.name] = item.reason;
+  return reasons;
+}
+
+class HostTrees : public testing::Test {
+ protected:
+  static constexpr std::time_t kDay = 86400;
+
+  std::string path(const std::string& name) const { return folder_.file(name); }
+  void write(const std::string& name, const std::string& content, std::time_t days = 0) const {
+    support::writeFile(path(name), content);
+    support::setWriteTime(path(name), std::time(nullptr) - days * kDay);
+  }
+  Report copy(const Options& options = Options()) const {
+    return copyTree(path("in").c_str(), path("out").c_str(), options);
+  }
+
+  support::TemporaryFolder folder_;
+};
+
+TEST_F(HostTrees, CopySaysWhatBecameOfEachFile) {
+  write("in/new", "n");
+  write("in/sub/replaced", "n");
+  write("in/held", "n");
+  write("in/in-use", "n");
+  write("in/read-only", "n");
+  write("in/folder", "n");
+  write("in/file/below", "n");
+  for (const char* name : {"sub/replaced", "in-use", "read-only", "folder/x", "file"}) {
+    write(std::string("out/") + name, "o");
+  }
+  support::makeReadOnly(path("out/read-only"));
+  const platform::FileHandle held = support::openFile(path("in/held"));
+  const platform::FileHandle inUse = support::openFile(path("out/in-use"), GENERIC_READ);
+  const Report report = copy();
+  EXPECT_EQ(report.reason, Reason::None);
+  EXPECT_FALSE(report);
+  EXPECT_EQ(reasonsOf(report), (Reasons{{"new", Reason::None},
+                                        {"sub\\replaced", Reason::None},
+                                        {"held", Reason::InUse},
+                                        {"in-use", Reason::InUse},
+                                        {"read-only", Reason::NoPermission},
+                                        {"folder", Reason::IsAFolder},
+                                        {"file", Reason::NotAFolder},
+                                        {"file\\below", Reason::NotAFolder}}));
+  EXPECT_EQ(support::readFile(path("out/sub/replaced")), "n");
+  EXPECT_EQ(support::readFile(path("out/read-only")), "o");
+  for (const ItemResult& item : report.items) EXPECT_EQ(item.isFolder, item.name == "file");
+}
+
+TEST_F(HostTrees, CopyKeepsExistingFilesOnRequest) {
+  write("in/new", "n");
+  write("in/old", "n");
+  write("out/old", "o");
+  const Report report = copy(Options().setExisting(ExistingFiles::Keep));
+  EXPECT_EQ(reasonsOf(report), (Reasons{{"new", Reason::None}, {"old", Reason::Exists}}));
+  EXPECT_EQ(support::readFile(path("out/old")), "o");
+}
+
+TEST_F(HostTrees, CopyIntoItselfHarmsNoFile) {
+  write("in/a", "a");
+  const Report report = copyTree(path("in").c_str(), path("in").c_str());
+  EXPECT_EQ(reasonsOf(report), (Reasons{{"a", Reason::SameFile}}));
+  EXPECT_EQ(support::readFile(path("in/a")), "a");
+}
+
+TEST_F(HostTrees, CopySaysWhyAFolderCannotBeUsed) {
+  write("in/a", "a");
+  const std::string in = path("in");
+  const std::string longName(300, 'n');
+  struct {
+    std::string source;
+    std::string target;
+    Reason reason;
+  } const cases[] = {
+      {path("none"), path("out"), Reason::Missing},
+      {path("in/a"), path("out"), Reason::NotAFolder},
+      {in, path("in/a"), Reason::NotAFolder},
+      {in, path("in/a/below"), Reason::NotAFolder},
+      {in, path(longName), Reason::PathTooLong},
+      {"", path("out"), Reason::Missing},
+      {in, "", Reason::Missing},
+  };
+  for (const auto& c : cases) {
+    const Report report = copyTree(c.source.c_str(), c.target.c_str());
+    EXPECT_EQ(report.reason, c.reason) << c.source << ' ' << c.target;
+    EXPECT_TRUE(report.items.empty());
+  }
+  EXPECT_FALSE(support::exists(path("out")));
+}
+
+TEST_F(HostTrees, CopyCreatesTheFoldersOfARelativePath) {
+  write("in/a", "a");
+  const std::filesystem::path before = std::filesystem::current_path();
+  std::filesystem::current_path(folder_.path());
+  EXPECT_TRUE(copyTree("in", "new\\deep"));
+  std::filesystem::current_path(before);
+  EXPECT_EQ(support::readFile(path("new/deep/a")), "a");
+}
+
+TEST_F(HostTrees, CopyTellsItsProgress) {
+  constexpr std::uint64_t kSize = 10 << 20;
+  constexpr std::uint64_t kLargestBlock = 4 << 20;
+  write("in/large", std::string(kSize, 'l'));
+  write("in/sub/small", "small");
+  for (const bool exists : {false, true}) {
+    std::uint64_t last = 0;
+    std::set<std::string> names;
+    Progress end;
+    const Report report = copy(Options().setProgress([&](const Progress& progress) {
+      EXPECT_LE(progress.bytesDone - last, kLargestBlock);
+      last = progress.bytesDone;
+      names.emplace(progress.name);
+      end = progress;
+      return true;
+    }));
+    EXPECT_TRUE(report) << exists;
+    EXPECT_EQ(names, (std::set<std::string>{"sub", "large", "sub\\small"}));
+    EXPECT_EQ(end.filesDone, 2U);
+    EXPECT_EQ(end.filesExpected, 2U);
+    EXPECT_EQ(end.bytesDone, kSize + 5);
+    EXPECT_EQ(end.bytesExpected, kSize + 5);
+  }
+}
+
+TEST_F(HostTrees, SweepSaysWhatBecameOfEachOldFile) {
+  write("old.tmp", "", 8);
+  write("old.txt", "", 8);
+  write("young.tmp", "");
+  write("sub/old", "", 8);
+  write("sub/read-only", "", 8);
+  write("sub/in-use", "", 8);
+  write("sub/lent", "", 8);
+  const std::string deep = "sub/" + std::string(120, 'd') + '/' + std::string(130, 'e');
+  const bool isLong = support::kPlatform.everyName;
+  if (isLong) write(deep, "", 8);
+  support::makeReadOnly(path("sub/read-only"));
+  const platform::FileHandle inUse = support::openFile(path("sub/in-use"), GENERIC_READ);
+  const platform::FileHandle lent = support::openFile(path("sub/lent"), GENERIC_READ, 7);
+  Reasons expected{{"old.tmp", Reason::None},
+                   {"sub\\old", Reason::None},
+                   {"sub\\read-only", Reason::NoPermission},
+                   {"sub\\in-use", Reason::InUse},
+                   {"sub\\lent", Reason::None}};
+  if (isLong) {
+    expected["sub\\" + deep.substr(4, 120) + '\\' + deep.substr(125)] = Reason::PathTooLong;
+  }
+  EXPECT_EQ(reasonsOf(findOldFiles(folder_.name().c_str(), 7)), expected);
+  EXPECT_TRUE(support::exists(path("old.tmp")));
+  EXPECT_EQ(reasonsOf(deleteOldFiles(folder_.name().c_str(), 7)), expected);
+  EXPECT_FALSE(support::exists(path("old.tmp")));
+  EXPECT_FALSE(support::exists(path("sub/old")));
+  EXPECT_TRUE(support::exists(path("old.txt")));
+  EXPECT_EQ(findOldFiles(path("none").c_str(), 7).reason, Reason::Missing);
+  EXPECT_EQ(findOldFiles(path("old.txt").c_str(), 7).reason, Reason::NotAFolder);
+}
+
+TEST_F(HostTrees, FindingKeepsEmptyFolders) {
+  std::filesystem::create_directory(path("empty"));
+  EXPECT_TRUE(findOldFiles(folder_.name().c_str(), 7));
+  EXPECT_TRUE(support::exists(path("empty")));
+}
+
+TEST_F(HostTrees, DeletionSaysWhatStays) {
+  write("tree/a", "a");
+  write("tree/sub/b", "b");
+  write("tree/sub/read-only", "r");
+  write("tree/in-use", "u");
+  write("tree/other/c", "c");
+  support::makeReadOnly(path("tree/sub/read-only"));
+  {
+    const platform::FileHandle inUse = support::openFile(path("tree/in-use"), GENERIC_READ, 3);
+    const Report report = deleteTree(path("tree").c_str());
+    EXPECT_EQ(report.reason, Reason::None);
+    EXPECT_EQ(reasonsOf(report), (Reasons{{"a", Reason::None},
+                                          {"sub\\b", Reason::None},
+                                          {"sub\\read-only", Reason::NoPermission},
+                                          {"in-use", Reason::InUse},
+                                          {"other\\c", Reason::None}}));
+  }
+  EXPECT_FALSE(support::exists(path("tree/other")));
+  EXPECT_TRUE(support::exists(path("tree/sub/read-only")));
+  EXPECT_EQ(deleteTree(path("none").c_str()).reason, Reason::Missing);
+  EXPECT_EQ(deleteTree(path("tree/in-use").c_str()).reason, Reason::NotAFolder);
+  EXPECT_TRUE(support::exists(path("tree/in-use")));
+}
+
+// The ways in which a callback ends a call.
+enum class End { ByFalse, ByException };
+struct Stop {};
+
+class Cancelled : public HostTrees, public testing::WithParamInterface<End> {
+ protected:
+  // Runs a call that ends at a callback, after `prepare()`; for each callback in turn. `check`
+  // receives the report, which has no items after an exception.
+  void atEachCallback(const std::function<void()>& prepare,
+                      const std::function<Report(const Options&)>& call,
+                      const std::function<void(const Report&)>& check) const {
+    for (int last = 1;; ++last) {
+      SCOPED_TRACE(last);
+      prepare();
+      int count = 0;
+      const Options options = Options().setProgress([&](const Progress&) {
+        if (++count < last) return true;
+        if (GetParam() == End::ByException) throw Stop();
+        return false;
+      });
+      Report report;
+      bool isThrown = false;
+      try {
+        report = call(options);
+      } catch (const Stop&) {
+        isThrown = true;
+      }
+      if (count < last) return;
+      EXPECT_EQ(count, last);
+      EXPECT_EQ(isThrown, GetParam() == End::ByException);
+      EXPECT_EQ(report.reason, isThrown ? Reason::None : Reason::Cancelled);
+      check(report);
+    }
+  }
+};
+
+TEST_P(Cancelled, CopyLeavesEachFileOldOrNew) {
+  const std::string large(3 << 20, 'n');
+  const std::set<std::string> all{"empty", "large", "new", "old", "sub", "sub\\a", "sub\\b"};
+  const auto contentOf = [&](const std::string& name) {
+    return name == "large" || name == "sub\\b" ? large : name == "empty" ? "" : "n";
+  };
+  const std::set<std::string> existing{"large", "old", "sub\\a"};
+  for (const char* name : {"empty", "large", "new", "old", "sub/a", "sub/b"}) {
+    std::string stored = name;
+    if (stored.starts_with("sub/")) stored[3] = '\\';
+    write(std::string("in/") + name, contentOf(stored));
+  }
+  const auto prepare = [&] {
+    std::filesystem::remove_all(support::pathOf(path("out")));
+    for (const char* name : {"large", "old", "sub/a"}) write(std::string("out/") + name, "o");
+  };
+  const auto check = [&](const Report& report) {
+    const Reasons reasons = reasonsOf(report);
+    const std::filesystem::path out = support::pathOf(path("out"));
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(out)) {
+      std::string name = support::textOf(entry.path().lexically_relative(out));
+      if (name.starts_with("sub/")) name[3] = '\\';
+      EXPECT_EQ(all.count(name), 1U) << name;
+      if (entry.is_directory()) continue;
+      const std::string content = support::readFile(support::textOf(entry.path()));
+      const bool isNew = content == contentOf(name);
+      EXPECT_TRUE(isNew || (content == "o" && existing.count(name) != 0)) << name;
+      if (GetParam() == End::ByException) continue;
+      const auto item = reasons.find(name);
+      EXPECT_EQ(item != reasons.end() && item->second == Reason::None, isNew) << name;
+    }
+    for (const auto& [name, reason] : reasons) {
+      if (reason == Reason::None) {
+        std::string stored = name;
+        for (char& c : stored) c = c == '\\' ? '/' : c;
+        EXPECT_TRUE(support::exists(path("out/" + stored))) << name;
+      }
+    }
+  };
+  atEachCallback(
+      prepare, [&](const Options& options) { return copy(options); }, check);
+  EXPECT_EQ(support::readFile(path("out/sub/b")), large);
+}
+
+TEST_P(Cancelled, DeletionsReportWhatIsDeleted) {
+  const char* const names[] = {"a.tmp", "b.tmp", "sub/c", "sub/deep/d"};
+  const auto prepare = [&] {
+    for (const char* name : names) write(std::string("in/") + name, "x", 8);
+  };
+  const auto check = [&](const Report& report) {
+    const Reasons reasons = reasonsOf(report);
+    for (std::string name : names) {
+      const bool isThere = support::exists(path("in/" + name));
+      for (char& c : name) c = c == '/' ? '\\' : c;
+      if (GetParam() == End::ByFalse) {
+        EXPECT_EQ(reasons.count(name), isThere ? 0U : 1U) << name;
+      }
+    }
+    for (const auto& [name, reason] : reasons) EXPECT_EQ(reason, Reason::None) << name;
+    EXPECT_TRUE(support::exists(path("in")));
+  };
+  const std::string in = path("in");
+  atEachCallback(
+      prepare, [&](const Options& options) { return deleteTree(in.c_str(), options); }, check);
+  EXPECT_FALSE(support::exists(in));
+  atEachCallback(
+      prepare, [&](const Options& options) { return deleteOldFiles(in.c_str(), 7, options); },
+      check);
+  EXPECT_FALSE(support::exists(in));
+  const auto checkFound = [&](const Report&) {
+    for (const std::string name : names) EXPECT_TRUE(support::exists(path("in/" + name))) << name;
+  };
+  atEachCallback(
+      prepare, [&](const Options& options) { return findOldFiles(in.c_str(), 7, options); },
+      checkFound);
+}
+
+INSTANTIATE_TEST_SUITE_P(HostTrees, Cancelled, testing::Values(End::ByFalse, End::ByException));
+
+}  // namespace

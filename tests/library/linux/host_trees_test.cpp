@@ -1,0 +1,182 @@
+// Trees that a host copies and deletes, with links, permissions and limits.
+
+#include <dlfcn.h>
+#include <filesystem/trees.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <map>
+#include <string>
+
+#include "platform/win32.h"
+#include "support/linux/forked_process.h"
+#include "support/open_file.h"
+#include "support/programs.h"
+#include "support/temporary_folder.h"
+
+namespace {
+
+using namespace FileSystem;
+
+using Reasons = std::map<std::string, Reason>;
+
+Reasons reasonsOf(const Report& report) {
+  Reasons reasons;
+  for (const ItemResult& item : report.items) reasons[item.name] = item.reason;
+  return reasons;
+}
+
+class HostTreesOnLinux : public testing::Test {
+ protected:
+  std::string path(const std::string& name) const { return folder_.file(name); }
+  void write(const std::string& name, const std::string& content) const {
+    support::writeFile(path(name), content);
+  }
+  Report copy(const Options& options = Options()) const {
+    return copyTree(path("in").c_str(), path("out").c_str(), options);
+  }
+  int shell(const std::string& command) const { return support::run(folder_.path(), command); }
+
+  support::TemporaryFolder folder_;
+};
+
+TEST_F(HostTreesOnLinux, CopySaysWhatIsNoFile) {
+  if (!support::fileSystem().links || !support::fileSystem().fifos) GTEST_SKIP() << "no links here";
+  write("in/sub/file", "x");
+  write("in/target", "x");
+  ASSERT_EQ(shell("mkfifo in/fifo && ln -s none in/dangling && ln -s sub in/link &&"
+                  " ln -s .. in/sub/cycle && mkdir out && mkfifo out/target"),
+            0);
+  EXPECT_EQ(reasonsOf(copy()), (Reasons{{"fifo", Reason::NotAFile},
+                                        {"dangling", Reason::NotAFile},
+                                        {"target", Reason::NotAFile},
+                                        {"link\\file", Reason::None},
+                                        {"sub\\file", Reason::None}}));
+}
+
+TEST_F(HostTreesOnLinux, SaysWhatHasNoName) {
+  if (!support::fileSystem().anyName) GTEST_SKIP() << "no such names here";
+  write("in/a\uF05C", "x");
+  write("in/b\uF05C/below", "x");
+  write("in/4\\5", "x");
+  EXPECT_EQ(reasonsOf(copy()), (Reasons{{"a\uF05C", Reason::None},
+                                        {"b\uF05C", Reason::Failed},
+                                        {"4\uF05C5", Reason::None}}));
+  EXPECT_TRUE(deleteTree(path("in").c_str()));
+  EXPECT_FALSE(support::exists(path("in")));
+}
+
+// Runs as a user who may not do everything.
+TEST_F(HostTreesOnLinux, SaysWhatIsNotPermitted) {
+  if (!support::fileSystem().modes) GTEST_SKIP() << "no modes here";
+  if (geteuid() != 0) GTEST_SKIP() << "needs another user's files";
+  write("in/unreadable", "x");
+  write("in/private/file", "x");
+  write("locked/file", "x");
+  ASSERT_EQ(shell("chmod 0 in/unreadable in/private && mkdir -m 777 out && chmod 755 . &&"
+                  " chmod 777 in && chmod 755 locked && touch -d '9 days ago' locked/file"),
+            0);
+  constexpr uid_t kUser = 1001;
+  support::ForkedProcess user([&](const auto&) {
+    if (setgid(kUser) != 0 || setuid(kUser) != 0) return 1;
+    const Reasons expected{{"unreadable", Reason::NoPermission}, {"private", Reason::NoPermission}};
+    if (reasonsOf(copy()) != expected) return 2;
+    if (copyTree(path("in").c_str(), path("locked").c_str()).reason != Reason::NoPermission) {
+      return 3;
+    }
+    const Reasons kept{{"file", Reason::NoPermission}};
+    if (reasonsOf(deleteTree(path("locked").c_str())) != kept) return 4;
+    if (copyTree(path("in/private").c_str(), path("out").c_str()).reason != Reason::NoPermission) {
+      return 5;
+    }
+    const Reasons old{{"locked\\file", Reason::NoPermission},
+                      {"in\\private", Reason::NoPermission}};
+    if (reasonsOf(findOldFiles(folder_.name().c_str(), 7)) != old) return 6;
+    return 0;
+  });
+  EXPECT_EQ(user.wait(), 0);
+}
+
+TEST_F(HostTreesOnLinux, CopySaysThatTheDiskIsFull) {
+  write("in/large", std::string(100000, 'l'));
+  write("in/small", "s");
+  write("out/large", "old");
+  support::ForkedProcess process([&](const auto&) {
+    const rlimit limit{.rlim_cur = 50000, .rlim_max = 50000};
+    std::signal(SIGXFSZ, SIG_IGN);
+    if (setrlimit(RLIMIT_FSIZE, &limit) != 0) return 1;
+    const Reasons expected{{"large", Reason::DiskFull}, {"small", Reason::None}};
+    return reasonsOf(copy()) == expected ? 0 : 2;
+  });
+  EXPECT_EQ(process.wait(), 0);
+  EXPECT_EQ(support::readFile(path("out/large")), "old");
+  EXPECT_EQ(shell("test $(ls -A out | wc -l) = 2"), 0);
+}
+
+TEST_F(HostTreesOnLinux, CopySaysThatAPathIsTooLong) {
+  std::string deep;
+  while (path("in/" + deep).size() < 3900) deep += std::string(100, 'd') + '/';
+  write("in/" + deep + "file", "x");
+  const Report report = copyTree(path("in").c_str(), path(std::string(200, 't')).c_str());
+  for (char& c : deep) c = c == '/' ? '\\' : c;
+  EXPECT_EQ(reasonsOf(report)[deep + "file"], Reason::PathTooLong);
+}
+
+// A file that others hold and share is overwritten to its end.
+TEST_F(HostTreesOnLinux, CancelledCopyCompletesAFileInPlace) {
+  const std::string large(3 << 20, 'n');
+  write("in/held", large);
+  write("out/held", "old");
+  const platform::FileHandle held = support::openFile(path("out/held"), GENERIC_READ, 7);
+  bool isCancelled = false;
+  const Report report = copy(Options().setProgress([&](const Progress& progress) {
+    isCancelled = isCancelled || progress.bytesDone > 0;
+    return !isCancelled;
+  }));
+  EXPECT_EQ(report.reason, Reason::Cancelled);
+  EXPECT_EQ(reasonsOf(report), (Reasons{{"held", Reason::None}}));
+  EXPECT_TRUE(support::readFile(path("out/held")) == large);
+}
+
+TEST_F(HostTreesOnLinux, ProgressCountsHoles) {
+  if (!support::fileSystem().largeFiles) GTEST_SKIP() << "no holes here";
+  ASSERT_EQ(shell("mkdir in && truncate -s 50M in/sparse && printf x >>in/sparse &&"
+                  " truncate -s 80M in/sparse"),
+            0);
+  std::uint64_t done = 0;
+  EXPECT_TRUE(copy(Options().setProgress([&](const Progress& progress) {
+    done = progress.bytesDone;
+    return true;
+  })));
+  EXPECT_EQ(done, std::uint64_t{80} << 20);
+  EXPECT_EQ(shell("cmp in/sparse out/sparse"), 0);
+}
+
+TEST_F(HostTreesOnLinux, DeletionStaysInItsTree) {
+  if (!support::fileSystem().links) GTEST_SKIP() << "no links here";
+  write("elsewhere/kept", "x");
+  ASSERT_EQ(shell("mkdir tree && ln -s ../elsewhere tree/link && ln -s elsewhere top"), 0);
+  EXPECT_EQ(reasonsOf(deleteTree(path("tree").c_str())), (Reasons{{"link", Reason::None}}));
+  EXPECT_TRUE(deleteTree(path("top\\").c_str()));
+  EXPECT_EQ(shell("test ! -e tree && test ! -L top && test -e elsewhere/kept"), 0);
+}
+
+TEST_F(HostTreesOnLinux, DeletionRefusesTheRootOfADrive) {
+  // The library's own function, not that of the platform layer that is linked to the test.
+  const auto define =
+      reinterpret_cast<decltype(&DefineDosDeviceA)>(dlsym(RTLD_NEXT, "DefineDosDeviceA"));
+  ASSERT_NE(define, nullptr);
+  write("mapped/sub/file", "x");
+  ASSERT_TRUE(define(0, "T:", path("mapped").c_str()));
+  for (const char* root : {"T:", "T:\\", "T:\\sub\\..", "t:/"}) {
+    EXPECT_EQ(deleteTree(root).reason, Reason::NoPermission) << root;
+  }
+  EXPECT_TRUE(support::exists(path("mapped/sub/file")));
+  EXPECT_TRUE(deleteTree("T:\\sub"));
+  EXPECT_TRUE(define(DDD_REMOVE_DEFINITION, "T:", nullptr));
+}
+
+}  // namespace
