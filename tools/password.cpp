@@ -4,16 +4,30 @@
 #include <filesystem/stream.h>
 
 #include <algorithm>
+#include <optional>
 
 #include "terminal.h"
 #include "text.h"
 
 namespace {
 
+// The library takes a password up to its first zero byte. The rest of it would be lost, and all of
+// it if that is the first byte: the entries would not be encrypted. A file in UTF-16 has zero bytes.
+std::string withoutZeroBytes(const std::string& password, const std::string& origin) {
+  if (password.find('\0') == std::string::npos) return password;
+  throw Failure("the password " + origin + " has a zero byte, which no password can have");
+}
+
+std::optional<std::string> ask(const std::string& prompt) {
+  const auto password = askHidden(prompt);
+  if (password) withoutZeroBytes(*password, "that was typed");
+  return password;
+}
+
 std::string askTwice() {
-  const auto password = askHidden("new password: ");
+  const auto password = ask("new password: ");
   if (!password || password->empty()) throw Failure("no password was given");
-  if (askHidden("the same again: ") != password) throw Failure("the two passwords differ");
+  if (ask("the same again: ") != password) throw Failure("the two passwords differ");
   return *password;
 }
 
@@ -34,7 +48,7 @@ std::string givenPassword(const PasswordSource& source, const Output& output) {
   if (line.empty()) {
     throw Failure("the first line of the password file " + inQuotes(source.file) + " is empty");
   }
-  return line;
+  return withoutZeroBytes(line, "in the first line of " + inQuotes(source.file));
 }
 
 std::string passwordFor(const std::vector<FileSystem::Entry>& entries, const PasswordSource& source,
@@ -46,7 +60,7 @@ std::string passwordFor(const std::vector<FileSystem::Entry>& entries, const Pas
                entry.encryption == FileSystem::Encryption::Aes256;
       });
   if (!password.empty() || encrypted == entries.end()) return password;
-  return askHidden("password for " + inQuotes(encrypted->name) + ": ").value_or("");
+  return ask("password for " + inQuotes(encrypted->name) + ": ").value_or("");
 }
 
 NewPassword newPassword(const EncryptionRequest& request, const Output& output) {

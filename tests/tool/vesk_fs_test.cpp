@@ -33,6 +33,7 @@ TEST_F(VeskFs, ChangesEntries) {
   write("in/two", "2");
   write("in/deep/three.txt", "3");
   write("pass", "secret\nmore\n");
+  write("crlf", "secret\r\nmore\r\n");
   check({
       {"add a.zip one --password-file pass", 0, ""},
       {"add a.zip in one --name x", 2, "", "--name is for a single file"},
@@ -52,6 +53,7 @@ TEST_F(VeskFs, ChangesEntries) {
       {"extract a.zip one y </dev/null", 1, "", "needs a password"},
       {"add a.zip one --encrypt aes128", 2, "", "--encrypt"},
       {"test a.zip --password-file pass", 0, "tested 6 entries of a.zip: no errors\n"},
+      {"test a.zip --password-file crlf", 0, "tested 6 entries of a.zip: no errors\n"},
       {"test a.zip", 1, "tested 6 entries of a.zip: 1 error\n", "'one': it is encrypted"},
       {"remove a.zip '*'", 1, "", "the only entry"},
       {"remove a.zip 'in/*' named/it -v", 0,
@@ -66,6 +68,21 @@ TEST_F(VeskFs, ChangesEntries) {
   EXPECT_FALSE(support::exists(folder_.file("y")));
   EXPECT_NE(run("extract a.zip one y --password secret").find("other users can see"),
             std::string::npos);
+}
+
+// The rest of such a password would be lost; without a byte before, the file would not be encrypted.
+TEST_F(VeskFs, RefusesPasswordsWithAZeroByte) {
+  using std::string_literals::operator""s;
+  write("file", "x");
+  write("first", "\0secret\n"s);
+  write("utf-16", "\xFF\xFEs\0e\0\n\0"s);
+  write("second-line", "secret\n\0"s);
+  check({{"add a.zip file --password-file first", 1, "", "in the first line of 'first' has a zero"},
+         {"add a.zip file --password-file utf-16 --encrypt traditional", 1, "", "'utf-16'"},
+         {"list a.zip", 1, "", "'a.zip'"},
+         {"add a.zip file --password-file second-line", 0, ""},
+         {"extract a.zip file - --password-file utf-16", 1, "", "'utf-16'"}});
+  EXPECT_EQ(shell("unzip -P secret -tqq a.zip"), 0);
 }
 
 TEST_F(VeskFs, DescribesEntries) {
