@@ -1,10 +1,10 @@
-// What `add` replaces, and what it refuses.
+// What `add` and `remove` change, and what they refuse.
 
 #include "tool/vesk_fs.h"
 
 namespace {
 
-TEST_F(VeskFs, AddReplacesNoOtherEntry) {
+TEST_F(VeskFs, ChangesNoOtherEntry) {
   python(R"(
 z = zipfile.ZipFile("a.zip", "w")
 z.writestr("Makefile", "1")
@@ -25,6 +25,9 @@ z.close())");
       {"add one.zip in/makefile", 0, ""},
       {"list one.zip", 0, "Makefile\nmakefile\n"},
       {"extract a.zip makefile -", 0, "2"},
+      {"remove a.zip makefile MAKEFILE", 1, "", "cannot remove 'makefile' without 'Makefile'"},
+      {"remove a.zip Makefile MAKEFILE", 1, "", "cannot remove 'Makefile' without 'makefile'"},
+      {"list a.zip", 0, "Makefile\nmakefile\nMAKEFILE\n"},
   });
 }
 

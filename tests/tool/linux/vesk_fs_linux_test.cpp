@@ -107,16 +107,25 @@ z.close())");
   EXPECT_EQ(shell("test -d out/good/sub && test -z \"$(ls outside)\""), 0);
 }
 
-TEST_F(VeskFs, ListsNamesWithoutControlCharacters) {
+// The first and the last of each range, and the characters next to it.
+TEST_F(VeskFs, ShowsNamesWithoutControlCharacters) {
   python(R"(
 z = zipfile.ZipFile("a.zip", "w")
-z.writestr("a\x1b[31m\nb\x7f\u009b\u202e\u00e9", "")
-z.close())");
-  check({{"list a.zip", 0, "a?[31m?b???\u00e9\n"},
-         {"list a.zip 'a?[31m?b???\u00e9' --json >json", 0, ""}});
+z.writestr("a\x1b[31m\nb\x01\x1f \x7e\x7f\x80\x9b\x9f\xa1", "")
+z.writestr("c\u2027\u2028\u2029\u202a\u202e\u202f", "")
+z.writestr("d\u2065\u2066\u2069\u206a\u00e9", ""))");
+  check({{"list a.zip", 0, "a?[31m?b?? ~????\u00a1\nc\u2027????\u202f\nd\u2065??\u206a\u00e9\n"},
+         {"test a.zip 'x\x1f\u009by'", 2, "", "'x??y'"},
+         {"list 'x\x1f\u009b\x9by'", 1, "", "'x???y'"},
+         {"list a.zip 'a?*' --json >json", 0, ""}});
   python(R"(
 import json
-assert json.load(open("json"))[0]["name"] == "a\x1b[31m\nb\x7f\u009b\u202e\u00e9")");
+assert json.load(open("json"))[0]["name"] == "a\x1b[31m\nb\x01\x1f \x7e\x7f\x80\x9b\x9f\xa1")");
+  write("in/x\x1f\u009by", "");
+  EXPECT_EQ(support::outputOf(folder_.path(),
+                              VESK_TEST_DATA "/../tool/type-password " VESK_FS " tree in"),
+            "in/x??y\n");
+  check({{"tree in", 0, "in/x\x1f\u009by\n"}});
 }
 
 // Types a password when it is asked for.
