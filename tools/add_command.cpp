@@ -3,15 +3,20 @@
 #include <filesystem/files.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdio>
+#include <fstream>
 #include <optional>
+#include <string>
 #include <utility>
+#include <vector>
 
 #include "addition.h"
 #include "archive.h"
 #include "commands.h"
 #include "file_tree.h"
 #include "password.h"
+#include "paths.h"
 #include "progress.h"
 #include "temporary_directory.h"
 #include "terminal.h"
@@ -20,10 +25,10 @@
 namespace {
 
 constexpr const char* kStandardInput = "-";
+constexpr std::uint64_t kTooManyBytes = 0xFFFFFFFF;
 
 // Copies standard input to the file. The library inserts a file of any size in little memory.
 void spoolStandardInput(const std::string& path) {
-  constexpr std::uint64_t kTooManyBytes = 0xFFFFFFFF;
   passBytes(stdin);
   const FilePointer file = createPrivateFile(path);
   std::vector<char> block(1 << 20);
@@ -54,8 +59,32 @@ bool checkNames(const AddRequest& request) {
   if (hasInput && (request.name.empty() || !isSingle)) {
     throw UsageError("standard input (-) is added alone and needs --name");
   }
-  if (!request.name.empty() && !isSingle) throw UsageError("--name is for a single file");
+  if (request.name.empty()) return hasInput;
+  if (!isSingle) throw UsageError("--name is for a single file");
+  if (isSeparator(request.name.back())) {
+    throw UsageError("--name " + inQuotes(request.name) + " would be a directory");
+  }
   return hasInput;
+}
+
+bool canReadToEnd(const std::string& path) {
+  std::ifstream file(systemPath(path), std::ios::binary);
+  std::vector<char> block(1 << 20);
+  while (file.read(block.data(), static_cast<std::streamsize>(block.size()))) continue;
+  return file.eof();
+}
+
+// Returns why the file itself cannot be added; nothing if another reason is left.
+std::optional<std::string> failureOf(const Source& source) {
+  if (FileSystem::TestOpen(source.path.c_str(), FileSystem::kAccessRead) == 0) {
+    return readFailure(source.path);
+  }
+  if (source.name.size() > kLongestEntryName) {
+    return "the name of its entry has more than " + std::to_string(kLongestEntryName) + " bytes";
+  }
+  if (fileSize(source.path) >= kTooManyBytes) return "it has 4 GiB or more, which is not supported";
+  if (!canReadToEnd(source.path)) return "it cannot be read to its end";
+  return std::nullopt;
 }
 
 // Adds files in batches, with a commit for each.
@@ -103,15 +132,12 @@ class Addition {
   // Ends the command unless the failure is that of the file alone.
   void reportFailure(const Source& source) {
     const std::string message = "cannot add " + inQuotes(source.path) + ": ";
-    if (FileSystem::TestOpen(source.path.c_str(), FileSystem::kAccessRead) == 0) {
-      output_.fail(message + readFailure(source.path));
-    } else if (source.name.size() > kLongestEntryName) {
-      output_.fail(message + "the name of its entry has more than " +
-                   std::to_string(kLongestEntryName) + " bytes");
-    } else {
+    const std::optional<std::string> failure = failureOf(source);
+    if (!failure) {
       throw Failure(message + inQuotes(archive_.path()) +
-                    " cannot be written, or the file cannot be read to its end");
+                    " cannot be written, or an entry that is kept is damaged");
     }
+    output_.fail(message + *failure);
   }
 
   Archive& archive_;
@@ -134,7 +160,10 @@ void add(const AddRequest& request, Output& output) {
   } else {
     sources = sourcesOf(request, output);
   }
-  if (sources.empty()) throw Failure("there is no file to add");
+  if (sources.empty()) {
+    if (output.failures() != 0) return;
+    throw Failure("there is no file to add");
+  }
   Archive archive = openOrCreate(request.zip);
   // Replacing an entry copies the whole archive, so all files are one batch then.
   const bool isOneBatch = replacesEntry(sources, archive.names());

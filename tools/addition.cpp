@@ -60,11 +60,13 @@ std::vector<Source> sourcesOf(const AddRequest& request, Output& output) {
   for (const std::string& file : request.files) {
     if (FileSystem::FolderExists(file.c_str()) != 0) {
       appendDirectory(file, output, sources);
+    } else if (isSameFile(file, request.zip)) {
+      output.warn("left out " + inQuotes(file) + ": it is the archive itself");
     } else if (FileSystem::TestOpen(file.c_str(), FileSystem::kAccessRead) != 0) {
       sources.push_back({file, FileSystem::extractFilename(file)});
     } else {
-      throw Failure("cannot read " + inQuotes(file) +
-                    ": it does not exist, is not permitted, or another program uses it");
+      output.fail("cannot read " + inQuotes(file) +
+                  ": it does not exist, is not permitted, or another program uses it");
     }
   }
   std::erase_if(sources,

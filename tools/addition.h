@@ -13,7 +13,8 @@ struct Source {
 };
 
 // The files of the request, those of directories below the directory's own name. A file that is
-// given twice occurs once. Throws Failure if one cannot be read, or if two have the same name.
+// given twice occurs once, and the archive itself is left out. Reports each that cannot be read.
+// Throws Failure if two have the same name.
 std::vector<Source> sourcesOf(const AddRequest& request, Output& output);
 
 // Reports whether a source replaces an entry, of which another program may have written the name

@@ -70,6 +70,57 @@ TEST_F(VeskFs, PackedTreesUnpackEverywhere) {
   }
 }
 
+TEST_F(VeskFs, AddNamesFilesByTheirDirectory) {
+  write("in/a", "a");
+  write("in/deep/b", "b");
+  write("in/..c/d", "d");
+  ASSERT_EQ(
+      shell("cd in/deep && " VESK_FS " add ../../up.zip .. && " VESK_FS " add ../../dot.zip ."), 0);
+  check({{"list up.zip", 0, "..c\\d\na\ndeep\\b\n"},
+         {"list dot.zip", 0, "b\n"},
+         {"add a.zip in/deep/../deep/ -v", 0, "added deep\\b\n"},
+         {"add a.zip in/..c -v", 0, "added ..c\\d\n"},
+         {"add a.zip in/a --name sub/", 2, "", "--name 'sub/' would be a directory"}});
+}
+
+// In the directory that is packed or added, too.
+TEST_F(VeskFs, TheArchiveIsNotAddedToItself) {
+  write("in/a", "a");
+  check({{"pack in in/a.zip", 0, "packed 1 file into in/a.zip\n"},
+         {"pack in in/a.zip", 0, "packed 1 file into in/a.zip\n"},
+         {"add in/a.zip in -v", 0, "added in\\a\n"},
+         {"add in/b.zip in/a.zip", 0, ""},
+         {"add in/b.zip in -v", 0, "added in\\a\nadded in\\a.zip\n"},
+         {"add in/b.zip in/b.zip in/a -v", 0, "added a\n",
+          "left out 'in/b.zip': it is the archive itself"},
+         {"list in/a.zip", 0, "a\nin\\a\n"},
+         {"list in/b.zip", 0, "a.zip\nin\\a\nin\\a.zip\na\n"},
+         {"unpack in/a.zip in", 0, "unpacked 2 files into in\n"}});
+}
+
+TEST_F(VeskFs, KeepsTheLastOfEqualNames) {
+  python(R"(
+import warnings
+warnings.simplefilter("ignore")
+z = zipfile.ZipFile("a.zip", "w")
+for name, text in ("a", "1"), ("b", "b"), ("a", "2"), ("c", "c"):
+    z.writestr(name, text)
+z.close())");
+  ASSERT_EQ(shell("cp a.zip added.zip"), 0);
+  write("a", "new");
+  check({{"list a.zip", 0, "a\nb\na\nc\n"},
+         {"test a.zip", 0, "tested 4 entries of a.zip: no errors\n"},
+         {"extract a.zip a -", 0, "2"},
+         {"extract a.zip 'a*' -", 0, "2"},
+         {"unpack a.zip out", 1, "unpacked 3 files into out\n", "the entry 'a' occurs again"},
+         {"add added.zip a", 0, ""},
+         {"list added.zip", 0, "b\nc\na\n"},
+         {"extract added.zip a -", 0, "new"},
+         {"remove a.zip a -v", 0, "removed a\nremoved a\n"},
+         {"list a.zip", 0, "b\nc\n"}});
+  EXPECT_EQ(read("out/a"), "2");
+}
+
 // Two entries for one file, as names in other letter case are in some directories.
 TEST_F(VeskFs, UnpackWritesNoFileTwice) {
   python(R"(

@@ -41,7 +41,6 @@ TEST_F(VeskFs, ChangesEntries) {
       {"add a.zip one --name named/it", 0, ""},
       {"printf 12 | add a.zip - --name input", 0, ""},
       {"printf 12 | add a.zip -", 2, "", "--name"},
-      {"add a.zip one missing", 1, "", "'missing'"},
       {"list a.zip", 0, "one\ntwo\nin\\deep\\three.txt\nin\\two\nnamed/it\ninput\n"},
       {"list a.zip 'in/*.t?t' 'named*'", 0, "in\\deep\\three.txt\nnamed/it\n"},
       {"list a.zip x", 1, "", "'x'"},

@@ -89,6 +89,33 @@ TEST_F(VeskFs, FindsFilesAsTheLibraryDoes) {
   EXPECT_EQ(shell("diff -r in out && test ! -e elsewhere/out"), 0);
 }
 
+TEST_F(VeskFs, AddsTheOthersAfterAFileThatFails) {
+  if (!support::fileSystem().largeFiles) GTEST_SKIP() << "no large files here";
+  write("in/a", "x");
+  write("in/c", "x");
+  ASSERT_EQ(shell("truncate -s 4294967295 in/b"), 0);
+  check({{"add a.zip in/a /proc/self/mem in/c -v", 1, "added a\nadded c\n",
+          "cannot add '/proc/self/mem': it cannot be read to its end"},
+         {"add b.zip in -v", 1, "added in\\a\nadded in\\c\n",
+          "cannot add 'in\\b': it has 4 GiB or more"}});
+}
+
+TEST_F(VeskFs, NamesInOtherLetterCaseAreOtherFiles) {
+  if (!support::fileSystem().exactCase) GTEST_SKIP() << "one file here";
+  for (const char* name : {"in/a", "in/A", "in/b/x", "in/B/x", "in/B/X"}) write(name, name);
+  check({{"pack in a.zip", 0, "packed 5 files into a.zip\n"},
+         {"unpack a.zip out", 0, "unpacked 5 files into out\n"},
+         {"add b.zip in", 0, ""},
+         {"add b.zip in", 0, ""},
+         {"unpack b.zip added", 0, "unpacked 5 files into added\n"},
+         {"extract a.zip A -", 0, "in/A"},
+         {"remove a.zip B/x", 1, "", "cannot remove 'B\\x' without"},
+         {"remove a.zip 'B*'", 1, "", "without 'b\\x', whose name differs in letter case only"},
+         {"remove a.zip '?/?' -q", 0, ""},
+         {"add b.zip in/b/x --name in/B/x", 1, "", "cannot replace 'in\\B\\x' without 'in\\"}});
+  EXPECT_EQ(shell("diff -r in out && diff -r in added/in"), 0);
+}
+
 TEST_F(VeskFs, UnpackDoesNotGoThroughLinks) {
   if (!support::fileSystem().links) GTEST_SKIP() << "no links here";
   python(R"(
