@@ -28,7 +28,7 @@ std::size_t entriesOf(std::size_t full, int eighths) {
 
 // Copies an archive, for a call that changes it.
 std::string copyOf(const std::string& archive, const Workspace& workspace) {
-  const std::string copy = workspace.fresh("changed.zip");
+  std::string copy = workspace.fresh("changed.zip");
   fs::copy_file(archive, copy);
   return copy;
 }

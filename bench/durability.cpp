@@ -97,7 +97,7 @@ Operation changes(const Workspace& workspace, const char* name, const char* stat
 Operation copyOver(const Workspace& workspace) {
   // A copy of the tree, all of it on the disk.
   const auto existing = [&workspace](int eighths) {
-    const std::string target = workspace.emptyFolder("over");
+    std::string target = workspace.emptyFolder("over");
     fs::copy(workspace.tree(eighths), target, fs::copy_options::recursive);
     ::sync();
     return target;

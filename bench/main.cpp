@@ -72,7 +72,7 @@ class Bench {
   std::vector<Result> results_;
 };
 
-int main(int argc, char** argv) {
+int compare(int argc, char** argv) {
   if (argc < 3) {
     std::fputs("usage: bench OUTPUT MEDIUM=DIRECTORY...\n", stderr);
     return 2;
@@ -98,7 +98,7 @@ int main(int argc, char** argv) {
 }  // namespace bench
 
 int main(int argc, char** argv) try {
-  return bench::main(argc, argv);
+  return bench::compare(argc, argv);
 } catch (const std::exception& error) {
   std::fprintf(stderr, "bench: %s\n", error.what());
   return 1;

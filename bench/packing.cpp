@@ -24,7 +24,7 @@ using FolderOf = const std::string& (Workspace::*)(int) const;
 Operation packing(const Workspace& workspace, const std::string& what, FolderOf folderOf) {
   const std::string folder = (workspace.*folderOf)(8);
   const auto target = [&workspace] { return workspace.fresh("packed.zip"); };
-  const auto program = [=](std::vector<std::string> command, bool inFolder) {
+  const auto program = [=](const std::vector<std::string>& command, bool inFolder) {
     return [=] {
       const std::string zip = target();
       std::vector<std::string> whole = command;
@@ -61,7 +61,7 @@ Operation unpacking(const Workspace& workspace, const std::string& what, FolderO
                     const std::string& prefix) {
   const auto archive = [=, &workspace](int eighths) {
     const std::string& folder = (workspace.*folderOf)(eighths);
-    const std::string path = folder + '.' + prefix + ".zip";
+    std::string path = folder + '.' + prefix + ".zip";
     if (!fs::exists(path)) runProgram({"zip", "-q", "-r", "-D", path, "."}, folder);
     return path;
   };

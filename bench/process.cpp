@@ -4,13 +4,12 @@
 #include <spawn.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <cstdio>
 #include <cstring>
 #include <memory>
 #include <stdexcept>
-
-extern char** environ;
 
 bench::Cost bench::runProgram(const std::vector<std::string>& command, const std::string& folder) {
   std::vector<char*> arguments;

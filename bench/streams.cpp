@@ -80,7 +80,7 @@ Operation writing(const Workspace& workspace) {
 // Returns the path of a file of a number of eighths of a gigabyte, which is created once.
 std::string contentFile(const Workspace& workspace, int eighths) {
   const std::size_t size = workspace.scaled(kGigabyte) / 8 * static_cast<std::size_t>(eighths);
-  const std::string path = workspace.path("content" + std::to_string(eighths));
+  std::string path = workspace.path("content" + std::to_string(eighths));
   if (std::filesystem::exists(path)) return path;
   std::ofstream file(path, std::ios::binary);
   const std::string block(1 << 20, 'c');

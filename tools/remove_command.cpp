@@ -37,6 +37,7 @@ void remove(const std::string& zip, const std::vector<std::string>& patterns, Ou
                   " that would be left; delete the archive instead");
   }
   std::vector<std::string> removed;
+  removed.reserve(selected.size());
   for (const std::size_t i : selected) removed.push_back(names[i]);
   const Progress progress(output, "removing from " + zip);
   if (archive.zip().removeEntries(removed) == 0) {

@@ -14,6 +14,7 @@
 namespace {
 
 using namespace entries;
+using namespace std::string_literals;
 
 class EngineReader : public testing::Test {
  protected:
@@ -79,11 +80,11 @@ TEST_F(EngineReader, ShowsAndCutsTheFieldsOfARecord) {
     EXPECT_EQ(info.externalAttributes, 0U);
     EXPECT_EQ(ZipReadLocalExtra(reader.get(), local.data(), size), std::min(size, 5000U));
     EXPECT_EQ(ZipReadGlobalComment(reader.get(), global.data(), size), std::min(size, 6U));
-    EXPECT_EQ(name, cut({"name", 5}));
-    EXPECT_EQ(comment, cut({"note", 5}));
+    EXPECT_EQ(name, cut("name\0"s));
+    EXPECT_EQ(comment, cut("note\0"s));
     EXPECT_TRUE(central == cut(extra.substr(0, 5)));
     EXPECT_TRUE(local == cut(extra));
-    EXPECT_EQ(global, cut({"all of", 7}));
+    EXPECT_EQ(global, cut("all of\0"s));
   }
   support::writeFile(path_, bytes);
   reader = first();

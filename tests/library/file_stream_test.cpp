@@ -157,10 +157,11 @@ TEST_F(Stream, TextOutput) {
   FileStream stream(path_.c_str(), kWrite);
   source << "source";
   elsewhere = &other;
+  constexpr char kCut[] = "c\0d";
   FileStream closed;
   EXPECT_FALSE(stream.append(closed));
   EXPECT_TRUE(stream.append(source));
-  stream << "" << std::string("a\0b", 3) << "c\0d" << 0L << -2147483647L - 1 << source
+  stream << "" << std::string("a\0b", 3) << kCut << 0L << -2147483647L - 1 << source
          << [](FileStream& out) -> FileStream& { return out.put('\0') ? *elsewhere : out; } << "z";
   stream.close();
   other.close();

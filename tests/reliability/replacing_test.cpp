@@ -177,7 +177,7 @@ class Replacing : public Zip, public testing::WithParamInterface<Case> {
 
   Access access() const {
     const int file = open(target_.c_str(), O_RDONLY | O_CLOEXEC);
-    const Access access = support::accessTo(file);
+    Access access = support::accessTo(file);
     close(file);
     return access;
   }

@@ -86,7 +86,7 @@ TEST_F(ZipOnLinux, ExtractionFollowsNoLinksThatAreSwappedIn) {
 // Temporary files that killed processes left are deleted when they are older than a day and no
 // process holds them. Files of other names are kept.
 TEST_F(ZipOnLinux, AbandonedTemporaryFilesAreDeleted) {
-  constexpr std::time_t kHour = 60 * 60;
+  constexpr std::time_t kHour = std::time_t{60} * 60;
   constexpr std::time_t kDay = 24 * kHour;
   const std::string temporary = folder_.file("tmp");
   for (const char* name : {"~zaA1.TMP",       "~zaFFFF.TMP",

@@ -103,7 +103,7 @@ bool ReplacementFile::underFreeName(Create create) {
 // Reports whether no process needs the file that has the temporary name. Where there are locks, one
 // that replaced the same target would hold it.
 bool ReplacementFile::isLeftOver() const {
-  constexpr std::time_t kDay = 24 * 60 * 60;
+  constexpr std::time_t kDay = std::time_t{24} * 60 * 60;
   if (place_.held != nullptr && hasLocks(place_.held->get())) return true;
   struct stat status;
   return fstatat(place_.directory, temporaryName_.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0 &&
