@@ -91,11 +91,6 @@ std::uint64_t fileSize(const std::string& path) {
   return error ? 0 : size;
 }
 
-bool isTaken(const std::string& path) {
-  std::error_code error;
-  return fs::symlink_status(systemPath(path), error).type() != fs::file_type::not_found;
-}
-
 bool isSameFile(const std::string& a, const std::string& b) {
   std::error_code error;
   return fs::equivalent(systemPath(a), systemPath(b), error);

@@ -29,9 +29,6 @@ void reportLeftOut(const Tree& tree, Output& output);
 // Size of a file in bytes; 0 if it cannot be determined.
 std::uint64_t fileSize(const std::string& path);
 
-// True if the path is that of anything, a link without a target included.
-bool isTaken(const std::string& path);
-
 // True if both paths exist and are the same file.
 bool isSameFile(const std::string& a, const std::string& b);
 

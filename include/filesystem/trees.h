@@ -21,15 +21,15 @@
 namespace FileSystem {
 
 /// Copies the content of a folder and its subfolders into another folder, as CopyContent does, and
-/// continues after a file that fails. Each file of the target is the old one or complete, unless
-/// other programs hold it open and share writing, or it has several names: such a file is
-/// overwritten. A call that is cancelled completes that file.
+/// continues after a file that fails. Each file of the target is the old one or complete. A file that
+/// cannot be replaced is overwritten in place, to its end also in a call that is cancelled: one that
+/// other programs hold open while they share writing, that has several names, or whose folder or
+/// owner permits no replacement. A failure can leave a part of the new content in it.
 ///
-/// With a callback the tree is listed first for the numbers that are expected; the callback then
-/// receives the names of folders.
+/// With a callback the files are counted first, while the callback receives the names of folders.
 /// @param source  the folder, with or without trailing separator, not null
 /// @param target  the folder, with or without trailing separator, not null; created if missing, with
-///                its parents. At most 258 bytes.
+///                its parents. At most 243 bytes.
 /// @param options existing files, progress
 /// @return an item for each file, and for each folder that failed, by its path below `source`; the
 ///         folder itself has an empty name. Report::reason is Reason::Cancelled, or why one of the

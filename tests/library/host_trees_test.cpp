@@ -260,8 +260,12 @@ TEST_P(Cancelled, CopyLeavesEachFileOldOrNew) {
     std::filesystem::remove_all(support::pathOf(path("out")));
     for (const char* name : {"large", "old", "sub/a"}) write(std::string("out/") + name, "o");
   };
+  bool isInterrupted = false;  // within a file
   const auto check = [&](const Report& report) {
     const Reasons reasons = reasonsOf(report);
+    for (const auto& [name, reason] : reasons) {
+      isInterrupted = isInterrupted || reason == Reason::Cancelled;
+    }
     const std::filesystem::path out = support::pathOf(path("out"));
     for (const auto& entry : std::filesystem::recursive_directory_iterator(out)) {
       std::string name = support::textOf(entry.path().lexically_relative(out));
@@ -285,6 +289,7 @@ TEST_P(Cancelled, CopyLeavesEachFileOldOrNew) {
   };
   atEachCallback(
       prepare, [&](const Options& options) { return copy(options); }, check);
+  EXPECT_EQ(isInterrupted, GetParam() == End::ByFalse);
   EXPECT_EQ(support::readFile(path("out/sub/b")), large);
 }
 

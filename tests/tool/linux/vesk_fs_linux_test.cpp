@@ -58,7 +58,7 @@ TEST_F(VeskFs, NamesWhatItLeavesOut) {
   expectLines("tree in", kNoFiles);
   expectLines("tree in '*.TXT'", kNoFiles);
   check({{"tree in 'o*'", 0, "in/old.txt\n"}, {"list a.zip", 0, "old.txt\nsub\\readonly.txt\n"}});
-  expectLines("sweep in 3", {"kept 'sub/readonly.txt': it is read-only"});
+  expectLines("sweep in 3", {"kept 'sub/readonly.txt': the file or its directory is read-only"});
 
   ASSERT_EQ(shell("rm in/link.txt in/fifo.txt"), 0);
   const std::string backslashes(100, '\\');
@@ -70,8 +70,8 @@ TEST_F(VeskFs, NamesWhatItLeavesOut) {
   expectLines("pack in a.zip", {"nn': its path has more than 259"});
   expectLines("tree in", {"in/old.txt\n", "nn': its path has more than 259"});
   expectLines("tree in 'n*'", {"nn': its path has more than 259"});
-  expectLines("sweep in 3 --dry-run", {"nn': its path is too long"});
-  expectLines("sweep in 3", {"nn': its path is too long"});
+  expectLines("sweep in 3 --dry-run", {"nn': the path is too long"});
+  expectLines("sweep in 3", {"nn': the path is too long"});
   check({{"tree in 'o*'", 0, "in/old.txt\n"}});
 }
 
