@@ -8,6 +8,7 @@
 
 #include <filesystem/access.h>
 #include <filesystem/archive.h>
+#include <filesystem/archive_change.h>
 #include <filesystem/enumeration.h>
 #include <filesystem/file_information.h>
 #include <filesystem/file_stream.h>

@@ -169,22 +169,6 @@ class FILESYSTEM_API ZipArchive {
   /// @param overwrite non-zero to replace an entry of that name, as above
   /// @return 1 if the entry is in the archive, else 0
   int insert(const char* source, const char* name, const char* comment, int overwrite);
-  /// Inserts files as insert() does each, without comments and with one commit: a list of many
-  /// small files takes a small part of the time, and the archive has all of them or none if the
-  /// process ends. The first file that fails ends the list; the files before it are inserted. A `\`
-  /// of a name is stored as `/`, so that every program finds the directory; the object shows and
-  /// finds it as `\`.
-  ///
-  /// A file fails if it cannot be read to its end or is too large, if its name is too long or that
-  /// of an earlier file of the list, or if `overwrite` is 0 and the name exists. Unlike with
-  /// insert(), an entry whose file fails is kept. Names that differ only in `/` and `\` are equal.
-  /// @param files     pairs of the path of a file and the name of its entry, up to their first zero
-  ///                  bytes; an empty name for the path
-  /// @param overwrite non-zero to replace entries of those names, in the same commit
-  /// @return the number of files before the first that failed, the size of the list if none did; 0,
-  ///         with the archive unchanged, if it cannot be written
-  std::size_t insertFiles(const std::vector<std::pair<std::string, std::string>>& files,
-                          int overwrite);
   /// Removes an entry. All others keep their order, stored data, times, attributes, extra fields
   /// and comments; no password is needed.
   ///
@@ -199,12 +183,6 @@ class FILESYSTEM_API ZipArchive {
   ///         if no other entry would remain, if another one cannot be copied, or if the temporary
   ///         folder or the archive cannot be written.
   int remove(const char* name);
-  /// Removes entries as remove() does each, but all of them or none: the archive is rewritten once,
-  /// so a thousand entries take the time of one.
-  /// @param names names of entries, each up to its first zero byte; one may be given twice
-  /// @return 1 if the entries were removed. 0, with the archive unchanged, if the list is empty, if
-  ///         there is no entry of one of the names, or if remove() would fail.
-  int removeEntries(const std::vector<std::string>& names);
 
  private:
   ZipArchivePrivate* m_private;

@@ -40,6 +40,8 @@ class Search {
   bool isComplete() const {
     return error_ == ERROR_NO_MORE_FILES || error_ == ERROR_FILE_NOT_FOUND;
   }
+  // The error that has ended the search.
+  DWORD error() const { return error_; }
   // The names that the search has passed over, since they are too long for an entry.
   std::vector<std::string> unlistedNames() const {
     return handle_ ? platform::unlistedNames(handle_.get()) : std::vector<std::string>();

@@ -1,12 +1,19 @@
 #include "zip/archive_writer.h"
 
+#include <algorithm>
+#include <cstring>
 #include <utility>
 
+#include "files/attributes.h"
+#include "reporting/reasons.h"
 #include "zip/archive_reader.h"
 #include "zip/engine.h"
 #include "zip/entry_names.h"
 
 namespace zip {
+
+using FileSystem::Reason;
+
 namespace {
 
 ZipDateWords dateWords(const SYSTEMTIME& time) {
@@ -20,31 +27,66 @@ ZipDateWords dateWords(const SYSTEMTIME& time) {
 
 }  // namespace
 
+Reason reasonForArchive(const char* path, DWORD error) {
+  if (FileSystem::Detail::isDirectory(path)) return Reason::IsAFolder;
+  // A read past the end is an error on Windows.
+  const bool isRead = error == ERROR_SUCCESS || error == ERROR_HANDLE_EOF;
+  if (!isRead) return FileSystem::Detail::reasonOfError(error);
+  return isPartOfSplitArchive(path) ? Reason::SplitArchive : Reason::NotAnArchive;
+}
+
 void Crc32::add(const unsigned char* data, std::uint32_t size) {
   value_ = ZipCrc32(value_, data, size);
 }
 
-ArchiveWriter::ArchiveWriter(const char* path, Mode mode)
-    : writer_(ZipOpenWriter(path, mode == Mode::Create ? ZipModeCreate : ZipModeAppend)) {}
+ArchiveWriter::ArchiveWriter(const char* path, Mode mode) {
+  SetLastError(ERROR_SUCCESS);
+  writer_ = ZipOpenWriter(path, mode == Mode::Create ? ZipModeCreate : ZipModeAppend);
+  if (writer_ != nullptr) return;
+  reason_ = reasonForArchive(path, GetLastError());
+  isArchiveAtFault_ = true;
+}
 
-ArchiveWriter::~ArchiveWriter() { commit(nullptr); }
+ArchiveWriter::~ArchiveWriter() { abandon(); }
 
 bool ArchiveWriter::hasAes() { return ZipCheckEncryption(ZipEncryptAes256) == 0; }
 
 void ArchiveWriter::useSlashes(bool slashes) { ZipSetSlashes(writer_, slashes ? 1 : 0); }
 
+void ArchiveWriter::requireAll() { ZipSetAllOrNone(writer_); }
+
+void ArchiveWriter::forEachName(const std::function<void(const std::string&)>& visit) const {
+  const auto call = [](const char* name, void* context) {
+    (*static_cast<const std::function<void(const std::string&)>*>(context))(name);
+  };
+  ZipVisitNames(writer_, call, const_cast<std::function<void(const std::string&)>*>(&visit));
+}
+
 bool ArchiveWriter::begin(const NewEntry& entry) {
   constexpr int kWindowBits = -15;
   constexpr int kMemoryLevel = 8;
+  constexpr std::size_t kLongestComment = 0xFFFF;
   const int encryption = entry.encryption.isAes ? ZipEncryptAes256 : ZipEncryptTraditional;
+  const int level = std::clamp(entry.level, ZipLevelDefault, 9);
   ZipNewEntryInfo info = {};
   info.date = dateWords(entry.time);
   info.externalAttributes = entry.attributes;
   // No other call of the library could find a longer name.
-  return entry.name.size() <= kLongestName && ZipSetEncryption(writer_, encryption) == 0 &&
-         ZipOpenNewEntry(writer_, entry.name.c_str(), &info, nullptr, 0, nullptr, 0, entry.comment,
-                         ZipMethodDeflate, ZipLevelDefault, 0, kWindowBits, kMemoryLevel, 0,
-                         entry.encryption.password, entry.crc) == 0;
+  if (entry.name.size() > kLongestName) return fail(Reason::NameTooLong);
+  if (std::strlen(entry.comment) > kLongestComment) return fail(Reason::TooLarge);
+  if (ZipSetEncryption(writer_, encryption) != 0) return fail(Reason::UnsupportedEncryption);
+  ZipSetUnknownCrc(writer_, entry.crc ? 0 : 1);
+  SetLastError(ERROR_SUCCESS);
+  const int status =
+      ZipOpenNewEntry(writer_, entry.name.c_str(), &info, nullptr, 0, nullptr, 0, entry.comment,
+                      level == 0 ? ZipMethodStored : ZipMethodDeflate, level, 0, kWindowBits,
+                      kMemoryLevel, 0, entry.encryption.password, entry.crc.value_or(0));
+  return status == 0 || fail(Reason::Failed);
+}
+
+bool ArchiveWriter::fail(Reason reason) {
+  reason_ = reason;
+  return false;
 }
 
 bool ArchiveWriter::write(const unsigned char* data, std::uint32_t size) {
@@ -54,13 +96,21 @@ bool ArchiveWriter::write(const unsigned char* data, std::uint32_t size) {
 bool ArchiveWriter::finish() { return succeeded(ZipCloseNewEntry(writer_)); }
 
 bool ArchiveWriter::succeeded(int status) {
-  if (status != 0) status_ = status;
-  return status == 0;
-}
-
-ArchiveWriter::Failure ArchiveWriter::failure() const {
-  if (status_ == ZipStatusTooLarge) return Failure::TooLarge;
-  return status_ == ZipStatusWrongCrc ? Failure::WrongCrc : Failure::Archive;
+  switch (status) {
+    case 0:
+      return true;
+    case ZipStatusTooLarge:
+      return fail(Reason::TooLarge);
+    case ZipStatusWrongCrc:
+      return fail(Reason::ReadFailed);
+    case ZipStatusDamagedSource:
+      return fail(Reason::Damaged);
+    case ZipStatusCancelled:
+      return fail(Reason::Cancelled);
+    default:
+      isArchiveAtFault_ = true;
+      return fail(FileSystem::Detail::reasonOfError(GetLastError(), Reason::WriteFailed));
+  }
 }
 
 std::uint32_t ArchiveWriter::drop(const std::function<bool(const std::string&)>& drops) {
@@ -73,14 +123,22 @@ std::uint32_t ArchiveWriter::drop(const std::function<bool(const std::string&)>&
 
 void ArchiveWriter::abandon() { ZipAbandonWriter(std::exchange(writer_, nullptr)); }
 
-bool ArchiveWriter::copy(ArchiveReader& from) {
-  return ZipCopyEntry(writer_, from.reader_.get()) == 0;
+bool ArchiveWriter::copy(ArchiveReader& from, const std::function<bool(std::uint64_t)>& advance) {
+  const auto call = [](std::uint64_t size, void* context) {
+    return (*static_cast<const std::function<bool(std::uint64_t)>*>(context))(size);
+  };
+  return succeeded(ZipCopyEntry(writer_, from.reader_.get(), call,
+                                const_cast<std::function<bool(std::uint64_t)>*>(&advance)));
 }
 
 ArchiveWriter::Commit ArchiveWriter::commit(const char* globalComment) {
+  SetLastError(ERROR_SUCCESS);
   const int status = ZipCloseWriter(std::exchange(writer_, nullptr), globalComment);
-  if (status < 0) return Commit::Failed;
-  return status == 0 ? Commit::Complete : Commit::Partial;
+  if (status > 0) {
+    reason_ = Reason::DiskFull;
+    return Commit::Partial;
+  }
+  return succeeded(status) ? Commit::Complete : Commit::Failed;
 }
 
 }  // namespace zip

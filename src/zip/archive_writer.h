@@ -1,8 +1,11 @@
 #pragma once
 // Writing an archive through the zip engine.
 
+#include <filesystem/results.h>
+
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 
 #include "platform/win32.h"
@@ -28,7 +31,7 @@ struct Encryption {
   const char* password = nullptr;  // null for none
   bool isAes = false;              // AES-256; else the traditional encryption
 
-  // True if the engine must be passed the CRC of the whole content when an entry is begun.
+  // True if the encryption begins with a part of the CRC of the whole content, if that is known.
   bool needsCrc() const { return password != nullptr && !isAes; }
 };
 
@@ -39,8 +42,15 @@ struct NewEntry {
   SYSTEMTIME time;
   DWORD attributes;
   Encryption encryption;
-  std::uint32_t crc;  // of the whole content if the encryption needs it, else that of no data
+  // Of the whole content. Used if the encryption needs it; nothing if it is not known then.
+  std::optional<std::uint32_t> crc;
+  int level = kDefaultLevel;  // of compression; 0 to store the content
+
+  static constexpr int kDefaultLevel = -1;
 };
+
+// Returns why an archive could not be opened, with the system's error, ERROR_SUCCESS for none.
+FileSystem::Reason reasonForArchive(const char* path, DWORD error);
 
 // An archive open for writing. The file keeps its former content until commit(). An entry is
 // written by begin(), write() and finish(); one that is not finished is dropped.
@@ -59,7 +69,7 @@ class ArchiveWriter {
   ArchiveWriter(const char* path, Mode mode);
   ArchiveWriter(const ArchiveWriter&) = delete;
   ArchiveWriter& operator=(const ArchiveWriter&) = delete;
-  // Commits if commit() was not called.
+  // Leaves the file as it is if commit() was not called.
   ~ArchiveWriter();
 
   // True if the build can write AES entries.
@@ -72,6 +82,11 @@ class ArchiveWriter {
   // False if the file could not be opened, or, in the mode Append, is no archive.
   explicit operator bool() const { return writer_ != nullptr; }
 
+  // Makes commit() have the space for all entries or fail.
+  void requireAll();
+  // Calls `visit(name)` with the stored name of each entry of the archive that was opened.
+  void forEachName(const std::function<void(const std::string&)>& visit) const;
+
   // Begins an entry. False if it cannot be written, as with a name that is too long.
   bool begin(const NewEntry& entry);
   // Appends to the entry's content. After a failure finish() fails too.
@@ -79,13 +94,10 @@ class ArchiveWriter {
   // Completes the entry. On failure the archive does not get it.
   bool finish();
 
-  enum class Failure {
-    TooLarge,  // the entry has too many bytes
-    WrongCrc,  // the content is not the one whose CRC was passed
-    Archive,   // the archive cannot be written
-  };
-  // The reason of the last failure of write() or finish().
-  Failure failure() const;
+  // Why the archive was not opened, or why the last function that failed did.
+  FileSystem::Reason reason() const { return reason_; }
+  // True if that is the archive's failure, and not one of the entry.
+  bool isArchiveAtFault() const { return isArchiveAtFault_; }
 
   // Takes the entries out of the archive for whose stored names `drops(name)` is true, at the
   // commit, which then fails if the disk lacks the space for one of the new ones. Returns the
@@ -95,17 +107,20 @@ class ArchiveWriter {
   void abandon();
 
   // Copies a reader's current entry as it is stored: data, time, attributes, extra fields, comment.
-  // On failure the archive does not get it.
-  bool copy(ArchiveReader& from);
+  // Calls `advance` with the size of each block; false ends the copy. On failure the archive does
+  // not get the entry.
+  bool copy(ArchiveReader& from, const std::function<bool(std::uint64_t)>& advance);
 
   // Ends the archive with its directory and closes it. A null comment keeps the archive's comment.
   Commit commit(const char* globalComment);
 
  private:
+  bool fail(FileSystem::Reason reason);
   bool succeeded(int status);
 
   ZipWriter* writer_;
-  int status_ = 0;
+  FileSystem::Reason reason_ = FileSystem::Reason::None;
+  bool isArchiveAtFault_ = false;
 };
 
 }  // namespace zip

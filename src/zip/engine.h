@@ -60,9 +60,12 @@ enum ZipEncryption : int {
   ZipEncryptAes256 = 1,  // WinZip's AE-2
 };
 
-// Failures that are those of the content of a new entry, and not of the archive.
+// Failures of writing that are not those of the archive that is written. After any other one
+// GetLastError() returns the system's reason, if there is one.
 inline constexpr int ZipStatusTooLarge = 1;
 inline constexpr int ZipStatusWrongCrc = 2;
+inline constexpr int ZipStatusDamagedSource = -2;  // of ZipCopyEntry
+inline constexpr int ZipStatusCancelled = -3;      // of ZipCopyEntry
 
 inline constexpr int ZipMethodStored = 0;
 inline constexpr int ZipMethodDeflate = 8;
@@ -150,10 +153,19 @@ int ZipSetEncryption(ZipWriter* writer, int encryption);
 // Chooses whether the names of the entries that are begun are stored with `/` in place of `\`, as
 // the format says. Readers then still return them with `\`. At first they are stored unchanged.
 void ZipSetSlashes(ZipWriter* writer, int slashes);
+// Chooses whether the CRC that is passed for entries with the traditional encryption is not used.
+// They then get a data descriptor, and readers check their password against the time. At first it
+// is used.
+void ZipSetUnknownCrc(ZipWriter* writer, int isUnknown);
+// Chooses that the commit has the space for all entries or fails. At first the first ones remain.
+void ZipSetAllOrNone(ZipWriter* writer);
+// Calls `visit` with the name of each entry that the archive had when it was opened.
+void ZipVisitNames(ZipWriter* writer, void (*visit)(const char* name, void* context),
+                   void* context);
 // Begins an entry, and drops an open one. `method` is 0 or 8 unless `raw`; `level` is -1 or 0 to 9.
 // With `raw` the data are written unchanged; they are encrypted if the entry is, and a non-null
 // `password` then only sets the flag. `crc` is that of the plain data if `raw` is set, or if
-// `password` is and the encryption is the traditional one. The three numbers after `raw`, -15, 8
+// `password` is, the encryption is the traditional one, and the CRC is known. The three numbers after `raw`, -15, 8
 // and 0, are not used. An entry has less than 4 GiB - 1 bytes, both plain and stored.
 int ZipOpenNewEntry(ZipWriter* writer, const char* name, const ZipNewEntryInfo* info,
                     const void* localExtra, std::uint32_t localExtraLength,
@@ -179,8 +191,10 @@ std::uint32_t ZipDropEntries(ZipWriter* writer, bool (*drops)(const char* name, 
                              void* context);
 // Appends the reader's current entry as it is stored: data, date, attributes, extra fields and
 // comment. Refuses an entry whose local header differs from the central record in size or CRC,
-// since programs differ in which of the two they read. On failure nothing of it is left.
-int ZipCopyEntry(ZipWriter* writer, ZipReader* reader);
+// since programs differ in which of the two they read. `advance`, unless it is null, is called with
+// the size of each block that was copied; false ends the copy. On failure nothing of it is left.
+int ZipCopyEntry(ZipWriter* writer, ZipReader* reader,
+                 bool (*advance)(std::uint64_t size, void* context), void* context);
 // Frees the writer, and leaves the file byte for byte what it was in modes 1 and 2.
 void ZipAbandonWriter(ZipWriter* writer);
 // Commits and frees the writer. A null comment keeps the archive's comment in modes 1 and 2; one of

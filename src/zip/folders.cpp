@@ -1,5 +1,6 @@
 // FRT_ZIP_FOLDER, packFolder and FRT_UNZIP_FILE.
 
+#include <filesystem/archive_change.h>
 #include <filesystem/enumeration.h>
 #include <filesystem/path.h>
 #include <filesystem/zip.h>
@@ -10,58 +11,27 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "path/with_backslash.h"
+#include "reporting/progress_relay.h"
 #include "zip/archive_reader.h"
 #include "zip/archive_writer.h"
+#include "zip/entry_adder.h"
 #include "zip/entry_names.h"
 #include "zip/extraction.h"
-#include "zip/insertion.h"
 #include "zip/new_archive.h"
 #include "zip/packing.h"
 
 namespace {
 
 using FileSystem::ExistingFiles;
-using FileSystem::PackReport;
+using FileSystem::ItemResult;
+using FileSystem::Options;
 using FileSystem::Reason;
-using zip::AddResult;
-using zip::ArchiveWriter;
-
-// The files of a directory that are packed, whose path ends in a separator.
-struct Source {
-  std::string directory;
-  std::vector<std::string> files;
-};
-
-// Adds files, named by their paths below the directory, up to one that fails. Returns the result
-// for the last file that was tried, and sets `count` to the number of those added.
-AddResult addFiles(ArchiveWriter& writer, const Source& source, const zip::Encryption& encryption,
-                   std::size_t& count) {
-  AddResult result = AddResult::Added;
-  for (count = 0; count < source.files.size(); ++count) {
-    const std::string& file = source.files[count];
-    const std::string name = zip::storedName(FileSystem::subPath(source.directory, file));
-    result = zip::addFile(writer, file.c_str(), name, "", encryption);
-    if (result != AddResult::Added) break;
-  }
-  return result;
-}
-
-PackReport::Reason reasonOf(AddResult result) {
-  using Reason = PackReport::Reason;
-  switch (result) {
-    case AddResult::Unreadable:
-      return Reason::Unreadable;
-    case AddResult::TooLarge:
-      return Reason::TooLarge;
-    case AddResult::NameTooLong:
-      return Reason::NameTooLong;
-    default:
-      return Reason::NotWritten;
-  }
-}
+using FileSystem::Report;
+using FileSystem::Detail::ProgressRelay;
 
 // Returns a number other than 0 that is equal for entries of equal names, whatever their
 // separators. These replace each other.
@@ -70,16 +40,63 @@ std::uint64_t idOf(std::string name) {
   return std::hash<std::string>()(name) | 1;
 }
 
+// Adds files, named by their paths below the directory, whose path ends in a separator, up to one
+// that fails. `name` receives the name of the last one that was tried.
+Reason addFiles(zip::EntryAdder& adder, const std::string& directory,
+                const std::vector<std::string>& files, ProgressRelay& progress, std::string& name) {
+  for (const std::string& file : files) {
+    name = FileSystem::subPath(directory, file);
+    if (!progress.begin(name)) return Reason::Cancelled;
+    const Reason reason = adder.addFile(file.c_str(), zip::storedName(name), "");
+    if (reason != Reason::None) return reason;
+    if (!progress.end()) return Reason::Cancelled;
+  }
+  return Reason::None;
+}
+
 // Packs all files, or reports the one that fails.
-bool packAll(zip::NewArchive& archive, const Source& source, const zip::Encryption& encryption,
-             PackReport::File& failed) {
-  if (!archive.begin()) return false;
+Reason packAll(zip::NewArchive& archive, const std::string& directory,
+               const std::vector<std::string>& files, const zip::EntrySettings& settings,
+               ProgressRelay& progress, Report& report) {
+  if (!archive.begin()) return archive.reason();
   archive.writer().useSlashes(true);
-  std::size_t count = 0;
-  const AddResult result = addFiles(archive.writer(), source, encryption, count);
-  if (result == AddResult::Added) return archive.complete();
-  if (result != AddResult::NotWritten) failed = {source.files[count], reasonOf(result)};
-  return false;
+  zip::EntryAdder adder(archive.writer(), settings, progress);
+  std::string name;
+  const Reason reason = addFiles(adder, directory, files, progress, name);
+  if (reason != Reason::None) {
+    const bool isOfFile = reason != Reason::Cancelled && !archive.writer().isArchiveAtFault();
+    if (isOfFile) report.items.push_back({name, reason, {}});
+    return reason;
+  }
+  // Made first, so that no memory is needed when the archive is complete.
+  std::vector<ItemResult> items = report.items;
+  for (const std::string& file : files) {
+    items.push_back({FileSystem::subPath(directory, file), Reason::None, {}});
+  }
+  if (!archive.complete()) return archive.reason();
+  report.items = std::move(items);
+  return Reason::None;
+}
+
+Report pack(const std::string& directory, const char* zip, const Options& options,
+            ProgressRelay& progress) {
+  Report report;
+  const std::optional<zip::EntrySettings> settings = zip::entrySettings(options);
+  if (!settings) {
+    report.reason = Reason::UnsupportedEncryption;
+    return report;
+  }
+  zip::NewArchive archive(zip);
+  if (!archive) {
+    report.reason = archive.reason();
+    return report;
+  }
+  const zip::PackableFiles files = zip::packableFiles(directory, zip, progress, report);
+  progress.expect(files.paths.size(), files.bytes);
+  if (report.reason == Reason::None) {
+    report.reason = packAll(archive, directory, files.paths, *settings, progress, report);
+  }
+  return report;
 }
 
 }  // namespace
@@ -89,32 +106,24 @@ bool packAll(zip::NewArchive& archive, const Source& source, const zip::Encrypti
 bool FRT_ZIP_FOLDER(const char* folder, const char* zip) {
   zip::NewArchive archive(zip);
   if (!archive) return false;
-  Source source{FileSystem::Detail::withBackslash(folder), {}};
-  FileSystem::EnumFilesWithPath(source.files, source.directory.c_str(), "*.*", true);
+  const std::string directory = FileSystem::Detail::withBackslash(folder);
+  std::vector<std::string> files;
+  FileSystem::EnumFilesWithPath(files, directory.c_str(), "*.*", true);
 
   if (!archive.begin()) return false;
-  std::size_t count = 0;
-  const AddResult result = addFiles(archive.writer(), source, {}, count);
+  ProgressRelay progress;
+  zip::EntryAdder adder(archive.writer(), {}, progress);
+  std::string name;
+  const Reason reason = addFiles(adder, directory, files, progress, name);
   // An archive that lacks the last files replaces the old one too, but not a part of one.
-  return result != AddResult::NotWritten && archive.complete() && result == AddResult::Added;
+  return !archive.writer().isArchiveAtFault() && archive.complete() && reason == Reason::None;
 }
 
-bool FileSystem::packFolder(const char* folder, const char* zip, const PackOptions& options,
-                            PackReport& report) {
-  PackReport::File failed{zip, PackReport::Reason::NotWritten};
-  const bool isAes = options.encryption == ZipArchive::Encryption::Aes256;
-  const char* const password = options.password.empty() ? nullptr : options.password.c_str();
-  zip::NewArchive archive(zip);
-  if (!archive || (isAes && !ArchiveWriter::hasAes())) {
-    report.files.push_back(std::move(failed));
-    return false;
-  }
-  const std::string base = Detail::withBackslash(folder);
-  std::optional<std::vector<std::string>> files = zip::packableFiles(base, zip, report);
-  if (!files) return false;
-  const bool isPacked = packAll(archive, {base, std::move(*files)}, {password, isAes}, failed);
-  if (!isPacked) report.files.push_back(std::move(failed));
-  return isPacked;
+Report FileSystem::packFolder(const char* folder, const char* zip, const Options& options) {
+  ProgressRelay progress(options.progress());
+  Report report = pack(Detail::withBackslash(folder), zip, options, progress);
+  progress.rethrow();
+  return report;
 }
 
 bool FRT_UNZIP_FILE(const char* zip, const char* folder) {

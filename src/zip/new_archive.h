@@ -1,6 +1,8 @@
 #pragma once
 // A new archive, which takes the place of an existing one when it is complete.
 
+#include <filesystem/results.h>
+
 #include <optional>
 #include <string>
 
@@ -14,8 +16,13 @@ namespace zip {
 // and the new ones are appended, and moved over the bytes of the old ones if they fit there.
 class NewArchive {
  public:
+  enum class Existing {
+    Replace,
+    Refuse,  // unless it has no bytes
+  };
+
   // Locks the file at `path`, if there is one.
-  explicit NewArchive(const std::string& path) : path_(path), version_(std::in_place, path) {}
+  explicit NewArchive(const std::string& path, Existing existing = Existing::Replace);
   NewArchive(const NewArchive&) = delete;
   NewArchive& operator=(const NewArchive&) = delete;
   // Without complete() before, the old archive remains.
@@ -32,12 +39,19 @@ class NewArchive {
   // if the disk has no space for all of them.
   bool complete();
 
+  // Why the file cannot be replaced, or begin() or complete() has failed. It is Reason::Exists if a
+  // file with bytes is refused.
+  FileSystem::Reason reason() const { return reason_; }
+
  private:
   bool beginInPlace();
+  bool failWithError();
 
   const std::string path_;
+  const Existing existing_;
   std::optional<platform::NewVersion> version_;  // none while the file is changed in place
   std::optional<ArchiveWriter> writer_;
+  FileSystem::Reason reason_ = FileSystem::Reason::None;
 };
 
 }  // namespace zip

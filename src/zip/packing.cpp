@@ -2,21 +2,26 @@
 
 #include <filesystem/path.h>
 
-#include <string_view>
+#include <utility>
 
 #include "enumeration/folder_walk.h"
 #include "path/fixed_text.h"
 #include "platform/file_identity.h"
+#include "reporting/reasons.h"
+#include "zip/entry_adder.h"
 #include "zip/entry_names.h"
-#include "zip/insertion.h"
 
 namespace zip {
+
+using FileSystem::Reason;
+using FileSystem::Report;
+using FileSystem::Detail::ProgressRelay;
+
 namespace {
 
 using FileSystem::Detail::FolderWalk;
 using FileSystem::Detail::PathText;
 using FileSystem::Detail::Search;
-using Reason = PackReport::Reason;
 
 bool isSameFile(const char* a, const char* b) {
   platform::FileIdentity first;
@@ -27,75 +32,93 @@ bool isSameFile(const char* a, const char* b) {
 // Checks each file of a tree before any of them is packed.
 class Check {
  public:
-  Check(const std::string& base, const std::string& archive, PackReport& report)
-      : base_(base), archive_(archive), report_(report), walk_(base, true, true) {}
+  Check(const std::string& base, const std::string& archive, ProgressRelay& progress,
+        Report& report)
+      : base_(base),
+        archive_(archive),
+        progress_(progress),
+        report_(report),
+        walk_(base, true, true) {}
 
   void run() {
-    walk_.run([](const WIN32_FIND_DATAA&) { return true; },
+    walk_.run([this](const WIN32_FIND_DATAA&) { return !progress_.isCancelled(); },
               [this](const Search& search) { checkFile(search); },
               [this](const Search& search) { checkEnd(search); });
   }
 
-  bool succeeded() const { return succeeded_; }
-  std::vector<std::string> takeFiles() { return std::move(files_); }
+  PackableFiles takeFiles() { return std::move(files_); }
 
  private:
   void checkFile(const Search& search) {
-    std::string path = walk_.path() + search.entry().cFileName;
+    // Listing a large tree takes long. The host can cancel it, too.
+    constexpr int kInterval = 1000;
+    name_ = search.entry().cFileName;
+    if (++count_ % kInterval == 0) progress_.begin(name_);
+    if (progress_.isCancelled()) return;
+    std::string path = walk_.path() + name_;
     if (path.size() > PathText::kLongest) return fail(path, Reason::PathTooLong);
     if (!search.canOpen(path.c_str())) return checkUnopened(path);
     WIN32_FILE_ATTRIBUTE_DATA data = {};
     if (GetFileAttributesExA(path.c_str(), GetFileExInfoStandard, &data) == 0) {
-      return fail(path, Reason::Unreadable);
+      return fail(path, FileSystem::Detail::reasonOfError(GetLastError(), Reason::ReadFailed));
     }
     const std::uint64_t size = std::uint64_t{data.nFileSizeHigh} << 32 | data.nFileSizeLow;
     if (size >= kTooManyBytes) return fail(path, Reason::TooLarge);
     if (storedName(FileSystem::subPath(base_, path)).size() > kLongestName) {
       return fail(path, Reason::NameTooLong);
     }
-    files_.push_back(std::move(path));
+    files_.bytes += size;
+    files_.paths.push_back(std::move(path));
   }
 
   void checkUnopened(const std::string& path) {
     if (platform::isNoFile(path.c_str())) {
-      report_.files.push_back({path, Reason::NotAFile});
+      addItem(path, Reason::NotAFile);
     } else if (!isSameFile(path.c_str(), archive_.c_str())) {
-      fail(path, Reason::Unreadable);
+      const Reason reason = reasonForSource(path.c_str());
+      // Another program has released it meanwhile.
+      fail(path, reason == Reason::None ? Reason::InUse : reason);
     }
   }
 
   void checkEnd(const Search& search) {
-    if (!search.isComplete()) fail(walk_.path(), reasonForFolder());
+    if (!search.isComplete()) fail(walk_.path(), reasonForFolder(search), true);
     for (const std::string& name : search.unlistedNames()) {
       fail(walk_.path() + name, Reason::PathTooLong);
     }
   }
 
-  Reason reasonForFolder() const {
-    return walk_.path().size() > PathText::kLongest ? Reason::PathTooLong : Reason::Unreadable;
+  Reason reasonForFolder(const Search& search) const {
+    if (walk_.path().size() > PathText::kLongest) return Reason::PathTooLong;
+    return FileSystem::Detail::reasonOfError(search.error(), Reason::ReadFailed);
   }
 
-  void fail(const std::string& path, Reason reason) {
-    report_.files.push_back({path, reason});
-    succeeded_ = false;
+  void addItem(const std::string& path, Reason reason, bool isFolder = false) {
+    report_.items.push_back({path.substr(base_.size()), reason, {}, isFolder});
+  }
+
+  void fail(const std::string& path, Reason reason, bool isFolder = false) {
+    addItem(path, reason, isFolder);
+    if (report_.reason == Reason::None) report_.reason = reason;
   }
 
   const std::string& base_;
   const std::string& archive_;
-  PackReport& report_;
+  ProgressRelay& progress_;
+  Report& report_;
   FolderWalk walk_;
-  std::vector<std::string> files_;
-  bool succeeded_ = true;
+  PackableFiles files_;
+  std::string name_;
+  int count_ = 0;
 };
 
 }  // namespace
 
-std::optional<std::vector<std::string>> packableFiles(const std::string& base,
-                                                      const std::string& archive,
-                                                      PackReport& report) {
-  Check check(base, archive, report);
+PackableFiles packableFiles(const std::string& base, const std::string& archive,
+                            ProgressRelay& progress, Report& report) {
+  Check check(base, archive, progress, report);
   check.run();
-  if (!check.succeeded()) return std::nullopt;
+  if (progress.isCancelled()) report.reason = Reason::Cancelled;
   return check.takeFiles();
 }
 

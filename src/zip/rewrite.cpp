@@ -1,26 +1,47 @@
 #include "zip/rewrite.h"
 
-#include <set>
-#include <string_view>
+#include <utility>
 
-#include "path/zero_terminated.h"
 #include "platform/replace_file.h"
+#include "reporting/reasons.h"
 #include "zip/temporary_file.h"
 
 namespace zip {
+
+using FileSystem::Reason;
+using FileSystem::Detail::ProgressRelay;
+
 namespace {
 
-// Copies the entries that stay, and sets `any` if there is one. Returns false if one cannot be
-// copied.
-bool copyEntries(ArchiveReader& reader, ArchiveWriter& writer, const NameSet& dropped, bool& any) {
-  return reader.forEachEntry([&] {
-    const EntryInfo info = reader.describe();
-    // A name that was cut is not the one that the caller passed.
-    if (!info.nameIsCut && dropped.count(callerName(info.name)) != 0) return true;
-    any = true;
-    return writer.copy(reader);
-  });
-}
+// Reports what is copied. Small entries are many, so that each one's own report would take a
+// noticeable part of the time.
+class CopyProgress {
+ public:
+  explicit CopyProgress(ProgressRelay& progress) : progress_(progress) {}
+
+  // The copying of an entry begins. Returns false if the call is cancelled, as the next two do.
+  bool begin(std::string name) {
+    name_ = std::move(name);
+    constexpr int kMostEntries = 1000;
+    return ++entries_ % kMostEntries != 0 || report();
+  }
+  bool advance(std::uint64_t bytes) {
+    bytes_ += bytes;
+    return bytes_ < kReadBlock || report();
+  }
+  bool report() {
+    if (!progress_.isNeeded()) return true;
+    reported_ = name_;
+    return progress_.begin(reported_) && progress_.advance(std::exchange(bytes_, 0));
+  }
+
+ private:
+  ProgressRelay& progress_;
+  std::string name_;
+  std::string reported_;  // remains until the next report
+  int entries_ = 0;
+  std::uint64_t bytes_ = 0;
+};
 
 }  // namespace
 
@@ -30,66 +51,85 @@ Rewrite::Rewrite(const std::string& path) : path_(path) { open(); }
 void Rewrite::open() {
   original_.reset(CreateFileA(path_.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE,
                               nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+  const DWORD error = original_ ? ERROR_SUCCESS : GetLastError();
   reader_.emplace(path_.c_str());
+  if (!original_ || !*reader_) reason_ = reasonForArchive(path_.c_str(), error);
 }
 
-// Walks over the archive once, since looking for a name does so too.
-bool Rewrite::hasAll(const std::vector<std::string>& names) {
-  std::set<std::string_view> missing;
-  for (const std::string& name : names) missing.insert(FileSystem::Detail::upToZero(name));
-  reader_->forEachEntry([&] {
-    const EntryInfo info = reader_->describe();
-    if (!info.nameIsCut) missing.erase(callerName(info.name));
-    return !missing.empty();
-  });
-  return missing.empty();
+std::string Rewrite::nameOf(const EntryInfo& entry) const {
+  return entry.nameIsCut ? reader_->record().name : callerName(entry.name);
 }
 
-Rewrite::Result Rewrite::run(const NameSet& dropped,
-                             const std::function<bool(ArchiveWriter&)>& add) {
-  if (!original_ || !*reader_) return Result::Failed;
-  if (!platform::canReplaceFile(original_.get(), path_.c_str())) return runInPlace(dropped, add);
+bool Rewrite::fail(Reason reason) {
+  reason_ = reason;
+  return false;
+}
+
+bool Rewrite::failWithError() {
+  return fail(FileSystem::Detail::reasonOfError(GetLastError(), Reason::WriteFailed));
+}
+
+bool Rewrite::run(const Plan& plan, ProgressRelay& progress) {
+  if (!original_ || !*reader_) return false;
+  reason_ = Reason::None;
+  if (!platform::canReplaceFile(original_.get(), path_.c_str())) return runInPlace(plan);
   const TemporaryFile copy;
-  if (!copy) return Result::Failed;
+  if (!copy) return failWithError();
   ArchiveWriter writer(copy.path(), ArchiveWriter::Mode::Create);
-  if (!writer) return Result::Failed;
-  bool keepsAny = false;
-  if (!copyEntries(*reader_, writer, dropped, keepsAny) || (add && !add(writer))) {
-    return Result::Failed;
-  }
-  if (!keepsAny && !add) return Result::NothingLeft;
+  if (!writer) return fail(writer.reason());
+  if (!copyEntries(writer, plan, progress) || (plan.add && !plan.add(writer))) return false;
+  if (!keepsAny_ && !plan.add && !plan.mayBeEmpty) return false;
   if (writer.commit(reader_->globalComment().c_str()) != ArchiveWriter::Commit::Complete) {
-    return Result::Failed;
+    return fail(writer.reason());
   }
   reader_->close();
-  return platform::replaceFile(original_, path_.c_str(), copy.path()) ? Result::Replaced
-                                                                      : Result::Failed;
+  return platform::replaceFile(original_, path_.c_str(), copy.path()) || failWithError();
+}
+
+bool Rewrite::copyEntries(ArchiveWriter& writer, const Plan& plan, ProgressRelay& progress) {
+  CopyProgress copied(progress);
+  const auto advance = [&](std::uint64_t size) { return copied.advance(size); };
+  keepsAny_ = false;
+  const bool areAllCopied = reader_->forEachEntry([&] {
+    const EntryInfo info = reader_->describe();
+    std::string name = nameOf(info);
+    if (plan.drops(name)) return true;
+    keepsAny_ = true;
+    failedEntry_ = name;
+    return copied.begin(std::move(name)) && writer.copy(*reader_, advance);
+  });
+  if (areAllCopied) {
+    failedEntry_.clear();
+    return copied.report() || fail(Reason::Cancelled);
+  }
+  const Reason reason = progress.isCancelled() ? Reason::Cancelled : writer.reason();
+  if (progress.isCancelled() || writer.isArchiveAtFault()) failedEntry_.clear();
+  return fail(reason);
 }
 
 // The writer opens the archive for itself alone, and finds the entries in what is there then.
-Rewrite::Result Rewrite::runInPlace(const NameSet& dropped,
-                                    const std::function<bool(ArchiveWriter&)>& add) {
+bool Rewrite::runInPlace(const Plan& plan) {
   reader_.reset();
   original_.reset();
-  const Result result = changeInPlace(dropped, add);
+  const bool isChanged = changeInPlace(plan);
+  const Reason reason = reason_;
   open();
-  return result;
+  reason_ = reason;
+  return isChanged;
 }
 
-Rewrite::Result Rewrite::changeInPlace(const NameSet& dropped,
-                                       const std::function<bool(ArchiveWriter&)>& add) {
+bool Rewrite::changeInPlace(const Plan& plan) {
   ArchiveWriter writer(path_.c_str(), ArchiveWriter::Mode::Append);
-  if (!writer) return Result::Failed;
-  const std::uint32_t kept = writer.drop([&](const std::string& stored) {
-    return stored.size() <= kLongestName && dropped.count(callerName(stored)) != 0;
-  });
-  const bool isEmpty = kept == 0 && !add;
-  if (isEmpty || (add && !add(writer))) {
-    writer.abandon();
-    return isEmpty ? Result::NothingLeft : Result::Failed;
-  }
-  return writer.commit(nullptr) == ArchiveWriter::Commit::Complete ? Result::Replaced
-                                                                   : Result::Failed;
+  if (!writer) return fail(writer.reason());
+  const std::uint32_t kept =
+      writer.drop([&](const std::string& stored) { return plan.drops(callerName(stored)); });
+  if (kept == 0 && !plan.add && !plan.mayBeEmpty) return false;
+  if (plan.add && !plan.add(writer)) return false;
+  return writer.commit(nullptr) == ArchiveWriter::Commit::Complete || fail(writer.reason());
+}
+
+std::function<bool(const std::string&)> dropping(const NameSet& names) {
+  return [&names](const std::string& name) { return names.count(name) != 0; };
 }
 
 }  // namespace zip

@@ -1,12 +1,14 @@
 #pragma once
 // Rewriting an archive without some of its entries.
 
+#include <filesystem/results.h>
+
 #include <functional>
 #include <optional>
 #include <string>
-#include <vector>
 
 #include "platform/unique_handle.h"
+#include "reporting/progress_relay.h"
 #include "zip/archive_reader.h"
 #include "zip/archive_writer.h"
 #include "zip/entry_names.h"
@@ -23,31 +25,50 @@ class Rewrite {
 
   // The archive. No reader if it cannot be opened.
   ArchiveReader& reader() { return *reader_; }
+  // Returns the name of the reader's current entry, as callers know it and whole.
+  std::string nameOf(const EntryInfo& entry) const;
 
-  // True if the archive has an entry of each of these names, which end at their first zero byte.
-  bool hasAll(const std::vector<std::string>& names);
-
-  enum class Result {
-    Replaced,     // the archive has all entries but the dropped ones
-    NothingLeft,  // no entry would remain; the archive is unchanged
-    Failed,       // the archive is unchanged
+  struct Plan {
+    // True for the names, as callers know them, of the entries that are left out.
+    std::function<bool(const std::string& name)> drops;
+    // Appends entries to the copy. May be empty; false is the failure of the rewrite.
+    std::function<bool(ArchiveWriter&)> add;
+    // Whether the archive may end up without entries.
+    bool mayBeEmpty = false;
   };
-  // Replaces the archive by a copy without the entries of `dropped`, in the same order. `add` may
-  // be empty; if not, it appends an entry to the copy, and its failure is that of the rewrite.
+  // Replaces the archive by a copy that the plan describes, with the entries that stay in the same
+  // order. The progress is that of the stored bytes that are copied. On failure, and if the plan's
+  // archive would be empty and may not be, the archive is unchanged.
   //
   // If a copy cannot have the owner and the rights of the archive, the entries are taken out of its
   // directory instead, and what `add` writes is appended. Their bytes remain in the file unless all
   // entries are dropped.
-  Result run(const NameSet& dropped, const std::function<bool(ArchiveWriter&)>& add = {});
+  bool run(const Plan& plan, FileSystem::Detail::ProgressRelay& progress);
+
+  // Why the archive could not be opened, or run() has failed. It is Reason::None if `add` has
+  // failed, or the archive would be empty.
+  FileSystem::Reason reason() const { return reason_; }
+  // The name of the entry that could not be copied, if that is why.
+  const std::string& failedEntry() const { return failedEntry_; }
 
  private:
   void open();
-  Result runInPlace(const NameSet& dropped, const std::function<bool(ArchiveWriter&)>& add);
-  Result changeInPlace(const NameSet& dropped, const std::function<bool(ArchiveWriter&)>& add);
+  bool fail(FileSystem::Reason reason);
+  bool failWithError();
+  bool copyEntries(ArchiveWriter& writer, const Plan& plan,
+                   FileSystem::Detail::ProgressRelay& progress);
+  bool runInPlace(const Plan& plan);
+  bool changeInPlace(const Plan& plan);
 
   std::string path_;
   platform::FileHandle original_;
   std::optional<ArchiveReader> reader_;
+  bool keepsAny_ = false;
+  FileSystem::Reason reason_ = FileSystem::Reason::None;
+  std::string failedEntry_;
 };
+
+// Leaves out the entries of these names, which outlive the result.
+std::function<bool(const std::string&)> dropping(const NameSet& names);
 
 }  // namespace zip

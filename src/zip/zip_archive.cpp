@@ -11,9 +11,9 @@
 #include "reporting/progress_relay.h"
 #include "zip/archive_reader.h"
 #include "zip/archive_writer.h"
+#include "zip/entry_adder.h"
 #include "zip/extraction.h"
 #include "zip/insertion.h"
-#include "zip/list_insertion.h"
 #include "zip/new_archive.h"
 #include "zip/rewrite.h"
 #include "zip/zip_archive_private.h"
@@ -199,8 +199,11 @@ int ZipArchive::insert(const std::vector<unsigned char>& bytes, const std::strin
   const std::string entry(FileSystem::Detail::upToZero(name));
   const auto hasSource = [] { return true; };
   const auto add = [&](zip::ArchiveWriter& writer) {
-    return zip::addBytes(writer, bytes, zip::storedName(entry), comment.c_str(),
-                         m_private->encryption());
+    ProgressRelay progress;
+    SYSTEMTIME now = {};
+    GetSystemTime(&now);
+    return zip::EntryAdder(writer, {m_private->encryption()}, progress)
+               .addBytes(bytes, zip::storedName(entry), comment.c_str(), now) == Reason::None;
   };
   return writing(*m_private, [&](const std::string& path) {
     return zip::insertEntry(path, entry, overwrite != 0, hasSource, add);
@@ -213,35 +216,22 @@ int ZipArchive::insert(const char* source, const char* name, const char* comment
   const char* const entry = *lookup != '\0' ? lookup : source;
   const auto hasSource = [&] { return zip::canOpenSource(source); };
   const auto add = [&](zip::ArchiveWriter& writer) {
-    return zip::addFile(writer, source, zip::storedName(entry), comment != nullptr ? comment : "",
-                        m_private->encryption()) == zip::AddResult::Added;
+    ProgressRelay progress;
+    return zip::EntryAdder(writer, {m_private->encryption()}, progress)
+               .addFile(source, zip::storedName(entry), comment != nullptr ? comment : "") ==
+           Reason::None;
   };
   return writing(*m_private, [&](const std::string& path) {
     return zip::insertEntry(path, lookup, overwrite != 0, hasSource, add);
   });
 }
 
-std::size_t ZipArchive::insertFiles(const std::vector<std::pair<std::string, std::string>>& files,
-                                    int overwrite) {
-  return writing(*m_private, [&](const std::string& path) {
-    return zip::insertFiles(path, files, overwrite != 0, m_private->encryption());
-  });
-}
-
 int ZipArchive::remove(const char* name) {
   return writing(*m_private, [&](const std::string& path) {
     zip::Rewrite archive(path);
+    const zip::NameSet removed{name};
+    ProgressRelay progress;
     return archive.reader().locate(zip::storedName(name)) &&
-           archive.run({name}) == zip::Rewrite::Result::Replaced;
-  });
-}
-
-int ZipArchive::removeEntries(const std::vector<std::string>& names) {
-  return writing(*m_private, [&](const std::string& path) {
-    zip::NameSet dropped;
-    for (const std::string& name : names) dropped.emplace(FileSystem::Detail::upToZero(name));
-    zip::Rewrite archive(path);
-    return !dropped.empty() && archive.hasAll(names) &&
-           archive.run(dropped) == zip::Rewrite::Result::Replaced;
+           archive.run({.drops = zip::dropping(removed), .add = {}}, progress);
   });
 }

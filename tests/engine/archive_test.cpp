@@ -245,7 +245,7 @@ TEST_F(Archive, DroppedEntriesLeaveNoTrace) {
   writeArchive(cut, {{"cut", noise(100000, 9)}});
   const Reader reader(ZipOpenReader(cut.c_str()));
   std::filesystem::resize_file(cut, 80000);
-  EXPECT_LT(ZipCopyEntry(writer, reader.get()), 0);
+  EXPECT_EQ(ZipCopyEntry(writer, reader.get(), nullptr, nullptr), ZipStatusDamagedSource);
   // The next entry drops an open one, and so does the end.
   for (const int raw : {1, 0, 1, 1}) {
     ASSERT_EQ(begin(writer, "dropped", ZipMethodDeflate, raw, -1, "secret"), 0);
@@ -271,11 +271,13 @@ TEST_F(Archive, RefusesInvalidArguments) {
   const int statuses[] = {
       // Without a reader or a writer, or without an entry.
       ZipFirstEntry(nullptr), ZipReadEntry(nullptr, nullptr, 0), ZipCloseWriter(nullptr, nullptr),
-      ZipCopyEntry(nullptr, reader.get()), ZipCopyEntry(writer, nullptr),
-      ZipCopyEntry(writer, reader.get()), ZipSetEncryption(nullptr, ZipEncryptTraditional),
-      ZipWriteEntry(nullptr, "", 0), ZipWriteEntry(writer, "", 0), ZipCloseNewEntry(nullptr),
-      ZipCloseNewEntry(writer), ZipCloseRawEntry(nullptr, 0, 0), ZipCloseRawEntry(writer, 0, 0),
-      ZipCancelNewEntry(nullptr), ZipCancelNewEntry(writer),
+      ZipCopyEntry(nullptr, reader.get(), nullptr, nullptr),
+      ZipCopyEntry(writer, nullptr, nullptr, nullptr),
+      ZipCopyEntry(writer, reader.get(), nullptr, nullptr),
+      ZipSetEncryption(nullptr, ZipEncryptTraditional), ZipWriteEntry(nullptr, "", 0),
+      ZipWriteEntry(writer, "", 0), ZipCloseNewEntry(nullptr), ZipCloseNewEntry(writer),
+      ZipCloseRawEntry(nullptr, 0, 0), ZipCloseRawEntry(writer, 0, 0), ZipCancelNewEntry(nullptr),
+      ZipCancelNewEntry(writer),
       // With values that are not known.
       ZipSetEncryption(writer, 2), begin(nullptr, "n", 0), begin(writer, nullptr, 0),
       begin(writer, "", 0), begin(writer, std::string(65536, 'n').c_str(), 0),

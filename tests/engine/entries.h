@@ -86,7 +86,7 @@ inline void copyArchive(const std::string& path, const std::string& target,
   const Reader reader(ZipOpenReader(path.c_str()));
   ZipWriter* const writer = ZipOpenWriter(target.c_str(), ZipModeCreate);
   forEachEntry(reader.get(), [&](const std::string& name) {
-    EXPECT_EQ(ZipCopyEntry(writer, reader.get()), 0) << name;
+    EXPECT_EQ(ZipCopyEntry(writer, reader.get(), nullptr, nullptr), 0) << name;
   });
   EXPECT_EQ(ZipCloseWriter(writer, comment.c_str()), 0);
 }

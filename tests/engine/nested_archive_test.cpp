@@ -36,7 +36,8 @@ bool copyWithout(const std::string& path, const std::string& target) {
   ZipWriter* const writer = ZipOpenWriter(target.c_str(), ZipModeCreate);
   bool copied = reader != nullptr;
   forEachEntry(reader.get(), [&](const std::string& name) {
-    if (name != "doc.txt") copied = ZipCopyEntry(writer, reader.get()) == 0 && copied;
+    if (name != "doc.txt")
+      copied = ZipCopyEntry(writer, reader.get(), nullptr, nullptr) == 0 && copied;
   });
   return ZipCloseWriter(writer, nullptr) == 0 && copied;
 }

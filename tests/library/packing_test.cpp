@@ -1,5 +1,6 @@
 // Packing of directories: archives for other programs, and failures that change nothing.
 
+#include <filesystem/archive_change.h>
 #include <filesystem/zip.h>
 
 #include <algorithm>
@@ -10,26 +11,28 @@
 
 namespace {
 
-using FileSystem::PackOptions;
-using FileSystem::PackReport;
-using Reason = PackReport::Reason;
+using FileSystem::Encryption;
+using FileSystem::ItemResult;
+using FileSystem::Options;
+using FileSystem::Reason;
+using FileSystem::Report;
 using Reasons = std::vector<std::pair<std::string, Reason>>;
 
 class Packing : public Zip {
  protected:
-  bool pack(const PackOptions& options = {}) {
-    PackReport report;
-    const bool isPacked = FileSystem::packFolder(in_.c_str(), path_.c_str(), options, report);
-    reasons_.clear();
-    for (const PackReport::File& file : report.files) {
-      const bool isInside = file.path.starts_with(in_ + "\\");
-      reasons_.emplace_back(isInside ? file.path.substr(in_.size() + 1) : file.path, file.reason);
-    }
-    std::sort(reasons_.begin(), reasons_.end());
-    return isPacked;
+  Reason pack(const Options& options = {}) {
+    report_ = FileSystem::packFolder(in_.c_str(), path_.c_str(), options);
+    return report_.reason;
+  }
+  // The files that the last call packed, and those that it did not, with their reasons.
+  Reasons items() const {
+    Reasons items;
+    for (const ItemResult& item : report_.items) items.emplace_back(item.name, item.reason);
+    std::sort(items.begin(), items.end());
+    return items;
   }
 
-  Reasons reasons_;  // of the last call, with the paths below the directory
+  Report report_;
 };
 
 TEST_F(Packing, EveryProgramUnpacksTheTree) {
@@ -41,8 +44,8 @@ TEST_F(Packing, EveryProgramUnpacksTheTree) {
       support::writeFile(folder_.file(std::string("in/") + name), name);
     }
   }
-  ASSERT_TRUE(pack());
-  EXPECT_EQ(reasons_, Reasons{});
+  EXPECT_EQ(pack(), Reason::None);
+  EXPECT_TRUE(report_);
   for (const std::string program :
        {"unzip -qq ../a.zip", "7z x ../a.zip", "bsdtar -xf ../a.zip", "busybox unzip -q ../a.zip",
         "python3 -m zipfile -e ../a.zip ."}) {
@@ -85,7 +88,7 @@ TEST_F(Packing, EntriesAreShownWithBackslashes) {
     return shown.size() == 1 && shown[0].starts_with("sub\\gr");
   };
   support::writeFile(folder_.file(support::text("in/sub/größe")), "content");
-  ASSERT_TRUE(pack());
+  ASSERT_EQ(pack(), Reason::None);
   EXPECT_TRUE(isShownWithBackslash());
   EXPECT_EQ(support::outputOf(folder_.path(), "LC_ALL=C.UTF-8 unzip -Z1 a.zip"), "sub/größe\n");
   EXPECT_EQ(readable().exist(name.c_str()), 1);
@@ -112,7 +115,7 @@ TEST_F(Packing, SlashesOfOtherProgramsStay) {
 
 TEST_F(Packing, Encrypts) {
   support::writeFile(folder_.file("in/sub/x"), "content");
-  ASSERT_TRUE(pack({"secret", ZipArchive::Encryption::Traditional}));
+  ASSERT_EQ(pack(Options().setPassword("secret")), Reason::None);
   EXPECT_EQ(contentOf("sub\\x"), "<nothing>");
   EXPECT_EQ(contentOf("sub\\x", "secret"), "content");
 }
@@ -124,27 +127,31 @@ TEST_F(Packing, FailureLeavesTheOldArchive) {
   const std::string before = support::readFile(path_);
   {
     const platform::FileHandle held = support::openFile(folder_.file("in/z"));
-    EXPECT_FALSE(pack());
-    EXPECT_EQ(reasons_, (Reasons{{"z", Reason::Unreadable}}));
+    EXPECT_EQ(pack(), Reason::InUse);
+    EXPECT_EQ(items(), (Reasons{{"z", Reason::InUse}}));
   }
   {
     const platform::FileHandle held = support::openFile(path_);
-    EXPECT_FALSE(pack());
-    EXPECT_EQ(reasons_, (Reasons{{path_, Reason::NotWritten}}));
+    EXPECT_EQ(pack(), Reason::InUse);
+    EXPECT_EQ(items(), Reasons{});
   }
   std::filesystem::rename(in_, in_ + "2");
-  EXPECT_FALSE(pack());
-  EXPECT_EQ(reasons_, (Reasons{{"", Reason::Unreadable}}));
+  EXPECT_EQ(pack(), Reason::Missing);
+  EXPECT_EQ(items(), (Reasons{{"", Reason::Missing}}));
+  in_ += "2\\a";
+  EXPECT_EQ(pack(), Reason::NotAFolder);
   EXPECT_TRUE(support::readFile(path_) == before);
+  path_ = folder_.name();
+  EXPECT_EQ(pack(), Reason::IsAFolder);
 }
 
 TEST_F(Packing, TheArchiveItselfIsNotPacked) {
   support::writeFile(folder_.file("in/x"), "");
   path_ = folder_.file("in/a.zip");
   for (int i = 0; i < 2; ++i) {
-    EXPECT_TRUE(pack());
+    EXPECT_EQ(pack(), Reason::None);
     EXPECT_EQ(names(), Names{"x"});
-    EXPECT_EQ(reasons_, Reasons{});
+    EXPECT_EQ(items(), (Reasons{{"x", Reason::None}}));
   }
 }
 

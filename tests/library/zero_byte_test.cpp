@@ -1,6 +1,7 @@
 // Texts with a zero byte in them, such as a whole buffer: paths and names end there, other texts do
 // not.
 
+#include <filesystem/archive_change.h>
 #include <filesystem/files.h>
 #include <filesystem/path.h>
 #include <filesystem/stream.h>
@@ -90,6 +91,10 @@ class World {
   support::TemporaryFolder folder_;
 };
 
+std::string reasonOf(ArchiveChange& change, const World& world) {
+  return reasonText(change.apply(world.path("a.zip").c_str()).reason);
+}
+
 using In = const World&;
 
 std::string textOf(const std::string& text) { return text; }
@@ -147,24 +152,30 @@ const Export kExports[] = {
      [](In world, Pass pass) { return world.archive().insert({'n'}, pass("new"), "", 0); }},
     {"ZipArchiveInsertComment",
      [](In world, Pass pass) { return world.archive().insert({'n'}, "new", pass("comment"), 0); }},
-    {"ZipArchiveRemoveEntries",
+    {"ArchiveChangeRemove",
      [](In world, Pass pass) {
-       ZipArchive archive = world.archive();
-       archive.insert({'n'}, "new", "", 0);
-       return archive.removeEntries({pass("entry")});
+       ArchiveChange change;
+       change.remove(pass("entry"));
+       return reasonOf(change, world);
      }},
-    {"ZipArchiveInsertFilesPath",
+    {"ArchiveChangeInsertFilePath",
      [](In world, Pass pass) {
-       return world.archive().insertFiles({{pass(world.path("in\\a.txt")), "a"}}, 0);
+       ArchiveChange change;
+       change.insertFile(pass(world.path("in\\a.txt")), "a");
+       return reasonOf(change, world);
      }},
-    {"ZipArchiveInsertFilesName",
+    {"ArchiveChangeInsertName",
      [](In world, Pass pass) {
-       return world.archive().insertFiles({{world.path("in\\a.txt"), pass("a")}}, 0);
+       ArchiveChange change;
+       change.insertBytes({'n'}, pass("new"), pass("comment"));
+       return reasonOf(change, world);
      }},
-    {"ZipArchiveInsertFilesTwice",
+    {"ArchiveChangeInsertTwice",
      [](In world, Pass pass) {
-       return world.archive().insertFiles(
-           {{world.path("in\\a.txt"), "a"}, {world.path("in\\a.txt"), pass("a")}}, 0);
+       ArchiveChange change;
+       change.insertBytes({'n'}, "new");
+       change.insertBytes({'n'}, pass("new"));
+       return reasonOf(change, world);
      }},
 };
 

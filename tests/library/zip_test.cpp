@@ -127,71 +127,6 @@ TEST_F(Zip, InsertionReplacesOnlyOnRequest) {
   EXPECT_EQ(contentOf("a"), "second");
 }
 
-// Each row inserts files, named by their content, as the entries of those names.
-TEST_F(Zip, ListInsertion) {
-  using Files = std::vector<std::pair<std::string, std::string>>;
-  const struct {
-    Files files;
-    int overwrite;
-    std::size_t inserted;
-    Names names;
-    const char* contents;  // of all entries
-  } rows[] = {
-      {{}, 1, 0, {"a", "b", "c"}, "abc"},
-      {{{"1", "d"}, {"2", "e"}}, 0, 2, {"a", "b", "c", "d", "e"}, "abc12"},
-      {{{"1", "d"}, {"2", "b"}, {"3", "e"}}, 0, 1, {"a", "b", "c", "d"}, "abc1"},
-      {{{"1", "d"}, {"2", "b"}, {"3", "a"}}, 1, 3, {"c", "d", "b", "a"}, "c123"},
-      {{{"1", "d"}, {"2", "e"}, {"3", "d"}}, 1, 2, {"a", "b", "c", "d", "e"}, "abc12"},
-      {{{"1", "a"}, {"2", "a"}}, 1, 1, {"b", "c", "a"}, "bc1"},
-      {{{"missing", "d"}}, 1, 0, {"a", "b", "c"}, "abc"},
-      // The first failure ends the list, and entries whose files were not inserted are kept.
-      {{{"1", "d"}, {"missing", "e"}, {"3", "f"}}, 1, 1, {"a", "b", "c", "d"}, "abc1"},
-      {{{"1", "b"}, {"missing", "a"}, {"3", "c"}}, 1, 1, {"a", "c", "b"}, "ac1"},
-      {{{"missing", "a"}, {"3", "c"}}, 1, 0, {"a", "b", "c"}, "abc"},
-  };
-  for (const char* const content : {"1", "2", "3"}) {
-    support::writeFile(folder_.file(content), content);
-  }
-  for (const auto& row : rows) {
-    SCOPED_TRACE(&row - rows);
-    make({"a", "b", "c"});
-    ZipArchive archive = writable();
-    Files files = row.files;
-    for (auto& file : files) file.first = folder_.file(file.first);
-    EXPECT_EQ(archive.insertFiles(files, row.overwrite), row.inserted);
-    EXPECT_EQ(archive.canWrite(), 1);
-    archive.close();
-    EXPECT_EQ(names(), row.names);
-    std::string contents;
-    for (const std::string& name : names()) contents += contentOf(name.c_str());
-    EXPECT_EQ(contents, row.contents);
-  }
-  EXPECT_EQ(readable().insertFiles(Files{{folder_.file("1"), "d"}}, 1), 0U);
-}
-
-TEST_F(Zip, ListInsertionTakesBothSeparatorsForOne) {
-  const struct {
-    const char* first;
-    const char* second;
-    int overwrite;
-    std::size_t inserted;
-    Names names;
-  } rows[] = {
-      {"s\\a", "s\\c", 1, 2, {"s/b", "s\\a", "s\\c"}},
-      {"s\\b", "s/a", 1, 2, {"s\\b", "s/a"}},
-      {"s/c", "s\\b", 0, 1, {"s/a", "s\\a", "s/b", "s/c"}},
-      {"s/c", "s\\c", 1, 1, {"s/a", "s\\a", "s/b", "s/c"}},
-  };
-  support::writeFile(in_, "new");
-  for (const auto& row : rows) {
-    SCOPED_TRACE(&row - rows);
-    make({"s/a", "s\\a", "s/b"});
-    EXPECT_EQ(writable().insertFiles({{in_, row.first}, {in_, row.second}}, row.overwrite),
-              row.inserted);
-    EXPECT_EQ(names(), row.names);
-  }
-}
-
 // Entries from bytes and from files, as Python reads them.
 TEST_F(Zip, InsertedEntries) {
   const support::TwoHoursEast zone;
@@ -255,10 +190,6 @@ TEST_F(Zip, InsertionIntoWhatIsNoArchive) {
   support::writeFile(path_, "");
   EXPECT_EQ(writable().insert(bytesOf("x"), "x", "", 1), 1);
   EXPECT_EQ(contentOf("x"), "x");
-  // A list of files is appended to one without bytes, too.
-  support::writeFile(in_, "x");
-  support::writeFile(path_, "");
-  EXPECT_EQ(writable().insertFiles({{in_, "x"}}, 1), 1U);
 }
 
 // An insertion reads and writes the new entry and the central directory only. A removal copies the
@@ -306,25 +237,6 @@ TEST_F(Zip, Removal) {
   EXPECT_EQ(writable().insert(bytesOf("new"), "new", "", 0), 1);
   EXPECT_EQ(writable().remove("new"), 1);
   EXPECT_TRUE(support::readFile(path_) == foreign);
-}
-
-// All of a list are removed, or none.
-TEST_F(Zip, RemovalOfAList) {
-  struct Row {
-    Names list;
-    int result;
-    Names left;
-  };
-  const Names all{"a", "B", "b", "d\\c"};
-  for (const Row& row : {Row{{"a", "d\\c"}, 1, {"B", "b"}}, Row{{"a", "a"}, 1, {"B", "b", "d\\c"}},
-                         Row{{"b", "B"}, 1, {"a", "d\\c"}}, Row{{"b"}, 1, {"a", "d\\c"}},
-                         Row{{"a", "missing"}, 0, all}, Row{{"a", "A"}, 0, all}, Row{{""}, 0, all},
-                         Row{{}, 0, all}, Row{all, 0, all}}) {
-    make(all);
-    EXPECT_EQ(writable().removeEntries(row.list), row.result) << testing::PrintToString(row.list);
-    EXPECT_EQ(names(), row.left) << testing::PrintToString(row.list);
-  }
-  EXPECT_EQ(readable().removeEntries({"a"}), 0);
 }
 
 // A name that is too long for the library is not taken for another one that it begins with.

@@ -1,5 +1,6 @@
 #include "operations.h"
 
+#include <filesystem/archive_change.h>
 #include <filesystem/enumeration.h>
 #include <filesystem/files.h>
 #include <filesystem/stream.h>
@@ -16,6 +17,8 @@
 namespace operations {
 namespace {
 
+using FileSystem::ArchiveChange;
+using FileSystem::packFolder;
 using In = const std::string&;  // the folder of the operation
 
 const std::string kText(100000, 'l');
@@ -44,6 +47,10 @@ bool packs(const std::string& folder, const char* archive) {
 
 bool copies(const std::string& folder, const char* target) {
   return FileSystem::CopyContent(folder + "in/", folder + target) == 2;
+}
+
+bool applies(ArchiveChange& change, const std::string& folder, const char* archive) {
+  return static_cast<bool>(change.apply((folder + archive).c_str()));
 }
 
 // Gives the archive a second name, beside the folder, so that no new file can take its place.
@@ -75,15 +82,45 @@ const Operation kOperations[] = {
      },
      kEmpty},
     {"replace", [](In in) { return writable(in).insert({'n'}, "deep\\old", "", 1) == 1; }},
-    {"insert_files",
+    {"change_by_appending",
      [](In in) {
-       return writable(in).insertFiles({{in + "in/small", "new"}, {in + "in/deep/large", "newer"}},
-                                       0) == 2;
+       ArchiveChange change;
+       change.insertFile(in + "in/small", "new");
+       change.insertFile(in + "in/deep/large", "newer");
+       return applies(change, in, "a.zip");
+     }},
+    {"change_by_appending_much",
+     [](In in) {
+       ArchiveChange change;
+       change.insertBytes({'x'}, "new");
+       change.insertBytes(muchNoise(), "newer");
+       return applies(change, in, "a.zip");
      },
-     kInParts},
-    {"replace_from_a_list",
+     kLarge},
+    {"change_by_rewriting",
      [](In in) {
-       return writable(in).insertFiles({{in + "in/deep/large", "kept"}}, 1) == 1;
+       ArchiveChange change;
+       change.remove("deep\\old");
+       change.insertFile(in + "in/deep/large", "kept");
+       return applies(change, in, "a.zip");
+     }},
+    {"change_in_place",
+     [](In in) {
+       ArchiveChange change;
+       change.remove("kept");
+       change.insertFile(in + "in/small", "new");
+       return links(in) && applies(change, in, "a.zip");
+     }},
+    {"change_of_nothing_to_an_archive",
+     [](In in) {
+       ArchiveChange change;
+       change.insertFile(in + "in/small", "new");
+       change.insertBytes(bytesOf(kText), "newer");
+       return applies(change, in, "b.zip");
+     }},
+    {"pack_folder",
+     [](In in) {
+       return static_cast<bool>(packFolder((in + "in").c_str(), (in + "a.zip").c_str()));
      }},
     {"remove", [](In in) { return writable(in).remove("kept") == 1; }},
     {"create", [](In in) { return ZipArchive().create((in + "b.zip").c_str(), 0) == 1; }, kInParts},

@@ -1,5 +1,6 @@
 // Packing of directories with files that only Linux has, and on a full disk.
 
+#include <filesystem/archive_change.h>
 #include <filesystem/zip.h>
 #include <grp.h>
 #include <sys/stat.h>
@@ -14,8 +15,10 @@
 
 namespace {
 
-using FileSystem::PackReport;
-using Reason = PackReport::Reason;
+using FileSystem::ArchiveChange;
+using FileSystem::ItemResult;
+using FileSystem::Reason;
+using FileSystem::Report;
 
 class PackingOnLinux : public Zip {
  protected:
@@ -26,19 +29,19 @@ class PackingOnLinux : public Zip {
     chmod(folder_.name().c_str(), 0777);
   }
   bool pack() {
-    report_ = {};
-    return FileSystem::packFolder(in_.c_str(), path_.c_str(), {}, report_);
+    report_ = FileSystem::packFolder(in_.c_str(), path_.c_str());
+    return report_.reason == Reason::None;
   }
-  // The path that is reported for a reason; empty if there is none.
+  // The name that is reported for a reason; empty if there is none.
   std::string reported(Reason reason) const {
-    for (const PackReport::File& file : report_.files) {
-      if (file.reason == reason) return file.path;
+    for (const ItemResult& item : report_.items) {
+      if (item.reason == reason) return item.name;
     }
     return {};
   }
   bool isUnchanged() const { return support::readFile(path_) == before_; }
 
-  PackReport report_;
+  Report report_;
   std::string before_;
 };
 
@@ -49,7 +52,7 @@ TEST_F(PackingOnLinux, LargeFile) {
   support::writeFile(large, "");
   ASSERT_EQ(truncate(large.c_str(), off_t{5} << 30), 0);
   EXPECT_FALSE(pack());
-  EXPECT_EQ(reported(Reason::TooLarge), in_ + "\\z");
+  EXPECT_EQ(reported(Reason::TooLarge), "z");
   EXPECT_TRUE(isUnchanged());
   // The entries before it are in the archive.
   EXPECT_FALSE(FRT_ZIP_FOLDER(in_.c_str(), path_.c_str()));
@@ -71,14 +74,14 @@ TEST_F(PackingOnLinux, LongPaths) {
 TEST_F(PackingOnLinux, LongNames) {
   if (!support::fileSystem().anyName) GTEST_SKIP() << "no name has a backslash here";
   const std::string stored(100, '\\');
-  std::string shown = in_ + "\\sub\\";
+  std::string shown = "sub\\";
   for (std::size_t i = 0; i < stored.size(); ++i) shown += "\uf05c";
   for (const char* below : {"", "/file"}) {
     std::filesystem::remove_all(folder_.file("in/sub"));
     support::writeFile(folder_.file("in/sub/b"), "");
     support::writeFile(folder_.file("in/sub/") + stored + below, "");
     EXPECT_FALSE(pack());
-    EXPECT_EQ(report_.files.size(), 1U);
+    EXPECT_EQ(report_.items.size(), 1U);
     EXPECT_EQ(reported(Reason::PathTooLong), shown);
     EXPECT_TRUE(isUnchanged());
   }
@@ -88,7 +91,7 @@ TEST_F(PackingOnLinux, SpecialFilesAreLeftOut) {
   if (!support::fileSystem().links || !support::fileSystem().fifos) GTEST_SKIP() << "no links here";
   ASSERT_EQ(support::run(folder_.path(), "mkfifo in/fifo && ln -s nothing in/link"), 0);
   EXPECT_TRUE(pack());
-  EXPECT_EQ(report_.files.size(), 2U);
+  EXPECT_EQ(report_.items.size(), 3U);
   EXPECT_FALSE(reported(Reason::NotAFile).empty());
   EXPECT_EQ(names(), Names{"a"});
 }
@@ -100,7 +103,7 @@ TEST_F(PackingOnLinux, UnreadableDirectory) {
       0);
   support::ForkedProcess unprivileged([&](const auto&) {
     if (geteuid() == 0 && (setgid(1001) != 0 || setuid(1001) != 0)) return 2;
-    return !pack() && reported(Reason::Unreadable) == in_ + "\\private\\" ? 1 : 0;
+    return !pack() && reported(Reason::NoPermission) == "private\\" ? 1 : 0;
   });
   EXPECT_EQ(unprivileged.wait(), 1);
   EXPECT_TRUE(isUnchanged());
@@ -110,8 +113,8 @@ TEST_F(PackingOnLinux, UnreadableDirectory) {
 TEST_F(PackingOnLinux, FullDisk) {
   support::writeFile(folder_.file("in/large"), support::noise(5 << 20));
   constexpr rlim_t kLimit = 2 << 20;
-  EXPECT_TRUE(support::withinSize(
-      kLimit, [&] { return !pack() && reported(Reason::NotWritten) == path_; }));
+  EXPECT_TRUE(
+      support::withinSize(kLimit, [&] { return !pack() && report_.reason == Reason::DiskFull; }));
   EXPECT_TRUE(isUnchanged());
   EXPECT_FALSE(
       support::withinSize(kLimit, [&] { return FRT_ZIP_FOLDER(in_.c_str(), path_.c_str()); }));
@@ -145,14 +148,27 @@ TEST_F(PackingOnLinux, AColleaguesArchiveKeepsItsFile) {
        {"y", "z", "x"}},
       {"list",
        [&] {
-         return writable().insertFiles({{source, "x"}, {source, "n"}}, 1) == 2;
+         ArchiveChange change;
+         change.insertFile(source, "x");
+         change.insertFile(source, "n");
+         return static_cast<bool>(change.apply(path_.c_str()));
        },
        {"y", "z", "x", "n"}},
       {"list with a missing file",
        [&] {
-         return writable().insertFiles({{source, "x"}, {"none", "y"}}, 1) == 1;
+         ArchiveChange change;
+         change.insertFile(source, "x");
+         change.insertFile("none", "y");
+         return change.apply(path_.c_str()).reason == Reason::Missing;
        },
-       {"y", "z", "x"}},
+       {"x", "y", "z"}},
+      {"remove all",
+       [&] {
+         ArchiveChange change;
+         for (const char* name : {"x", "y", "z"}) change.remove(name);
+         return static_cast<bool>(change.apply(path_.c_str()));
+       },
+       {}},
       {"create", [&] { return ZipArchive().create(path_.c_str(), 1) == 1; }, {}},
       {"export", [&] { return FRT_ZIP_FOLDER(in_.c_str(), path_.c_str()); }, {"a"}},
       {"pack", [&] { return pack(); }, {"a"}},
@@ -189,7 +205,7 @@ TEST_F(PackingOnLinux, AFileInPlaceDoesNotGrow) {
   if (!support::fileSystem().links) GTEST_SKIP() << "no links here";
   const std::string fresh = folder_.file("fresh.zip");
   const auto packFresh = [&] {
-    return FileSystem::packFolder(in_.c_str(), fresh.c_str(), {}, report_);
+    return static_cast<bool>(FileSystem::packFolder(in_.c_str(), fresh.c_str()));
   };
   support::writeFile(folder_.file("in/large"), support::noise(1200000));
   ASSERT_TRUE(pack() && packFresh());

@@ -1,6 +1,7 @@
 // Archives with links, with temporary files, and on a full disk.
 
 #include <fcntl.h>
+#include <filesystem/archive_change.h>
 #include <filesystem/zip.h>
 
 #include <cstdio>
@@ -119,18 +120,15 @@ TEST_F(ZipOnLinux, AbandonedTemporaryFilesAreDeleted) {
             "~zaB1.TMP ~zaC1.TMP ~zaNote.TMP ");
 }
 
-// A list is appended in part, and the result is how many were.
-TEST_F(ZipOnLinux, InsertionOfAListOnAFullDisk) {
-  std::vector<std::pair<std::string, std::string>> files;
-  for (int i = 0; i < 2000; ++i) {
-    files.emplace_back(in_, std::string(200, 'n') + std::to_string(i));
-  }
-  support::writeFile(in_, "");
+// A list is appended completely or not at all.
+TEST_F(ZipOnLinux, ChangeOnAFullDisk) {
+  FileSystem::ArchiveChange change;
+  for (int i = 0; i < 2000; ++i) change.insertBytes({}, std::string(200, 'n') + std::to_string(i));
   make({"first"});
-  EXPECT_TRUE(support::withinSize(800'000, [&] {
-    const std::size_t count = writable().insertFiles(files, 0);
-    return count > 1000 && count < 2000 && count + 1 == names().size();
-  }));
+  const std::string before = support::readFile(path_);
+  EXPECT_TRUE(support::withinSize(
+      800'000, [&] { return change.apply(path_.c_str()).reason == FileSystem::Reason::DiskFull; }));
+  EXPECT_TRUE(support::readFile(path_) == before);
 }
 
 // A process that is killed while it replaces an archive can leave the new version beside it.

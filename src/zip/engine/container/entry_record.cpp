@@ -35,6 +35,13 @@ void appendLocalHeader(Bytes& out, const EntryRecord& record) {
   appendBytes(out, record.localExtra);
 }
 
+void appendDescriptor(Bytes& out, const EntryRecord& record) {
+  append32(out, kDescriptorSignature);
+  append32(out, record.crc);
+  append32(out, record.compressedSize);
+  append32(out, record.uncompressedSize);
+}
+
 void appendCentralRecord(Bytes& out, const EntryRecord& record, std::uint64_t localOffset) {
   const bool far = localOffset >= kSaturated32;
   append32(out, kCentralSignature);

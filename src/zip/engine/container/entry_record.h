@@ -31,6 +31,8 @@ struct EntryRecord {
 inline constexpr std::size_t kZip64OffsetBlock = 12;
 
 void appendLocalHeader(Bytes& out, const EntryRecord& record);
+// The data descriptor, which follows the data.
+void appendDescriptor(Bytes& out, const EntryRecord& record);
 // `localOffset` counts from the archive's base.
 void appendCentralRecord(Bytes& out, const EntryRecord& record, std::uint64_t localOffset);
 

@@ -4,25 +4,27 @@
 
 #include "zip/engine/container/extra_field.h"
 #include "zip/engine/reading/reader.h"
+#include "zip/engine/writing/writer.h"
 
 namespace zip_engine {
 namespace {
 
 // Copies stored bytes unchanged.
-bool copyBytes(ZipReader& from, std::uint64_t position, std::uint64_t size, Transaction& to) {
+int copyBytes(ZipReader& from, std::uint64_t position, std::uint64_t size, Transaction& to,
+              const std::function<bool(std::uint64_t)>& advance) {
   constexpr std::uint64_t kBlock = 1 << 20;
   while (size > 0) {
     const std::size_t count = static_cast<std::size_t>(std::min(size, kBlock));
     Bytes& buffer = to.buffer();
     const std::size_t start = buffer.size();
     buffer.resize(start + count);
-    if (!readBytes(from, position, buffer.data() + start, count) || !to.flushIfLarge()) {
-      return false;
-    }
+    if (!readBytes(from, position, buffer.data() + start, count)) return ZipStatusDamagedSource;
+    if (!to.flushIfLarge()) return kFailure;
+    if (!advance(count)) return ZipStatusCancelled;
     position += count;
     size -= count;
   }
-  return true;
+  return kSuccess;
 }
 
 }  // namespace
@@ -44,8 +46,8 @@ EntryRecord recordOf(const CentralRecord& central, const LocalEntry& local) {
           .comment = {reinterpret_cast<const char*>(central.comment()), central.commentLength()}};
 }
 
-bool copyEntry(Transaction& archive, EntryRecord& record, ZipReader& from,
-               std::uint64_t dataPosition) {
+int copyEntry(Transaction& archive, EntryRecord& record, ZipReader& from,
+              std::uint64_t dataPosition, const std::function<bool(std::uint64_t)>& advance) {
   // The password of an encrypted entry with a descriptor is checked against its time, so it keeps
   // its descriptor. All others get their sizes into the local header.
   const bool descriptor =
@@ -58,14 +60,12 @@ bool copyEntry(Transaction& archive, EntryRecord& record, ZipReader& from,
     local.flags = record.flags;
   }
   appendLocalHeader(archive.buffer(), local);
-  if (!copyBytes(from, dataPosition, record.compressedSize, archive)) return false;
+  const int status = copyBytes(from, dataPosition, record.compressedSize, archive, advance);
+  if (status != kSuccess) return status;
   if (descriptor) {
-    append32(archive.buffer(), kDescriptorSignature);
-    append32(archive.buffer(), record.crc);
-    append32(archive.buffer(), record.compressedSize);
-    append32(archive.buffer(), record.uncompressedSize);
+    appendDescriptor(archive.buffer(), record);
   }
-  return archive.flushIfLarge();
+  return archive.flushIfLarge() ? kSuccess : kFailure;
 }
 
 }  // namespace zip_engine

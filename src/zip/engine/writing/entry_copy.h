@@ -2,6 +2,7 @@
 // Copying an entry of one archive to another as it is stored.
 
 #include <cstdint>
+#include <functional>
 
 #include "zip/engine.h"
 #include "zip/engine/container/central_directory.h"
@@ -15,7 +16,8 @@ namespace zip_engine {
 EntryRecord recordOf(const CentralRecord& central, const LocalEntry& local);
 
 // Appends the local header, the data and the descriptor of the entry, and completes its record.
-bool copyEntry(Transaction& archive, EntryRecord& record, ZipReader& from,
-               std::uint64_t dataPosition);
+// Calls `advance` with the size of each block. Returns a status of the engine.
+int copyEntry(Transaction& archive, EntryRecord& record, ZipReader& from,
+              std::uint64_t dataPosition, const std::function<bool(std::uint64_t)>& advance);
 
 }  // namespace zip_engine

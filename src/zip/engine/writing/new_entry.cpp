@@ -50,8 +50,10 @@ void NewEntry::beginEncryption(const NewEntryOptions& options) {
     aes_.emplace(options.password, parameters, header.data());
     header.insert(header.end(), aes_->verifier(), aes_->verifier() + kAesVerifierSize);
   } else {
-    // A reader recognizes a wrong password by the last byte.
-    header.back() = static_cast<unsigned char>(expectedCrc_ >> 24);
+    if (!options.knowsCrc) record_.flags |= kFlagDescriptor;
+    // A reader recognizes a wrong password by the last byte: that of the CRC, or of the time.
+    const std::uint32_t check = hasDescriptor() ? record_.dosDate << 16 : expectedCrc_;
+    header.back() = static_cast<unsigned char>(check >> 24);
     cipher_.emplace(options.password);
     cipher_->encrypt(header.data(), header.size());
   }
@@ -140,7 +142,7 @@ bool NewEntry::add(const unsigned char* data, std::size_t size) {
 }
 
 bool NewEntry::finish() {
-  if (failed_ || raw_ || (cipher_ && crc_ != expectedCrc_)) return false;
+  if (failed_ || raw_ || hasWrongCrc()) return false;
   record_.crc = aes_ ? 0 : crc_;
   record_.uncompressedSize = static_cast<std::uint32_t>(plain_);
   if (method_ == ZipMethodDeflate) {
@@ -182,11 +184,17 @@ bool NewEntry::complete() {
   return patchHeader();
 }
 
+// The sizes and the CRC are in the local header, or else in the descriptor.
 bool NewEntry::patchHeader() {
   record_.compressedSize = static_cast<std::uint32_t>(stored_);
+  EntryRecord local = record_;
+  if (hasDescriptor()) local.crc = local.compressedSize = local.uncompressedSize = 0;
   Bytes header;
-  appendLocalHeader(header, record_);
-  return archive_.patch(start_, header.data(), header.size());
+  appendLocalHeader(header, local);
+  if (!archive_.patch(start_, header.data(), header.size())) return false;
+  if (!hasDescriptor()) return true;
+  appendDescriptor(archive_.buffer(), record_);
+  return archive_.flushIfLarge();
 }
 
 }  // namespace zip_engine

@@ -17,6 +17,7 @@ struct NewEntryOptions {
   bool raw;
   const char* password;       // null for none; not used for raw data
   bool usesAes;               // with a password; else the traditional encryption
+  bool knowsCrc;              // if not, an entry with that encryption gets a descriptor
   std::uint32_t expectedCrc;  // of the plain data, for the traditional encryption
 };
 
@@ -36,12 +37,15 @@ class NewEntry {
   bool isTooLarge() const { return plain_ >= kSaturated32 || stored_ >= kSaturated32; }
 
   // True if the content was not the one whose CRC was passed.
-  bool hasWrongCrc() const { return cipher_ && !failed_ && crc_ != expectedCrc_; }
+  bool hasWrongCrc() const {
+    return cipher_ && !hasDescriptor() && !failed_ && crc_ != expectedCrc_;
+  }
 
   const EntryRecord& record() const { return record_; }
   std::uint64_t start() const { return start_; }
 
  private:
+  bool hasDescriptor() const { return (record_.flags & kFlagDescriptor) != 0; }
   void beginEncryption(const NewEntryOptions& options);
   void setMethod(std::uint16_t method);
   void encrypt(unsigned char* bytes, std::size_t size);

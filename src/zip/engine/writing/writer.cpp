@@ -1,71 +1,22 @@
-// The writing calls: new entries, copied entries, and their commit.
+// The writing calls: new entries and their commit.
+
+#include "zip/engine/writing/writer.h"
 
 #include <algorithm>
 #include <memory>
-#include <optional>
 #include <string>
 #include <utility>
-#include <vector>
 
 #include "zip/engine/codec/methods.h"
 #include "zip/engine/container/end_record.h"
 #include "zip/engine/container/entry_name.h"
 #include "zip/engine/reading/entry_map.h"
-#include "zip/engine/reading/reader.h"
-#include "zip/engine/writing/entry_copy.h"
-#include "zip/engine/writing/new_entry.h"
 
 using namespace zip_engine;
 
 namespace {
 
-// The central records of an archive that stay in it.
-struct KeptRecords {
-  Bytes blob;
-  std::uint64_t count = 0;
-};
-
-}  // namespace
-
-struct ZipWriter {
-  struct Completed {
-    std::uint64_t start;      // absolute position of the local header
-    std::size_t recordStart;  // offset of the record in `records`
-  };
-
-  Transaction archive;
-  int mode = ZipModeAppend;
-  bool usesAes = false;      // for entries with a password
-  bool usesSlashes = false;  // in the names of new entries
-  SamplingDeflater deflater;
-  std::optional<NewEntry> entry;
-  std::optional<KeptRecords> kept;  // if entries of the archive were dropped
-  Bytes records;                    // the central records of the completed entries
-  std::vector<Completed> completed;
-
-  void add(const EntryRecord& record, std::uint64_t start) {
-    completed.push_back({start, records.size()});
-    appendCentralRecord(records, record, start - archive.base());
-  }
-  void dropLast() {
-    archive.rewind(completed.back().start);
-    records.resize(completed.back().recordStart);
-    completed.pop_back();
-  }
-  void dropOpen() {
-    if (!entry) return;
-    archive.rewind(entry->start());
-    entry.reset();
-  }
-};
-
-namespace {
-
-constexpr int kSuccess = 0;
-constexpr int kFailure = -1;
 constexpr int kIncomplete = 1;
-
-constexpr std::size_t kLongestField = 0xFFFF;
 
 Bytes bytesOf(const void* data, std::uint32_t size) {
   const auto* const bytes = static_cast<const unsigned char*>(data);
@@ -92,14 +43,6 @@ void setName(EntryRecord& record, const char* name, bool withSlashes) {
   } else if (stored.encoding == NameEncoding::Utf8) {
     record.flags |= kFlagUtf8;
   }
-}
-
-// Reports whether the lengths of the variable fields can be written, with `added` more bytes in the
-// extra fields.
-bool fitsFields(const EntryRecord& record, std::size_t added) {
-  return record.name.size() <= kLongestField && record.comment.size() <= kLongestField &&
-         record.localExtra.size() <= kLongestField - added &&
-         record.centralExtra.size() <= kLongestField - kZip64OffsetBlock - added;
 }
 
 int statusOf(const NewEntry& entry, bool succeeded) {
@@ -158,6 +101,14 @@ void ZipSetSlashes(ZipWriter* writer, int slashes) {
   if (writer != nullptr) writer->usesSlashes = slashes != 0;
 }
 
+void ZipSetUnknownCrc(ZipWriter* writer, int isUnknown) {
+  if (writer != nullptr) writer->knowsCrc = isUnknown == 0;
+}
+
+void ZipSetAllOrNone(ZipWriter* writer) {
+  if (writer != nullptr) writer->isAllOrNone = true;
+}
+
 int ZipOpenNewEntry(ZipWriter* writer, const char* name, const ZipNewEntryInfo* info,
                     const void* localExtra, std::uint32_t localExtraLength,
                     const void* centralExtra, std::uint32_t centralExtraLength, const char* comment,
@@ -186,6 +137,7 @@ int ZipOpenNewEntry(ZipWriter* writer, const char* name, const ZipNewEntryInfo* 
                                         .raw = raw != 0,
                                         .password = password,
                                         .usesAes = isAes,
+                                        .knowsCrc = writer->knowsCrc,
                                         .expectedCrc = crc});
   return kSuccess;
 }
@@ -218,45 +170,6 @@ int ZipCancelNewEntry(ZipWriter* writer) {
   return kSuccess;
 }
 
-int ZipCopyEntry(ZipWriter* writer, ZipReader* reader) {
-  if (writer == nullptr || reader == nullptr) return kFailure;
-  writer->dropOpen();
-  CentralRecord central;
-  const LocalEntry* const local = readCurrent(*reader, central);
-  if (local == nullptr || !local->hasSumsOf(central)) return kFailure;
-  if (central.compressedSize >= kSaturated32 || central.uncompressedSize >= kSaturated32) {
-    return kFailure;
-  }
-  EntryRecord record = recordOf(central, *local);
-  if (!fitsFields(record, 0)) return kFailure;
-  const std::uint64_t start = writer->archive.position();
-  if (!copyEntry(writer->archive, record, *reader, local->dataPosition())) {
-    writer->archive.rewind(start);
-    return kFailure;
-  }
-  writer->add(record, start);
-  return kSuccess;
-}
-
-std::uint32_t ZipDropEntries(ZipWriter* writer, bool (*drops)(const char* name, void* context),
-                             void* context) {
-  if (writer == nullptr) return 0;
-  KeptRecords& kept = writer->kept.emplace();
-  const CentralDirectory& before = writer->archive.before();
-  std::string converted;
-  for (std::size_t at = 0; at < before.blob.size();) {
-    const CentralRecord record = recordAt(before, at);
-    const std::string name(oemName(record, converted));
-    if (!drops(name.c_str(), context)) {
-      kept.blob.insert(kept.blob.end(), record.bytes, record.bytes + record.size());
-      ++kept.count;
-    }
-    at += record.size();
-  }
-  if (kept.count == 0) writer->archive.beginPastEnd();
-  return static_cast<std::uint32_t>(kept.count);
-}
-
 void ZipAbandonWriter(ZipWriter* writer) {
   if (writer == nullptr) return;
   const std::unique_ptr<ZipWriter> owner(writer);
@@ -285,7 +198,8 @@ int ZipCloseWriter(ZipWriter* writer, const char* globalComment) {
     return kSuccess;
   }
   // The disk may still have space for the first of many entries.
-  while (!writer->completed.empty() && !writer->kept) {
+  const DWORD error = GetLastError();
+  while (!writer->completed.empty() && !writer->kept && !writer->isAllOrNone) {
     constexpr std::size_t kShare = 16;
     for (std::size_t count = writer->completed.size() / kShare + 1; count > 0; --count) {
       writer->dropLast();
@@ -293,5 +207,6 @@ int ZipCloseWriter(ZipWriter* writer, const char* globalComment) {
     if (!writer->completed.empty() && commit(*writer, comment)) return kIncomplete;
   }
   writer->archive.restore();
+  SetLastError(error);
   return kFailure;
 }

@@ -1,0 +1,97 @@
+#pragma once
+/// @file
+/// Changing zip archives (PKWARE APPNOTE): insertions and removals that come into effect together,
+/// and packing a folder, with reasons and progress.
+///
+/// @code
+/// using namespace FileSystem;
+/// ArchiveChange change;
+/// change.remove("old.txt");
+/// change.insertFile("C:\\data\\new.txt", "new.txt");
+/// const Report report = change.apply("C:\\data\\notes.zip");
+/// if (!report) showFailures(report);
+/// @endcode
+
+#include <filesystem/export.h>
+#include <filesystem/options.h>
+#include <filesystem/results.h>
+
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace FileSystem {
+
+/// Provides the content of a new entry piece by piece: writes at most `size` bytes to `buffer`, and
+/// returns their number, 0 at the end, or a negative number if the content cannot be read. An
+/// exception from it ends the call, and then leaves the call; the archive is unchanged.
+using ContentSource = std::function<std::ptrdiff_t(unsigned char* buffer, std::size_t size)>;
+
+/// Removals and insertions that are applied to an archive in one step: all of them or none.
+///
+/// The functions that collect them read no file; apply() does. Names of entries are texts in the
+/// process code page of at most 260 bytes. Names that differ only in `\` and `/` are those of one
+/// entry: an insertion replaces it, unless ExistingFiles::Keep is set.
+class FILESYSTEM_API ArchiveChange {
+ public:
+  ArchiveChange();                                           ///< Has no removals and insertions.
+  ArchiveChange(ArchiveChange&& other) noexcept;             ///< Takes those of `other`.
+  ArchiveChange& operator=(ArchiveChange&& other) noexcept;  ///< Drops its own, and takes those.
+  ~ArchiveChange();                                          ///< Drops them.
+
+  /// Removes all entries of exactly this name.
+  /// @param name name of the entries
+  void remove(const std::string& name);
+  /// Inserts a file, with its last write time and attributes.
+  /// @param file    path of the file
+  /// @param name    name of the entry
+  /// @param comment comment of the entry
+  void insertFile(const std::string& file, const std::string& name,
+                  const std::string& comment = std::string());
+  /// Inserts bytes, with the present time.
+  /// @param bytes   the content
+  /// @param name    name of the entry
+  /// @param comment comment of the entry
+  void insertBytes(std::vector<unsigned char> bytes, const std::string& name,
+                   const std::string& comment = std::string());
+  /// Inserts what a callback provides, of any length that an archive takes, with the present time.
+  /// The memory is a few MB for any length.
+  /// @param source  called by apply() until it returns 0 or less
+  /// @param name    name of the entry
+  /// @param comment comment of the entry
+  void insertFrom(ContentSource source, const std::string& name,
+                  const std::string& comment = std::string());
+
+  /// Applies the removals, and then the insertions. If one fails or the call is cancelled, the
+  /// archive is unchanged. Afterwards, the object has none of them.
+  /// @param archive path of the archive. A missing file, or one without bytes, becomes an archive.
+  /// @param options password, encryption and level of the new entries; what is done with an existing
+  ///                entry; progress
+  /// @return an item for each removal and insertion, by the name of the entry, up to the first that
+  ///         failed. Report::reason is Reason::Cancelled, the reason of the item that failed, or why
+  ///         the archive cannot be written.
+  Report apply(const char* archive, const Options& options = Options());
+
+ private:
+  struct State;
+  std::unique_ptr<State> state_;
+};
+
+/// Packs all files of a folder and its subfolders into a new archive, or changes nothing.
+///
+/// Entries are named by their paths below the folder, stored with `/`. Empty folders are not stored,
+/// nor is the archive itself if it lies in the folder. All files are checked before the first one is
+/// packed. An existing archive keeps its content until the new one is complete.
+/// @param folder  the folder, with or without trailing separator, not null
+/// @param archive path of the archive, not null
+/// @param options password, encryption, level, progress
+/// @return an item for each file, by its path below the folder: those that were packed, or those
+///         that the check rules out, or the one that failed. What is neither a file nor a folder is
+///         left out with Reason::NotAFile, and does not end the call. Report::reason is
+///         Reason::None if the archive was written.
+FILESYSTEM_API Report packFolder(const char* folder, const char* archive,
+                                 const Options& options = Options());
+
+}  // namespace FileSystem

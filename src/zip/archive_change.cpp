@@ -1,0 +1,60 @@
+// ArchiveChange.
+
+#include <filesystem/archive_change.h>
+
+#include <utility>
+
+#include "path/zero_terminated.h"
+#include "reporting/progress_relay.h"
+#include "zip/change_application.h"
+
+namespace FileSystem {
+
+struct ArchiveChange::State {
+  zip::Changes changes;
+
+  void insert(decltype(zip::Insertion::content) content, const std::string& name,
+              const std::string& comment) {
+    changes.insertions.push_back({std::move(content), std::string(Detail::upToZero(name)),
+                                  std::string(Detail::upToZero(comment))});
+  }
+};
+
+ArchiveChange::ArchiveChange() : state_(std::make_unique<State>()) {}
+ArchiveChange::ArchiveChange(ArchiveChange&& other) noexcept = default;
+ArchiveChange& ArchiveChange::operator=(ArchiveChange&& other) noexcept = default;
+ArchiveChange::~ArchiveChange() = default;
+
+void ArchiveChange::remove(const std::string& name) {
+  state_->changes.removals.emplace_back(Detail::upToZero(name));
+}
+
+void ArchiveChange::insertFile(const std::string& file, const std::string& name,
+                               const std::string& comment) {
+  state_->insert(std::string(Detail::upToZero(file)), name, comment);
+}
+
+void ArchiveChange::insertBytes(std::vector<unsigned char> bytes, const std::string& name,
+                                const std::string& comment) {
+  state_->insert(std::move(bytes), name, comment);
+}
+
+void ArchiveChange::insertFrom(ContentSource source, const std::string& name,
+                               const std::string& comment) {
+  state_->insert(std::move(source), name, comment);
+}
+
+Report ArchiveChange::apply(const char* archive, const Options& options) {
+  const zip::Changes changes = std::exchange(state_->changes, {});
+  Detail::ProgressRelay progress(options.progress());
+  Report report;
+  if (const auto settings = zip::entrySettings(options)) {
+    report = zip::ChangeApplication(changes, archive, options, *settings, progress).run();
+  } else {
+    report.reason = Reason::UnsupportedEncryption;
+  }
+  progress.rethrow();
+  return report;
+}
+
+}  // namespace FileSystem

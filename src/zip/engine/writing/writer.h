@@ -1,0 +1,69 @@
+#pragma once
+// A writer, and what its calls share.
+
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+#include "zip/engine.h"
+#include "zip/engine/codec/sampling_deflater.h"
+#include "zip/engine/container/entry_record.h"
+#include "zip/engine/writing/new_entry.h"
+#include "zip/engine/writing/transaction.h"
+
+namespace zip_engine {
+
+inline constexpr int kSuccess = 0;
+inline constexpr int kFailure = -1;
+
+inline constexpr std::size_t kLongestField = 0xFFFF;
+
+// Reports whether the lengths of the variable fields can be written, with `added` more bytes in the
+// extra fields.
+inline bool fitsFields(const EntryRecord& record, std::size_t added) {
+  return record.name.size() <= kLongestField && record.comment.size() <= kLongestField &&
+         record.localExtra.size() <= kLongestField - added &&
+         record.centralExtra.size() <= kLongestField - kZip64OffsetBlock - added;
+}
+
+// The central records of an archive that stay in it.
+struct KeptRecords {
+  Bytes blob;
+  std::uint64_t count = 0;
+};
+
+}  // namespace zip_engine
+
+struct ZipWriter {
+  struct Completed {
+    std::uint64_t start;      // absolute position of the local header
+    std::size_t recordStart;  // offset of the record in `records`
+  };
+
+  zip_engine::Transaction archive;
+  int mode = ZipModeAppend;
+  bool usesAes = false;      // for entries with a password
+  bool usesSlashes = false;  // in the names of new entries
+  bool knowsCrc = true;      // of new entries with the traditional encryption
+  bool isAllOrNone = false;  // at the commit
+  zip_engine::SamplingDeflater deflater;
+  std::optional<zip_engine::NewEntry> entry;
+  std::optional<zip_engine::KeptRecords> kept;  // if entries of the archive were dropped
+  zip_engine::Bytes records;                    // the central records of the completed entries
+  std::vector<Completed> completed;
+
+  void add(const zip_engine::EntryRecord& record, std::uint64_t start) {
+    completed.push_back({start, records.size()});
+    appendCentralRecord(records, record, start - archive.base());
+  }
+  void dropLast() {
+    archive.rewind(completed.back().start);
+    records.resize(completed.back().recordStart);
+    completed.pop_back();
+  }
+  void dropOpen() {
+    if (!entry) return;
+    archive.rewind(entry->start());
+    entry.reset();
+  }
+};

@@ -1,0 +1,189 @@
+#include "zip/entry_adder.h"
+
+#include <algorithm>
+#include <optional>
+
+#include "files/attributes.h"
+#include "platform/file_identity.h"
+#include "platform/unique_handle.h"
+#include "reporting/reasons.h"
+#include "zip/archive_reader.h"
+
+namespace zip {
+
+using FileSystem::Reason;
+
+namespace {
+
+platform::FileHandle openSource(const char* path) {
+  return platform::FileHandle(CreateFileA(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                          nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_ARCHIVE, nullptr));
+}
+
+// A file read from its start to its end in blocks.
+class BlockReader {
+ public:
+  // `reportedSize` is the size that the file's attributes report.
+  BlockReader(HANDLE file, std::uint64_t reportedSize)
+      : file_(file),
+        reportedSize_(reportedSize),
+        // With a byte more than a small file has, its first read also finds the end.
+        block_(static_cast<std::size_t>(std::min<std::uint64_t>(reportedSize + 1, kReadBlock))) {}
+
+  // Passes each block to `use(data, size)`. False if a read or `use` fails.
+  template <typename Use>
+  bool forEachBlock(Use use) {
+    for (std::uint64_t done = 0;;) {
+      DWORD size = 0;
+      if (ReadFile(file_, block_.data(), static_cast<DWORD>(block_.size()), &size, nullptr) == 0) {
+        return false;
+      }
+      if (size == 0) return true;
+      if (!use(block_.data(), size)) return false;
+      done += size;
+      // A short block that reaches the reported size is the last one. Any other short block may
+      // precede a read error, which only another read shows.
+      if (size < block_.size() && done == reportedSize_) return true;
+    }
+  }
+
+  // Returns the CRC-32 of the file and moves the file position back to its start.
+  std::optional<std::uint32_t> crc() {
+    Crc32 crc;
+    const bool complete = forEachBlock([&](const unsigned char* data, DWORD size) {
+      crc.add(data, size);
+      return true;
+    });
+    if (!complete || SetFilePointer(file_, 0, nullptr, FILE_BEGIN) != 0) return std::nullopt;
+    return crc.value();
+  }
+
+ private:
+  HANDLE file_;
+  std::uint64_t reportedSize_;
+  std::vector<unsigned char> block_;
+};
+
+SYSTEMTIME localTimeOf(const FILETIME& time) {
+  FILETIME local = {};
+  SYSTEMTIME result = {};
+  FileTimeToLocalFileTime(&time, &local);
+  FileTimeToSystemTime(&local, &result);
+  return result;
+}
+
+// Returns why a file could not be opened, with the system's error.
+Reason reasonForUnopened(const char* path, DWORD error) {
+  const Reason reason = FileSystem::Detail::reasonOfError(error, Reason::ReadFailed);
+  if (reason == Reason::Missing) return reason;
+  if (FileSystem::Detail::isDirectory(path)) return Reason::IsAFolder;
+  return platform::isNoFile(path) ? Reason::NotAFile : reason;
+}
+
+}  // namespace
+
+std::optional<EntrySettings> entrySettings(const FileSystem::Options& options) {
+  using Kind = FileSystem::Encryption;
+  EntrySettings settings{.encryption = {}, .level = options.level()};
+  if (options.password().empty() || options.encryption() == Kind::None) return settings;
+  const bool isAes = options.encryption() == Kind::Aes256;
+  const bool isKnown = isAes ? ArchiveWriter::hasAes() : options.encryption() == Kind::Traditional;
+  if (!isKnown) return std::nullopt;
+  settings.encryption = {.password = options.password().c_str(), .isAes = isAes};
+  return settings;
+}
+
+Reason EntryAdder::addFile(const char* source, const std::string& stored, const char* comment) {
+  const platform::FileHandle file = openSource(source);
+  if (!file) return reasonForUnopened(source, GetLastError());
+  WIN32_FILE_ATTRIBUTE_DATA data = {};
+  if (GetFileAttributesExA(source, GetFileExInfoStandard, &data) == 0) return Reason::ReadFailed;
+  const std::uint64_t size = std::uint64_t{data.nFileSizeHigh} << 32 | data.nFileSizeLow;
+  if (size >= kTooManyBytes) return Reason::TooLarge;
+  BlockReader reader(file.get(), size);
+  // The traditional encryption begins with the CRC of all content, so the file is read twice.
+  const bool needsCrc = settings_.encryption.needsCrc();
+  const std::optional<std::uint32_t> crc = needsCrc ? reader.crc() : Crc32().value();
+  if (!crc) return Reason::ReadFailed;
+  if (!writer_.begin({.name = stored,
+                      .comment = comment,
+                      .time = localTimeOf(data.ftLastWriteTime),
+                      .attributes = data.dwFileAttributes,
+                      .encryption = settings_.encryption,
+                      .crc = crc,
+                      .level = settings_.level})) {
+    return writer_.reason();
+  }
+  bool isWritten = true;
+  const bool isRead = reader.forEachBlock(
+      [&](const unsigned char* bytes, DWORD count) { return isWritten = write(bytes, count); });
+  if (!isWritten) return failure();
+  return isRead ? finish() : Reason::ReadFailed;
+}
+
+Reason EntryAdder::addBytes(const std::vector<unsigned char>& bytes, const std::string& stored,
+                            const char* comment, const SYSTEMTIME& time) {
+  if (bytes.size() >= kTooManyBytes) return Reason::TooLarge;
+  Crc32 crc;
+  if (settings_.encryption.needsCrc()) {
+    crc.add(bytes.data(), static_cast<std::uint32_t>(bytes.size()));
+  }
+  if (!writer_.begin({.name = stored,
+                      .comment = comment,
+                      .time = time,
+                      .attributes = 0,
+                      .encryption = settings_.encryption,
+                      .crc = crc.value(),
+                      .level = settings_.level})) {
+    return writer_.reason();
+  }
+  constexpr std::size_t kPiece = 4 << 20;
+  for (std::size_t done = 0; done < bytes.size(); done += kPiece) {
+    if (!write(bytes.data() + done, std::min(kPiece, bytes.size() - done))) return failure();
+  }
+  return finish();
+}
+
+Reason EntryAdder::addFrom(const FileSystem::ContentSource& source, const std::string& stored,
+                           const char* comment, const SYSTEMTIME& time) {
+  if (!source) return Reason::ReadFailed;
+  if (!writer_.begin({.name = stored,
+                      .comment = comment,
+                      .time = time,
+                      .attributes = 0,
+                      .encryption = settings_.encryption,
+                      .crc = std::nullopt,
+                      .level = settings_.level})) {
+    return writer_.reason();
+  }
+  std::vector<unsigned char> block(kReadBlock);
+  for (;;) {
+    const std::ptrdiff_t count =
+        progress_.guard([&] { return source(block.data(), block.size()); }, std::ptrdiff_t{-1});
+    if (progress_.isCancelled()) return Reason::Cancelled;
+    // A source that returns more than the buffer takes has written past its end, or not said so.
+    if (count < 0 || static_cast<std::size_t>(count) > block.size()) return Reason::ReadFailed;
+    if (count == 0) return finish();
+    if (!write(block.data(), static_cast<std::size_t>(count))) return failure();
+  }
+}
+
+bool EntryAdder::write(const unsigned char* data, std::size_t size) {
+  return writer_.write(data, static_cast<std::uint32_t>(size)) && progress_.advance(size);
+}
+
+Reason EntryAdder::finish() { return writer_.finish() ? Reason::None : writer_.reason(); }
+
+// Returns why write() has failed.
+Reason EntryAdder::failure() const {
+  return progress_.isCancelled() ? Reason::Cancelled : writer_.reason();
+}
+
+bool canOpenSource(const char* source) { return static_cast<bool>(openSource(source)); }
+
+Reason reasonForSource(const char* source) {
+  const bool isOpen = canOpenSource(source);
+  return isOpen ? Reason::None : reasonForUnopened(source, GetLastError());
+}
+
+}  // namespace zip

@@ -1,0 +1,62 @@
+#pragma once
+// Adding entries to an archive that is written.
+
+#include <filesystem/archive_change.h>
+#include <filesystem/options.h>
+#include <filesystem/results.h>
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "reporting/progress_relay.h"
+#include "zip/archive_writer.h"
+
+namespace zip {
+
+// The size from which on an entry is too large.
+inline constexpr std::uint64_t kTooManyBytes = UINT32_MAX;
+
+// What all entries of a call have in common.
+struct EntrySettings {
+  Encryption encryption;
+  int level = NewEntry::kDefaultLevel;
+};
+
+// Returns what the options of a host say. Nothing if the build lacks the encryption. The options
+// outlive the result.
+std::optional<EntrySettings> entrySettings(const FileSystem::Options& options);
+
+// Adds entries under stored names. On failure the archive does not get the entry. The progress is
+// that of the bytes; it can cancel the entry.
+class EntryAdder {
+ public:
+  EntryAdder(ArchiveWriter& writer, const EntrySettings& settings,
+             FileSystem::Detail::ProgressRelay& progress)
+      : writer_(writer), settings_(settings), progress_(progress) {}
+
+  // Adds a file with its last write time (local) and attributes. The file is read in blocks.
+  FileSystem::Reason addFile(const char* source, const std::string& stored, const char* comment);
+  // Adds bytes with a time.
+  FileSystem::Reason addBytes(const std::vector<unsigned char>& bytes, const std::string& stored,
+                              const char* comment, const SYSTEMTIME& time);
+  // Adds what a function of the host provides, with a time.
+  FileSystem::Reason addFrom(const FileSystem::ContentSource& source, const std::string& stored,
+                             const char* comment, const SYSTEMTIME& time);
+
+ private:
+  bool write(const unsigned char* data, std::size_t size);
+  FileSystem::Reason finish();
+  FileSystem::Reason failure() const;
+
+  ArchiveWriter& writer_;
+  const EntrySettings settings_;
+  FileSystem::Detail::ProgressRelay& progress_;
+};
+
+// True if the file can be opened for reading.
+bool canOpenSource(const char* source);
+// Returns why a file cannot be opened for reading; Reason::None if it can be.
+FileSystem::Reason reasonForSource(const char* source);
+
+}  // namespace zip
