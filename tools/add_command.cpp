@@ -1,53 +1,34 @@
 // add.
 
+#include <filesystem/archive_change.h>
 #include <filesystem/files.h>
 
 #include <algorithm>
-#include <cstdint>
 #include <cstdio>
-#include <fstream>
-#include <optional>
-#include <string>
 #include <utility>
 #include <vector>
 
 #include "addition.h"
-#include "archive.h"
+#include "changes.h"
 #include "commands.h"
-#include "file_tree.h"
 #include "password.h"
 #include "paths.h"
 #include "progress.h"
-#include "temporary_directory.h"
 #include "terminal.h"
 #include "text.h"
+
+using FileSystem::ArchiveChange;
+using FileSystem::Options;
+using FileSystem::Reason;
+using FileSystem::Report;
 
 namespace {
 
 constexpr const char* kStandardInput = "-";
-constexpr std::uint64_t kTooManyBytes = 0xFFFFFFFF;
 
-// Copies standard input to the file. The library inserts a file of any size in little memory.
-void spoolStandardInput(const std::string& path) {
-  passBytes(stdin);
-  const FilePointer file = createPrivateFile(path);
-  std::vector<char> block(1 << 20);
-  std::uint64_t size = 0;
-  while (const std::size_t count = std::fread(block.data(), 1, block.size(), stdin)) {
-    size += count;
-    if (size >= kTooManyBytes) throw Failure("standard input has 4 GiB or more");
-    if (!file || std::fwrite(block.data(), 1, count, file.get()) != count) break;
-  }
-  if (std::ferror(stdin) != 0) throw Failure("cannot read standard input");
-  if (!file || std::fflush(file.get()) != 0 || std::ferror(file.get()) != 0) {
-    throw Failure("cannot write standard input to " + inQuotes(path));
-  }
-}
-
-// Opens the archive, which is created if it does not exist.
-Archive openOrCreate(const std::string& zip) {
-  ZipArchive().create(zip.c_str(), 0);
-  return Archive(zip, FileSystem::kAccessReadWrite);
+std::ptrdiff_t readStandardInput(unsigned char* buffer, std::size_t size) {
+  const std::size_t count = std::fread(buffer, 1, size, stdin);
+  return std::ferror(stdin) != 0 ? -1 : static_cast<std::ptrdiff_t>(count);
 }
 
 // Returns whether standard input is added.
@@ -67,106 +48,60 @@ bool checkNames(const AddRequest& request) {
   return hasInput;
 }
 
-bool canReadToEnd(const std::string& path) {
-  std::ifstream file(systemPath(path), std::ios::binary);
-  std::vector<char> block(1 << 20);
-  while (file.read(block.data(), static_cast<std::streamsize>(block.size()))) continue;
-  return file.eof();
+Report applyChange(ArchiveChange& change, const std::string& zip, Options options,
+                   const Output& output) {
+  Progress progress(output, "adding to " + zip);
+  return change.apply(zip.c_str(), options.setProgress(progress.callback()));
 }
 
-// Returns why the file itself cannot be added; nothing if another reason is left.
-std::optional<std::string> failureOf(const Source& source) {
-  if (FileSystem::TestOpen(source.path.c_str(), FileSystem::kAccessRead) == 0) {
-    return readFailure(source.path);
-  }
-  if (source.name.size() > kLongestEntryName) {
-    return "the name of its entry has more than " + std::to_string(kLongestEntryName) + " bytes";
-  }
-  if (fileSize(source.path) >= kTooManyBytes) return "it has 4 GiB or more, which is not supported";
-  if (!canReadToEnd(source.path)) return "it cannot be read to its end";
-  return std::nullopt;
+// True if it is the last item of the report that failed, and not the archive or an entry that it
+// has.
+bool isItemAtFault(const Report& report) {
+  return !report.items.empty() && report.items.back().reason != Reason::None &&
+         report.reason != Reason::Damaged;
 }
 
-// Adds files in batches, with a commit for each.
-class Addition {
- public:
-  // With `isOneBatch` all files get one commit.
-  Addition(Archive& archive, const std::vector<Source>& sources, bool isOneBatch, Output& output)
-      : archive_(archive), sources_(sources), isOneBatch_(isOneBatch), output_(output) {}
-
-  void run() {
-    std::uint64_t total = 0;
-    for (const Source& source : sources_) total += fileSize(source.path);
-    Progress progress(output_, "adding to " + archive_.path(), total);
-    for (std::size_t first = 0; first < sources_.size();) {
-      constexpr std::uint64_t kBatchBytes = 256 << 20;
-      std::uint64_t bytes = 0;
-      std::size_t last = first;
-      while (last < sources_.size() && (isOneBatch_ || bytes < kBatchBytes)) {
-        bytes += fileSize(sources_[last++].path);
-      }
-      addBatch(first, last);
-      progress.advance(bytes);
-      first = last;
-    }
+void addStandardInput(const AddRequest& request, const Options& options, Output& output) {
+  passBytes(stdin);
+  ArchiveChange change;
+  change.insertFrom(readStandardInput, request.name);
+  const Report report = applyChange(change, request.zip, options, output);
+  if (isItemAtFault(report)) {
+    if (report.reason == Reason::ReadFailed) throw Failure("cannot read standard input");
+    throw Failure("cannot add standard input: " + failureText(report.reason));
   }
+  if (!report) throwFailure(report, request.zip);
+  output.detail("added " + printable(request.name));
+}
 
- private:
-  // The library stops at the first file that fails. It is reported, and the others are added.
-  void addBatch(std::size_t first, std::size_t last) {
-    while (first < last) {
-      std::vector<std::pair<std::string, std::string>> files;
-      for (std::size_t i = first; i < last; ++i) {
-        files.emplace_back(sources_[i].path, sources_[i].name);
-      }
-      const std::size_t added = archive_.zip().insertFiles(files, 1);
-      for (const auto& file : files) {
-        if (&file == files.data() + added) break;
-        output_.detail("added " + printable(file.second));
-      }
-      first += added;
-      if (first < last) reportFailure(sources_[first++]);
+// Adds the sources with one commit. One that fails is reported, and the others are added.
+void addFiles(std::vector<Source> sources, const std::string& zip, const Options& options,
+              Output& output) {
+  while (!sources.empty()) {
+    ArchiveChange change;
+    for (const Source& source : sources) change.insertFile(source.path, source.name);
+    const Report report = applyChange(change, zip, options, output);
+    if (report) {
+      for (const Source& source : sources) output.detail("added " + printable(source.name));
+      return;
     }
+    if (!isItemAtFault(report)) throwFailure(report, zip);
+    const auto failed = sources.begin() + static_cast<std::ptrdiff_t>(report.items.size() - 1);
+    output.fail("cannot add " + inQuotes(failed->path) + ": " + failureText(report.reason));
+    sources.erase(failed);
   }
-
-  // Ends the command unless the failure is that of the file alone.
-  void reportFailure(const Source& source) {
-    const std::string message = "cannot add " + inQuotes(source.path) + ": ";
-    const std::optional<std::string> failure = failureOf(source);
-    if (!failure) {
-      throw Failure(message + inQuotes(archive_.path()) +
-                    " cannot be written, or an entry that is kept is damaged");
-    }
-    output_.fail(message + *failure);
-  }
-
-  Archive& archive_;
-  const std::vector<Source>& sources_;
-  const bool isOneBatch_;
-  Output& output_;
-};
+}
 
 }  // namespace
 
 void add(const AddRequest& request, Output& output) {
   const bool hasInput = checkNames(request);
-  const NewPassword password = newPassword(request.encryption, output);
-  std::optional<TemporaryDirectory> temporary;
-  std::vector<Source> sources;
-  if (hasInput) {
-    const std::string path = temporary.emplace().file("input");
-    spoolStandardInput(path);
-    sources = {{path, request.name}};
-  } else {
-    sources = sourcesOf(request, output);
-  }
+  const Options options = optionsOf(newPassword(request.encryption, output));
+  if (hasInput) return addStandardInput(request, options, output);
+  std::vector<Source> sources = sourcesOf(request, output);
   if (sources.empty()) {
     if (output.failures() != 0) return;
     throw Failure("there is no file to add");
   }
-  Archive archive = openOrCreate(request.zip);
-  // Replacing an entry copies the whole archive, so all files are one batch then.
-  const bool isOneBatch = replacesEntry(sources, archive.names());
-  archive.zip().setEncryption(password.text.c_str(), password.encryption);
-  Addition(archive, sources, isOneBatch, output).run();
+  addFiles(std::move(sources), request.zip, options, output);
 }

@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <unordered_map>
-#include <unordered_set>
 
 #include "entry_names.h"
 #include "file_tree.h"
@@ -40,19 +39,6 @@ std::vector<Source> withoutRepetitions(const std::vector<Source>& sources) {
   return result;
 }
 
-// Throws if the library takes an entry for one of `dropped` that is not among them.
-void requireNoTwins(const std::unordered_set<std::string>& dropped,
-                    const std::vector<std::string>& names) {
-  const CaseIndex index(names);
-  for (const std::string& name : dropped) {
-    for (const std::size_t twin : index.twinsOf(name)) {
-      if (dropped.count(names[twin]) != 0) continue;
-      throw Failure("cannot replace " + inQuotes(name) + " without " + inQuotes(names[twin]) +
-                    ", whose name differs in letter case only");
-    }
-  }
-}
-
 }  // namespace
 
 std::vector<Source> sourcesOf(const AddRequest& request, Output& output) {
@@ -73,15 +59,4 @@ std::vector<Source> sourcesOf(const AddRequest& request, Output& output) {
                 [&](const Source& source) { return isSameFile(source.path, request.zip); });
   if (!request.name.empty() && sources.size() == 1) sources[0].name = request.name;
   return withoutRepetitions(sources);
-}
-
-bool replacesEntry(const std::vector<Source>& sources, const std::vector<std::string>& names) {
-  std::unordered_set<std::string> added;
-  for (const Source& source : sources) added.insert(withBackslashes(source.name));
-  std::unordered_set<std::string> replaced;
-  for (const std::string& name : names) {
-    if (added.count(withBackslashes(name)) != 0) replaced.insert(name);
-  }
-  requireNoTwins(replaced, names);
-  return !replaced.empty();
 }

@@ -131,7 +131,6 @@ Command removeCommand(Options& o) {
                      Count::kSeveral, true}},
       .options = {},
       .notes =
-          "The only entry of an archive cannot be removed.\n\n"
           "Examples:\n  vesk-fs remove notes.zip todo.txt\n  vesk-fs remove notes.zip 'old/*'\n",
       .run = [&o] { remove(o.zip, o.patterns, o.output); },
   };

@@ -1,58 +1,35 @@
 // pack.
 
+#include <filesystem/archive_change.h>
 #include <filesystem/files.h>
-#include <filesystem/zip.h>
 
-#include <cstdint>
-
-#include "archive.h"
+#include "changes.h"
 #include "commands.h"
-#include "file_tree.h"
-#include "packed_bytes.h"
 #include "password.h"
 #include "paths.h"
 #include "progress.h"
 #include "text.h"
 
+using FileSystem::ItemResult;
+using FileSystem::Reason;
+using FileSystem::Report;
+
 namespace {
 
-using Reason = FileSystem::PackReport::Reason;
-
-std::uint64_t totalSize(const std::string& base) {
-  std::uint64_t total = 0;
-  for (const std::string& file : filesBelow(base).files) total += fileSize(base + file);
-  return total;
-}
-
-std::string textOf(Reason reason) {
-  switch (reason) {
-    case Reason::NotAFile:
-      return "it is neither a file nor a directory, or a link without a target";
-    case Reason::Unreadable:
-      return "it cannot be read, or another program uses it";
-    case Reason::TooLarge:
-      return "it has 4 GiB or more, which is not supported";
-    case Reason::NameTooLong:
-      return "its name has more than " + std::to_string(kLongestEntryName) + " bytes";
-    case Reason::PathTooLong:
-      return "its path has more than " + std::to_string(kLongestPath) + " bytes";
-    case Reason::NotWritten:
-      return "its directory or the disk does not take it, or another program uses it";
+// Names each file that was not packed. Throws if the archive is not written.
+void report(const Report& report, const std::string& zip, Output& output) {
+  bool isNamed = false;
+  for (const ItemResult& item : report.items) {
+    if (item.reason == Reason::None) continue;
+    const std::string name = item.name.empty() ? "." : nativePath(item.name);
+    const char* const action = item.reason == Reason::NotAFile ? "left out " : "cannot pack ";
+    output.fail(action + inQuotes(name) + ": " + failureText(item.reason));
+    isNamed = isNamed || item.reason != Reason::NotAFile;
   }
-  return {};
-}
-
-// Names each file below `base` that was not packed. Throws if it is the archive that failed.
-void report(const FileSystem::PackReport& report, const std::string& base, Output& output) {
-  for (const auto& [path, reason] : report.files) {
-    if (reason == Reason::NotWritten) {
-      throw Failure("cannot write " + inQuotes(path) + ", which is unchanged: " + textOf(reason));
-    }
-    const std::string name =
-        nativePath(path.size() > base.size() ? path.substr(base.size()) : path);
-    const char* const action = reason == Reason::NotAFile ? "left out " : "cannot pack ";
-    output.fail(action + inQuotes(name) + ": " + textOf(reason));
-  }
+  if (report.reason == Reason::None) return;
+  if (isNamed) throw Failure("nothing was packed, and " + inQuotes(zip) + " is unchanged");
+  throw Failure("cannot write " + inQuotes(zip) +
+                ", which is unchanged: " + failureText(report.reason));
 }
 
 }  // namespace
@@ -62,21 +39,19 @@ void pack(const std::string& directory, const std::string& zip, const Encryption
   if (FileSystem::FolderExists(directory.c_str()) == 0) {
     throw Failure("there is no directory " + inQuotes(directory));
   }
-  const NewPassword password = newPassword(encryption, output);
-  const std::string base = withBackslash(directory);
-  FileSystem::PackReport leftOut;
-  bool isPacked = false;
+  FileSystem::Options options = optionsOf(newPassword(encryption, output));
+  Report result;
   {
-    const std::uint64_t total = Progress::isShown(output) ? totalSize(base) : 0;
-    const Progress progress(output, "packing " + directory, total, PackedBytes(zip));
-    isPacked = FileSystem::packFolder(base.c_str(), zip.c_str(),
-                                      {password.text, password.encryption}, leftOut);
+    Progress progress(output, "packing " + directory);
+    options.setProgress(progress.callback());
+    result = FileSystem::packFolder(directory.c_str(), zip.c_str(), options);
   }
-  report(leftOut, base, output);
-  if (!isPacked) {
-    throw Failure("nothing was packed, and " + inQuotes(zip) + " is unchanged");
+  report(result, zip, output);
+  std::size_t count = 0;
+  for (const ItemResult& item : result.items) {
+    if (item.reason != Reason::None) continue;
+    output.detail("packed " + printable(item.name));
+    ++count;
   }
-  const std::vector<std::string> names = Archive(zip, FileSystem::kAccessRead).names();
-  for (const std::string& name : names) output.detail("packed " + printable(name));
-  output.summary("packed " + counted(names.size(), "file", "files") + " into " + printable(zip));
+  output.summary("packed " + counted(count, "file", "files") + " into " + printable(zip));
 }

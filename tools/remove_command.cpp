@@ -1,48 +1,35 @@
 // remove.
 
-#include "archive.h"
+#include <filesystem/archive_change.h>
+
+#include "archive_reading.h"
+#include "changes.h"
 #include "commands.h"
-#include "entry_names.h"
 #include "progress.h"
 #include "text.h"
 
 namespace {
 
-// The library removes entries without regard to letter case. One that is not
-// selected must not be removed with another.
-void requireNoOtherCase(const std::vector<std::string>& names,
-                        const std::vector<std::size_t>& selected) {
-  std::vector<bool> isSelected(names.size(), false);
-  for (const std::size_t i : selected) isSelected[i] = true;
-  const CaseIndex index(names);
-  for (const std::size_t i : selected) {
-    for (const std::size_t twin : index.twinsOf(names[i])) {
-      if (isSelected[twin]) continue;
-      throw Failure("cannot remove " + inQuotes(names[i]) + " without " + inQuotes(names[twin]) +
-                    ", whose name differs in letter case only");
-    }
-  }
+// The archive is closed again, so that it can be changed.
+std::vector<FileSystem::Entry> selectFrom(const std::string& zip,
+                                          const std::vector<std::string>& patterns) {
+  const FileSystem::Archive archive = openArchive(zip);
+  return selectEntries(archive.entries(), patterns, zip);
 }
 
 }  // namespace
 
 void remove(const std::string& zip, const std::vector<std::string>& patterns, Output& output) {
-  Archive archive(zip, FileSystem::kAccessReadWrite);
-  const std::vector<std::string>& names = archive.names();
-  const std::vector<std::size_t> selected = selectEntries(names, patterns, zip);
-  requireNoOtherCase(names, selected);
-  if (selected.size() == names.size()) {
-    throw Failure("cannot remove " + inQuotes(names[selected.back()]) +
-                  ": it is the only entry of " + inQuotes(zip) +
-                  " that would be left; delete the archive instead");
+  const std::vector<FileSystem::Entry> selected = selectFrom(zip, patterns);
+  FileSystem::ArchiveChange change;
+  for (const FileSystem::Entry& entry : selected) change.remove(entry.name);
+  FileSystem::Report report;
+  {
+    Progress progress(output, "removing from " + zip);
+    report = change.apply(zip.c_str(), FileSystem::Options().setProgress(progress.callback()));
   }
-  std::vector<std::string> removed;
-  removed.reserve(selected.size());
-  for (const std::size_t i : selected) removed.push_back(names[i]);
-  const Progress progress(output, "removing from " + zip);
-  if (archive.zip().removeEntries(removed) == 0) {
-    throw Failure("cannot remove from " + inQuotes(zip) +
-                  ": it cannot be written, or an entry that is kept is damaged");
+  if (!report) throwFailure(report, zip);
+  for (const FileSystem::Entry& entry : selected) {
+    output.detail("removed " + printable(entry.name));
   }
-  for (const std::string& name : removed) output.detail("removed " + printable(name));
 }

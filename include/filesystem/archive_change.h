@@ -32,14 +32,18 @@ using ContentSource = std::function<std::ptrdiff_t(unsigned char* buffer, std::s
 /// Removals and insertions that are applied to an archive in one step: all of them or none.
 ///
 /// The functions that collect them read no file; apply() does. Names of entries are texts in the
-/// process code page of at most 260 bytes. Names that differ only in `\` and `/` are those of one
-/// entry: an insertion replaces it, unless ExistingFiles::Keep is set.
+/// process code page, new ones of 1 to 260 bytes. Letter case counts. Paths, names and comments end at
+/// their first zero byte. A `\` of a new name is stored as `/`, so that every program finds the folder.
+/// Names that differ only in `\` and `/` are those of one entry: an insertion replaces it. With
+/// ExistingFiles::Keep it fails with Reason::Exists.
 class FILESYSTEM_API ArchiveChange {
  public:
-  ArchiveChange();                                           ///< Has no removals and insertions.
-  ArchiveChange(ArchiveChange&& other) noexcept;             ///< Takes those of `other`.
-  ArchiveChange& operator=(ArchiveChange&& other) noexcept;  ///< Drops its own, and takes those.
-  ~ArchiveChange();                                          ///< Drops them.
+  ArchiveChange();  ///< Has no removals and insertions.
+  /// Takes those of `other`, which is left for destruction or assignment only.
+  ArchiveChange(ArchiveChange&& other) noexcept;
+  /// Drops its own, and takes those of `other` as the move constructor does.
+  ArchiveChange& operator=(ArchiveChange&& other) noexcept;
+  ~ArchiveChange();  ///< Drops them.
 
   /// Removes all entries of exactly this name.
   /// @param name name of the entries
@@ -69,9 +73,10 @@ class FILESYSTEM_API ArchiveChange {
   /// @param archive path of the archive. A missing file, or one without bytes, becomes an archive.
   /// @param options password, encryption and level of the new entries; what is done with an existing
   ///                entry; progress
-  /// @return an item for each removal and insertion, by the name of the entry, up to the first that
-  ///         failed. Report::reason is Reason::Cancelled, the reason of the item that failed, or why
-  ///         the archive cannot be written.
+  /// @return an item for each removal and insertion, removals first, by the name of the entry. If one
+  ///         fails, it is the last item, and Report::reason is its reason. With Reason::Damaged, the
+  ///         only item is an entry that stays and cannot be copied. Without an item, Report::reason
+  ///         is Reason::Cancelled, or why the archive cannot be written.
   Report apply(const char* archive, const Options& options = Options());
 
  private:
@@ -88,9 +93,9 @@ class FILESYSTEM_API ArchiveChange {
 /// @param archive path of the archive, not null
 /// @param options password, encryption, level, progress
 /// @return an item for each file, by its path below the folder: those that were packed, or those
-///         that the check rules out, or the one that failed. What is neither a file nor a folder is
-///         left out with Reason::NotAFile, and does not end the call. Report::reason is
-///         Reason::None if the archive was written.
+///         that the check rules out, or the one that failed. The path of the folder itself is empty.
+///         What is neither a file nor a folder is left out with Reason::NotAFile, and does not end
+///         the call. Report::reason is Reason::None if the archive was written.
 FILESYSTEM_API Report packFolder(const char* folder, const char* archive,
                                  const Options& options = Options());
 

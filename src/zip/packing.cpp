@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "enumeration/folder_walk.h"
+#include "files/attributes.h"
 #include "path/fixed_text.h"
 #include "platform/file_identity.h"
 #include "reporting/reasons.h"
@@ -90,6 +91,10 @@ class Check {
 
   Reason reasonForFolder(const Search& search) const {
     if (walk_.path().size() > PathText::kLongest) return Reason::PathTooLong;
+    const std::string folder = walk_.path().substr(0, walk_.path().size() - 1);
+    const bool isFile = GetFileAttributesA(folder.c_str()) != INVALID_FILE_ATTRIBUTES &&
+                        !FileSystem::Detail::isDirectory(folder.c_str());
+    if (isFile) return Reason::NotAFolder;
     return FileSystem::Detail::reasonOfError(search.error(), Reason::ReadFailed);
   }
 

@@ -23,8 +23,9 @@ TEST_F(VeskFs, PacksAllOrNothing) {
   const std::string result = support::outputOf(
       folder_.path(), "setpriv --bounding-set=-dac_override,-dac_read_search " VESK_FS
                       " pack in a.zip 2>&1; echo [$?]; chmod 755 in/private");
-  for (const char* line : {"cannot pack 'private/': it cannot be read", "cannot pack 'locked': it",
-                           "cannot pack 'large': it has 4 GiB or more", "'a.zip' is unchanged"}) {
+  for (const char* line :
+       {"cannot pack 'private/': the file or its directory", "cannot pack 'locked': the file",
+        "cannot pack 'large': it has 4 GiB or more", "'a.zip' is unchanged"}) {
     EXPECT_NE(result.find(line), std::string::npos) << line << ": " << result;
   }
   EXPECT_TRUE(result.ends_with("[1]\n")) << result;
@@ -63,11 +64,11 @@ TEST_F(VeskFs, NamesWhatItLeavesOut) {
   ASSERT_EQ(shell("rm in/link.txt in/fifo.txt"), 0);
   const std::string backslashes(100, '\\');
   write("in/back/" + backslashes, "x");
-  expectLines("pack in a.zip", {"'back/" + backslashes + "': its path has more than 259"});
+  expectLines("pack in a.zip", {"'back/" + backslashes + "': the path is too long"});
   ASSERT_EQ(shell("rm -r in/back"), 0);
   write("in/" + longName + '/' + longName, "x");
   ASSERT_EQ(shell("touch -d '9 days ago' in/n*/*"), 0);
-  expectLines("pack in a.zip", {"nn': its path has more than 259"});
+  expectLines("pack in a.zip", {"nn': the path is too long"});
   expectLines("tree in", {"in/old.txt\n", "nn': its path has more than 259"});
   expectLines("tree in 'n*'", {"nn': its path has more than 259"});
   expectLines("sweep in 3 --dry-run", {"nn': the path is too long"});
@@ -95,7 +96,7 @@ TEST_F(VeskFs, AddsTheOthersAfterAFileThatFails) {
   write("in/c", "x");
   ASSERT_EQ(shell("truncate -s 4294967295 in/b"), 0);
   check({{"add a.zip in/a /proc/self/mem in/c -v", 1, "added a\nadded c\n",
-          "cannot add '/proc/self/mem': it cannot be read to its end"},
+          "cannot add '/proc/self/mem': the file cannot be read to its end"},
          {"add b.zip in -v", 1, "added in\\a\nadded in\\c\n",
           "cannot add 'in\\b': it has 4 GiB or more"}});
 }
@@ -109,10 +110,13 @@ TEST_F(VeskFs, NamesInOtherLetterCaseAreOtherFiles) {
          {"add b.zip in", 0, ""},
          {"unpack b.zip added", 0, "unpacked 5 files into added\n"},
          {"extract a.zip A -", 0, "in/A"},
-         {"remove a.zip B/x", 1, "", "cannot remove 'B\\x' without"},
-         {"remove a.zip 'B*'", 1, "", "without 'b\\x', whose name differs in letter case only"},
-         {"remove a.zip '?/?' -q", 0, ""},
-         {"add b.zip in/b/x --name in/B/x", 1, "", "cannot replace 'in\\B\\x' without 'in\\"}});
+         {"remove a.zip B/x -v", 0, "removed B\\x\n"},
+         {"remove a.zip 'B*' -v", 0, "removed B\\X\n"},
+         {"remove a.zip '?/?' -v", 0, "removed b\\x\n"},
+         {"add b.zip in/b/x --name in/B/x", 0, ""},
+         {"extract b.zip in/B/x -", 0, "in/b/x"},
+         {"extract b.zip in/b/x -", 0, "in/b/x"},
+         {"extract b.zip in/B/X -", 0, "in/B/X"}});
   EXPECT_EQ(shell("diff -r in out && diff -r in added/in"), 0);
 }
 

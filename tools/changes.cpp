@@ -1,0 +1,27 @@
+#include "changes.h"
+
+#include "output.h"
+#include "text.h"
+
+using FileSystem::Encryption;
+using FileSystem::Reason;
+
+FileSystem::Options optionsOf(const NewPassword& password) {
+  const bool isAes = password.encryption == ZipArchive::Encryption::Aes256;
+  return FileSystem::Options()
+      .setPassword(password.text)
+      .setEncryption(isAes ? Encryption::Aes256 : Encryption::Traditional);
+}
+
+std::string failureText(Reason reason) {
+  if (reason == Reason::TooLarge) return "it has 4 GiB or more, which is not supported";
+  return FileSystem::reasonText(reason);
+}
+
+void throwFailure(const FileSystem::Report& report, const std::string& zip) {
+  if (report.reason == Reason::Damaged && !report.items.empty()) {
+    throw Failure("cannot change " + inQuotes(zip) + ": its entry " +
+                  inQuotes(report.items.back().name) + " is damaged");
+  }
+  throw Failure("cannot change " + inQuotes(zip) + ": " + failureText(report.reason));
+}

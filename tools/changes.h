@@ -1,0 +1,18 @@
+#pragma once
+// Changes of archives, as the commands make them.
+
+#include <filesystem/archive_change.h>
+
+#include <string>
+
+#include "password.h"
+
+// The options for new entries.
+FileSystem::Options optionsOf(const NewPassword& password);
+
+// Why a file or an archive failed.
+std::string failureText(FileSystem::Reason reason);
+
+// Throws the Failure of an archive that could not be changed, which none of the requested changes
+// has caused.
+[[noreturn]] void throwFailure(const FileSystem::Report& report, const std::string& zip);
