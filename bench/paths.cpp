@@ -23,8 +23,9 @@ Paths makePaths(std::size_t count) {
   Paths paths;
   for (std::size_t i = 0; i < count; ++i) {
     const std::string number = std::to_string(i);
-    paths.texts.push_back("/home/user/projects/project" + number + "/source/module/file" + number +
-                          ".cpp");
+    std::string path = "/home/user/projects/project";
+    path.append(number).append("/source/module/file").append(number).append(".cpp");
+    paths.texts.push_back(path);
     paths.objects.emplace_back(paths.texts.back());
   }
   return paths;

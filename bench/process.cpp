@@ -13,6 +13,7 @@
 
 bench::Cost bench::runProgram(const std::vector<std::string>& command, const std::string& folder) {
   std::vector<char*> arguments;
+  arguments.reserve(command.size() + 1);
   for (const std::string& argument : command) {
     arguments.push_back(const_cast<char*>(argument.c_str()));
   }

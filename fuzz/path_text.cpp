@@ -14,7 +14,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   fuzz::require(extractPath(path).size() <= 2 + 255, "a directory has its limit");
   fuzz::require(extractName(path).size() <= 255, "a name has its limit");
   fuzz::require(extractExtension(path).size() <= 255, "an extension has its limit");
-  fuzz::require(extractFilename(path).size() <= 2 * 255, "a file name has its limit");
+  fuzz::require(extractFilename(path).size() <= std::size_t{2} * 255, "a file name has its limit");
   fuzz::require(replaceExtension(path, first).size() <= 260, "a path has its limit");
   fuzz::require(pathEqual(path, path), "a path equals itself");
   fuzz::require(pathEqual(first, path) == pathEqual(path, first), "equality is symmetric");

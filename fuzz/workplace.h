@@ -65,7 +65,7 @@ class Workplace {
 // Removes and returns the next line of an input, or the rest of it.
 inline std::string takeLine(std::string_view& rest) {
   const std::size_t end = rest.find('\n');
-  const std::string line(rest.substr(0, end));
+  std::string line(rest.substr(0, end));
   rest.remove_prefix(end == std::string_view::npos ? rest.size() : end + 1);
   return line;
 }

@@ -97,7 +97,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::optional<std::size_t> count = countByOthers(std::string(fuzz::textOf(data, size)));
   fuzz::require(!count || before.names.empty() || before.names.size() == *count,
                 "the entries are those that other programs find");
-  const Bytes first(data, data + std::min<std::size_t>(size, variant * 8));
+  const Bytes first(data, data + std::min<std::size_t>(size, std::size_t{variant} * 8));
   const std::string added = "folder\\added";
   const bool wasThere = archive.exist(added.c_str()) == 1;
   if (archive.insert(first, added, "note", 0) == 1) {

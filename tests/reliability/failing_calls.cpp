@@ -124,13 +124,15 @@ int startedThreads() { return threads; }
 // disk space. `record` runs after the call has succeeded.
 #define CALL(result, name, parameters, arguments, path, space, record) \
   INTERPOSED(result, name, parameters) {                               \
-    using Function = result(*) parameters;                             \
+    using Function = decltype(&fake_##name);                           \
     static const Function real = failing::next<Function>(#name);       \
     constexpr auto kFailure = failing::failure<result>();              \
     if (failing::fails(#name, path, space)) return kFailure;           \
     const auto done = real arguments;                                  \
     const int error = errno;                                           \
-    if (done != kFailure) record;                                      \
+    if (done != kFailure) {                                            \
+      record;                                                          \
+    }                                                                  \
     errno = error;                                                     \
     return done;                                                       \
   }
