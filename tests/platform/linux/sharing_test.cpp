@@ -1,17 +1,22 @@
 // Share modes between processes, and between threads that open a file at the same instant.
 
 #include <gtest/gtest.h>
+#include <sys/mman.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <atomic>
 #include <csignal>
+#include <cstdint>
+#include <fstream>
 #include <functional>
-#include <list>
+#include <sstream>
+#include <string>
 #include <thread>
+#include <utility>
+#include <vector>
 
-#include "platform/confined_directory.h"
 #include "support/linux/forked_process.h"
 #include "support/open_file.h"
 #include "support/temporary_folder.h"
@@ -21,13 +26,34 @@ namespace {
 constexpr DWORD kReadWrite = GENERIC_READ | GENERIC_WRITE;
 constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 
-// Ways to make a child process. The last two run no handler of pthread_atfork.
+// Forks where the kernel empties no memory in the child, as before Linux 4.14.
+pid_t forkKeepingMemory() {
+  std::vector<std::pair<void*, std::size_t>> emptied;
+  std::uintptr_t begin = 0;
+  std::uintptr_t end = 0;
+  std::ifstream maps("/proc/self/smaps");
+  for (std::string line; std::getline(maps, line);) {
+    char dash = 0;
+    if (line.find(':') > line.find('-')) {
+      std::istringstream(line) >> std::hex >> begin >> dash >> end;
+    } else if (line.starts_with("VmFlags:") && line.find(" wf") != std::string::npos) {
+      emptied.emplace_back(reinterpret_cast<void*>(begin), end - begin);
+    }
+  }
+  for (const auto& [memory, size] : emptied) madvise(memory, size, MADV_KEEPONFORK);
+  const pid_t child = fork();
+  for (const auto& [memory, size] : emptied) madvise(memory, size, MADV_WIPEONFORK);
+  return child;
+}
+
+// Ways to make a child process. Two run no handler of pthread_atfork.
 struct Forking {
   const char* name;
   std::function<pid_t()> fork;
 };
 const Forking kForkings[] = {
     {"fork", [] { return fork(); }},
+    {"fork that keeps memory", forkKeepingMemory},
     {"_Fork", [] { return _Fork(); }},
     {"clone", [] { return static_cast<pid_t>(syscall(SYS_clone, SIGCHLD, 0, 0, 0, 0)); }},
 };
@@ -75,41 +101,6 @@ TEST_F(Sharing, OneOfTwoContendersWins) {
     contend(1, round % 2 == 0 ? 0 : kShareAll);
     first.join();
     ASSERT_EQ(winners[0] + winners[1], 1) << round;
-  }
-}
-
-// Such a child shares what was opened, with its locks.
-TEST_F(Sharing, ChildThatStartsNoProgramKeepsNoLock) {
-  const std::function<void(const std::function<void()>&)> uses[] = {
-      [&](const auto& fork) {
-        const platform::FileHandle file = support::openFile(path_, kReadWrite);
-        fork();
-      },
-      [&](const auto& fork) {
-        const platform::FileHandle file = support::openFile(path_, kReadWrite, 0, CREATE_ALWAYS);
-        fork();
-      },
-      [&](const auto& fork) {
-        platform::ConfinedDirectory directory(folder_.text());
-        directory.write("file", [&](HANDLE) {
-          fork();
-          return false;
-        });
-      },
-      [&](const auto& fork) {
-        std::filesystem::remove(path_);
-        platform::ConfinedDirectory directory(folder_.text());
-        directory.write("file", [&](HANDLE) {
-          fork();
-          return true;
-        });
-      },
-  };
-  for (const auto& use : uses) {
-    std::list<support::ForkedProcess> children;
-    use([&] { children.emplace_back([](const auto&) { return pause(); }); });
-    ASSERT_EQ(children.size(), 1U);
-    EXPECT_TRUE(support::openFile(path_, kReadWrite)) << &use - uses;
   }
 }
 
