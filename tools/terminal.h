@@ -21,5 +21,6 @@ std::size_t terminalWidth();
 void clearLine(std::FILE* terminal);
 
 // Asks on the terminal for a line that is not shown. Returns nothing without a
-// terminal, or if the user interrupts.
+// terminal, or if the program is asked to end; it ends here unless an Interruption exists, and the
+// terminal shows again what is typed.
 std::optional<std::string> askHidden(const std::string& prompt);

@@ -1,11 +1,102 @@
 #include "terminal.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/ioctl.h>
+#include <sys/signalfd.h>
 #include <termios.h>
 #include <unistd.h>
 
-#include <memory>
+#include <cerrno>
+#include <csignal>
+#include <iterator>
+
+#include "interruption.h"
+
+namespace {
+
+class Descriptor {
+ public:
+  explicit Descriptor(int number) : number_(number) {}
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+  ~Descriptor() {
+    if (number_ >= 0) close(number_);
+  }
+  int get() const { return number_; }
+
+ private:
+  const int number_;
+};
+
+sigset_t endingAndStoppingSignals() {
+  sigset_t signals;
+  sigemptyset(&signals);
+  for (const int signal : {SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGTSTP}) sigaddset(&signals, signal);
+  return signals;
+}
+
+// Holds back the signals that end or stop the program. They are delivered at the end of the object,
+// and do what they would have done without it.
+class HeldSignals {
+ public:
+  HeldSignals() { pthread_sigmask(SIG_BLOCK, &signals_, &before_); }
+  HeldSignals(const HeldSignals&) = delete;
+  HeldSignals& operator=(const HeldSignals&) = delete;
+  ~HeldSignals() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
+
+  // Waits for bytes of the file. Returns false if a signal came first.
+  bool waitFor(int file) const {
+    pollfd waits[] = {{file, POLLIN, 0}, {arrived_.get(), POLLIN, 0}};
+    while (poll(waits, std::size(waits), -1) < 0 && errno == EINTR) continue;
+    return waits[1].revents == 0;
+  }
+
+ private:
+  const sigset_t signals_ = endingAndStoppingSignals();
+  sigset_t before_{};
+  const Descriptor arrived_{signalfd(-1, &signals_, SFD_CLOEXEC)};
+};
+
+// Makes the terminal show nothing that is typed. At its end the terminal does as before.
+class HiddenInput {
+ public:
+  HiddenInput(int terminal, const termios& shown) : terminal_(terminal), shown_(shown) {
+    termios hidden = shown;
+    hidden.c_lflag &= ~static_cast<tcflag_t>(ECHO);
+    tcsetattr(terminal, TCSAFLUSH, &hidden);
+  }
+  HiddenInput(const HiddenInput&) = delete;
+  HiddenInput& operator=(const HiddenInput&) = delete;
+  ~HiddenInput() {
+    tcsetattr(terminal_, TCSAFLUSH, &shown_);
+    std::fputs("\n", stderr);
+  }
+
+ private:
+  const int terminal_;
+  const termios shown_;
+};
+
+// Reads a line, or what precedes the end of the input. Returns nothing if a signal came first; it is
+// delivered when the terminal shows again what is typed.
+std::optional<std::string> readHidden(int terminal, const termios& shown,
+                                      const std::string& prompt) {
+  const HeldSignals signals;
+  const HiddenInput hidden(terminal, shown);
+  std::fputs(prompt.c_str(), stderr);
+  std::string line;
+  ssize_t count = 1;
+  while (count > 0 && !line.ends_with('\n')) {
+    if (!signals.waitFor(terminal)) return std::nullopt;
+    char block[512];
+    count = read(terminal, block, sizeof(block));
+    if (count > 0) line.append(block, static_cast<std::size_t>(count));
+  }
+  return line;
+}
+
+}  // namespace
 
 // A file that is opened while a standard stream is closed would get its number, and what is written
 // to the stream would get into the file. So each has a descriptor on which its use fails.
@@ -30,23 +121,13 @@ std::size_t terminalWidth() {
 void clearLine(std::FILE* terminal) { std::fputs("\r\x1b[K", terminal); }
 
 std::optional<std::string> askHidden(const std::string& prompt) {
-  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> terminal(std::fopen("/dev/tty", "r"),
-                                                                 std::fclose);
+  const Descriptor terminal(open("/dev/tty", O_RDONLY | O_CLOEXEC));
   termios shown{};
-  if (!terminal || tcgetattr(fileno(terminal.get()), &shown) != 0) return std::nullopt;
-  // An interrupt would leave the terminal without echo, so it is read as a
-  // character instead.
-  termios hidden = shown;
-  hidden.c_lflag &= ~static_cast<tcflag_t>(ECHO | ISIG);
-  tcsetattr(fileno(terminal.get()), TCSAFLUSH, &hidden);
-  std::fputs(prompt.c_str(), stderr);
-  std::string line;
-  int c = 0;
-  while ((c = std::fgetc(terminal.get())) != EOF && c != '\n') line += static_cast<char>(c);
-  tcsetattr(fileno(terminal.get()), TCSAFLUSH, &shown);
-  std::fputs("\n", stderr);
-  const char interrupt = static_cast<char>(shown.c_cc[VINTR]);
-  const bool interrupted = interrupt != '\0' && line.find(interrupt) != std::string::npos;
-  if (interrupted || (c == EOF && line.empty())) return std::nullopt;
+  if (tcgetattr(terminal.get(), &shown) != 0) return std::nullopt;
+  std::optional<std::string> line;
+  // Asks again after a signal that did not end the program: it was stopped and continues.
+  while (!line && !isInterrupted()) line = readHidden(terminal.get(), shown, prompt);
+  if (!line || line->empty()) return std::nullopt;
+  if (line->back() == '\n') line->pop_back();
   return line;
 }

@@ -5,6 +5,21 @@
 #include <fcntl.h>
 #include <io.h>
 
+#include "interruption.h"
+
+namespace {
+
+// The mode of the console before the program hides what is typed.
+DWORD shownMode = 0;
+
+// Shows again what is typed, and leaves the request to end to the handlers from before.
+BOOL WINAPI showInput(DWORD) {
+  SetConsoleMode(GetStdHandle(STD_INPUT_HANDLE), shownMode);
+  return FALSE;
+}
+
+}  // namespace
+
 void prepareConsole() { SetConsoleOutputCP(CP_UTF8); }
 
 void passBytes(std::FILE* stream) { _setmode(_fileno(stream), _O_BINARY); }
@@ -33,17 +48,18 @@ void clearLine(std::FILE* terminal) {
 
 std::optional<std::string> askHidden(const std::string& prompt) {
   const HANDLE input = GetStdHandle(STD_INPUT_HANDLE);
-  DWORD shown = 0;
-  if (GetConsoleMode(input, &shown) == FALSE) return std::nullopt;
+  if (GetConsoleMode(input, &shownMode) == FALSE) return std::nullopt;
+  SetConsoleCtrlHandler(showInput, TRUE);
   std::fputs(prompt.c_str(), stderr);
-  SetConsoleMode(input, ENABLE_LINE_INPUT);
+  SetConsoleMode(input, ENABLE_LINE_INPUT | ENABLE_PROCESSED_INPUT);
   wchar_t line[512];
   DWORD length = 0;
   const BOOL read = ReadConsoleW(input, line, 512, &length, nullptr);
-  SetConsoleMode(input, shown);
+  SetConsoleMode(input, shownMode);
+  SetConsoleCtrlHandler(showInput, FALSE);
   std::fputs("\n", stderr);
   while (length != 0 && (line[length - 1] == L'\n' || line[length - 1] == L'\r')) --length;
-  if (read == FALSE) return std::nullopt;
+  if (read == FALSE || isInterrupted()) return std::nullopt;
   if (length == 0) return std::string();
   const int count = static_cast<int>(length);
   const int size = WideCharToMultiByte(CP_ACP, 0, line, count, nullptr, 0, nullptr, nullptr);

@@ -159,13 +159,18 @@ assert json.load(open("json"))[0]["name"] == "a\x1b[31m\nb\x01\x1f \x7e\x7f\x80\
   check({{"tree in", 0, "in/x\x1f\u009by\n"}});
 }
 
-// Types a password when it is asked for.
-TEST_F(VeskFs, AsksForAPassword) {
+class VeskFsOnATerminal : public VeskFs {
+ protected:
+  // What a terminal shows, and the exit status. `before` is shell text.
+  std::string typed(const std::string& arguments, const std::string& before = {}) const {
+    return support::outputOf(
+        folder_.path(),
+        before + VESK_TEST_DATA "/../tool/type-password " VESK_FS " " + arguments + "; echo [$?]");
+  }
+};
+
+TEST_F(VeskFsOnATerminal, AsksForAPassword) {
   write("one", "1");
-  const auto typed = [&](const std::string& arguments) {
-    return support::outputOf(folder_.path(), VESK_TEST_DATA "/../tool/type-password " VESK_FS " " +
-                                                 arguments + "; echo [$?]");
-  };
   EXPECT_EQ(typed("add a.zip one -q --encrypt traditional"),
             "new password: \nthe same again: \n[0]\n");
   EXPECT_EQ(typed("extract a.zip one - -q"), "password for 'one': \n1[0]\n");
@@ -187,6 +192,34 @@ TEST_F(VeskFs, AsksForAPassword) {
   EXPECT_EQ(typed("test b.zip -q"), "password for 'two': \n[0]\n");
   EXPECT_EQ(shell("test $(7z t -psecret b.zip -slt | grep -c 'Everything is Ok') = 1"), 0);
   EXPECT_EQ(shell("test $(7z l -slt b.zip | grep -c '^Method = AES-256') = 3"), 0);
+}
+
+TEST_F(VeskFsOnATerminal, EndsAtCtrlCInsteadOfAPassword) {
+  write("in/one", "1");
+  write("pass", "secret\n");
+  run("add a.zip in/one --password-file pass");
+  const std::string ctrlC = "TYPED=$(printf '\\003') ";
+  for (const char* arguments :
+       {"extract a.zip one out", "extract a.zip one -", "unpack a.zip out", "test a.zip"}) {
+    EXPECT_EQ(typed(arguments, ctrlC), "password for 'one': \n[130]\n") << arguments;
+  }
+  for (const char* arguments :
+       {"add b.zip in --encrypt traditional", "add a.zip in --encrypt traditional",
+        "pack in b.zip --encrypt traditional"}) {
+    EXPECT_EQ(typed(arguments, ctrlC), "new password: \n[130]\n") << arguments;
+    EXPECT_EQ(typed(arguments, "TYPED=$(printf 'x\\n|\\003') "),
+              "new password: \nthe same again: \n[130]\n")
+        << arguments;
+  }
+  EXPECT_EQ(shell("test \"$(echo $(find . -type f | sort))\" = './a.zip ./in/one ./pass'"), 0);
+  check({{"list a.zip", 0, "one\n"}});
+
+  // Ctrl-Z stops nothing that has no shell; the question is asked again.
+  EXPECT_EQ(typed("extract a.zip one -", "TYPED=$(printf 'sec\\032|secret\\n|') "),
+            "password for 'one': \npassword for 'one': \n1[0]\n");
+  EXPECT_EQ(typed("extract a.zip one -", "TYPED=$(printf '\\004') "),
+            "password for 'one': \nvesk-fs: cannot extract 'one': it is encrypted and needs a "
+            "password\n[1]\n");
 }
 
 }  // namespace
