@@ -47,13 +47,6 @@ void writeFiles(const Report& report, const std::string& base) {
   for (const std::string& path : paths) writePath(path);
 }
 
-// Without a line of progress the library need not count the files first.
-FileSystem::Options optionsFor(Progress& progress, const Output& output) {
-  FileSystem::Options options;
-  if (Progress::isShown(output)) options.setProgress(progress.callback());
-  return options;
-}
-
 std::size_t filesDone(const Report& report) {
   return static_cast<std::size_t>(
       std::count_if(report.items.begin(), report.items.end(),
@@ -110,7 +103,8 @@ void copyDirectory(const std::string& source, const std::string& target, Output&
   Report report;
   {
     Progress progress(output, "copying " + source);
-    report = FileSystem::copyTree(source.c_str(), target.c_str(), optionsFor(progress, output));
+    report = FileSystem::copyTree(source.c_str(), target.c_str(),
+                                  FileSystem::Options().setProgress(progress.callback()));
   }
   if (report.reason != Reason::None) {
     throw Failure("cannot copy to the directory " + inQuotes(target) + ": " +
@@ -170,7 +164,7 @@ void sweep(const std::string& directory, unsigned int days, bool dryRun, Output&
   {
     Progress progress(output, "sweeping " + directory);
     const auto sweepTree = dryRun ? FileSystem::findOldFiles : FileSystem::deleteOldFiles;
-    report = sweepTree(top.c_str(), days, optionsFor(progress, output));
+    report = sweepTree(top.c_str(), days, FileSystem::Options().setProgress(progress.callback()));
   }
   if (report.reason != Reason::None) {
     throw Failure("cannot list the directory " + inQuotes(directory) + ": " +

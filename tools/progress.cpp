@@ -2,7 +2,6 @@
 
 #include <chrono>
 #include <cstdio>
-#include <utility>
 
 #include "terminal.h"
 #include "text.h"
@@ -20,13 +19,9 @@ std::string formatted(const char* format, double value) {
 
 }  // namespace
 
-Progress::Progress(const Output& output, const std::string& what, std::uint64_t total,
-                   std::function<std::uint64_t()> counter)
-    : what_(printable(what)), total_(total), counter_(std::move(counter)) {
-  if (isShown(output)) thread_ = std::thread([this] { show(); });
+Progress::Progress(const Output& output, const std::string& what) : what_(printable(what)) {
+  if (isTerminal(stderr) && !output.quiet) thread_ = std::thread([this] { show(); });
 }
-
-bool Progress::isShown(const Output& output) { return isTerminal(stderr) && !output.quiet; }
 
 Progress::~Progress() {
   if (!thread_.joinable()) return;
@@ -39,16 +34,17 @@ Progress::~Progress() {
 }
 
 FileSystem::ProgressCallback Progress::callback() {
+  if (!interruption_) interruption_.emplace();
   return [this](const FileSystem::Progress& progress) {
     done_ = progress.bytesDone;
     if (progress.bytesExpected != 0) total_ = progress.bytesExpected;
-    return true;
+    return !isInterrupted();
   };
 }
 
 std::string Progress::line(double seconds, std::size_t columns) const {
   constexpr double kMega = 1e6;
-  const auto done = static_cast<double>(done_ + (counter_ ? counter_() : 0));
+  const auto done = static_cast<double>(done_.load());
   const auto total = static_cast<double>(total_.load());
   std::string numbers;
   if (done > 0) {

@@ -9,30 +9,25 @@
 #include <cstdint>
 #include <functional>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <thread>
 
+#include "interruption.h"
 #include "output.h"
 
 class Progress {
  public:
-  // `what` names the work ("packing photos"). `total` is the number of bytes of all
-  // of it, 0 if it is unknown. `counter`, if not empty, returns the number of bytes
-  // done besides those reported to advance(); it is called on another thread.
-  Progress(const Output& output, const std::string& what, std::uint64_t total = 0,
-           std::function<std::uint64_t()> counter = {});
+  // `what` names the work ("packing photos").
+  Progress(const Output& output, const std::string& what);
   Progress(const Progress&) = delete;
   Progress& operator=(const Progress&) = delete;
   // Removes the line.
   ~Progress();
 
-  // True if a line would be written.
-  static bool isShown(const Output& output);
-
-  void advance(std::uint64_t bytes) { done_ += bytes; }
-
   // Returns a callback for a call of the library, by which the line follows that call. It must not
-  // outlive the object.
+  // outlive the object. From now on a request to end the program only cancels the call; the program
+  // ends with the object, when the call has undone what it had begun.
   FileSystem::ProgressCallback callback();
 
  private:
@@ -40,9 +35,9 @@ class Progress {
   // The line, which fits into `columns`.
   std::string line(double seconds, std::size_t columns) const;
 
+  std::optional<Interruption> interruption_;
   const std::string what_;
-  std::atomic<std::uint64_t> total_;
-  const std::function<std::uint64_t()> counter_;
+  std::atomic<std::uint64_t> total_{0};
   std::atomic<std::uint64_t> done_{0};
   std::mutex mutex_;
   std::condition_variable over_;

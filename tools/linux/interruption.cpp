@@ -33,7 +33,7 @@ extern "C" void note(int signal) {
 Interruption::Interruption() {
   struct sigaction action {};
   action.sa_handler = note;
-  action.sa_flags = SA_RESTART;
+  // Without SA_RESTART, so that a command does not wait on for standard input.
   for (std::size_t i = 0; i < std::size(kSignals); ++i) {
     sigaction(kSignals[i], nullptr, &usual[i]);
   }

@@ -1,0 +1,76 @@
+// Ctrl-C while a command writes. The program ends as a shell expects it, leaves no temporary file,
+// and leaves every file that it was to change as it was.
+
+#include "tool/vesk_fs.h"
+
+namespace {
+
+class Interrupted : public VeskFs {
+ protected:
+  void SetUp() override {
+    python(R"(
+import os
+block = os.urandom(1 << 20)
+for path in "in/a", "in/b", "old/a":
+    os.makedirs(os.path.dirname(path), exist_ok=True)
+    with open(path, "wb") as file:
+        for _ in range(100):
+            file.write(block)
+with zipfile.ZipFile("a.zip", "w") as z:
+    z.writestr("small", "x")
+    z.write("in/a", "a")
+    z.write("in/b", "b"))");
+    ASSERT_EQ(shell("echo old >old/a && cp a.zip copy.zip && mkdir tmp"), 0);
+  }
+
+  // The exit status of a run that is interrupted when it has written this number of bytes, and then
+  // the names of all files, hidden ones too.
+  std::string interrupted(const std::string& arguments, long bytes) const {
+    return support::outputOf(folder_.path(),
+                             "TMPDIR=$PWD/tmp " VESK_TEST_DATA "/../tool/interrupt " +
+                                 std::to_string(bytes) + " " VESK_FS " " + arguments +
+                                 " >/dev/null; echo [$?] $(find . -type f -printf '%P\\n' | sort)");
+  }
+
+  // Interrupts the command at the beginning and in the second file.
+  void expectNoChange(const std::string& arguments) const {
+    for (const long bytes : {1L, 10'000'000L, 150'000'000L}) {
+      EXPECT_EQ(interrupted(arguments, bytes), "[130] a.zip copy.zip in/a in/b old/a\n")
+          << arguments << " at " << bytes;
+      EXPECT_EQ(shell("cmp a.zip copy.zip"), 0) << arguments << " at " << bytes;
+      EXPECT_EQ(read("old/a"), "old\n") << arguments << " at " << bytes;
+    }
+  }
+};
+
+TEST_F(Interrupted, PackLeavesTheOldArchive) {
+  expectNoChange("pack in a.zip");
+  expectNoChange("pack in new.zip");
+}
+
+TEST_F(Interrupted, AddLeavesTheOldArchive) {
+  expectNoChange("add a.zip in");
+  expectNoChange("add a.zip in/a in/b");
+}
+
+TEST_F(Interrupted, RemoveLeavesTheOldArchive) { expectNoChange("remove a.zip small"); }
+
+// A file that is complete remains, as one does after every other end.
+TEST_F(Interrupted, UnpackAndExtractLeaveWholeFiles) {
+  for (const char* arguments : {"unpack a.zip old", "extract a.zip '*' old"}) {
+    EXPECT_EQ(interrupted(arguments, 10'000'000),
+              "[130] a.zip copy.zip in/a in/b old/a old/small\n")
+        << arguments;
+    EXPECT_EQ(read("old/a"), "old\n") << arguments;
+    ASSERT_EQ(shell("rm old/small"), 0);
+  }
+  EXPECT_EQ(interrupted("extract a.zip a new", 10'000'000),
+            "[130] a.zip copy.zip in/a in/b old/a\n");
+}
+
+TEST_F(Interrupted, CopyLeavesTheOldFile) {
+  EXPECT_EQ(interrupted("copy in old", 10'000'000), "[130] a.zip copy.zip in/a in/b old/a\n");
+  EXPECT_EQ(read("old/a"), "old\n");
+}
+
+}  // namespace
