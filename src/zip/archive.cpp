@@ -143,7 +143,7 @@ std::string Archive::comment() const {
 std::uint64_t Archive::unusedBytes() const { return state_ ? state_->reader->unusedBytes() : 0; }
 
 bool Archive::contains(const char* name) const {
-  return state_ && state_->reader->locate(zip::storedName(name));
+  return state_ && state_->reader->locateAny(zip::storedName(name));
 }
 
 std::optional<Entry> Archive::find(const char* name) const {

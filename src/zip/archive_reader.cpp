@@ -126,7 +126,11 @@ bool ArchiveReader::names(std::vector<std::string>& names) {
 }
 
 bool ArchiveReader::locate(const std::string& stored) {
-  return stored.size() <= kLongestName && ZipLocateEntry(reader_.get(), stored.c_str(), 0) == 0;
+  return stored.size() <= kLongestName && locateAny(stored);
+}
+
+bool ArchiveReader::locateAny(const std::string& stored) {
+  return ZipLocateEntry(reader_.get(), stored.c_str(), 0) == 0;
 }
 
 EntryInfo ArchiveReader::describe() const {

@@ -52,7 +52,9 @@ class ArchiveReader {
   // Appends the stored names of all entries. False if there is none.
   bool names(std::vector<std::string>& names);
   // Makes the last entry with exactly this stored name the current one. False if there is none.
+  // Names of more than kLongestName bytes are not found by the first function.
   bool locate(const std::string& stored);
+  bool locateAny(const std::string& stored);
   // Makes the entry current whose record has this position. False if none has.
   bool moveTo(std::uint64_t position);
 

@@ -274,6 +274,16 @@ z.close())");
             Reason::NotAFolder);
 }
 
+TEST_F(ArchiveReading, NamesAreNotCut) {
+  const std::string name(300, 'n');
+  python("z = zipfile.ZipFile('a.zip', 'w'); z.writestr('n' * 300, 'content'); z.close()");
+  Archive archive;
+  expectOpen(archive);
+  EXPECT_EQ(archive.entries()[0].name, name);
+  EXPECT_TRUE(archive.contains(name.c_str()));
+  EXPECT_FALSE(archive.contains(name.substr(1).c_str()));
+}
+
 // While it is open, other programs may read the archive, and none may change it.
 TEST_F(ArchiveReading, KeepsTheArchiveFromChanging) {
   make({"a"});
