@@ -19,18 +19,16 @@ DWORD nearestAttributes(std::string path) {
 }  // namespace
 
 Reason folderFailure(const std::string& path, DWORD error) {
-  switch (error) {
-    case ERROR_FILE_NOT_FOUND:
-    case ERROR_PATH_NOT_FOUND:
-    case ERROR_DIRECTORY: {
-      const DWORD attributes = nearestAttributes(path);
-      const bool isFile =
-          attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
-      return isFile ? Reason::NotAFolder : Reason::Missing;
-    }
-    default:
-      return reasonOfError(error);
+  const Reason reason = reasonOfError(error);
+  // Systems differ in the error of a file that is used as a folder.
+  if (reason != Reason::Missing && reason != Reason::NotAFolder && reason != Reason::Failed) {
+    return reason;
   }
+  const DWORD attributes = nearestAttributes(path);
+  const bool isFile =
+      attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
+  if (isFile) return Reason::NotAFolder;
+  return reason == Reason::NotAFolder ? Reason::Missing : reason;
 }
 
 }  // namespace FileSystem::Detail

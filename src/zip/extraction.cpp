@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "files/attributes.h"
+#include "files/folder_failure.h"
 #include "files/make_folders.h"
 #include "reporting/reasons.h"
 #include "zip/entry_path.h"
@@ -26,9 +27,13 @@ ConfinedDirectory::Existing modeOf(ExistingFiles existing) {
 // Returns why a target could not be written, from the last error. What is missing on the way to it
 // is created, so that something else must have its name.
 Reason writeFailure(const std::string& target) {
-  const Reason reason = reasonOfError(GetLastError(), Reason::WriteFailed);
+  const DWORD error = GetLastError();
   if (FileSystem::Detail::isDirectory(target.c_str())) return Reason::IsAFolder;
-  return reason == Reason::Missing || reason == Reason::Exists ? Reason::NotAFolder : reason;
+  const Reason reason = reasonOfError(error, Reason::WriteFailed);
+  if (reason == Reason::Missing || reason == Reason::Exists) return Reason::NotAFolder;
+  if (reason != Reason::WriteFailed) return reason;
+  const Reason ofFolder = FileSystem::Detail::folderFailure(target, error);
+  return ofFolder == Reason::NotAFolder ? ofFolder : reason;
 }
 
 bool writeAll(HANDLE file, std::span<const unsigned char> bytes) {

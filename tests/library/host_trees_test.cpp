@@ -4,6 +4,7 @@
 #include <filesystem/trees.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <ctime>
 #include <functional>
 #include <map>
@@ -128,16 +129,18 @@ TEST_F(HostTrees, CopyTellsItsProgress) {
   write("in/sub/small", "small");
   for (const bool exists : {false, true}) {
     std::uint64_t last = 0;
+    std::uint64_t largest = 0;
     std::set<std::string> names;
     Progress end;
     const Report report = copy(Options().setProgress([&](const Progress& progress) {
-      EXPECT_LE(progress.bytesDone - last, kLargestBlock);
+      largest = std::max(largest, progress.bytesDone - last);
       last = progress.bytesDone;
       names.emplace(progress.name);
       end = progress;
       return true;
     }));
     EXPECT_TRUE(report) << exists;
+    EXPECT_TRUE(largest <= kLargestBlock || !support::kPlatform.copiesInBlocks) << largest;
     EXPECT_EQ(names, (std::set<std::string>{"sub", "large", "sub\\small"}));
     EXPECT_EQ(end.filesDone, 2U);
     EXPECT_EQ(end.filesExpected, 2U);

@@ -14,6 +14,8 @@ struct Platform {
   bool everyName;
   // A program that is found along the search path.
   const char* program;
+  // The progress of a copy is reported within a file. Wine reports it at the end.
+  bool copiesInBlocks;
 };
 
 extern const Platform kPlatform;

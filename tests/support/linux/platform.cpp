@@ -7,7 +7,7 @@
 
 namespace support {
 
-const Platform kPlatform{.everyName = true, .program = "sh"};
+const Platform kPlatform{.everyName = true, .program = "sh", .copiesInBlocks = true};
 
 std::string makeTemporaryFolder() {
   std::string name = (std::filesystem::temp_directory_path() / "vesk-test-XXXXXX").string();

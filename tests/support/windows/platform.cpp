@@ -6,7 +6,7 @@
 
 namespace support {
 
-const Platform kPlatform{.everyName = false, .program = "cmd.exe"};
+const Platform kPlatform{.everyName = false, .program = "cmd.exe", .copiesInBlocks = false};
 
 // NTFS, without what the interface of the library cannot create there.
 const FileSystem& fileSystem() {
