@@ -49,7 +49,7 @@ help:
 	@echo "make install [PREFIX=...]  install library, headers and program (default $(PREFIX));"
 	@echo "make uninstall             remove them again"
 	@echo "make package               build Debian packages and a source archive in build/package"
-	@echo "make abi                   compare the binary interface with the last release's"
+	@echo "make abi                   compare the binary interface with those of all releases"
 	@echo "make docs                  build the HTML reference in build/docs/html"
 	@echo "make clean                 remove everything that was built"
 
