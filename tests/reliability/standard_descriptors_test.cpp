@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstring>
 #include <string>
 
@@ -22,11 +23,15 @@ void closeStandard() {
   for (int descriptor = 0; descriptor <= STDERR_FILENO; ++descriptor) close(descriptor);
 }
 
+// Keeps errno, by which a call that was made before tells its failure from its end.
 bool anyIsOpen() {
+  const int before = errno;
+  bool isOpen = false;
   for (int descriptor = 0; descriptor <= STDERR_FILENO; ++descriptor) {
-    if (fcntl(descriptor, F_GETFD) != -1) return true;
+    isOpen = isOpen || fcntl(descriptor, F_GETFD) != -1;
   }
-  return false;
+  errno = before;
+  return isOpen;
 }
 
 class StandardDescriptors : public testing::TestWithParam<Operation> {};
