@@ -23,7 +23,7 @@ namespace FileSystem {
 /// treats one that it does not know as Reason::Failed.
 enum class Reason : std::int32_t {
   None = 0,           ///< it succeeded
-  Failed,             ///< for a reason that the system does not tell
+  Failed,             ///< for a reason that the system does not name
   Cancelled,          ///< a callback ended the call
   Missing,            ///< the file, the folder or the entry does not exist
   Exists,             ///< the name is in use, and what has it was to be kept

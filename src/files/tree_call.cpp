@@ -3,16 +3,8 @@
 #include <utility>
 
 namespace FileSystem::Detail {
-namespace {
 
-const ProgressCallback& noCallback() {
-  static const ProgressCallback callback;
-  return callback;
-}
-
-}  // namespace
-
-TreeCall::TreeCall() : relay_(noCallback()), reports_(false) {}
+TreeCall::TreeCall() : reports_(false) {}
 
 TreeCall::TreeCall(const Options& options)
     : relay_(options.progress()), reports_(true), existing_(options.existing()) {}

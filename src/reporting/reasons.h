@@ -7,7 +7,7 @@
 
 namespace FileSystem::Detail {
 
-// Returns the reason that an error code of Win32 stands for, `other` if it names none.
+// Returns the reason of an error code of Win32, `other` if the code has none.
 Reason reasonOfError(DWORD error, Reason other = Reason::Failed);
 
 }  // namespace FileSystem::Detail

@@ -7,24 +7,16 @@
 #include <algorithm>
 #include <ctime>
 #include <functional>
-#include <map>
 #include <set>
 #include <string>
 
+#include "library/reasons.h"
 #include "support/open_file.h"
 #include "support/temporary_folder.h"
 
 namespace {
 
 using namespace FileSystem;
-
-using Reasons = std::map<std::string, Reason>;
-
-Reasons reasonsOf(const Report& report) {
-  Reasons reasons;
-  for (const ItemResult& item : report.items) reasons[item.name] = item.reason;
-  return reasons;
-}
 
 class HostTrees : public testing::Test {
  protected:
@@ -122,7 +114,7 @@ TEST_F(HostTrees, CopyCreatesTheFoldersOfARelativePath) {
   EXPECT_EQ(support::readFile(path("new/deep/a")), "a");
 }
 
-TEST_F(HostTrees, CopyTellsItsProgress) {
+TEST_F(HostTrees, CopyReportsItsProgress) {
   constexpr std::uint64_t kSize = 10 << 20;
   constexpr std::uint64_t kLargestBlock = 4 << 20;
   write("in/large", std::string(kSize, 'l'));

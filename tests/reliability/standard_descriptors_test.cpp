@@ -23,7 +23,7 @@ void closeStandard() {
   for (int descriptor = 0; descriptor <= STDERR_FILENO; ++descriptor) close(descriptor);
 }
 
-// Keeps errno, by which a call that was made before tells its failure from its end.
+// Keeps errno, by which a caller distinguishes the end of a directory from an error.
 bool anyIsOpen() {
   const int before = errno;
   bool isOpen = false;

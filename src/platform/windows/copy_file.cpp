@@ -10,13 +10,13 @@ namespace {
 struct Observer {
   const CopyProgress& progress;
   bool mayEnd;
-  bool isTold = false;
+  bool isReported = false;
 };
 
-DWORD CALLBACK tell(LARGE_INTEGER, LARGE_INTEGER copied, LARGE_INTEGER, LARGE_INTEGER, DWORD, DWORD,
-                    HANDLE, HANDLE, LPVOID data) {
+DWORD CALLBACK report(LARGE_INTEGER, LARGE_INTEGER copied, LARGE_INTEGER, LARGE_INTEGER, DWORD,
+                      DWORD, HANDLE, HANDLE, LPVOID data) {
   auto& observer = *static_cast<Observer*>(data);
-  observer.isTold = true;
+  observer.isReported = true;
   const bool continues = observer.progress(static_cast<std::uint64_t>(copied.QuadPart));
   return continues || !observer.mayEnd ? PROGRESS_CONTINUE : PROGRESS_CANCEL;
 }
@@ -28,9 +28,9 @@ std::uint64_t sizeOf(const char* path) {
 }
 
 bool copy(const char* source, const char* target, DWORD flags, Observer observer) {
-  if (CopyFileExA(source, target, tell, &observer, nullptr, flags) == FALSE) return false;
+  if (CopyFileExA(source, target, report, &observer, nullptr, flags) == FALSE) return false;
   // Wine copies without calling back. The end of the file is reported there.
-  if (observer.isTold || observer.progress(sizeOf(target)) || !observer.mayEnd) return true;
+  if (observer.isReported || observer.progress(sizeOf(target)) || !observer.mayEnd) return true;
   SetFileAttributesA(target, FILE_ATTRIBUTE_NORMAL);
   DeleteFileA(target);
   SetLastError(ERROR_REQUEST_ABORTED);

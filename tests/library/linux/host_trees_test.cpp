@@ -8,9 +8,9 @@
 #include <unistd.h>
 
 #include <csignal>
-#include <map>
 #include <string>
 
+#include "library/reasons.h"
 #include "platform/win32.h"
 #include "support/linux/forked_process.h"
 #include "support/open_file.h"
@@ -20,14 +20,6 @@
 namespace {
 
 using namespace FileSystem;
-
-using Reasons = std::map<std::string, Reason>;
-
-Reasons reasonsOf(const Report& report) {
-  Reasons reasons;
-  for (const ItemResult& item : report.items) reasons[item.name] = item.reason;
-  return reasons;
-}
 
 class HostTreesOnLinux : public testing::Test {
  protected:

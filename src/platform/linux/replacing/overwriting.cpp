@@ -45,7 +45,7 @@ bool reserve(int from, off_t size, off_t oldSize, int to, const CopyProgress& pr
   return size <= oldSize || appendRest(from, size, oldSize, to, progress);
 }
 
-// Returns a function that tells `progress`, and always continues.
+// Returns a function that calls `progress`, and always continues.
 CopyProgress continuing(const CopyProgress& progress) {
   if (!progress) return {};
   return [&progress](std::uint64_t position) {

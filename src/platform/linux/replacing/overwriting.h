@@ -11,7 +11,7 @@ namespace platform::native {
 // status `old`. Space that `to` lacks is reserved first, so that a full disk is noticed while the
 // old content is complete. Set-id bits are removed before the first byte is written. False, with
 // errno, on failure; network file systems can also report one when `to` is closed.
-// Nothing ends the writing early: `progress` is told of it, and its result does not count.
+// Nothing ends the writing early: `progress` is called, and its result does not count.
 bool overwriteContent(int from, off_t size, const struct stat& old, int to,
                       const CopyProgress& progress = {});
 

@@ -18,7 +18,7 @@ constexpr std::size_t kBlock = 1 << 20;
 constexpr std::size_t kLargestCopy = std::size_t{1} << 30;
 constexpr off_t kToTheEnd = std::numeric_limits<off_t>::max();
 
-// Tells the progress of a copy.
+// Reports the progress of a copy.
 class Meter {
  public:
   explicit Meter(const CopyProgress& progress) : progress_(progress) {}
