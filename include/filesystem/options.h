@@ -25,8 +25,8 @@ namespace FileSystem {
 
 /// How far a call has come.
 struct Progress {
-  /// The file or entry that the call works on, as it is named in the Report. Valid during the
-  /// callback.
+  /// The file or entry that the call works on, as it is named in the Report; the path of the archive
+  /// while a new version takes its place. Valid during the callback.
   std::string_view name;
   std::uint64_t bytesDone = 0;      ///< of the contents
   std::uint64_t bytesExpected = 0;  ///< of all contents; 0 if it is not known

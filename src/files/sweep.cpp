@@ -57,6 +57,7 @@ class Sweep : public Detail::TreeVisitor {
   const double limit_;
   const Mode mode_;
   Detail::TreeCall& call_;
+  int count_ = 0;
 };
 
 bool Sweep::isOld(const Detail::TreeEntry& entry) const {
@@ -80,6 +81,11 @@ bool Sweep::isNoFile(const Detail::TreeEntry& entry) const {
 
 Detail::Visit Sweep::visit(const Detail::TreeEntry& entry) {
   using Detail::Visit;
+  // Reading a large folder takes long. The host can cancel that, too.
+  constexpr int kInterval = 1000;
+  if (call_.hasProgress() && ++count_ % kInterval == 0 && !call_.begin(entry.path())) {
+    return Visit::Last;
+  }
   if (entry.isAtTop && !isTemporaryName(entry.directory.name())) return Visit::Kept;
   if (!isOld(entry)) return Visit::Kept;
   Reason reason = obstacle(entry);

@@ -4,7 +4,6 @@
 
 #include "platform/replace_file.h"
 #include "reporting/reasons.h"
-#include "zip/temporary_file.h"
 
 namespace zip {
 
@@ -83,7 +82,17 @@ bool Rewrite::run(const Plan& plan, ProgressRelay& progress) {
     return fail(writer.reason());
   }
   reader_->close();
-  return platform::replaceFile(original_, path_.c_str(), copy.path()) || failWithError();
+  return putInPlace(copy, progress);
+}
+
+// Copying a large archive takes long, so that the host sees it and can cancel it.
+bool Rewrite::putInPlace(const TemporaryFile& copy, ProgressRelay& progress) {
+  platform::CopyProgress report;
+  if (progress.isNeeded()) {
+    if (!progress.begin(path_)) return fail(Reason::Cancelled);
+    report = [&](std::uint64_t) { return progress.advance(0); };
+  }
+  return platform::replaceFile(original_, path_.c_str(), copy.path(), report) || failWithError();
 }
 
 bool Rewrite::copyEntries(ArchiveWriter& writer, const Plan& plan, ProgressRelay& progress) {

@@ -12,6 +12,7 @@
 #include "zip/archive_reader.h"
 #include "zip/archive_writer.h"
 #include "zip/entry_names.h"
+#include "zip/temporary_file.h"
 
 namespace zip {
 
@@ -57,6 +58,7 @@ class Rewrite {
   bool failWithError();
   bool copyEntries(ArchiveWriter& writer, const Plan& plan,
                    FileSystem::Detail::ProgressRelay& progress);
+  bool putInPlace(const TemporaryFile& copy, FileSystem::Detail::ProgressRelay& progress);
   bool runInPlace(const Plan& plan);
   bool changeInPlace(const Plan& plan);
 

@@ -354,7 +354,7 @@ TEST_F(Change, ReportsProgress) {
     return calls;
   };
   const Calls known = rowsFor(false);
-  EXPECT_EQ(known.names, (Names{"a", "kept", "b", "bytes"}));
+  EXPECT_EQ(known.names, (Names{"a", "kept", "b", "bytes", path_}));
   EXPECT_EQ(known.all.back().bytesExpected, (1U << 20) + 3 + 4);
   EXPECT_EQ(known.all.back().bytesDone, known.all.back().bytesExpected);
   EXPECT_EQ(known.all.back().filesExpected, 3U);

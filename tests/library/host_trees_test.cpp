@@ -203,6 +203,14 @@ TEST_F(HostTrees, DeletionSaysWhatStays) {
   EXPECT_TRUE(support::exists(path("tree/in-use")));
 }
 
+TEST_F(HostTrees, ALargeFolderIsReportedWhileItIsRead) {
+  for (int i = 0; i < 2500; ++i) write("large/" + std::to_string(i), "");
+  int calls = 0;
+  const Report report = findOldFiles(path("large").c_str(), 7,
+                                     Options().setProgress([&](auto&) { return ++calls < 3; }));
+  EXPECT_EQ(report.reason, Reason::Cancelled);
+}
+
 // The ways in which a callback ends a call.
 enum class End { ByFalse, ByException };
 struct Stop {};

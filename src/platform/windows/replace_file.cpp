@@ -1,5 +1,6 @@
 #include "platform/replace_file.h"
 
+#include <cstdint>
 #include <memory>
 #include <string>
 
@@ -44,16 +45,21 @@ bool moveTo(HANDLE file, LONGLONG position) {
 }
 
 // Copies all bytes of `from` to the start of `to`.
-bool copyContent(HANDLE from, HANDLE to) {
+bool copyContent(HANDLE from, HANDLE to, const CopyProgress& progress = {}) {
   constexpr DWORD kBlock = 1 << 20;
   const auto block = std::make_unique<unsigned char[]>(kBlock);
   if (!moveTo(from, 0) || !moveTo(to, 0)) return false;
-  for (;;) {
+  for (std::uint64_t copied = 0;;) {
     DWORD size = 0;
     DWORD written = 0;
     if (ReadFile(from, block.get(), kBlock, &size, nullptr) == FALSE) return false;
     if (size == 0) return true;
     if (WriteFile(to, block.get(), size, &written, nullptr) == FALSE || written != size) {
+      return false;
+    }
+    copied += size;
+    if (progress && !progress(copied)) {
+      SetLastError(ERROR_REQUEST_ABORTED);
       return false;
     }
   }
@@ -85,13 +91,16 @@ bool overwrite(HANDLE file, HANDLE content) {
 
 }  // namespace
 
-bool replaceFile(FileHandle& opened, const char* path, const char* version) {
+bool replaceFile(FileHandle& opened, const char* path, const char* version,
+                 const CopyProgress& progress) {
   const OriginalFile original(opened.get());
   const FileHandle content = openFile(version, GENERIC_READ, FILE_SHARE_READ);
   if (!original || !content) return false;
   ReplacementFile replacement(pathWithoutLink(path, opened.get()), &original);
   if (replacement) {
-    if (!copyContent(content.get(), replacement.handle()) || !replacement.complete()) return false;
+    if (!copyContent(content.get(), replacement.handle(), progress) || !replacement.complete()) {
+      return false;
+    }
   } else if (!isRefusal(GetLastError())) {
     return false;
   }

@@ -20,7 +20,8 @@
 
 using namespace platform::native;
 
-bool platform::replaceFile(FileHandle& opened, const char* path, const char* version) {
+bool platform::replaceFile(FileHandle& opened, const char* path, const char* version,
+                           const CopyProgress& progress) {
   const NativePath native(path);
   if (!native.valid()) return fail(native.error()) != FALSE;
   Source source;
@@ -34,7 +35,7 @@ bool platform::replaceFile(FileHandle& opened, const char* path, const char* ver
     return fail(ERROR_SHARING_VIOLATION) != FALSE;
   }
   opened.reset();
-  if (!copyOver(source, target)) return fail(errorOnPath(native, errno)) != FALSE;
+  if (!copyOver(source, target, progress)) return fail(errorOnPath(native, errno)) != FALSE;
   commitNameOf(target.path.c_str());
   return true;
 }
