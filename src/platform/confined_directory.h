@@ -41,7 +41,7 @@ class ConfinedDirectory {
   explicit ConfinedDirectory(const std::string& path);
   ~ConfinedDirectory();
 
-  // True if the directory could be opened.
+  // True if the directory could be opened. If not, the error is set.
   explicit operator bool() const;
 
   // Creates the file `name`, a path relative to the directory, and the missing directories on the

@@ -1,6 +1,7 @@
 #include "zip/extraction.h"
 
 #include <algorithm>
+#include <new>
 #include <span>
 #include <string_view>
 
@@ -60,18 +61,26 @@ void createDirectories(const std::string& path) {
 Reason Extractor::toBytes(std::vector<unsigned char>& bytes) {
   OpenEntry entry(archive_, password_);
   if (!entry) return entry.failure();
-  const EntryInfo info = archive_.describe();
   Reason reason = Reason::None;
-  if (isLikelySize(info)) platform::reserveForFilling(bytes, info.size);
-  if (isLikelySize(info) && !(progress_.isNeeded() && passesInPieces(info))) {
-    bytes.resize(info.size);
-    if (!entry.readAll(bytes.data(), info.size)) reason = entry.failure();
-    progress_.advance(info.size);
-  } else {
-    reason = readGrowing(entry, info.size, bytes);
+  try {
+    reason = readAll(entry, bytes);
+  } catch (const std::bad_alloc&) {
+    reason = Reason::OutOfMemory;
   }
   if (reason != Reason::None) bytes = {};
   return reason;
+}
+
+Reason Extractor::readAll(OpenEntry& entry, std::vector<unsigned char>& bytes) {
+  const EntryInfo info = archive_.describe();
+  if (isLikelySize(info)) platform::reserveForFilling(bytes, info.size);
+  if (isLikelySize(info) && !(progress_.isNeeded() && passesInPieces(info))) {
+    bytes.resize(info.size);
+    if (!entry.readAll(bytes.data(), info.size)) return entry.failure();
+    progress_.advance(info.size);
+    return Reason::None;
+  }
+  return readGrowing(entry, info.size, bytes);
 }
 
 // Reads all content into memory that grows as bytes arrive.

@@ -42,7 +42,7 @@ class Extractor {
   // Creates the folder that the entry is, and those on the way to it, in the same way.
   FileSystem::Reason createFolder(const std::string& target, std::size_t prefixLength);
   // Reads the entry. `bytes` is unchanged if it cannot be opened, and empty if its data are
-  // damaged.
+  // damaged or too large for the memory.
   FileSystem::Reason toBytes(std::vector<unsigned char>& bytes);
   // Passes the content on piece by piece. `sink` returns false on failure, for which the result is
   // Reason::Cancelled.
@@ -58,6 +58,7 @@ class Extractor {
   bool passesInPieces(const EntryInfo& info) const;
   FileSystem::Reason readWhole(OpenEntry& entry);
   FileSystem::Reason writeContent(OpenEntry& entry, HANDLE file);
+  FileSystem::Reason readAll(OpenEntry& entry, std::vector<unsigned char>& bytes);
   FileSystem::Reason readGrowing(OpenEntry& entry, std::size_t size,
                                  std::vector<unsigned char>& bytes);
   FileSystem::Reason copyPieces(OpenEntry& entry, const FileSystem::Sink& sink);

@@ -1,7 +1,10 @@
 // The peak memory of the archive operations, which does not depend on the sizes of the files, and
 // that they start no thread.
 
+#include <filesystem/archive.h>
 #include <filesystem/zip.h>
+#include <sys/resource.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -13,6 +16,7 @@
 
 #include "failing_calls.h"
 #include "library/zip.h"
+#include "support/linux/forked_process.h"
 #include "support/linux/peak_memory.h"
 #include "support/linux/shared_memory.h"
 #include "support/noise.h"
@@ -164,6 +168,32 @@ TEST_F(MemoryLimits, ExtractionHoldsLittleOfALargeEntry) {
                 std::filesystem::file_size(folder_.file(name)));
     }
   }
+}
+
+// In bytes.
+rlim_t addressSpace() {
+  std::ifstream statistics("/proc/self/statm");
+  rlim_t pages = 0;
+  statistics >> pages;
+  return pages * static_cast<rlim_t>(sysconf(_SC_PAGESIZE));
+}
+
+TEST_F(MemoryLimits, AShortageOfMemoryIsTheReason) {
+  constexpr std::size_t kSize = 64 * kMegabyte;
+  ZipArchive made;
+  ASSERT_EQ(made.create(archive_.c_str(), 0), 1);
+  ASSERT_EQ(made.insert(Bytes(kSize, 'x'), "large", "", 0), 1);
+  made.close();
+  support::ForkedProcess process([&](const auto&) {
+    FileSystem::Archive archive;
+    archive.open(archive_.c_str());
+    const rlim_t enough = addressSpace() + kSize / 2;
+    const rlimit limit{enough, enough};
+    setrlimit(RLIMIT_AS, &limit);
+    Bytes bytes;
+    return static_cast<int>(archive.readAll(archive.entries().front(), bytes));
+  });
+  EXPECT_EQ(process.wait(), static_cast<int>(FileSystem::Reason::OutOfMemory));
 }
 
 }  // namespace

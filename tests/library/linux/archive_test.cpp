@@ -7,6 +7,7 @@
 
 #include <csignal>
 #include <filesystem>
+#include <functional>
 
 #include "library/zip.h"
 #include "support/linux/forked_process.h"
@@ -23,6 +24,22 @@ using FileSystem::Reason;
 using FileSystem::Report;
 
 class ArchiveOnLinux : public Zip {};
+
+// Returns the result of `work` in a process with that limit of a resource.
+Reason reasonWithin(__rlimit_resource resource, rlim_t size, const std::function<Reason()>& work) {
+  support::ForkedProcess process([&](const auto&) {
+    const rlimit limit{size, size};
+    setrlimit(resource, &limit);
+    return static_cast<int>(work());
+  });
+  return static_cast<Reason>(process.wait());
+}
+
+int lowestFreeDescriptor() {
+  const int descriptor = dup(STDIN_FILENO);
+  close(descriptor);
+  return descriptor;
+}
 
 // A link is kept itself, also one to nothing, and nothing is written through it.
 TEST_F(ArchiveOnLinux, UnpackingKeepsLinks) {
@@ -66,13 +83,12 @@ TEST_F(ArchiveOnLinux, SaysWhyAFileCannotBeWritten) {
   EXPECT_EQ(reasonNow(), Reason::NoPermission);
   std::filesystem::remove(file);
 
-  support::ForkedProcess limited([&](const auto&) {
-    std::signal(SIGXFSZ, SIG_IGN);
-    const rlimit limit{100'000, 100'000};
-    setrlimit(RLIMIT_FSIZE, &limit);
-    return reasonNow() == Reason::DiskFull ? 0 : 1;
-  });
-  EXPECT_EQ(limited.wait(), 0);
+  std::signal(SIGXFSZ, SIG_IGN);
+  EXPECT_EQ(reasonWithin(RLIMIT_FSIZE, 100'000, reasonNow), Reason::DiskFull);
+  EXPECT_FALSE(support::exists(file));
+  // No descriptor is free for the file.
+  const rlim_t open = static_cast<rlim_t>(lowestFreeDescriptor());
+  EXPECT_EQ(reasonWithin(RLIMIT_NOFILE, open, reasonNow), Reason::WriteFailed);
   EXPECT_FALSE(support::exists(file));
 }
 

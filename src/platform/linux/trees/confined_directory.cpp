@@ -205,9 +205,12 @@ ConfinedDirectory::Result ConfinedDirectory::State::writeExisting(const char* na
 ConfinedDirectory::ConfinedDirectory(const std::string& path) : state_(std::make_unique<State>()) {
   // With the dot an empty text and a bare drive are directories too.
   const NativePath native((path + '.').c_str());
-  if (native.valid()) {
-    state_->root = Descriptor(::open(native.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+  if (!native.valid()) {
+    SetLastError(native.error());
+    return;
   }
+  state_->root = Descriptor(::open(native.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+  if (!state_->root) SetLastError(errorOnPath(native, errno));
 }
 
 ConfinedDirectory::~ConfinedDirectory() = default;
