@@ -20,13 +20,6 @@
 
 namespace platform {
 
-// Fetches the cache line of an address that is read soon. Any address is allowed.
-inline void prefetch([[maybe_unused]] const void* address) {
-#if VESK_GNU_EXTENSIONS
-  __builtin_prefetch(address);
-#endif
-}
-
 #if VESK_GNU_EXTENSIONS
 
 // 16 bytes. Operators apply to each byte, and a comparison sets all bits of a byte or none.

@@ -28,7 +28,6 @@
 #include <string_view>
 #include <utility>
 
-#include "platform/compiler.h"
 #include "platform/large_memory.h"
 #include "xml/byte_block.h"
 
@@ -148,8 +147,6 @@ std::string fromXml(const std::string& text) {
   std::string_view rest = text;
   std::size_t filled = 0;
   while (rest.size() >= kReach) {
-    // For a text larger than the caches, the processor does not prefetch far enough by itself.
-    platform::prefetch(rest.data() + std::min(kPiece, rest.size()));
     const Progress done = unescapeBlock(rest.data(), buffer.data() + filled);
     rest.remove_prefix(done.taken);
     filled += done.filled;
