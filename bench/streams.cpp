@@ -77,6 +77,37 @@ Operation writing(const Workspace& workspace) {
               }};
 }
 
+Operation writingNumbers(const Workspace& workspace) {
+  const auto count = [&workspace](int eighths) {
+    return static_cast<long>(workspace.scaled(kGigabyte) / 1000) * eighths;
+  };
+  return {.name = "FileStream << long, 8,000,000 numbers",
+          .target = 1.0,
+          .ours =
+              [=, &workspace](int eighths) {
+                const std::string path = workspace.fresh("numbers");
+                const Cost before = commits;
+                const Cost whole = timed([&] {
+                  FileSystem::FileStream stream;
+                  require(stream.open(path.c_str(), FileSystem::FileStream::OpenWrite |
+                                                        FileSystem::FileStream::OpenTruncate),
+                          "FileStream::open");
+                  for (long i = count(eighths); i > 0; --i) stream << i;
+                  stream.close();
+                });
+                return whole - (commits - before);
+              },
+          .peers = {{"std::ofstream",
+                     [=, &workspace] {
+                       const std::string path = workspace.fresh("numbers");
+                       return timed([&] {
+                         std::ofstream stream(path, std::ios::binary);
+                         for (long i = count(8); i > 0; --i) stream << i;
+                       });
+                     }}},
+          .note = {}};
+}
+
 // Returns the path of a file of a number of eighths of a gigabyte, which is created once.
 std::string contentFile(const Workspace& workspace, int eighths) {
   const std::size_t size = workspace.scaled(kGigabyte) / 8 * static_cast<std::size_t>(eighths);
@@ -120,7 +151,7 @@ Operation reading(const Workspace& workspace) {
 }  // namespace
 
 std::vector<Operation> streamOperations(const Workspace& workspace) {
-  return {writing(workspace), reading(workspace)};
+  return {writing(workspace), writingNumbers(workspace), reading(workspace)};
 }
 
 }  // namespace bench

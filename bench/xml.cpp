@@ -138,13 +138,101 @@ Operation finding(std::size_t size) {
           .note = {}};
 }
 
+// Small calls in a row are one round.
+constexpr std::size_t kCalls = 100'000;
+
+Operation findingInLittle(std::size_t calls) {
+  const auto text = std::make_shared<const std::string>("<user id=\"7\"><name>Ann</name></user>");
+  return {.name = "xmlContent in 37 bytes, 100,000 calls",
+          .target = 1.0,
+          .ours =
+              [=](int eighths) {
+                return timed([&] {
+                  for (std::size_t i = calls / 8 * static_cast<std::size_t>(eighths); i > 0; --i) {
+                    require(Xml::xmlContent(*text, "name", false) == "Ann", "xmlContent");
+                  }
+                });
+              },
+          .peers = {{"pugixml",
+                     [=] {
+                       return timed([&] {
+                         for (std::size_t i = calls; i > 0; --i) {
+                           pugi::xml_document parsed;
+                           parsed.load_buffer(text->data(), text->size());
+                           require(std::string_view(
+                                       parsed.child("user").child("name").child_value()) == "Ann",
+                                   "pugixml");
+                         }
+                       });
+                     }}},
+          .note = {}};
+}
+
+// The peer is the least that finding the element needs.
+Operation findingTheFirst(std::size_t size) {
+  const auto whole = std::make_shared<const std::string>(document(size));
+  return {.name = "xmlContent of the first element in 10 MB",
+          .target = 4.0,
+          .ours =
+              [=](int eighths) {
+                const std::string text =
+                    whole->substr(0, size / 8 * static_cast<std::size_t>(eighths));
+                return timed([&] {
+                  require(Xml::xmlContent(text, "name", false) == "name 0", "xmlContent");
+                });
+              },
+          .peers = {{"std::string::find of the tags",
+                     [=] {
+                       return timed([&] {
+                         const std::size_t start = whole->find('>', whole->find("<name")) + 1;
+                         const std::size_t end = whole->find("</name>", start);
+                         require(whole->substr(start, end - start) == "name 0", "find");
+                       });
+                     }}},
+          .note = {}};
+}
+
+Operation readingAll(std::size_t size) {
+  const auto whole = std::make_shared<const std::string>(document(size));
+  return {.name = "ElementCursor over all elements in 10 MB",
+          .target = 1.0,
+          .ours =
+              [=](int eighths) {
+                const std::string text = document(size / 8 * static_cast<std::size_t>(eighths));
+                return timed([&] {
+                  std::size_t bytes = 0;
+                  Xml::ElementCursor names(text, "name");
+                  while (names.next()) bytes += names.content().size();
+                  require(bytes > 0, "ElementCursor");
+                });
+              },
+          .peers = {{"pugixml",
+                     [=] {
+                       return timed([&] {
+                         pugi::xml_document parsed;
+                         parsed.load_buffer(whole->data(), whole->size());
+                         std::size_t bytes = 0;
+                         for (const pugi::xml_node record : parsed.child("records")) {
+                           bytes += std::string(record.child("name").child_value()).size();
+                         }
+                         require(bytes > 0, "pugixml");
+                       });
+                     }}},
+          .note = {}};
+}
+
 }  // namespace
 
 std::vector<Operation> xmlOperations(std::size_t scale) {
   const std::size_t size = kText / scale;
-  return {escaping("text", size, sourceText), escaping("dense", size, denseText),
-          unescaping("text", size, sourceText), unescaping("dense", size, denseText),
-          finding(size)};
+  return {escaping("text", size, sourceText),
+          escaping("dense", size, denseText),
+          unescaping("text", size, sourceText),
+          unescaping("dense", size, denseText),
+          finding(size),
+          findingInLittle(kCalls / scale),
+          findingTheFirst(size),
+          readingAll(size)};
 }
 
 }  // namespace bench

@@ -15,6 +15,7 @@
 
 #include <filesystem/export.h>
 
+#include <cstddef>
 #include <string>
 
 namespace FileSystem {
@@ -74,7 +75,45 @@ FILESYSTEM_API std::string xmlDefine(const std::string& tag, const std::string& 
 ///                     unescaped. With false, `<name></name>` is not removed; `<name />` is.
 /// @return the element or its content. An empty result does not mean that nothing was removed:
 ///         compare the size of `text` before and after.
+///
+/// Each call searches the text from its beginning and moves what follows the element. To read many
+/// elements use an ElementCursor.
 FILESYSTEM_API std::string xmlExtract(std::string& text, const std::string& tag, bool wholeElement);
+
+/// Reads all elements of a name, one after the other, in time linear in the size of the text.
+///
+/// @code
+/// for (Xml::ElementCursor users(text, "User"); users.next();) addUser(users.content());
+/// @endcode
+///
+/// Unlike the functions above it takes only elements of exactly this name: `user` is not found in
+/// `<users>`. Nested elements of the same name are paired and belong to the content of the outer one.
+class FILESYSTEM_API ElementCursor {
+ public:
+  /// Begins before the first element.
+  /// @param text text that contains the elements; it must outlive the cursor and remain unchanged
+  /// @param tag  name of the elements, not empty; converted by toXmlTag()
+  ElementCursor(const std::string& text, const std::string& tag);
+  /// A temporary text would not outlive the cursor.
+  ElementCursor(std::string&& text, const std::string& tag) = delete;
+
+  /// Moves to the next element.
+  /// @return false if there is none, or if it lacks an end tag
+  bool next();
+  /// Returns the element with its tags, not unescaped; empty before the first and after the last one.
+  std::string element() const;
+  /// Returns the content, unescaped; empty for `<name/>`, before the first and after the last one.
+  std::string content() const;
+
+ private:
+  const std::string* text_;
+  std::string opening_;           // `<` and the name
+  std::string closing_;           // the end tag
+  std::size_t position_ = 0;      // of the element's `<`
+  std::size_t contentStart_ = 0;  // after the `>` of its start tag
+  std::size_t contentEnd_ = 0;
+  std::size_t end_ = 0;  // after the element
+};
 
 /// Forms that take names literally, return bytes unchanged, and ignore nesting.
 namespace Raw {

@@ -133,6 +133,36 @@ TEST(Xml, Content) {
   }
 }
 
+// Pairs start and end tags with plain searches.
+std::string contentByFind(const std::string& text, const std::string& tag) {
+  const std::string opening = '<' + tag, closing = "</" + tag + '>';
+  const std::size_t position = text.find(opening);
+  const std::size_t start = text.find('>', position);
+  std::size_t end = text.find(closing);
+  if (position == std::string::npos || start == std::string::npos || end == std::string::npos ||
+      end <= start + 1) {
+    return {};
+  }
+  std::size_t next = text.find(opening, start + 1);
+  while (end != std::string::npos && next < end) {
+    end = text.find(closing, end + tag.size());
+    next = text.find(opening, next + tag.size());
+  }
+  return end == std::string::npos ? "" : text.substr(start + 1, end - start - 1);
+}
+
+TEST(Xml, ContentOfRandomTexts) {
+  const char* const pieces[] = {"<a>", "<a>", "</a>", "</a>", "<a/>", "<ab", "<", "/a>", "x"};
+  std::minstd_rand random(5);
+  for (int round = 0; round < 50000; ++round) {
+    std::string text = "<a>";
+    for (auto left = random() % 12; left > 0; --left) {
+      text += pieces[random() % std::size(pieces)];
+    }
+    ASSERT_EQ(xmlContent(text, "a", false), contentByFind(text, "a")) << text;
+  }
+}
+
 TEST(Xml, ContentAtEveryPosition) {
   // Before the element is a text of any length that resembles its tags.
   for (const std::string& name : {std::string("abc"), std::string(100, 'n')}) {
@@ -209,6 +239,37 @@ TEST(Xml, DefinitionAndExtraction) {
     std::string text = c.text;
     EXPECT_EQ(xmlExtract(text, c.tag, c.whole), c.result) << c.text;
     EXPECT_EQ(text, c.rest) << c.text;
+  }
+}
+
+TEST(Xml, ElementsOneAfterTheOther) {
+  using Elements = std::vector<std::pair<std::string, std::string>>;  // whole, and their contents
+  struct {
+    const char *text, *tag;
+    Elements expected;
+  } const cases[] = {
+      {"<a>1</a>-<a k=\"2\">&lt;</a>", "a", {{"<a>1</a>", "1"}, {"<a k=\"2\">&lt;</a>", "<"}}},
+      {"<users><user>x</user></users>", "User", {{"<user>x</user>", "x"}}},
+      {"<a/><a\n/><a></a>", "a", {{"<a/>", ""}, {"<a\n/>", ""}, {"<a></a>", ""}}},
+      {"<a>1<a>2<a/></a>3</a><a>4</a>",
+       "a",
+       {{"<a>1<a>2<a/></a>3</a>", "1<a>2<a/></a>3"}, {"<a>4</a>", "4"}}},
+      {"<a><ab>1</ab></a>", "a", {{"<a><ab>1</ab></a>", "<ab>1</ab>"}}},
+      {"</a><a>1</a>", "a", {{"<a>1</a>", "1"}}},
+      {"<a>1</a><a><a>2</a>", "a", {{"<a>1</a>", "1"}}},
+      {"<a>1</a><a", "a", {{"<a>1</a>", "1"}}},
+      {"<a>1<a </a></a>", "a", {{"<a>1<a </a></a>", "1<a </a>"}}},
+      {"", "a", {}},
+  };
+  for (const auto& c : cases) {
+    const std::string text = c.text;
+    ElementCursor cursor(text, c.tag);
+    EXPECT_EQ(cursor.element(), "");
+    Elements found;
+    while (cursor.next()) found.emplace_back(cursor.element(), cursor.content());
+    EXPECT_EQ(found, c.expected) << text;
+    EXPECT_FALSE(cursor.next());
+    EXPECT_EQ(cursor.element(), "");
   }
 }
 
