@@ -221,3 +221,5 @@ bool isReadInBlocks(const EntryInfo& info) {
 }
 
 }  // namespace zip
+
+const char* FileSystem::methodName(std::uint16_t method) { return ZipMethodName(method); }

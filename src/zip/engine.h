@@ -71,6 +71,9 @@ inline constexpr int ZipMethodStored = 0;
 inline constexpr int ZipMethodDeflate = 8;
 inline constexpr int ZipLevelDefault = -1;
 
+// Returns the usual name of a compression method, or an empty text.
+const char* ZipMethodName(std::uint32_t method);
+
 // Largest number of stored bytes of a deflated entry that one read of all its content inflates in
 // one call. That is faster than inflating in pieces, but holds stored and plain bytes together.
 inline constexpr std::uint32_t ZipLargestInflatedAtOnce = 28 << 20;

@@ -15,18 +15,6 @@ constexpr std::size_t kInputBlock = 256 << 10;
 
 }  // namespace
 
-struct EntryData::Inflater {
-  Inflater() = default;
-  Inflater(const Inflater&) = delete;
-  Inflater& operator=(const Inflater&) = delete;
-  ~Inflater() { inflateEnd(&stream); }
-
-  z_stream stream{};
-  bool good = inflateInit2(&stream, -MAX_WBITS) == Z_OK;
-  Bytes input;
-  bool ended = false;
-};
-
 EntryData::EntryData(const ArchiveFile& file, const EntryLayout& layout, EntryBuffers& buffers)
     : file_(file),
       buffers_(buffers),
@@ -106,8 +94,8 @@ bool EntryData::readStored(unsigned char* out, std::size_t size) {
 
 bool EntryData::readDecoded(unsigned char* out, std::size_t size) {
   if (size == 0) return true;
-  if (layout_.raw || layout_.method == ZipMethodStored) return readStored(out, size);
-  if (inflater_) return inflate(out, size);
+  if (layout_.raw || layout_.method->isStored()) return readStored(out, size);
+  if (decoder_) return decode(out, size);
   if (!whole_.empty()) {
     std::memcpy(out, whole_.data() + (whole_.size() - plainLeft_), size);
     return true;
@@ -122,8 +110,9 @@ bool EntryData::readDecoded(unsigned char* out, std::size_t size) {
     std::memcpy(out, whole_.data(), size);
     return true;
   }
-  inflater_ = std::make_unique<Inflater>();
-  return inflater_->good && inflate(out, size);
+  decoder_ =
+      layout_.method->makeDecoder({.plainSize = layout_.uncompressedSize, .flags = layout_.flags});
+  return decoder_ != nullptr && decode(out, size);
 }
 
 bool EntryData::decodeWhole(unsigned char* out) {
@@ -139,35 +128,35 @@ bool EntryData::decodeWhole(unsigned char* out) {
                                    static_cast<std::size_t>(layout_.uncompressedSize));
 }
 
-bool EntryData::inflate(unsigned char* out, std::size_t size) {
-  z_stream& stream = inflater_->stream;
-  stream.next_out = out;
-  stream.avail_out = static_cast<uInt>(size);
-  while (stream.avail_out > 0) {
-    if (inflater_->ended) return false;
-    if (stream.avail_in == 0) {
-      Bytes& input = inflater_->input;
-      input.resize(static_cast<std::size_t>(std::min<std::uint64_t>(storedLeft_, kInputBlock)));
-      // Without more bytes it may still have plain ones to give.
-      if (!readStored(input.data(), input.size())) return false;
-      stream.next_in = input.data();
-      stream.avail_in = static_cast<uInt>(input.size());
-    }
-    const int status = ::inflate(&stream, Z_NO_FLUSH);
-    if (status == Z_STREAM_END) {
-      inflater_->ended = true;
-    } else if (status != Z_OK) {
-      return false;
-    }
+bool EntryData::decode(unsigned char* out, std::size_t size) {
+  DecoderOutput output{out, size};
+  while (output.size > 0) {
+    if (hasEnded_ || (input_.size == 0 && !refill())) return false;
+    const std::size_t inputSize = input_.size;
+    const std::size_t outputSize = output.size;
+    const Decoder::Result result = decoder_->decode(input_, output);
+    hasEnded_ = result == Decoder::Result::Ended;
+    if (hasEnded_) continue;
+    const bool isStuck = input_.size == inputSize && output.size == outputSize;
+    if (result != Decoder::Result::Continues || isStuck) return false;
   }
+  return true;
+}
+
+// Reads the next stored bytes for the decoder. Without more of them it may still have plain ones to
+// give.
+bool EntryData::refill() {
+  inputBlock_.resize(static_cast<std::size_t>(std::min<std::uint64_t>(storedLeft_, kInputBlock)));
+  if (!readStored(inputBlock_.data(), inputBlock_.size())) return false;
+  input_ = {inputBlock_.data(), inputBlock_.size(), storedLeft_ == 0};
   return true;
 }
 
 // Reports whether the compressed stream ends after the last plain byte.
 bool EntryData::endsHere() {
-  if (!inflater_ || inflater_->ended) return true;
+  if (!decoder_ || hasEnded_) return true;
   unsigned char beyond;
-  return !inflate(&beyond, 1) && inflater_->ended;
+  return !decode(&beyond, 1) && hasEnded_;
 }
 
 }  // namespace zip_engine

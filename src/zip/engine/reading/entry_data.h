@@ -1,8 +1,6 @@
 #pragma once
 // The content of one entry: its stored bytes, decrypted and inflated.
 
-#include <zlib.h>
-
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -11,6 +9,7 @@
 #include "zip/engine/cipher/aes.h"
 #include "zip/engine/cipher/crypto.h"
 #include "zip/engine/codec/codec.h"
+#include "zip/engine/codec/methods.h"
 #include "zip/engine/container/archive_file.h"
 #include "zip/engine/container/format.h"
 
@@ -22,7 +21,8 @@ struct EntryLayout {
   std::uint64_t compressedSize;  // with the encryption header
   std::uint64_t uncompressedSize;
   std::uint32_t crc;
-  std::uint16_t method;
+  const Method* method;  // a readable one, unless `raw` is set
+  std::uint16_t flags;
   bool raw;                          // the stored bytes are the content
   const char* password;              // null if not encrypted
   std::optional<AesParameters> aes;  // nothing for the traditional encryption
@@ -51,13 +51,12 @@ class EntryData {
   int read(unsigned char* buffer, std::uint32_t size);
 
  private:
-  struct Inflater;
-
   bool readVerified(unsigned char* out, std::size_t size);
   bool readStored(unsigned char* out, std::size_t size);
   bool readDecoded(unsigned char* out, std::size_t size);
   bool decodeWhole(unsigned char* out);
-  bool inflate(unsigned char* out, std::size_t size);
+  bool decode(unsigned char* out, std::size_t size);
+  bool refill();
   bool beginAes();
   bool isAuthentic();
   bool isWhole();
@@ -76,7 +75,10 @@ class EntryData {
   bool failed_ = false;
   bool verified_ = false;
   Bytes whole_;  // the decoded content of a small entry
-  std::unique_ptr<Inflater> inflater_;
+  std::unique_ptr<Decoder> decoder_;
+  Bytes inputBlock_;
+  DecoderInput input_;  // in that block
+  bool hasEnded_ = false;
 };
 
 }  // namespace zip_engine

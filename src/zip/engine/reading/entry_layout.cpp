@@ -53,7 +53,7 @@ int checkReadable(const CentralRecord& record, const char* password) {
   if ((record.flags() & kFlagStrongEncryption) != 0) return ZipStatusUnknownEncryption;
   if ((record.flags() & kFlagPatched) != 0) return ZipStatusUnknownMethod;
   const std::uint16_t method = innerMethodOf(record);
-  if (!isCompressionMethod(method)) return ZipStatusUnknownMethod;
+  if (!isReadableMethod(method)) return ZipStatusUnknownMethod;
   const std::optional<AesParameters> aes = aesOf(record);
   if (isAes(record) && !(aes && hasAes())) return ZipStatusUnknownEncryption;
   if (isEncrypted(record) && password == nullptr) return ZipStatusNoPassword;
@@ -75,7 +75,8 @@ EntryLayout layoutOf(const CentralRecord& record, std::uint64_t position, bool r
           .compressedSize = record.compressedSize,
           .uncompressedSize = record.uncompressedSize,
           .crc = record.crc(),
-          .method = aes ? aes->method : record.method(),
+          .method = findMethod(aes ? aes->method : record.method()),
+          .flags = record.flags(),
           .raw = raw,
           .password = isEncrypted(record) ? password : nullptr,
           .aes = aes,

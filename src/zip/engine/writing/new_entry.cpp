@@ -5,6 +5,7 @@
 
 #include "platform/random_bytes.h"
 #include "zip/engine/codec/deflate_blocks.h"
+#include "zip/engine/codec/methods.h"
 
 namespace zip_engine {
 namespace {
@@ -71,7 +72,8 @@ void NewEntry::setMethod(std::uint16_t method) {
     return;
   }
   record_.method = method;
-  record_.versionNeeded = cipher_ || method == ZipMethodDeflate ? kVersionDeflate : kVersionStored;
+  const std::uint16_t needed = findMethod(method)->versionNeeded;
+  record_.versionNeeded = cipher_ ? std::max(needed, kVersionDeflate) : needed;
 }
 
 void NewEntry::encrypt(unsigned char* bytes, std::size_t size) {

@@ -123,7 +123,7 @@ int ZipOpenNewEntry(ZipWriter* writer, const char* name, const ZipNewEntryInfo* 
   setName(record, name, writer->usesSlashes);
   const bool isAes = password != nullptr && writer->usesAes;
   if (record.name.empty() || !fitsFields(record, isAes ? kAesExtraSize : 0)) return kFailure;
-  if (raw == 0 && !isCompressionMethod(method)) return kFailure;
+  if (raw == 0 && !isWritableMethod(static_cast<std::uint32_t>(method))) return kFailure;
   if (level < ZipLevelDefault || level > 9) return kFailure;
   record.method = static_cast<std::uint16_t>(method);
   if (raw != 0 && password != nullptr) record.flags |= kFlagEncrypted;

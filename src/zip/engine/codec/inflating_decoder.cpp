@@ -1,0 +1,50 @@
+#include "zip/engine/codec/inflating_decoder.h"
+
+#include <zlib.h>
+
+#include <algorithm>
+#include <limits>
+
+namespace zip_engine {
+namespace {
+
+uInt limited(std::size_t size) {
+  return static_cast<uInt>(std::min<std::size_t>(size, std::numeric_limits<uInt>::max()));
+}
+
+class InflatingDecoder : public Decoder {
+ public:
+  InflatingDecoder() = default;
+  InflatingDecoder(const InflatingDecoder&) = delete;
+  InflatingDecoder& operator=(const InflatingDecoder&) = delete;
+  ~InflatingDecoder() override { inflateEnd(&stream_); }
+
+  bool isGood() const { return isGood_; }
+
+  Result decode(DecoderInput& input, DecoderOutput& output) override {
+    const uInt inputSize = stream_.avail_in = limited(input.size);
+    const uInt outputSize = stream_.avail_out = limited(output.size);
+    stream_.next_in = const_cast<unsigned char*>(input.bytes);
+    stream_.next_out = output.bytes;
+    const int status = ::inflate(&stream_, Z_NO_FLUSH);
+    input.bytes = stream_.next_in;
+    input.size -= inputSize - stream_.avail_in;
+    output.bytes = stream_.next_out;
+    output.size -= outputSize - stream_.avail_out;
+    if (status == Z_STREAM_END) return Result::Ended;
+    return status == Z_OK ? Result::Continues : Result::Damaged;
+  }
+
+ private:
+  z_stream stream_{};
+  bool isGood_ = inflateInit2(&stream_, -MAX_WBITS) == Z_OK;
+};
+
+}  // namespace
+
+std::unique_ptr<Decoder> makeInflatingDecoder(const DecoderFacts&) {
+  auto decoder = std::make_unique<InflatingDecoder>();
+  return decoder->isGood() ? std::move(decoder) : nullptr;
+}
+
+}  // namespace zip_engine
