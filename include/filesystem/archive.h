@@ -58,6 +58,11 @@ struct Entry {
 /// @param method as Entry::method
 FILESYSTEM_API const char* methodName(std::uint16_t method);
 
+/// Reports whether this build of the library reads entries of a compression method: stored, deflate
+/// and Deflate64 always; bzip2, LZMA, XZ and Zstandard if it was built with their libraries.
+/// @param method as Entry::method
+FILESYSTEM_API bool canReadMethod(std::uint16_t method);
+
 /// Receives the content of an entry piece by piece, at most 256 KiB each. Returning false cancels.
 /// An exception from it ends the call as returning false does, and then leaves the call.
 using Sink = std::function<bool(const unsigned char* data, std::size_t size)>;

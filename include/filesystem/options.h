@@ -49,6 +49,12 @@ enum class Encryption : std::int32_t {
   Unsupported,  ///< of an entry that is read: another one
 };
 
+/// The compression method of the entries that are written.
+enum class Method : std::int32_t {
+  Deflate,    ///< which every program reads
+  Zstandard,  ///< faster and smaller; fewer programs read it, and not every build has it
+};
+
 /// What to do with a file that has the name of one to be written.
 enum class ExistingFiles : std::int32_t {
   Replace,  ///< replace it, whole or not at all
@@ -77,6 +83,10 @@ class FILESYSTEM_API Options {
   /// Sets how hard the entries that are written are compressed.
   /// @param level 0 (stored) to 9 (smallest), or -1 (the default) for a good balance
   Options& setLevel(int level);
+  /// Sets how the entries that are written are compressed. If the build lacks the method, the call
+  /// fails with Reason::UnsupportedMethod.
+  /// @param method Method::Deflate is the default
+  Options& setMethod(Method method);
   /// Sets what is done with existing files, and in an archive with existing entries.
   /// @param existing ExistingFiles::Replace is the default
   Options& setExisting(ExistingFiles existing);
@@ -87,6 +97,7 @@ class FILESYSTEM_API Options {
   const std::string& password() const;       ///< The password; empty for none.
   Encryption encryption() const;             ///< The encryption of new entries that get a password.
   int level() const;                         ///< The level, -1 to 9.
+  Method method() const;                     ///< The compression method of new entries.
   ExistingFiles existing() const;            ///< What is done with existing files.
   const ProgressCallback& progress() const;  ///< The callback; empty for none.
 

@@ -47,7 +47,7 @@ enum class Reason : std::int32_t {
   Damaged,            ///< the data of the entry are damaged
   PasswordMissing,    ///< the entry is encrypted, and there is no password
   PasswordWrong,      ///< the password is wrong, or the encrypted data are damaged
-  UnsupportedMethod,  ///< the compression method is not supported
+  UnsupportedMethod,  ///< the compression method, or the window that it needs, is not supported
   UnsupportedEncryption,  ///< the encryption is not supported
 };
 

@@ -16,8 +16,10 @@ class VeskFileSystem(ConanFile):
     topics = ("filesystem", "zip", "xml")
     package_type = "library"
     settings = "os", "arch", "compiler", "build_type"
-    options = {"shared": [True, False], "libdeflate": [True, False]}
-    default_options = {"shared": True, "libdeflate": True, "boost/*:header_only": True}
+    options = {"shared": [True, False], "libdeflate": [True, False], "zstd": [True, False],
+               "bzip2": [True, False], "lzma": [True, False]}
+    default_options = {"shared": True, "libdeflate": True, "zstd": True, "bzip2": True, "lzma": True,
+                       "boost/*:header_only": True}
 
     def export_sources(self):
         root = os.path.join(self.recipe_folder, "..", "..")
@@ -32,6 +34,12 @@ class VeskFileSystem(ConanFile):
         self.requires("zlib/[>=1.2.11 <2]")
         if self.options.libdeflate:
             self.requires("libdeflate/[>=1.14]")
+        if self.options.zstd:
+            self.requires("zstd/[>=1.5.4 <2]")
+        if self.options.bzip2:
+            self.requires("bzip2/[>=1.0.8 <2]")
+        if self.options.lzma:
+            self.requires("xz_utils/[>=5.4 <6]")
 
     def validate(self):
         check_min_cppstd(self, 20)
@@ -43,7 +51,10 @@ class VeskFileSystem(ConanFile):
         # On Windows the system has the algorithms for AES.
         for name, value in (("TOOL", False), ("TESTS", False), ("WARNINGS", False),
                             ("AES", self.settings.os == "Windows"),
-                            ("LIBDEFLATE", bool(self.options.libdeflate))):
+                            ("LIBDEFLATE", bool(self.options.libdeflate)),
+                            ("ZSTD", bool(self.options.zstd)),
+                            ("BZIP2", bool(self.options.bzip2)),
+                            ("LZMA", bool(self.options.lzma))):
             toolchain.cache_variables[f"VESK_{name}"] = value
         toolchain.generate()
         dependencies = CMakeDeps(self)
@@ -51,6 +62,9 @@ class VeskFileSystem(ConanFile):
         dependencies.set_property("libdeflate", "cmake_file_name", "Libdeflate")
         dependencies.set_property("libdeflate", "cmake_target_name", "Libdeflate::Libdeflate")
         dependencies.set_property("libdeflate", "cmake_find_mode", "both")
+        dependencies.set_property("zstd", "cmake_file_name", "Zstd")
+        dependencies.set_property("zstd", "cmake_target_name", "Zstd::Zstd")
+        dependencies.set_property("zstd", "cmake_find_mode", "both")
         dependencies.generate()
 
     def build(self):
@@ -71,6 +85,10 @@ class VeskFileSystem(ConanFile):
         self.cpp_info.requires = ["boost::headers", "zlib::zlib"]
         if self.options.libdeflate:
             self.cpp_info.requires.append("libdeflate::libdeflate")
+        for option, requirement in (("zstd", "zstd::zstd"), ("bzip2", "bzip2::bzip2"),
+                                    ("lzma", "xz_utils::xz_utils")):
+            if self.options.get_safe(option):
+                self.cpp_info.requires.append(requirement)
         if not self.options.shared:
             self.cpp_info.defines = ["FILESYSTEM_STATIC"]
         if self.settings.os == "Windows":

@@ -8,6 +8,7 @@ struct Options::State {
   std::string password;
   Encryption encryption = Encryption::Traditional;
   int level = -1;
+  Method method = Method::Deflate;
   ExistingFiles existing = ExistingFiles::Replace;
   ProgressCallback progress;
 };
@@ -42,6 +43,11 @@ Options& Options::setLevel(int level) {
   return *this;
 }
 
+Options& Options::setMethod(Method method) {
+  state_->method = method;
+  return *this;
+}
+
 Options& Options::setExisting(ExistingFiles existing) {
   state_->existing = existing;
   return *this;
@@ -57,6 +63,8 @@ const std::string& Options::password() const { return state_->password; }
 Encryption Options::encryption() const { return state_->encryption; }
 
 int Options::level() const { return state_->level; }
+
+Method Options::method() const { return state_->method; }
 
 ExistingFiles Options::existing() const { return state_->existing; }
 

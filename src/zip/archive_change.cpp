@@ -48,10 +48,10 @@ Report ArchiveChange::apply(const char* archive, const Options& options) {
   const zip::Changes changes = std::exchange(state_->changes, {});
   Detail::ProgressRelay progress(options.progress());
   Report report;
-  if (const auto settings = zip::entrySettings(options)) {
-    report = zip::ChangeApplication(changes, archive, options, *settings, progress).run();
-  } else {
-    report.reason = Reason::UnsupportedEncryption;
+  zip::EntrySettings settings;
+  report.reason = zip::readSettings(options, settings);
+  if (report.reason == Reason::None) {
+    report = zip::ChangeApplication(changes, archive, options, settings, progress).run();
   }
   progress.rethrow();
   return report;

@@ -41,6 +41,8 @@ Reason reasonOf(int status) {
       return Reason::UnsupportedEncryption;
     case ZipStatusTooLargeToRead:
       return Reason::TooLarge;
+    case ZipStatusNoMemory:
+      return Reason::OutOfMemory;
     default:
       return Reason::Damaged;
   }
@@ -137,10 +139,13 @@ EntryInfo ArchiveReader::describe() const {
   ZipEntryInfo record = {};
   NameBuffer name = {};
   readEntry(reader_.get(), &record, name);
+  ZipEntryDetails details = {};
+  ZipReadEntryDetails(reader_.get(), &details);
   return {.name = name,
           .nameIsCut = record.nameLength > kLongestName,
           .isDirectory = (record.externalAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0,
-          .isStored = record.method == ZipMethodStored,
+          .isStored = details.method == ZipMethodStored,
+          .isDeflated = details.method == ZipMethodDeflate,
           .size = record.uncompressedSize,
           .storedSize = record.compressedSize,
           .commentLength = record.commentLength};
@@ -217,9 +222,11 @@ bool isLikelySize(const EntryInfo& info) {
 bool isReadInBlocks(const EntryInfo& info) {
   constexpr std::uint32_t kLargestWhole = 128 << 20;
   if (info.size > kLargestWhole || !isLikelySize(info)) return true;
-  return info.isStored ? info.size > kReadBlock : info.storedSize > ZipLargestInflatedAtOnce;
+  return info.isDeflated ? info.storedSize > ZipLargestInflatedAtOnce : info.size > kReadBlock;
 }
 
 }  // namespace zip
 
 const char* FileSystem::methodName(std::uint16_t method) { return ZipMethodName(method); }
+
+bool FileSystem::canReadMethod(std::uint16_t method) { return ZipCanRead(method) != 0; }

@@ -17,7 +17,8 @@ struct EntryInfo {
   std::string name;        // as stored, cut at kLongestName bytes
   bool nameIsCut = false;  // the stored name is longer than that
   bool isDirectory = false;
-  bool isStored = false;         // without compression
+  bool isStored = false;  // without compression
+  bool isDeflated = false;
   std::uint32_t size = 0;        // of the content, in bytes
   std::uint32_t storedSize = 0;  // of the stored bytes
   std::uint32_t commentLength = 0;

@@ -25,6 +25,17 @@ ZipDateWords dateWords(const SYSTEMTIME& time) {
           .year = time.wYear};
 }
 
+// Returns nothing for a value that is no method.
+std::optional<int> numberOf(FileSystem::Method method) {
+  switch (method) {
+    case FileSystem::Method::Deflate:
+      return ZipMethodDeflate;
+    case FileSystem::Method::Zstandard:
+      return ZipMethodZstandard;
+  }
+  return std::nullopt;
+}
+
 }  // namespace
 
 Reason reasonForArchive(const char* path, DWORD error) {
@@ -51,6 +62,11 @@ ArchiveWriter::~ArchiveWriter() { abandon(); }
 
 bool ArchiveWriter::hasAes() { return ZipCheckEncryption(ZipEncryptAes256) == 0; }
 
+bool ArchiveWriter::hasMethod(FileSystem::Method method) {
+  const std::optional<int> number = numberOf(method);
+  return number && ZipCanWrite(static_cast<std::uint32_t>(*number)) != 0;
+}
+
 void ArchiveWriter::useSlashes(bool slashes) { ZipSetSlashes(writer_, slashes ? 1 : 0); }
 
 void ArchiveWriter::requireAll() { ZipSetAllOrNone(writer_); }
@@ -68,6 +84,7 @@ bool ArchiveWriter::begin(const NewEntry& entry) {
   constexpr std::size_t kLongestComment = 0xFFFF;
   const int encryption = entry.encryption.isAes ? ZipEncryptAes256 : ZipEncryptTraditional;
   const int level = std::clamp(entry.level, ZipLevelDefault, 9);
+  const int method = level == 0 ? ZipMethodStored : numberOf(entry.method).value_or(-1);
   ZipNewEntryInfo info = {};
   info.date = dateWords(entry.time);
   info.externalAttributes = entry.attributes;
@@ -77,10 +94,9 @@ bool ArchiveWriter::begin(const NewEntry& entry) {
   if (ZipSetEncryption(writer_, encryption) != 0) return fail(Reason::UnsupportedEncryption);
   ZipSetUnknownCrc(writer_, entry.crc ? 0 : 1);
   SetLastError(ERROR_SUCCESS);
-  const int status =
-      ZipOpenNewEntry(writer_, entry.name.c_str(), &info, nullptr, 0, nullptr, 0, entry.comment,
-                      level == 0 ? ZipMethodStored : ZipMethodDeflate, level, 0, kWindowBits,
-                      kMemoryLevel, 0, entry.encryption.password, entry.crc.value_or(0));
+  const int status = ZipOpenNewEntry(writer_, entry.name.c_str(), &info, nullptr, 0, nullptr, 0,
+                                     entry.comment, method, level, 0, kWindowBits, kMemoryLevel, 0,
+                                     entry.encryption.password, entry.crc.value_or(0));
   return status == 0 || fail(Reason::Failed);
 }
 

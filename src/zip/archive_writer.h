@@ -1,6 +1,7 @@
 #pragma once
 // Writing an archive through the zip engine.
 
+#include <filesystem/options.h>
 #include <filesystem/results.h>
 
 #include <cstdint>
@@ -44,6 +45,7 @@ struct NewEntry {
   Encryption encryption;
   // Of the whole content. Used if the encryption needs it; nothing if it is not known then.
   std::optional<std::uint32_t> crc;
+  FileSystem::Method method = FileSystem::Method::Deflate;
   int level = kDefaultLevel;  // of compression; 0 to store the content
 
   static constexpr int kDefaultLevel = -1;
@@ -74,6 +76,8 @@ class ArchiveWriter {
 
   // True if the build can write AES entries.
   static bool hasAes();
+  // True if it can write entries of the method.
+  static bool hasMethod(FileSystem::Method method);
 
   // Chooses whether the names of the entries that are begun from now on are stored with `/` in
   // place of `\`. At first they are not.

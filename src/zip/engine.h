@@ -69,10 +69,14 @@ inline constexpr int ZipStatusCancelled = -3;      // of ZipCopyEntry
 
 inline constexpr int ZipMethodStored = 0;
 inline constexpr int ZipMethodDeflate = 8;
+inline constexpr int ZipMethodZstandard = 93;
 inline constexpr int ZipLevelDefault = -1;
 
 // Returns the usual name of a compression method, or an empty text.
 const char* ZipMethodName(std::uint32_t method);
+// Return non-zero if the build reads or writes entries of a method.
+int ZipCanRead(std::uint32_t method);
+int ZipCanWrite(std::uint32_t method);
 
 // Largest number of stored bytes of a deflated entry that one read of all its content inflates in
 // one call. That is faster than inflating in pieces, but holds stored and plain bytes together.
@@ -81,6 +85,8 @@ inline constexpr std::uint32_t ZipLargestInflatedAtOnce = 28 << 20;
 // Reading. Status 0 is success, any other one a failure.
 
 // Failures of ZipOpenEntry and ZipReadEntry. Each of their other failures is that of damaged data.
+// That a method needs too large a window, or that the build lacks a variant of it, is known only
+// when its data are read.
 inline constexpr int ZipStatusDamaged = -1;
 inline constexpr int ZipStatusNoEntry = -100;
 inline constexpr int ZipStatusNoPassword = -101;
@@ -88,6 +94,7 @@ inline constexpr int ZipStatusWrongPassword = -102;  // or the data after the ch
 inline constexpr int ZipStatusUnknownMethod = -103;
 inline constexpr int ZipStatusUnknownEncryption = -104;
 inline constexpr int ZipStatusTooLargeToRead = -105;
+inline constexpr int ZipStatusNoMemory = -106;
 
 // Opens an archive by its last end record, as other programs do. Returns null if the file is
 // missing or held without read sharing, or if that record does not lead to a sound directory.
@@ -165,7 +172,7 @@ void ZipSetAllOrNone(ZipWriter* writer);
 // Calls `visit` with the name of each entry that the archive had when it was opened.
 void ZipVisitNames(ZipWriter* writer, void (*visit)(const char* name, void* context),
                    void* context);
-// Begins an entry, and drops an open one. `method` is 0 or 8 unless `raw`; `level` is -1 or 0 to 9.
+// Begins an entry, and drops an open one. `method` is one that ZipCanWrite() knows, unless `raw`; `level` is -1 or 0 to 9.
 // With `raw` the data are written unchanged; they are encrypted if the entry is, and a non-null
 // `password` then only sets the flag. `crc` is that of the plain data if `raw` is set, or if
 // `password` is, the encryption is the traditional one, and the CRC is known. The three numbers after `raw`, -15, 8

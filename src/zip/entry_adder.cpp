@@ -82,15 +82,16 @@ Reason reasonForUnopened(const char* path, DWORD error) {
 
 }  // namespace
 
-std::optional<EntrySettings> entrySettings(const FileSystem::Options& options) {
+Reason readSettings(const FileSystem::Options& options, EntrySettings& settings) {
   using Kind = FileSystem::Encryption;
-  EntrySettings settings{.encryption = {}, .level = options.level()};
-  if (options.password().empty() || options.encryption() == Kind::None) return settings;
+  settings = {.encryption = {}, .level = options.level(), .method = options.method()};
+  if (!ArchiveWriter::hasMethod(settings.method)) return Reason::UnsupportedMethod;
+  if (options.password().empty() || options.encryption() == Kind::None) return Reason::None;
   const bool isAes = options.encryption() == Kind::Aes256;
   const bool isKnown = isAes ? ArchiveWriter::hasAes() : options.encryption() == Kind::Traditional;
-  if (!isKnown) return std::nullopt;
+  if (!isKnown) return Reason::UnsupportedEncryption;
   settings.encryption = {.password = options.password().c_str(), .isAes = isAes};
-  return settings;
+  return Reason::None;
 }
 
 Reason EntryAdder::addFile(const char* source, const std::string& stored, const char* comment) {
@@ -111,6 +112,7 @@ Reason EntryAdder::addFile(const char* source, const std::string& stored, const 
                       .attributes = data.dwFileAttributes,
                       .encryption = settings_.encryption,
                       .crc = crc,
+                      .method = settings_.method,
                       .level = settings_.level})) {
     return writer_.reason();
   }
@@ -134,6 +136,7 @@ Reason EntryAdder::addBytes(const std::vector<unsigned char>& bytes, const std::
                       .attributes = 0,
                       .encryption = settings_.encryption,
                       .crc = crc.value(),
+                      .method = settings_.method,
                       .level = settings_.level})) {
     return writer_.reason();
   }
@@ -153,6 +156,7 @@ Reason EntryAdder::addFrom(const FileSystem::ContentSource& source, const std::s
                       .attributes = 0,
                       .encryption = settings_.encryption,
                       .crc = std::nullopt,
+                      .method = settings_.method,
                       .level = settings_.level})) {
     return writer_.reason();
   }

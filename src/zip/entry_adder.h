@@ -5,7 +5,6 @@
 #include <filesystem/options.h>
 #include <filesystem/results.h>
 
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -21,11 +20,12 @@ inline constexpr std::uint64_t kTooManyBytes = UINT32_MAX;
 struct EntrySettings {
   Encryption encryption;
   int level = NewEntry::kDefaultLevel;
+  FileSystem::Method method = FileSystem::Method::Deflate;
 };
 
-// Returns what the options of a host say. Nothing if the build lacks the encryption. The options
-// outlive the result.
-std::optional<EntrySettings> entrySettings(const FileSystem::Options& options);
+// Sets what the options of a host say. Fails if the build lacks the encryption or the method. The
+// options outlive the settings.
+FileSystem::Reason readSettings(const FileSystem::Options& options, EntrySettings& settings);
 
 // Adds entries under stored names. On failure the archive does not get the entry. The progress is
 // that of the bytes; it can cancel the entry.

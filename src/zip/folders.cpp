@@ -9,7 +9,6 @@
 #include <algorithm>
 #include <cstdint>
 #include <functional>
-#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -81,11 +80,9 @@ Reason packAll(zip::NewArchive& archive, const std::string& directory,
 Report pack(const std::string& directory, const char* zip, const Options& options,
             ProgressRelay& progress) {
   Report report;
-  const std::optional<zip::EntrySettings> settings = zip::entrySettings(options);
-  if (!settings) {
-    report.reason = Reason::UnsupportedEncryption;
-    return report;
-  }
+  zip::EntrySettings settings;
+  report.reason = zip::readSettings(options, settings);
+  if (report.reason != Reason::None) return report;
   zip::NewArchive archive(zip);
   if (!archive) {
     report.reason = archive.reason();
@@ -94,7 +91,7 @@ Report pack(const std::string& directory, const char* zip, const Options& option
   const zip::PackableFiles files = zip::packableFiles(directory, zip, progress, report);
   progress.expect(files.paths.size(), files.bytes);
   if (report.reason == Reason::None) {
-    report.reason = packAll(archive, directory, files.paths, *settings, progress, report);
+    report.reason = packAll(archive, directory, files.paths, settings, progress, report);
   }
   return report;
 }

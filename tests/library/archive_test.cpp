@@ -151,12 +151,13 @@ TEST_F(ArchiveReading, ReadingSaysWhyItFails) {
   ASSERT_EQ(support::run(folder_.path(), "printf x >secret && zip -qP secret a.zip secret"), 0);
   python(R"(
 z = zipfile.ZipFile("a.zip", "a")
-z.writestr("bzip2", "x" * 99, 12)
+z.writestr("PPMd", "x")
 z.writestr("strong", "x")
 z.writestr("damaged", "x")
 z.close()
 data = bytearray(open("a.zip", "rb").read())
 data[data.rindex(b"PK\1\2", 0, data.rindex(b"strong")) + 8] |= 0x41
+data[data.index(b"PPMd") - 22] = data[data.rindex(b"PPMd") - 36] = 98
 open("a.zip", "wb").write(data))");
   damageLast();
   const struct {
@@ -166,7 +167,7 @@ open("a.zip", "wb").write(data))");
   } kRows[] = {{"secret", "", Reason::PasswordMissing},
                {"secret", "wrong", Reason::PasswordWrong},
                {"secret", "secret", Reason::None},
-               {"bzip2", "", Reason::UnsupportedMethod},
+               {"PPMd", "", Reason::UnsupportedMethod},
                {"strong", "x", Reason::UnsupportedEncryption},
                {"damaged", "", Reason::Damaged}};
   Archive archive;

@@ -2,6 +2,7 @@
 // that they start no thread.
 
 #include <filesystem/archive.h>
+#include <filesystem/archive_change.h>
 #include <filesystem/zip.h>
 #include <sys/resource.h>
 #include <unistd.h>
@@ -20,6 +21,7 @@
 #include "support/linux/peak_memory.h"
 #include "support/linux/shared_memory.h"
 #include "support/noise.h"
+#include "support/programs.h"
 #include "support/sanitized.h"
 
 namespace {
@@ -194,6 +196,45 @@ TEST_F(MemoryLimits, AShortageOfMemoryIsTheReason) {
     return static_cast<int>(archive.readAll(archive.entries().front(), bytes));
   });
   EXPECT_EQ(process.wait(), static_cast<int>(FileSystem::Reason::OutOfMemory));
+}
+
+// Each content is 200 MB of zeros, which shrink to almost nothing. Zstandard, whose window is the
+// largest one of its levels, is written here too.
+TEST_F(MemoryLimits, OtherMethodsHoldTheirWindow) {
+  support::writeFile(folder_.file("zeros"), "");
+  std::filesystem::resize_file(folder_.file("zeros"), 200 * kMegabyte);
+  const struct {
+    const char* method;
+    std::uint16_t number;
+    long windowMegabytes;
+    const char* command;
+  } kRows[] = {{"Zstandard", 93, 8, ""},
+               {"bzip2", 12, 0, "7z a -tzip -mm=bzip2 -mx=1 a.zip zeros"},
+               {"LZMA", 14, 16, "7z a -tzip -mm=LZMA:d=16m -mx=1 a.zip zeros"},
+               {"XZ", 95, 16, "7z a -tzip -mm=xz -mx=1 -md=16m a.zip zeros"}};
+  for (const auto& row : kRows) {
+    if (!FileSystem::canReadMethod(row.number)) continue;
+    std::filesystem::remove(archive_);
+    if (row.number == 93) {
+      expectBelow(kInsertLimit, "add with Zstandard", [&] {
+        FileSystem::ArchiveChange change;
+        change.insertFile(folder_.file("zeros"), "zeros");
+        const auto options = FileSystem::Options().setMethod(FileSystem::Method::Zstandard);
+        return static_cast<bool>(change.apply(archive_.c_str(), options));
+      });
+    } else {
+      ASSERT_EQ(support::run(folder_.path(), row.command), 0) << row.command;
+    }
+    expectBelow(
+        kInsertLimit + (row.windowMegabytes << 10), std::string("extract ") + row.method, [&] {
+          FileSystem::Archive archive;
+          archive.open(archive_.c_str());
+          const auto& entry = archive.entries().at(0);
+          return entry.method == row.number &&
+                 archive.extract(entry, folder_.file("out").c_str()) == FileSystem::Reason::None;
+        });
+    ASSERT_EQ(std::filesystem::file_size(folder_.file("out")), 200 * kMegabyte);
+  }
 }
 
 }  // namespace

@@ -3,7 +3,8 @@
 get_filename_component(SOURCE_PATH "${CURRENT_PORT_DIR}/../../.." ABSOLUTE)
 
 vcpkg_check_features(OUT_FEATURE_OPTIONS features
-  FEATURES libdeflate VESK_LIBDEFLATE tool VESK_TOOL)
+  FEATURES libdeflate VESK_LIBDEFLATE zstd VESK_ZSTD bzip2 VESK_BZIP2 lzma VESK_LZMA
+  tool VESK_TOOL)
 # On Windows the system has the algorithms.
 set(aes OFF)
 if(VCPKG_TARGET_IS_WINDOWS)

@@ -40,8 +40,8 @@ std::optional<AesParameters> aesParameters(const CentralRecord& record) {
   const std::uint16_t version = load16(block->data);
   const unsigned strength = block->data[4];
   const std::uint16_t method = load16(block->data + 5);
-  const bool isKnown = (version == 1 || version == 2) && strength >= 1 && strength <= 3 &&
-                       isReadableMethod(method);
+  const bool isKnown =
+      (version == 1 || version == 2) && strength >= 1 && strength <= 3 && isReadableMethod(method);
   if (!isKnown) return std::nullopt;
   return AesParameters{.keySize = 8 + 8 * strength, .method = method, .hasCrc = version == 1};
 }

@@ -6,17 +6,33 @@
 
 namespace zip_engine {
 
+// The largest window, or dictionary, that stored bytes may ask for. It is the largest one that zstd's
+// own program reads by default, and twice the largest one of xz. The memory is allocated in one
+// piece, but the system provides it as plain bytes arrive.
+inline constexpr int kLargestWindowBits = 27;
+inline constexpr std::uint64_t kLargestWindow = std::uint64_t{1} << kLargestWindowBits;
+
 // Stored bytes that were not decoded yet.
 struct DecoderInput {
   const unsigned char* bytes = nullptr;
   std::size_t size = 0;
   bool isLast = false;  // no more bytes follow these
+
+  void skip(std::size_t count) {
+    bytes += count;
+    size -= count;
+  }
 };
 
 // Space for plain bytes.
 struct DecoderOutput {
   unsigned char* bytes = nullptr;
   std::size_t size = 0;
+
+  void skip(std::size_t count) {
+    bytes += count;
+    size -= count;
+  }
 };
 
 // What the record of an entry says of its content.
@@ -29,13 +45,14 @@ class Decoder {
  public:
   enum class Result {
     Continues,
-    Ended,    // there are no more plain bytes
-    Damaged,  // the stored bytes are invalid
+    Ended,        // there are no more plain bytes
+    Damaged,      // the stored bytes are invalid
+    Unsupported,  // they need a larger window than kLargestWindow, or a variant of the method
+    OutOfMemory,
   };
 
   virtual ~Decoder() = default;
-  // Decodes as much of the input as there is space for, and removes from the front of both what it
-  // has used.
+  // Decodes as much of the input as there is space for, and skips what it has used of both.
   virtual Result decode(DecoderInput& input, DecoderOutput& output) = 0;
 };
 

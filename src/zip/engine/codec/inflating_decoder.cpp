@@ -27,10 +27,8 @@ class InflatingDecoder : public Decoder {
     stream_.next_in = const_cast<unsigned char*>(input.bytes);
     stream_.next_out = output.bytes;
     const int status = ::inflate(&stream_, Z_NO_FLUSH);
-    input.bytes = stream_.next_in;
-    input.size -= inputSize - stream_.avail_in;
-    output.bytes = stream_.next_out;
-    output.size -= outputSize - stream_.avail_out;
+    input.skip(inputSize - stream_.avail_in);
+    output.skip(outputSize - stream_.avail_out);
     if (status == Z_STREAM_END) return Result::Ended;
     return status == Z_OK ? Result::Continues : Result::Damaged;
   }

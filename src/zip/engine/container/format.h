@@ -32,6 +32,7 @@ inline constexpr std::uint16_t kVersionStored = 10;
 inline constexpr std::uint16_t kVersionDeflate = 20;
 inline constexpr std::uint16_t kVersionZip64 = 45;
 inline constexpr std::uint16_t kVersionAes = 51;
+inline constexpr std::uint16_t kVersionZstandard = 63;
 
 // Values that refer to the zip64 record or extra field.
 inline constexpr std::uint16_t kSaturated16 = 0xFFFF;
@@ -39,6 +40,7 @@ inline constexpr std::uint32_t kSaturated32 = 0xFFFFFFFF;
 
 // General purpose flags.
 inline constexpr std::uint16_t kFlagEncrypted = 1 << 0;
+inline constexpr std::uint16_t kFlagLzmaEndMark = 1 << 1;
 inline constexpr std::uint16_t kFlagDescriptor = 1 << 3;
 inline constexpr std::uint16_t kFlagPatched = 1 << 5;
 inline constexpr std::uint16_t kFlagStrongEncryption = 1 << 6;

@@ -60,8 +60,8 @@ bool EntryData::isAuthentic() {
 int EntryData::read(unsigned char* buffer, std::uint32_t size) {
   const std::size_t wanted = static_cast<std::size_t>(std::min<std::uint64_t>(
       {size, plainLeft_, static_cast<std::uint64_t>(std::numeric_limits<int>::max())}));
-  failed_ = failed_ || !readVerified(buffer, wanted);
-  return failed_ ? -1 : static_cast<int>(wanted);
+  if (status_ == 0 && !readVerified(buffer, wanted) && status_ == 0) status_ = ZipStatusDamaged;
+  return status_ != 0 ? status_ : static_cast<int>(wanted);
 }
 
 // Reads the next bytes and, with the last one, checks the complete content.
@@ -96,6 +96,7 @@ bool EntryData::readDecoded(unsigned char* out, std::size_t size) {
   if (size == 0) return true;
   if (layout_.raw || layout_.method->isStored()) return readStored(out, size);
   if (decoder_) return decode(out, size);
+  if (!layout_.method->isDeflate()) return makeDecoder() && decode(out, size);
   if (!whole_.empty()) {
     std::memcpy(out, whole_.data() + (whole_.size() - plainLeft_), size);
     return true;
@@ -110,9 +111,14 @@ bool EntryData::readDecoded(unsigned char* out, std::size_t size) {
     std::memcpy(out, whole_.data(), size);
     return true;
   }
+  return makeDecoder() && decode(out, size);
+}
+
+bool EntryData::makeDecoder() {
   decoder_ =
       layout_.method->makeDecoder({.plainSize = layout_.uncompressedSize, .flags = layout_.flags});
-  return decoder_ != nullptr && decode(out, size);
+  if (!decoder_) status_ = ZipStatusNoMemory;
+  return decoder_ != nullptr;
 }
 
 bool EntryData::decodeWhole(unsigned char* out) {
@@ -134,11 +140,22 @@ bool EntryData::decode(unsigned char* out, std::size_t size) {
     if (hasEnded_ || (input_.size == 0 && !refill())) return false;
     const std::size_t inputSize = input_.size;
     const std::size_t outputSize = output.size;
-    const Decoder::Result result = decoder_->decode(input_, output);
-    hasEnded_ = result == Decoder::Result::Ended;
-    if (hasEnded_) continue;
-    const bool isStuck = input_.size == inputSize && output.size == outputSize;
-    if (result != Decoder::Result::Continues || isStuck) return false;
+    switch (decoder_->decode(input_, output)) {
+      case Decoder::Result::Continues:
+        if (input_.size == inputSize && output.size == outputSize) return false;
+        break;
+      case Decoder::Result::Ended:
+        hasEnded_ = true;
+        break;
+      case Decoder::Result::Unsupported:
+        status_ = ZipStatusUnknownMethod;
+        return false;
+      case Decoder::Result::OutOfMemory:
+        status_ = ZipStatusNoMemory;
+        return false;
+      case Decoder::Result::Damaged:
+        return false;
+    }
   }
   return true;
 }

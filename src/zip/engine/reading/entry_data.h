@@ -46,8 +46,8 @@ class EntryData {
   void prefetched(const unsigned char* bytes, std::size_t size);
   // Reads the encryption header. Returns false if it cannot be read or the password is wrong.
   bool begin();
-  // Returns the number of bytes read, 0 at the end, -1 on failure. The last byte of the entry is
-  // delivered only if length and CRC-32 are right.
+  // Returns the number of bytes read, 0 at the end, a negative status on failure. The last byte of
+  // the entry is delivered only if length and CRC-32 are right.
   int read(unsigned char* buffer, std::uint32_t size);
 
  private:
@@ -55,6 +55,7 @@ class EntryData {
   bool readStored(unsigned char* out, std::size_t size);
   bool readDecoded(unsigned char* out, std::size_t size);
   bool decodeWhole(unsigned char* out);
+  bool makeDecoder();
   bool decode(unsigned char* out, std::size_t size);
   bool refill();
   bool beginAes();
@@ -72,7 +73,7 @@ class EntryData {
   std::uint64_t storedLeft_;  // stored bytes that were not decoded yet
   std::uint64_t plainLeft_;
   std::uint32_t crc_ = 0;
-  bool failed_ = false;
+  int status_ = 0;
   bool verified_ = false;
   Bytes whole_;  // the decoded content of a small entry
   std::unique_ptr<Decoder> decoder_;

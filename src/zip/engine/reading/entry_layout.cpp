@@ -8,9 +8,13 @@ namespace {
 
 constexpr int kReadable = 0;
 
-// One deflated byte inflates to at most 1,032: four times two codes of one bit, for 258 bytes.
-bool canInflateTo(std::uint64_t compressed, std::uint64_t plain) {
-  return plain <= compressed * 1032;
+// Reports whether stored bytes can have that many plain ones.
+bool isPossibleSize(std::uint16_t method, std::uint64_t stored, std::uint64_t plain) {
+  if (method == ZipMethodStored) return stored == plain;
+  // One deflated byte inflates to at most 1,032: four times two codes of one bit, for 258 bytes.
+  if (method == ZipMethodDeflate) return plain <= stored * 1032;
+  // A bzip2 stream of a few bytes can have a megabyte of them.
+  return stored != 0 || plain == 0;
 }
 
 // `method` is the one inside the encryption, `overhead` the bytes that the encryption adds.
@@ -20,10 +24,7 @@ int checkSizes(const CentralRecord& record, std::uint16_t method, std::uint64_t 
   }
   if (record.compressedSize < overhead) return ZipStatusDamaged;
   const std::uint64_t payload = record.compressedSize - overhead;
-  const bool isPossible = method == ZipMethodStored
-                              ? payload == record.uncompressedSize
-                              : canInflateTo(payload, record.uncompressedSize);
-  return isPossible ? kReadable : ZipStatusDamaged;
+  return isPossibleSize(method, payload, record.uncompressedSize) ? kReadable : ZipStatusDamaged;
 }
 
 bool isAes(const CentralRecord& record) {

@@ -178,7 +178,7 @@ int ZipReadEntry(ZipReader* reader, void* buffer, std::uint32_t size) {
   if (count >= 0) return count;
   // The traditional encryption recognizes most wrong passwords when the entry is opened, not all.
   const CentralRecord record = reader->record();
-  return isEncrypted(record) && !aesOf(record) ? ZipStatusWrongPassword : ZipStatusDamaged;
+  return isEncrypted(record) && !aesOf(record) ? ZipStatusWrongPassword : count;
 }
 
 int ZipReadLocalExtra(ZipReader* reader, void* buffer, std::uint32_t size) {

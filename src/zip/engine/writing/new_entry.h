@@ -6,11 +6,24 @@
 
 #include "zip/engine/cipher/aes.h"
 #include "zip/engine/cipher/crypto.h"
+#include "zip/engine/codec/methods.h"
 #include "zip/engine/codec/sampling_deflater.h"
 #include "zip/engine/container/entry_record.h"
 #include "zip/engine/writing/transaction.h"
 
 namespace zip_engine {
+
+// The encoders of a writer, which one entry after the other uses.
+struct Encoders {
+  // Returns the encoder of a method that has one; null if memory is short.
+  Encoder* of(const Method& method);
+
+  SamplingDeflater deflater;
+
+ private:
+  const Method* method_ = nullptr;
+  std::unique_ptr<Encoder> encoder_;
+};
 
 struct NewEntryOptions {
   int level;
@@ -24,7 +37,7 @@ struct NewEntryOptions {
 class NewEntry {
  public:
   // Begins at the transaction's position.
-  NewEntry(Transaction& archive, SamplingDeflater& deflater, EntryRecord record,
+  NewEntry(Transaction& archive, Encoders& encoders, EntryRecord record,
            const NewEntryOptions& options);
 
   bool write(const unsigned char* data, std::size_t size);
@@ -47,24 +60,27 @@ class NewEntry {
  private:
   bool hasDescriptor() const { return (record_.flags & kFlagDescriptor) != 0; }
   void beginEncryption(const NewEntryOptions& options);
-  void setMethod(std::uint16_t method);
+  void setMethod(const Method& method);
   void encrypt(unsigned char* bytes, std::size_t size);
   void beginData();
   bool add(const unsigned char* bytes, std::size_t size);
   bool stored(std::size_t size);
-  bool deflatePart(bool last);
+  bool encodePart(bool last);
+  bool deflatePart(Bytes& out, bool last);
+  bool encodeGathered(Bytes& out);
   bool finishGathered();
   bool complete();
   bool patchHeader();
 
   Transaction& archive_;
   SamplingDeflater& deflater_;
+  Encoder* encoder_ = nullptr;  // null for stored and deflated data
   EntryRecord record_;
   std::uint64_t start_;
   int level_;
   bool raw_;
   std::uint32_t expectedCrc_;
-  std::uint16_t method_;  // asked for; inside the encryption
+  const Method* method_;  // asked for; inside the encryption; null for raw data
   std::optional<TraditionalCipher> cipher_;
   std::optional<AesCipher> aes_;
   Bytes encryptionHeader_;  // precedes encrypted data

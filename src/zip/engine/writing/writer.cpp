@@ -132,7 +132,7 @@ int ZipOpenNewEntry(ZipWriter* writer, const char* name, const ZipNewEntryInfo* 
     record.internalAttributes = static_cast<std::uint16_t>(info->internalAttributes);
     record.externalAttributes |= info->externalAttributes;
   }
-  writer->entry.emplace(writer->archive, writer->deflater, std::move(record),
+  writer->entry.emplace(writer->archive, writer->encoders, std::move(record),
                         NewEntryOptions{.level = level,
                                         .raw = raw != 0,
                                         .password = password,

@@ -6,7 +6,6 @@
 #include <vector>
 
 #include "zip/engine.h"
-#include "zip/engine/codec/sampling_deflater.h"
 #include "zip/engine/container/entry_record.h"
 #include "zip/engine/writing/new_entry.h"
 #include "zip/engine/writing/transaction.h"
@@ -46,7 +45,7 @@ struct ZipWriter {
   bool usesSlashes = false;  // in the names of new entries
   bool knowsCrc = true;      // of new entries with the traditional encryption
   bool isAllOrNone = false;  // at the commit
-  zip_engine::SamplingDeflater deflater;
+  zip_engine::Encoders encoders;
   std::optional<zip_engine::NewEntry> entry;
   std::optional<zip_engine::KeptRecords> kept;  // if entries of the archive were dropped
   zip_engine::Bytes records;                    // the central records of the completed entries

@@ -1,0 +1,306 @@
+// The compression methods: archives of other programs and of this library, whole, damaged and cut.
+
+#include <filesystem/archive.h>
+#include <filesystem/archive_change.h>
+#include <filesystem/zip.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <map>
+
+#include "library/zip.h"
+#include "support/noise.h"
+#include "support/programs.h"
+
+namespace {
+
+using FileSystem::Archive;
+using FileSystem::Encryption;
+using FileSystem::Entry;
+using FileSystem::Method;
+using FileSystem::Options;
+using FileSystem::Reason;
+
+std::size_t at(const std::string& bytes, const char* signature) { return bytes.rfind(signature); }
+
+void store32(std::string& bytes, std::size_t position, std::size_t value) {
+  for (int i = 0; i < 4; ++i) bytes[position++] = static_cast<char>(value >> 8 * i);
+}
+
+// An archive of one entry without a data descriptor, taken apart.
+struct Parts {
+  explicit Parts(const std::string& archive) {
+    const auto length = [&](std::size_t i) -> std::size_t {
+      return static_cast<unsigned char>(archive[i]) +
+             256U * static_cast<unsigned char>(archive[i + 1]);
+    };
+    const std::size_t data = 30 + length(26) + length(28);
+    const std::size_t directory = at(archive, "PK\1\2");
+    header = archive.substr(0, data);
+    stored = archive.substr(data, directory - data);
+    records = archive.substr(directory);
+  }
+
+  // The archive with other stored bytes, and the size of the content that it claims.
+  std::string with(const std::string& bytes, std::size_t plainSize) const {
+    std::string result = header + bytes + records;
+    const std::size_t record = header.size() + bytes.size();
+    store32(result, 18, bytes.size());
+    store32(result, 22, plainSize);
+    store32(result, record + 20, bytes.size());
+    store32(result, record + 24, plainSize);
+    store32(result, at(result, "PK\5\6") + 16, record);
+    return result;
+  }
+
+  std::string header, stored, records;
+};
+
+class Methods : public Zip {
+ protected:
+  struct Row {
+    std::string name;  // as methodName() returns it
+    std::uint16_t number;
+    bool isBuilt;
+    std::string command;   // packs the file `in` into a.zip
+    Options options = {};  // without a command, those of a change that does
+  };
+
+  static std::vector<Row> rows() {
+    const auto zipfile = [](int method) {
+      return "python3 -c 'import zipfile; zipfile.ZipFile(\"a.zip\", \"w\", " +
+             std::to_string(method) + ").write(\"in\")'";
+    };
+    const Options zstd = Options().setMethod(Method::Zstandard);
+    const std::string sevenZip = "7z a -tzip a.zip in -mm=";
+    return {{"Deflate64", 9, true, sevenZip + "Deflate64"},
+            {"Deflate64", 9, true, sevenZip + "Deflate64 -mx=1 -psecret -mem=AES256"},
+            {"bzip2", 12, VESK_BZIP2 != 0, zipfile(12)},
+            {"bzip2", 12, VESK_BZIP2 != 0, sevenZip + "bzip2 -psecret -mem=AES256"},
+            {"LZMA", 14, VESK_LZMA != 0, zipfile(14)},
+            {"LZMA", 14, VESK_LZMA != 0, sevenZip + "LZMA:eos=off"},
+            {"XZ", 95, VESK_LZMA != 0, sevenZip + "xz"},
+            {"XZ", 95, VESK_LZMA != 0, sevenZip + "xz -psecret -mem=ZipCrypto"},
+            {"Zstandard", 93, VESK_ZSTD != 0, "", zstd},
+            {"Zstandard", 93, VESK_ZSTD != 0, "", Options(zstd).setLevel(9)},
+            {"Zstandard", 93, VESK_ZSTD != 0, "",
+             Options(zstd).setPassword("secret").setEncryption(Encryption::Aes256)},
+            {"Zstandard", 93, VESK_ZSTD != 0, "", Options(zstd).setPassword("secret")}};
+  }
+
+  void packWith(const Row& row, const std::string& content) {
+    std::filesystem::remove(path_);
+    support::writeFile(in_, content);
+    if (!row.command.empty()) {
+      ASSERT_EQ(support::run(folder_.path(), row.command), 0) << row.command;
+      return;
+    }
+    FileSystem::ArchiveChange change;
+    change.insertFile(in_, "in");
+    ASSERT_TRUE(change.apply(path_.c_str(), row.options));
+  }
+
+  Reason readAll(Bytes& bytes) const {
+    Archive archive;
+    const Reason reason = archive.open(path_.c_str());
+    return reason != Reason::None ? reason
+                                  : archive.readAll(archive.entries().at(0), bytes, secret_);
+  }
+
+  static std::string textOfSize(std::size_t size) {
+    std::string text = support::noise(size);
+    for (char& c : text) c = "0123456789 \n"[static_cast<unsigned char>(c) % 12];
+    return text;
+  }
+
+  const Options secret_ = Options().setPassword("secret");
+};
+
+// Longer than a block of input, and than a part in which content is written.
+TEST_F(Methods, ContentsAreReadWholeAndInPieces) {
+  const std::string large = textOfSize(5 << 20);
+  for (const Row& row : rows()) {
+    for (const std::string& content :
+         {std::string(), std::string("x"), large.substr(0, 30000), large}) {
+      SCOPED_TRACE(row.name + ' ' + row.command + ' ' + std::to_string(content.size()));
+      if (row.command.empty() && !row.isBuilt) continue;
+      packWith(row, content);
+      Archive archive;
+      ASSERT_EQ(archive.open(path_.c_str()), Reason::None);
+      const Entry entry = archive.entries().at(0);
+      // What does not shrink is stored by most programs.
+      if (content.size() < 100 && entry.method == 0) continue;
+      EXPECT_EQ(entry.method, row.number);
+      EXPECT_EQ(FileSystem::methodName(entry.method), row.name);
+      EXPECT_EQ(FileSystem::canReadMethod(entry.method), row.isBuilt);
+      const Reason expected = row.isBuilt ? Reason::None : Reason::UnsupportedMethod;
+      std::string pieces;
+      EXPECT_EQ(archive.read(
+                    entry,
+                    [&](const unsigned char* data, std::size_t size) {
+                      pieces.append(data, data + size);
+                      return true;
+                    },
+                    secret_),
+                expected);
+      EXPECT_EQ(archive.test({entry}, secret_).items.at(0).reason, expected);
+      Bytes bytes;
+      EXPECT_EQ(archive.readAll(entry, bytes, secret_), expected);
+      EXPECT_EQ(archive.extract(entry, out_.c_str(), secret_), expected);
+      if (!row.isBuilt) continue;
+      EXPECT_TRUE(pieces == content);
+      EXPECT_TRUE(bytes == bytesOf(content));
+      EXPECT_TRUE(support::readFile(out_) == content);
+      EXPECT_TRUE(content.empty() || contentOf("in", "secret") == content);
+    }
+  }
+}
+
+TEST_F(Methods, OtherProgramsReadWhatIsWritten) {
+  if (VESK_ZSTD == 0) GTEST_SKIP() << "built without Zstandard";
+  const std::string large = textOfSize(5 << 20);
+  for (const int level : {-1, 1, 9}) {
+    std::filesystem::remove(path_);
+    support::writeFile(in_, large);
+    FileSystem::ArchiveChange change;
+    change.insertFile(in_, "large");
+    change.insertBytes(bytesOf("small small small small small"), "small");
+    change.insertBytes({}, "empty");
+    const Options options = Options().setMethod(Method::Zstandard).setLevel(level);
+    ASSERT_TRUE(change.apply(path_.c_str(), options));
+    EXPECT_EQ(support::run(folder_.path(), "7z t a.zip"), 0) << level;
+    EXPECT_EQ(support::run(folder_.path(), "bsdtar -xOf a.zip large | cmp - in"), 0) << level;
+  }
+}
+
+TEST_F(Methods, FoldersAreUnpacked) {
+  for (const Row& row : rows()) {
+    SCOPED_TRACE(row.name + ' ' + row.command);
+    const bool isEncrypted =
+        row.command.find("-p") != std::string::npos || !row.options.password().empty();
+    if (isEncrypted || (row.command.empty() && !row.isBuilt)) continue;
+    packWith(row, textOfSize(100000));
+    EXPECT_EQ(FRT_UNZIP_FILE(path_.c_str(), out_.c_str()), row.isBuilt);
+    EXPECT_EQ(support::exists(out_ + "/in"), row.isBuilt);
+    std::filesystem::remove_all(out_);
+  }
+}
+
+// Each byte of the first ones, and some of the others.
+TEST_F(Methods, DamageNeverGivesWrongBytes) {
+  const std::string content = textOfSize(60000);
+  for (const Row& row : rows()) {
+    if (!row.isBuilt) continue;
+    SCOPED_TRACE(row.name + ' ' + row.command);
+    packWith(row, content);
+    const Parts parts(support::readFile(path_));
+    const auto expectFailure = [&](const std::string& archive, std::size_t where) {
+      support::writeFile(path_, archive);
+      Bytes bytes;
+      const Reason reason = readAll(bytes);
+      // What the decoder does not need may change, if the content is right.
+      if (reason == Reason::None) {
+        EXPECT_TRUE(bytes == bytesOf(content)) << where;
+      } else {
+        EXPECT_TRUE(bytes.empty()) << where;
+      }
+      return reason != Reason::None;
+    };
+    int failures = 0;
+    for (std::size_t i = 0; i < parts.stored.size(); i += i < 40 ? 1 : 997) {
+      std::string stored = parts.stored;
+      stored[i] = static_cast<char>(stored[i] ^ 0x20);
+      failures += expectFailure(parts.with(stored, content.size()), i) ? 1 : 0;
+    }
+    EXPECT_GT(failures, 40);
+    for (const std::size_t size : {std::size_t{0}, std::size_t{1}, std::size_t{10},
+                                   parts.stored.size() / 2, parts.stored.size() - 40}) {
+      EXPECT_TRUE(expectFailure(parts.with(parts.stored.substr(0, size), content.size()), size))
+          << size;
+    }
+    // The stored bytes have more or fewer plain ones than the record says.
+    for (const std::size_t size :
+         {std::size_t{1}, content.size() - 1, content.size() + 1, std::size_t{0xFFFFFFFE}}) {
+      EXPECT_TRUE(expectFailure(parts.with(parts.stored, size), size)) << size;
+    }
+  }
+}
+
+// Entries of a megabyte and of four gigabytes, and the window that they ask for.
+TEST_F(Methods, WindowsHaveALimit) {
+  support::writeFile(folder_.file("make.py"), R"(
+import lzma, struct, sys, zipfile, zlib
+kind, bits = sys.argv[1], int(sys.argv[2])
+plain = b"x" * 10
+size = 4294967294
+if kind == "zstd":
+    method, stored = 93, b"\x28\xb5\x2f\xfd\0" + bytes([bits - 10 << 3]) + struct.pack("<I", 10 << 3 | 1)[:3] + plain
+elif kind == "lzma":
+    data = lzma.compress(plain, lzma.FORMAT_ALONE)
+    method, stored = 14, b"\x09\x14\5\0" + data[:1] + struct.pack("<I", 1 << bits) + data[13:]
+else:
+    data = bytearray(lzma.compress(plain, lzma.FORMAT_XZ))
+    end = 12 + (data[12] + 1) * 4 - 4
+    at = data.index(b"\x21\x01") + 2
+    data[at] = (bits - 12) * 2
+    data[end:end + 4] = struct.pack("<I", zlib.crc32(data[12:end]))
+    method, stored = 95, bytes(data)
+if kind != "lzma":
+    size = 10
+head = struct.pack("<IHHHHHIIIHH", 0x04034B50, 63, 2, method, 0, 0x21, zlib.crc32(plain), len(stored), size, 2, 0) + b"in"
+record = struct.pack("<IHHHHHHIIIHHHHHII", 0x02014B50, 63, 63, 2, method, 0, 0x21, zlib.crc32(plain),
+                     len(stored), size, 2, 0, 0, 0, 0, 0, 0) + b"in"
+end = struct.pack("<IHHHHIIH", 0x06054B50, 0, 0, 1, 1, len(record), len(head) + len(stored), 0)
+open("a.zip", "wb").write(head + stored + record + end)
+)");
+  const struct {
+    const char* kind;
+    int bits;
+    bool isBuilt;
+    Reason reason;
+  } kRows[] = {{"zstd", 27, VESK_ZSTD != 0, Reason::None},
+               {"zstd", 28, VESK_ZSTD != 0, Reason::UnsupportedMethod},
+               // Their content is shorter than their records say.
+               {"lzma", 27, VESK_LZMA != 0, Reason::Damaged},
+               {"lzma", 28, VESK_LZMA != 0, Reason::UnsupportedMethod},
+               {"xz", 27, VESK_LZMA != 0, Reason::None},
+               {"xz", 28, VESK_LZMA != 0, Reason::UnsupportedMethod}};
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(std::string(row.kind) + ' ' + std::to_string(row.bits));
+    ASSERT_EQ(support::run(folder_.path(), std::string("python3 make.py ") + row.kind + ' ' +
+                                               std::to_string(row.bits)),
+              0);
+    Bytes bytes;
+    EXPECT_EQ(readAll(bytes), row.isBuilt ? row.reason : Reason::UnsupportedMethod);
+  }
+}
+
+// No build reads them.
+TEST_F(Methods, UnknownOnesHaveNames) {
+  const std::map<std::uint16_t, std::string> names = {
+      {1, "shrink"}, {2, "reduce 1"}, {5, "reduce 4"}, {6, "implode"}, {98, "PPMd"}, {77, ""}};
+  for (const auto& [number, name] : names) {
+    EXPECT_EQ(FileSystem::methodName(number), name);
+    EXPECT_FALSE(FileSystem::canReadMethod(number)) << number;
+  }
+}
+
+// A build without the method changes nothing, nor does a value that is no method.
+TEST_F(Methods, WritingFailsWithoutTheMethod) {
+  std::vector<Method> missing = {static_cast<Method>(7)};
+  if (VESK_ZSTD == 0) missing.push_back(Method::Zstandard);
+  make({"old"});
+  const std::string before = support::readFile(path_);
+  for (const Method method : missing) {
+    const Options options = Options().setMethod(method);
+    FileSystem::ArchiveChange change;
+    change.insertBytes(bytesOf("x"), "x");
+    EXPECT_EQ(change.apply(path_.c_str(), options).reason, Reason::UnsupportedMethod);
+    std::filesystem::create_directories(in_);
+    EXPECT_EQ(FileSystem::packFolder(in_.c_str(), path_.c_str(), options).reason,
+              Reason::UnsupportedMethod);
+    EXPECT_TRUE(support::readFile(path_) == before);
+  }
+}
+
+}  // namespace
