@@ -96,7 +96,7 @@ void addFiles(std::vector<Source> sources, const std::string& zip, const Options
 
 void add(const AddRequest& request, Output& output) {
   const bool hasInput = checkNames(request);
-  const Options options = optionsOf(newPassword(request.encryption, output));
+  const Options options = optionsOf(newPassword(request.encryption, output), request.compression);
   if (hasInput) return addStandardInput(request, options, output);
   std::vector<Source> sources = sourcesOf(request, output);
   if (sources.empty()) {

@@ -54,6 +54,10 @@ std::string methodText(std::uint16_t method) {
 }
 
 std::string failureText(const Entry& entry, Reason reason) {
+  if (reason == Reason::UnsupportedMethod && FileSystem::canReadMethod(entry.method)) {
+    return "it needs a window of more than 128 MB, or a variant of " + methodText(entry.method) +
+           " that is not supported";
+  }
   if (reason == Reason::UnsupportedMethod) {
     return "its compression method, " + methodText(entry.method) + ", is not supported";
   }

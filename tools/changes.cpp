@@ -4,13 +4,17 @@
 #include "text.h"
 
 using FileSystem::Encryption;
+using FileSystem::Method;
 using FileSystem::Reason;
 
-FileSystem::Options optionsOf(const NewPassword& password) {
+FileSystem::Options optionsOf(const NewPassword& password, const CompressionRequest& compression) {
   const bool isAes = password.encryption == ZipArchive::Encryption::Aes256;
-  return FileSystem::Options()
-      .setPassword(password.text)
-      .setEncryption(isAes ? Encryption::Aes256 : Encryption::Traditional);
+  FileSystem::Options options;
+  options.setPassword(password.text)
+      .setEncryption(isAes ? Encryption::Aes256 : Encryption::Traditional)
+      .setMethod(compression.method == "zstd" ? Method::Zstandard : Method::Deflate);
+  if (!compression.level.empty()) options.setLevel(compression.level[0] - '0');
+  return options;
 }
 
 std::string failureText(Reason reason) {

@@ -5,10 +5,11 @@
 
 #include <string>
 
+#include "commands.h"
 #include "password.h"
 
 // The options for new entries.
-FileSystem::Options optionsOf(const NewPassword& password);
+FileSystem::Options optionsOf(const NewPassword& password, const CompressionRequest& compression);
 
 // Why a file or an archive failed.
 std::string failureText(FileSystem::Reason reason);

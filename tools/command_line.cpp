@@ -14,6 +14,8 @@ bool contains(const std::vector<std::string>& list, const std::string& text) {
   return std::find(list.begin(), list.end(), text) != list.end();
 }
 
+bool isDigit(char letter) { return letter >= '0' && letter <= '9'; }
+
 }  // namespace
 
 Take into(std::string& text) {
@@ -96,8 +98,14 @@ void CommandLine::readFlags(const std::string& letters) {
   for (const char letter : letters) {
     const Option* const option =
         findOption([&](const Option& o) { return o.letter != '\0' && o.letter == letter; });
-    if (option == nullptr) throw UsageError("unknown option " + inQuotes('-' + letters));
-    use(*option, "");
+    if (option != nullptr) {
+      use(*option, "");
+    } else if (const Option* const digits = digitsOption(); digits != nullptr && isDigit(letter)) {
+      if (contains(used_, digits->name)) throw UsageError("--" + digits->name + " occurs twice");
+      use(*digits, std::string(1, letter));
+    } else {
+      throw UsageError("unknown option " + inQuotes('-' + letters));
+    }
   }
 }
 
@@ -114,6 +122,10 @@ void CommandLine::use(const Option& option, const std::string& value) {
   } catch (const UsageError& error) {
     throw UsageError("--" + option.name + ": " + error.what());
   }
+}
+
+const Option* CommandLine::digitsOption() const {
+  return findOption([](const Option& option) { return option.hasDigits; });
 }
 
 template <typename Predicate>

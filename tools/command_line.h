@@ -47,6 +47,7 @@ struct Option {
   Take take;
   char letter = '\0';         // of the short form of a flag
   std::string excludes = {};  // name of an option that must not be given too
+  bool hasDigits = false;     // the digits are short forms with these values
 };
 
 // A flag, which sets `value`.
@@ -90,6 +91,7 @@ class CommandLine {
   void readOption(const std::vector<std::string>& words, std::size_t& position);
   void readFlags(const std::string& letters);
   void use(const Option& option, const std::string& value);
+  const Option* digitsOption() const;
   template <typename Predicate>
   const Option* findOption(Predicate predicate) const;
 

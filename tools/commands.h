@@ -20,11 +20,17 @@ struct EncryptionRequest {
   PasswordSource password;
 };
 
+// How the user wants new entries to be compressed. Empty texts are for the defaults.
+struct CompressionRequest {
+  std::string method;  // "deflate" or "zstd"
+  std::string level;   // a digit
+};
+
 enum class ListFormat { kNames, kTable, kJson };
 
 // Packs all files below a directory into a new archive.
 void pack(const std::string& directory, const std::string& zip, const EncryptionRequest& encryption,
-          Output& output);
+          const CompressionRequest& compression, Output& output);
 
 // Unpacks all entries into a directory. Continues after an entry that fails.
 void unpack(const std::string& zip, const std::string& directory, bool overwrite,
@@ -41,6 +47,7 @@ struct AddRequest {
   std::vector<std::string> files;  // files and directories, or `-` for standard input
   std::string name;                // of the entry of a single file; empty for the default
   EncryptionRequest encryption;
+  CompressionRequest compression;
 };
 void add(const AddRequest& request, Output& output);
 

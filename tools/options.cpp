@@ -1,5 +1,7 @@
 #include "options.h"
 
+#include <utility>
+
 namespace {
 
 using Count = Argument::Count;
@@ -21,13 +23,25 @@ std::vector<Option> encryptionOptions(EncryptionRequest& encryption) {
   return options;
 }
 
+// The options of the commands that write entries.
+std::vector<Option> entryOptions(EncryptionRequest& encryption, CompressionRequest& compression) {
+  std::vector<Option> options = encryptionOptions(encryption);
+  options.push_back({"method", "compression: deflate, which every program reads, or zstd", "METHOD",
+                     into(compression.method, {"deflate", "zstd"})});
+  Option level{"level", "0 (stored) to 9 (smallest), or the digit alone: -1", "LEVEL",
+               into(compression.level, {"0", "1", "2", "3", "4", "5", "6", "7", "8", "9"})};
+  level.hasDigits = true;
+  options.push_back(std::move(level));
+  return options;
+}
+
 Command packCommand(Options& o) {
   return {
       .name = "pack",
       .summary = "Pack all files of a directory into an archive",
       .arguments = {{"DIRECTORY", "directory to pack, with all below it", into(o.directory)},
                     {"ZIP", "archive to create; an existing file is replaced", into(o.zip)}},
-      .options = encryptionOptions(o.encryption),
+      .options = entryOptions(o.encryption, o.compression),
       .notes =
           "Empty directories are not stored. If a file cannot be read, nothing is packed, and the "
           "exit\n"
@@ -35,8 +49,9 @@ Command packCommand(Options& o) {
           "zip archives, which is weak. The names of files are never encrypted.\n\n"
           "Examples:\n"
           "  vesk-fs pack ~/notes notes.zip\n"
-          "  vesk-fs pack ~/notes notes.zip --encrypt aes256\n",
-      .run = [&o] { pack(o.directory, o.zip, o.encryption, o.output); },
+          "  vesk-fs pack ~/notes notes.zip --encrypt aes256\n"
+          "  vesk-fs pack -1 --method zstd ~/photos photos.zip\n",
+      .run = [&o] { pack(o.directory, o.zip, o.encryption, o.compression, o.output); },
   };
 }
 
@@ -98,7 +113,7 @@ Command testCommand(Options& o) {
 }
 
 Command addCommand(Options& o) {
-  std::vector<Option> options = encryptionOptions(o.add.encryption);
+  std::vector<Option> options = entryOptions(o.add.encryption, o.add.compression);
   options.push_back({"name", "name of the entry of a single file", "NAME", into(o.add.name)});
   return {
       .name = "add",

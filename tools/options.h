@@ -13,6 +13,7 @@ struct Options {
   std::vector<std::string> patterns;
   AddRequest add;
   EncryptionRequest encryption;
+  CompressionRequest compression;
   PasswordSource password;
   unsigned int days = 0;
   bool isLong = false, isJson = false, noOverwrite = false, dryRun = false;

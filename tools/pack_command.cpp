@@ -35,11 +35,11 @@ void report(const Report& report, const std::string& zip, Output& output) {
 }  // namespace
 
 void pack(const std::string& directory, const std::string& zip, const EncryptionRequest& encryption,
-          Output& output) {
+          const CompressionRequest& compression, Output& output) {
   if (FileSystem::FolderExists(directory.c_str()) == 0) {
     throw Failure("there is no directory " + inQuotes(directory));
   }
-  FileSystem::Options options = optionsOf(newPassword(encryption, output));
+  FileSystem::Options options = optionsOf(newPassword(encryption, output), compression);
   Report result;
   {
     Progress progress(output, "packing " + directory);

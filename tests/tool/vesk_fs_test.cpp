@@ -178,6 +178,32 @@ open("a.zip", "wb").write(bytes[:z.start_dir] + b"unused bytes" * 9 + bytes[z.st
   EXPECT_NE(tested.find("84 bytes of 'a.zip' belong to no entry"), std::string::npos) << tested;
 }
 
+TEST_F(VeskFs, CompressesAsAsked) {
+  std::string text;
+  for (int i = 0; i < 20000; ++i) text += "word " + std::to_string(i * i % 977);
+  write("in/text", text);
+  const auto sizeAfter = [this](const std::string& command) {
+    EXPECT_TRUE(run(command + " -q").starts_with("[0]\n")) << command;
+    EXPECT_TRUE(run("test a.zip").starts_with("tested 1 entry of a.zip: no errors\n")) << command;
+    const auto size = std::filesystem::file_size(folder_.file("a.zip"));
+    std::filesystem::remove(folder_.file("a.zip"));
+    return size;
+  };
+  for (const std::string command : {"pack in a.zip ", "add a.zip in/text "}) {
+    const auto stored = sizeAfter(command + "-0");
+    const auto fastest = sizeAfter(command + "-1");
+    const auto smallest = sizeAfter(command + "-q9");
+    EXPECT_GT(stored, text.size());
+    EXPECT_GT(stored, fastest);
+    EXPECT_GT(fastest, smallest);
+    EXPECT_EQ(sizeAfter(command + "--level 9 --method deflate"), smallest);
+    if (VESK_ZSTD == 0) continue;
+    run(command + "--method zstd");
+    EXPECT_NE(run("list -l a.zip").find("Zstandard"), std::string::npos);
+    EXPECT_LT(sizeAfter(command + "--method zstd -9"), fastest);
+  }
+}
+
 TEST_F(VeskFs, SaysWhatIsWrong) {
   write("text.zip", "no archive");
   write("in/file", "x");
@@ -198,6 +224,11 @@ TEST_F(VeskFs, SaysWhatIsWrong) {
       {"pack in a.zip b.zip", 2, "", "unexpected argument 'b.zip'"},
       {"sweep in -1", 2, "", "--help"},
       {"list a.zip -l --json", 2, "", "--json"},
+      {"pack in b.zip --method lzma", 2, "", "--method: 'lzma' is not one of its values"},
+      {"pack in b.zip --level 10", 2, "", "--level: '10' is not one of its values"},
+      {"pack in b.zip -10", 2, "", "--level occurs twice"},
+      {"pack in b.zip -1 --level 2", 2, "", "--level occurs twice"},
+      {"unpack a.zip x -1", 2, "", "unknown option '-1'"},
   });
   EXPECT_EQ(read("text.zip"), "no archive");
   EXPECT_TRUE(run("--version").starts_with("vesk-fs 1."));

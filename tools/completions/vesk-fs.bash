@@ -20,7 +20,7 @@ _vesk_fs() {
   local command='' zip='' position=0 i
   for ((i = 1; i < COMP_CWORD; ++i)); do
     case ${COMP_WORDS[i]} in
-      --password | --password-file | --name | --encrypt) ((++i)) ;;
+      --password | --password-file | --name | --encrypt | --method | --level) ((++i)) ;;
       -?*) ;;
       *)
         if [[ -z $command ]]; then
@@ -41,17 +41,25 @@ _vesk_fs() {
       mapfile -t COMPREPLY < <(compgen -W 'aes256 traditional' -- "$cur")
       return
       ;;
+    --method)
+      mapfile -t COMPREPLY < <(compgen -W 'deflate zstd' -- "$cur")
+      return
+      ;;
+    --level)
+      mapfile -t COMPREPLY < <(compgen -W '0 1 2 3 4 5 6 7 8 9' -- "$cur")
+      return
+      ;;
   esac
 
   local options='--help --quiet --verbose'
   local passwords='--password --password-file'
   case $command in
     '') options+=' --version' ;;
-    pack) options+=" --encrypt $passwords" ;;
+    pack) options+=" --encrypt --method --level $passwords" ;;
     unpack) options+=" --no-overwrite $passwords" ;;
     list) options+=' --long --json' ;;
     test | extract) options+=" $passwords" ;;
-    add) options+=" --name --encrypt $passwords" ;;
+    add) options+=" --name --encrypt --method --level $passwords" ;;
     sweep) options+=' --dry-run' ;;
   esac
   if [[ $cur == -* ]]; then
