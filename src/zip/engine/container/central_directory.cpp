@@ -107,13 +107,24 @@ bool readDirectory(const ArchiveFile& file, const EndRecord& end, std::uint64_t 
   return (end.countMayWrap ? count & 0xFFFF : count) == end.entryCount;
 }
 
+// Reads the directory that precedes the end records. Some programs write zip64 records that no
+// value needs between the two. Returns false if it is not there; then its position is the one that
+// it would have without them.
+bool readPreceding(const ArchiveFile& file, const EndRecord& end, CentralDirectory& directory) {
+  const auto readBefore = [&](std::uint64_t directoryEnd) {
+    directory = {};
+    if (end.directorySize > std::min(directoryEnd, kLargestDirectory)) return false;
+    const std::uint64_t position = directoryEnd - end.directorySize;
+    return position >= end.directoryOffset &&
+           readDirectory(file, end, position, position - end.directoryOffset, directory);
+  };
+  return (end.equalEnd64 && readBefore(*end.equalEnd64)) || readBefore(end.directoryEnd);
+}
+
 // Reads the directory that an end record refers to and proves it as described above.
 bool proveDirectory(const ArchiveFile& file, const EndRecord& end, CentralDirectory& directory) {
-  if (end.directorySize > std::min(end.directoryEnd, kLargestDirectory)) return false;
-  const std::uint64_t position = end.directoryEnd - end.directorySize;
-  if (position < end.directoryOffset) return false;
-  const std::uint64_t base = position - end.directoryOffset;
-  const bool precedes = readDirectory(file, end, position, base, directory);
+  const bool precedes = readPreceding(file, end, directory);
+  const std::uint64_t base = directory.base;
   if (precedes && base == 0) return true;
   if (precedes && (directory.entryCount == 0 || firstEntryIsInPlace(file, directory))) {
     return !mayBeEnclosed(file, base);

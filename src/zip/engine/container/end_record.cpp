@@ -10,10 +10,18 @@ bool readsEnd64(const ArchiveFile& file, std::uint64_t position,
   return file.readAt(position, bytes, sizeof(bytes)) && load32(bytes) == kEnd64Signature;
 }
 
-// Replaces the saturated values of `record` by those of the zip64 record.
-bool readEnd64(const ArchiveFile& file, const unsigned char* locator, std::uint64_t locatorPosition,
-               EndRecord& record) {
-  if (locatorPosition < kEnd64Size) return false;
+// The values of a zip64 record.
+struct End64 {
+  std::uint64_t position;  // absolute
+  std::uint64_t entryCount;
+  std::uint64_t directorySize;
+  std::uint64_t directoryOffset;
+};
+
+// Reads the zip64 record that a locator refers to. Nothing if it is damaged.
+std::optional<End64> readEnd64(const ArchiveFile& file, const unsigned char* locator,
+                               std::uint64_t locatorPosition) {
+  if (locatorPosition < kEnd64Size) return std::nullopt;
   const std::uint64_t last = locatorPosition - kEnd64Size;
   unsigned char bytes[kEnd64Size];
   std::uint64_t position = std::min(load64(locator + 8), last);
@@ -21,20 +29,32 @@ bool readEnd64(const ArchiveFile& file, const unsigned char* locator, std::uint6
     // In an archive with a prefix the offset does not count from the start of the file, but the
     // record directly precedes its locator.
     position = last;
-    if (!readsEnd64(file, position, bytes)) return false;
+    if (!readsEnd64(file, position, bytes)) return std::nullopt;
   }
   const std::uint64_t count = load64(bytes + 32);
   if (load32(bytes + 16) != 0 || load32(bytes + 20) != 0 || load64(bytes + 24) != count) {
-    return false;
+    return std::nullopt;
+  }
+  return End64{position, count, load64(bytes + 40), load64(bytes + 48)};
+}
+
+// Replaces the saturated values of `record` by those of the zip64 record. Without saturated values
+// it counts only if it has the same ones.
+void useEnd64(const End64& end64, bool isSaturated, EndRecord& record) {
+  if (!isSaturated) {
+    const bool isEqual = record.entryCount == end64.entryCount &&
+                         record.directorySize == end64.directorySize &&
+                         record.directoryOffset == end64.directoryOffset;
+    if (isEqual) record.equalEnd64 = end64.position;
+    return;
   }
   if (record.entryCount == kSaturated16) {
-    record.entryCount = count;
+    record.entryCount = end64.entryCount;
     record.countMayWrap = false;
   }
-  if (record.directorySize == kSaturated32) record.directorySize = load64(bytes + 40);
-  if (record.directoryOffset == kSaturated32) record.directoryOffset = load64(bytes + 48);
-  record.directoryEnd = position;
-  return true;
+  if (record.directorySize == kSaturated32) record.directorySize = end64.directorySize;
+  if (record.directoryOffset == kSaturated32) record.directoryOffset = end64.directoryOffset;
+  record.directoryEnd = end64.position;
 }
 
 }  // namespace
@@ -54,6 +74,7 @@ bool readEndRecord(const ArchiveFile& file, const FilePiece& piece, std::size_t 
             .directorySize = load32(end + 12),
             .directoryOffset = load32(end + 16),
             .directoryEnd = piece.position + at,
+            .equalEnd64 = {},
             .end = piece.position + at + kEndSize,
             .comment = {}};
   const std::size_t commentLength =
@@ -63,11 +84,11 @@ bool readEndRecord(const ArchiveFile& file, const FilePiece& piece, std::size_t 
   const bool saturated = record.entryCount == kSaturated16 ||
                          record.directorySize == kSaturated32 ||
                          record.directoryOffset == kSaturated32;
-  if (saturated && at >= kLocator64Size) {
-    const unsigned char* const locator = end - kLocator64Size;
-    if (load32(locator) == kLocator64Signature) {
-      return readEnd64(file, locator, record.directoryEnd - kLocator64Size, record);
-    }
+  if (at >= kLocator64Size && load32(end - kLocator64Size) == kLocator64Signature) {
+    const std::optional<End64> end64 =
+        readEnd64(file, end - kLocator64Size, record.directoryEnd - kLocator64Size);
+    if (end64) useEnd64(*end64, saturated, record);
+    if (saturated) return end64.has_value();
   }
   return load16(end + 4) == 0 && load16(end + 6) == 0 && load16(end + 8) == load16(end + 10);
 }

@@ -30,8 +30,10 @@ struct EndRecord {
   std::uint64_t directorySize = 0;
   std::uint64_t directoryOffset = 0;  // from the archive's base
   std::uint64_t directoryEnd = 0;     // absolute; the position of the first end record
-  std::uint64_t end = 0;              // absolute, after the comment
-  bool countMayWrap = true;           // some programs write the count modulo 65,536
+  // The position of a zip64 record that has the same values, although none refers to it.
+  std::optional<std::uint64_t> equalEnd64;
+  std::uint64_t end = 0;     // absolute, after the comment
+  bool countMayWrap = true;  // some programs write the count modulo 65,536
   std::string comment;
 };
 
