@@ -68,7 +68,8 @@ void addStandardInput(const AddRequest& request, const Options& options, Output&
   const Report report = applyChange(change, request.zip, options, output);
   if (isItemAtFault(report)) {
     if (report.reason == Reason::ReadFailed) throw Failure("cannot read standard input");
-    throw Failure("cannot add standard input: " + failureText(report.reason));
+    throw Failure(std::string("cannot add standard input: ") +
+                  FileSystem::reasonText(report.reason));
   }
   if (!report) throwFailure(report, request.zip);
   output.detail("added " + printable(request.name));
@@ -87,7 +88,8 @@ void addFiles(std::vector<Source> sources, const std::string& zip, const Options
     }
     if (!isItemAtFault(report)) throwFailure(report, zip);
     const auto failed = sources.begin() + static_cast<std::ptrdiff_t>(report.items.size() - 1);
-    output.fail("cannot add " + inQuotes(failed->path) + ": " + failureText(report.reason));
+    output.fail("cannot add " + inQuotes(failed->path) + ": " +
+                FileSystem::reasonText(report.reason));
     sources.erase(failed);
   }
 }

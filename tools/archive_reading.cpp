@@ -61,6 +61,5 @@ std::string failureText(const Entry& entry, Reason reason) {
   if (reason == Reason::UnsupportedMethod) {
     return "its compression method, " + methodText(entry.method) + ", is not supported";
   }
-  if (reason == Reason::TooLarge) return "it has 4 GiB or more, which is not supported";
   return FileSystem::reasonText(reason);
 }

@@ -17,15 +17,10 @@ FileSystem::Options optionsOf(const NewPassword& password, const CompressionRequ
   return options;
 }
 
-std::string failureText(Reason reason) {
-  if (reason == Reason::TooLarge) return "it has 4 GiB or more, which is not supported";
-  return FileSystem::reasonText(reason);
-}
-
 void throwFailure(const FileSystem::Report& report, const std::string& zip) {
   if (report.reason == Reason::Damaged && !report.items.empty()) {
     throw Failure("cannot change " + inQuotes(zip) + ": its entry " +
                   inQuotes(report.items.back().name) + " is damaged");
   }
-  throw Failure("cannot change " + inQuotes(zip) + ": " + failureText(report.reason));
+  throw Failure("cannot change " + inQuotes(zip) + ": " + FileSystem::reasonText(report.reason));
 }

@@ -11,9 +11,6 @@
 // The options for new entries.
 FileSystem::Options optionsOf(const NewPassword& password, const CompressionRequest& compression);
 
-// Why a file or an archive failed.
-std::string failureText(FileSystem::Reason reason);
-
 // Throws the Failure of an archive that could not be changed, which none of the requested changes
 // has caused.
 [[noreturn]] void throwFailure(const FileSystem::Report& report, const std::string& zip);

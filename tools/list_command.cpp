@@ -1,5 +1,6 @@
 // list.
 
+#include <algorithm>
 #include <cinttypes>
 #include <cstdio>
 
@@ -39,7 +40,10 @@ std::string dateOf(const FileSystem::EntryTime& time, char separator) {
 // Percentage by which packing reduced the size.
 int saved(std::uint64_t size, std::uint64_t packed) {
   if (size == 0) return 0;
-  return static_cast<int>(100 - 100 * static_cast<double>(packed) / static_cast<double>(size));
+  // The sizes that an archive claims can have any ratio.
+  constexpr double kLeast = -9999;
+  const double share = 100 * static_cast<double>(packed) / static_cast<double>(size);
+  return static_cast<int>(std::max(kLeast, 100 - share));
 }
 
 void writeTable(const std::vector<Entry>& entries) {

@@ -23,13 +23,13 @@ void report(const Report& report, const std::string& zip, Output& output) {
     if (item.reason == Reason::None) continue;
     const std::string name = item.name.empty() ? "." : nativePath(item.name);
     const char* const action = item.reason == Reason::NotAFile ? "left out " : "cannot pack ";
-    output.fail(action + inQuotes(name) + ": " + failureText(item.reason));
+    output.fail(action + inQuotes(name) + ": " + FileSystem::reasonText(item.reason));
     isNamed = isNamed || item.reason != Reason::NotAFile;
   }
   if (report.reason == Reason::None) return;
   if (isNamed) throw Failure("nothing was packed, and " + inQuotes(zip) + " is unchanged");
   throw Failure("cannot write " + inQuotes(zip) +
-                ", which is unchanged: " + failureText(report.reason));
+                ", which is unchanged: " + FileSystem::reasonText(report.reason));
 }
 
 }  // namespace

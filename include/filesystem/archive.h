@@ -117,7 +117,8 @@ class FILESYSTEM_API Archive {
   Reason read(const Entry& entry, const Sink& sink, const Options& options = Options()) const;
   /// Reads the content of an entry into memory, which grows as bytes arrive.
   /// @param entry   entry of this archive
-  /// @param bytes   set to the content, or to no bytes on failure
+  /// @param bytes   set to the content, or to no bytes on failure; Reason::TooLarge if it has more
+  ///                than 4 GiB - 1
   /// @param options as for read()
   Reason readAll(const Entry& entry, std::vector<unsigned char>& bytes,
                  const Options& options = Options()) const;

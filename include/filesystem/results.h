@@ -37,7 +37,7 @@ enum class Reason : std::int32_t {
   WriteFailed,        ///< the file cannot be written
   DiskFull,           ///< the disk, or the user's share of it, is full
   OutOfMemory,        ///< there is not enough memory
-  TooLarge,           ///< the content has more bytes than the archive or the call can take
+  TooLarge,           ///< the content or the comment has more bytes than the call can take
   NameTooLong,        ///< the name of the entry has more bytes than an archive takes
   PathTooLong,        ///< the path has more bytes than the system takes
   NameEscapes,        ///< the name of the entry escapes the target folder

@@ -24,8 +24,8 @@
 /// @param zip    path of the archive, not null
 /// @return true if the archive has every file that was not left out. False, and nothing changes, if
 ///         the archive cannot be created, is in use or cannot be written, as on a full disk. False
-///         too if a file cannot be read to its end, is too large, or has a name of more than 260
-///         bytes: the archive then has the files before it.
+///         too if a file cannot be read to its end or has a name of more than 260 bytes: the archive
+///         then has the files before it.
 FILESYSTEM_API bool FRT_ZIP_FOLDER(const char* folder, const char* zip);
 
 /// Unpacks a zip archive without password into a directory.

@@ -39,7 +39,8 @@ class ZipArchivePrivate;
 /// all entries that it had. On Linux that holds for a power failure too, and a change is on the
 /// disk when its call returns.
 ///
-/// Archives of several volumes and entries of 4 GiB or more are not supported. Entries are
+/// Archives of several volumes are not supported. Entries have any size; one of more than 4 GiB - 1
+/// bytes can be extracted to a file, but not to memory. Entries are
 /// encrypted with the traditional method, which stops no attacker, unless Encryption::Aes256 is
 /// chosen. The names of entries are never encrypted.
 ///

@@ -1,5 +1,7 @@
 #include <filesystem/archive.h>
 
+#include <algorithm>
+#include <cstdint>
 #include <unordered_map>
 #include <utility>
 
@@ -41,7 +43,10 @@ const char* passwordOf(const Options& options) {
 
 void expect(ProgressRelay& progress, const std::vector<Entry>& entries) {
   std::uint64_t bytes = 0;
-  for (const Entry& entry : entries) bytes += entry.size;
+  for (const Entry& entry : entries) {
+    // What an archive claims can exceed 64 bits.
+    bytes += std::min(entry.size, UINT64_MAX - bytes);
+  }
   progress.expect(entries.size(), bytes);
 }
 

@@ -39,8 +39,6 @@ Reason reasonOf(int status) {
       return Reason::UnsupportedMethod;
     case ZipStatusUnknownEncryption:
       return Reason::UnsupportedEncryption;
-    case ZipStatusTooLargeToRead:
-      return Reason::TooLarge;
     case ZipStatusNoMemory:
       return Reason::OutOfMemory;
     default:
@@ -146,8 +144,8 @@ EntryInfo ArchiveReader::describe() const {
           .isDirectory = (record.externalAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0,
           .isStored = details.method == ZipMethodStored,
           .isDeflated = details.method == ZipMethodDeflate,
-          .size = record.uncompressedSize,
-          .storedSize = record.compressedSize,
+          .size = details.uncompressedSize,
+          .storedSize = details.compressedSize,
           .commentLength = record.commentLength};
 }
 

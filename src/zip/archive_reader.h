@@ -19,8 +19,8 @@ struct EntryInfo {
   bool isDirectory = false;
   bool isStored = false;  // without compression
   bool isDeflated = false;
-  std::uint32_t size = 0;        // of the content, in bytes
-  std::uint32_t storedSize = 0;  // of the stored bytes
+  std::uint64_t size = 0;        // of the content, in bytes
+  std::uint64_t storedSize = 0;  // of the stored bytes
   std::uint32_t commentLength = 0;
 };
 

@@ -93,6 +93,7 @@ bool ArchiveWriter::begin(const NewEntry& entry) {
   if (std::strlen(entry.comment) > kLongestComment) return fail(Reason::TooLarge);
   if (ZipSetEncryption(writer_, encryption) != 0) return fail(Reason::UnsupportedEncryption);
   ZipSetUnknownCrc(writer_, entry.crc ? 0 : 1);
+  if (entry.size) ZipSetSize(writer_, *entry.size);
   SetLastError(ERROR_SUCCESS);
   const int status = ZipOpenNewEntry(writer_, entry.name.c_str(), &info, nullptr, 0, nullptr, 0,
                                      entry.comment, method, level, 0, kWindowBits, kMemoryLevel, 0,

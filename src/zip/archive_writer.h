@@ -46,6 +46,9 @@ struct NewEntry {
   // Of the whole content. Used if the encryption needs it; nothing if it is not known then.
   std::optional<std::uint32_t> crc;
   FileSystem::Method method = FileSystem::Method::Deflate;
+  // Of the whole content; nothing if it is not known then. Content that turns out to have 4 GiB or
+  // more although this is much less fails the entry.
+  std::optional<std::uint64_t> size;
   int level = kDefaultLevel;  // of compression; 0 to store the content
 
   static constexpr int kDefaultLevel = -1;

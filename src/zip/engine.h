@@ -29,7 +29,7 @@ struct ZipEntryInfo {
   std::uint32_t method;
   std::uint32_t dosDate;
   std::uint32_t crc;
-  std::uint32_t compressedSize;
+  std::uint32_t compressedSize;  // 0xFFFFFFFF if it is larger, as is the next one
   std::uint32_t uncompressedSize;
   std::uint32_t nameLength;
   std::uint32_t centralExtraLength;
@@ -93,8 +93,7 @@ inline constexpr int ZipStatusNoPassword = -101;
 inline constexpr int ZipStatusWrongPassword = -102;  // or the data after the check are damaged
 inline constexpr int ZipStatusUnknownMethod = -103;
 inline constexpr int ZipStatusUnknownEncryption = -104;
-inline constexpr int ZipStatusTooLargeToRead = -105;
-inline constexpr int ZipStatusNoMemory = -106;
+inline constexpr int ZipStatusNoMemory = -105;
 
 // Opens an archive by its last end record, as other programs do. Returns null if the file is
 // missing or held without read sharing, or if that record does not lead to a sound directory.
@@ -169,14 +168,19 @@ void ZipSetSlashes(ZipWriter* writer, int slashes);
 void ZipSetUnknownCrc(ZipWriter* writer, int isUnknown);
 // Chooses that the commit has the space for all entries or fails. At first the first ones remain.
 void ZipSetAllOrNone(ZipWriter* writer);
+// Announces the size of the content of the entry that is begun next. An entry without it, and one of
+// 4 GiB - 1 MiB or more, gets a zip64 block with its sizes unless it turns out to have at most 4 MiB.
+// One that was announced as smaller has less than 4 GiB - 1 bytes, both plain and stored, and so does
+// a raw one, or one whose extra fields leave no space for the block.
+void ZipSetSize(ZipWriter* writer, std::uint64_t size);
 // Calls `visit` with the name of each entry that the archive had when it was opened.
 void ZipVisitNames(ZipWriter* writer, void (*visit)(const char* name, void* context),
                    void* context);
 // Begins an entry, and drops an open one. `method` is one that ZipCanWrite() knows, unless `raw`; `level` is -1 or 0 to 9.
 // With `raw` the data are written unchanged; they are encrypted if the entry is, and a non-null
 // `password` then only sets the flag. `crc` is that of the plain data if `raw` is set, or if
-// `password` is, the encryption is the traditional one, and the CRC is known. The three numbers after `raw`, -15, 8
-// and 0, are not used. An entry has less than 4 GiB - 1 bytes, both plain and stored.
+// `password` is, the encryption is the traditional one, and the CRC is known. The three numbers after
+// `raw`, -15, 8 and 0, are not used.
 int ZipOpenNewEntry(ZipWriter* writer, const char* name, const ZipNewEntryInfo* info,
                     const void* localExtra, std::uint32_t localExtraLength,
                     const void* centralExtra, std::uint32_t centralExtraLength, const char* comment,

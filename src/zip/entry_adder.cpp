@@ -64,6 +64,17 @@ class BlockReader {
   std::vector<unsigned char> block_;
 };
 
+// Passes each piece of bytes to `use(data, size)`, until it returns false. Returns its last result.
+template <typename Use>
+bool forEachPiece(const std::vector<unsigned char>& bytes, Use use) {
+  constexpr std::size_t kPiece = 4 << 20;
+  for (std::size_t done = 0; done < bytes.size(); done += kPiece) {
+    const std::size_t size = std::min(kPiece, bytes.size() - done);
+    if (!use(bytes.data() + done, static_cast<std::uint32_t>(size))) return false;
+  }
+  return true;
+}
+
 SYSTEMTIME localTimeOf(const FILETIME& time) {
   FILETIME local = {};
   SYSTEMTIME result = {};
@@ -100,7 +111,6 @@ Reason EntryAdder::addFile(const char* source, const std::string& stored, const 
   WIN32_FILE_ATTRIBUTE_DATA data = {};
   if (GetFileAttributesExA(source, GetFileExInfoStandard, &data) == 0) return Reason::ReadFailed;
   const std::uint64_t size = std::uint64_t{data.nFileSizeHigh} << 32 | data.nFileSizeLow;
-  if (size >= kTooManyBytes) return Reason::TooLarge;
   BlockReader reader(file.get(), size);
   // The traditional encryption begins with the CRC of all content, so the file is read twice.
   const bool needsCrc = settings_.encryption.needsCrc();
@@ -113,6 +123,7 @@ Reason EntryAdder::addFile(const char* source, const std::string& stored, const 
                       .encryption = settings_.encryption,
                       .crc = crc,
                       .method = settings_.method,
+                      .size = size,
                       .level = settings_.level})) {
     return writer_.reason();
   }
@@ -125,10 +136,12 @@ Reason EntryAdder::addFile(const char* source, const std::string& stored, const 
 
 Reason EntryAdder::addBytes(const std::vector<unsigned char>& bytes, const std::string& stored,
                             const char* comment, const SYSTEMTIME& time) {
-  if (bytes.size() >= kTooManyBytes) return Reason::TooLarge;
   Crc32 crc;
   if (settings_.encryption.needsCrc()) {
-    crc.add(bytes.data(), static_cast<std::uint32_t>(bytes.size()));
+    forEachPiece(bytes, [&](const unsigned char* piece, std::uint32_t size) {
+      crc.add(piece, size);
+      return true;
+    });
   }
   if (!writer_.begin({.name = stored,
                       .comment = comment,
@@ -137,14 +150,13 @@ Reason EntryAdder::addBytes(const std::vector<unsigned char>& bytes, const std::
                       .encryption = settings_.encryption,
                       .crc = crc.value(),
                       .method = settings_.method,
+                      .size = bytes.size(),
                       .level = settings_.level})) {
     return writer_.reason();
   }
-  constexpr std::size_t kPiece = 4 << 20;
-  for (std::size_t done = 0; done < bytes.size(); done += kPiece) {
-    if (!write(bytes.data() + done, std::min(kPiece, bytes.size() - done))) return failure();
-  }
-  return finish();
+  const bool isWritten = forEachPiece(
+      bytes, [&](const unsigned char* piece, std::uint32_t size) { return write(piece, size); });
+  return isWritten ? finish() : failure();
 }
 
 Reason EntryAdder::addFrom(const FileSystem::ContentSource& source, const std::string& stored,
@@ -157,6 +169,7 @@ Reason EntryAdder::addFrom(const FileSystem::ContentSource& source, const std::s
                       .encryption = settings_.encryption,
                       .crc = std::nullopt,
                       .method = settings_.method,
+                      .size = std::nullopt,
                       .level = settings_.level})) {
     return writer_.reason();
   }

@@ -13,9 +13,6 @@
 
 namespace zip {
 
-// The size from which on an entry is too large.
-inline constexpr std::uint64_t kTooManyBytes = UINT32_MAX;
-
 // What all entries of a call have in common.
 struct EntrySettings {
   Encryption encryption;

@@ -20,6 +20,9 @@ using FileSystem::Sink;
 using FileSystem::Detail::reasonOfError;
 using platform::ConfinedDirectory;
 
+// The most bytes that an entry which is read into memory has.
+constexpr std::uint64_t kMostInMemory = UINT32_MAX;
+
 ConfinedDirectory::Existing modeOf(ExistingFiles existing) {
   using Existing = ConfinedDirectory::Existing;
   return existing == ExistingFiles::Keep ? Existing::Kept : Existing::Replaced;
@@ -61,6 +64,8 @@ void createDirectories(const std::string& path) {
 Reason Extractor::toBytes(std::vector<unsigned char>& bytes) {
   OpenEntry entry(archive_, password_);
   if (!entry) return entry.failure();
+  const std::uint64_t size = archive_.describe().size;
+  if (size > std::min<std::uint64_t>(kMostInMemory, bytes.max_size())) return Reason::TooLarge;
   Reason reason = Reason::None;
   try {
     reason = readAll(entry, bytes);
@@ -73,14 +78,15 @@ Reason Extractor::toBytes(std::vector<unsigned char>& bytes) {
 
 Reason Extractor::readAll(OpenEntry& entry, std::vector<unsigned char>& bytes) {
   const EntryInfo info = archive_.describe();
-  if (isLikelySize(info)) platform::reserveForFilling(bytes, info.size);
+  const auto size = static_cast<std::uint32_t>(info.size);
+  if (isLikelySize(info)) platform::reserveForFilling(bytes, size);
   if (isLikelySize(info) && !(progress_.isNeeded() && passesInPieces(info))) {
-    bytes.resize(info.size);
-    if (!entry.readAll(bytes.data(), info.size)) return entry.failure();
-    progress_.advance(info.size);
+    bytes.resize(size);
+    if (!entry.readAll(bytes.data(), size)) return entry.failure();
+    progress_.advance(size);
     return Reason::None;
   }
-  return readGrowing(entry, info.size, bytes);
+  return readGrowing(entry, size, bytes);
 }
 
 // Reads all content into memory that grows as bytes arrive.
@@ -167,7 +173,8 @@ bool Extractor::passesInPieces(const EntryInfo& info) const {
 Reason Extractor::readWhole(OpenEntry& entry) {
   const EntryInfo info = archive_.describe();
   if (passesInPieces(info)) return Reason::None;
-  return entry.readAll(content_.reserve(info.size), info.size) ? Reason::None : entry.failure();
+  const auto size = static_cast<std::uint32_t>(info.size);
+  return entry.readAll(content_.reserve(size), size) ? Reason::None : entry.failure();
 }
 
 // Writes the content to a file, after readWhole().
@@ -184,7 +191,8 @@ Reason Extractor::writeContent(OpenEntry& entry, HANDLE file) {
     const Reason copied = copyPieces(entry, append);
     return reason == Reason::None ? copied : reason;
   }
-  if (append(content_.reserve(info.size), info.size) && !progress_.advance(info.size)) {
+  const auto size = static_cast<std::size_t>(info.size);
+  if (append(content_.reserve(size), size) && !progress_.advance(size)) {
     return Reason::Cancelled;
   }
   return reason;

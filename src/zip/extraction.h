@@ -41,8 +41,8 @@ class Extractor {
                       FileSystem::ExistingFiles existing, std::uint64_t id);
   // Creates the folder that the entry is, and those on the way to it, in the same way.
   FileSystem::Reason createFolder(const std::string& target, std::size_t prefixLength);
-  // Reads the entry. `bytes` is unchanged if it cannot be opened, and empty if its data are
-  // damaged or too large for the memory.
+  // Reads the entry. `bytes` is unchanged if it cannot be opened, or has more than 4 GiB - 1 bytes
+  // (Reason::TooLarge), and empty if its data are damaged or too large for the memory.
   FileSystem::Reason toBytes(std::vector<unsigned char>& bytes);
   // Passes the content on piece by piece. `sink` returns false on failure, for which the result is
   // Reason::Cancelled.

@@ -64,7 +64,6 @@ class Check {
       return fail(path, FileSystem::Detail::reasonOfError(GetLastError(), Reason::ReadFailed));
     }
     const std::uint64_t size = std::uint64_t{data.nFileSizeHigh} << 32 | data.nFileSizeLow;
-    if (size >= kTooManyBytes) return fail(path, Reason::TooLarge);
     if (storedName(FileSystem::subPath(base_, path)).size() > kLongestName) {
       return fail(path, Reason::NameTooLong);
     }

@@ -86,6 +86,12 @@ TEST_F(Archive, AppendsToArchivesOfOtherPrograms) {
   const Entries theirs{
       {"in/deep/file.txt", repetitiveText(5000)}, {"in/random", noise(3000, 3)}, {"in/empty", ""}};
   for (const auto& [name, content] : theirs) support::writeFile(folder_.file(name), content);
+  support::writeFile(folder_.file("stream.py"), R"(
+import sys, zipfile
+with zipfile.ZipFile(sys.stdout.buffer, "w", 8) as z:
+    for name in "in/deep/file.txt", "in/random", "in/empty":
+        with z.open(name, "w", force_zip64=True) as entry: entry.write(open(name, "rb").read())
+)");
   struct {
     const char* name;
     const char* command;
@@ -109,6 +115,7 @@ TEST_F(Archive, AppendsToArchivesOfOtherPrograms) {
        "b\"PK\\5\\6\";"
        " [z.write(n) for n in (\"in/deep/file.txt\", \"in/random\", \"in/empty\")]; z.close()'",
        true, "PK\5\6"},
+      {"zipfile with zip64 fields to a pipe", "python3 stream.py | cat >a.zip"},
       {"prefix", "zip -qr b.zip in && cat in/random b.zip >a.zip && rm b.zip"},
       {"prefix with mended offsets",
        "zip -qr b.zip in && cat in/random b.zip >a.zip && zip -qA a.zip; rm b.zip"},

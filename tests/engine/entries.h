@@ -30,7 +30,8 @@ inline std::string repetitiveText(std::size_t size) {
 }
 
 inline bool addEntry(ZipWriter* writer, const std::string& name, const std::string& content,
-                     const char* password = nullptr, int level = ZipLevelDefault) {
+                     const char* password = nullptr, int level = ZipLevelDefault,
+                     bool isSizeKnown = true) {
   ZipNewEntryInfo info{};
   info.date = {.second = 3, .minute = 3, .hour = 4, .day = 5, .month = 6, .year = 2021};
   info.internalAttributes = 1;
@@ -38,6 +39,7 @@ inline bool addEntry(ZipWriter* writer, const std::string& name, const std::stri
   constexpr char kLocalExtra[] = "\x34\x12\1\0L";
   constexpr char kCentralExtra[] = "\x34\x12\1\0C";
   const std::uint32_t crc = ZipCrc32(0, content.data(), static_cast<std::uint32_t>(content.size()));
+  if (isSizeKnown) ZipSetSize(writer, content.size());
   if (ZipOpenNewEntry(writer, name.c_str(), &info, kLocalExtra, 5, kCentralExtra, 5, "note",
                       ZipMethodDeflate, level, 0, -15, 8, 0, password, crc) != 0) {
     return false;

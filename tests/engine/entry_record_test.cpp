@@ -4,20 +4,63 @@
 
 #include "zip/engine/container/central_directory.h"
 #include "zip/engine/container/end_record.h"
+#include "zip/engine/container/local_header.h"
 
 using namespace zip_engine;
 
-TEST(EntryRecord, HasOffsetsPastFourGigabytes) {
-  for (const std::uint64_t offset : {0xFFFF'FFFEULL, 0xFFFF'FFFFULL, 5ULL << 30}) {
+// The zip64 block has those values alone that need it.
+TEST(EntryRecord, HasValuesPastFourGigabytes) {
+  constexpr struct {
+    std::uint64_t uncompressed, compressed, offset;
+    int values;
+  } kRows[] = {{0xFFFF'FFFE, 0xFFFF'FFFE, 0xFFFF'FFFE, 0},
+               {7, 7, 0xFFFF'FFFF, 1},
+               {7, 7, 5ULL << 30, 1},
+               {5ULL << 30, 7, 7, 1},
+               {7, 5ULL << 30, 7, 1},
+               {5ULL << 30, 7, 6ULL << 30, 2},
+               {0xFFFF'FFFF, 1ULL << 62, 6ULL << 30, 3}};
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(&row - kRows);
     CentralDirectory directory;
     EntryRecord record;
-    record.compressedSize = 7;
-    appendCentralRecord(directory.blob, record, offset);
-    EXPECT_EQ(recordAt(directory, 0).localOffset, offset);
-    EXPECT_EQ(recordAt(directory, 0).compressedSize, 7U);
-    EXPECT_EQ(recordAt(directory, 0).versionNeeded(), offset < 0xFFFF'FFFF ? 10 : 45);
-    EXPECT_EQ(recordAt(directory, 0).size(), directory.blob.size());
+    record.uncompressedSize = row.uncompressed;
+    record.compressedSize = row.compressed;
+    record.centralExtra = {0x34, 0x12, 1, 0, 'C'};
+    appendCentralRecord(directory.blob, record, row.offset);
+    const CentralRecord central = recordAt(directory, 0);
+    EXPECT_EQ(central.uncompressedSize, row.uncompressed);
+    EXPECT_EQ(central.compressedSize, row.compressed);
+    EXPECT_EQ(central.localOffset, row.offset);
+    EXPECT_EQ(central.versionNeeded(), row.values == 0 ? 10 : 45);
+    EXPECT_EQ(central.extraLength(), 5 + (row.values == 0 ? 0 : 4 + 8 * row.values));
+    EXPECT_EQ(central.size(), directory.blob.size());
   }
+}
+
+TEST(EntryRecord, LocalHeadersAndDescriptorsHaveSizesOf64Bits) {
+  EntryRecord record;
+  record.uncompressedSize = 5ULL << 30;
+  record.compressedSize = 7;
+  record.hasZip64 = true;
+  record.name = "n";
+  record.localExtra = {0x34, 0x12, 1, 0, 'L'};
+  Bytes bytes;
+  appendLocalHeader(bytes, record);
+  const LocalHeader header{bytes.data()};
+  ASSERT_EQ(header.size(), bytes.size());
+  EXPECT_EQ(header.versionNeeded(), 45);
+  EXPECT_EQ(header.compressedSize(), 0xFFFF'FFFF);
+  EXPECT_EQ(header.uncompressedSize(), 0xFFFF'FFFF);
+  ASSERT_EQ(header.extraLength(), 25);
+  EXPECT_EQ(load32(header.extra()), 0x0010'0001U);
+  EXPECT_EQ(load64(header.extra() + 4), 5ULL << 30);
+  EXPECT_EQ(load64(header.extra() + 12), 7U);
+  bytes.clear();
+  appendDescriptor(bytes, record);
+  ASSERT_EQ(bytes.size(), 24U);
+  EXPECT_EQ(load64(&bytes[8]), 7U);
+  EXPECT_EQ(load64(&bytes[16]), 5ULL << 30);
 }
 
 TEST(EntryRecord, LargeValuesNeedTheZip64EndRecord) {

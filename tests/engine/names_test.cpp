@@ -26,8 +26,8 @@ std::string archiveOf(EntryRecord local, EntryRecord central) {
   const std::string content = "content";
   Bytes bytes;
   for (EntryRecord* record : {&local, &central}) {
-    record->compressedSize = record->uncompressedSize = static_cast<std::uint32_t>(content.size());
-    record->crc = ZipCrc32(0, content.data(), record->uncompressedSize);
+    record->compressedSize = record->uncompressedSize = content.size();
+    record->crc = ZipCrc32(0, content.data(), static_cast<std::uint32_t>(content.size()));
   }
   appendLocalHeader(bytes, local);
   bytes.insert(bytes.end(), content.begin(), content.end());

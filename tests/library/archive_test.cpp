@@ -111,7 +111,50 @@ open("a.zip", "wb").write(data))");
   EXPECT_EQ(entry.size, std::uint64_t{5} << 30);
   EXPECT_EQ(entry.storedSize, std::uint64_t{6} << 30);
   std::vector<unsigned char> bytes;
-  EXPECT_EQ(archive.readAll(entry, bytes), Reason::TooLarge);
+  EXPECT_EQ(archive.readAll(entry, bytes), Reason::Damaged);
+}
+
+// A stored entry of zeros, which are a hole in the file.
+TEST_F(ArchiveReading, EntriesOfMoreThanFourGigabytes) {
+  if (!support::fileSystem().largeFiles) GTEST_SKIP() << "no sparse files here";
+  constexpr std::uint64_t kSize = (std::uint64_t{4} << 30) + 5;
+  python(R"(
+f = open("a.zip", "wb")
+z = zipfile.ZipFile(f, "w")
+z.writestr("before", "1")
+hole = zipfile.ZipInfo("hole")
+hole.file_size = hole.compress_size = (4 << 30) + 5
+hole.CRC = 0xb1c2a1a3
+hole.header_offset = f.tell()
+f.write(hole.FileHeader(zip64=True))
+f.seek(hole.file_size, 1)
+z.start_dir = f.tell()
+z.filelist.append(hole)
+z.writestr("after", "2")
+z.close())");
+  {
+    Archive archive;
+    expectOpen(archive);
+    ASSERT_EQ(archive.entries().size(), 3U);
+    const Entry hole = archive.entries()[1];
+    EXPECT_EQ(hole.size, kSize);
+    EXPECT_EQ(hole.storedSize, kSize);
+    for (const ItemResult& item : archive.test(archive.entries()).items) {
+      EXPECT_EQ(item.reason, Reason::None) << item.name;
+    }
+    std::vector<unsigned char> bytes;
+    EXPECT_EQ(archive.readAll(hole, bytes), Reason::TooLarge);
+    EXPECT_EQ(archive.unusedBytes(), 0U);
+  }
+  EXPECT_EQ(writable().insert(bytesOf("3"), "added", "", 0), 1);
+  const char* const kOthers =
+      "python3 -c 'import zipfile; z = zipfile.ZipFile(\"a.zip\");"
+      " print([(n, z.read(n)) for n in z.namelist() if n != \"hole\"])'";
+  const std::string others = "[('before', b'1'), ('after', b'2'), ('added', b'3')]\n";
+  EXPECT_EQ(support::outputOf(folder_.path(), kOthers), others);
+  EXPECT_EQ(writable().remove("hole"), 1);
+  EXPECT_EQ(support::outputOf(folder_.path(), kOthers), others);
+  EXPECT_LT(std::filesystem::file_size(path_), 1000U);
 }
 
 TEST_F(ArchiveReading, OpeningSaysWhyItFails) {

@@ -26,7 +26,12 @@
 
 namespace {
 
+using FileSystem::Archive;
+using FileSystem::ArchiveChange;
+using FileSystem::Options;
+
 constexpr std::size_t kMegabyte = 1 << 20;
+constexpr std::uint64_t kMoreThanFourGigabytes = (std::uint64_t{4} << 30) + 5;
 
 // In KiB.
 constexpr long kInsertLimit = 16 << 10;
@@ -235,6 +240,45 @@ TEST_F(MemoryLimits, OtherMethodsHoldTheirWindow) {
         });
     ASSERT_EQ(std::filesystem::file_size(folder_.file("out")), 200 * kMegabyte);
   }
+}
+
+// Zeros, which take little space in files and archives.
+TEST_F(MemoryLimits, EntriesOfMoreThanFourGigabytesNeedNoMore) {
+  if (!support::fileSystem().largeFiles) GTEST_SKIP() << "no sparse files here";
+  support::writeFile(folder_.file("large"), "");
+  std::filesystem::resize_file(folder_.file("large"), kMoreThanFourGigabytes);
+  expectBelow(kInsertLimit, "insert a large file", [&] {
+    ArchiveChange change;
+    change.insertFile(folder_.file("large"), "file");
+    change.insertBytes({'x'}, "small");
+    return static_cast<bool>(change.apply(archive_.c_str()));
+  });
+  expectBelow(kInsertLimit, "insert as much from a source", [&] {
+    std::uint64_t left = kMoreThanFourGigabytes;
+    ArchiveChange change;
+    change.insertFrom(
+        [&](unsigned char* buffer, std::size_t size) {
+          const std::size_t count = static_cast<std::size_t>(std::min<std::uint64_t>(left, size));
+          std::fill_n(buffer, count, static_cast<unsigned char>(0));
+          left -= count;
+          return static_cast<std::ptrdiff_t>(count);
+        },
+        "source");
+    return static_cast<bool>(change.apply(archive_.c_str()));
+  });
+  expectBelow(kInsertLimit, "remove another entry", [&] {
+    ArchiveChange change;
+    change.remove("small");
+    return static_cast<bool>(change.apply(archive_.c_str()));
+  });
+  expectBelow(kInsertLimit, "test both", [&] {
+    Archive archive;
+    if (archive.open(archive_.c_str()) != FileSystem::Reason::None) return false;
+    for (const FileSystem::Entry& entry : archive.entries()) {
+      if (entry.size != kMoreThanFourGigabytes || entry.crc != 0xb1c2a1a3) return false;
+    }
+    return archive.entries().size() == 2 && archive.test(archive.entries());
+  });
 }
 
 }  // namespace

@@ -45,21 +45,6 @@ class PackingOnLinux : public Zip {
   std::string before_;
 };
 
-// The size is known before a byte is read: this would take minutes.
-TEST_F(PackingOnLinux, LargeFile) {
-  if (!support::fileSystem().largeFiles) GTEST_SKIP() << "no sparse files here";
-  const std::string large = folder_.file("in/z");
-  support::writeFile(large, "");
-  ASSERT_EQ(truncate(large.c_str(), off_t{5} << 30), 0);
-  EXPECT_FALSE(pack());
-  EXPECT_EQ(reported(Reason::TooLarge), "z");
-  EXPECT_TRUE(isUnchanged());
-  // The entries before it are in the archive.
-  EXPECT_FALSE(FRT_ZIP_FOLDER(in_.c_str(), path_.c_str()));
-  EXPECT_EQ(support::run(folder_.path(), "7z t a.zip"), 0);
-  EXPECT_EQ(readable().exist("old"), 0);
-}
-
 TEST_F(PackingOnLinux, LongPaths) {
   std::string deep = "in";
   for (int i = 0; i < 60; ++i) deep += "/level-" + std::to_string(i);

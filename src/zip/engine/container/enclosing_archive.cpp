@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "zip/engine/container/extra_field.h"
 #include "zip/engine/container/local_header.h"
 #include "zip/engine/reading/read_ahead.h"
 
@@ -15,15 +16,22 @@ constexpr int kMostHeaders = 1 << 16;
 // are stored.
 constexpr std::uint64_t kWindow = 192 << 10;
 
-bool hasUnknownSize(const LocalHeader& header) {
-  return header.compressedSize() == kSaturated32 ||
-         ((header.flags() & kFlagDescriptor) != 0 && header.compressedSize() == 0);
+// Returns the size of an entry's data. It is kNoSize if the header, which is whole, does not have
+// it.
+std::uint64_t dataSizeOf(const LocalHeader& header) {
+  std::uint64_t compressed = header.compressedSize();
+  std::uint64_t uncompressed = header.uncompressedSize();
+  if (compressed == kSaturated32) {
+    readZip64(header.extra(), header.extraLength(), {&uncompressed, &compressed});
+  }
+  const bool isLater = (header.flags() & kFlagDescriptor) != 0 && compressed == 0;
+  return isLater || compressed == kSaturated32 ? kNoSize : compressed;
 }
 
-// Reports whether the data of an entry includes the position.
+// Reports whether the data of an entry includes the position. All bytes before that can be read.
 bool includes(const LocalHeader& header, std::uint64_t start, std::uint64_t position) {
   const std::uint64_t data = start + header.size();
-  return data <= position && (hasUnknownSize(header) || position - data < header.compressedSize());
+  return data <= position && position - data < dataSizeOf(header);
 }
 
 // Follows the entries of an archive that begins with the file. Returns false only if its directory
@@ -35,12 +43,14 @@ bool startsWithEnclosing(const ArchiveFile& file, std::uint64_t base) {
     unsigned char bytes[kLocalSize];
     if (base - position < sizeof(bytes)) return count != 0;
     if (!readAhead.readAt(file, position, bytes, sizeof(bytes))) return true;
-    const LocalHeader header{bytes};
-    if (!header.isValid()) return count != 0 && load32(bytes) != kCentralSignature;
-    if (hasUnknownSize(header)) return true;
-    const std::uint64_t next = position + header.size() + header.compressedSize();
-    if (next > base) return true;
-    position = next;
+    if (load32(bytes) != kLocalSignature) return count != 0 && load32(bytes) != kCentralSignature;
+    Bytes whole(LocalHeader{bytes}.size());
+    if (whole.size() > base - position) return true;
+    if (!readAhead.readAt(file, position, whole.data(), whole.size())) return true;
+    position += whole.size();
+    const std::uint64_t size = dataSizeOf({whole.data()});
+    if (size > base - position) return true;
+    position += size;
   }
   return true;
 }

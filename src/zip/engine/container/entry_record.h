@@ -17,8 +17,11 @@ struct EntryRecord {
   std::uint16_t method = 0;
   std::uint32_t dosDate = 0;
   std::uint32_t crc = 0;
-  std::uint32_t compressedSize = 0;
-  std::uint32_t uncompressedSize = 0;
+  std::uint64_t compressedSize = 0;
+  std::uint64_t uncompressedSize = 0;
+  // True if the local header has the sizes in a zip64 block, and a descriptor has them in 64 bits.
+  // Needed if one of them is 4 GiB - 1 or more.
+  bool hasZip64 = false;
   std::uint16_t internalAttributes = 0;
   std::uint32_t externalAttributes = 0;
   std::string name;
@@ -27,8 +30,15 @@ struct EntryRecord {
   std::string comment;
 };
 
-// Bytes that a record's extra field grows by if the entry lies beyond 4 GiB.
+// Bytes that the extra field of a central record grows by if the entry lies beyond 4 GiB, and those
+// that the two extra fields of one with `hasZip64` grow by at most.
 inline constexpr std::size_t kZip64OffsetBlock = 12;
+inline constexpr std::size_t kZip64LocalBlock = 20;
+inline constexpr std::size_t kZip64CentralBlock = 28;
+
+inline bool needsZip64(std::uint64_t compressedSize, std::uint64_t uncompressedSize) {
+  return compressedSize >= kSaturated32 || uncompressedSize >= kSaturated32;
+}
 
 void appendLocalHeader(Bytes& out, const EntryRecord& record);
 // The data descriptor, which follows the data.

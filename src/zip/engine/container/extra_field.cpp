@@ -30,9 +30,10 @@ void readZip64(const unsigned char* extra, std::size_t size,
   if (!block) return;
   std::size_t at = 0;
   for (std::uint64_t* const value : values) {
-    if (*value != kSaturated32 || block->size - at < 8) continue;
-    *value = load64(block->data + at);
-    at += 8;
+    if (*value != kSaturated32) continue;
+    const bool isThere = block->size - at >= 8;
+    *value = isThere ? load64(block->data + at) : kNoSize;
+    if (isThere) at += 8;
   }
 }
 

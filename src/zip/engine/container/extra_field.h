@@ -19,9 +19,13 @@ std::optional<ExtraBlock> findExtraBlock(const unsigned char* extra, std::size_t
                                          std::uint16_t id);
 
 // Replaces those values that are 0xFFFFFFFF by the values of the zip64 block, which has just these,
-// in the order of the list.
+// in the order of the list. A value that the block lacks becomes kNoSize. Without a block they
+// remain.
 void readZip64(const unsigned char* extra, std::size_t size,
                std::initializer_list<std::uint64_t*> values);
+
+// More than any file has.
+inline constexpr std::uint64_t kNoSize = UINT64_MAX;
 
 // Returns the extra field without its zip64 block. Bytes that are no block are kept.
 Bytes withoutZip64(const unsigned char* extra, std::size_t size);

@@ -102,7 +102,7 @@ bool EntryData::readDecoded(unsigned char* out, std::size_t size) {
     return true;
   }
   // Deflate hardly makes data larger. False sizes are found in small steps.
-  const bool isPossible = storedLeft_ <= plainLeft_ + kInputBlock;
+  const bool isPossible = storedLeft_ <= kInputBlock || storedLeft_ - kInputBlock <= plainLeft_;
   const bool fits = size == plainLeft_ && storedLeft_ <= ZipLargestInflatedAtOnce;
   if (isPossible && fits) return decodeWhole(out);
   if (isPossible && plainLeft_ <= kSmall) {

@@ -11,17 +11,17 @@ constexpr int kReadable = 0;
 // Reports whether stored bytes can have that many plain ones.
 bool isPossibleSize(std::uint16_t method, std::uint64_t stored, std::uint64_t plain) {
   if (method == ZipMethodStored) return stored == plain;
-  // One deflated byte inflates to at most 1,032: four times two codes of one bit, for 258 bytes.
-  if (method == ZipMethodDeflate) return plain <= stored * 1032;
+  if (method == ZipMethodDeflate) {
+    // One deflated byte inflates to at most 1,032: four times two codes of one bit, for 258 bytes.
+    constexpr std::uint64_t kMost = 1032;
+    return plain / kMost + (plain % kMost != 0 ? 1 : 0) <= stored;
+  }
   // A bzip2 stream of a few bytes can have a megabyte of them.
   return stored != 0 || plain == 0;
 }
 
 // `method` is the one inside the encryption, `overhead` the bytes that the encryption adds.
 int checkSizes(const CentralRecord& record, std::uint16_t method, std::uint64_t overhead) {
-  if (record.compressedSize > kSaturated32 || record.uncompressedSize > kSaturated32) {
-    return ZipStatusTooLargeToRead;
-  }
   if (record.compressedSize < overhead) return ZipStatusDamaged;
   const std::uint64_t payload = record.compressedSize - overhead;
   return isPossibleSize(method, payload, record.uncompressedSize) ? kReadable : ZipStatusDamaged;
@@ -60,10 +60,6 @@ int checkReadable(const CentralRecord& record, const char* password) {
   if (isEncrypted(record) && password == nullptr) return ZipStatusNoPassword;
   if (aes) return checkSizes(record, method, aes->headerSize() + kAesCodeSize);
   return checkSizes(record, method, isEncrypted(record) ? kEncryptionHeaderSize : 0);
-}
-
-int checkRawSize(const CentralRecord& record) {
-  return record.compressedSize > kSaturated32 ? ZipStatusTooLargeToRead : kReadable;
 }
 
 EntryLayout layoutOf(const CentralRecord& record, std::uint64_t position, bool raw,

@@ -18,10 +18,9 @@ std::uint32_t encryptionOf(const CentralRecord& record);
 // The compression method, inside an encryption with AES.
 std::uint16_t innerMethodOf(const CentralRecord& record);
 
-// Return the status of opening the entry, as far as its record shows it. `password` is null for
+// Returns the status of opening the entry, as far as its record shows it. `password` is null for
 // none.
 int checkReadable(const CentralRecord& record, const char* password);
-int checkRawSize(const CentralRecord& record);
 
 // `position` is that of the stored bytes.
 EntryLayout layoutOf(const CentralRecord& record, std::uint64_t position, bool raw,

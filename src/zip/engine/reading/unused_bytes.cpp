@@ -25,9 +25,10 @@ std::uint64_t beforeDirectory(const ArchiveFile& file, const CentralDirectory& d
   if (directory.blob.empty()) return 0;
   const CentralRecord last = lastEntry(directory);
   // The sums of a damaged archive may exceed 64 bits.
-  if (last.localOffset > directory.position || last.compressedSize > directory.position) return 0;
+  if (last.localOffset > directory.position - directory.base) return 0;
   unsigned char bytes[kLocalSize];
   const std::uint64_t start = directory.base + last.localOffset;
+  if (last.compressedSize > directory.position - start) return 0;
   if (!file.readAt(start, bytes, sizeof(bytes)) || load32(bytes) != kLocalSignature) return 0;
   const std::uint64_t used =
       start + LocalHeader{bytes}.size() + last.compressedSize + kLongestDescriptor;

@@ -36,8 +36,9 @@ EntryRecord recordOf(const CentralRecord& central, const LocalEntry& local) {
           .method = central.method(),
           .dosDate = central.dosDate(),
           .crc = central.crc(),
-          .compressedSize = static_cast<std::uint32_t>(central.compressedSize),
-          .uncompressedSize = static_cast<std::uint32_t>(central.uncompressedSize),
+          .compressedSize = central.compressedSize,
+          .uncompressedSize = central.uncompressedSize,
+          .hasZip64 = needsZip64(central.compressedSize, central.uncompressedSize),
           .internalAttributes = central.internalAttributes(),
           .externalAttributes = central.externalAttributes(),
           .name = std::string(central.name()),
@@ -54,7 +55,8 @@ int copyEntry(Transaction& archive, EntryRecord& record, ZipReader& from,
       (record.flags & kFlagDescriptor) != 0 && (record.flags & kFlagEncrypted) != 0;
   EntryRecord local = record;
   if (descriptor) {
-    local.crc = local.compressedSize = local.uncompressedSize = 0;
+    local.crc = 0;
+    local.compressedSize = local.uncompressedSize = 0;
   } else {
     record.flags &= static_cast<std::uint16_t>(~kFlagDescriptor);
     local.flags = record.flags;

@@ -49,9 +49,6 @@ int ZipCopyEntry(ZipWriter* writer, ZipReader* reader,
   CentralRecord central;
   const LocalEntry* const local = readCurrent(*reader, central);
   if (local == nullptr || !local->hasSumsOf(central)) return ZipStatusDamagedSource;
-  if (central.compressedSize >= kSaturated32 || central.uncompressedSize >= kSaturated32) {
-    return ZipStatusTooLarge;
-  }
   EntryRecord record = recordOf(central, *local);
   if (!fitsFields(record, 0)) return ZipStatusTooLarge;
   const std::uint64_t start = writer->archive.position();

@@ -10,7 +10,7 @@
 namespace zip_engine {
 namespace {
 
-// Plain data up to this size is deflated in one piece.
+// Plain data up to this size is deflated in one piece, and needs no zip64 block.
 constexpr std::size_t kGatherLimit = 4 << 20;
 
 // A part that deflate cannot shrink grows by five bytes for each 64 KB. The header of its entry may
@@ -132,7 +132,7 @@ bool NewEntry::deflatePart(Bytes& buffer, bool last) {
 // Counts and encrypts the last `size` bytes of the archive's buffer.
 bool NewEntry::stored(std::size_t size) {
   stored_ += size;
-  if (stored_ >= kSaturated32) return false;
+  if (isTooLarge()) return false;
   Bytes& buffer = archive_.buffer();
   encrypt(buffer.data() + (buffer.size() - size), size);
   return archive_.flushIfLarge();
@@ -145,14 +145,29 @@ bool NewEntry::write(const unsigned char* data, std::size_t size) {
 
 bool NewEntry::add(const unsigned char* data, std::size_t size) {
   plain_ += size;
-  if (plain_ >= kSaturated32) return false;
+  if (isTooLarge()) return false;
   if (!raw_) crc_ = crc32(crc_, data, size);
-  if (raw_ || method_->isStored()) {
-    if (!begun_) beginData();
-    Bytes& buffer = archive_.buffer();
-    buffer.insert(buffer.end(), data, data + size);
-    return stored(size);
+  return raw_ || method_->isStored() ? store(data, size) : gather(data, size);
+}
+
+// Writes bytes unchanged. Before the header, which they follow, it is found out whether it needs a
+// zip64 block.
+bool NewEntry::store(const unsigned char* data, std::size_t size) {
+  if (!begun_ && record_.hasZip64 && gathered_.size() + size <= kGatherLimit) {
+    return gather(data, size);
   }
+  if (!begun_) {
+    beginData();
+    const Bytes gathered = std::exchange(gathered_, {});
+    if (!gathered.empty() && !store(gathered.data(), gathered.size())) return false;
+  }
+  Bytes& buffer = archive_.buffer();
+  buffer.insert(buffer.end(), data, data + size);
+  return stored(size);
+}
+
+// Keeps the bytes, and encodes each part of them that is complete.
+bool NewEntry::gather(const unsigned char* data, std::size_t size) {
   // Data that come in blocks get all their memory in one allocation, so that no smaller one is left
   // in the heap.
   if (!gathered_.empty()) gathered_.reserve(kGatherLimit);
@@ -170,10 +185,9 @@ bool NewEntry::add(const unsigned char* data, std::size_t size) {
 bool NewEntry::finish() {
   if (failed_ || raw_ || hasWrongCrc()) return false;
   record_.crc = aes_ ? 0 : crc_;
-  record_.uncompressedSize = static_cast<std::uint32_t>(plain_);
-  if (!method_->isStored()) return begun_ ? encodePart(true) && complete() : finishGathered();
-  if (!begun_) beginData();
-  return complete();
+  record_.uncompressedSize = plain_;
+  if (!begun_) return finishGathered();
+  return (method_->isStored() || encodePart(true)) && complete();
 }
 
 bool NewEntry::finishRaw(std::uint32_t uncompressedSize, std::uint32_t crc) {
@@ -187,13 +201,11 @@ bool NewEntry::finishRaw(std::uint32_t uncompressedSize, std::uint32_t crc) {
 // All plain data are in memory: encodes them after the header, or stores them if that does not make
 // them smaller.
 bool NewEntry::finishGathered() {
+  record_.hasZip64 = false;
   beginData();
   Bytes& buffer = archive_.buffer();
   const std::size_t dataStart = buffer.size();
-  const bool isSmaller = encoder_ != nullptr ? encodeGathered(buffer)
-                                             : deflater_.appendSmaller(buffer, gathered_.data(),
-                                                                       gathered_.size(), level_);
-  if (!isSmaller) {
+  if (method_->isStored() || !appendSmaller(buffer)) {
     setMethod(*findMethod(ZipMethodStored));
     buffer.resize(dataStart);
     buffer.insert(buffer.end(), gathered_.begin(), gathered_.end());
@@ -201,8 +213,12 @@ bool NewEntry::finishGathered() {
   return stored(buffer.size() - dataStart) && complete();
 }
 
-// Returns false if the encoded bytes, whatever they are, cannot be used.
-bool NewEntry::encodeGathered(Bytes& out) {
+// Appends the gathered data encoded. Returns false if the encoded bytes, whatever they are, cannot be
+// used.
+bool NewEntry::appendSmaller(Bytes& out) {
+  if (encoder_ == nullptr) {
+    return deflater_.appendSmaller(out, gathered_.data(), gathered_.size(), level_);
+  }
   const std::size_t start = out.size();
   return encoder_->begin(level_, gathered_.size()) && encoder_->append(out, gathered_, true) &&
          out.size() - start < gathered_.size();
@@ -214,16 +230,19 @@ bool NewEntry::complete() {
     unsigned char code[kAesCodeSize];
     aes_->writeCode(code);
     stored_ += sizeof(code);
-    if (stored_ >= kSaturated32 || !archive_.append(code, sizeof(code))) return false;
+    if (isTooLarge() || !archive_.append(code, sizeof(code))) return false;
   }
   return patchHeader();
 }
 
 // The sizes and the CRC are in the local header, or else in the descriptor.
 bool NewEntry::patchHeader() {
-  record_.compressedSize = static_cast<std::uint32_t>(stored_);
+  record_.compressedSize = stored_;
   EntryRecord local = record_;
-  if (hasDescriptor()) local.crc = local.compressedSize = local.uncompressedSize = 0;
+  if (hasDescriptor()) {
+    local.crc = 0;
+    local.compressedSize = local.uncompressedSize = 0;
+  }
   Bytes header;
   appendLocalHeader(header, local);
   if (!archive_.patch(start_, header.data(), header.size())) return false;

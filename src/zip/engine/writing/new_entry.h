@@ -36,7 +36,8 @@ struct NewEntryOptions {
 
 class NewEntry {
  public:
-  // Begins at the transaction's position.
+  // Begins at the transaction's position. If the record has a zip64 block, the entry gets it unless
+  // it turns out to be small.
   NewEntry(Transaction& archive, Encoders& encoders, EntryRecord record,
            const NewEntryOptions& options);
 
@@ -46,8 +47,8 @@ class NewEntry {
   bool finish();
   bool finishRaw(std::uint32_t uncompressedSize, std::uint32_t crc);
 
-  // True if a failure is that of an entry that the format has no sizes for.
-  bool isTooLarge() const { return plain_ >= kSaturated32 || stored_ >= kSaturated32; }
+  // True if a failure is that of an entry that its local header has no space for the sizes of.
+  bool isTooLarge() const { return !record_.hasZip64 && needsZip64(stored_, plain_); }
 
   // True if the content was not the one whose CRC was passed.
   bool hasWrongCrc() const {
@@ -65,9 +66,11 @@ class NewEntry {
   void beginData();
   bool add(const unsigned char* bytes, std::size_t size);
   bool stored(std::size_t size);
+  bool gather(const unsigned char* bytes, std::size_t size);
+  bool store(const unsigned char* bytes, std::size_t size);
   bool encodePart(bool last);
   bool deflatePart(Bytes& out, bool last);
-  bool encodeGathered(Bytes& out);
+  bool appendSmaller(Bytes& out);
   bool finishGathered();
   bool complete();
   bool patchHeader();

@@ -24,15 +24,16 @@ constexpr std::uint64_t kPage = 4096;
 constexpr std::uint64_t kLargestGap = 1 << 20;
 
 // Moves the entries of central records that appendCentralRecord wrote. An offset that was written
-// in 64 bits stays there.
+// in 64 bits stays there, as the last value of the first extra block.
 void moveOffsets(Bytes& records, std::uint64_t distance) {
   constexpr std::size_t kOffset = 42;
   for (std::size_t at = 0; at < records.size();) {
     unsigned char* const record = records.data() + at;
     const std::uint16_t nameLength = load16(record + 28);
-    unsigned char* const far = record + kCentralSize + nameLength + 4;
     const std::uint32_t near = load32(record + kOffset);
     if (near == kSaturated32) {
+      unsigned char* const block = record + kCentralSize + nameLength;
+      unsigned char* const far = block + 4 + load16(block + 2) - 8;
       store64(far, load64(far) - distance);
     } else {
       store32(record + kOffset, static_cast<std::uint32_t>(near - distance));

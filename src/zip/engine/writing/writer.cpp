@@ -45,6 +45,13 @@ void setName(EntryRecord& record, const char* name, bool withSlashes) {
   }
 }
 
+// Reports whether the content, if its size is known, may have more bytes than 32 bits count, plain
+// or stored. Encryption adds some, and so does deflate to what it cannot shrink.
+bool mayNeedZip64(const std::optional<std::uint64_t>& size) {
+  constexpr std::uint64_t kMostAdded = 1 << 20;
+  return !size || *size >= kSaturated32 - kMostAdded;
+}
+
 int statusOf(const NewEntry& entry, bool succeeded) {
   if (succeeded) return kSuccess;
   if (entry.isTooLarge()) return ZipStatusTooLarge;
@@ -105,6 +112,10 @@ void ZipSetUnknownCrc(ZipWriter* writer, int isUnknown) {
   if (writer != nullptr) writer->knowsCrc = isUnknown == 0;
 }
 
+void ZipSetSize(ZipWriter* writer, std::uint64_t size) {
+  if (writer != nullptr) writer->nextSize = size;
+}
+
 void ZipSetAllOrNone(ZipWriter* writer) {
   if (writer != nullptr) writer->isAllOrNone = true;
 }
@@ -116,13 +127,18 @@ int ZipOpenNewEntry(ZipWriter* writer, const char* name, const ZipNewEntryInfo* 
                     std::uint32_t crc) {
   if (writer == nullptr || name == nullptr || *name == '\0') return kFailure;
   writer->dropOpen();
+  const std::optional<std::uint64_t> size = std::exchange(writer->nextSize, std::nullopt);
   EntryRecord record;
   record.comment = comment == nullptr ? "" : comment;
   record.localExtra = bytesOf(localExtra, localExtraLength);
   record.centralExtra = bytesOf(centralExtra, centralExtraLength);
   setName(record, name, writer->usesSlashes);
   const bool isAes = password != nullptr && writer->usesAes;
-  if (record.name.empty() || !fitsFields(record, isAes ? kAesExtraSize : 0)) return kFailure;
+  const std::size_t added = isAes ? kAesExtraSize : 0;
+  record.hasZip64 = raw == 0 && mayNeedZip64(size);
+  // Without space for the block the entry has to be smaller.
+  if (!fitsFields(record, added)) record.hasZip64 = false;
+  if (record.name.empty() || !fitsFields(record, added)) return kFailure;
   if (raw == 0 && !isWritableMethod(static_cast<std::uint32_t>(method))) return kFailure;
   if (level < ZipLevelDefault || level > 9) return kFailure;
   record.method = static_cast<std::uint16_t>(method);

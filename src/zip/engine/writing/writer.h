@@ -20,9 +20,11 @@ inline constexpr std::size_t kLongestField = 0xFFFF;
 // Reports whether the lengths of the variable fields can be written, with `added` more bytes in the
 // extra fields.
 inline bool fitsFields(const EntryRecord& record, std::size_t added) {
+  const std::size_t local = record.hasZip64 ? kZip64LocalBlock : 0;
+  const std::size_t central = record.hasZip64 ? kZip64CentralBlock : kZip64OffsetBlock;
   return record.name.size() <= kLongestField && record.comment.size() <= kLongestField &&
-         record.localExtra.size() <= kLongestField - added &&
-         record.centralExtra.size() <= kLongestField - kZip64OffsetBlock - added;
+         record.localExtra.size() <= kLongestField - local - added &&
+         record.centralExtra.size() <= kLongestField - central - added;
 }
 
 // The central records of an archive that stay in it.
@@ -41,10 +43,11 @@ struct ZipWriter {
 
   zip_engine::Transaction archive;
   int mode = ZipModeAppend;
-  bool usesAes = false;      // for entries with a password
-  bool usesSlashes = false;  // in the names of new entries
-  bool knowsCrc = true;      // of new entries with the traditional encryption
-  bool isAllOrNone = false;  // at the commit
+  bool usesAes = false;                   // for entries with a password
+  bool usesSlashes = false;               // in the names of new entries
+  bool knowsCrc = true;                   // of new entries with the traditional encryption
+  bool isAllOrNone = false;               // at the commit
+  std::optional<std::uint64_t> nextSize;  // of the content of the next new entry
   zip_engine::Encoders encoders;
   std::optional<zip_engine::NewEntry> entry;
   std::optional<zip_engine::KeptRecords> kept;  // if entries of the archive were dropped
