@@ -2,13 +2,19 @@
 
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <cstdint>
 #include <filesystem>
+#include <fstream>
 #include <string>
 
 #include "engine/entries.h"
 #include "failing_calls.h"
+#include "support/linux/forked_process.h"
+#include "support/platform.h"
 #include "support/temporary_folder.h"
+#include "zip/engine/container/end_record.h"
+#include "zip/engine/container/entry_record.h"
 
 namespace {
 
@@ -78,6 +84,110 @@ TEST(InterruptedAppend, OnlyItExplainsWhatFollowsTheEndRecord) {
       EXPECT_EQ(ZipOpenReader(path.c_str()), nullptr) << file.name << number;
       total = failing.count();
     }
+  }
+}
+
+// An archive whose directory is just below 4 GiB, after an entry that is a hole. A copy of it lies
+// beyond, where the end record is longer.
+class NearFourGigabytes : public testing::Test {
+ protected:
+  void SetUp() override {
+    if (!support::fileSystem().largeFiles) GTEST_SKIP() << "no sparse files here";
+    constexpr std::uint64_t kDirectory = (std::uint64_t{4} << 30) - (122 << 10);
+    zip_engine::EntryRecord small;
+    small.name = "small";
+    small.crc = ZipCrc32(0, "content", 7);
+    small.compressedSize = small.uncompressedSize = 7;
+    small.comment = std::string(60000, 'c');
+    zip_engine::EntryRecord hole = small;
+    hole.name = "hole";
+    const std::uint64_t smallSize = zip_engine::kLocalSize + small.name.size() + 7;
+    const std::uint64_t holeStart = zip_engine::kLocalSize + hole.name.size();
+    const std::uint64_t smallStart = kDirectory - smallSize;
+    hole.compressedSize = hole.uncompressedSize = smallStart - holeStart;
+    zip_engine::Bytes start;
+    appendLocalHeader(start, hole);
+    zip_engine::Bytes end;
+    appendLocalHeader(end, small);
+    end.insert(end.end(), {'c', 'o', 'n', 't', 'e', 'n', 't'});
+    appendCentralRecord(directory_, hole, 0);
+    appendCentralRecord(directory_, small, smallStart);
+    end.insert(end.end(), directory_.begin(), directory_.end());
+    zip_engine::appendEndRecords(end, kDirectory, directory_.size(), 2, "");
+    support::writeFile(path_, "");
+    write(0, start);
+    write(smallStart, end);
+    size_ = std::filesystem::file_size(path_);
+  }
+
+  void write(std::uint64_t position, const zip_engine::Bytes& bytes) const {
+    std::fstream file(path_, std::ios::in | std::ios::out | std::ios::binary);
+    file.seekp(static_cast<std::streamoff>(position));
+    file.write(reinterpret_cast<const char*>(bytes.data()),
+               static_cast<std::streamsize>(bytes.size()));
+    ASSERT_TRUE(file.flush().good());
+  }
+  bool append() const {
+    ZipWriter* const writer = ZipOpenWriter(path_.c_str(), ZipModeAppend);
+    return writer != nullptr && entries::addEntry(writer, "added", entries::noise(5000)) &&
+           ZipCloseWriter(writer, nullptr) == 0;
+  }
+  void expectWhole() const {
+    const entries::Reader reader(ZipOpenReader(path_.c_str()));
+    ASSERT_NE(reader, nullptr);
+    std::string content;
+    EXPECT_EQ(ZipLocateEntry(reader.get(), "hole", 0), 0);
+    EXPECT_EQ(ZipLocateEntry(reader.get(), "small", 0), 0);
+    EXPECT_TRUE(entries::readCurrent(reader.get(), content, 10));
+    EXPECT_EQ(content, "content");
+  }
+
+  support::TemporaryFolder folder_;
+  const std::string path_ = folder_.file("a.zip");
+  zip_engine::Bytes directory_;
+  std::uint64_t size_ = 0;
+};
+
+TEST_F(NearFourGigabytes, AnAppendIsKilledBeforeAnyCall) {
+  int total = 0;
+  {
+    const failing::Failing counting(failing::Fault::Interruption, 0);
+    ASSERT_TRUE(append());
+    total = counting.count();
+  }
+  EXPECT_GT(total, 5);
+  for (int number = 1; number <= total; ++number) {
+    SCOPED_TRACE(number);
+    directory_.clear();
+    SetUp();
+    support::ForkedProcess process([&](const auto&) {
+      const failing::Failing failing(failing::Fault::Interruption, number, [] { raise(SIGKILL); });
+      return append() ? 0 : 1;
+    });
+    EXPECT_EQ(process.wait(), -1);
+    expectWhole();
+    EXPECT_TRUE(append());
+    expectWhole();
+  }
+}
+
+// A power failure keeps some sectors of the copy and of its end record.
+TEST_F(NearFourGigabytes, AnAppendLosesSectors) {
+  constexpr std::uint64_t kCopy = (std::uint64_t{4} << 30) + 1000;
+  constexpr std::size_t kSector = 512;
+  zip_engine::Bytes copy = directory_;
+  zip_engine::appendEndRecords(copy, kCopy, directory_.size(), 2, "");
+  const std::size_t firstSector = kSector - kCopy % kSector;
+  for (const std::size_t lost : {firstSector, firstSector + 100 * kSector, copy.size() - kSector}) {
+    SCOPED_TRACE(lost);
+    zip_engine::Bytes bytes = copy;
+    // A whole one, or the end of the file.
+    const std::size_t start = lost - (kCopy + lost) % kSector;
+    std::fill_n(bytes.begin() + static_cast<std::ptrdiff_t>(start),
+                std::min(bytes.size() - start, 2 * kSector), static_cast<unsigned char>(0));
+    std::filesystem::resize_file(path_, size_);
+    write(kCopy, bytes);
+    expectWhole();
   }
 }
 

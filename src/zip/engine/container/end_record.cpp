@@ -98,11 +98,16 @@ bool mayHoldEndRecord(std::string_view comment) {
   return at != std::string_view::npos && comment.size() - at >= kEndSize;
 }
 
+bool needsEnd64(std::uint64_t directoryPosition, std::uint64_t directorySize,
+                std::uint64_t entryCount) {
+  return entryCount >= kSaturated16 || directorySize >= kSaturated32 ||
+         directoryPosition >= kSaturated32;
+}
+
 void appendEndRecords(Bytes& out, std::uint64_t directoryPosition, std::uint64_t directorySize,
-                      std::uint64_t entryCount, const std::string& comment) {
-  const bool zip64 = entryCount >= kSaturated16 || directorySize >= kSaturated32 ||
-                     directoryPosition >= kSaturated32;
-  if (zip64) {
+                      std::uint64_t entryCount, const std::string& comment, bool withEnd64) {
+  const bool isNeeded = needsEnd64(directoryPosition, directorySize, entryCount);
+  if (isNeeded || withEnd64) {
     append32(out, kEnd64Signature);
     append64(out, kEnd64Size - 12);
     append16(out, kVersionZip64);
@@ -131,7 +136,7 @@ void appendEndRecords(Bytes& out, std::uint64_t directoryPosition, std::uint64_t
   append16(out, saturate16(entryCount));
   append16(out, saturate16(entryCount));
   append32(out, saturate32(directorySize));
-  append32(out, saturate32(directoryPosition));
+  append32(out, isNeeded || !withEnd64 ? saturate32(directoryPosition) : kSaturated32);
   append16(out, static_cast<std::uint16_t>(comment.size()));
   out.insert(out.end(), comment.begin(), comment.end());
 }

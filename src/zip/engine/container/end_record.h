@@ -50,9 +50,13 @@ bool readEndRecord(const ArchiveFile& file, const FilePiece& piece, std::size_t 
 // directory.
 bool mayHoldEndRecord(std::string_view comment);
 
-// Appends the end record, after the zip64 records if a value needs them. `directoryPosition` counts
-// from the base. The comment has at most 65,535 bytes.
+// Reports whether the end record needs the zip64 records.
+bool needsEnd64(std::uint64_t directoryPosition, std::uint64_t directorySize,
+                std::uint64_t entryCount);
+
+// Appends the end record, after the zip64 records if a value needs them, or `withEnd64` is set.
+// `directoryPosition` counts from the base. The comment has at most 65,535 bytes.
 void appendEndRecords(Bytes& out, std::uint64_t directoryPosition, std::uint64_t directorySize,
-                      std::uint64_t entryCount, const std::string& comment);
+                      std::uint64_t entryCount, const std::string& comment, bool withEnd64 = false);
 
 }  // namespace zip_engine

@@ -37,16 +37,20 @@ bool hasZeroSector(const Bytes& bytes, std::uint64_t position) {
 class Backup {
  public:
   Backup(const CentralDirectory& directory, std::uint64_t size) : directory_(directory.blob) {
+    bool withEnd64 = false;
     const auto endRecordFor = [&](std::uint64_t position) {
       Bytes bytes;
       appendEndRecords(bytes, position - directory.base, directory.blob.size(),
-                       directory.entryCount, directory.comment);
+                       directory.entryCount, directory.comment, withEnd64);
       return bytes;
     };
-    // The end record has the same size wherever the copy is, unless it is near 4 GB.
-    first_ = endRecordFor(directory.position);
-    const std::uint64_t length = directory_.size() + first_.size();
-    position_ = size - std::min(size, length);
+    const auto place = [&] {
+      first_ = endRecordFor(directory.position);
+      position_ = size - std::min(size, std::uint64_t{directory_.size()} + first_.size());
+    };
+    place();
+    withEnd64 = needsEnd64(position_ - directory.base, directory.blob.size(), directory.entryCount);
+    place();
     final_ = endRecordFor(position_);
   }
 

@@ -133,10 +133,10 @@ bool Transaction::backUp(std::uint64_t distance) {
 // The backup shares no page with the bytes before `end`: the truncation that commits the append
 // zeroes the rest of its last page, and that may reach the disk before the new size.
 std::optional<std::uint64_t> Transaction::writeBackup(std::uint64_t end) {
-  const auto endRecordsFor = [&](std::uint64_t directory) {
+  const auto endRecordsFor = [&](std::uint64_t directory, bool withEnd64 = false) {
     Bytes bytes;
     appendEndRecords(bytes, directory - before_.base, before_.blob.size(), before_.entryCount,
-                     before_.comment);
+                     before_.comment, withEnd64);
     return bytes;
   };
   const auto ifWritten = [](bool written, std::uint64_t copy) {
@@ -150,15 +150,14 @@ std::optional<std::uint64_t> Transaction::writeBackup(std::uint64_t end) {
   }
   // First an end record that refers to the directory that is there, then the copy, then the end
   // record that refers to the copy, so that a kill between two of them leaves a sound end record.
-  // With the zip64 records they have one size wherever the directory is.
+  // Both have one size: the first one has the zip64 records if the last one needs them.
   const std::uint64_t endRecord = nextPage(nextPage(end) + before_.blob.size());
   const std::uint64_t copy = endRecord - before_.blob.size();
   const std::uint64_t present = backup_.value_or(before_.position);
-  const Bytes far = endRecordsFor(present);
   const Bytes near = endRecordsFor(copy);
-  if (far.size() == near.size() && !file_.writeAt(endRecord, far.data(), far.size())) {
-    return std::nullopt;
-  }
+  const bool isFar = needsEnd64(copy - before_.base, before_.blob.size(), before_.entryCount);
+  const Bytes far = endRecordsFor(present, isFar);
+  if (!file_.writeAt(endRecord, far.data(), far.size())) return std::nullopt;
   // After a power failure the end record of the archive is not searched farther back than that.
   const bool isReachable = endRecord + far.size() - present <= kLongestInterruption;
   const auto inOrder = [&] { return isReachable || sync(); };
