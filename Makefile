@@ -30,7 +30,8 @@ BENCH_DISK ?= build/bench
 FOLDER ?= /usr/include
 
 .PHONY: help demo test lint mutants windows test-windows windows-packages test-arm64 \
-        file-system-packages file-system-kernels test-file-systems msvc fuzz bench docs abi \
+        file-system-packages file-system-kernels test-file-systems test-large-archives msvc fuzz bench \
+        docs abi \
         package install uninstall clean
 
 help:
@@ -45,6 +46,8 @@ help:
 	@echo "make test-arm64            cross-compile for 64-bit ARM Linux, run the tests under emulation"
 	@echo "make test-file-systems     run the tests on casefold, FAT, exFAT, NTFS, NFS and SMB, and power cuts,"
 	@echo "                           in virtual machines; QUICK=1: less"
+	@echo "make test-large-archives   pack, change and unpack entries of 5 and 20 GB, and a million entries;"
+	@echo "                           LARGE='5G 65536' chooses"
 	@echo "make msvc                  check that the sources suit Visual C++, without building"
 	@echo "make bench                 compare the speed with other programs; BENCH_QUICK=1: less"
 	@echo "make install [PREFIX=...]  install library, headers and program (default $(PREFIX));"
@@ -116,6 +119,13 @@ file-system-packages:
 # Fails where a kernel cannot start, too.
 file-system-kernels: file-system-packages
 	@tests/file-systems/can-run build/file-systems/kernel
+
+# Takes an hour, and 30 GB on the disk of build.
+test-large-archives:
+	@scripts/install-packages $(BUILD_PACKAGES) $(TEST_PACKAGES) time openssl
+	cmake --preset release -DVESK_TESTS=ON
+	cmake --build --preset release --target vesk-fs
+	tests/reliability/large-archives build/release/bin/vesk-fs build/large-archives $(LARGE)
 
 test-file-systems: file-system-packages
 	@scripts/install-packages $(BUILD_PACKAGES) $(TEST_PACKAGES)
