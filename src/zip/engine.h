@@ -121,6 +121,7 @@ struct ZipEntryDetails {
   std::uint64_t position;    // of the record, from the start of the directory
   std::uint32_t method;      // of the content, inside an encryption
   std::uint32_t encryption;  // one of the next constants
+  std::uint64_t lastWrite;   // in UTC, in 100 ns since 1601; 0 if only the date words are known
 };
 inline constexpr std::uint32_t ZipNotEncrypted = 0;
 inline constexpr std::uint32_t ZipEncryptedTraditional = 1;
@@ -162,6 +163,10 @@ int ZipSetEncryption(ZipWriter* writer, int encryption);
 // Chooses whether the names of the entries that are begun are stored with `/` in place of `\`, as
 // the format says. Readers then still return them with `\`. At first they are stored unchanged.
 void ZipSetSlashes(ZipWriter* writer, int slashes);
+// Sets what ZipNewEntryInfo cannot hold of the entries that are begun: whether the upper half of the
+// external attributes is a mode of Unix, and the time of the last write in UTC, in 100 ns since
+// 1601. At first it is none, and the time is 0, which is not stored.
+void ZipSetOrigin(ZipWriter* writer, int isUnix, std::uint64_t lastWrite);
 // Chooses whether the CRC that is passed for entries with the traditional encryption is not used.
 // They then get a data descriptor, and readers check their password against the time. At first it
 // is used.

@@ -35,10 +35,14 @@ inline constexpr std::uint16_t kMadeByUnknownNames = 3 << 8 | 10;
 // as above, Unix, with versions that no other program writes with them.
 inline constexpr std::uint16_t kMadeByWithSlashes = 11 << 8 | 21;
 inline constexpr std::uint16_t kMadeByUnknownWithSlashes = 3 << 8 | 11;
+inline constexpr std::uint16_t kMadeByUnixWithSlashes = 3 << 8 | 12;
+// "Version made by" of other entries with a mode of Unix.
+inline constexpr std::uint16_t kMadeByUnix = 3 << 8 | 20;
 
 inline bool isStoredWithSlashes(const CentralRecord& record) {
   const std::uint16_t madeBy = record.versionMadeBy();
-  return madeBy == kMadeByWithSlashes || madeBy == kMadeByUnknownWithSlashes;
+  return madeBy == kMadeByWithSlashes || madeBy == kMadeByUnknownWithSlashes ||
+         madeBy == kMadeByUnixWithSlashes;
 }
 
 // Returns the name of an entry in the OEM code page. Where that is UTF-8, names in another encoding

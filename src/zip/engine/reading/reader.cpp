@@ -9,6 +9,7 @@
 #include <optional>
 
 #include "zip/engine/container/entry_name.h"
+#include "zip/engine/container/time_field.h"
 #include "zip/engine/reading/entry_data.h"
 #include "zip/engine/reading/entry_layout.h"
 #include "zip/engine/reading/entry_map.h"
@@ -145,7 +146,8 @@ int ZipReadEntryDetails(ZipReader* reader, ZipEntryDetails* details) {
               .uncompressedSize = record.uncompressedSize,
               .position = reader->current,
               .method = innerMethodOf(record),
-              .encryption = encryptionOf(record)};
+              .encryption = encryptionOf(record),
+              .lastWrite = lastWriteIn(record.extra(), record.extraLength())};
   return kSuccess;
 }
 

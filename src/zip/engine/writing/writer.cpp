@@ -10,6 +10,7 @@
 #include "zip/engine/codec/methods.h"
 #include "zip/engine/container/end_record.h"
 #include "zip/engine/container/entry_name.h"
+#include "zip/engine/container/time_field.h"
 #include "zip/engine/reading/entry_map.h"
 
 using namespace zip_engine;
@@ -24,18 +25,19 @@ Bytes bytesOf(const void* data, std::uint32_t size) {
 }
 
 // Sets the name, and what depends on it.
-void setName(EntryRecord& record, const char* name, bool withSlashes) {
+void setName(EntryRecord& record, const char* name, bool withSlashes, bool isUnix) {
   ArchiveName stored = archiveName(name);
+  if (isUnix) record.versionMadeBy = kMadeByUnix;
   if (withSlashes) {
     std::replace(stored.bytes.begin(), stored.bytes.end(), '\\', '/');
-    record.versionMadeBy = kMadeByWithSlashes;
+    record.versionMadeBy = isUnix ? kMadeByUnixWithSlashes : kMadeByWithSlashes;
   }
   record.name = std::move(stored.bytes);
   if (stored.encoding == NameEncoding::Unknown) {
     // Programs take the permissions from the upper half of the attributes if the host is Unix.
     constexpr std::uint32_t kRegularFile = 0100644U << 16;
     record.versionMadeBy = withSlashes ? kMadeByUnknownWithSlashes : kMadeByUnknownNames;
-    record.externalAttributes |= kRegularFile;
+    if (!isUnix) record.externalAttributes |= kRegularFile;
   } else if (record.name.find('\\') != std::string::npos) {
     // In both records: of different names unzip warns.
     appendUnicodePath(record.localExtra, record.name);
@@ -108,6 +110,12 @@ void ZipSetSlashes(ZipWriter* writer, int slashes) {
   if (writer != nullptr) writer->usesSlashes = slashes != 0;
 }
 
+void ZipSetOrigin(ZipWriter* writer, int isUnix, std::uint64_t lastWrite) {
+  if (writer == nullptr) return;
+  writer->isUnix = isUnix != 0;
+  writer->lastWrite = lastWrite;
+}
+
 void ZipSetUnknownCrc(ZipWriter* writer, int isUnknown) {
   if (writer != nullptr) writer->knowsCrc = isUnknown == 0;
 }
@@ -132,7 +140,9 @@ int ZipOpenNewEntry(ZipWriter* writer, const char* name, const ZipNewEntryInfo* 
   record.comment = comment == nullptr ? "" : comment;
   record.localExtra = bytesOf(localExtra, localExtraLength);
   record.centralExtra = bytesOf(centralExtra, centralExtraLength);
-  setName(record, name, writer->usesSlashes);
+  appendLastWrite(record.localExtra, writer->lastWrite);
+  appendLastWrite(record.centralExtra, writer->lastWrite);
+  setName(record, name, writer->usesSlashes, writer->isUnix);
   const bool isAes = password != nullptr && writer->usesAes;
   const std::size_t added = isAes ? kAesExtraSize : 0;
   record.hasZip64 = raw == 0 && mayNeedZip64(size);

@@ -45,6 +45,8 @@ struct ZipWriter {
   int mode = ZipModeAppend;
   bool usesAes = false;                   // for entries with a password
   bool usesSlashes = false;               // in the names of new entries
+  bool isUnix = false;                    // the host of new entries
+  std::uint64_t lastWrite = 0;            // of new entries
   bool knowsCrc = true;                   // of new entries with the traditional encryption
   bool isAllOrNone = false;               // at the commit
   std::optional<std::uint64_t> nextSize;  // of the content of the next new entry
