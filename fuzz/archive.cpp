@@ -29,6 +29,20 @@ void readAnywhere(const Archive& archive, const std::uint8_t* data, std::size_t 
   }
 }
 
+// Also gives the user back what the archive has taken, so that the folder can be removed.
+void requireNoSetId(const std::filesystem::path& folder) {
+  using std::filesystem::perms;
+  std::error_code ignored;
+  std::filesystem::permissions(folder, perms::owner_all, std::filesystem::perm_options::add,
+                               ignored);
+  for (const auto& item : std::filesystem::directory_iterator(folder, ignored)) {
+    const perms permissions = item.symlink_status(ignored).permissions();
+    fuzz::require((permissions & (perms::set_uid | perms::set_gid)) == perms::none,
+                  "no set-id bits are unpacked");
+    if (item.is_directory(ignored) && !item.is_symlink(ignored)) requireNoSetId(item.path());
+  }
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -54,6 +68,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     for (const auto& item : std::filesystem::directory_iterator(work.path() / "target")) {
       fuzz::require(item.path().filename() == "inner", "nothing is written outside");
     }
+    requireNoSetId(inner);
     archive.close();
   }
   fuzz::require(work.read("a.zip") == fuzz::textOf(data, size), "reading changes nothing");

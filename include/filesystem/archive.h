@@ -27,14 +27,14 @@
 
 namespace FileSystem {
 
-/// A date and a time of day, as archives store them: local, in steps of two seconds.
+/// A date and a local time of day. Archives store them in steps of two seconds.
 struct EntryTime {
   std::uint16_t year = 0;    ///< from 1980; 0 if the entry has no valid time
   std::uint16_t month = 0;   ///< 1 to 12
   std::uint16_t day = 0;     ///< 1 to 31
   std::uint16_t hour = 0;    ///< 0 to 23
   std::uint16_t minute = 0;  ///< 0 to 59
-  std::uint16_t second = 0;  ///< 0 to 58
+  std::uint16_t second = 0;  ///< 0 to 59
 };
 
 /// What the central directory of an archive says of an entry. Nothing of it is proved.
@@ -43,9 +43,13 @@ struct Entry {
   std::string comment;  ///< as it is stored, without conversion
   std::uint64_t size = 0;        ///< of the content, in bytes
   std::uint64_t storedSize = 0;  ///< in the archive, in bytes
-  EntryTime modified;            ///< the last write of the file
-  std::uint32_t crc = 0;         ///< CRC-32 (ISO 3309) of the content; 0 with most AES entries
-  std::uint16_t method = 0;      ///< of the compression (APPNOTE 4.4.5), inside an encryption
+  /// The last write of the file: in the time zone of this machine if hasUtc, else as it is stored.
+  EntryTime modified;
+  bool hasUtc = false;               ///< the archive has the time of the last write in UTC
+  std::int64_t utcSeconds = 0;       ///< that time, in seconds since 1970
+  std::uint32_t utcNanoseconds = 0;  ///< and the rest of it; 0 in most archives
+  std::uint32_t crc = 0;             ///< CRC-32 (ISO 3309) of the content; 0 with most AES entries
+  std::uint16_t method = 0;          ///< of the compression (APPNOTE 4.4.5), inside an encryption
   Encryption encryption = Encryption::None;  ///< of the content
   bool isFolder = false;                     ///< a folder, which has no content
   bool isLink = false;                       ///< a symbolic link, whose content is its target
@@ -122,19 +126,28 @@ class FILESYSTEM_API Archive {
   /// @param options as for read()
   Reason readAll(const Entry& entry, std::vector<unsigned char>& bytes,
                  const Options& options = Options()) const;
-  /// Writes the content of an entry to a file of any name. Missing folders are created. On failure
-  /// an existing file is unchanged, and a new one deleted.
+  /// Writes the content of an entry to a file of any name, as unpack() does. Missing folders are
+  /// created. On failure an existing file is unchanged, and a new one deleted.
   /// @param entry   entry of this archive
   /// @param file    path of the file, not null
-  /// @param options the password, and what is done with an existing file
+  /// @param options the password, what is done with an existing file, and what is kept
   Reason extract(const Entry& entry, const char* file, const Options& options = Options()) const;
   /// Writes entries to a folder under their own names, and continues after one that fails. Missing
   /// folders are created. A name that escapes the folder, and one that passes through a link in it,
   /// fails. Of names that the file system takes for one, only the first is written. Each file is the
   /// old one or complete.
+  ///
+  /// Files and new folders get the times of their entries, and on Linux the permissions: exactly
+  /// those, whatever the umask is, without set-id bits (Options::setSetId). Entries without
+  /// permissions get what the umask leaves of 0666 and 0777. At no instant has a file more
+  /// permissions than its entry. Existing folders stay as they are. Links are created last and with
+  /// any target; no file is written through them. Pipes and devices fail with Reason::NotAFile, and
+  /// links with Reason::IsALink on Windows, which has attributes in place of permissions.
+  ///
+  /// Folders get their times and permissions after all files, also when the call is cancelled.
   /// @param entries entries of this archive
   /// @param folder  the target, with or without trailing separator, not null
-  /// @param options password, existing files, progress
+  /// @param options password, existing files, progress, what is kept
   /// @return an item for each entry, by its name. Report::reason is Reason::Cancelled, or why the
   ///         folder cannot be used.
   Report unpack(const std::vector<Entry>& entries, const char* folder,

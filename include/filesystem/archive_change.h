@@ -48,12 +48,21 @@ class FILESYSTEM_API ArchiveChange {
   /// Removes all entries of exactly this name.
   /// @param name name of the entries
   void remove(const std::string& name);
-  /// Inserts a file, with its last write time and attributes.
+  /// Inserts a file, with its last write time, permissions and attributes. A link is followed.
   /// @param file    path of the file
   /// @param name    name of the entry
   /// @param comment comment of the entry
   void insertFile(const std::string& file, const std::string& name,
                   const std::string& comment = std::string());
+  /// Inserts a folder itself, without what is in it, with its last write time and permissions.
+  /// @param folder path of the folder
+  /// @param name   name of the entry, with or without a separator at its end
+  void insertFolder(const std::string& folder, const std::string& name);
+  /// Inserts a symbolic link itself, with its last write time. On Windows it fails with
+  /// Reason::NotAFile.
+  /// @param link path of the link
+  /// @param name name of the entry
+  void insertLink(const std::string& link, const std::string& name);
   /// Inserts bytes, with the present time.
   /// @param bytes   the content
   /// @param name    name of the entry
@@ -71,8 +80,8 @@ class FILESYSTEM_API ArchiveChange {
   /// Applies the removals, and then the insertions. If one fails or the call is cancelled, the
   /// archive is unchanged. Afterwards, the object has none of them.
   /// @param archive path of the archive. A missing file, or one without bytes, becomes an archive.
-  /// @param options password, encryption and level of the new entries; what is done with an existing
-  ///                entry; progress
+  /// @param options password, encryption and level of the new entries; what they keep of the files;
+  ///                what is done with an existing entry; progress
   /// @return an item for each removal and insertion, removals first, by the name of the entry. If one
   ///         fails, it is the last item, and Report::reason is its reason. With Reason::Damaged, the
   ///         only item is an entry that stays and cannot be copied. Without an item, Report::reason
@@ -84,16 +93,19 @@ class FILESYSTEM_API ArchiveChange {
   std::unique_ptr<State> state_;
 };
 
-/// Packs all files of a folder and its subfolders into a new archive, or changes nothing.
+/// Packs a folder with all files, links and folders in it into a new archive, or changes nothing.
 ///
-/// Entries are named by their paths below the folder, stored with `/`. Empty folders are not stored,
-/// nor is the archive itself if it lies in the folder. All files are checked before the first one is
-/// packed. An existing archive keeps its content until the new one is complete.
+/// Entries are named by their paths below the folder, stored with `/`; that of the folder itself is
+/// `./`. On Windows links are followed. FRT_UNZIP_FILE stops at an entry that is a folder: an archive
+/// for it is packed with Options::setFolders(false). The archive itself is not packed if it lies in
+/// the folder. All files are checked before the first one is packed. An existing archive keeps its
+/// content until the new one is complete.
 /// @param folder  the folder, with or without trailing separator, not null
 /// @param archive path of the archive, not null
-/// @param options password, encryption, level, progress
-/// @return an item for each file, by its path below the folder: those that were packed, or those
-///         that the check rules out, or the one that failed. The path of the folder itself is empty.
+/// @param options password, encryption, level, progress, what is kept
+/// @return an item for each file, link and folder, by its path below the folder: those that were
+///         packed, or those that the check rules out, or the one that failed. The path of the folder
+///         itself is empty.
 ///         What is neither a file nor a folder is left out with Reason::NotAFile, and does not end
 ///         the call. Report::reason is Reason::None if the archive was written.
 FILESYSTEM_API Report packFolder(const char* folder, const char* archive,

@@ -90,6 +90,25 @@ class FILESYSTEM_API Options {
   /// Sets what is done with existing files, and in an archive with existing entries.
   /// @param existing ExistingFiles::Replace is the default
   Options& setExisting(ExistingFiles existing);
+  /// Sets whether folders are packed as entries of their own, which keeps empty ones, and their
+  /// times and permissions.
+  /// @param keeps true is the default
+  Options& setFolders(bool keeps);
+  /// Sets whether symbolic links are packed and unpacked. If not, packing follows them, and unpacking
+  /// leaves them out with Reason::IsALink.
+  /// @param keeps true is the default
+  Options& setLinks(bool keeps);
+  /// Sets whether permissions (on Windows attributes) are packed and unpacked. If not, unpacked files
+  /// have those of new ones.
+  /// @param keeps true is the default
+  Options& setPermissions(bool keeps);
+  /// Sets whether exact times are packed, and times unpacked. If not, an archive has local times in
+  /// steps of two seconds, and unpacked files have the present time.
+  /// @param keeps true is the default
+  Options& setTimes(bool keeps);
+  /// Sets whether permissions include the set-user-id and set-group-id bits.
+  /// @param keeps false is the default
+  Options& setSetId(bool keeps);
   /// Sets the callback that receives the progress.
   /// @param progress empty (the default) for none
   Options& setProgress(ProgressCallback progress);
@@ -99,6 +118,11 @@ class FILESYSTEM_API Options {
   int level() const;                         ///< The level, -1 to 9.
   Method method() const;                     ///< The compression method of new entries.
   ExistingFiles existing() const;            ///< What is done with existing files.
+  bool folders() const;                      ///< Whether folders are packed as entries.
+  bool links() const;                        ///< Whether symbolic links are kept.
+  bool permissions() const;                  ///< Whether permissions are kept.
+  bool times() const;                        ///< Whether times are kept.
+  bool setId() const;                        ///< Whether permissions include set-id bits.
   const ProgressCallback& progress() const;  ///< The callback; empty for none.
 
  private:

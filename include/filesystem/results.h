@@ -49,6 +49,7 @@ enum class Reason : std::int32_t {
   PasswordWrong,      ///< the password is wrong, or the encrypted data are damaged
   UnsupportedMethod,  ///< the compression method, or the window that it needs, is not supported
   UnsupportedEncryption,  ///< the encryption is not supported
+  IsALink,  ///< the entry is a symbolic link, which the call or the system does not create
 };
 
 /// Returns the reason as part of a sentence in English, such as "the disk is full". Of a value that

@@ -11,16 +11,18 @@
 namespace FileSystem::Detail {
 
 // Keeps one search open at a time, whatever the depth. Follows links to folders, except those that
-// form a cycle.
+// form a cycle, or none.
 class FolderWalk {
  public:
   // `start` is a prefix of the paths of the folders below it, usually a folder text that ends in a
-  // separator. With `namesOnly`, the entries are those of a search for names.
-  FolderWalk(std::string start, bool recursive, bool namesOnly = false)
+  // separator. With `namesOnly`, the entries are those of a search for names. A link that is not
+  // followed is none of the folders, but one of the other entries.
+  FolderWalk(std::string start, bool recursive, bool namesOnly = false, bool followsLinks = true)
       : path_(std::move(start)),
         startSize_(path_.size()),
         recursive_(recursive),
-        namesOnly_(namesOnly) {}
+        namesOnly_(namesOnly),
+        followsLinks_(followsLinks) {}
 
   // Calls `visit(entry)` for each folder, while path() is its path without trailing separator. The
   // walk descends into the folder if `visit` returns true.
@@ -83,7 +85,7 @@ class FolderWalk {
     Search search(path_ + '*', operation, namesOnly_);
     while (search.next()) {
       const std::string_view name = search.entry().cFileName;
-      if (!search.isFolder()) {
+      if (!search.isFolder() || (!followsLinks_ && search.isLink())) {
         file(search);
       } else if (name != "." && name != "..") {
         folders.push_back(search.entry());
@@ -100,6 +102,7 @@ class FolderWalk {
   const std::size_t startSize_;
   const bool recursive_;
   const bool namesOnly_;
+  const bool followsLinks_;
   std::vector<std::size_t> levels_;  // sizes of the paths of the folders that the walk is in
 };
 

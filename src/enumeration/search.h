@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "platform/probe_open.h"
+#include "platform/symbolic_links.h"
 #include "platform/unique_handle.h"
 #include "platform/unlisted_names.h"
 #include "platform/win32.h"
@@ -48,6 +49,8 @@ class Search {
   }
   const WIN32_FIND_DATAA& entry() const { return entry_; }
   bool isFolder() const { return (entry_.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0; }
+  // True if the entry is a symbolic link, as far as links are not followed (symbolic_links.h).
+  bool isLink() const { return platform::isFoundLink(handle_.get()); }
   // Reports whether the entry, a file with this full path, can be opened for reading.
   bool canOpen(const char* path) const { return platform::probeFound(handle_.get(), path); }
 

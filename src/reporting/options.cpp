@@ -10,6 +10,11 @@ struct Options::State {
   int level = -1;
   Method method = Method::Deflate;
   ExistingFiles existing = ExistingFiles::Replace;
+  bool folders = true;
+  bool links = true;
+  bool permissions = true;
+  bool times = true;
+  bool setId = false;
   ProgressCallback progress;
 };
 
@@ -53,6 +58,31 @@ Options& Options::setExisting(ExistingFiles existing) {
   return *this;
 }
 
+Options& Options::setFolders(bool keeps) {
+  state_->folders = keeps;
+  return *this;
+}
+
+Options& Options::setLinks(bool keeps) {
+  state_->links = keeps;
+  return *this;
+}
+
+Options& Options::setPermissions(bool keeps) {
+  state_->permissions = keeps;
+  return *this;
+}
+
+Options& Options::setTimes(bool keeps) {
+  state_->times = keeps;
+  return *this;
+}
+
+Options& Options::setSetId(bool keeps) {
+  state_->setId = keeps;
+  return *this;
+}
+
 Options& Options::setProgress(ProgressCallback progress) {
   state_->progress = std::move(progress);
   return *this;
@@ -67,6 +97,16 @@ int Options::level() const { return state_->level; }
 Method Options::method() const { return state_->method; }
 
 ExistingFiles Options::existing() const { return state_->existing; }
+
+bool Options::folders() const { return state_->folders; }
+
+bool Options::links() const { return state_->links; }
+
+bool Options::permissions() const { return state_->permissions; }
+
+bool Options::times() const { return state_->times; }
+
+bool Options::setId() const { return state_->setId; }
 
 const ProgressCallback& Options::progress() const { return state_->progress; }
 

@@ -1,63 +1,46 @@
 #include "reporting/reasons.h"
 
+#include <utility>
+
 namespace FileSystem {
 
+namespace {
+
+constexpr std::pair<Reason, const char*> kTexts[] = {
+    {Reason::None, "it succeeded"},
+    {Reason::Cancelled, "it was cancelled"},
+    {Reason::Missing, "it does not exist"},
+    {Reason::Exists, "a file of that name exists"},
+    {Reason::SameFile, "the file was already written under another name"},
+    {Reason::InUse, "another program uses the file"},
+    {Reason::NoPermission, "the file or its directory is read-only, or there is no permission"},
+    {Reason::NotAFile, "it is neither a file nor a directory, or a link without a target"},
+    {Reason::NotAFolder, "something else, such as a link, has the name of a directory"},
+    {Reason::IsAFolder, "a directory has its name"},
+    {Reason::ReadFailed, "the file cannot be read to its end, or changes meanwhile"},
+    {Reason::WriteFailed, "the file cannot be written"},
+    {Reason::DiskFull, "the disk is full"},
+    {Reason::OutOfMemory, "there is not enough memory"},
+    {Reason::TooLarge, "it is too large"},
+    {Reason::NameTooLong, "its name is too long"},
+    {Reason::PathTooLong, "the path is too long"},
+    {Reason::NameEscapes, "its name escapes the directory"},
+    {Reason::NameTaken, "another file of the same name is among them"},
+    {Reason::NotAnArchive, "it is not a sound zip archive"},
+    {Reason::SplitArchive, "it is part of a split archive, which is not supported"},
+    {Reason::Damaged, "it is damaged"},
+    {Reason::PasswordMissing, "it is encrypted and needs a password"},
+    {Reason::PasswordWrong, "the password is wrong or it is damaged"},
+    {Reason::UnsupportedMethod, "its compression method is not supported"},
+    {Reason::UnsupportedEncryption, "its encryption is not supported"},
+    {Reason::IsALink, "it is a symbolic link, and none is created here"},
+};
+
+}  // namespace
+
 const char* reasonText(Reason reason) {
-  switch (reason) {
-    case Reason::None:
-      return "it succeeded";
-    case Reason::Cancelled:
-      return "it was cancelled";
-    case Reason::Missing:
-      return "it does not exist";
-    case Reason::Exists:
-      return "a file of that name exists";
-    case Reason::SameFile:
-      return "the file was already written under another name";
-    case Reason::InUse:
-      return "another program uses the file";
-    case Reason::NoPermission:
-      return "the file or its directory is read-only, or there is no permission";
-    case Reason::NotAFile:
-      return "it is neither a file nor a directory, or a link without a target";
-    case Reason::NotAFolder:
-      return "something else, such as a link, has the name of a directory";
-    case Reason::IsAFolder:
-      return "a directory has its name";
-    case Reason::ReadFailed:
-      return "the file cannot be read to its end, or changes meanwhile";
-    case Reason::WriteFailed:
-      return "the file cannot be written";
-    case Reason::DiskFull:
-      return "the disk is full";
-    case Reason::OutOfMemory:
-      return "there is not enough memory";
-    case Reason::TooLarge:
-      return "it is too large";
-    case Reason::NameTooLong:
-      return "its name is too long";
-    case Reason::PathTooLong:
-      return "the path is too long";
-    case Reason::NameEscapes:
-      return "its name escapes the directory";
-    case Reason::NameTaken:
-      return "another file of the same name is among them";
-    case Reason::NotAnArchive:
-      return "it is not a sound zip archive";
-    case Reason::SplitArchive:
-      return "it is part of a split archive, which is not supported";
-    case Reason::Damaged:
-      return "it is damaged";
-    case Reason::PasswordMissing:
-      return "it is encrypted and needs a password";
-    case Reason::PasswordWrong:
-      return "the password is wrong or it is damaged";
-    case Reason::UnsupportedMethod:
-      return "its compression method is not supported";
-    case Reason::UnsupportedEncryption:
-      return "its encryption is not supported";
-    case Reason::Failed:
-      break;
+  for (const auto& [known, text] : kTexts) {
+    if (known == reason) return text;
   }
   return "the system gave no reason";
 }

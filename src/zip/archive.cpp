@@ -1,20 +1,18 @@
 #include <filesystem/archive.h>
 
-#include <algorithm>
-#include <cstdint>
-#include <unordered_map>
 #include <utility>
 
 #include "files/attributes.h"
 #include "files/target_folder.h"
-#include "path/zero_terminated.h"
 #include "platform/unique_handle.h"
 #include "reporting/progress_relay.h"
 #include "reporting/reasons.h"
 #include "zip/archive_reader.h"
+#include "zip/entry_metadata.h"
 #include "zip/entry_names.h"
 #include "zip/entry_path.h"
 #include "zip/extraction.h"
+#include "zip/unpacking.h"
 
 namespace FileSystem {
 
@@ -68,36 +66,6 @@ Sink guarded(ProgressRelay& progress, const Sink& sink) {
   return [&](const unsigned char* data, std::size_t size) {
     return progress.guard([&] { return sink(data, size); }, false);
   };
-}
-
-// Of the entries of a name, only the last one can be in the folder.
-class LastOfNames {
- public:
-  explicit LastOfNames(const std::vector<Entry>& entries) {
-    for (std::size_t i = 0; i < entries.size(); ++i) last_[entries[i].name] = i;
-  }
-
-  bool has(const Entry& entry, std::size_t index) const { return last_.at(entry.name) == index; }
-
- private:
-  std::unordered_map<std::string_view, std::size_t> last_;
-};
-
-// Calls `work(entry, index, item)` for each entry until the call is cancelled, and appends the items
-// with its results. Returns the reason of the whole call.
-template <typename Work>
-Reason forEachEntry(const std::vector<Entry>& entries, ProgressRelay& progress, Report& report,
-                    Work work) {
-  for (std::size_t i = 0; i < entries.size() && !progress.isCancelled(); ++i) {
-    const Entry& entry = entries[i];
-    if (!progress.begin(entry.name)) break;
-    ItemResult item{entry.name, Reason::None, {}, entry.isFolder};
-    item.reason = work(entry, i, item);
-    report.items.push_back(std::move(item));
-    progress.end();
-  }
-  progress.rethrow();
-  return progress.isCancelled() ? Reason::Cancelled : Reason::None;
 }
 
 }  // namespace
@@ -179,7 +147,16 @@ Reason Archive::extract(const Entry& entry, const char* file, const Options& opt
     const Reason reason = folder.empty() ? Reason::None : Detail::createFolder(folder);
     if (reason != Reason::None) return reason;
     Extractor extractor(*reader, passwordOf(options), progress);
-    return extractor.toFile(target, options.existing()).reason;
+    const platform::NewMetadata metadata = zip::newMetadata(entry, zip::keptBy(options));
+    switch (zip::kindOf(entry)) {
+      case zip::EntryKind::Special:
+        return Reason::NotAFile;
+      case zip::EntryKind::Link:
+        return options.links() ? extractor.toLink(target, options.existing(), metadata).reason
+                               : Reason::IsALink;
+      default:
+        return extractor.toFile(target, options.existing(), metadata).reason;
+    }
   });
 }
 
@@ -187,27 +164,13 @@ Report Archive::unpack(const std::vector<Entry>& entries, const char* folder,
                        const Options& options) const {
   Report report;
   const std::string base = Detail::folderText(folder);
+  const bool isNew = GetFileAttributesA(base.c_str()) == INVALID_FILE_ATTRIBUTES;
   report.reason = isOpen() ? Detail::createFolder(base) : Reason::Missing;
   if (report.reason != Reason::None) return report;
   ProgressRelay progress(options.progress());
   expect(progress, entries);
-  const LastOfNames last(entries);
-  Extractor extractor(*state_->reader, passwordOf(options), progress);
-  const auto unpackOne = [&](const Entry& entry, std::size_t index, ItemResult& item) {
-    const std::string target = base + std::string(Detail::upToZero(entry.name));
-    if (!last.has(entry, index)) {
-      item.other = entry.name;
-      return Reason::NameTaken;
-    }
-    if (!state_->reader->moveTo(entry.position)) return Reason::Missing;
-    if (entry.isFolder) return extractor.createFolder(target, base.size());
-    // The numbers of names begin with 1, because 0 is that of none.
-    const auto [reason, former] =
-        extractor.toFileBelow(target, base.size(), options.existing(), index + 1);
-    if (reason == Reason::SameFile) item.other = entries[former - 1].name;
-    return reason;
-  };
-  report.reason = forEachEntry(entries, progress, report, unpackOne);
+  report = zip::Unpacking(*state_->reader, entries, base, isNew, options, progress).run();
+  progress.rethrow();
   return report;
 }
 
@@ -219,10 +182,15 @@ Report Archive::test(const std::vector<Entry>& entries, const Options& options) 
   expect(progress, entries);
   Extractor extractor(*state_->reader, passwordOf(options), progress);
   const Sink drop = [](const unsigned char*, std::size_t) { return true; };
-  const auto testOne = [&](const Entry& entry, std::size_t, ItemResult&) {
-    return state_->reader->moveTo(entry.position) ? extractor.toSink(drop) : Reason::Missing;
-  };
-  report.reason = forEachEntry(entries, progress, report, testOne);
+  for (const Entry& entry : entries) {
+    if (progress.isCancelled() || !progress.begin(entry.name)) break;
+    const bool isThere = state_->reader->moveTo(entry.position);
+    report.items.push_back(
+        {entry.name, isThere ? extractor.toSink(drop) : Reason::Missing, {}, entry.isFolder});
+    progress.end();
+  }
+  progress.rethrow();
+  if (progress.isCancelled()) report.reason = Reason::Cancelled;
   return report;
 }
 

@@ -34,6 +34,18 @@ void ArchiveChange::insertFile(const std::string& file, const std::string& name,
   state_->insert(std::string(Detail::upToZero(file)), name, comment);
 }
 
+void ArchiveChange::insertFolder(const std::string& folder, const std::string& name) {
+  std::string entry(Detail::upToZero(name));
+  const bool hasEnd = !entry.empty() && (entry.back() == '\\' || entry.back() == '/');
+  const bool hasSlashes = entry.find('/') != std::string::npos && entry.find('\\') == entry.npos;
+  if (!hasEnd && !entry.empty()) entry += hasSlashes ? '/' : '\\';
+  state_->insert(zip::FolderSource{std::string(Detail::upToZero(folder))}, entry, {});
+}
+
+void ArchiveChange::insertLink(const std::string& link, const std::string& name) {
+  state_->insert(zip::LinkSource{std::string(Detail::upToZero(link))}, name, {});
+}
+
 void ArchiveChange::insertBytes(std::vector<unsigned char> bytes, const std::string& name,
                                 const std::string& comment) {
   state_->insert(std::move(bytes), name, comment);

@@ -2,6 +2,7 @@
 
 #include "platform/win32.h"
 #include "zip/engine.h"
+#include "zip/entry_metadata.h"
 #include "zip/entry_names.h"
 
 namespace zip {
@@ -18,10 +19,6 @@ void readEntry(ZipReader* reader, ZipEntryInfo* record, NameBuffer& name) {
   ZipReadEntryInfo(reader, record, name, kLongestName, nullptr, 0, nullptr, 0);
 }
 
-// File types in a mode of Unix.
-constexpr std::uint32_t kFileTypes = 0170000;
-constexpr std::uint32_t kDirectory = 0040000;
-constexpr std::uint32_t kLink = 0120000;
 // The rest of the external attributes belongs to the system that made the entry.
 constexpr std::uint32_t kDosAttributes = 0xFF;
 
@@ -78,13 +75,17 @@ FileSystem::EntryTime timeOf(const ZipEntryInfo& info) {
 // Programs of Unix store the mode in the upper half of the attributes.
 std::uint32_t unixModeOf(const ZipEntryInfo& info) {
   constexpr std::uint32_t kUnix = 3;
-  return info.versionMadeBy >> 8 == kUnix ? info.externalAttributes >> 16 : 0;
+  constexpr std::uint32_t kDarwin = 19;
+  const std::uint32_t host = info.versionMadeBy >> 8;
+  return host == kUnix || host == kDarwin ? info.externalAttributes >> 16 : 0;
 }
 
+// The file type counts more than the attributes: some programs set all of these for a file.
 bool isFolder(const FileSystem::Entry& entry) {
   if (!entry.name.empty() && (entry.name.back() == '/' || entry.name.back() == '\\')) return true;
+  const std::uint32_t type = entry.mode & kFileTypes;
   const bool isMarked =
-      (entry.attributes & FILE_ATTRIBUTE_DIRECTORY) != 0 || (entry.mode & kFileTypes) == kDirectory;
+      type == kDirectory || (type == 0 && (entry.attributes & FILE_ATTRIBUTE_DIRECTORY) != 0);
   return isMarked && entry.size == 0;
 }
 
@@ -171,14 +172,14 @@ FileSystem::Entry ArchiveReader::record() const {
   entry.name = callerName(stored);
   entry.size = details.uncompressedSize;
   entry.storedSize = details.compressedSize;
-  entry.modified = timeOf(info);
+  setTimes(entry, timeOf(info), details.lastWrite);
   entry.crc = info.crc;
   entry.method = static_cast<std::uint16_t>(details.method);
   entry.encryption = encryptionOf(details.encryption);
   entry.attributes = info.externalAttributes & kDosAttributes;
   entry.mode = unixModeOf(info);
   entry.isFolder = isFolder(entry);
-  entry.isLink = (entry.mode & kFileTypes) == kLink;
+  entry.isLink = !entry.isFolder && (entry.mode & kFileTypes) == kLink;
   entry.position = details.position;
   return entry;
 }

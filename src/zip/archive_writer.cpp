@@ -86,14 +86,19 @@ bool ArchiveWriter::begin(const NewEntry& entry) {
   const int level = std::clamp(entry.level, ZipLevelDefault, 9);
   const int method = level == 0 ? ZipMethodStored : numberOf(entry.method).value_or(-1);
   ZipNewEntryInfo info = {};
-  info.date = dateWords(entry.time);
-  info.externalAttributes = entry.attributes;
+  const EntryMetadata& metadata = entry.metadata;
+  info.date = dateWords(metadata.local);
+  info.externalAttributes = metadata.attributes;
+  if (metadata.mode) {
+    info.externalAttributes = (metadata.attributes & 0xFFFF) | *metadata.mode << 16;
+  }
   // No other call of the library could find a longer name.
   if (entry.name.size() > kLongestName) return fail(Reason::NameTooLong);
   if (std::strlen(entry.comment) > kLongestComment) return fail(Reason::TooLarge);
   if (ZipSetEncryption(writer_, encryption) != 0) return fail(Reason::UnsupportedEncryption);
   ZipSetUnknownCrc(writer_, entry.crc ? 0 : 1);
   if (entry.size) ZipSetSize(writer_, *entry.size);
+  ZipSetOrigin(writer_, metadata.mode ? 1 : 0, metadata.lastWrite);
   SetLastError(ERROR_SUCCESS);
   const int status = ZipOpenNewEntry(writer_, entry.name.c_str(), &info, nullptr, 0, nullptr, 0,
                                      entry.comment, method, level, 0, kWindowBits, kMemoryLevel, 0,

@@ -10,6 +10,7 @@
 #include <string>
 
 #include "platform/win32.h"
+#include "zip/entry_metadata.h"
 
 struct ZipWriter;
 
@@ -40,8 +41,7 @@ struct Encryption {
 struct NewEntry {
   std::string name;     // as stored, at most kLongestName bytes
   const char* comment;  // not null
-  SYSTEMTIME time;
-  DWORD attributes;
+  EntryMetadata metadata;
   Encryption encryption;
   // Of the whole content. Used if the encryption needs it; nothing if it is not known then.
   std::optional<std::uint32_t> crc;

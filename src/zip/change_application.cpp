@@ -37,6 +37,9 @@ std::optional<std::uint64_t> sizeOf(const Insertion& insertion) {
   if (const auto* bytes = std::get_if<std::vector<unsigned char>>(&insertion.content)) {
     return bytes->size();
   }
+  const bool isNoFile = std::holds_alternative<FolderSource>(insertion.content) ||
+                        std::holds_alternative<LinkSource>(insertion.content);
+  if (isNoFile) return 0;
   const auto* const file = std::get_if<std::string>(&insertion.content);
   WIN32_FILE_ATTRIBUTE_DATA data = {};
   if (file == nullptr || GetFileAttributesExA(file->c_str(), GetFileExInfoStandard, &data) == 0) {
@@ -58,7 +61,8 @@ ChangeApplication::ChangeApplication(const Changes& changes, const char* archive
       names_(changes.removals, namesOf(changes.insertions)) {
   for (const std::string& name : changes.removals) items_.push_back({name, Reason::None, {}});
   for (const Insertion& insertion : changes.insertions) {
-    items_.push_back({insertion.name, Reason::None, {}});
+    const bool isFolder = std::holds_alternative<FolderSource>(insertion.content);
+    items_.push_back({insertion.name, Reason::None, {}, isFolder});
   }
 }
 
@@ -181,8 +185,13 @@ Reason ChangeApplication::add(EntryAdder& adder, const Insertion& insertion) {
   if (const auto* file = std::get_if<std::string>(&insertion.content)) {
     return adder.addFile(file->c_str(), stored, comment);
   }
-  SYSTEMTIME now = {};
-  GetLocalTime(&now);
+  if (const auto* folder = std::get_if<FolderSource>(&insertion.content)) {
+    return adder.addFolder(folder->path.c_str(), stored);
+  }
+  if (const auto* link = std::get_if<LinkSource>(&insertion.content)) {
+    return adder.addLink(link->path.c_str(), stored);
+  }
+  const EntryMetadata now = presentMetadata(settings_.kept.value_or(KeptMetadata()));
   if (const auto* bytes = std::get_if<std::vector<unsigned char>>(&insertion.content)) {
     return adder.addBytes(*bytes, stored, comment, now);
   }

@@ -15,9 +15,19 @@
 
 namespace zip {
 
+// A folder or a link that is inserted itself.
+struct FolderSource {
+  std::string path;
+};
+struct LinkSource {
+  std::string path;
+};
+
 struct Insertion {
-  std::variant<std::string, std::vector<unsigned char>, FileSystem::ContentSource>
-      content;  // first: a path
+  // The first one is the path of a file.
+  std::variant<std::string, std::vector<unsigned char>, FileSystem::ContentSource, FolderSource,
+               LinkSource>
+      content;
   std::string name;
   std::string comment;
 };

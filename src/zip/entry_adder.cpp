@@ -5,6 +5,8 @@
 
 #include "files/attributes.h"
 #include "platform/file_identity.h"
+#include "platform/file_metadata.h"
+#include "platform/symbolic_links.h"
 #include "platform/unique_handle.h"
 #include "reporting/reasons.h"
 #include "zip/archive_reader.h"
@@ -95,7 +97,10 @@ Reason reasonForUnopened(const char* path, DWORD error) {
 
 Reason readSettings(const FileSystem::Options& options, EntrySettings& settings) {
   using Kind = FileSystem::Encryption;
-  settings = {.encryption = {}, .level = options.level(), .method = options.method()};
+  settings = {.encryption = {},
+              .level = options.level(),
+              .method = options.method(),
+              .kept = keptBy(options)};
   if (!ArchiveWriter::hasMethod(settings.method)) return Reason::UnsupportedMethod;
   if (options.password().empty() || options.encryption() == Kind::None) return Reason::None;
   const bool isAes = options.encryption() == Kind::Aes256;
@@ -105,12 +110,29 @@ Reason readSettings(const FileSystem::Options& options, EntrySettings& settings)
   return Reason::None;
 }
 
+// Reads the size of a file, and what its entry gets.
+bool EntryAdder::describe(HANDLE file, const char* source, EntryMetadata& metadata,
+                          std::uint64_t& size) const {
+  if (settings_.kept) {
+    platform::FileMetadata data;
+    if (!platform::readMetadata(file, source, data)) return false;
+    metadata = entryMetadata(data, *settings_.kept);
+    size = data.size;
+    return true;
+  }
+  WIN32_FILE_ATTRIBUTE_DATA data = {};
+  if (GetFileAttributesExA(source, GetFileExInfoStandard, &data) == 0) return false;
+  metadata = {.local = localTimeOf(data.ftLastWriteTime), .attributes = data.dwFileAttributes};
+  size = std::uint64_t{data.nFileSizeHigh} << 32 | data.nFileSizeLow;
+  return true;
+}
+
 Reason EntryAdder::addFile(const char* source, const std::string& stored, const char* comment) {
   const platform::FileHandle file = openSource(source);
   if (!file) return reasonForUnopened(source, GetLastError());
-  WIN32_FILE_ATTRIBUTE_DATA data = {};
-  if (GetFileAttributesExA(source, GetFileExInfoStandard, &data) == 0) return Reason::ReadFailed;
-  const std::uint64_t size = std::uint64_t{data.nFileSizeHigh} << 32 | data.nFileSizeLow;
+  EntryMetadata metadata;
+  std::uint64_t size = 0;
+  if (!describe(file.get(), source, metadata, size)) return Reason::ReadFailed;
   BlockReader reader(file.get(), size);
   // The traditional encryption begins with the CRC of all content, so the file is read twice.
   const bool needsCrc = settings_.encryption.needsCrc();
@@ -118,8 +140,7 @@ Reason EntryAdder::addFile(const char* source, const std::string& stored, const 
   if (!crc) return Reason::ReadFailed;
   if (!writer_.begin({.name = stored,
                       .comment = comment,
-                      .time = localTimeOf(data.ftLastWriteTime),
-                      .attributes = data.dwFileAttributes,
+                      .metadata = metadata,
                       .encryption = settings_.encryption,
                       .crc = crc,
                       .method = settings_.method,
@@ -134,8 +155,34 @@ Reason EntryAdder::addFile(const char* source, const std::string& stored, const 
   return isRead ? finish() : Reason::ReadFailed;
 }
 
+Reason EntryAdder::addLink(const char* source, const std::string& stored) {
+  platform::FileMetadata data;
+  std::string target;
+  if (!platform::readMetadataOfLink(source, data)) return reasonForUnopened(source, GetLastError());
+  if (!platform::readLink(source, target)) return Reason::NotAFile;
+  const EntryMetadata metadata = entryMetadata(data, settings_.kept.value_or(KeptMetadata()));
+  return addBytes({target.begin(), target.end()}, stored, "", metadata);
+}
+
+Reason EntryAdder::addFolder(const char* source, const std::string& stored) {
+  platform::FileMetadata data;
+  if (!platform::readMetadata(source, data)) {
+    return FileSystem::Detail::reasonOfError(GetLastError(), Reason::ReadFailed);
+  }
+  if ((data.attributes & FILE_ATTRIBUTE_DIRECTORY) == 0) return Reason::NotAFolder;
+  const bool isBegun =
+      writer_.begin({.name = stored,
+                     .comment = "",
+                     .metadata = entryMetadata(data, settings_.kept.value_or(KeptMetadata())),
+                     .encryption = {},
+                     .crc = Crc32().value(),
+                     .size = 0,
+                     .level = 0});
+  return isBegun ? finish() : writer_.reason();
+}
+
 Reason EntryAdder::addBytes(const std::vector<unsigned char>& bytes, const std::string& stored,
-                            const char* comment, const SYSTEMTIME& time) {
+                            const char* comment, const EntryMetadata& metadata) {
   Crc32 crc;
   if (settings_.encryption.needsCrc()) {
     forEachPiece(bytes, [&](const unsigned char* piece, std::uint32_t size) {
@@ -145,8 +192,7 @@ Reason EntryAdder::addBytes(const std::vector<unsigned char>& bytes, const std::
   }
   if (!writer_.begin({.name = stored,
                       .comment = comment,
-                      .time = time,
-                      .attributes = 0,
+                      .metadata = metadata,
                       .encryption = settings_.encryption,
                       .crc = crc.value(),
                       .method = settings_.method,
@@ -160,12 +206,11 @@ Reason EntryAdder::addBytes(const std::vector<unsigned char>& bytes, const std::
 }
 
 Reason EntryAdder::addFrom(const FileSystem::ContentSource& source, const std::string& stored,
-                           const char* comment, const SYSTEMTIME& time) {
+                           const char* comment, const EntryMetadata& metadata) {
   if (!source) return Reason::ReadFailed;
   if (!writer_.begin({.name = stored,
                       .comment = comment,
-                      .time = time,
-                      .attributes = 0,
+                      .metadata = metadata,
                       .encryption = settings_.encryption,
                       .crc = std::nullopt,
                       .method = settings_.method,

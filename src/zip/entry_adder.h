@@ -10,6 +10,7 @@
 
 #include "reporting/progress_relay.h"
 #include "zip/archive_writer.h"
+#include "zip/entry_metadata.h"
 
 namespace zip {
 
@@ -18,6 +19,9 @@ struct EntrySettings {
   Encryption encryption;
   int level = NewEntry::kDefaultLevel;
   FileSystem::Method method = FileSystem::Method::Deflate;
+  // What entries keep of files. Without it that is the time, with the present offset of local time,
+  // and the attributes.
+  std::optional<KeptMetadata> kept{};
 };
 
 // Sets what the options of a host say. Fails if the build lacks the encryption or the method. The
@@ -32,16 +36,22 @@ class EntryAdder {
              FileSystem::Detail::ProgressRelay& progress)
       : writer_(writer), settings_(settings), progress_(progress) {}
 
-  // Adds a file with its last write time (local) and attributes. The file is read in blocks.
+  // Adds a file, with what is kept of it. The file is read in blocks.
   FileSystem::Reason addFile(const char* source, const std::string& stored, const char* comment);
-  // Adds bytes with a time.
+  // Adds a link itself, whose content is its target.
+  FileSystem::Reason addLink(const char* source, const std::string& stored);
+  // Adds a folder itself. Its stored name ends in a separator.
+  FileSystem::Reason addFolder(const char* source, const std::string& stored);
+  // Adds bytes.
   FileSystem::Reason addBytes(const std::vector<unsigned char>& bytes, const std::string& stored,
-                              const char* comment, const SYSTEMTIME& time);
-  // Adds what a function of the host provides, with a time.
+                              const char* comment, const EntryMetadata& metadata);
+  // Adds what a function of the host provides.
   FileSystem::Reason addFrom(const FileSystem::ContentSource& source, const std::string& stored,
-                             const char* comment, const SYSTEMTIME& time);
+                             const char* comment, const EntryMetadata& metadata);
 
  private:
+  bool describe(HANDLE file, const char* source, EntryMetadata& metadata,
+                std::uint64_t& size) const;
   bool write(const unsigned char* data, std::size_t size);
   FileSystem::Reason finish();
   FileSystem::Reason failure() const;

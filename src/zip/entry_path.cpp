@@ -1,5 +1,6 @@
 #include "zip/entry_path.h"
 
+#include "platform/colon_names.h"
 #include "platform/relative_path.h"
 
 namespace zip {
@@ -18,6 +19,11 @@ bool startsWithDrive(std::string_view path) {
 bool escapesTarget(std::string_view name) {
   if (name.empty() || kSeparators.find(name[0]) != std::string_view::npos) return true;
   return startsWithDrive(name) || platform::hasParentComponent(name);
+}
+
+bool escapesFolder(std::string_view name) {
+  if (name.empty() || kSeparators.find(name[0]) != std::string_view::npos) return true;
+  return platform::isDriveOrStream(name) || platform::hasParentComponent(name);
 }
 
 std::size_t directoryLength(std::string_view path) {

@@ -19,6 +19,10 @@ using FileSystem::Reason;
 using FileSystem::Sink;
 using FileSystem::Detail::reasonOfError;
 using platform::ConfinedDirectory;
+using platform::NewMetadata;
+
+// The number of the name of a file that is written alone.
+constexpr std::uint64_t kOnlyName = 1;
 
 // The most bytes that an entry which is read into memory has.
 constexpr std::uint64_t kMostInMemory = UINT32_MAX;
@@ -38,6 +42,20 @@ Reason writeFailure(const std::string& target) {
   if (reason != Reason::WriteFailed) return reason;
   const Reason ofFolder = FileSystem::Detail::folderFailure(target, error);
   return ofFolder == Reason::NotAFolder ? ofFolder : reason;
+}
+
+// Returns the outcome of writing a target, from the last error if that has failed.
+Extractor::Outcome outcomeOf(const ConfinedDirectory::Result& written, const std::string& target) {
+  switch (written.outcome) {
+    case ConfinedDirectory::Outcome::Written:
+      return {};
+    case ConfinedDirectory::Outcome::Kept:
+      return {Reason::Exists};
+    case ConfinedDirectory::Outcome::SameFile:
+      return {Reason::SameFile, written.former};
+    default:
+      return {writeFailure(target)};
+  }
 }
 
 bool writeAll(HANDLE file, std::span<const unsigned char> bytes) {
@@ -114,33 +132,84 @@ Reason Extractor::toSink(const Sink& sink) {
   return copyPieces(entry, sink);
 }
 
-Extractor::Outcome Extractor::toFile(const std::string& target, ExistingFiles existing) {
-  constexpr std::uint64_t kOnlyName = 1;
-  return write(target, directoryLength(target), existing, kOnlyName);
+// Reads the target of a link. A longer one than the system takes is never read.
+Reason Extractor::readLink(std::string& target) {
+  constexpr std::uint32_t kLongestTarget = 4095;
+  if (archive_.describe().size > kLongestTarget) return Reason::PathTooLong;
+  std::vector<unsigned char> bytes;
+  const Reason reason = toBytes(bytes);
+  if (reason != Reason::None) return reason;
+  target.assign(bytes.begin(), bytes.end());
+  const bool isText = !target.empty() && target.find('\0') == std::string::npos;
+  return isText ? Reason::None : Reason::Damaged;
+}
+
+Extractor::Outcome Extractor::toFile(const std::string& target, ExistingFiles existing,
+                                     const NewMetadata& metadata) {
+  return write(target, directoryLength(target), existing, kOnlyName, metadata);
+}
+
+Extractor::Outcome Extractor::toLink(const std::string& target, ExistingFiles existing,
+                                     const NewMetadata& metadata) {
+  return toLinkIn(target, directoryLength(target), existing, kOnlyName, metadata);
 }
 
 Extractor::Outcome Extractor::toFileBelow(const std::string& target, std::size_t prefixLength,
                                           ExistingFiles existing, std::uint64_t id) {
   const std::string_view whole(target);
   if (escapesTarget(whole.substr(prefixLength))) return {Reason::NameEscapes};
-  return write(target, directoryLength(whole.substr(0, prefixLength)), existing, id);
+  return write(target, directoryLength(whole.substr(0, prefixLength)), existing, id, {});
 }
 
-Reason Extractor::createFolder(const std::string& target, std::size_t prefixLength) {
-  const std::string_view whole(target);
-  if (escapesTarget(whole.substr(prefixLength))) return Reason::NameEscapes;
-  const std::size_t length = directoryLength(whole.substr(0, prefixLength));
+Extractor::Outcome Extractor::toFileIn(const std::string& target, std::size_t folderLength,
+                                       ExistingFiles existing, std::uint64_t id,
+                                       const NewMetadata& metadata) {
+  return write(target, folderLength, existing, id, metadata);
+}
+
+Extractor::Outcome Extractor::toLinkIn(const std::string& target, std::size_t folderLength,
+                                       ExistingFiles existing, std::uint64_t id,
+                                       const NewMetadata& metadata) {
+  if (!openDirectory(target.substr(0, folderLength))) return {writeFailure(target)};
+  Reason reason = Reason::None;
+  const auto read = [&](std::string& text) {
+    reason = readLink(text);
+    return reason == Reason::None;
+  };
+  const ConfinedDirectory::Result written = directory_->writeLink(
+      std::string_view(target).substr(folderLength), read, modeOf(existing), id, metadata);
+  if (reason != Reason::None) return {reason};
+  const bool isPossible = written || GetLastError() != ERROR_NOT_SUPPORTED;
+  return isPossible ? outcomeOf(written, target) : Outcome{Reason::IsALink};
+}
+
+Reason Extractor::beginFolder(const std::string& folder, bool isNew) {
+  const bool isBegun = openDirectory(folder) && directory_->rememberCreated(isNew);
+  return isBegun ? Reason::None : writeFailure({});
+}
+
+Reason Extractor::createFolder(const std::string& target, std::size_t folderLength,
+                               const NewMetadata& metadata, std::size_t index) {
   const bool isCreated =
-      openDirectory(target.substr(0, length)) && directory_->createDirectory(whole.substr(length));
+      openDirectory(target.substr(0, folderLength)) &&
+      directory_->createDirectory(std::string_view(target).substr(folderLength), metadata, index);
   return isCreated ? Reason::None : writeFailure({});
 }
 
+void Extractor::finishFolders(const std::function<void(std::size_t, Reason)>& failed) {
+  if (!directory_ || !*directory_) return;
+  directory_->finishDirectories([&](std::size_t index) {
+    failed(index, reasonOfError(GetLastError(), Reason::WriteFailed));
+  });
+}
+
 Extractor::Outcome Extractor::write(const std::string& target, std::size_t directoryLength,
-                                    ExistingFiles existing, std::uint64_t id) {
+                                    ExistingFiles existing, std::uint64_t id,
+                                    const NewMetadata& metadata) {
   // That of the content, which is not the last error of the call.
   Reason reason = Reason::None;
   const auto writeFrom = [&](const ConfinedDirectory::Fill& fill) {
-    const Outcome outcome = writeTarget(target, directoryLength, fill, existing, id);
+    const Outcome outcome = writeTarget(target, directoryLength, fill, existing, id, metadata);
     return reason == Reason::None ? outcome : Outcome{reason};
   };
   if (existing == ExistingFiles::Keep) {
@@ -200,21 +269,11 @@ Reason Extractor::writeContent(OpenEntry& entry, HANDLE file) {
 
 Extractor::Outcome Extractor::writeTarget(const std::string& target, std::size_t directoryLength,
                                           const ConfinedDirectory::Fill& fill,
-                                          ExistingFiles existing, std::uint64_t id) {
-  using Written = ConfinedDirectory::Outcome;
+                                          ExistingFiles existing, std::uint64_t id,
+                                          const NewMetadata& metadata) {
   if (!openDirectory(target.substr(0, directoryLength))) return {writeFailure(target)};
-  const ConfinedDirectory::Result written = directory_->write(
-      std::string_view(target).substr(directoryLength), fill, modeOf(existing), id);
-  switch (written.outcome) {
-    case Written::Written:
-      return {};
-    case Written::Kept:
-      return {Reason::Exists};
-    case Written::SameFile:
-      return {Reason::SameFile, written.former};
-    default:
-      return {writeFailure(target)};
-  }
+  const std::string_view name = std::string_view(target).substr(directoryLength);
+  return outcomeOf(directory_->write(name, fill, modeOf(existing), id, metadata), target);
 }
 
 Reason Extractor::copyPieces(OpenEntry& entry, const Sink& sink) {

@@ -53,15 +53,60 @@ Reason addFiles(zip::EntryAdder& adder, const std::string& directory,
   return Reason::None;
 }
 
-// Packs all files, or reports the one that fails.
+// Adds folders in the same way.
+Reason addFolders(zip::EntryAdder& adder, const std::string& directory,
+                  const std::vector<std::string>& folders, ProgressRelay& progress,
+                  std::string& name) {
+  for (const std::string& folder : folders) {
+    name = folder.substr(directory.size());
+    if (!progress.begin(name)) return Reason::Cancelled;
+    const std::string stored = zip::storedName(name.empty() ? ".\\" : name);
+    const Reason reason = adder.addFolder(folder.c_str(), stored);
+    if (reason != Reason::None) return reason;
+    if (!progress.end()) return Reason::Cancelled;
+  }
+  return Reason::None;
+}
+
+// Adds links in the same way.
+Reason addLinks(zip::EntryAdder& adder, const std::string& directory,
+                const std::vector<std::string>& links, ProgressRelay& progress, std::string& name) {
+  for (const std::string& link : links) {
+    name = FileSystem::subPath(directory, link);
+    if (!progress.begin(name)) return Reason::Cancelled;
+    const Reason reason = adder.addLink(link.c_str(), zip::storedName(name));
+    if (reason != Reason::None) return reason;
+    if (!progress.end()) return Reason::Cancelled;
+  }
+  return Reason::None;
+}
+
+// Appends the items of what was packed.
+void appendItems(const zip::PackableFiles& files, const std::string& directory,
+                 std::vector<ItemResult>& items) {
+  for (const std::string& folder : files.folders) {
+    items.push_back({folder.substr(directory.size()), Reason::None, {}, true});
+  }
+  for (const auto* const paths : {&files.paths, &files.links}) {
+    for (const std::string& path : *paths) {
+      items.push_back({FileSystem::subPath(directory, path), Reason::None, {}});
+    }
+  }
+}
+
+// Packs all, or reports the file that fails.
 Reason packAll(zip::NewArchive& archive, const std::string& directory,
-               const std::vector<std::string>& files, const zip::EntrySettings& settings,
+               const zip::PackableFiles& files, const zip::EntrySettings& settings,
                ProgressRelay& progress, Report& report) {
   if (!archive.begin()) return archive.reason();
   archive.writer().useSlashes(true);
   zip::EntryAdder adder(archive.writer(), settings, progress);
   std::string name;
-  const Reason reason = addFiles(adder, directory, files, progress, name);
+  // Folders first: unzip gives permissions and times to those folders alone that it has not created
+  // for a file before.
+  Reason reason = addFolders(adder, directory, files.folders, progress, name);
+  if (reason == Reason::None) reason = addFiles(adder, directory, files.paths, progress, name);
+  if (reason == Reason::None) reason = addLinks(adder, directory, files.links, progress, name);
   if (reason != Reason::None) {
     const bool isOfFile = reason != Reason::Cancelled && !archive.writer().isArchiveAtFault();
     if (isOfFile) report.items.push_back({name, reason, {}});
@@ -69,9 +114,7 @@ Reason packAll(zip::NewArchive& archive, const std::string& directory,
   }
   // Made first, so that no memory is needed when the archive is complete.
   std::vector<ItemResult> items = report.items;
-  for (const std::string& file : files) {
-    items.push_back({FileSystem::subPath(directory, file), Reason::None, {}});
-  }
+  appendItems(files, directory, items);
   if (!archive.complete()) return archive.reason();
   report.items = std::move(items);
   return Reason::None;
@@ -88,10 +131,10 @@ Report pack(const std::string& directory, const char* zip, const Options& option
     report.reason = archive.reason();
     return report;
   }
-  const zip::PackableFiles files = zip::packableFiles(directory, zip, progress, report);
-  progress.expect(files.paths.size(), files.bytes);
+  const zip::PackableFiles files = zip::packableFiles(directory, zip, options, progress, report);
+  progress.expect(files.size(), files.bytes);
   if (report.reason == Reason::None) {
-    report.reason = packAll(archive, directory, files.paths, settings, progress, report);
+    report.reason = packAll(archive, directory, files, settings, progress, report);
   }
   return report;
 }

@@ -14,6 +14,7 @@
 
 namespace zip {
 
+using FileSystem::Options;
 using FileSystem::Reason;
 using FileSystem::Report;
 using FileSystem::Detail::ProgressRelay;
@@ -33,16 +34,19 @@ bool isSameFile(const char* a, const char* b) {
 // Checks each file of a tree before any of them is packed.
 class Check {
  public:
-  Check(const std::string& base, const std::string& archive, ProgressRelay& progress,
-        Report& report)
+  Check(const std::string& base, const std::string& archive, const Options& options,
+        ProgressRelay& progress, Report& report)
       : base_(base),
         archive_(archive),
         progress_(progress),
         report_(report),
-        walk_(base, true, true) {}
+        keepsLinks_(options.links()),
+        keepsFolders_(options.folders()),
+        walk_(base, true, true, !options.links()) {}
 
   void run() {
-    walk_.run([this](const WIN32_FIND_DATAA&) { return !progress_.isCancelled(); },
+    if (keepsFolders_) files_.folders.push_back(base_);
+    walk_.run([this](const WIN32_FIND_DATAA&) { return checkFolder(); },
               [this](const Search& search) { checkFile(search); },
               [this](const Search& search) { checkEnd(search); });
   }
@@ -50,6 +54,22 @@ class Check {
   PackableFiles takeFiles() { return std::move(files_); }
 
  private:
+  bool checkFolder() {
+    const std::string path = walk_.path() + '\\';
+    // The walk reports a folder whose path is too long.
+    if (keepsFolders_ && path.size() <= PathText::kLongest && canBeNamed(path, true)) {
+      files_.folders.push_back(path);
+    }
+    return !progress_.isCancelled();
+  }
+
+  // False, with the failure reported, if no entry can have the name.
+  bool canBeNamed(const std::string& path, bool isFolder = false) {
+    if (storedName(FileSystem::subPath(base_, path)).size() <= kLongestName) return true;
+    fail(path, Reason::NameTooLong, isFolder);
+    return false;
+  }
+
   void checkFile(const Search& search) {
     // Listing a large tree takes long. The host can cancel it, too.
     constexpr int kInterval = 1000;
@@ -58,15 +78,17 @@ class Check {
     if (progress_.isCancelled()) return;
     std::string path = walk_.path() + name_;
     if (path.size() > PathText::kLongest) return fail(path, Reason::PathTooLong);
+    if (keepsLinks_ && search.isLink()) {
+      if (canBeNamed(path)) files_.links.push_back(std::move(path));
+      return;
+    }
     if (!search.canOpen(path.c_str())) return checkUnopened(path);
     WIN32_FILE_ATTRIBUTE_DATA data = {};
     if (GetFileAttributesExA(path.c_str(), GetFileExInfoStandard, &data) == 0) {
       return fail(path, FileSystem::Detail::reasonOfError(GetLastError(), Reason::ReadFailed));
     }
     const std::uint64_t size = std::uint64_t{data.nFileSizeHigh} << 32 | data.nFileSizeLow;
-    if (storedName(FileSystem::subPath(base_, path)).size() > kLongestName) {
-      return fail(path, Reason::NameTooLong);
-    }
+    if (!canBeNamed(path)) return;
     files_.bytes += size;
     files_.paths.push_back(std::move(path));
   }
@@ -110,6 +132,8 @@ class Check {
   const std::string& archive_;
   ProgressRelay& progress_;
   Report& report_;
+  const bool keepsLinks_;
+  const bool keepsFolders_;
   FolderWalk walk_;
   PackableFiles files_;
   std::string name_;
@@ -119,8 +143,8 @@ class Check {
 }  // namespace
 
 PackableFiles packableFiles(const std::string& base, const std::string& archive,
-                            ProgressRelay& progress, Report& report) {
-  Check check(base, archive, progress, report);
+                            const Options& options, ProgressRelay& progress, Report& report) {
+  Check check(base, archive, options, progress, report);
   check.run();
   if (progress.isCancelled()) report.reason = Reason::Cancelled;
   return check.takeFiles();

@@ -1,6 +1,7 @@
 #pragma once
 // Packing the files of a directory into a new archive.
 
+#include <filesystem/options.h>
 #include <filesystem/results.h>
 
 #include <cstdint>
@@ -11,15 +12,21 @@
 
 namespace zip {
 
+// Paths of what is packed.
 struct PackableFiles {
-  std::vector<std::string> paths;
-  std::uint64_t bytes = 0;  // of all of them
+  std::vector<std::string> paths;    // of the files
+  std::vector<std::string> links;    // if links are kept
+  std::vector<std::string> folders;  // if folders are kept; each precedes those in it
+  std::uint64_t bytes = 0;           // of all files
+
+  std::size_t size() const { return paths.size() + links.size() + folders.size(); }
 };
 
-// Lists the files below a directory, whose path ends in a separator, and reports those that cannot
-// be packed, by their paths below it. `archive` is left out. Report::reason is the reason of the
-// first one that fails, or says that the call was cancelled.
+// Lists what is below a directory, whose path ends in a separator, and the directory itself, and
+// reports what cannot be packed, by its path below it. `archive` is left out. Report::reason is the
+// reason of the first one that fails, or says that the call was cancelled.
 PackableFiles packableFiles(const std::string& base, const std::string& archive,
+                            const FileSystem::Options& options,
                             FileSystem::Detail::ProgressRelay& progress,
                             FileSystem::Report& report);
 

@@ -203,7 +203,8 @@ int ZipArchive::insert(const std::vector<unsigned char>& bytes, const std::strin
     SYSTEMTIME now = {};
     GetSystemTime(&now);
     return zip::EntryAdder(writer, {m_private->encryption()}, progress)
-               .addBytes(bytes, zip::storedName(entry), comment.c_str(), now) == Reason::None;
+               .addBytes(bytes, zip::storedName(entry), comment.c_str(), {.local = now}) ==
+           Reason::None;
   };
   return writing(*m_private, [&](const std::string& path) {
     return zip::insertEntry(path, entry, overwrite != 0, hasSource, add);

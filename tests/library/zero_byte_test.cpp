@@ -164,6 +164,18 @@ const Export kExports[] = {
        change.insertFile(pass(world.path("in\\a.txt")), "a");
        return reasonOf(change, world);
      }},
+    {"ArchiveChangeInsertFolder",
+     [](In world, Pass pass) {
+       ArchiveChange change;
+       change.insertFolder(pass(world.path("in")), pass("new"));
+       return reasonOf(change, world);
+     }},
+    {"ArchiveChangeInsertLink",
+     [](In world, Pass pass) {
+       ArchiveChange change;
+       change.insertLink(pass(world.path("in\\a.txt")), pass("new"));
+       return reasonOf(change, world);
+     }},
     {"ArchiveChangeInsertName",
      [](In world, Pass pass) {
        ArchiveChange change;

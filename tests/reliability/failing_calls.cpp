@@ -187,6 +187,12 @@ CALL(int, unlink, (const char* path), (path), path, false, Recorder::namesChange
 CALL(int, unlinkat, (int folder, const char* path, int flags), (folder, path, flags), path, false,
      Recorder::namesChanged())
 CALL(int, rmdir, (const char* path), (path), path, false, {})
+CALL(int, mkdirat, (int folder, const char* path, mode_t mode), (folder, path, mode), path, true,
+     {})
+CALL(int, symlinkat, (const char* target, int folder, const char* path), (target, folder, path),
+     path, true, Recorder::namesChanged())
+CALL(int, utimensat, (int folder, const char* path, const struct timespec* times, int flags),
+     (folder, path, times, flags), path, false, {})
 CALL(int, mkdir, (const char* path, mode_t mode), (path, mode), path, true, {})
 CALL(char*, realpath, (const char* path, char* real_path), (path, real_path), path, false, {})
 CALL(DIR*, opendir, (const char* path), (path), path, false, {})

@@ -1,6 +1,7 @@
 // Hostile archives: each one fails as documented, in little time and memory, and nothing is written
 // outside the target directory.
 
+#include <filesystem/archive.h>
 #include <filesystem/zip.h>
 
 #include <algorithm>
@@ -34,6 +35,15 @@ std::ostream& operator<<(std::ostream& out, const Findings& f) {
   return out << f.listed << ' ' << f.read << ' ' << f.appended << ' ' << f.unpacked;
 }
 
+// Unpacks with permissions, times and links.
+void unpackEntries(const std::string& path, const std::string& folder) {
+  FileSystem::Archive archive;
+  if (archive.open(path.c_str()) != FileSystem::Reason::None) return;
+  std::vector<FileSystem::Entry> entries = archive.entries();
+  entries.resize(std::min<std::size_t>(entries.size(), 1000));
+  archive.unpack(entries, folder.c_str());
+}
+
 Findings workOn(const std::string& path, const std::string& folder) {
   Findings findings{};
   {
@@ -55,6 +65,8 @@ Findings workOn(const std::string& path, const std::string& folder) {
   ZipArchive archive;
   archive.open(path.c_str(), kReadWrite);
   findings.appended = archive.insert({'x'}, "added", "", 0) == 1;
+  archive.close();
+  unpackEntries(path, folder + "target");
   return findings;
 }
 
@@ -107,6 +119,9 @@ TEST(Hostile, ArchivesGetTheirFailureValueSoonAndInLittleMemory) {
                                 " | sort"),
               "home\nhome/deep\nhome/outside\n");
     EXPECT_FALSE(std::filesystem::exists("/tmp/vesk-climbed"));
+    EXPECT_EQ(support::outputOf(folder.path(),
+                                "find home -perm /6000 -o ! -type f ! -type d ! -type l"),
+              "");
     std::printf("%-30s %8zu bytes  %6.3f s  %6ld KiB\n", name.c_str(),
                 static_cast<std::size_t>(size), report->seconds, peak.kibibytes);
     // A sanitizer or valgrind needs more.

@@ -1,5 +1,6 @@
 #include "operations.h"
 
+#include <filesystem/archive.h>
 #include <filesystem/archive_change.h>
 #include <filesystem/enumeration.h>
 #include <filesystem/files.h>
@@ -148,6 +149,13 @@ const Operation kOperations[] = {
     {"extract_over_a_file", [](In in) { return extracts(in, "out/small"); }},
     {"unpack", [](In in) { return FRT_UNZIP_FILE((in + "a.zip").c_str(), (in + "out").c_str()); },
      kInParts | kPassesOver},
+    {"unpack_with_times",
+     [](In in) {
+       FileSystem::Archive archive;
+       return archive.open((in + "a.zip").c_str()) == FileSystem::Reason::None &&
+              archive.unpack(archive.entries(), (in + "out").c_str());
+     },
+     kInParts},
     {"pack", [](In in) { return packs(in, "b.zip"); }, kInParts | kPassesOver},
     {"pack_over_an_archive", [](In in) { return packs(in, "a.zip"); }, kInParts | kPassesOver},
     {"copy_over_files", [](In in) { return copies(in, "out/"); }, kInParts},

@@ -1,6 +1,8 @@
 #include "platform/confined_directory.h"
 
+#include <algorithm>
 #include <cstdint>
+#include <set>
 #include <utility>
 #include <vector>
 
@@ -54,8 +56,21 @@ bool isDirectory(const BY_HANDLE_FILE_INFORMATION& information) {
   return (information.dwFileAttributes & kKinds) == FILE_ATTRIBUTE_DIRECTORY;
 }
 
+// Sets the time and the attributes of an open file or directory, which has `attributes`.
+bool applyMetadata(HANDLE file, DWORD attributes, const NewMetadata& metadata) {
+  if (metadata.attributes == 0 && !metadata.lastWrite) return true;
+  FILE_BASIC_INFO information{};
+  information.FileAttributes = attributes | metadata.attributes;
+  if (metadata.lastWrite) {
+    information.LastWriteTime.LowPart = metadata.lastWrite->dwLowDateTime;
+    information.LastWriteTime.HighPart = static_cast<LONG>(metadata.lastWrite->dwHighDateTime);
+  }
+  return SetFileInformationByHandle(file, FileBasicInfo, &information, sizeof information) != FALSE;
+}
+
 // Replaces a file, or a link to one, by a new file beside it.
-bool replaceExisting(const std::string& path, const ConfinedDirectory::Fill& fill) {
+bool replaceExisting(const std::string& path, const ConfinedDirectory::Fill& fill,
+                     const NewMetadata& metadata) {
   // Fails if another process uses the file or if it is read-only.
   FileHandle held = openFile(path, OPEN_EXISTING);
   if (!held) return false;
@@ -63,6 +78,7 @@ bool replaceExisting(const std::string& path, const ConfinedDirectory::Fill& fil
   if (!original) return false;
   // What a link has is not what its target has.
   ReplacementFile replacement(path, original.isLink() ? nullptr : &original);
+  replacement.setMetadata(metadata);
   if (!replacement || !fill(replacement.handle()) || !replacement.complete()) return false;
   // Windows does not rename over an open file.
   held.reset();
@@ -71,8 +87,10 @@ bool replaceExisting(const std::string& path, const ConfinedDirectory::Fill& fil
 
 // Deletes the file again if it could not be written completely. A server may report that only when
 // the file is closed.
-bool writeNew(FileHandle file, const std::string& path, const ConfinedDirectory::Fill& fill) {
-  const bool filled = fill(file.get());
+bool writeNew(FileHandle file, const std::string& path, const ConfinedDirectory::Fill& fill,
+              const NewMetadata& metadata) {
+  const bool filled =
+      fill(file.get()) && applyMetadata(file.get(), FILE_ATTRIBUTE_ARCHIVE, metadata);
   if (closeFile(file.release()) != FALSE && filled) return true;
   DeleteFileA(path.c_str());
   return false;
@@ -91,13 +109,23 @@ struct ConfinedDirectory::State {
 
   std::string root;
   FileHandle rootDirectory;
+  // A directory that gets metadata in the end.
+  struct Chosen {
+    std::string path;
+    NewMetadata metadata;
+    std::size_t id;
+  };
+
   std::vector<Level> levels;
   WrittenFiles written;
+  bool isCreated = false;         // the directory itself
+  std::set<std::string> created;  // paths of directories in it, with separators
+  std::vector<Chosen> chosen;
 
   const std::string& deepest() const { return levels.empty() ? root : levels.back().path; }
   bool descend(std::string_view path);
   Result writeExisting(const std::string& path, const Fill& fill, Existing existing,
-                       WrittenFiles::Name id);
+                       WrittenFiles::Name id, const NewMetadata& metadata);
 };
 
 // Opens, and creates where missing, the directories of `path`, which ends in a separator or is
@@ -112,10 +140,11 @@ bool ConfinedDirectory::State::descend(std::string_view path) {
       levels.resize(depth);
       Level level{
           .name = std::string(name), .path = deepest() + std::string(name), .directory = {}};
-      CreateDirectoryA(level.path.c_str(), nullptr);
+      const bool isNew = CreateDirectoryA(level.path.c_str(), nullptr) != FALSE;
       level.directory = openDirectory(level.path, true);
       if (!level.directory) return false;
       level.path += '\\';
+      if (isNew) created.insert(level.path);
       levels.push_back(std::move(level));
     }
     ++depth;
@@ -128,7 +157,8 @@ bool ConfinedDirectory::State::descend(std::string_view path) {
 ConfinedDirectory::Result ConfinedDirectory::State::writeExisting(const std::string& path,
                                                                   const Fill& fill,
                                                                   Existing existing,
-                                                                  WrittenFiles::Name id) {
+                                                                  WrittenFiles::Name id,
+                                                                  const NewMetadata& metadata) {
   BY_HANDLE_FILE_INFORMATION information;
   if (!inspect(path, information)) return {Outcome::Failed};
   const WrittenFiles::Name former = written.nameOf(identityOf(information));
@@ -139,7 +169,7 @@ ConfinedDirectory::Result ConfinedDirectory::State::writeExisting(const std::str
   if (existing == Existing::Kept) {
     return {isDirectory(information) ? Outcome::Failed : Outcome::Kept};
   }
-  if (!replaceExisting(path, fill)) return {Outcome::Failed};
+  if (!replaceExisting(path, fill, metadata)) return {Outcome::Failed};
   if (inspect(path, information)) written.add(identityOf(information), id);
   return {Outcome::Written};
 }
@@ -154,12 +184,51 @@ ConfinedDirectory::~ConfinedDirectory() = default;
 
 ConfinedDirectory::operator bool() const { return static_cast<bool>(state_->rootDirectory); }
 
-bool ConfinedDirectory::createDirectory(std::string_view name) {
-  return !hasParentComponent(name) && state_->descend(std::string(name) + '\\');
+bool ConfinedDirectory::rememberCreated(bool isNew) {
+  state_->isCreated = isNew;
+  return true;
+}
+
+bool ConfinedDirectory::createDirectory(std::string_view name, const NewMetadata& metadata,
+                                        std::size_t id) {
+  if (hasParentComponent(name) || !state_->descend(std::string(name) + '\\')) return false;
+  const bool isCreated =
+      state_->levels.empty() ? state_->isCreated : state_->created.count(state_->deepest()) != 0;
+  if (isCreated) state_->chosen.push_back({state_->deepest(), metadata, id});
+  return true;
+}
+
+// The path of a directory is longer than those of the directories above it. None of them can be
+// exchanged while its handle is open, so each is opened once more with the right to change it.
+void ConfinedDirectory::finishDirectories(const std::function<void(std::size_t)>& failed) {
+  std::vector<State::Chosen> chosen = std::exchange(state_->chosen, {});
+  std::stable_sort(chosen.begin(), chosen.end(),
+                   [](const auto& a, const auto& b) { return a.path.size() > b.path.size(); });
+  for (const State::Chosen& directory : chosen) {
+    const std::string_view below = std::string_view(directory.path).substr(state_->root.size());
+    const std::string path = directory.path + '.';
+    constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+    const bool isThere = state_->descend(below);
+    const FileHandle handle(isThere ? CreateFileA(path.c_str(), FILE_WRITE_ATTRIBUTES, kShareAll,
+                                                  nullptr, OPEN_EXISTING,
+                                                  FILE_FLAG_BACKUP_SEMANTICS, nullptr)
+                                    : INVALID_HANDLE_VALUE);
+    if (!handle || !applyMetadata(handle.get(), FILE_ATTRIBUTE_DIRECTORY, directory.metadata)) {
+      failed(directory.id);
+    }
+  }
+}
+
+ConfinedDirectory::Result ConfinedDirectory::writeLink(std::string_view, const ReadTarget&,
+                                                       Existing, WrittenFiles::Name,
+                                                       const NewMetadata&) {
+  SetLastError(ERROR_NOT_SUPPORTED);
+  return {Outcome::Failed};
 }
 
 ConfinedDirectory::Result ConfinedDirectory::write(std::string_view name, const Fill& fill,
-                                                   Existing existing, WrittenFiles::Name id) {
+                                                   Existing existing, WrittenFiles::Name id,
+                                                   const NewMetadata& metadata) {
   const std::size_t fileStart = name.find_last_of("\\/") + 1;
   if (hasParentComponent(name) || !state_->descend(name.substr(0, fileStart)) ||
       fileStart == name.size()) {
@@ -169,11 +238,11 @@ ConfinedDirectory::Result ConfinedDirectory::write(std::string_view name, const 
   FileHandle file = openFile(path, CREATE_NEW);
   if (!file) {
     if (GetLastError() != ERROR_FILE_EXISTS) return {Outcome::Failed};
-    return state_->writeExisting(path, fill, existing, id);
+    return state_->writeExisting(path, fill, existing, id, metadata);
   }
   BY_HANDLE_FILE_INFORMATION information;
   const bool isKnown = GetFileInformationByHandle(file.get(), &information) != FALSE;
-  if (!writeNew(std::move(file), path, fill)) return {Outcome::Failed};
+  if (!writeNew(std::move(file), path, fill, metadata)) return {Outcome::Failed};
   if (isKnown) state_->written.add(identityOf(information), id);
   return {Outcome::Written};
 }

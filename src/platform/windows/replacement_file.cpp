@@ -120,6 +120,13 @@ ReplacementFile::~ReplacementFile() {
   SetLastError(error);
 }
 
+void ReplacementFile::setMetadata(const NewMetadata& metadata) {
+  final_.FileAttributes |= metadata.attributes;
+  if (!metadata.lastWrite) return;
+  final_.LastWriteTime.LowPart = metadata.lastWrite->dwLowDateTime;
+  final_.LastWriteTime.HighPart = static_cast<LONG>(metadata.lastWrite->dwHighDateTime);
+}
+
 bool ReplacementFile::close() { return CloseHandle(file_.release()) != FALSE; }
 
 bool ReplacementFile::setAttributes() {

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/file_metadata.h"
 #include "platform/unique_handle.h"
 #include "platform/win32.h"
 
@@ -55,6 +56,8 @@ class ReplacementFile {
   // Closes the file, so that it can be written under its name.
   bool close();
 
+  // Sets the attributes and the time that the file gets in place of those of a new one.
+  void setMetadata(const NewMetadata& metadata);
   // Gives the file the attributes of the original, commits it to the disk and closes it.
   bool complete();
   // Renames the completed file and commits the name. An existing file is replaced in the same step

@@ -156,6 +156,17 @@ FoundEntry lastFound(HANDLE handle) {
   return {.folder = search.folder(), .name = entry->d_name, .isRegular = entry->d_type == DT_REG};
 }
 
+bool isLastFoundLink(HANDLE handle) {
+  const auto& search = *static_cast<const Search*>(handle);
+  const dirent* const entry = search.entry();
+  if (entry == nullptr || entry->d_type != DT_UNKNOWN) {
+    return entry != nullptr && entry->d_type == DT_LNK;
+  }
+  struct stat status;
+  return fstatat(search.folder(), entry->d_name, &status, AT_SYMLINK_NOFOLLOW) == 0 &&
+         S_ISLNK(status.st_mode);
+}
+
 const std::vector<std::string>& namesPassedOver(HANDLE handle) {
   return static_cast<const Search*>(handle)->passedOver();
 }

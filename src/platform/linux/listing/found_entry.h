@@ -19,6 +19,9 @@ struct FoundEntry {
 // or has returned its last entry.
 FoundEntry lastFound(HANDLE search);
 
+// Reports whether the entry that the search found last is a symbolic link.
+bool isLastFoundLink(HANDLE search);
+
 // The shown names of the entries that the search has passed over because they are too long for a
 // record.
 const std::vector<std::string>& namesPassedOver(HANDLE search);

@@ -2,6 +2,7 @@
 // File times: counts of 100 nanoseconds since 1601-01-01 UTC.
 
 #include <cstdint>
+#include <ctime>
 
 #include "platform/linux/win32_linux.h"
 
@@ -20,5 +21,8 @@ inline FILETIME fileTimeOf(std::int64_t ticks) {
 // Converts a time since 1970. A time that a file time cannot hold becomes the nearest time that it
 // can: times before 1601 its first, and times after the year 30828 its last one.
 FILETIME fileTimeOf(std::int64_t seconds, std::int64_t nanoseconds);
+
+// Converts a file time to a time since 1970.
+struct timespec timeSpecOf(const FILETIME& time);
 
 }  // namespace platform::native

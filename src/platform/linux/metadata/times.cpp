@@ -84,6 +84,12 @@ FILETIME fileTimeOf(std::int64_t seconds, std::int64_t nanoseconds) {
   return fileTimeOf(std::max<std::int64_t>(ticks, 0));
 }
 
+struct timespec timeSpecOf(const FILETIME& time) {
+  const std::int64_t ticks = ticksOf(time);
+  const std::int64_t offset = (sys_days{} - kFileTimeStart).count() * kSecondsPerDay;
+  return {.tv_sec = ticks / kTicksPerSecond - offset, .tv_nsec = ticks % kTicksPerSecond * 100};
+}
+
 }  // namespace platform::native
 
 using namespace platform::native;

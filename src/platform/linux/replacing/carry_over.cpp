@@ -3,6 +3,8 @@
 #include <sys/xattr.h>
 #include <unistd.h>
 
+#include "platform/linux/metadata/new_metadata.h"
+
 #include <cerrno>
 #include <cstring>
 #include <optional>
@@ -85,8 +87,7 @@ bool carryOwner(const struct stat& old, int to) {
 
 bool canCarryAccess(int from, int to, bool isRemote) {
   constexpr mode_t kOwnerOnly = 0600;
-  const bool hasAcl = fgetxattr(from, kAcl, nullptr, 0) > 0 ||
-                      (isRemote && fgetxattr(from, kNfsAcl, nullptr, 0) > 0);
+  const bool hasAcl = hasAccessList(from) || (isRemote && fgetxattr(from, kNfsAcl, nullptr, 0) > 0);
   return !hasAcl || (carryAcl(from, to, isRemote) && fchmod(to, kOwnerOnly) == 0);
 }
 
@@ -95,6 +96,13 @@ bool carryAccess(int from, const struct stat& old, mode_t removed, int to, bool 
   return carryUserAttributes(from, to) && carryAcl(from, to, isRemote) &&
          fchmod(to, old.st_mode & kWithoutSetId & ~removed) == 0;
 }
+
+bool setAccess(int from, mode_t mode, int to) {
+  constexpr mode_t kOwnerOnly = 0600;
+  return carryUserAttributes(from, to) && removeAcl(to) && applyMode(to, mode, kOwnerOnly);
+}
+
+bool hasAccessList(int file) { return fgetxattr(file, kAcl, nullptr, 0) > 0; }
 
 bool cannotCarry(int error) {
   return error == EPERM || error == EACCES || error == EINVAL || error == EOPNOTSUPP;

@@ -26,6 +26,13 @@ bool canCarryAccess(int from, int to, bool isRemote);
 // `old` without set-id bits and without `removed`. False, with errno, on failure.
 bool carryAccess(int from, const struct stat& old, mode_t removed, int to, bool isRemote);
 
+// Gives `to` the user attributes of `from` and the permissions `mode`, and no access control list,
+// since one could permit more than they say. False, with errno, on failure.
+bool setAccess(int from, mode_t mode, int to);
+
+// Reports whether a file has an access control list.
+bool hasAccessList(int file);
+
 // True if errno, after one of these failed, shows that the file system or the owner does not permit
 // the step.
 bool cannotCarry(int error);

@@ -9,6 +9,7 @@
 #include <thread>
 
 #include "platform/linux/metadata/attributes.h"
+#include "platform/linux/metadata/new_metadata.h"
 #include "platform/linux/opening/existing_file.h"
 #include "platform/linux/opening/remote_file.h"
 #include "platform/linux/opening/share_lock.h"
@@ -48,7 +49,7 @@ bool isRefusal(int error) {
 ReplacementFile::ReplacementFile(const Place& place, Named named) : place_(place) {
   constexpr mode_t kOwnerOnly = 0600;
   constexpr mode_t kPermissions = 0666;
-  const mode_t mode = place.held != nullptr ? kOwnerOnly : kPermissions;
+  const mode_t mode = place.held != nullptr || place.mode ? kOwnerOnly : kPermissions;
   if (!(named == Named::AtTheEnd && createUnnamed(mode)) && !createNamed(mode)) return;
   isRemote_ = isRemoteFile(file_.get());
   keepsOwner_ = place.held == nullptr || carryOwner(place.status, file_.get());
@@ -113,8 +114,16 @@ bool ReplacementFile::isLeftOver() const {
 bool ReplacementFile::carryOver(const struct stat& now, mode_t removed) {
   // Another process may have given the old file away meanwhile.
   const bool isOwnerSet = now.st_uid == place_.status.st_uid && now.st_gid == place_.status.st_gid;
-  return (isOwnerSet || carryOwner(now, file_.get())) &&
-         carryAccess(place_.held->get(), now, removed, file_.get(), isRemote_);
+  const int held = place_.held->get();
+  if (!isOwnerSet && !carryOwner(now, file_.get())) return false;
+  return place_.mode ? native::setAccess(held, *place_.mode, file_.get())
+                     : carryAccess(held, now, removed, file_.get(), isRemote_);
+}
+
+bool ReplacementFile::setAccess(const struct stat& now, mode_t removed) {
+  if (place_.held != nullptr) return carryOver(now, removed);
+  constexpr mode_t kOwnerOnly = 0600;
+  return applyMode(file_.get(), place_.mode, kOwnerOnly);
 }
 
 Replaced ReplacementFile::complete(mode_t removed) {
@@ -128,7 +137,7 @@ Replaced ReplacementFile::complete(mode_t removed) {
       return Replaced::No;
     }
   }
-  if (place_.held != nullptr && !carryOver(now, removed)) {
+  if (!setAccess(now, removed)) {
     return cannotCarry(errno) ? Replaced::Refused : Replaced::No;
   }
   return commitContent(file_.get()) ? Replaced::Yes : Replaced::No;

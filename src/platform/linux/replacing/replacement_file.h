@@ -18,6 +18,8 @@
 
 #include <sys/stat.h>
 
+#include <cstdint>
+#include <optional>
 #include <string>
 
 #include "platform/linux/opening/descriptor.h"
@@ -33,6 +35,9 @@ struct Place {
   struct stat status {};
   // The file, open and locked against other replacements. Null if there is none, or a link.
   Descriptor* held = nullptr;
+  // The permissions of the new file, in place of those that it takes over. It then has no access
+  // control list of the old one.
+  std::optional<std::uint32_t> mode{};
 };
 
 // The outcome of a step of a replacement.
@@ -52,7 +57,8 @@ class ReplacementFile {
   // supports that, a killed process leaves nothing.
   enum class Named { AtTheEnd, Always };
 
-  // Creates the file. It is accessible to its owner alone if the place is that of a file.
+  // Creates the file. It is accessible to its owner alone if the place is that of a file or has a
+  // mode.
   ReplacementFile(const Place& place, Named named);
   ReplacementFile(const ReplacementFile&) = delete;
   ReplacementFile& operator=(const ReplacementFile&) = delete;
@@ -86,6 +92,7 @@ class ReplacementFile {
   bool underFreeName(Create create);
   bool isLeftOver() const;
   bool carryOver(const struct stat& now, mode_t removed);
+  bool setAccess(const struct stat& now, mode_t removed);
   bool moveToPlace();
   Replaced rename(const struct stat& own);
   bool isOldThere() const;

@@ -6,21 +6,17 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <optional>
 #include <utility>
 #include <vector>
 
 #include "platform/linux/metadata/attributes.h"
 #include "platform/linux/names/native_path.h"
 #include "platform/linux/opening/existing_file.h"
-#include "platform/linux/opening/file_handle.h"
-#include "platform/linux/opening/new_file.h"
-#include "platform/linux/opening/remote_file.h"
-#include "platform/linux/opening/share_lock.h"
-#include "platform/linux/replacing/overwriting.h"
-#include "platform/linux/replacing/replacement_file.h"
 #include "platform/linux/system/last_error.h"
+#include "platform/linux/trees/confined_files.h"
+#include "platform/linux/trees/created_directories.h"
 #include "platform/relative_path.h"
-#include "platform/unique_handle.h"
 #include "platform/written_files.h"
 
 namespace platform {
@@ -36,19 +32,24 @@ struct ConfinedDirectory::State {
   native::Descriptor root;
   std::vector<Level> levels;
   WrittenFiles written;
+  bool remembersCreated = false;
+  native::CreatedDirectories created;
 
   int deepest() const { return levels.empty() ? root.get() : levels.back().directory.get(); }
-  bool descend(std::string_view path);
-  Result writeExisting(const char* name, const Fill& fill, Existing existing,
-                       WrittenFiles::Name id);
+  bool descend(std::string_view path, const NewMetadata& metadata = {});
+  const char* descendTo(const native::NativePath& path);
+  // Finds the existing file or link that may be replaced. Nothing if it may be.
+  std::optional<Result> checkExisting(const char* name, Existing existing, WrittenFiles::Name id,
+                                      struct stat& status) const;
+  void addWritten(const char* name, WrittenFiles::Name id);
+  Result writeExisting(const char* name, const Fill& fill, Existing existing, WrittenFiles::Name id,
+                       const NewMetadata& metadata);
 };
 
 }  // namespace platform
 
 namespace platform::native {
 namespace {
-
-constexpr DWORD kReadWrite = FILE_READ_DATA | FILE_WRITE_DATA | FILE_APPEND_DATA;
 
 ConfinedDirectory::Result failedWith(DWORD error) {
   fail(error);
@@ -60,95 +61,14 @@ ConfinedDirectory::Result failedWithErrno() {
   return {ConfinedDirectory::Outcome::Failed};
 }
 
-// Opens a directory in the open directory `parent`, creating it if it is missing.
-Descriptor openOrCreateDirectory(int parent, const char* name) {
+// Opens a directory in the open directory `parent`, creating it with the mode if it is missing.
+Descriptor openOrCreateDirectory(int parent, const char* name, mode_t mode, bool& isCreated) {
   for (int attempt = 1;; ++attempt) {
     Descriptor directory(::openat(parent, name, O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
     if (directory || errno != ENOENT || attempt == kOpenAttempts) return directory;
-    constexpr mode_t kPermissions = 0777;
-    if (mkdirat(parent, name, kPermissions) != 0 && errno != EEXIST) return directory;
+    isCreated = mkdirat(parent, name, mode) == 0;
+    if (!isCreated && errno != EEXIST) return directory;
   }
-}
-
-// Runs `fill` on a handle that does not own the descriptor.
-bool fillFile(int descriptor, const ConfinedDirectory::Fill& fill) {
-  const HANDLE handle = makeFileHandle(descriptor, kReadWrite);
-  const bool filled = handle != INVALID_HANDLE_VALUE && fill(handle);
-  endOpening(handle);
-  return filled;
-}
-
-// Sets the status of the new file. False with errno EEXIST, and `fill` not called, if the name is
-// in use.
-bool writeNew(int directory, const char* name, const ConfinedDirectory::Fill& fill,
-              struct stat& status) {
-  constexpr mode_t kPermissions = 0666;
-  NewFile file(directory, name, kPermissions);
-  if (!file) return false;
-  status = file.status();
-  if (!acquireShare(file.held(), kReadWrite, 0, false)) {
-    errno = EBUSY;
-    return false;
-  }
-  if (!fillFile(file.descriptor(), fill)) {
-    errno = EIO;
-    return false;
-  }
-  return file.close();
-}
-
-// Opens a regular file that is to be replaced and locks it, so that no other process uses it
-// meanwhile. Fails if it is read-only or in use.
-Descriptor lockForReplacement(int directory, const char* name, struct stat& status) {
-  if (!isOpenable(status, true)) {
-    fail(ERROR_ACCESS_DENIED);
-    return {};
-  }
-  Descriptor file(openRetrying(directory, name, O_RDWR | O_NOFOLLOW));
-  if (!file || fstat(file.get(), &status) != 0) {
-    failWithErrno();
-    return {};
-  }
-  if (!isOpenable(status, true)) {
-    fail(ERROR_ACCESS_DENIED);
-    return {};
-  }
-  if (acquireShare(file, kReadWrite, 0, mayBeRemote(status))) return file;
-  fail(ERROR_SHARING_VIOLATION);
-  return {};
-}
-
-// Writes a new version over the file that it cannot replace.
-bool overwriteBy(const ReplacementFile& version, const struct stat& old, Descriptor& held) {
-  struct stat status;
-  return fstat(version.descriptor(), &status) == 0 &&
-         overwriteContent(version.descriptor(), status.st_size, old, held.get()) && held.close();
-}
-
-// Replaces the file or link of that name, which has the status `old`. A link itself is replaced,
-// never the file that it leads to.
-bool replaceExisting(int directory, const char* name, struct stat old,
-                     const ConfinedDirectory::Fill& fill) {
-  const bool isLink = S_ISLNK(old.st_mode);
-  Descriptor held;
-  if (!isLink) {
-    held = lockForReplacement(directory, name, old);
-    if (!held) return false;
-  }
-  ReplacementFile file(
-      {.directory = directory, .name = name, .status = old, .held = isLink ? nullptr : &held},
-      ReplacementFile::Named::AtTheEnd);
-  if (!file) return failWithErrno() != FALSE;
-  // Another name of the file can be outside the directory.
-  const bool isConfined = old.st_nlink == 1;
-  if (!file.keepsOwner() && !isConfined) return fail(ERROR_ACCESS_DENIED) != FALSE;
-  if (!fillFile(file.descriptor(), fill)) return false;
-  Replaced result = file.keepsOwner() ? file.complete() : Replaced::Refused;
-  if (result == Replaced::Refused && isConfined) {
-    return overwriteBy(file, old, held) || failWithErrno() != FALSE;
-  }
-  if (result == Replaced::Yes) result = file.putInPlace();
-  return result == Replaced::Yes || failWithErrno() != FALSE;
 }
 
 }  // namespace
@@ -158,8 +78,9 @@ namespace platform {
 
 using namespace platform::native;
 
-// Opens the directories of `path`, a native path without doubled separators.
-bool ConfinedDirectory::State::descend(std::string_view path) {
+// Opens the directories of `path`, a native path without doubled separators. The metadata is that of
+// the last one, if it is created.
+bool ConfinedDirectory::State::descend(std::string_view path, const NewMetadata& metadata) {
   std::size_t depth = 0;
   while (!path.empty()) {
     const std::string_view name = path.substr(0, path.find('/'));
@@ -168,8 +89,13 @@ bool ConfinedDirectory::State::descend(std::string_view path) {
     if (depth == levels.size() || levels[depth].name != name) {
       levels.resize(depth);
       Level level{.name = std::string(name), .directory = {}};
-      level.directory = openOrCreateDirectory(deepest(), level.name.c_str());
+      bool isCreated = false;
+      const mode_t mode = modeWhileFilled(path.empty() ? metadata : NewMetadata());
+      level.directory = openOrCreateDirectory(deepest(), level.name.c_str(), mode, isCreated);
       if (!level.directory) return failWithErrno() != FALSE;
+      if (isCreated && remembersCreated && !created.add(level.directory.get())) {
+        return failWithErrno() != FALSE;
+      }
       levels.push_back(std::move(level));
     }
     ++depth;
@@ -178,27 +104,39 @@ bool ConfinedDirectory::State::descend(std::string_view path) {
   return true;
 }
 
-// Writes to a name that is in use.
-ConfinedDirectory::Result ConfinedDirectory::State::writeExisting(const char* name,
-                                                                  const Fill& fill,
-                                                                  Existing existing,
-                                                                  WrittenFiles::Name id) {
-  struct stat status;
+std::optional<ConfinedDirectory::Result> ConfinedDirectory::State::checkExisting(
+    const char* name, Existing existing, WrittenFiles::Name id, struct stat& status) const {
   if (fstatat(deepest(), name, &status, AT_SYMLINK_NOFOLLOW) != 0) return failedWithErrno();
   const WrittenFiles::Name former = written.nameOf(identityOf(status));
   // A file with several hard links may have both names.
   if (former != WrittenFiles::kNone && former != id && status.st_nlink == 1) {
     fail(ERROR_FILE_EXISTS);
-    return {Outcome::SameFile, former};
+    return Result{Outcome::SameFile, former};
   }
   if (existing == Existing::Kept) {
     fail(ERROR_FILE_EXISTS);
-    return {S_ISDIR(status.st_mode) ? Outcome::Failed : Outcome::Kept};
+    return Result{S_ISDIR(status.st_mode) ? Outcome::Failed : Outcome::Kept};
   }
-  if (!replaceExisting(deepest(), name, status, fill)) return {Outcome::Failed};
+  return std::nullopt;
+}
+
+void ConfinedDirectory::State::addWritten(const char* name, WrittenFiles::Name id) {
+  struct stat status;
   if (fstatat(deepest(), name, &status, AT_SYMLINK_NOFOLLOW) == 0) {
     written.add(identityOf(status), id);
   }
+}
+
+// Writes to a name that is in use.
+ConfinedDirectory::Result ConfinedDirectory::State::writeExisting(const char* name,
+                                                                  const Fill& fill,
+                                                                  Existing existing,
+                                                                  WrittenFiles::Name id,
+                                                                  const NewMetadata& metadata) {
+  struct stat status;
+  if (const auto result = checkExisting(name, existing, id, status)) return *result;
+  if (!replaceExisting(deepest(), name, status, fill, metadata)) return {Outcome::Failed};
+  addWritten(name, id);
   return {Outcome::Written};
 }
 
@@ -217,31 +155,89 @@ ConfinedDirectory::~ConfinedDirectory() = default;
 
 ConfinedDirectory::operator bool() const { return static_cast<bool>(state_->root); }
 
-bool ConfinedDirectory::createDirectory(std::string_view name) {
+bool ConfinedDirectory::rememberCreated(bool isNew) {
+  state_->remembersCreated = true;
+  return !isNew || state_->created.add(state_->root.get()) || failWithErrno() != FALSE;
+}
+
+bool ConfinedDirectory::createDirectory(std::string_view name, const NewMetadata& metadata,
+                                        std::size_t id) {
   if (hasParentComponent(name)) return fail(ERROR_ACCESS_DENIED) != FALSE;
   const NativePath path((".\\" + std::string(name)).c_str());
   if (!path.valid()) return fail(path.error()) != FALSE;
-  return state_->descend({path.c_str(), path.size()});
+  if (!state_->descend({path.c_str(), path.size()}, metadata)) return false;
+  const bool hasMetadata = metadata.mode || metadata.lastWrite;
+  return !hasMetadata || state_->created.choose(state_->deepest(), path.c_str(), metadata, id) ||
+         failWithErrno() != FALSE;
+}
+
+void ConfinedDirectory::finishDirectories(const std::function<void(std::size_t)>& failed) {
+  const auto open = [&](const std::string& path) {
+    if (!state_->descend(path)) return Descriptor();
+    Descriptor directory(openRetrying(state_->deepest(), ".", O_RDONLY | O_DIRECTORY));
+    if (!directory) failWithErrno();
+    return directory;
+  };
+  state_->created.finish(open, failed);
+}
+
+// Opens the directory of a file. Returns the start of the file's name in the path, null with the
+// error on failure.
+const char* ConfinedDirectory::State::descendTo(const NativePath& path) {
+  if (!path.valid()) {
+    fail(path.error());
+    return nullptr;
+  }
+  const std::string_view whole(path.c_str(), path.size());
+  const std::size_t fileStart = path.hadTrailingSeparator() ? whole.size() : whole.rfind('/') + 1;
+  if (!descend(whole.substr(0, fileStart))) return nullptr;
+  if (fileStart < whole.size()) return path.c_str() + fileStart;
+  fail(ERROR_PATH_NOT_FOUND);
+  return nullptr;
 }
 
 ConfinedDirectory::Result ConfinedDirectory::write(std::string_view name, const Fill& fill,
-                                                   Existing existing, WrittenFiles::Name id) {
+                                                   Existing existing, WrittenFiles::Name id,
+                                                   const NewMetadata& metadata) {
   // NativePath would resolve "..", as text.
   if (hasParentComponent(name)) return failedWith(ERROR_ACCESS_DENIED);
   // The dot keeps the start of the name from being taken for a drive or a share.
   const NativePath path((".\\" + std::string(name)).c_str());
-  if (!path.valid()) return failedWith(path.error());
-  const std::string_view whole(path.c_str(), path.size());
-  const std::size_t fileStart = path.hadTrailingSeparator() ? whole.size() : whole.rfind('/') + 1;
-  if (!state_->descend(whole.substr(0, fileStart))) return {Outcome::Failed};
-  const char* const file = path.c_str() + fileStart;
-  if (*file == '\0') return failedWith(ERROR_PATH_NOT_FOUND);
+  const char* const file = state_->descendTo(path);
+  if (file == nullptr) return {Outcome::Failed};
   struct stat status;
-  if (writeNew(state_->deepest(), file, fill, status)) {
+  if (writeNew(state_->deepest(), file, fill, metadata, status)) {
     state_->written.add(identityOf(status), id);
     return {Outcome::Written};
   }
-  return errno == EEXIST ? state_->writeExisting(file, fill, existing, id) : failedWithErrno();
+  if (errno != EEXIST) return failedWithErrno();
+  return state_->writeExisting(file, fill, existing, id, metadata);
+}
+
+ConfinedDirectory::Result ConfinedDirectory::writeLink(std::string_view name,
+                                                       const ReadTarget& read, Existing existing,
+                                                       WrittenFiles::Name id,
+                                                       const NewMetadata& metadata) {
+  if (hasParentComponent(name)) return failedWith(ERROR_ACCESS_DENIED);
+  const NativePath path((".\\" + std::string(name)).c_str());
+  const char* const file = state_->descendTo(path);
+  if (file == nullptr) return {Outcome::Failed};
+  struct stat status;
+  const bool isTaken = fstatat(state_->deepest(), file, &status, AT_SYMLINK_NOFOLLOW) == 0;
+  if (isTaken) {
+    if (const auto result = state_->checkExisting(file, existing, id, status)) return *result;
+  }
+  NewLink link{.target = {}, .metadata = metadata};
+  if (!read(link.target)) return failedWith(ERROR_GEN_FAILURE);
+  if (!createLink(state_->deepest(), file, link)) {
+    // A file system without links.
+    if (errno == EPERM || errno == EOPNOTSUPP) return failedWith(ERROR_NOT_SUPPORTED);
+    if (errno != EEXIST) return failedWithErrno();
+    if (const auto result = state_->checkExisting(file, existing, id, status)) return *result;
+    if (!replaceExistingByLink(state_->deepest(), file, status, link)) return {Outcome::Failed};
+  }
+  state_->addWritten(file, id);
+  return {Outcome::Written};
 }
 
 }  // namespace platform

@@ -1,0 +1,314 @@
+// Permissions, times, links and folders that come back from an archive.
+
+#include <filesystem/archive.h>
+#include <filesystem/archive_change.h>
+#include <filesystem/zip.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <string>
+
+#include "library/zip.h"
+#include "support/linux/forked_process.h"
+#include "support/platform.h"
+#include "support/programs.h"
+
+namespace {
+
+using FileSystem::Archive;
+using FileSystem::ArchiveChange;
+using FileSystem::Entry;
+using FileSystem::ExistingFiles;
+using FileSystem::ItemResult;
+using FileSystem::Options;
+using FileSystem::Reason;
+using FileSystem::Report;
+
+class Metadata : public Zip {
+ protected:
+  void SetUp() override {
+    if (!support::fileSystem().modes || !support::fileSystem().links) {
+      GTEST_SKIP() << "no modes or links here";
+    }
+  }
+  void shell(const std::string& command) const {
+    ASSERT_EQ(support::run(folder_.path(), command), 0) << command;
+  }
+  void makeTree() const {
+    shell(R"(set -e
+mkdir -p in/sub/deep in/empty in/closed in/private in/shared && cd in
+for mode in 600 755 444 666 400 777; do printf $mode >sub/$mode && chmod $mode sub/$mode; done
+printf x >a:b; printf c >closed/content; printf p >private/content; printf old >sub/deep/old
+ln -s sub/755 relative; ln -s /etc/passwd absolute; ln -s missing dangling; ln -s . loop
+ln -s ../../outside sub/escaping
+chmod 555 closed; chmod 700 private; chmod 1777 shared; chmod 777 empty; chmod 751 .
+touch -d '1969-12-31 23:59:57 UTC' sub/deep/old
+touch -d '2040-01-01 00:00:01 UTC' sub/600
+touch -h -d @1000000001 dangling
+find . -mindepth 1 ! -name old ! -name 600 ! -name dangling -type f -exec touch -d @1700000001 {} +
+find . -depth -type d -exec touch -d @1600000003 {} +
+touch -h -d @1600000005 relative absolute loop sub/escaping; touch -d @1600000003 sub .)");
+  }
+  // Kinds, permissions, whole seconds and targets of all below a folder.
+  std::string listing(const std::string& folder, const std::string& conditions = "") const {
+    return support::outputOf(
+        folder_.path(), "cd " + folder + " && find . " + conditions +
+                            R"( \( -type l -printf '%p %y %T@ %l\n' -o -printf '%p %y %m %T@\n' \))"
+                            " | sed 's/\\.[0-9]*\\( \\|$\\)/\\1/' | LC_ALL=C sort");
+  }
+  Report unpack(const Options& options = {}) const {
+    Archive archive;
+    EXPECT_EQ(archive.open(path_.c_str()), Reason::None);
+    return archive.unpack(archive.entries(), out_.c_str(), options);
+  }
+  // Adds entries, each a Python expression of name, content and mode.
+  void python(const std::string& entries) const {
+    support::writeFile(folder_.file("script.py"), R"(import struct, zipfile
+z = zipfile.ZipFile("a.zip", "w")
+def add(name, content=b"", mode=0o100644, extra=b"", attributes=0, host=3):
+    info = zipfile.ZipInfo(name)
+    info.external_attr, info.create_system, info.extra = mode << 16 | attributes, host, extra
+    z.writestr(info, content)
+)" + entries + "\nz.close()\n");
+    ASSERT_EQ(support::run(folder_.path(), "python3 -W ignore script.py"), 0);
+  }
+  mode_t modeOf(const std::string& path) const {
+    struct stat status {};
+    lstat(path.c_str(), &status);
+    return status.st_mode & 07777;
+  }
+};
+
+TEST_F(Metadata, ATreeComesBackAsItWas) {
+  makeTree();
+  const std::string expected = listing("in");
+  for (const mode_t mask : {mode_t{0}, mode_t{077}}) {
+    SCOPED_TRACE(mask);
+    const mode_t before = umask(mask);
+    ASSERT_TRUE(FileSystem::packFolder(in_.c_str(), path_.c_str()));
+    EXPECT_TRUE(unpack());
+    umask(before);
+    EXPECT_EQ(listing("out"), expected);
+    EXPECT_EQ(support::run(folder_.path(), "diff -r --no-dereference in out"), 0);
+    shell("chmod -R u+rwx out && rm -r out");
+  }
+}
+
+TEST_F(Metadata, AnOrdinaryUserGetsTheTreeToo) {
+  if (geteuid() != 0) GTEST_SKIP() << "the other tests run as one";
+  makeTree();
+  shell("chmod 777 . && chown -hR 1001 in");
+  const std::string expected = listing("in");
+  support::ForkedProcess process([&](const auto&) {
+    if (setgid(1001) != 0 || setuid(1001) != 0) return 2;
+    if (!FileSystem::packFolder(in_.c_str(), path_.c_str())) return 3;
+    return unpack() ? 0 : 4;
+  });
+  EXPECT_EQ(process.wait(), 0);
+  EXPECT_EQ(listing("out"), expected);
+}
+
+TEST_F(Metadata, OtherProgramsUnpackTheTree) {
+  makeTree();
+  // bsdtar takes it for a drive.
+  shell("rm in/a:b && touch -d @1600000003 in");
+  ASSERT_TRUE(FileSystem::packFolder(in_.c_str(), path_.c_str()));
+  // They have no times before 1970 and after 2038.
+  const std::string conditions = "! -name 600 ! -name old";
+  const std::string expected = listing("in", conditions);
+  for (const char* const program : {"unzip -qq ../a.zip", "bsdtar -xpf ../a.zip"}) {
+    shell("rm -rf out && mkdir out && chmod 751 out && cd out && " + std::string(program));
+    shell("touch -d @1600000003 out && chmod 1777 out/shared");
+    EXPECT_EQ(listing("out", conditions), expected) << program;
+  }
+  EXPECT_EQ(support::run(folder_.path(), "7z t a.zip"), 0);
+}
+
+TEST_F(Metadata, TreesOfOtherProgramsAreUnpacked) {
+  makeTree();
+  shell("touch -d @1700000001 in/sub/600");
+  const std::string conditions = "-mindepth 1";
+  const std::string expected = listing("in", conditions);
+  for (const char* const program : {"zip -qry ../a.zip .", "bsdtar --format zip -cf ../a.zip ."}) {
+    shell("rm -rf out a.zip && cd in && " + std::string(program));
+    EXPECT_TRUE(unpack()) << program;
+    EXPECT_EQ(listing("out", conditions), expected) << program;
+  }
+}
+
+TEST_F(Metadata, OptionsLeaveThingsOut) {
+  makeTree();
+  shell("chmod 6755 in/sub/755");
+  const auto pack = [&](const Options& options) {
+    EXPECT_TRUE(FileSystem::packFolder(in_.c_str(), path_.c_str(), options));
+    Archive archive;
+    archive.open(path_.c_str());
+    return archive.entries();
+  };
+  const auto find = [](const std::vector<Entry>& entries, const std::string& name) {
+    for (const Entry& entry : entries) {
+      if (entry.name == name) return entry;
+    }
+    return Entry();
+  };
+  std::vector<Entry> entries = pack(Options().setPermissions(false).setTimes(false));
+  EXPECT_EQ(find(entries, "sub\\600").mode, 0U);
+  EXPECT_FALSE(find(entries, "sub\\600").hasUtc);
+  EXPECT_TRUE(find(entries, "relative").isLink);
+  shell("rm in/dangling in/loop in/absolute in/sub/escaping");
+  entries = pack(Options().setLinks(false).setFolders(false));
+  EXPECT_EQ(find(entries, "relative").mode, 0100755U);
+  EXPECT_EQ(find(entries, "empty\\").name, "");
+  entries = pack(Options().setSetId(true));
+  EXPECT_EQ(find(entries, "sub\\755").mode, 0106755U);
+
+  const mode_t mask = umask(022);
+  EXPECT_TRUE(unpack(Options().setPermissions(false).setTimes(false)));
+  EXPECT_EQ(modeOf(out_ + "/sub/600"), 0644U);
+  EXPECT_EQ(modeOf(out_ + "/private"), 0755U);
+  EXPECT_EQ(support::outputOf(folder_.path(), "find out -type f ! -newer a.zip"), "");
+  umask(mask);
+  shell("rm -r out");
+  EXPECT_TRUE(unpack());
+  EXPECT_EQ(modeOf(out_ + "/sub/755"), 0755U);
+  shell("chmod -R u+w out; rm -r out");
+  EXPECT_TRUE(unpack(Options().setSetId(true)));
+  EXPECT_EQ(modeOf(out_ + "/sub/755"), 06755U);
+  shell("chmod -R u+w out; rm -r out");
+  const Report report = unpack(Options().setLinks(false));
+  EXPECT_FALSE(report);
+  EXPECT_FALSE(std::filesystem::exists(out_ + "/relative"));
+}
+
+// Each entry alone, in a folder that has a file, a folder and a link.
+TEST_F(Metadata, HostileEntries) {
+  const struct {
+    const char* entries;
+    Reason reason;       // of the last entry
+    const char* result;  // of a command in the target afterwards
+    const char* command;
+  } kRows[] = {
+      {"add('l', b'../outside', 0o120777); add('l/through', b'x')", Reason::IsAFolder, "", ""},
+      {"add('file', b'../outside', 0o120777)", Reason::None, "../outside", "readlink file"},
+      {"add('link', b'elsewhere', 0o120777)", Reason::None, "elsewhere", "readlink link"},
+      {"add('folder', b'../outside', 0o120777)", Reason::IsAFolder, "folder", "echo folder"},
+      {"add('link/x', b'x')", Reason::NotAFolder, "", "ls ../outside"},
+      {"add('link/', b'', 0o40700)", Reason::NotAFolder, "755", "stat -c %a ../outside"},
+      {"add('x', b'', 0o120777)", Reason::Damaged, "", "ls -d x"},
+      {"add('x', b'a\\0b', 0o120777)", Reason::Damaged, "", "ls -d x"},
+      {"add('x', b'a' * 4096, 0o120777)", Reason::PathTooLong, "", "ls -d x"},
+      {"add('x', b'a' * 4095, 0o120777)", Reason::None, "x", "ls -d x"},
+      {"add('x', b'', 0o20666)", Reason::NotAFile, "", "ls -d x"},
+      {"add('x', b'', 0o10666)", Reason::NotAFile, "", "ls -d x"},
+      {"add('x', b'', 0o106777)", Reason::None, "777", "stat -c %a x"},
+      {"add('x', b'', 0o100000)", Reason::None, "0", "stat -c %a x"},
+      {"add('x/', b'', 0o42000); add('x/y', b'y')", Reason::None, "0 y",
+       "echo $(stat -c %a x) && chmod 700 x && cat x/y"},
+      {"add('folder/', b'', 0o40777)", Reason::None, "700", "stat -c %a folder"},
+      {"add('x', b'', 0o100644, b'', 0xff)", Reason::None, "644", "stat -c %a x"},
+      {"add('C:\\\\x', b'x')", Reason::NameEscapes, "", "ls -d C* ../C*"},
+      {"add('c:x', b'x')", Reason::None, "x", "cat c:x"},
+      {"add('x', b'', 0o100644, struct.pack('<HHBi', 0x5455, 5, 1, -2**31))", Reason::None,
+       "-2147483648", "stat -c %Y x"},
+      {"add('x', b'', 0o100644, struct.pack('<HHBiii', 0x5455, 13, 7, 3, 1, 2))", Reason::None, "3",
+       "stat -c %Y x"},
+      {"add('x', b'', 0o100644, struct.pack('<HHB', 0x5455, 1, 1))", Reason::None,
+       "1980-01-01 00:00", "date -r x '+%F %H:%M'"},
+      {"add('x', b'', 0o100644, struct.pack('<HHii', 0x5855, 8, 1, 5))", Reason::None, "5",
+       "stat -c %Y x"},
+      {"add('x', b'', 0o100644, struct.pack('<HHIHHQQQ', 10, 32, 0, 1, 24, 116444736070000000, 1, "
+       "1))",
+       Reason::None, "7", "stat -c %Y x"},
+  };
+  shell("mkdir outside && chmod 755 outside");
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.entries);
+    shell(
+        "rm -rf out && mkdir -p out/folder && chmod 700 out/folder && printf old >out/file && "
+        "ln -s ../outside out/link");
+    python(row.entries);
+    const Report report = unpack();
+    ASSERT_FALSE(report.items.empty());
+    if (row.reason != Reason::IsAFolder || report.items.size() == 1) {
+      EXPECT_EQ(report.items.back().reason, row.reason);
+    } else {
+      EXPECT_EQ(report.items.front().reason, row.reason);
+    }
+    const std::string text = support::outputOf(
+        folder_.path(), std::string("cd out && (") + row.command + ") 2>/dev/null | tr '\\n' ' '");
+    EXPECT_EQ(text, row.result);
+    EXPECT_EQ(support::outputOf(folder_.path(), "ls outside"), "");
+  }
+}
+
+// Neither a link nor what it leads to.
+TEST_F(Metadata, KeepingKeepsWhatALinkWouldReplace) {
+  shell("mkdir out && printf old >out/file && ln -s nothing out/link");
+  python("add('file', b'x', 0o120777); add('link', b'x', 0o120777)");
+  for (const ItemResult& item : unpack(Options().setExisting(ExistingFiles::Keep)).items) {
+    EXPECT_EQ(item.reason, Reason::Exists) << item.name;
+  }
+  EXPECT_EQ(support::outputOf(folder_.path(), "cat out/file; readlink out/link"), "oldnothing\n");
+}
+
+// A folder that was to have few permissions gets them, whatever became of the files in it.
+TEST_F(Metadata, CancellingLeavesNoFolderOpen) {
+  python("add('open/', b'', 0o40500)\nfor i in range(5): add('open/%d' % i, b'x')");
+  int calls = 0;
+  const Report report =
+      unpack(Options().setProgress([&](const FileSystem::Progress&) { return ++calls < 4; }));
+  EXPECT_EQ(report.reason, Reason::Cancelled);
+  EXPECT_EQ(modeOf(out_ + "/open"), 0500U);
+}
+
+TEST_F(Metadata, InsertionsAndASingleExtraction) {
+  makeTree();
+  ArchiveChange change;
+  change.insertFile(folder_.file("in/sub/600"), "s/f");
+  change.insertFolder(folder_.file("in/private"), "s/d");
+  change.insertLink(folder_.file("in/dangling"), "s/l");
+  ASSERT_TRUE(change.apply(path_.c_str()));
+  change.insertFolder(folder_.file("in/dangling"), "x");
+  EXPECT_EQ(change.apply(path_.c_str()).reason, Reason::Missing);
+  change.insertFolder(folder_.file("in/a:b"), "x");
+  EXPECT_EQ(change.apply(path_.c_str()).reason, Reason::NotAFolder);
+  change.insertLink(folder_.file("in/sub/600"), "x");
+  EXPECT_EQ(change.apply(path_.c_str()).reason, Reason::NotAFile);
+
+  Archive archive;
+  ASSERT_EQ(archive.open(path_.c_str()), Reason::None);
+  ASSERT_EQ(archive.entries().size(), 3U);
+  EXPECT_EQ(archive.extract(archive.entries()[0], (out_ + "/f").c_str()), Reason::None);
+  EXPECT_EQ(modeOf(out_ + "/f"), 0600U);
+  EXPECT_EQ(archive.entries()[1].name, "s/d/");
+  EXPECT_EQ(archive.entries()[1].mode, 040700U);
+  EXPECT_EQ(archive.extract(archive.entries()[2], (out_ + "/l").c_str()), Reason::None);
+  EXPECT_EQ(std::filesystem::read_symlink(out_ + "/l"), "missing");
+}
+
+// What is left out is named.
+TEST_F(Metadata, SpecialFilesAreNamed) {
+  shell("mkdir in && mkfifo in/fifo");
+  const Report report = FileSystem::packFolder(in_.c_str(), path_.c_str());
+  EXPECT_FALSE(report);
+  EXPECT_EQ(report.items.front().name, "fifo");
+  EXPECT_EQ(report.items.front().reason, Reason::NotAFile);
+}
+
+// The times of an archive do not depend on the time zone; those that are stored without one do.
+TEST_F(Metadata, TimesInAnotherTimeZone) {
+  support::writeFile(folder_.file("in/x"), "x");
+  support::setWriteTime(folder_.file("in/x"), 1700000001);
+  ASSERT_TRUE(FileSystem::packFolder(in_.c_str(), path_.c_str()));
+  const support::TwoHoursEast zone;
+  ASSERT_TRUE(unpack());
+  EXPECT_EQ(listing("out", "-name x").substr(8), "644 1700000001\n");
+  Archive archive;
+  ASSERT_EQ(archive.open(path_.c_str()), Reason::None);
+  const Entry entry = archive.find("x").value();
+  EXPECT_EQ(entry.utcSeconds, 1700000001);
+  EXPECT_EQ(entry.modified.hour, 0);  // 22:13:21 UTC
+  EXPECT_EQ(entry.modified.second, 21);
+}
+
+}  // namespace
