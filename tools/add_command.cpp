@@ -75,12 +75,23 @@ void addStandardInput(const AddRequest& request, const Options& options, Output&
   output.detail("added " + printable(request.name));
 }
 
+void insert(ArchiveChange& change, const Source& source) {
+  switch (source.kind) {
+    case Source::Kind::kFile:
+      return change.insertFile(source.path, source.name);
+    case Source::Kind::kLink:
+      return change.insertLink(source.path, source.name);
+    case Source::Kind::kDirectory:
+      return change.insertFolder(source.path, source.name);
+  }
+}
+
 // Adds the sources with one commit. One that fails is reported, and the others are added.
 void addFiles(std::vector<Source> sources, const std::string& zip, const Options& options,
               Output& output) {
   while (!sources.empty()) {
     ArchiveChange change;
-    for (const Source& source : sources) change.insertFile(source.path, source.name);
+    for (const Source& source : sources) insert(change, source);
     const Report report = applyChange(change, zip, options, output);
     if (report) {
       for (const Source& source : sources) output.detail("added " + printable(source.name));
@@ -98,7 +109,8 @@ void addFiles(std::vector<Source> sources, const std::string& zip, const Options
 
 void add(const AddRequest& request, Output& output) {
   const bool hasInput = checkNames(request);
-  const Options options = optionsOf(newPassword(request.encryption, output), request.compression);
+  Options options = optionsOf(newPassword(request.encryption, output), request.compression);
+  keep(request.kept, options);
   if (hasInput) return addStandardInput(request, options, output);
   std::vector<Source> sources = sourcesOf(request, output);
   if (sources.empty()) {

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "kept.h"
 #include "output.h"
 
 // How the user gives a password. At most one of the two texts is not empty.
@@ -28,13 +29,13 @@ struct CompressionRequest {
 
 enum class ListFormat { kNames, kTable, kJson };
 
-// Packs all files below a directory into a new archive.
+// Packs a directory with all below it into a new archive.
 void pack(const std::string& directory, const std::string& zip, const EncryptionRequest& encryption,
-          const CompressionRequest& compression, Output& output);
+          const CompressionRequest& compression, const KeptRequest& kept, Output& output);
 
 // Unpacks all entries into a directory. Continues after an entry that fails.
 void unpack(const std::string& zip, const std::string& directory, bool overwrite,
-            const PasswordSource& password, Output& output);
+            const PasswordSource& password, const KeptRequest& kept, Output& output);
 
 // Lists the entries that the patterns select, or all without patterns.
 void list(const std::string& zip, const std::vector<std::string>& patterns, ListFormat format);
@@ -48,6 +49,7 @@ struct AddRequest {
   std::string name;                // of the entry of a single file; empty for the default
   EncryptionRequest encryption;
   CompressionRequest compression;
+  KeptRequest kept;
 };
 void add(const AddRequest& request, Output& output);
 
@@ -57,7 +59,7 @@ void remove(const std::string& zip, const std::vector<std::string>& patterns, Ou
 // Extracts one entry to a file or into a directory, the entries that a pattern
 // with wildcards selects into a directory, or either to standard output (`-`).
 void extract(const std::string& zip, const std::string& pattern, const std::string& target,
-             const PasswordSource& password, Output& output);
+             const PasswordSource& password, const KeptRequest& kept, Output& output);
 
 // Writes the paths of all files below a directory whose names match a pattern.
 void tree(const std::string& directory, const std::string& pattern, Output& output);

@@ -1,7 +1,6 @@
 // extract.
 
 #include <filesystem/files.h>
-#include <filesystem/path.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -84,9 +83,10 @@ std::vector<Entry> selectedFiles(const FileSystem::Archive& archive, const std::
 
 void extractToFile(const FileSystem::Archive& archive, const Entry& entry,
                    const std::string& target, const FileSystem::Options& options) {
-  const std::string file = isDirectoryName(target)
-                               ? withBackslash(target) + FileSystem::extractFilename(entry.name)
-                               : target;
+  const std::string file =
+      isDirectoryName(target)
+          ? withBackslash(target) + entry.name.substr(entry.name.find_last_of("\\/") + 1)
+          : target;
   const Reason reason = archive.extract(entry, file.c_str(), options);
   if (reason != Reason::None) throwFailure(entry, reason);
 }
@@ -94,11 +94,12 @@ void extractToFile(const FileSystem::Archive& archive, const Entry& entry,
 }  // namespace
 
 void extract(const std::string& zip, const std::string& pattern, const std::string& target,
-             const PasswordSource& source, Output& output) {
+             const PasswordSource& source, const KeptRequest& kept, Output& output) {
   const FileSystem::Archive archive = openArchive(zip);
   const std::vector<Entry> entries = selectedFiles(archive, pattern, zip);
   FileSystem::Options options;
   options.setPassword(passwordFor(entries, source, output));
+  keep(kept, options);
   Progress progress(output, "extracting " + pattern);
   options.setProgress(progress.callback());
   const bool hasWildcards = pattern.find_first_of("*?") != std::string::npos;

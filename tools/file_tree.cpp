@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <utility>
 
+#include "links.h"
 #include "paths.h"
 #include "text.h"
 
@@ -21,6 +22,8 @@ std::string textOf(const fs::path& path) {
 
 class Walk {
  public:
+  explicit Walk(Links links) : links_(links) {}
+
   // Collects the files below a directory. `name` is put before their paths.
   void enter(const fs::path& directory, const std::string& name) {
     std::error_code error;
@@ -35,15 +38,20 @@ class Walk {
   }
 
   Tree takeTree() {
-    std::sort(tree_.files.begin(), tree_.files.end());
+    for (auto* const paths : {&tree_.files, &tree_.links, &tree_.directories}) {
+      std::sort(paths->begin(), paths->end());
+    }
     return std::move(tree_);
   }
 
  private:
   void visit(const fs::directory_entry& entry, const std::string& name) {
     std::error_code error;
-    if (entry.is_directory(error)) {
+    if (links_ == Links::kListed && isKeptLink(entry.path())) {
+      tree_.links.push_back(libraryPath(name));
+    } else if (entry.is_directory(error)) {
       if (!entry.is_symlink(error) || !isCycle(entry.path())) {
+        tree_.directories.push_back(libraryPath(name) + '\\');
         enter(entry.path(), name + static_cast<char>(fs::path::preferred_separator));
       }
     } else if (entry.is_regular_file(error)) {
@@ -66,14 +74,15 @@ class Walk {
     });
   }
 
+  const Links links_;
   std::vector<fs::path> ancestors_;
   Tree tree_;
 };
 
 }  // namespace
 
-Tree filesBelow(const std::string& directory) {
-  Walk walk;
+Tree filesBelow(const std::string& directory, Links links) {
+  Walk walk(links);
   walk.enter(systemPath(directory), "");
   return walk.takeTree();
 }

@@ -15,13 +15,21 @@ struct LeftOut {
   bool isDirectory = false;
 };
 
+// Paths relative to the start, in the library's form, sorted.
 struct Tree {
-  std::vector<std::string> files;  // relative to the start, in the library's form, sorted
-  std::vector<LeftOut> leftOut;    // directories that cannot be read, and what is no file
+  std::vector<std::string> files;
+  std::vector<std::string> links;
+  std::vector<std::string> directories;  // with separators at their ends
+  std::vector<LeftOut> leftOut;          // directories that cannot be read, and what is no file
 };
 
-// Walks a directory. A link to a directory that is a cycle is never followed.
-Tree filesBelow(const std::string& directory);
+enum class Links {
+  kFollowed,  // except to a directory that the link is in
+  kListed,
+};
+
+// Walks a directory.
+Tree filesBelow(const std::string& directory, Links links);
 
 // Reports each path that a walk left out as a failure.
 void reportLeftOut(const Tree& tree, Output& output);

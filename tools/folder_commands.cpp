@@ -142,7 +142,7 @@ void tree(const std::string& directory, const std::string& pattern, Output& outp
   {
     const Progress progress(output, "listing " + directory);
     FileSystem::EnumFilesWithPath(files, base.c_str(), pattern.c_str(), true);
-    all = filesBelow(base);
+    all = filesBelow(base, Links::kFollowed);
   }
   for (const std::string& file : files) writePath(file);
   reportUnlisted(base, pattern, {files.begin(), files.end()}, std::move(all), output);

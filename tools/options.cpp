@@ -24,39 +24,70 @@ std::vector<Option> encryptionOptions(EncryptionRequest& encryption) {
 }
 
 // The options of the commands that write entries.
-std::vector<Option> entryOptions(EncryptionRequest& encryption, CompressionRequest& compression) {
-  std::vector<Option> options = encryptionOptions(encryption);
-  options.push_back({"method", "compression: deflate, which every program reads, or zstd", "METHOD",
-                     into(compression.method, {"deflate", "zstd"})});
+std::vector<Option> compressionOptions(CompressionRequest& compression) {
   Option level{"level", "0 (stored) to 9 (smallest), or the digit alone: -1", "LEVEL",
                into(compression.level, {"0", "1", "2", "3", "4", "5", "6", "7", "8", "9"})};
   level.hasDigits = true;
-  options.push_back(std::move(level));
+  return {{"method", "compression: deflate, which every program reads, or zstd", "METHOD",
+           into(compression.method, {"deflate", "zstd"})},
+          std::move(level)};
+}
+
+std::vector<Option> metadataOptions(KeptRequest& kept) {
+  return {
+      flag("no-permissions", "do not keep permissions", kept.noPermissions),
+      flag("no-times", "do not keep exact times", kept.noTimes),
+      flag("set-id", "keep set-user-id and set-group-id bits", kept.setId),
+  };
+}
+
+void append(std::vector<Option>& options, std::vector<Option> more) {
+  options.insert(options.end(), more.begin(), more.end());
+}
+
+// The options of commands that write archives.
+std::vector<Option> packingOptions(EncryptionRequest& encryption, CompressionRequest& compression,
+                                   KeptRequest& kept) {
+  std::vector<Option> options = encryptionOptions(encryption);
+  append(options, compressionOptions(compression));
+  options.push_back(
+      flag("follow-links", "pack what symbolic links lead to, not the links", kept.noLinks));
+  options.push_back(flag("no-directories", "pack files and links only", kept.noDirectories));
+  append(options, metadataOptions(kept));
+  return options;
+}
+
+// The options of commands that write files.
+std::vector<Option> unpackingOptions(PasswordSource& password, KeptRequest& kept) {
+  std::vector<Option> options = passwordOptions(password);
+  options.push_back(flag("no-links", "leave out symbolic links", kept.noLinks));
+  append(options, metadataOptions(kept));
   return options;
 }
 
 Command packCommand(Options& o) {
   return {
       .name = "pack",
-      .summary = "Pack all files of a directory into an archive",
+      .summary = "Pack a directory into an archive",
       .arguments = {{"DIRECTORY", "directory to pack, with all below it", into(o.directory)},
                     {"ZIP", "archive to create; an existing file is replaced", into(o.zip)}},
-      .options = entryOptions(o.encryption, o.compression),
+      .options = packingOptions(o.encryption, o.compression, o.kept),
       .notes =
-          "Empty directories are not stored. If a file cannot be read, nothing is packed, and the "
-          "exit\n"
-          "status is 1. A password without --encrypt encrypts with the traditional encryption of\n"
+          "Permissions, times and symbolic links are kept. If a file cannot be read, nothing is "
+          "packed,\n"
+          "and the exit status is 1. A password without --encrypt encrypts with the traditional "
+          "encryption of\n"
           "zip archives, which is weak. The names of files are never encrypted.\n\n"
           "Examples:\n"
           "  vesk-fs pack ~/notes notes.zip\n"
           "  vesk-fs pack ~/notes notes.zip --encrypt aes256\n"
           "  vesk-fs pack -1 --method zstd ~/photos photos.zip\n",
-      .run = [&o] { pack(o.directory, o.zip, o.encryption, o.compression, o.output); },
+      .run = [&o] { pack(o.directory, o.zip, o.encryption, o.compression, o.kept, o.output); },
   };
 }
 
 Command unpackCommand(Options& o) {
-  std::vector<Option> options = passwordOptions(o.password);
+  std::vector<Option> options = unpackingOptions(o.password, o.kept);
   options.push_back(
       flag("no-overwrite", "keep existing files instead of replacing them", o.noOverwrite));
   return {
@@ -66,13 +97,14 @@ Command unpackCommand(Options& o) {
                     {"DIRECTORY", "target; created if it does not exist", into(o.directory)}},
       .options = options,
       .notes =
-          "An entry that fails is named, and the others are unpacked. Without a password option, "
-          "a\n"
-          "password is asked for on the terminal if an entry needs one.\n\n"
+          "Files get the permissions and times that are stored, whatever the umask is, but no "
+          "set-id\n"
+          "bits. An entry that fails is named, and the others are unpacked. Without a password\n"
+          "option, a password is asked for on the terminal if an entry needs one.\n\n"
           "Examples:\n"
           "  vesk-fs unpack notes.zip ~/notes\n"
           "  vesk-fs unpack secret.zip out --password-file ~/.zip-password\n",
-      .run = [&o] { unpack(o.zip, o.directory, !o.noOverwrite, o.password, o.output); },
+      .run = [&o] { unpack(o.zip, o.directory, !o.noOverwrite, o.password, o.kept, o.output); },
   };
 }
 
@@ -113,7 +145,7 @@ Command testCommand(Options& o) {
 }
 
 Command addCommand(Options& o) {
-  std::vector<Option> options = entryOptions(o.add.encryption, o.add.compression);
+  std::vector<Option> options = packingOptions(o.add.encryption, o.add.compression, o.add.kept);
   options.push_back({"name", "name of the entry of a single file", "NAME", into(o.add.name)});
   return {
       .name = "add",
@@ -162,7 +194,7 @@ Command extractCommand(Options& o) {
                      "file to write; or a directory, if it exists or ends in /; or - for standard "
                      "output. Directories are created, an existing file is replaced",
                      into(o.target)}},
-      .options = passwordOptions(o.password),
+      .options = unpackingOptions(o.password, o.kept),
       .notes =
           "With wildcards TARGET is a directory, and the entries are written below it with\n"
           "their whole paths.\n\n"
@@ -170,7 +202,7 @@ Command extractCommand(Options& o) {
           "  vesk-fs extract notes.zip ideas/todo.txt todo.txt\n"
           "  vesk-fs extract notes.zip '*.txt' texts/\n"
           "  vesk-fs extract notes.zip todo.txt - | less\n",
-      .run = [&o] { extract(o.zip, o.pattern, o.target, o.password, o.output); },
+      .run = [&o] { extract(o.zip, o.pattern, o.target, o.password, o.kept, o.output); },
   };
 }
 

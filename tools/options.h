@@ -15,6 +15,7 @@ struct Options {
   EncryptionRequest encryption;
   CompressionRequest compression;
   PasswordSource password;
+  KeptRequest kept;
   unsigned int days = 0;
   bool isLong = false, isJson = false, noOverwrite = false, dryRun = false;
   bool help = false, version = false;

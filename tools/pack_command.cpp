@@ -35,11 +35,12 @@ void report(const Report& report, const std::string& zip, Output& output) {
 }  // namespace
 
 void pack(const std::string& directory, const std::string& zip, const EncryptionRequest& encryption,
-          const CompressionRequest& compression, Output& output) {
+          const CompressionRequest& compression, const KeptRequest& kept, Output& output) {
   if (FileSystem::FolderExists(directory.c_str()) == 0) {
     throw Failure("there is no directory " + inQuotes(directory));
   }
   FileSystem::Options options = optionsOf(newPassword(encryption, output), compression);
+  keep(kept, options);
   Report result;
   {
     Progress progress(output, "packing " + directory);
@@ -50,8 +51,8 @@ void pack(const std::string& directory, const std::string& zip, const Encryption
   std::size_t count = 0;
   for (const ItemResult& item : result.items) {
     if (item.reason != Reason::None) continue;
-    output.detail("packed " + printable(item.name));
-    ++count;
+    output.detail("packed " + printable(item.name.empty() ? "." : item.name));
+    if (!item.isFolder) ++count;
   }
   output.summary("packed " + counted(count, "file", "files") + " into " + printable(zip));
 }

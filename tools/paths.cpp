@@ -1,5 +1,6 @@
 #include "paths.h"
 
+#include <filesystem/path.h>
 #include <filesystem/trees.h>
 
 #include <utility>
@@ -36,6 +37,12 @@ std::string creatablePath(const std::string& path) {
 std::string nativePath(const std::string& path) {
   const std::string native = FileSystem::nativePath(path.c_str());
   return native.empty() ? path : native;
+}
+
+std::string lastComponent(const std::string& path) {
+  const std::size_t separator = path.find_last_of("\\/");
+  return separator == std::string::npos ? FileSystem::extractFilename(path)
+                                        : path.substr(separator + 1);
 }
 
 std::filesystem::path systemPath(const std::string& path) {

@@ -10,6 +10,9 @@ inline bool isSeparator(char c) { return c == '\\' || c == '/'; }
 // appends a backslash to a trailing `/`, and the two would begin a server's name.
 std::string withoutEndSeparators(std::string path);
 
+// The text after the last separator; in a path without one, after the drive.
+std::string lastComponent(const std::string& path);
+
 // The directory with one trailing backslash, as most of the library takes it.
 std::string withBackslash(const std::string& directory);
 

@@ -10,24 +10,12 @@
 using FileSystem::Entry;
 using FileSystem::ExistingFiles;
 
-namespace {
-
-void warnOfLinks(const std::vector<Entry>& entries, const Output& output) {
-  for (const Entry& entry : entries) {
-    if (!entry.isLink) continue;
-    output.warn("the symbolic link " + inQuotes(entry.name) +
-                " is unpacked as a file that holds its target");
-  }
-}
-
-}  // namespace
-
 void unpack(const std::string& zip, const std::string& directory, bool overwrite,
-            const PasswordSource& source, Output& output) {
+            const PasswordSource& source, const KeptRequest& kept, Output& output) {
   const FileSystem::Archive archive = openArchive(zip);
   const std::vector<Entry>& entries = archive.entries();
-  warnOfLinks(entries, output);
   FileSystem::Options options;
+  keep(kept, options);
   options.setExisting(overwrite ? ExistingFiles::Replace : ExistingFiles::Keep);
   // An entry whose file is kept needs no password.
   options.setPassword(overwrite ? passwordFor(entries, source, output)

@@ -38,6 +38,8 @@ Unpacked unpackEntries(const FileSystem::Archive& archive, const std::vector<Ent
       output.detail("kept " + name);
     } else if (item.reason == Reason::NameTaken) {
       output.fail("the entry " + inQuotes(entry.name) + " occurs again: the last is unpacked");
+    } else if (item.reason == Reason::IsALink && !options.links()) {
+      output.detail("left out " + name);
     } else if (item.reason == Reason::PasswordMissing && options.password().empty()) {
       result.withoutPassword.push_back(entry);
     } else {

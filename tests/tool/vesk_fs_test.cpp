@@ -7,13 +7,14 @@ TEST_F(VeskFs, PacksAndUnpacks) {
   write("in/b.txt", "b");
   check({
       {"pack in a.zip", 0, "packed 2 files into a.zip\n"},
-      {"list a.zip", 0, "b.txt\nsub\\a.txt\n"},
+      {"list a.zip", 0, ".\\\nsub\\\nb.txt\nsub\\a.txt\n"},
       {"unpack a.zip out/deep", 0, "unpacked 2 files into out/deep\n"},
-      {"test a.zip", 0, "tested 2 entries of a.zip: no errors\n"},
+      {"test a.zip", 0, "tested 4 entries of a.zip: no errors\n"},
       // As a shell completes the names of directories.
       {"pack in/ b.zip -q", 0, ""},
       {"-v unpack b.zip other//place/", 0,
-       "extracted b.txt\nextracted sub\\a.txt\nunpacked 2 files into other//place/\n"},
+       "extracted .\\\nextracted sub\\\nextracted b.txt\nextracted sub\\a.txt\n"
+       "unpacked 2 files into other//place/\n"},
   });
   EXPECT_EQ(shell("diff -r in out/deep && diff -r in other/place"), 0);
 
@@ -24,7 +25,7 @@ TEST_F(VeskFs, PacksAndUnpacks) {
 
   // A power failure during an append can leave zeros.
   ASSERT_EQ(shell("head -c 2000000 /dev/zero >>a.zip"), 0);
-  check({{"test a.zip", 0, "tested 2 entries of a.zip: no errors\n", "2000000 bytes of 'a.zip'"},
+  check({{"test a.zip", 0, "tested 4 entries of a.zip: no errors\n", "2000000 bytes of 'a.zip'"},
          {"unpack a.zip third", 0, "unpacked 2 files into third\n"}});
 }
 
@@ -38,13 +39,15 @@ TEST_F(VeskFs, ChangesEntries) {
   check({
       {"add a.zip one --password-file pass", 0, ""},
       {"add a.zip in one --name x", 2, "", "--name is for a single file"},
-      {"add a.zip in/two in/two in -v", 0, "added two\nadded in\\deep\\three.txt\nadded in\\two\n"},
+      {"add a.zip in/two in/two in -v", 0,
+       "added two\nadded in\\\nadded in\\deep\\\nadded in\\deep\\three.txt\nadded in\\two\n"},
       {"add a.zip one --name named/it", 0, ""},
       {"printf 12 | add a.zip - --name input", 0, ""},
       {"printf 12 | add a.zip -", 2, "", "--name"},
       {"add empty.zip one", 0, ""},
       {"list empty.zip", 0, "one\n"},
-      {"list a.zip", 0, "one\ntwo\nin\\deep\\three.txt\nin\\two\nnamed/it\ninput\n"},
+      {"list a.zip", 0,
+       "one\ntwo\nin\\\nin\\deep\\\nin\\deep\\three.txt\nin\\two\nnamed/it\ninput\n"},
       {"list a.zip 'in/*.t?t' 'named*'", 0, "in\\deep\\three.txt\nnamed/it\n"},
       {"list a.zip x", 1, "", "'x'"},
       {"extract a.zip input -", 0, "12"},
@@ -54,11 +57,12 @@ TEST_F(VeskFs, ChangesEntries) {
       {"extract a.zip one y --password wrong -q", 1, "", "the password is wrong or it is damaged"},
       {"extract a.zip one y </dev/null", 1, "", "needs a password"},
       {"add a.zip one --encrypt aes128", 2, "", "--encrypt"},
-      {"test a.zip --password-file pass", 0, "tested 6 entries of a.zip: no errors\n"},
-      {"test a.zip --password-file crlf", 0, "tested 6 entries of a.zip: no errors\n"},
-      {"test a.zip", 1, "tested 6 entries of a.zip: 1 error\n", "'one': it is encrypted"},
+      {"test a.zip --password-file pass", 0, "tested 8 entries of a.zip: no errors\n"},
+      {"test a.zip --password-file crlf", 0, "tested 8 entries of a.zip: no errors\n"},
+      {"test a.zip", 1, "tested 8 entries of a.zip: 1 error\n", "'one': it is encrypted"},
       {"remove a.zip 'in/*' named/it -v", 0,
-       "removed in\\deep\\three.txt\nremoved in\\two\nremoved named/it\n"},
+       "removed in\\\nremoved in\\deep\\\nremoved in\\deep\\three.txt\nremoved in\\two\n"
+       "removed named/it\n"},
       {"add a.zip one --name TWO", 0, ""},
       {"remove a.zip TWO missing", 1, "", "has no entry 'missing'"},
       {"remove a.zip two", 0, ""},

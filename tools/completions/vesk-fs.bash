@@ -53,13 +53,16 @@ _vesk_fs() {
 
   local options='--help --quiet --verbose'
   local passwords='--password --password-file'
+  local kept='--no-permissions --no-times --set-id'
+  local packed="$kept --follow-links --no-directories"
   case $command in
     '') options+=' --version' ;;
-    pack) options+=" --encrypt --method --level $passwords" ;;
-    unpack) options+=" --no-overwrite $passwords" ;;
+    pack) options+=" --encrypt --method --level $passwords $packed" ;;
+    unpack) options+=" --no-overwrite $passwords --no-links $kept" ;;
     list) options+=' --long --json' ;;
-    test | extract) options+=" $passwords" ;;
-    add) options+=" --name --encrypt --method --level $passwords" ;;
+    test) options+=" $passwords" ;;
+    extract) options+=" $passwords --no-links $kept" ;;
+    add) options+=" --name --encrypt --method --level $passwords $packed" ;;
     sweep) options+=' --dry-run' ;;
   esac
   if [[ $cur == -* ]]; then

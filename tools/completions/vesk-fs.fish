@@ -38,5 +38,17 @@ complete -c vesk-fs -n '__fish_seen_subcommand_from pack add' -x -l method -a 'd
     -d 'Compression of new entries'
 complete -c vesk-fs -n '__fish_seen_subcommand_from pack add' -x -l level -a '(seq 0 9)' \
     -d 'From 0, stored, to 9, smallest'
+complete -c vesk-fs -n '__fish_seen_subcommand_from pack add unpack extract' -l no-permissions \
+    -d 'Do not keep permissions'
+complete -c vesk-fs -n '__fish_seen_subcommand_from pack add unpack extract' -l no-times \
+    -d 'Do not keep exact times'
+complete -c vesk-fs -n '__fish_seen_subcommand_from pack add unpack extract' -l set-id \
+    -d 'Keep set-user-id and set-group-id bits'
+complete -c vesk-fs -n '__fish_seen_subcommand_from pack add' -l follow-links \
+    -d 'Pack what links lead to'
+complete -c vesk-fs -n '__fish_seen_subcommand_from pack add' -l no-directories \
+    -d 'Pack files and links only'
+complete -c vesk-fs -n '__fish_seen_subcommand_from unpack extract' -l no-links \
+    -d 'Leave out symbolic links'
 complete -c vesk-fs -n '__fish_seen_subcommand_from sweep' -l dry-run -d 'Delete nothing'
 complete -c vesk-fs -n '__fish_seen_subcommand_from xml' -a get -d 'Write an element or attribute'

@@ -1,0 +1,3 @@
+#include "links.h"
+
+bool isKeptLink(const std::filesystem::path&) { return false; }
