@@ -88,7 +88,7 @@ TEST_F(VeskFsArguments, NameFilesUnchanged) {
                      {"extract b.zip plain - --password-file TEXT", "x"},
                      {"add c.zip plain --password=TEXT -q", ""},
                      {"extract c.zip plain - --password TEXT -q", "x"},
-                     {"pack copied -q -- TEXT", ""},
+                     {"pack copied -q --no-directories -- TEXT", ""},
                      {"list -- TEXT", "TEXT\n"},
                      {"test -q -- TEXT", ""},
                      {"extract -- TEXT TEXT extracted/", ""},
