@@ -174,14 +174,16 @@ TEST_F(Methods, OtherProgramsReadWhatIsWritten) {
 }
 
 TEST_F(Methods, FoldersAreUnpacked) {
+  const std::string content = textOfSize(60000);
   for (const Row& row : rows()) {
     SCOPED_TRACE(row.name + ' ' + row.command);
     const bool isEncrypted =
         row.command.find("-p") != std::string::npos || !row.options.password().empty();
     if (isEncrypted || (row.command.empty() && !row.isBuilt)) continue;
-    packWith(row, textOfSize(100000));
+    packWith(row, content);
     EXPECT_EQ(FRT_UNZIP_FILE(path_.c_str(), out_.c_str()), row.isBuilt);
     EXPECT_EQ(support::exists(out_ + "/in"), row.isBuilt);
+    EXPECT_TRUE(!row.isBuilt || support::readFile(out_ + "/in") == content);
     std::filesystem::remove_all(out_);
   }
 }
@@ -235,6 +237,11 @@ plain = b"x" * 10
 size = 4294967294
 if kind == "zstd":
     method, stored = 93, b"\x28\xb5\x2f\xfd\0" + bytes([bits - 10 << 3]) + struct.pack("<I", 10 << 3 | 1)[:3] + plain
+elif kind == "deflate64":
+    # A block with fixed codes: a literal, the longest match at distance 1, and the end.
+    plain = b"x" * 65539
+    code = "1" + "10" + "10101000" + "11000101" + "1" * 16 + "00000" + "0000000"
+    method, stored = 9, int(code[::-1], 2).to_bytes(6, "little")
 elif kind == "lzma":
     data = lzma.compress(plain, lzma.FORMAT_ALONE)
     method, stored = 14, b"\x09\x14\5\0" + data[:1] + struct.pack("<I", 1 << bits) + data[13:]
@@ -246,7 +253,7 @@ else:
     data[end:end + 4] = struct.pack("<I", zlib.crc32(data[12:end]))
     method, stored = 95, bytes(data)
 if kind != "lzma":
-    size = 10
+    size = len(plain)
 head = struct.pack("<IHHHHHIIIHH", 0x04034B50, 63, 2, method, 0, 0x21, zlib.crc32(plain), len(stored), size, 2, 0) + b"in"
 record = struct.pack("<IHHHHHHIIIHHHHHII", 0x02014B50, 63, 63, 2, method, 0, 0x21, zlib.crc32(plain),
                      len(stored), size, 2, 0, 0, 0, 0, 0, 0) + b"in"
@@ -258,7 +265,8 @@ open("a.zip", "wb").write(head + stored + record + end)
     int bits;
     bool isBuilt;
     Reason reason;
-  } kRows[] = {{"zstd", 27, VESK_ZSTD != 0, Reason::None},
+  } kRows[] = {{"deflate64", 16, true, Reason::None},
+               {"zstd", 27, VESK_ZSTD != 0, Reason::None},
                {"zstd", 28, VESK_ZSTD != 0, Reason::UnsupportedMethod},
                // Their content is shorter than their records say.
                {"lzma", 27, VESK_LZMA != 0, Reason::Damaged},

@@ -102,23 +102,26 @@ def add(name, data, method, comment=b""):
     z.writestr(info, data)
 add("dir/", "", 0)
 add("a\"b", "x" * 1000, 8, "\u00e9\n".encode())
-add("c", "abc", 12)
+add("c", "abc", 0)
 z.comment = b"PK\5\6" + b"x" * 17
-z.close())");
+z.close()
+data = bytearray(open("a.zip", "rb").read())
+data[z.getinfo("c").header_offset + 8] = data[data.rindex(b"PK\1\2") + 10] = 98
+open("a.zip", "wb").write(data))");
   check(
       {{"list -l a.zip", 0,
         R"(        size       packed  saved  modified             CRC-32    method     encrypt  name
            0            0     0%  2024-02-29 12:34:56  00000000  stored     none     dir/
         1000           11    98%  2024-02-29 12:34:56  3b41c9e6  deflate    none     a"b
-           3           38 -1166%  2024-02-29 12:34:56  352441c2  bzip2      none     c
-        1003           49    95%  2 files, 1 directory
+           3            3     0%  2024-02-29 12:34:56  352441c2  PPMd       none     c
+        1003           14    98%  2 files, 1 directory
 )"},
        {"list a.zip 'a*' --json", 0,
         "[\n  {\"name\": \"a\\\"b\", \"directory\": false, \"size\": 1000, \"packedSize\": 11, "
         "\"modified\": \"2024-02-29T12:34:56\", \"crc32\": \"3b41c9e6\", \"method\": \"deflate\", "
         "\"encryption\": \"none\", \"comment\": \"\u00e9\\u000a\"}\n]\n"},
        {"test a.zip", 1, "tested 3 entries of a.zip: 1 error\n",
-        "'c': its compression method, bzip2"}});
+        "'c': its compression method, PPMd"}});
 }
 
 // The end record counts to 65,534. Zip64 has a record for more, and old programs start again at 0.
