@@ -4,6 +4,7 @@
 
 #include "zip/engine/container/central_directory.h"
 #include "zip/engine/container/end_record.h"
+#include "zip/engine/container/extra_field.h"
 #include "zip/engine/container/local_header.h"
 
 using namespace zip_engine;
@@ -61,6 +62,21 @@ TEST(EntryRecord, LocalHeadersAndDescriptorsHaveSizesOf64Bits) {
   ASSERT_EQ(bytes.size(), 24U);
   EXPECT_EQ(load64(&bytes[8]), 7U);
   EXPECT_EQ(load64(&bytes[16]), 5ULL << 30);
+}
+
+// Otherwise the value would be a size that an archive beyond 4 GiB has space for.
+TEST(EntryRecord, ValuesThatABlockLacksAreLargerThanAnyFile) {
+  const unsigned char block[] = {1, 0, 15, 0, 7, 0, 0, 0, 0, 0, 0, 0, 8, 0, 0, 0, 0, 0, 0};
+  std::uint64_t first = kSaturated32;
+  std::uint64_t small = 5;
+  std::uint64_t second = kSaturated32;
+  readZip64(block, sizeof(block), {&first, &small, &second});
+  EXPECT_EQ(first, 7U);
+  EXPECT_EQ(small, 5U);
+  EXPECT_EQ(second, UINT64_MAX);
+  second = kSaturated32;
+  readZip64(block, 3, {&second});
+  EXPECT_EQ(second, kSaturated32) << "without a block";
 }
 
 TEST(EntryRecord, LargeValuesNeedTheZip64EndRecord) {
