@@ -30,7 +30,9 @@ class Unpacking : public Zip {
     struct stat status {};
     for (const char* const name : {"/private", "/secret"}) {
       const bool isThere = lstat((out_ + name).c_str(), &status) == 0 && status.st_ino != old;
-      if (isThere) EXPECT_EQ(status.st_mode & 077, 0U) << name;
+      if (isThere) {
+        EXPECT_EQ(status.st_mode & 077, 0U) << name;
+      }
     }
     for (const auto& [number, path] : support::openDescriptors()) {
       const bool isTemporary = path.starts_with(out_ + "/#") || path.starts_with(out_ + "/.~copy");
@@ -70,7 +72,9 @@ TEST_F(Unpacking, NothingIsInAnOpenFolder) {
   const failing::Failing watcher(failing::Fault::Interruption, 1, [&] {
     struct stat status {};
     const bool isFilled = lstat(out_.c_str(), &status) == 0 && !std::filesystem::is_empty(out_);
-    if (isFilled) EXPECT_EQ(status.st_mode & 077, 0U);
+    if (isFilled) {
+      EXPECT_EQ(status.st_mode & 077, 0U);
+    }
   });
   EXPECT_TRUE(archive.unpack(archive.entries(), out_.c_str()));
   umask(mask);
