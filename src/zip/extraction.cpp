@@ -24,9 +24,6 @@ using platform::NewMetadata;
 // The number of the name of a file that is written alone.
 constexpr std::uint64_t kOnlyName = 1;
 
-// The most bytes that an entry which is read into memory has.
-constexpr std::uint64_t kMostInMemory = UINT32_MAX;
-
 ConfinedDirectory::Existing modeOf(ExistingFiles existing) {
   using Existing = ConfinedDirectory::Existing;
   return existing == ExistingFiles::Keep ? Existing::Kept : Existing::Replaced;
@@ -82,8 +79,8 @@ void createDirectories(const std::string& path) {
 Reason Extractor::toBytes(std::vector<unsigned char>& bytes) {
   OpenEntry entry(archive_, password_);
   if (!entry) return entry.failure();
-  const std::uint64_t size = archive_.describe().size;
-  if (size > std::min<std::uint64_t>(kMostInMemory, bytes.max_size())) return Reason::TooLarge;
+  const std::uint64_t largest = std::min<std::uint64_t>(UINT32_MAX, bytes.max_size());
+  if (archive_.describe().size > largest) return Reason::TooLarge;
   Reason reason = Reason::None;
   try {
     reason = readAll(entry, bytes);

@@ -191,7 +191,7 @@ TEST_F(VeskFs, CompressesAsAsked) {
   write("in/text", text);
   const auto sizeAfter = [this](const std::string& command) {
     EXPECT_TRUE(run(command + " -q").starts_with("[0]\n")) << command;
-    EXPECT_TRUE(run("test a.zip").starts_with("tested 1 entry of a.zip: no errors\n")) << command;
+    EXPECT_NE(run("test a.zip").find(" of a.zip: no errors\n"), std::string::npos) << command;
     const auto size = std::filesystem::file_size(folder_.file("a.zip"));
     std::filesystem::remove(folder_.file("a.zip"));
     return size;
