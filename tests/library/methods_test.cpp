@@ -116,10 +116,11 @@ class Methods : public Zip {
   const Options secret_ = Options().setPassword("secret");
 };
 
-// Longer than a block of input, and than a part in which content is written.
 TEST_F(Methods, ContentsAreReadWholeAndInPieces) {
-  const std::string large = textOfSize(5 << 20);
+  const std::string longest = textOfSize(5 << 20);
   for (const Row& row : rows()) {
+    // Longer than a part in which this library writes content, or than a block of input.
+    const std::string large = row.command.empty() ? longest : longest.substr(0, 1 << 20);
     for (const std::string& content :
          {std::string(), std::string("x"), large.substr(0, 30000), large}) {
       SCOPED_TRACE(row.name + ' ' + row.command + ' ' + std::to_string(content.size()));
