@@ -56,7 +56,7 @@ std::string archiveWith(const Blocks& blocks) {
   }
   record.uncompressedSize = record.compressedSize = 0;
   appendCentralRecord(out, record, 0);
-  for (const std::size_t field : {20, 24, 42}) zip_engine::store32(&out[directory + field], ~0U);
+  for (const std::size_t field : {20U, 24U, 42U}) zip_engine::store32(&out[directory + field], ~0U);
   const std::size_t size = out.size() - directory;
   zip_engine::appendEndRecords(out, directory, size, 1, "");
   return {out.begin(), out.end()};
@@ -250,7 +250,7 @@ TEST_F(Zip64, LargeEntriesMoveToTheStart) {
 // Where the fields leave no space for the block, the entry is as before.
 TEST_F(Zip64, LongFieldsLeaveNoSpaceForTheBlock) {
   const std::string fields(65535, '\0');
-  for (const std::uint32_t local : {65515, 65516}) {
+  for (const std::uint32_t local : {65515U, 65516U}) {
     ZipWriter* const writer = ZipOpenWriter(path_.c_str(), ZipModeCreate);
     ASSERT_EQ(ZipOpenNewEntry(writer, "e", nullptr, fields.data(), local, nullptr, 0, nullptr,
                               ZipMethodDeflate, 1, 0, -15, 8, 0, nullptr, 0),
