@@ -119,9 +119,9 @@ TEST(Hostile, ArchivesGetTheirFailureValueSoonAndInLittleMemory) {
                                 " | sort"),
               "home\nhome/deep\nhome/outside\n");
     EXPECT_FALSE(std::filesystem::exists("/tmp/vesk-climbed"));
-    EXPECT_EQ(support::outputOf(folder.path(),
-                                "find home -perm /6000 -o ! -type f ! -type d ! -type l"),
-              "");
+    EXPECT_EQ(
+        support::outputOf(folder.path(), "find home -perm /6000 -o ! -type f ! -type d ! -type l"),
+        "");
     std::printf("%-30s %8zu bytes  %6.3f s  %6ld KiB\n", name.c_str(),
                 static_cast<std::size_t>(size), report->seconds, peak.kibibytes);
     // A sanitizer or valgrind needs more.
