@@ -36,8 +36,9 @@ std::optional<FILETIME> timeOfLocal(const SYSTEMTIME& local) {
   }
   using namespace std::chrono;
   const sys_days day = year{local.wYear} / month{local.wMonth} / 1;
-  const std::time_t asUtc = (day.time_since_epoch() + days(local.wDay - 1)) / seconds(1) +
-                            local.wHour * 3600 + local.wMinute * 60 + local.wSecond;
+  const sys_seconds time = day + days(local.wDay - 1) + hours(local.wHour) +
+                           minutes(local.wMinute) + seconds(local.wSecond);
+  const std::time_t asUtc = time.time_since_epoch() / seconds(1);
   // The offset of a time that is at most some hours off, and then that of the time itself.
   const std::time_t near = asUtc - offsetAt(asUtc);
   return native::fileTimeOf(asUtc - offsetAt(near), 0);

@@ -127,7 +127,7 @@ bool ReplacementFile::setAccess(const struct stat& now, mode_t removed) {
 }
 
 Replaced ReplacementFile::complete(mode_t removed) {
-  struct stat now;
+  struct stat now {};
   if (hasOld()) {
     // A program that does not use the locks may have put another file there.
     const char* const name = place_.name.c_str();

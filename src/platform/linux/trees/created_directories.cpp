@@ -47,14 +47,14 @@ void CreatedDirectories::finish(const std::function<Descriptor(const std::string
   for (const Chosen& chosen : std::exchange(chosen_, {})) {
     const Descriptor directory = open(chosen.path);
     struct stat status;
-    if (directory && fstat(directory.get(), &status) != 0)
-      failWithErrno();
-    else if (directory && !has(status))
+    const bool isKnown = directory && fstat(directory.get(), &status) == 0;
+    if (isKnown && !has(status)) {
       fail(ERROR_PATH_NOT_FOUND);
-    else if (directory && apply(directory.get(), status, chosen.metadata))
+    } else if (isKnown && apply(directory.get(), status, chosen.metadata)) {
       continue;
-    else if (directory)
+    } else if (directory) {
       failWithErrno();
+    }
     failed(chosen.id);
   }
 }
