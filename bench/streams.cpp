@@ -32,6 +32,27 @@ namespace {
 constexpr std::size_t kGigabyte = 1'000'000'000;
 constexpr std::size_t kBuffer = 0x200000;
 
+struct WriteCost {
+  Cost writing;
+  Cost committing;
+};
+
+// Measures `write(stream)` on a new file, and separately the commits in it.
+template <typename Write>
+WriteCost writingTo(const std::string& path, Write write) {
+  const Cost before = commits;
+  const Cost whole = timed([&] {
+    FileSystem::FileStream stream;
+    require(stream.open(path.c_str(),
+                        FileSystem::FileStream::OpenWrite | FileSystem::FileStream::OpenTruncate),
+            "FileStream::open");
+    write(stream);
+    stream.close();
+  });
+  const Cost committing = commits - before;
+  return {whole - committing, committing};
+}
+
 Operation writing(const Workspace& workspace) {
   static const std::string text(100, 't');
   const auto commitSeconds = std::make_shared<std::vector<double>>();
@@ -42,19 +63,11 @@ Operation writing(const Workspace& workspace) {
           .target = 0.8,
           .ours =
               [=, &workspace](int eighths) {
-                const std::string path = workspace.fresh("written");
-                const Cost before = commits;
-                const Cost whole = timed([&] {
-                  FileSystem::FileStream stream;
-                  require(stream.open(path.c_str(), FileSystem::FileStream::OpenWrite |
-                                                        FileSystem::FileStream::OpenTruncate),
-                          "FileStream::open");
+                const WriteCost cost = writingTo(workspace.fresh("written"), [&](auto& stream) {
                   for (std::size_t i = count(eighths); i > 0; --i) stream.write(text);
-                  stream.close();
                 });
-                const Cost committing = commits - before;
-                if (eighths == 8) commitSeconds->push_back(committing.wall);
-                return whole - committing;
+                if (eighths == 8) commitSeconds->push_back(cost.committing.wall);
+                return cost.writing;
               },
           .peers = {{"std::ofstream",
                      [=, &workspace] {
@@ -85,17 +98,11 @@ Operation writingNumbers(const Workspace& workspace) {
           .target = 1.0,
           .ours =
               [=, &workspace](int eighths) {
-                const std::string path = workspace.fresh("numbers");
-                const Cost before = commits;
-                const Cost whole = timed([&] {
-                  FileSystem::FileStream stream;
-                  require(stream.open(path.c_str(), FileSystem::FileStream::OpenWrite |
-                                                        FileSystem::FileStream::OpenTruncate),
-                          "FileStream::open");
-                  for (long i = count(eighths); i > 0; --i) stream << i;
-                  stream.close();
-                });
-                return whole - (commits - before);
+                return writingTo(workspace.fresh("numbers"),
+                                 [&](auto& stream) {
+                                   for (long i = count(eighths); i > 0; --i) stream << i;
+                                 })
+                    .writing;
               },
           .peers = {{"std::ofstream",
                      [=, &workspace] {
