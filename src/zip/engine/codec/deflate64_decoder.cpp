@@ -4,6 +4,8 @@
 #include <array>
 #include <vector>
 
+#include "zip/engine/codec/prefix_codes.h"
+
 namespace zip_engine {
 namespace {
 
@@ -12,7 +14,6 @@ constexpr std::size_t kLengthSymbols = 288;
 constexpr std::size_t kDistanceSymbols = 32;
 constexpr unsigned kEndOfBlock = 256;
 constexpr unsigned kLastLength = 285;
-constexpr unsigned kLongestCode = 15;
 
 struct Code {
   std::uint16_t symbol = 0;
@@ -24,35 +25,13 @@ class Codes {
  public:
   // Returns false if no code has these lengths.
   bool build(const unsigned char* lengths, std::size_t count) {
-    std::array<unsigned, kLongestCode + 1> counts{};
-    for (std::size_t i = 0; i < count; ++i) ++counts[lengths[i]];
-    const unsigned longest = *std::max_element(lengths, lengths + count);
-    std::array<unsigned, kLongestCode + 1> next{};
-    for (unsigned length = 1, code = 0; length <= longest; ++length, code <<= 1) {
-      next[length] = code;
-      code += counts[length];
-      if (code > 1U << length) return false;
-    }
-    table_.assign(std::size_t{1} << longest, Code{});
-    for (std::size_t i = 0; i < count; ++i) {
-      const unsigned length = lengths[i];
-      if (length == 0) continue;
-      const unsigned code = reversed(next[length]++, length);
-      for (std::size_t at = code; at < table_.size(); at += std::size_t{1} << length) {
-        table_[at] = {static_cast<std::uint16_t>(i), static_cast<unsigned char>(length)};
-      }
-    }
-    return true;
+    return fillCodeTable(lengths, count, table_, [](std::size_t symbol, unsigned length) {
+      return Code{static_cast<std::uint16_t>(symbol), static_cast<unsigned char>(length)};
+    });
   }
   Code at(std::uint64_t bits) const { return table_[bits & (table_.size() - 1)]; }
 
  private:
-  static unsigned reversed(unsigned code, unsigned length) {
-    unsigned result = 0;
-    for (unsigned i = 0; i < length; ++i) result |= (code >> i & 1) << (length - 1 - i);
-    return result;
-  }
-
   std::vector<Code> table_{Code{}};
 };
 

@@ -5,6 +5,8 @@
 #include <limits>
 #include <vector>
 
+#include "zip/engine/codec/prefix_codes.h"
+
 namespace zip_engine {
 namespace {
 
@@ -15,7 +17,6 @@ constexpr unsigned kDynamic = 2;
 constexpr std::size_t kLengthSymbols = 288;
 constexpr std::size_t kDistanceSymbols = 32;
 constexpr std::size_t kEndOfBlock = 256;
-constexpr unsigned kLongestCode = 15;
 
 // The bits of a stream, lowest first, with zeros after its end.
 class BitReader {
@@ -84,38 +85,18 @@ class StepTable {
   // if no code has these lengths.
   template <typename StepOf>
   bool build(const unsigned char* lengths, std::size_t count, StepOf stepOf) {
-    std::array<unsigned, kLongestCode + 1> counts{};
-    for (std::size_t i = 0; i < count; ++i) ++counts[lengths[i]];
-    const unsigned longest = *std::max_element(lengths, lengths + count);
-    std::array<unsigned, kLongestCode + 1> next{};
-    for (unsigned length = 1, code = 0; length <= longest; ++length, code <<= 1) {
-      next[length] = code;
-      code += counts[length];
-      if (code > 1U << length) return false;
-    }
-    steps_.assign(std::size_t{1} << longest, Step{});
-    mask_ = steps_.size() - 1;
-    for (std::size_t i = 0; i < count; ++i) {
-      const unsigned length = lengths[i];
-      if (length == 0) continue;
-      Step step = stepOf(i);
+    const auto whole = [&](std::size_t symbol, unsigned length) {
+      Step step = stepOf(symbol);
       step.bits = static_cast<unsigned char>(step.bits + length);
-      const unsigned code = reversed(next[length]++, length);
-      for (std::size_t at = code; at < steps_.size(); at += std::size_t{1} << length) {
-        steps_[at] = step;
-      }
-    }
+      return step;
+    };
+    if (!fillCodeTable(lengths, count, steps_, whole)) return false;
+    mask_ = steps_.size() - 1;
     return true;
   }
   Step at(std::uint64_t bits) const { return steps_[bits & mask_]; }
 
  private:
-  static unsigned reversed(unsigned code, unsigned length) {
-    unsigned result = 0;
-    for (unsigned i = 0; i < length; ++i) result |= (code >> i & 1) << (length - 1 - i);
-    return result;
-  }
-
   std::size_t mask_ = 0;
   std::vector<Step> steps_;
 };
