@@ -36,4 +36,4 @@ set(Boost_INCLUDE_DIR "${header_only}" CACHE PATH "Folder with Boost's headers a
 
 # Tests run under Wine, with a prefix in the build directory.
 set(CMAKE_CROSSCOMPILING_EMULATOR
-  "${CMAKE_CURRENT_LIST_DIR}/../scripts/under-wine;${CMAKE_BINARY_DIR}/wine")
+  "${CMAKE_CURRENT_LIST_DIR}/../scripts/under-wine;${CMAKE_BINARY_DIR}/wine;--test")
