@@ -70,7 +70,7 @@ test:
 	cmake --preset asan
 	cmake --build --preset asan
 	ctest --preset release
-	ctest --preset asan
+	scripts/as-ordinary-user build/asan/Testing ctest --preset asan
 
 lint:
 	@scripts/install-packages $(BUILD_PACKAGES) $(BENCH_PACKAGES) $(LINT_PACKAGES)
