@@ -197,6 +197,7 @@ z.writestr("d\u2065\u2066\u2069\u206a\u00e9", ""))");
   python(R"(
 import json
 assert json.load(open("json"))[0]["name"] == "a\x1b[31m\nb\x01\x1f \x7e\x7f\x80\x9b\x9f\xa1")");
+  if (!support::fileSystem().anyName) GTEST_SKIP() << "no such names on the disk";
   write("in/x\x1f\u009by", "");
   EXPECT_EQ(support::outputOf(folder_.path(),
                               VESK_TEST_DATA "/../tool/type-password " VESK_FS " tree in"),
