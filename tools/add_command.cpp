@@ -86,7 +86,22 @@ void insert(ArchiveChange& change, const Source& source) {
   }
 }
 
-// Adds the sources with one commit. One that fails is reported, and the others are added.
+// Reports the sources whose items failed, and takes them out.
+void dropFailed(std::vector<Source>& sources, const Report& report, Output& output) {
+  std::vector<Source> others;
+  for (std::size_t i = 0; i < sources.size(); ++i) {
+    const bool isFailed = i < report.items.size() && report.items[i].reason != Reason::None;
+    if (isFailed) {
+      output.fail("cannot add " + inQuotes(sources[i].path) + ": " +
+                  FileSystem::reasonText(report.items[i].reason));
+    } else {
+      others.push_back(std::move(sources[i]));
+    }
+  }
+  sources = std::move(others);
+}
+
+// Adds the sources with one commit. Those that fail are reported, and the others are added.
 void addFiles(std::vector<Source> sources, const std::string& zip, const Options& options,
               Output& output) {
   while (!sources.empty()) {
@@ -98,10 +113,7 @@ void addFiles(std::vector<Source> sources, const std::string& zip, const Options
       return;
     }
     if (!isItemAtFault(report)) throwFailure(report, zip);
-    const auto failed = sources.begin() + static_cast<std::ptrdiff_t>(report.items.size() - 1);
-    output.fail("cannot add " + inQuotes(failed->path) + ": " +
-                FileSystem::reasonText(report.reason));
-    sources.erase(failed);
+    dropFailed(sources, report, output);
   }
 }
 

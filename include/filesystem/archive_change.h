@@ -83,7 +83,9 @@ class FILESYSTEM_API ArchiveChange {
   /// @param options password, encryption and level of the new entries; what they keep of the files;
   ///                what is done with an existing entry; progress
   /// @return an item for each removal and insertion, removals first, by the name of the entry. If one
-  ///         fails, it is the last item, and Report::reason is its reason. With Reason::Damaged, the
+  ///         fails, it is the last item, and Report::reason is its reason. Of several files, all are
+  ///         opened before the first one is read: the items up to the last that cannot be opened, each
+  ///         with its reason, and Report::reason is that of the first. With Reason::Damaged, the
   ///         only item is an entry that stays and cannot be copied. Without an item, Report::reason
   ///         is Reason::Cancelled, or why the archive cannot be written.
   Report apply(const char* archive, const Options& options = Options());

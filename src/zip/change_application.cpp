@@ -91,7 +91,7 @@ void ChangeApplication::apply() {
 
 // Nothing of the new archive is visible until it is complete.
 void ChangeApplication::create() {
-  if (!canApply()) return;
+  if (!canApply() || !canOpenFiles()) return;
   NewArchive archive(path_, NewArchive::Existing::Refuse);
   if (!archive || !archive.begin()) return failArchive(archive.reason());
   archive.writer().requireAll();
@@ -102,6 +102,7 @@ void ChangeApplication::create() {
 }
 
 void ChangeApplication::append(ArchiveWriter& writer) {
+  if (!canOpenFiles()) return;
   writer.requireAll();
   expect(0);
   if (!addAll(writer)) return;
@@ -124,7 +125,7 @@ void ChangeApplication::rewrite() {
     if (!names_.drops(name)) copied += info.storedSize;
     return true;
   });
-  if (!canApply()) return;
+  if (!canApply() || !canOpenFiles()) return;
   expect(copied);
   if (!reportRemovals()) return failArchive(Reason::Cancelled);
   Rewrite::Plan plan{.drops = [this](const std::string& name) { return names_.drops(name); },
@@ -148,6 +149,34 @@ bool ChangeApplication::canApply() {
   const auto failure = names_.failure(keepsExisting_);
   if (failure) fail(*failure);
   return !failure;
+}
+
+// Reports all files that cannot be opened before the first one is read, so that a caller who leaves
+// them out need not try again for each. False if there is one.
+bool ChangeApplication::canOpenFiles() {
+  // A single one is opened only once.
+  if (changes_.insertions.size() < 2) return true;
+  constexpr std::size_t kInterval = 1000;
+  std::size_t end = 0;
+  std::size_t index = changes_.removals.size();
+  for (const Insertion& insertion : changes_.insertions) {
+    const auto* const file = std::get_if<std::string>(&insertion.content);
+    const Reason reason = file == nullptr ? Reason::None : reasonForSource(file->c_str());
+    items_[index].reason = reason;
+    ++index;
+    if (reason != Reason::None) {
+      if (end == 0) report_.reason = reason;
+      end = index;
+    }
+    if (index % kInterval == 0 && !progress_.begin(insertion.name)) {
+      failArchive(Reason::Cancelled);
+      return false;
+    }
+  }
+  if (end == 0) return true;
+  items_.resize(end);
+  report_.items = std::move(items_);
+  return false;
 }
 
 bool ChangeApplication::reportRemovals() {

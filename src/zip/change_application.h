@@ -51,6 +51,7 @@ class ChangeApplication {
   void append(ArchiveWriter& writer);
   void rewrite();
   bool canApply();
+  bool canOpenFiles();
   bool reportRemovals();
   bool addAll(ArchiveWriter& writer);
   FileSystem::Reason add(EntryAdder& adder, const Insertion& insertion);

@@ -7,6 +7,7 @@
 #include <functional>
 #include <stdexcept>
 
+#include "library/reasons.h"
 #include "library/zip.h"
 #include "support/noise.h"
 #include "support/open_file.h"
@@ -254,6 +255,23 @@ TEST_F(Change, FailsForAReason) {
     }
     path_ = path;
   }
+}
+
+TEST_F(Change, NamesEachFileThatCannotBeOpened) {
+  make({"a", "b"});
+  const platform::FileHandle held = support::openFile(file("held", ""));
+  EXPECT_EQ(reasonOf([&](auto& c) {
+              c.remove("a");
+              c.insertFile(folder_.file("in/missing"), "missing");
+              c.insertBytes({1}, "bytes");
+              c.insertFile(folder_.file("in/held"), "held");
+              c.insertBytes({1}, "more");
+            }),
+            Reason::Missing);
+  EXPECT_EQ(reasonsOf(report_), (Reasons{{"a", Reason::None},
+                                         {"missing", Reason::Missing},
+                                         {"bytes", Reason::None},
+                                         {"held", Reason::InUse}}));
 }
 
 TEST_F(Change, FailsForAReasonOfTheArchive) {
