@@ -86,17 +86,17 @@ bool selects(const std::string& pattern, const std::string& file) {
   return matches(lowerCase(pattern), lowerCase(FileSystem::extractFilename(file)));
 }
 
-void copyFile(const std::string& source, const std::string& target) {
-  if (FileSystem::TestOpen(source.c_str(), FileSystem::kAccessRead) == 0) {
-    throw Failure("cannot read " + inQuotes(source) +
-                  ": it does not exist, is not permitted, or another program uses it");
+void copyFile(const std::string& source, const std::string& target, Output& output) {
+  Report report;
+  {
+    Progress progress(output, "copying " + source);
+    report = FileSystem::copyFile(source.c_str(), target.c_str(),
+                                  FileSystem::Options().setProgress(progress.callback()));
   }
-  if (FileSystem::EnsurePathExists(target.c_str()) == 0) {
-    throw Failure("cannot create or write to the directory " + inQuotes(target));
-  }
-  if (FileSystem::CopyFileA(source.c_str(), target.c_str(), FileSystem::kCopyAlways) == 0) {
-    throw Failure("cannot copy " + inQuotes(source) + " to " + inQuotes(target));
-  }
+  if (report) return;
+  const Reason reason = report.reason == Reason::None ? report.items.back().reason : report.reason;
+  throw Failure("cannot copy " + inQuotes(source) + " to " + inQuotes(target) + ": " +
+                FileSystem::reasonText(reason));
 }
 
 void copyDirectory(const std::string& source, const std::string& target, Output& output) {
@@ -153,7 +153,7 @@ void copy(const std::string& source, const std::string& target, Output& output) 
   if (FileSystem::FolderExists(source.c_str()) != 0) {
     copyDirectory(withBackslash(source), directory, output);
   } else {
-    copyFile(source, directory);
+    copyFile(source, directory, output);
   }
 }
 

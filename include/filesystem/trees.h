@@ -37,6 +37,16 @@ namespace FileSystem {
 FILESYSTEM_API Report copyTree(const char* source, const char* target,
                                const Options& options = Options());
 
+/// Copies a file into a folder, under its own name, as copyTree copies each of its files.
+/// @param file    the file, not null. A link is followed.
+/// @param folder  the folder, with or without trailing separator, not null; created if missing, with
+///                its parents. At most 243 bytes.
+/// @param options existing files, progress
+/// @return an item for the file, by its name. Without it, Report::reason is Reason::Cancelled, or why
+///         the file or the folder cannot be used.
+FILESYSTEM_API Report copyFile(const char* file, const char* folder,
+                               const Options& options = Options());
+
 /// Deletes the old files of a tree and its empty subfolders, as eraseOldFile does, and continues
 /// after a file that fails.
 /// @param folder  the folder, with or without trailing separator, not null

@@ -5,25 +5,22 @@
 
 #include <boost/format.hpp>
 #include <string>
-#include <string_view>
 #include <unordered_set>
 #include <vector>
 
 #include "enumeration/folder_walk.h"
 #include "files/attributes.h"
+#include "files/copy_target.h"
 #include "files/folder_failure.h"
 #include "files/make_folders.h"
 #include "files/tree_call.h"
-#include "path/characters.h"
 #include "path/fixed_text.h"
 #include "path/with_backslash.h"
 #include "path/zero_terminated.h"
 #include "platform/copy_file.h"
-#include "platform/file_identity.h"
 #include "platform/open_directory.h"
 #include "platform/win32.h"
 #include "platform/written_files.h"
-#include "reporting/reasons.h"
 
 namespace FileSystem {
 namespace {
@@ -60,26 +57,6 @@ Listing list(OpenDirectory& directory) {
 bool makeFolder(std::string path) {
   path.erase(path.find_last_not_of("\\/") + 1);
   return Detail::makeFolder(path.c_str());
-}
-
-bool exists(const char* path) { return GetFileAttributesA(path) != INVALID_FILE_ATTRIBUTES; }
-
-bool isSameFile(const char* first, const char* second) {
-  platform::FileIdentity a;
-  platform::FileIdentity b;
-  return platform::fileIdentity(first, a) && platform::fileIdentity(second, b) && a == b;
-}
-
-// Returns the reason for the error of a copy.
-Reason copyFailure(const char* source, const char* target, bool isRegular, DWORD error) {
-  if (error == ERROR_REQUEST_ABORTED) return Reason::Cancelled;
-  if (!isRegular && platform::isNoFile(source)) return Reason::NotAFile;
-  if (error == ERROR_SHARING_VIOLATION && isSameFile(source, target)) return Reason::SameFile;
-  if (error == ERROR_ACCESS_DENIED) {
-    if (Detail::isDirectory(target)) return Reason::IsAFolder;
-    if (exists(target) && platform::isNoFile(target)) return Reason::NotAFile;
-  }
-  return Detail::reasonOfError(error);
 }
 
 class TreeCopy {
@@ -222,24 +199,8 @@ Reason TreeCopy::failure(const Folder& folder, const FileName& file, DWORD error
   if (!call_.reports()) return Reason::Failed;
   if (!folder.to) return Detail::folderFailure(target_ + folder.name, folder.targetError);
   const std::string name = folder.name + file.shown;
-  return copyFailure((source_ + name).c_str(), (target_ + name).c_str(), file.isRegular, error);
-}
-
-// Returns a folder path that EnsurePathExists creates with all its parents. It takes the first
-// component of a relative path for a root that exists.
-std::string creatable(std::string_view path) {
-  const bool isRooted = path.find(':') == 1 || (!path.empty() && Detail::isSeparator(path.front()));
-  return (isRooted ? "" : ".\\") + std::string(path);
-}
-
-// Creates a folder and tests that it can be written to.
-Reason prepareTarget(const std::string& path) {
-  // EnsurePathExists would cut a longer path and create the folder of the rest.
-  if (path.size() >= Detail::kPathBuffer) return Reason::PathTooLong;
-  const bool isMade = Detail::makeFolders(path.c_str());
-  const DWORD error = GetLastError();
-  if (IsValidPath(path.c_str()) != 0) return Reason::None;
-  return Detail::folderFailure(path, isMade ? GetLastError() : error);
+  return Detail::copyFailure((source_ + name).c_str(), (target_ + name).c_str(), file.isRegular,
+                             error);
 }
 
 // Reports whether a folder can be listed.
@@ -265,13 +226,13 @@ long CopyContent(const std::string& sourceText, const std::string& targetText) {
 
 Report copyTree(const char* source, const char* target, const Options& options) {
   const std::string from = Detail::withBackslash(source);
-  const std::string to = creatable(Detail::withBackslash(target));
+  const std::string to = Detail::creatable(Detail::withBackslash(target));
   Detail::TreeCall call(options);
   Reason reason = *source == '\0' || *target == '\0' ? Reason::Missing : checkSource(from);
   if (reason != Reason::None) return call.finish(reason);
   TreeCopy copy(from, to, call);
   copy.listFolders();
-  if (!call.isCancelled()) reason = prepareTarget(to);
+  if (!call.isCancelled()) reason = Detail::prepareTarget(to);
   if (!call.isCancelled() && reason == Reason::None) copy.run();
   return call.finish(reason);
 }

@@ -105,6 +105,32 @@ TEST_F(HostTrees, CopySaysWhyAFolderCannotBeUsed) {
   EXPECT_FALSE(support::exists(path("out")));
 }
 
+TEST_F(HostTrees, CopyOfAFileSaysWhyItFails) {
+  write("in/a", "a");
+  write("file", "f");
+  const platform::FileHandle held = support::openFile(path("file"));
+  const struct {
+    std::string source;
+    std::string target;
+    Reason reason;
+  } cases[] = {
+      {path("in/none"), path("out"), Reason::Missing},
+      {"", path("out"), Reason::Missing},
+      {path("in/a"), "", Reason::Missing},
+      {path("in"), path("out"), Reason::IsAFolder},
+      {path("in/a"), path(std::string(300, 'n')), Reason::PathTooLong},
+      {path("in/a"), path("file"), Reason::NotAFolder},
+      {path("in/a"), path("in"), Reason::SameFile},
+      {path("file"), path("out"), Reason::InUse},
+  };
+  for (const auto& c : cases) {
+    const Report report = copyFile(c.source.c_str(), c.target.c_str());
+    EXPECT_EQ(report.items.empty() ? report.reason : report.items[0].reason, c.reason)
+        << c.source << ' ' << c.target;
+  }
+  EXPECT_FALSE(support::exists(path("out/none")));
+}
+
 TEST_F(HostTrees, CopyCreatesTheFoldersOfARelativePath) {
   write("in/a", "a");
   const std::filesystem::path before = std::filesystem::current_path();
@@ -294,6 +320,32 @@ TEST_P(Cancelled, CopyLeavesEachFileOldOrNew) {
       prepare, [&](const Options& options) { return copy(options); }, check);
   EXPECT_EQ(isInterrupted, GetParam() == End::ByFalse);
   EXPECT_EQ(support::readFile(path("out/sub/b")), large);
+}
+
+TEST_P(Cancelled, CopyOfAFileLeavesItOldOrNew) {
+  const std::string large(3 << 20, 'n');
+  write("in/large", large);
+  for (const bool isReplaced : {false, true}) {
+    const auto prepare = [&] {
+      std::filesystem::remove_all(support::pathOf(path("out")));
+      if (isReplaced) write("out/large", "o");
+    };
+    const auto copyOne = [&](const Options& options) {
+      return copyFile(path("in/large").c_str(), path("out").c_str(), options);
+    };
+    const auto check = [&](const Report& report) {
+      const bool isCopied = !report.items.empty() && report.items[0].reason == Reason::None;
+      const bool isThere = support::exists(path("out/large"));
+      if (!isThere || support::readFile(path("out/large")) == "o") {
+        EXPECT_EQ(isThere, isReplaced);
+        EXPECT_FALSE(isCopied);
+      } else {
+        EXPECT_TRUE(support::readFile(path("out/large")) == large);
+      }
+    };
+    atEachCallback(prepare, copyOne, check);
+    EXPECT_TRUE(support::readFile(path("out/large")) == large);
+  }
 }
 
 TEST_P(Cancelled, DeletionsReportWhatIsDeleted) {

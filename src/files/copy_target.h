@@ -1,0 +1,23 @@
+#pragma once
+// What copying a file and copying a tree have in common.
+
+#include <filesystem/results.h>
+
+#include <string>
+#include <string_view>
+
+#include "platform/win32.h"
+
+namespace FileSystem::Detail {
+
+// Returns a folder path that EnsurePathExists creates with all its parents. It takes the first
+// component of a relative path for a root that exists.
+std::string creatable(std::string_view path);
+
+// Creates a folder and tests that it can be written to.
+Reason prepareTarget(const std::string& path);
+
+// Returns the reason for the error of a copy.
+Reason copyFailure(const char* source, const char* target, bool isRegular, DWORD error);
+
+}  // namespace FileSystem::Detail
