@@ -124,37 +124,6 @@ open("a.zip", "wb").write(data))");
         "'c': its compression method, PPMd"}});
 }
 
-// The end record counts to 65,534. Zip64 has a record for more, and old programs start again at 0.
-TEST_F(VeskFs, CountsEntriesBeyondTheEndRecord) {
-  python(R"(
-from struct import pack
-def make(path, count, has64):
-    names = [b"%05d" % i for i in range(count)]
-    local = b"PK\3\4" + bytes(22) + pack("<HH", 5, 0)
-    files = b"".join(local + name for name in names)
-    record = b"PK\1\2" + bytes(24) + pack("<H", 5) + bytes(12)
-    directory = b"".join(record + pack("<I", 35 * i) + name for i, name in enumerate(names))
-    end64 = b"PK\6\6" + pack("<QHHIIQQ", 44, 45, 45, 0, 0, count, count)
-    end64 += pack("<QQ", len(directory), len(files))
-    end64 += b"PK\6\7" + pack("<IQI", 0, len(files) + len(directory), 1)
-    n = 65535 if has64 else count % 65536
-    end = b"PK\5\6" + pack("<HHHHIIH", 0, 0, n, n, len(directory), len(files), 0)
-    open(path, "wb").write(files + directory + (end64 if has64 else b"") + end)
-for count in 65535, 65536:
-    make(f"{count}.zip", count, False)
-    make(f"{count}-zip64.zip", count, True))");
-  for (const std::string count : {"65535", "65536"}) {
-    for (const std::string& zip : {count + ".zip", count + "-zip64.zip"}) {
-      check({{"test " + zip, 0, "tested " + count + " entries of " + zip + ": no errors\n"}});
-    }
-  }
-  write("new", "x");
-  check({{"remove 65536.zip 00000", 0, ""},
-         {"test 65536.zip", 0, "tested 65535 entries of 65536.zip: no errors\n"},
-         {"add 65535.zip new", 0, ""},
-         {"test 65535.zip", 0, "tested 65536 entries of 65535.zip: no errors\n"}});
-}
-
 TEST_F(VeskFs, NamesWhatFails) {
   python(R"(
 z = zipfile.ZipFile("a.zip", "w", 8)
