@@ -127,7 +127,8 @@ open("a.zip", "wb").write(data))");
 TEST_F(VeskFs, NamesWhatFails) {
   python(R"(
 z = zipfile.ZipFile("a.zip", "w", 8)
-for name in "good", "bad", "../../out", "in/file", "in/dir", "x", "x", "n" * 261:
+for name in ("good", "bad", "../../out", "in/file", "in/dir", "x", "x", "sub/f", "sub\\f",
+             "n" * 261):
     z.writestr(name, name * 99)
 z.close()
 bytes = bytearray(open("a.zip", "rb").read())
@@ -138,19 +139,20 @@ open("a.zip", "wb").write(bytes[:z.start_dir] + b"unused bytes" * 9 + bytes[z.st
   write("out/in/dir/x", "old");
   support::makeReadOnly(folder_.file("out/in/file"));
   const std::string result = run("unpack a.zip out -q");
-  for (const char* line : {"the entry 'x' occurs again", "'bad': it is damaged",
-                           "'../../out': its name escapes the directory",
-                           "'in/file': the file or its directory is read-only",
-                           "'in/dir': a directory has its name", "nnn': the path is too long"}) {
+  for (const char* line :
+       {"the entry 'x' occurs again", "'bad': it is damaged",
+        "'../../out': its name escapes the directory",
+        "'in/file': the file or its directory is read-only", "'in/dir': a directory has its name",
+        "nnn': the path is too long", "'sub\\f': its file is that of 'sub/f'"}) {
     EXPECT_NE(result.find(line), std::string::npos) << line << ": " << result;
   }
   EXPECT_TRUE(result.starts_with("[1]\n")) << result;
-  EXPECT_EQ(std::count(result.begin(), result.end(), '\n'), 7) << result;
+  EXPECT_EQ(std::count(result.begin(), result.end(), '\n'), 8) << result;
   EXPECT_EQ(read("out/in/file") + read("out/x"), "old" + std::string(99, 'x'));
-  EXPECT_EQ(shell("test $(find . -type f | wc -l) = 5"), 0);
+  EXPECT_EQ(shell("test $(find . -type f | wc -l) = 6"), 0);
 
   const std::string tested = run("test a.zip");
-  EXPECT_TRUE(tested.starts_with("tested 8 entries of a.zip: 1 error\n[1]\n")) << tested;
+  EXPECT_TRUE(tested.starts_with("tested 10 entries of a.zip: 1 error\n[1]\n")) << tested;
   EXPECT_NE(tested.find("84 bytes of 'a.zip' belong to no entry"), std::string::npos) << tested;
 }
 
@@ -191,6 +193,11 @@ TEST_F(VeskFs, SaysWhatIsWrong) {
       {"unpack a.zip text.zip", 1, "", "cannot create or write to the directory"},
       {"list in", 1, "", "is a directory"},
       {"add text.zip in/file", 1, "", "not a sound zip archive"},
+      {"add b.zip in/file none text.zip -v", 1, "added file\nadded text.zip\n",
+       "cannot read 'none'"},
+      {"list b.zip", 0, "file\ntext.zip\n"},
+      {"add new.zip none", 1, "", "cannot read 'none'"},
+      {"list new.zip", 1, "", "'new.zip'"},
       {"add a.zip in/file --password-file none", 1, "", "'none'"},
       {"tree none", 1, "", "'none'"},
       {"", 2, "", "a command is required"},
