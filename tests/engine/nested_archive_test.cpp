@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <initializer_list>
 #include <set>
 #include <string>
@@ -60,6 +61,9 @@ struct Outcome {
 
 Outcome use(const std::string& bytes, const std::string& path, const Entries& whole) {
   const std::string copy = path + ".copy";
+  // A file system such as ext4 writes a file that was truncated to the disk when it is closed.
+  std::filesystem::remove(path);
+  std::filesystem::remove(copy);
   support::writeFile(path, bytes);
   Entries before = readArchive(path);
   Outcome outcome{.isRead = before == whole, .isCopied = false, .isAppended = false};

@@ -1,13 +1,17 @@
 #pragma once
 // An archive in a folder of its own, for one test.
 
+#include <filesystem/archive.h>
 #include <filesystem/zip_archive.h>
 #include <gtest/gtest.h>
 
+#include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/win32.h"
+#include "support/programs.h"
 #include "support/temporary_folder.h"
 
 using Names = std::vector<std::string>;
@@ -17,6 +21,22 @@ inline constexpr unsigned int kRead = GENERIC_READ;
 inline constexpr unsigned int kReadWrite = GENERIC_READ | GENERIC_WRITE;
 
 inline Bytes bytesOf(const std::string& text) { return {text.begin(), text.end()}; }
+
+// Returns the contents of all entries, with their comments.
+inline std::map<std::string, std::string> entriesOf(const std::string& path) {
+  std::map<std::string, std::string> entries;
+  ZipArchive archive;
+  std::vector<std::pair<std::string, std::string>> names;
+  archive.open(path.c_str(), kRead);
+  if (archive.content(names) == 0) return {{"<no archive>", ""}};
+  for (const auto& [name, comment] : names) {
+    Bytes bytes;
+    EXPECT_EQ(archive.extract(name.c_str(), bytes), 1) << name;
+    const std::string content(bytes.begin(), bytes.end());
+    EXPECT_TRUE(entries.emplace(name, content + comment).second) << name;
+  }
+  return entries;
+}
 
 class Zip : public testing::Test {
  protected:
@@ -36,6 +56,11 @@ class Zip : public testing::Test {
     EXPECT_EQ(archive.open(path_.c_str(), access), 1);
     return archive;
   }
+  FileSystem::Archive openArchive() const {
+    FileSystem::Archive archive;
+    EXPECT_EQ(archive.open(path_.c_str()), FileSystem::Reason::None);
+    return archive;
+  }
   Names names() const {
     Names result;
     readable().enumerate(result);
@@ -47,6 +72,17 @@ class Zip : public testing::Test {
     Bytes bytes;
     if (archive.extract(name, bytes) == 0) return "<nothing>";
     return {bytes.begin(), bytes.end()};
+  }
+  // Other programs, which run in the test's folder and must succeed.
+  void shell(const std::string& command) const {
+    EXPECT_EQ(support::run(folder_.path(), command), 0) << command;
+  }
+  void python(const std::string& script) const {
+    support::writeFile(folder_.file("script.py"), "import struct, zipfile\n" + script);
+    shell("python3 -W ignore script.py && rm script.py");
+  }
+  std::string output(const std::string& command) const {
+    return support::outputOf(folder_.path(), command);
   }
 
   support::TemporaryFolder folder_;

@@ -6,7 +6,6 @@
 
 #include "library/zip.h"
 #include "support/noise.h"
-#include "support/programs.h"
 
 namespace {
 
@@ -85,11 +84,9 @@ TEST_F(Zip, AFileOfOtherContentIsAnEmptyArchive) {
 }
 
 TEST_F(Zip, ListingAndLookup) {
-  ASSERT_EQ(support::run(folder_.path(),
-                         "mkdir -p in/sub && echo f >in/sub/f && echo g >in/g && "
-                         "printf '\\n\\nwords\\n' | zip -qc a.zip in in/sub in/sub/f && "
-                         "zip -qg a.zip in/g"),
-            0);
+  shell(
+      "mkdir -p in/sub && echo f >in/sub/f && echo g >in/g && "
+      "printf '\\n\\nwords\\n' | zip -qc a.zip in in/sub in/sub/f && zip -qg a.zip in/g");
   EXPECT_EQ(names(), (Names{"in/", "in/sub/", "in/sub/f", "in/g"}));
   const ZipArchive archive = readable();
   std::vector<std::pair<std::string, std::string>> entries{{"before", ""}};
@@ -98,6 +95,7 @@ TEST_F(Zip, ListingAndLookup) {
                          {"before", ""}, {"in/sub/f", "words"}, {"in/g", ""}}));
   EXPECT_EQ(archive.exist("in/sub/f"), 1);
   EXPECT_EQ(archive.exist("IN/SUB/F"), 0);
+  EXPECT_EQ(archive.exist("in\\sub\\f"), 0);
   EXPECT_EQ(archive.exist(""), 0);
   EXPECT_EQ(archive.empty(), 0);
   Bytes bytes = bytesOf("kept");
@@ -164,7 +162,7 @@ TEST_F(Zip, InsertedEntries) {
   // is deflated at the default level.
   const std::string hour = std::to_string(12 + static_cast<int>(zone.seconds()) / 3600);
   const std::string fileTime = "(2020, 9, 13, " + hour + ", 26, 40)";
-  EXPECT_EQ(support::outputOf(folder_.path(), R"(python3 -c '
+  EXPECT_EQ(output(R"(python3 -c '
 import datetime, zipfile, zlib
 z = zipfile.ZipFile("a.zip")
 now = datetime.datetime.now(datetime.timezone.utc).replace(tzinfo=None)
@@ -207,14 +205,6 @@ TEST_F(Zip, DamagedEntriesAreKept) {
   EXPECT_EQ(support::outputOf(out_, "ls"), "a\n");
   EXPECT_EQ(writable().remove("c"), 1);
   EXPECT_EQ(names(), (Names{"a", "b"}));
-
-  // Without its local header an entry cannot be copied.
-  make({"a", "b", "c"});
-  bytes = support::readFile(path_);
-  bytes[0] = 'X';
-  support::writeFile(path_, bytes);
-  EXPECT_EQ(writable().remove("b"), 0);
-  EXPECT_TRUE(support::readFile(path_) == bytes);
 }
 
 TEST_F(Zip, Removal) {
@@ -229,10 +219,9 @@ TEST_F(Zip, Removal) {
 
   // An archive of another program is the same again after an insertion and a removal.
   std::filesystem::remove(path_);
-  ASSERT_EQ(support::run(folder_.path(),
-                         "echo x >x && echo y >y && 7z a -psecret a.zip x && "
-                         "printf 'on y\\n' | zip -qc a.zip y && echo on all | zip -qz a.zip"),
-            0);
+  shell(
+      "echo x >x && echo y >y && 7z a -psecret a.zip x && "
+      "printf 'on y\\n' | zip -qc a.zip y && echo on all | zip -qz a.zip");
   const std::string foreign = support::readFile(path_);
   EXPECT_EQ(writable().insert(bytesOf("new"), "new", "", 0), 1);
   EXPECT_EQ(writable().remove("new"), 1);
@@ -242,10 +231,9 @@ TEST_F(Zip, Removal) {
 // A name that is too long for the library is not taken for another one that it begins with.
 TEST_F(Zip, LongNamesStayApart) {
   const std::string stem(260, 'n');
-  ASSERT_EQ(support::run(folder_.path(),
-                         "python3 -c 'import zipfile; z = zipfile.ZipFile(\"a.zip\", \"w\");"
-                         " [z.writestr(\"n\" * n, str(n)) for n in (259, 260, 300)]; z.close()'"),
-            0);
+  python(R"(
+with zipfile.ZipFile("a.zip", "w") as z:
+    for n in (259, 260, 300): z.writestr("n" * n, str(n)))");
   EXPECT_EQ(readable().exist((stem + std::string(40, 'n')).c_str()), 0);
   EXPECT_EQ(readable().exist(stem.c_str()), 1);
   EXPECT_EQ(names(), (Names{stem.substr(1), stem, stem}));
@@ -261,9 +249,8 @@ TEST_F(Zip, LongNamesStayApart) {
   EXPECT_TRUE(support::readFile(path_) == before);
   EXPECT_EQ(writable().insert(bytesOf("new 260"), stem, "", 0), 0);
   EXPECT_EQ(writable().insert(bytesOf("new 260"), stem, "", 1), 1);
-  EXPECT_EQ(support::outputOf(folder_.path(),
-                              "python3 -c 'import zipfile; z = zipfile.ZipFile(\"a.zip\");"
-                              " print([z.read(n) for n in z.namelist()])'"),
+  EXPECT_EQ(output("python3 -c 'import zipfile; z = zipfile.ZipFile(\"a.zip\");"
+                   " print([z.read(n) for n in z.namelist()])'"),
             "[b'300', b'new 260']\n");
 }
 
@@ -319,38 +306,13 @@ TEST_F(Zip, ExtractionIsWholeOrNothing) {
 
 // A lookup finds the data that were added last: by a walk, and by the index of a list.
 TEST_F(Zip, OfEqualNamesTheLastCounts) {
-  ASSERT_EQ(support::run(folder_.path(), R"(python3 -W ignore -c '
-import zipfile
+  python(R"(
 with zipfile.ZipFile("a.zip", "w") as z:
-    for name, text in ("x", "old"), ("y", "y"), ("x", "new"), ("z", "z"): z.writestr(name, text)
-')"),
-            0);
+    for name, text in ("x", "old"), ("y", "y"), ("x", "new"), ("z", "z"): z.writestr(name, text))");
   EXPECT_EQ(names(), (Names{"x", "y", "x", "z"}));
   EXPECT_EQ(contentOf("x"), "new");
   EXPECT_EQ(readable().extract(Names{"z", "y", "x"}, (out_ + "\\").c_str()), 1);
   EXPECT_EQ(support::readFile(folder_.file("out/x")), "new");
-}
-
-// The entries of such an archive begin after a hole.
-TEST_F(Zip, EntriesBeyondFourGigabytes) {
-  if (!support::fileSystem().largeFiles) GTEST_SKIP() << "no sparse files here";
-  ASSERT_EQ(support::run(folder_.path(), R"(python3 -c '
-import zipfile
-with open("a.zip", "wb") as f:
-    f.seek(5 << 30)
-    with zipfile.ZipFile(f, "w") as z:
-        for name in "ab": z.writestr(name, name)
-')"),
-            0);
-  EXPECT_EQ(contentOf("b"), "b");
-  EXPECT_EQ(writable().insert(bytesOf("c"), "c", "", 0), 1);
-  EXPECT_EQ(support::outputOf(folder_.path(),
-                              "python3 -c 'import zipfile; z = zipfile.ZipFile(\"a.zip\");"
-                              " print([z.read(n) for n in z.namelist()])'"),
-            "[b'a', b'b', b'c']\n");
-  EXPECT_EQ(writable().remove("a"), 1);
-  EXPECT_EQ(names(), (Names{"b", "c"}));
-  EXPECT_EQ(contentOf("c"), "c");
 }
 
 class ZipFolders : public Zip {};
@@ -374,10 +336,10 @@ TEST_F(ZipFolders, TreeComesBack) {
   EXPECT_TRUE(FRT_ZIP_FOLDER(in_.c_str(), inside.c_str()));
   std::filesystem::rename(inside, path_);
   EXPECT_TRUE(FRT_UNZIP_FILE(path_.c_str(), (out_ + "//").c_str()));
-  EXPECT_EQ(support::run(folder_.path(), "diff -r in out && 7z t a.zip"), 0);
+  shell("diff -r in out && 7z t a.zip");
   // Over the files of the first call.
   EXPECT_TRUE(FRT_UNZIP_FILE(path_.c_str(), (out_ + "\\").c_str()));
-  EXPECT_EQ(support::run(folder_.path(), "diff -r in out"), 0);
+  shell("diff -r in out");
 }
 
 TEST_F(ZipFolders, NothingToDo) {

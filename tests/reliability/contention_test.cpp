@@ -32,7 +32,6 @@
 
 namespace {
 
-using operations::entriesOf;
 using operations::Files;
 
 // One change of an entry, always the same one for a number.

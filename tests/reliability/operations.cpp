@@ -203,21 +203,6 @@ std::span<const Operation> all() { return kOperations; }
 
 void PrintTo(const Operation& operation, std::ostream* out) { *out << operation.name; }
 
-Files entriesOf(const std::string& archive) {
-  Files entries;
-  ZipArchive reader;
-  std::vector<std::pair<std::string, std::string>> names;
-  reader.open(archive.c_str(), kRead);
-  if (reader.content(names) == 0) return {{"<no archive>", ""}};
-  for (const auto& [name, comment] : names) {
-    Bytes bytes;
-    EXPECT_EQ(reader.extract(name.c_str(), bytes), 1) << name;
-    const std::string content(bytes.begin(), bytes.end());
-    EXPECT_TRUE(entries.emplace(name, content + comment).second) << name;
-  }
-  return entries;
-}
-
 Files contentsOf(const std::filesystem::path& folder, bool entries) {
   Files files;
   for (const auto& item : std::filesystem::recursive_directory_iterator(folder)) {

@@ -34,9 +34,6 @@ std::span<const Operation> all();
 // Contents by relative path, or by the name of an entry.
 using Files = std::map<std::string, std::string>;
 
-// Returns the contents and comments of an archive by the names of the entries.
-Files entriesOf(const std::string& archive);
-
 // Returns all files of a directory. With `entries` the content of an archive is the list of its
 // entries, because its bytes include the time.
 Files contentsOf(const std::filesystem::path& folder, bool entries);

@@ -27,12 +27,12 @@ using power_loss::Moment;
 using power_loss::State;
 
 // Archives that are also appended to and read by another program.
-constexpr int kShown = 40;
+constexpr int kShown = support::kSanitized ? 10 : 40;
 
 // States between two commits that are visited.
 std::size_t statesOf(const Operation& operation) {
   if (operation.is(operations::kLarge)) return 5;
-  return support::kSanitized ? 50 : 300;
+  return support::kSanitized ? 15 : 300;
 }
 
 // Returns the bytes of an archive before its directory.

@@ -43,8 +43,7 @@ class Unpacking : public Zip {
 };
 
 TEST_F(Unpacking, IsAtNoInstantOpenToMore) {
-  FileSystem::Archive archive;
-  ASSERT_EQ(archive.open(path_.c_str()), FileSystem::Reason::None);
+  const FileSystem::Archive archive = openArchive();
   const mode_t mask = umask(0);
   for (const bool replaces : {false, true}) {
     SCOPED_TRACE(replaces);
@@ -66,8 +65,7 @@ TEST_F(Unpacking, IsAtNoInstantOpenToMore) {
 
 // The folder that is unpacked to is created with all permissions of the umask, and is empty then.
 TEST_F(Unpacking, NothingIsInAnOpenFolder) {
-  FileSystem::Archive archive;
-  ASSERT_EQ(archive.open(path_.c_str()), FileSystem::Reason::None);
+  const FileSystem::Archive archive = openArchive();
   const mode_t mask = umask(0);
   const failing::Failing watcher(failing::Fault::Interruption, 1, [&] {
     struct stat status {};

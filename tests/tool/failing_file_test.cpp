@@ -45,15 +45,4 @@ damage("directory.zip", sound.rfind(b"PK\1\2", 0, sound.rfind(b"PK\1\2"))))");
          {"list header.zip", 0, "a\nb\nc\n"}});
 }
 
-TEST_F(VeskFs, NamesTheFileThatFails) {
-  for (const char* name : {"one", "two", "in/a", "in/b", "in/c"}) write(name, name);
-  write("out/b/x", "");
-  check({{"add a.zip one none two -v", 1, "added one\nadded two\n", "cannot read 'none'"},
-         {"list a.zip", 0, "one\ntwo\n"},
-         {"add new.zip none", 1, "", "cannot read 'none'"},
-         {"list new.zip", 1, "", "'new.zip'"},
-         {"copy in out", 1, "copied 2 files\n", "cannot copy 'b': a directory has its name"}});
-  EXPECT_EQ(read("out/a") + read("out/c"), "in/ain/c");
-}
-
 }  // namespace

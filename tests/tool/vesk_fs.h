@@ -26,9 +26,12 @@ class VeskFs : public testing::Test {
   std::string run(const std::string& arguments) const {
     const std::size_t pipe = arguments.rfind("| ");
     const std::size_t start = pipe == std::string::npos ? 0 : pipe + 2;
-    return support::outputOf(folder_.path(), "{ " + arguments.substr(0, start) + VESK_FS " " +
-                                                 arguments.substr(start) +
-                                                 " 2>err; echo \"[$?]\"; cat err; rm err; }");
+    const std::string output =
+        support::outputOf(folder_.path(), arguments.substr(0, start) + VESK_FS " " +
+                                              arguments.substr(start) + " 2>err; echo \"[$?]\"");
+    const std::string error = read("err");
+    std::filesystem::remove(folder_.path() / "err");
+    return output + error;
   }
 
   void check(const std::vector<Row>& rows) const {

@@ -9,18 +9,10 @@
 
 #include "library/zip.h"
 #include "support/platform.h"
-#include "support/programs.h"
 
 namespace {
 
-using FileSystem::Archive;
-using FileSystem::ArchiveChange;
-using FileSystem::Entry;
-using FileSystem::ExistingFiles;
-using FileSystem::ItemResult;
-using FileSystem::Options;
-using FileSystem::Reason;
-using FileSystem::Report;
+using namespace FileSystem;
 
 class Metadata : public Zip {
  protected:
@@ -28,9 +20,6 @@ class Metadata : public Zip {
     if (!support::fileSystem().modes || !support::fileSystem().links) {
       GTEST_SKIP() << "no modes or links here";
     }
-  }
-  void shell(const std::string& command) const {
-    ASSERT_EQ(support::run(folder_.path(), command), 0) << command;
   }
   void makeTree() const {
     shell(R"(set -e
@@ -49,26 +38,24 @@ touch -h -d @1600000005 relative absolute loop sub/escaping; touch -d @160000000
   }
   // Kinds, permissions, whole seconds and targets of all below a folder.
   std::string listing(const std::string& folder, const std::string& conditions = "") const {
-    return support::outputOf(
-        folder_.path(), "cd " + folder + " && find . " + conditions +
-                            R"( \( -type l -printf '%p %y %T@ %l\n' -o -printf '%p %y %m %T@\n' \))"
-                            " | sed 's/\\.[0-9]*\\( \\|$\\)/\\1/' | LC_ALL=C sort");
+    return output("cd " + folder + " && find . " + conditions +
+                  R"( \( -type l -printf '%p %y %T@ %l\n' -o -printf '%p %y %m %T@\n' \))"
+                  " | sed 's/\\.[0-9]*\\( \\|$\\)/\\1/' | LC_ALL=C sort");
   }
   Report unpack(const Options& options = {}) const {
-    Archive archive;
-    EXPECT_EQ(archive.open(path_.c_str()), Reason::None);
+    const Archive archive = openArchive();
     return archive.unpack(archive.entries(), out_.c_str(), options);
   }
   // Adds entries, each a Python expression of name, content and mode.
-  void python(const std::string& entries) const {
-    support::writeFile(folder_.file("script.py"), R"(import struct, zipfile
+  void makeEntries(const std::string& entries) const {
+    python(R"(
 z = zipfile.ZipFile("a.zip", "w")
 def add(name, content=b"", mode=0o100644, extra=b"", attributes=0, host=3):
     info = zipfile.ZipInfo(name)
     info.external_attr, info.create_system, info.extra = mode << 16 | attributes, host, extra
     z.writestr(info, content)
-)" + entries + "\nz.close()\n");
-    ASSERT_EQ(support::run(folder_.path(), "python3 -W ignore script.py"), 0);
+)" + entries +
+           "\nz.close()");
   }
   mode_t modeOf(const std::string& path) const {
     struct stat status {};
@@ -83,11 +70,11 @@ TEST_F(Metadata, ATreeComesBackAsItWas) {
   for (const mode_t mask : {mode_t{0}, mode_t{077}}) {
     SCOPED_TRACE(mask);
     const mode_t before = umask(mask);
-    ASSERT_TRUE(FileSystem::packFolder(in_.c_str(), path_.c_str()));
+    ASSERT_TRUE(packFolder(in_.c_str(), path_.c_str()));
     EXPECT_TRUE(unpack());
     umask(before);
     EXPECT_EQ(listing("out"), expected);
-    EXPECT_EQ(support::run(folder_.path(), "diff -r --no-dereference in out"), 0);
+    shell("diff -r --no-dereference in out");
     shell("chmod -R u+rwx out && rm -r out");
   }
 }
@@ -96,7 +83,7 @@ TEST_F(Metadata, OtherProgramsUnpackTheTree) {
   makeTree();
   // bsdtar takes it for a drive.
   shell("rm in/a:b && touch -h -d @1600000005 in/dangling && touch -d @1600000003 in");
-  ASSERT_TRUE(FileSystem::packFolder(in_.c_str(), path_.c_str()));
+  ASSERT_TRUE(packFolder(in_.c_str(), path_.c_str()));
   // They have no times before 1970 and after 2038.
   const std::string conditions = "! -name 600 ! -name old";
   const std::string expected = listing("in", conditions);
@@ -108,7 +95,7 @@ TEST_F(Metadata, OtherProgramsUnpackTheTree) {
     shell("find out -type l -exec touch -h -d @1600000005 {} +");
     EXPECT_EQ(listing("out", conditions), expected) << program;
   }
-  EXPECT_EQ(support::run(folder_.path(), "7z t a.zip"), 0);
+  shell("7z t a.zip");
 }
 
 TEST_F(Metadata, TreesOfOtherProgramsAreUnpacked) {
@@ -127,10 +114,8 @@ TEST_F(Metadata, OptionsLeaveThingsOut) {
   makeTree();
   shell("chmod 6755 in/sub/755");
   const auto pack = [&](const Options& options) {
-    EXPECT_TRUE(FileSystem::packFolder(in_.c_str(), path_.c_str(), options));
-    Archive archive;
-    archive.open(path_.c_str());
-    return archive.entries();
+    EXPECT_TRUE(packFolder(in_.c_str(), path_.c_str(), options));
+    return openArchive().entries();
   };
   const auto find = [](const std::vector<Entry>& entries, const std::string& name) {
     for (const Entry& entry : entries) {
@@ -153,7 +138,7 @@ TEST_F(Metadata, OptionsLeaveThingsOut) {
   EXPECT_TRUE(unpack(Options().setPermissions(false).setTimes(false)));
   EXPECT_EQ(modeOf(out_ + "/sub/600"), 0644U);
   EXPECT_EQ(modeOf(out_ + "/private"), 0755U);
-  EXPECT_EQ(support::outputOf(folder_.path(), "find out -type f ! -newer a.zip"), "");
+  EXPECT_EQ(output("find out -type f ! -newer a.zip"), "");
   umask(mask);
   shell("rm -r out");
   EXPECT_TRUE(unpack());
@@ -214,7 +199,7 @@ TEST_F(Metadata, HostileEntries) {
     script += std::string(kRows[i].entries) + "\nz.close(); os.rename('a.zip', '" +
               std::to_string(i) + ".zip'); z = zipfile.ZipFile('a.zip', 'w')\n";
   }
-  python(script);
+  makeEntries(script);
   for (std::size_t i = 0; i < std::size(kRows); ++i) {
     const auto& row = kRows[i];
     SCOPED_TRACE(row.entries);
@@ -229,30 +214,33 @@ TEST_F(Metadata, HostileEntries) {
     } else {
       EXPECT_EQ(report.items.front().reason, row.reason);
     }
-    const std::string text =
-        support::outputOf(folder_.path(), std::string("cd out && (") + row.command +
-                                              ") 2>/dev/null | tr '\\n' ' ' | sed 's/ *$//'");
+    const std::string text = output(std::string("cd out && (") + row.command +
+                                    ") 2>/dev/null | tr '\\n' ' ' | sed 's/ *$//'");
     EXPECT_EQ(text, row.result);
-    EXPECT_EQ(support::outputOf(folder_.path(), "ls outside"), "");
+    EXPECT_EQ(output("ls outside"), "");
   }
 }
 
-// Neither a link nor what it leads to.
-TEST_F(Metadata, KeepingKeepsWhatALinkWouldReplace) {
-  shell("mkdir out && printf old >out/file && ln -s nothing out/link");
-  python("add('file', b'x', 0o120777); add('link', b'x', 0o120777)");
-  for (const ItemResult& item : unpack(Options().setExisting(ExistingFiles::Keep)).items) {
-    EXPECT_EQ(item.reason, Reason::Exists) << item.name;
-  }
-  EXPECT_EQ(support::outputOf(folder_.path(), "cat out/file; readlink out/link"), "oldnothing\n");
+// Files and links, neither of which is followed.
+TEST_F(Metadata, KeepingKeepsWhatAnEntryWouldReplace) {
+  shell(R"(mkdir out outside && printf old | tee out/file >outside/file
+ln -s nothing out/link; ln -s ../outside/none out/dangling
+ln -s ../outside/file out/to-file; ln -s ../outside out/to-folder)");
+  const std::string before = listing("out");
+  makeEntries(R"(for name in "file", "link": add(name, b"x", 0o120777)
+for name in "dangling", "to-file", "to-folder": add(name, b"x"))");
+  const Report report = unpack(Options().setExisting(ExistingFiles::Keep));
+  EXPECT_EQ(report.items.size(), 5U);
+  for (const ItemResult& item : report.items) EXPECT_EQ(item.reason, Reason::Exists) << item.name;
+  EXPECT_EQ(listing("out"), before);
+  EXPECT_EQ(output("cat out/file; ls outside; cat outside/file"), "oldfile\nold");
 }
 
 // A folder that was to have few permissions gets them, whatever became of the files in it.
 TEST_F(Metadata, CancellingLeavesNoFolderOpen) {
-  python("add('open/', b'', 0o40500)\nfor i in range(5): add('open/%d' % i, b'x')");
+  makeEntries("add('open/', b'', 0o40500)\nfor i in range(5): add('open/%d' % i, b'x')");
   int calls = 0;
-  const Report report =
-      unpack(Options().setProgress([&](const FileSystem::Progress&) { return ++calls < 4; }));
+  const Report report = unpack(Options().setProgress([&](const Progress&) { return ++calls < 4; }));
   EXPECT_EQ(report.reason, Reason::Cancelled);
   EXPECT_EQ(modeOf(out_ + "/open"), 0500U);
 }
@@ -271,8 +259,7 @@ TEST_F(Metadata, InsertionsAndASingleExtraction) {
   change.insertLink(folder_.file("in/sub/600"), "x");
   EXPECT_EQ(change.apply(path_.c_str()).reason, Reason::NotAFile);
 
-  Archive archive;
-  ASSERT_EQ(archive.open(path_.c_str()), Reason::None);
+  const Archive archive = openArchive();
   ASSERT_EQ(archive.entries().size(), 3U);
   EXPECT_EQ(archive.extract(archive.entries()[0], (out_ + "/f").c_str()), Reason::None);
   EXPECT_EQ(modeOf(out_ + "/f"), 0600U);
@@ -286,12 +273,11 @@ TEST_F(Metadata, InsertionsAndASingleExtraction) {
 TEST_F(Metadata, TimesInAnotherTimeZone) {
   support::writeFile(folder_.file("in/x"), "x");
   support::setWriteTime(folder_.file("in/x"), 1700000001);
-  ASSERT_TRUE(FileSystem::packFolder(in_.c_str(), path_.c_str()));
+  ASSERT_TRUE(packFolder(in_.c_str(), path_.c_str()));
   const support::TwoHoursEast zone;
   ASSERT_TRUE(unpack());
   EXPECT_EQ(listing("out", "-name x"), "./x f 644 1700000001\n");
-  Archive archive;
-  ASSERT_EQ(archive.open(path_.c_str()), Reason::None);
+  const Archive archive = openArchive();
   const Entry entry = archive.find("x").value();
   EXPECT_EQ(entry.utcSeconds, 1700000001);
   EXPECT_EQ(entry.modified.hour, 0);  // 22:13:21 UTC

@@ -45,7 +45,7 @@ class Mounted : public Zip, public testing::WithParamInterface<Image> {
                              " image && mount -o loop image mounted";
     isMounted_ = support::run(folder_.path(), make) == 0;
     if (!isMounted_) GTEST_SKIP() << GetParam().name << " cannot be made or mounted here";
-    ASSERT_EQ(support::run(folder_.path(), GetParam().prepare), 0);
+    shell(GetParam().prepare);
   }
   ~Mounted() override {
     std::error_code ignored;
@@ -135,8 +135,7 @@ TEST_P(Mounted, NamesThatAreOneLoseNoFile) {
   ASSERT_TRUE(FRT_UNZIP_FILE(path_.c_str(), in().c_str()));
 
   const auto expectTwins = [&](FileSystem::ExistingFiles existing) {
-    FileSystem::Archive reader;
-    ASSERT_EQ(reader.open(path_.c_str()), FileSystem::Reason::None);
+    const FileSystem::Archive reader = openArchive();
     const FileSystem::Report report =
         reader.unpack(reader.entries(), out().c_str(), FileSystem::Options().setExisting(existing));
     std::vector<std::string> others;

@@ -41,8 +41,7 @@ TEST_F(ZipOnLinux, ExtractionFollowsNoLinks) {
       restoreLink();
       EXPECT_EQ(readable().extract(Names{name}, (out_ + "/").c_str()), replaces);
       EXPECT_EQ(std::filesystem::is_symlink(link), !replaces);
-      EXPECT_EQ(support::outputOf(folder_.path(), "ls outside; cat outside/file"),
-                "file\nuntouched");
+      EXPECT_EQ(output("ls outside; cat outside/file"), "file\nuntouched");
     }
   }
 }
@@ -81,7 +80,7 @@ TEST_F(ZipOnLinux, ExtractionFollowsNoLinksThatAreSwappedIn) {
   });
   for (int round = 0; round < 300; ++round) FRT_UNZIP_FILE(path_.c_str(), out_.c_str());
   swapper.kill();
-  EXPECT_EQ(support::outputOf(folder_.path(), "ls outside; cat outside/file"), "file\nuntouched");
+  EXPECT_EQ(output("ls outside; cat outside/file"), "file\nuntouched");
 }
 
 // Temporary files that killed processes left are deleted when they are older than a day and no

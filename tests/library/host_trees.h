@@ -1,0 +1,27 @@
+#pragma once
+// The fixture of the tests that copy and delete trees.
+
+#include <filesystem/trees.h>
+#include <gtest/gtest.h>
+
+#include <ctime>
+#include <string>
+
+#include "library/reports.h"
+#include "support/temporary_folder.h"
+
+class HostTrees : public testing::Test {
+ protected:
+  static constexpr std::time_t kDay = 86400;
+
+  std::string path(const std::string& name) const { return folder_.file(name); }
+  void write(const std::string& name, const std::string& content, std::time_t days = 0) const {
+    support::writeFile(path(name), content);
+    support::setWriteTime(path(name), std::time(nullptr) - days * kDay);
+  }
+  FileSystem::Report copy(const FileSystem::Options& options = {}) const {
+    return FileSystem::copyTree(path("in").c_str(), path("out").c_str(), options);
+  }
+
+  support::TemporaryFolder folder_;
+};
