@@ -278,7 +278,7 @@ TEST_P(Cancelled, CopyOfAFileLeavesItOldOrNew) {
         EXPECT_TRUE(support::readFile(path("out/large")) == large);
       }
     };
-    atEachCallback(prepare, copyOne, check);
+    atEachCallback(GetParam(), prepare, copyOne, check);
     EXPECT_TRUE(support::readFile(path("out/large")) == large);
   }
 }

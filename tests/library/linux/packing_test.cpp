@@ -42,6 +42,17 @@ class PackingOnLinux : public Zip {
   std::string before_;
 };
 
+TEST_F(PackingOnLinux, FullDisk) {
+  support::writeFile(folder_.file("in/large"), support::noise(5 << 20));
+  constexpr rlim_t kLimit = 2 << 20;
+  EXPECT_TRUE(
+      support::withinSize(kLimit, [&] { return !pack() && report_.reason == Reason::DiskFull; }));
+  EXPECT_TRUE(isUnchanged());
+  EXPECT_FALSE(
+      support::withinSize(kLimit, [&] { return FRT_ZIP_FOLDER(in_.c_str(), path_.c_str()); }));
+  EXPECT_TRUE(isUnchanged());
+}
+
 TEST_F(PackingOnLinux, LongPaths) {
   std::string deep = "in";
   for (int i = 0; i < 60; ++i) deep += "/level-" + std::to_string(i);
