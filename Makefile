@@ -1,18 +1,18 @@
 # The commands of daily work. Each target installs the Debian packages that it needs.
 
-BUILD_PACKAGES = cmake g++ ninja-build libboost-dev zlib1g-dev libdeflate-dev nettle-dev libzstd-dev \
-                 libbz2-dev liblzma-dev libgtest-dev
+BUILD_PACKAGES = cmake g++ ninja-build libboost-dev zlib1g-dev libdeflate-dev libisal-dev nettle-dev \
+                 libzstd-dev libbz2-dev liblzma-dev libgtest-dev
 CLANG_PACKAGES = clang libclang-rt-dev
 TEST_PACKAGES = zip unzip p7zip-full libarchive-tools busybox python3 coreutils diffutils \
                 pkg-config binutils $(CLANG_PACKAGES)
 LINT_PACKAGES = clang clang-format clang-tidy python3
 FUZZ_PACKAGES = $(CLANG_PACKAGES)
-BENCH_PACKAGES = zip unzip p7zip-full libarchive-tools pkg-config libzip-dev libpoco-dev \
-                 libpugixml-dev libsqlite3-dev
+BENCH_PACKAGES = zip unzip p7zip-full libarchive-tools isal pkg-config libzip-dev \
+                 libpoco-dev libpugixml-dev libsqlite3-dev
 DOCS_PACKAGES = doxygen
 ARM64_PACKAGES = cmake ninja-build g++-aarch64-linux-gnu qemu-user libboost-dev googletest \
-                 zlib1g-dev:arm64 libdeflate-dev:arm64 nettle-dev:arm64 libzstd-dev:arm64 \
-                 libbz2-dev:arm64 liblzma-dev:arm64 libstdc++6:arm64
+                 zlib1g-dev:arm64 libdeflate-dev:arm64 libisal-dev:arm64 nettle-dev:arm64 \
+                 libzstd-dev:arm64 libbz2-dev:arm64 liblzma-dev:arm64 libstdc++6:arm64
 MSVC_PACKAGES = $(WINDOWS_PACKAGES) clang libc++-dev python3
 FILE_SYSTEM_PACKAGES = qemu-system-x86 exfatprogs ntfs-3g dosfstools e2fsprogs cpio kmod xz-utils \
                        iproute2 user-mode-linux nfs-kernel-server samba cifs-utils python3

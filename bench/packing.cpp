@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <filesystem>
+#include <fstream>
 
 #include "benchmarks.h"
 #include "process.h"
@@ -88,6 +89,44 @@ Operation unpacking(const Workspace& workspace, const std::string& what, FolderO
           .note = {}};
 }
 
+// Unpacks an archive of one entry that has 30 MB stored. The file for igzip has as many.
+Operation unpackingALargeEntry(const Workspace& workspace) {
+  const auto archive = [&workspace](int eighths) {
+    const std::string folder = workspace.path("entry" + std::to_string(eighths));
+    std::string path = folder + ".zip";
+    if (fs::exists(path)) return path;
+    fs::create_directories(folder);
+    const std::string text =
+        sourceText(workspace.scaled(256'000'000) / 8 * static_cast<std::size_t>(eighths));
+    std::ofstream(folder + "/text.txt", std::ios::binary) << text;
+    runProgram({"zip", "-q", "-D", path, "text.txt"}, folder);
+    runProgram({"gzip", "text.txt"}, folder);
+    return path;
+  };
+  const auto into = [&workspace] { return workspace.emptyFolder("unpacked"); };
+  return {.name = "unpack an entry of 256 MB text",
+          .target = 1.0,
+          .ours =
+              [=](int eighths) {
+                return runProgram({kPrograms + "bench-ours", "unpack", archive(eighths), into()});
+              },
+          .peers = {{"igzip -d",
+                     [=, &workspace] {
+                       const std::string zip = archive(8);
+                       return runProgram({"igzip", "-d", "-q", "-k", "-o", into() + "/text.txt",
+                                          workspace.path("entry8/text.txt.gz")});
+                     }},
+                    {"unzip",
+                     [=] {
+                       return runProgram({"unzip", "-q", archive(8), "-d", into()});
+                     }},
+                    {"bsdtar",
+                     [=] {
+                       return runProgram({"bsdtar", "-xf", archive(8), "-C", into()});
+                     }}},
+          .note = {}};
+}
+
 }  // namespace
 
 std::vector<Operation> packingOperations(const Workspace& workspace) {
@@ -104,6 +143,7 @@ std::vector<Operation> packingOperations(const Workspace& workspace) {
   for (const Work& work : kWorks) {
     operations.push_back(unpacking(workspace, work.what, work.folder, work.prefix));
   }
+  operations.push_back(unpackingALargeEntry(workspace));
   return operations;
 }
 

@@ -51,6 +51,7 @@ class VeskFileSystem(ConanFile):
         # On Windows the system has the algorithms for AES.
         for name, value in (("TOOL", False), ("TESTS", False), ("WARNINGS", False),
                             ("AES", self.settings.os == "Windows"),
+                            ("ISAL", False),
                             ("LIBDEFLATE", bool(self.options.libdeflate)),
                             ("ZSTD", bool(self.options.zstd)),
                             ("BZIP2", bool(self.options.bzip2)),

@@ -2,6 +2,8 @@
 #include <filesystem/stream.h>
 
 #include <algorithm>
+#include <new>
+#include <stdexcept>
 
 #include "platform/large_memory.h"
 #include "platform/unique_handle.h"
@@ -13,15 +15,22 @@ namespace {
 // The most bytes of one read.
 constexpr std::size_t kLargestBlock = 0x40000;
 
-// The most bytes that are reserved because a file reports its size. Some files report more than
-// they hold, or more than there is memory for.
-constexpr LONGLONG kLargestReservation = 4LL << 30;
-
-// Returns the size that the file reports, up to the largest reservation; 0 if it reports none.
+// Returns the size that the file reports, 0 if it reports none.
 std::size_t reportedSize(HANDLE file) {
   LARGE_INTEGER size{};
   GetFileSizeEx(file, &size);
-  return static_cast<std::size_t>(std::min(size.QuadPart, kLargestReservation));
+  return static_cast<std::size_t>(size.QuadPart);
+}
+
+// Allocates the memory for the content, so that it is never copied to a larger one. The system provides
+// it as bytes arrive. Some files report more than they hold, or more than there is memory for: the
+// content then grows.
+void reserve(std::string& content, std::size_t size) {
+  try {
+    platform::reserveForFilling(content, size);
+  } catch (const std::bad_alloc&) {
+  } catch (const std::length_error&) {
+  }
 }
 
 }  // namespace
@@ -36,7 +45,7 @@ std::string readContent(const std::string& path) {
   // is zero-filled just before it is read, so that it is in the cache.
   const std::size_t expected = reportedSize(file.get()) + 1;
   std::string content;
-  platform::reserveForFilling(content, expected);
+  reserve(content, expected);
   std::size_t size = 0;
   for (;;) {
     const std::size_t block =

@@ -219,9 +219,8 @@ bool isLikelySize(const EntryInfo& info) {
 }
 
 bool isReadInBlocks(const EntryInfo& info) {
-  constexpr std::uint32_t kLargestWhole = 128 << 20;
-  if (info.size > kLargestWhole || !isLikelySize(info)) return true;
-  return info.isDeflated ? info.storedSize > ZipLargestInflatedAtOnce : info.size > kReadBlock;
+  constexpr std::uint32_t kLargestWhole = 4 << 20;
+  return info.size > (info.isDeflated ? kLargestWhole : kReadBlock);
 }
 
 }  // namespace zip

@@ -116,8 +116,8 @@ bool isPartOfSplitArchive(const char* path);
 // memory is taken as bytes arrive.
 bool isLikelySize(const EntryInfo& info);
 
-// True if the content is passed on in blocks: it is large, its size is unlikely, or reading it into
-// memory as a whole is no faster.
+// True if the content is passed on in blocks, because it is large, or reading it into memory as a whole
+// is no faster.
 bool isReadInBlocks(const EntryInfo& info);
 
 // Size of those blocks, and of the blocks in which files are read, in bytes.

@@ -78,10 +78,6 @@ const char* ZipMethodName(std::uint32_t method);
 int ZipCanRead(std::uint32_t method);
 int ZipCanWrite(std::uint32_t method);
 
-// Largest number of stored bytes of a deflated entry that one read of all its content inflates in
-// one call. That is faster than inflating in pieces, but holds stored and plain bytes together.
-inline constexpr std::uint32_t ZipLargestInflatedAtOnce = 28 << 20;
-
 // Reading. Status 0 is success, any other one a failure.
 
 // Failures of ZipOpenEntry and ZipReadEntry. Each of their other failures is that of damaged data.

@@ -95,7 +95,8 @@ Reason Extractor::readAll(OpenEntry& entry, std::vector<unsigned char>& bytes) {
   const EntryInfo info = archive_.describe();
   const auto size = static_cast<std::uint32_t>(info.size);
   if (isLikelySize(info)) platform::reserveForFilling(bytes, size);
-  if (isLikelySize(info) && !(progress_.isNeeded() && passesInPieces(info))) {
+  // A callback would have to wait until content that is read in one call is complete.
+  if (isLikelySize(info) && !(progress_.isNeeded() && isReadInBlocks(info))) {
     bytes.resize(size);
     if (!entry.readAll(bytes.data(), size)) return entry.failure();
     progress_.advance(size);
@@ -228,17 +229,10 @@ Extractor::Outcome Extractor::write(const std::string& target, std::size_t direc
   });
 }
 
-// True if the content passes in pieces. A callback would have to wait until content that is read in
-// one call is complete.
-bool Extractor::passesInPieces(const EntryInfo& info) const {
-  constexpr std::uint32_t kLargestWhole = 48 << 20;
-  return isReadInBlocks(info) || (progress_.isNeeded() && info.size > kLargestWhole);
-}
-
-// Reads the content into `content_`, unless it passes in pieces.
+// Reads the content into `content_`, unless it passes in blocks.
 Reason Extractor::readWhole(OpenEntry& entry) {
   const EntryInfo info = archive_.describe();
-  if (passesInPieces(info)) return Reason::None;
+  if (isReadInBlocks(info)) return Reason::None;
   const auto size = static_cast<std::uint32_t>(info.size);
   return entry.readAll(content_.reserve(size), size) ? Reason::None : entry.failure();
 }
@@ -253,7 +247,7 @@ Reason Extractor::writeContent(OpenEntry& entry, HANDLE file) {
     return reason == Reason::None;
   };
   const EntryInfo info = archive_.describe();
-  if (passesInPieces(info)) {
+  if (isReadInBlocks(info)) {
     const Reason copied = copyPieces(entry, append);
     return reason == Reason::None ? copied : reason;
   }

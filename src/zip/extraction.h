@@ -77,7 +77,6 @@ class Extractor {
                       FileSystem::ExistingFiles existing, std::uint64_t id,
                       const platform::NewMetadata& metadata);
   FileSystem::Reason readLink(std::string& target);
-  bool passesInPieces(const EntryInfo& info) const;
   FileSystem::Reason readWhole(OpenEntry& entry);
   FileSystem::Reason writeContent(OpenEntry& entry, HANDLE file);
   FileSystem::Reason readAll(OpenEntry& entry, std::vector<unsigned char>& bytes);

@@ -4,6 +4,8 @@
 #include <filesystem/stream.h>
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <filesystem>
 #include <functional>
 #include <string>
 #include <vector>
@@ -92,6 +94,22 @@ TEST_F(StreamOnLinux, AWholeFileThatCannotBeWrittenIsReported) {
   const Failing failing(Fault::FullDisk, kOpenings + 1);
   EXPECT_FALSE(FileSystem::writeContent(path_, std::string(0x200000, 'x')));
   EXPECT_EQ(failing.failed(), "write ");
+}
+
+// The second file is larger than the memory of any machine. Both shrink before they are read.
+TEST_F(StreamOnLinux, ReadsIntoOneBuffer) {
+  constexpr std::uint64_t kLarge = std::uint64_t{5} << 30;
+  constexpr int kOpenings = 6;  // the calls before the reads
+  for (const std::uint64_t size : {kLarge, kLarge << 10}) {
+    support::writeFile(path_, "");
+    std::filesystem::resize_file(path_, size);
+    const Failing failing(Fault::Interruption, kOpenings + 1,
+                          [&] { std::filesystem::resize_file(path_, 9); });
+    std::string content;
+    EXPECT_NO_THROW(content = FileSystem::readContent(path_)) << size;
+    EXPECT_EQ(content, std::string(9, '\0'));
+    EXPECT_TRUE(size != kLarge || content.capacity() > kLarge);
+  }
 }
 
 // Such a file reports no size.

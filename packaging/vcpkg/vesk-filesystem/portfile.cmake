@@ -11,7 +11,7 @@ if(VCPKG_TARGET_IS_WINDOWS)
   set(aes ON)
 endif()
 vcpkg_cmake_configure(SOURCE_PATH "${SOURCE_PATH}"
-  OPTIONS ${features} -DVESK_AES=${aes} -DVESK_TESTS=OFF -DVESK_WARNINGS=OFF)
+  OPTIONS ${features} -DVESK_AES=${aes} -DVESK_ISAL=OFF -DVESK_TESTS=OFF -DVESK_WARNINGS=OFF)
 vcpkg_cmake_install()
 vcpkg_cmake_config_fixup(PACKAGE_NAME VeskFileSystem CONFIG_PATH lib/cmake/VeskFileSystem)
 vcpkg_fixup_pkgconfig()

@@ -11,6 +11,9 @@ namespace {
 
 // Content up to this size is decoded in one call, however small the first read is.
 constexpr std::uint64_t kSmall = 4 << 20;
+// The most stored bytes of a deflated entry that one read of all its content inflates in one call.
+// That is faster than inflating in pieces, but holds stored and plain bytes together.
+constexpr std::uint64_t kLargestStored = 12 << 20;
 constexpr std::size_t kInputBlock = 256 << 10;
 
 }  // namespace
@@ -103,7 +106,7 @@ bool EntryData::readDecoded(unsigned char* out, std::size_t size) {
   }
   // Deflate hardly makes data larger. False sizes are found in small steps.
   const bool isPossible = storedLeft_ <= kInputBlock || storedLeft_ - kInputBlock <= plainLeft_;
-  const bool fits = size == plainLeft_ && storedLeft_ <= ZipLargestInflatedAtOnce;
+  const bool fits = size == plainLeft_ && storedLeft_ <= kLargestStored;
   if (isPossible && fits) return decodeWhole(out);
   if (isPossible && plainLeft_ <= kSmall) {
     whole_.resize(static_cast<std::size_t>(plainLeft_));
