@@ -141,8 +141,9 @@ class FILESYSTEM_API Archive {
   /// those, whatever the umask is, without set-id bits (Options::setSetId). Entries without
   /// permissions get what the umask leaves of 0666 and 0777. At no instant has a file more
   /// permissions than its entry. Existing folders stay as they are. Links are created last and with
-  /// any target; no file is written through them. Pipes and devices fail with Reason::NotAFile, and
-  /// links with Reason::IsALink on Windows, which has attributes in place of permissions.
+  /// any target; no file is written through them. Sockets and devices fail with Reason::NotAFile; a
+  /// pipe becomes a file of what was read from it. Links fail with Reason::IsALink on Windows, which
+  /// has attributes in place of permissions.
   ///
   /// Folders get their times and permissions after all files, also when the call is cancelled.
   /// @param entries entries of this archive

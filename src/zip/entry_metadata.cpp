@@ -116,7 +116,8 @@ EntryKind kindOf(const Entry& entry) {
   if (entry.isFolder) return EntryKind::Folder;
   if (entry.isLink) return EntryKind::Link;
   const std::uint32_t type = entry.mode & kFileTypes;
-  const bool isFile = type == 0 || type == kRegularFile || type == kDirectory;
+  // `zip` gives what it reads from a pipe the type of one.
+  const bool isFile = type == 0 || type == kRegularFile || type == kDirectory || type == kPipe;
   return isFile ? EntryKind::File : EntryKind::Special;
 }
 

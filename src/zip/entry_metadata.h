@@ -43,7 +43,7 @@ enum class EntryKind {
   File,
   Folder,
   Link,
-  Special,  // a device, a pipe or a socket
+  Special,  // a device or a socket
 };
 EntryKind kindOf(const FileSystem::Entry& entry);
 
@@ -52,5 +52,6 @@ inline constexpr std::uint32_t kFileTypes = 0170000;
 inline constexpr std::uint32_t kRegularFile = 0100000;
 inline constexpr std::uint32_t kDirectory = 0040000;
 inline constexpr std::uint32_t kLink = 0120000;
+inline constexpr std::uint32_t kPipe = 0010000;
 
 }  // namespace zip

@@ -81,6 +81,25 @@ TEST_F(Aes, UnknownExtraFieldsAreRefused) {
   EXPECT_EQ(counts, "1 1 1 1 2 1 256 256 3 " + std::to_string(methods) + " 1 ");
 }
 
+// What deflate makes of no content is authenticated, although it is not decoded.
+TEST_F(Aes, StreamsOfNoContentAreRead) {
+  constexpr char kStream[] = "\3\0";
+  support::writeFile(folder_.file("e"), {kStream, 2});
+  ASSERT_EQ(support::run(folder_.path(), "7z a -tzip -psecret -mem=AES256 -mx0 a.zip e"), 0);
+  std::string bytes = support::readFile(path_);
+  const std::size_t record = bytes.find("PK\1\2");
+  for (const std::size_t size : {std::size_t{22}, record + 24}) bytes[size] = 0;
+  for (const std::size_t start : {std::size_t{0}, record}) {
+    bytes[bytes.find("AE\3", start) + 3] = ZipMethodDeflate;
+  }
+  support::writeFile(path_, bytes);
+  ASSERT_EQ(support::run(folder_.path(), "7z t -psecret a.zip"), 0);
+  EXPECT_EQ(readArchive(path_), (Entries{{"e", ""}}));
+  --bytes[record - 1];
+  support::writeFile(path_, bytes);
+  EXPECT_EQ(readArchive(path_), (Entries{{"e", "<unreadable>"}}));
+}
+
 // The authentication code takes the place of the CRC, or has it beside it.
 TEST_F(Aes, DamageIsNoticed) {
   const auto check = [&](const std::string& bytes) {

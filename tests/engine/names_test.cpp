@@ -21,19 +21,25 @@ std::string oem(const std::string& utf8) {
   return platform::convertCodePage(utf8, CP_UTF8, CP_OEMCP);
 }
 
-// An archive of one stored entry whose two records may differ.
+// An archive of a stored entry whose two records may differ, and of a usual one that follows it.
 std::string archiveOf(EntryRecord local, EntryRecord central) {
   const std::string content = "content";
   Bytes bytes;
-  for (EntryRecord* record : {&local, &central}) {
+  EntryRecord next;
+  next.name = "next";
+  for (EntryRecord* record : {&local, &central, &next}) {
     record->compressedSize = record->uncompressedSize = content.size();
     record->crc = ZipCrc32(0, content.data(), static_cast<std::uint32_t>(content.size()));
   }
   appendLocalHeader(bytes, local);
   bytes.insert(bytes.end(), content.begin(), content.end());
+  const std::size_t second = bytes.size();
+  appendLocalHeader(bytes, next);
+  bytes.insert(bytes.end(), content.begin(), content.end());
   const std::size_t position = bytes.size();
   appendCentralRecord(bytes, central, 0);
-  appendEndRecords(bytes, position, bytes.size() - position, 1, "");
+  appendCentralRecord(bytes, next, second);
+  appendEndRecords(bytes, position, bytes.size() - position, 2, "");
   return {bytes.begin(), bytes.end()};
 }
 
@@ -69,6 +75,7 @@ TEST(Names, OfOtherProgramsAreShownFoundAndKept) {
     std::uint16_t flags;
     Bytes extra;
     std::string shown;  // UTF-8; empty if the entry cannot be read
+    Bytes localExtra{};
   } const rows[] = {
       {"slashes", "a\\b.txt", "a/b.txt", kNone, {}, "a/b.txt"},
       {"flagged in the directory only", oldName, "größ.txt", kUtf8, {}, "größ.txt"},
@@ -84,6 +91,13 @@ TEST(Names, OfOtherProgramsAreShownFoundAndKept) {
        unicodePath("gr__.txt", "größ.txt", 2), "gr__.txt"},
       {"extra field that is no UTF-8", "gr__.txt", "gr__.txt", kNone,
        unicodePath("gr__.txt", oldName), "gr__.txt"},
+      {"no local name", "", "entry", kNone, {}, "entry"},
+      {"another name with the extra field", "gr xx.txt", oldName, kNone,
+       unicodePath(oldName, "größ.txt"), "größ.txt", unicodePath(oldName, "größ.txt")},
+      {"another name with the extra field of a former name", "gr xx.txt", oldName, kNone,
+       unicodePath("gr xx.txt", "größ.txt"), "größ.txt", unicodePath("gr xx.txt", "größ.txt")},
+      {"another name with that of another file", "gr xx.txt", oldName, kNone,
+       unicodePath(oldName, "größ.txt"), "", unicodePath(oldName, "größe.txt")},
       {"another name", "other", "entry", kNone, {}, ""},
       {"another name after one letter", oldName.substr(2, 1) + 'a', "öc", kUtf8, {}, ""},
       {"a longer name", "entry", "entry1", kNone, {}, ""},
@@ -95,7 +109,9 @@ TEST(Names, OfOtherProgramsAreShownFoundAndKept) {
     EntryRecord local;
     EntryRecord central;
     local.name = row.local;
-    local.localExtra.resize(5000);  // longer than what is usually read with a header
+    local.localExtra = row.localExtra;
+    // Longer than what is usually read with a header, but where the next entry may seem to overlap.
+    if (!row.local.empty()) local.localExtra.resize(5000);
     central.name = row.central;
     central.flags = row.flags;
     central.centralExtra = row.extra;
@@ -105,7 +121,7 @@ TEST(Names, OfOtherProgramsAreShownFoundAndKept) {
     EXPECT_EQ(ZipCopyEntry(writer, reader.get(), nullptr, nullptr) == 0, !row.shown.empty());
     EXPECT_EQ(ZipCloseWriter(writer, nullptr), 0);
     if (row.shown.empty()) continue;
-    EXPECT_EQ(readArchive(path), (Entries{{oem(row.shown), "content"}}));
+    EXPECT_EQ(readArchive(path), (Entries{{oem(row.shown), "content"}, {"next", "content"}}));
     EXPECT_EQ(readArchive(folder.file("copy.zip")), (Entries{{oem(row.shown), "content"}}));
     // By a walk, then by the index.
     for (int i = 0; i < 2; ++i) {

@@ -171,7 +171,10 @@ TEST_F(Metadata, HostileEntries) {
       {"add('x', b'a' * 4096, 0o120777)", Reason::PathTooLong, "", "ls -d x"},
       {"add('x', b'a' * 4095, 0o120777)", Reason::None, "x", "ls -d x"},
       {"add('x', b'', 0o20666)", Reason::NotAFile, "", "ls -d x"},
-      {"add('x', b'', 0o10666)", Reason::NotAFile, "", "ls -d x"},
+      {"add('x', b'', 0o140666)", Reason::NotAFile, "", "ls -d x"},
+      {"add('-', b'piped', 0o10600)", Reason::None, "600 piped",
+       "find . -name - -type f -printf '%m ' "
+       "-exec cat {} +"},
       {"add('x', b'', 0o106777)", Reason::None, "777", "stat -c %a x"},
       {"add('x', b'', 0o100000)", Reason::None, "0", "stat -c %a x"},
       {"add('x/', b'', 0o42000); add('x/y', b'y')", Reason::None, "0 y",

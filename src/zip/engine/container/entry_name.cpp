@@ -15,16 +15,21 @@ namespace {
 
 constexpr std::uint16_t kUnicodePathId = 0x7075;
 
+// Returns the name in a Unicode Path extra field.
+std::optional<std::string_view> pathIn(const ExtraBlock& block) {
+  if (block.size <= kUnicodePathHeader || block.data[0] != 1) return std::nullopt;
+  return std::string_view(reinterpret_cast<const char*>(block.data) + kUnicodePathHeader,
+                          block.size - kUnicodePathHeader);
+}
+
 // Returns the name in the Unicode Path extra field, if the field was made for the record's name.
 std::optional<std::string_view> unicodePath(const CentralRecord& record) {
   if (!mayHaveUnicodePath(record)) return std::nullopt;
   const auto block = findExtraBlock(record.extra(), record.extraLength(), kUnicodePathId);
-  if (!block || block->size <= kUnicodePathHeader || block->data[0] != 1) return std::nullopt;
+  const auto name = block ? pathIn(*block) : std::nullopt;
   const std::string_view stored = record.name();
-  if (load32(block->data + 1) != crc32(0, stored.data(), stored.size())) return std::nullopt;
-  const std::string_view name(reinterpret_cast<const char*>(block->data) + kUnicodePathHeader,
-                              block->size - kUnicodePathHeader);
-  return platform::isUtf8(name) ? std::optional(name) : std::nullopt;
+  const bool isCurrent = name && load32(block->data + 1) == crc32(0, stored.data(), stored.size());
+  return isCurrent && platform::isUtf8(*name) ? name : std::nullopt;
 }
 
 bool differInSlashesAtMost(std::string_view a, std::string_view b) {
@@ -92,6 +97,13 @@ bool isSameName(std::string_view local, std::string_view central) {
     if (take(local) != take(central)) return false;
   }
   return local.empty() && central.empty();
+}
+
+bool hasNameOf(const LocalHeader& header, const CentralRecord& record) {
+  if (header.name().empty() || isSameName(header.name(), record.name())) return true;
+  const auto local = findExtraBlock(header.extra(), header.extraLength(), kUnicodePathId);
+  const auto central = findExtraBlock(record.extra(), record.extraLength(), kUnicodePathId);
+  return local && central && pathIn(*local) && pathIn(*local) == pathIn(*central);
 }
 
 }  // namespace zip_engine

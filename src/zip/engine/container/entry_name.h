@@ -11,6 +11,7 @@
 #include <string_view>
 
 #include "zip/engine/container/central_directory.h"
+#include "zip/engine/container/local_header.h"
 
 namespace zip_engine {
 
@@ -86,5 +87,9 @@ class NameMatcher {
 // may differ in the direction of slashes and in the encoding of characters outside ASCII. The
 // central name is the one that counts.
 bool isSameName(std::string_view local, std::string_view central);
+
+// The same for a local header with its extra field. It may also have no name (APPNOTE 4.4.17), or
+// another one if both have a Unicode Path extra field with the same name.
+bool hasNameOf(const LocalHeader& header, const CentralRecord& record);
 
 }  // namespace zip_engine

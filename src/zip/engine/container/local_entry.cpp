@@ -34,7 +34,7 @@ bool LocalEntry::read(const ArchiveFile& file, const CentralDirectory& directory
   if (!belongsTo(header(), record)) return false;
   const std::size_t size = header().size();
   return size <= available && record.compressedSize <= available - size && extendHead(file, size) &&
-         isSameName(header().name(), record.name());
+         hasNameOf(header(), record);
 }
 
 // Reads the rest of a header of `size` bytes that is longer than usual.

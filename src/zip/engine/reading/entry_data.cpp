@@ -52,8 +52,12 @@ bool EntryData::beginAes() {
   return std::equal(verifier, verifier + kAesVerifierSize, aes_->verifier());
 }
 
-// Checks the authentication code, which follows the stored bytes.
+// Checks the authentication code, which follows the stored bytes. Those of an entry without content
+// have not been read yet; most methods make a few bytes of it.
 bool EntryData::isAuthentic() {
+  while (layout_.uncompressedSize == 0 && storedLeft_ != 0) {
+    if (!refill()) return false;
+  }
   unsigned char code[kAesCodeSize];
   return storedLeft_ == 0 &&
          file_.readAt(layout_.position + layout_.compressedSize, code, sizeof(code)) &&

@@ -40,10 +40,10 @@ std::uint64_t startOf(const CentralDirectory& directory, const CentralRecord& re
 }
 
 // Returns the least possible end of an entry. Its local extra field and its descriptor are not
-// known here.
-std::uint64_t leastEndOf(const CentralDirectory& directory, const CentralRecord& record) {
-  const std::uint64_t start = startOf(directory, record);
-  const std::uint64_t data = positionAfter(start, kLocalSize + record.nameLength());
+// known here. Its local name has `nameLength` bytes, or none if that is not known either.
+std::uint64_t leastEndOf(const CentralDirectory& directory, const CentralRecord& record,
+                         std::size_t nameLength = 0) {
+  const std::uint64_t data = positionAfter(startOf(directory, record), kLocalSize + nameLength);
   return positionAfter(data, record.compressedSize);
 }
 
@@ -135,7 +135,8 @@ void EntryMap::build(const CentralDirectory& directory) {
 bool endBeforeDirectory(const CentralDirectory& directory) {
   bool allBefore = true;
   forEachRecord(directory, [&](const CentralRecord& record) {
-    allBefore = leastEndOf(directory, record) <= directory.position;
+    // In doubt nothing is appended, so that no entry is overwritten.
+    allBefore = leastEndOf(directory, record, record.nameLength()) <= directory.position;
     return allBefore;
   });
   return allBefore;
