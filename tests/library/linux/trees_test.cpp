@@ -170,8 +170,10 @@ TEST_F(TreesOnLinux, ReadOnlyDirectories) {
   if (!support::fileSystem().modes) GTEST_SKIP() << "no modes here";
   const std::string path = folder_.file("read-only");
   fs::create_directories(path + "/sub");
-  EXPECT_EQ(FileSystem::DeleteEmptyFolder((path + "\\sub").c_str()), 1);
   fs::permissions(path, fs::perms(0555));
+  // The superuser can delete what is in it.
+  const int expected = geteuid() == 0 ? 1 : 0;
+  EXPECT_EQ(FileSystem::DeleteEmptyFolder((path + "\\sub").c_str()), expected);
   EXPECT_EQ(FileSystem::DeleteEmptyFolder(path.c_str()), 0);
   EXPECT_EQ(FileSystem::eraseOldFile(folder_.text(), 0), 0U);
   EXPECT_TRUE(support::exists(path));
