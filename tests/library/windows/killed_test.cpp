@@ -66,9 +66,11 @@ void prepare(In folder) {
 
 // Restores the files of an operation. What a killed process has left beside them stays.
 void restore(In model, In folder) {
-  std::filesystem::copy(
-      model, folder,
-      std::filesystem::copy_options::recursive | std::filesystem::copy_options::overwrite_existing);
+  for (const auto& item : std::filesystem::recursive_directory_iterator(model)) {
+    if (item.is_directory()) continue;
+    const std::string name = item.path().string().substr(model.size());
+    support::writeFile(folder + name, support::readFile(item.path().string()));
+  }
 }
 
 // The content of the file, and that of each entry of the archives.
