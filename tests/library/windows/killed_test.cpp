@@ -1,107 +1,169 @@
-// A process that is killed while it changes an archive or a file.
+// A process that changes archives and a file and is killed while it does so.
 
 #include <filesystem/zip.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstdint>
 #include <cstdlib>
-#include <filesystem>
 #include <functional>
 #include <map>
+#include <new>
 #include <random>
 #include <string>
+#include <utility>
 
 #include "library/zip.h"
-#include "platform/unique_handle.h"
 #include "support/noise.h"
+#include "support/open_file.h"
 
 namespace {
 
-// The operation of a worker and its folder are in its environment.
-constexpr char kOperationVariable[] = "VESK_KILLED_OPERATION";
+// The folder of a worker is in its environment.
 constexpr char kFolderVariable[] = "VESK_KILLED_FOLDER";
 
-using In = const std::string&;  // the folder of the operation
+using Files = std::map<std::string, std::string>;
 
-ZipArchive opened(In folder, unsigned int access) {
-  ZipArchive archive;
-  archive.open((folder + "a.zip").c_str(), access);
-  return archive;
-}
+// The archive and the extracted file. The steps that change them are the same for each number.
+struct State {
+  Files entries;
+  std::string extracted;
 
-bool inserts(In folder, const char* name) {
-  const Bytes bytes = bytesOf(support::noise(300'000, 2));
-  return opened(folder, kReadWrite).insert(bytes, name, "", 1) == 1;
-}
-
-bool packs(In folder) {
-  return FRT_ZIP_FOLDER((folder + "in").c_str(), (folder + "pack.zip").c_str());
-}
-
-const struct {
-  const char* name;
-  bool (*run)(In folder);
-} kOperations[] = {
-    {"append", [](In in) { return inserts(in, "new"); }},
-    {"replace", [](In in) { return inserts(in, "old"); }},
-    {"remove", [](In in) { return opened(in, kReadWrite).remove("old") == 1; }},
-    {"pack", packs},
-    {"extract", [](In in) { return opened(in, kRead).extract("old", (in + "file").c_str()) == 1; }},
+  bool operator==(const State&) const = default;
 };
 
-void prepare(In folder) {
-  support::writeFile(folder + "file", "old");
-  support::writeFile(folder + "in\\1", "old");
-  ASSERT_TRUE(packs(folder));
-  for (const char* name : {"in\\1", "in\\2"}) {
-    support::writeFile(folder + name, support::noise(500'000));
+enum class Kind { Append, Replace, Remove, Pack, Extract, Count };
+
+Kind kindOf(unsigned step) { return static_cast<Kind>(step % static_cast<unsigned>(Kind::Count)); }
+
+std::string contentOf(unsigned step) { return support::noise(300'000, step + 1); }
+
+void apply(unsigned step, State& state) {
+  switch (kindOf(step)) {
+    case Kind::Append:
+      state.entries["added"] = contentOf(step);
+      break;
+    case Kind::Replace:
+      state.entries["replaced"] = contentOf(step);
+      break;
+    case Kind::Remove:
+      state.entries.erase("added");
+      break;
+    case Kind::Extract:
+      state.extracted = state.entries["replaced"];
+      break;
+    default:
+      break;
   }
-  ZipArchive archive;
-  ASSERT_EQ(archive.create((folder + "a.zip").c_str(), 1), 1);
-  // The larger the archive, the longer a rewrite takes.
-  ASSERT_EQ(archive.insert(bytesOf(support::noise(30'000'000)), "kept", "", 0), 1);
-  ASSERT_EQ(archive.insert(bytesOf(support::noise(300'000)), "old", "", 0), 1);
 }
 
-// Restores the files of an operation. What a killed process has left beside them stays.
-void restore(In model, In folder) {
-  for (const auto& item : std::filesystem::recursive_directory_iterator(model)) {
-    if (item.is_directory()) continue;
-    const std::string name = item.path().string().substr(model.size());
-    support::writeFile(folder + name, support::readFile(item.path().string()));
+// The files of a worker.
+class Workplace {
+ public:
+  explicit Workplace(std::string folder) : folder_(std::move(folder)) {}
+
+  // Creates the files, and returns their state.
+  State prepare() const {
+    support::writeFile(extracted_, "old");
+    for (const char* name : {"in\\1", "in\\2"}) support::writeFile(folder_ + name, packed_);
+    EXPECT_TRUE(FRT_ZIP_FOLDER((folder_ + "in").c_str(), pack_.c_str()));
+    ZipArchive archive;
+    EXPECT_EQ(archive.create(archive_.c_str(), 1), 1);
+    // The larger the archive, the longer a rewrite takes.
+    const std::string kept = support::noise(30'000'000);
+    EXPECT_EQ(archive.insert(bytesOf(kept), "kept", "", 0), 1);
+    EXPECT_EQ(archive.insert(bytesOf("old"), "replaced", "", 0), 1);
+    return {.entries = {{"kept", kept}, {"replaced", "old"}}, .extracted = "old"};
   }
-}
 
-// The content of the file, and that of each entry of the archives.
-using State = std::map<std::string, std::string>;
-
-State stateOf(In folder) {
-  State state{{"file", support::readFile(folder + "file")}};
-  for (const std::string zip : {"a.zip", "pack.zip"}) {
-    for (const auto& [name, content] : entriesOf(folder + zip)) state[zip + ' ' + name] = content;
+  bool run(unsigned step) const {
+    if (kindOf(step) == Kind::Pack) return FRT_ZIP_FOLDER((folder_ + "in").c_str(), pack_.c_str());
+    ZipArchive archive;
+    if (archive.open(archive_.c_str(), kReadWrite) == 0) return false;
+    switch (kindOf(step)) {
+      case Kind::Append:
+        return archive.insert(bytesOf(contentOf(step)), "added", "", 1) == 1;
+      case Kind::Replace:
+        return archive.insert(bytesOf(contentOf(step)), "replaced", "", 1) == 1;
+      // A killed process may have removed it.
+      case Kind::Remove:
+        return archive.remove("added") == 1 || archive.exist("added") == 0;
+      default:
+        return archive.extract("replaced", extracted_.c_str()) == 1;
+    }
   }
-  return state;
+
+  State state() const {
+    return {.entries = entriesOf(archive_), .extracted = support::readFile(extracted_)};
+  }
+  Files pack() const { return entriesOf(pack_); }
+  Files wholePack() const { return {{"1", packed_}, {"2", packed_}}; }
+  // Changes with every write to the archives and the file, and with every file beside them.
+  std::uint64_t trace() const {
+    std::uint64_t result = 0;
+    WIN32_FIND_DATAA found = {};
+    const platform::SearchHandle search(FindFirstFileA((folder_ + "work\\*").c_str(), &found));
+    if (!search) return result;
+    do {
+      result += std::hash<std::string>{}(found.cFileName) + found.nFileSizeLow +
+                found.ftLastWriteTime.dwLowDateTime;
+    } while (FindNextFileA(search.get(), &found) != 0);
+    return result;
+  }
+  std::string progress() const { return folder_ + "progress"; }
+
+ private:
+  std::string folder_;
+  std::string archive_ = folder_ + "work\\a.zip";
+  std::string pack_ = folder_ + "work\\pack.zip";
+  std::string extracted_ = folder_ + "work\\file";
+  std::string packed_ = support::noise(500'000);
+};
+
+// Numbers of steps, in memory that two processes share.
+class Progress {
+ public:
+  struct Numbers {
+    std::atomic<unsigned> next{0};  // begun, if a process is at work
+    std::atomic<unsigned> returned{0};
+  };
+
+  explicit Progress(const std::string& path)
+      : file_(support::openFile(path, GENERIC_READ | GENERIC_WRITE,
+                                FILE_SHARE_READ | FILE_SHARE_WRITE, OPEN_ALWAYS)),
+        mapping_(
+            CreateFileMappingA(file_.get(), nullptr, PAGE_READWRITE, 0, sizeof(Numbers), nullptr)),
+        numbers_(static_cast<Numbers*>(
+            MapViewOfFile(mapping_.get(), FILE_MAP_ALL_ACCESS, 0, 0, sizeof(Numbers)))) {}
+  Progress(const Progress&) = delete;
+  Progress& operator=(const Progress&) = delete;
+  ~Progress() { UnmapViewOfFile(numbers_); }
+
+  Numbers* operator->() const { return numbers_; }
+
+ private:
+  platform::FileHandle file_;
+  platform::FileHandle mapping_;
+  Numbers* numbers_;
+};
+
+// Takes one step after the other, at most as many as one process is given time for.
+int work(const std::string& folder) {
+  const Workplace workplace(folder);
+  const Progress progress(workplace.progress());
+  for (unsigned count = 0; count < 1000; ++count) {
+    const unsigned step = progress->next++;
+    if (!workplace.run(step)) return 1;
+    progress->returned = step + 1;
+  }
+  return 0;
 }
 
-// Changes with every write to a file in the folder, and with every new one.
-std::uint64_t traceOf(In folder) {
-  std::uint64_t result = 0;
-  WIN32_FIND_DATAA found = {};
-  const platform::SearchHandle search(FindFirstFileA((folder + "*").c_str(), &found));
-  if (!search) return result;
-  do {
-    result += std::hash<std::string>{}(found.cFileName) + found.nFileSizeLow +
-              found.ftLastWriteTime.dwLowDateTime;
-  } while (FindNextFileA(search.get(), &found) != 0);
-  return result;
-}
-
-// This program again, which runs one operation.
+// This program again, as a worker.
 class Worker {
  public:
-  Worker(std::size_t operation, In folder) {
-    SetEnvironmentVariableA(kOperationVariable, std::to_string(operation).c_str());
+  explicit Worker(const std::string& folder) {
     SetEnvironmentVariableA(kFolderVariable, folder.c_str());
     char program[MAX_PATH] = {};
     GetModuleFileNameA(nullptr, program, sizeof program);
@@ -112,7 +174,7 @@ class Worker {
     PROCESS_INFORMATION process{};
     CreateProcessA(program, line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup,
                    &process);
-    SetEnvironmentVariableA(kOperationVariable, nullptr);
+    SetEnvironmentVariableA(kFolderVariable, nullptr);
     process_.reset(process.hProcess);
     thread_.reset(process.hThread);
   }
@@ -132,40 +194,50 @@ class Worker {
   platform::FileHandle thread_;
 };
 
+// Waits until a step of this kind has made its first change, and for some milliseconds more.
+void waitForChange(const Workplace& workplace, const Progress& progress, const Worker& worker,
+                   Kind kind, DWORD milliseconds) {
+  const unsigned first = progress->returned;
+  while (progress->next == first || kindOf(progress->next - 1) != kind) {
+    ASSERT_FALSE(worker.ended(1)) << "step " << progress->returned;
+  }
+  const std::uint64_t before = workplace.trace();
+  while (workplace.trace() == before) ASSERT_FALSE(worker.ended(0));
+  ASSERT_FALSE(worker.ended(milliseconds));
+}
+
 // VESK_KILLS in the environment sets the number of kills.
 TEST(Killed, LosesNothing) {
-  const char* const ofWorker = std::getenv(kOperationVariable);
-  if (ofWorker != nullptr) {
-    std::_Exit(kOperations[std::atoi(ofWorker)].run(std::getenv(kFolderVariable)) ? 0 : 1);
-  }
+  const char* const folderOfWorker = std::getenv(kFolderVariable);
+  if (folderOfWorker != nullptr) std::_Exit(work(folderOfWorker));
 
   const char* const wanted = std::getenv("VESK_KILLS");
   const int kills = wanted != nullptr ? std::atoi(wanted) : 10;
   std::minstd_rand random(1);
   const support::TemporaryFolder folder;
-  const std::string model = folder.text() + "model\\";
-  const std::string work = folder.text() + "work\\";
-  prepare(model);
-  const State before = stateOf(model);
+  const Workplace workplace(folder.text());
+  const Progress progress(workplace.progress());
+  State expected = workplace.prepare();
+  unsigned done = 0;
+  int losses = 0;
   for (int killed = 0; killed < kills; ++killed) {
-    const std::size_t number = static_cast<std::size_t>(killed) % std::size(kOperations);
-    SCOPED_TRACE(testing::Message() << kOperations[number].name << ", kill " << killed);
-    restore(model, work);
-    ASSERT_TRUE(kOperations[number].run(work));
-    const State after = stateOf(work);
-    restore(model, work);
-    const std::uint64_t trace = traceOf(work);
-    bool hasEnded = false;
+    progress->next = progress->returned = done;
     {
-      const Worker worker(number, work);
-      while (traceOf(work) == trace && !worker.ended(0)) {
-      }
-      ASSERT_NE(traceOf(work), trace);
-      hasEnded = worker.ended(random() % static_cast<unsigned>(std::min(5 * killed, 150) + 1));
+      const Worker worker(folder.text());
+      const unsigned longest = std::min(5U * static_cast<unsigned>(killed), 150U);
+      waitForChange(workplace, progress, worker, kindOf(static_cast<unsigned>(killed)),
+                    random() % (longest + 1));
     }
-    const State found = stateOf(work);
-    EXPECT_TRUE(found == after || (!hasEnded && found == before));
+    ASSERT_FALSE(HasFatalFailure());
+    for (; done < progress->returned; ++done) apply(done, expected);
+    const State found = workplace.state();
+    if (done < progress->next && found != expected) apply(done++, expected);
+    if (found != expected || workplace.pack() != workplace.wholePack()) {
+      ++losses;
+      expected = workplace.prepare();
+    }
   }
+  EXPECT_EQ(losses, 0) << "of " << kills << " kills, " << done << " steps";
 }
 
 }  // namespace
