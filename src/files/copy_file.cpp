@@ -5,7 +5,6 @@
 
 #include <string>
 
-#include "files/attributes.h"
 #include "files/copy_target.h"
 #include "files/tree_call.h"
 #include "path/with_backslash.h"
@@ -31,11 +30,12 @@ Report copyFile(const char* file, const char* folder, const Options& options) {
   const std::string name = extractFilename(file);
   Detail::TreeCall call(options);
   if (name.empty() || *folder == '\0') return call.finish(Reason::Missing);
-  if (Detail::isDirectory(file)) return call.finish(Reason::IsAFolder);
   WIN32_FILE_ATTRIBUTE_DATA data = {};
   if (GetFileAttributesExA(file, GetFileExInfoStandard, &data) == 0) {
     return call.finish(Detail::reasonOfError(GetLastError()));
   }
+  const bool isFolder = (data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+  if (isFolder) return call.finish(Reason::IsAFolder);
   const Reason reason = Detail::prepareTarget(to);
   if (reason != Reason::None) return call.finish(reason);
   call.expect(1, std::uint64_t{data.nFileSizeHigh} << 32 | data.nFileSizeLow);
