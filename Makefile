@@ -150,9 +150,12 @@ docs:
 	mkdir -p build/docs
 	VERSION=$(VERSION) doxygen docs/Doxyfile
 
+# The library of the packages has debug information.
 abi:
 	@scripts/install-packages $(BUILD_PACKAGES) $(ABI_PACKAGES)
-	tests/abi/check build/abi
+	cmake --preset package
+	cmake --build --preset package --target vesk_filesystem
+	tests/abi/check build/package/lib/libVesk.FileSystem.so
 
 package:
 	@scripts/install-packages $(BUILD_PACKAGES) $(PACKAGE_PACKAGES)
