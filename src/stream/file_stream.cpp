@@ -46,7 +46,7 @@ class Block {
  public:
   explicit Block(unsigned int limit)
       : size_(limit != 0 ? limit : kDefaultLimit),
-        bytes_(std::make_unique_for_overwrite<char[]>(size_)) {}
+        bytes_(new char[size_]) {}
 
   // Returns the number of bytes read; 0 at the end of the file and on failure.
   DWORD readFrom(HANDLE file) { return readBytes(file, bytes_.get(), size_); }

@@ -10,14 +10,3 @@
 
 extern "C" float _strtof_l(const char*, char**, _locale_t);
 extern "C" long double _strtold_l(const char*, char**, _locale_t);
-
-#include <memory>
-
-#ifndef __cpp_lib_smart_ptr_for_overwrite
-namespace std {
-template <typename Array>
-unique_ptr<Array> make_unique_for_overwrite(size_t size) {
-  return unique_ptr<Array>(new remove_extent_t<Array>[size]);
-}
-}  // namespace std
-#endif

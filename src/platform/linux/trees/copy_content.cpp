@@ -60,7 +60,7 @@ bool writeAll(int descriptor, const char* bytes, std::size_t size) {
 
 // Copies `left` bytes, fewer at the end of the file, and sets `left` to the rest.
 bool copyBlocks(int from, int to, std::size_t blockSize, off_t& left, Meter& meter) {
-  const auto block = std::make_unique_for_overwrite<char[]>(blockSize);
+  const std::unique_ptr<char[]> block(new char[blockSize]);  // not zero-filled
   while (left > 0) {
     const ssize_t count = ::read(from, block.get(), sizeWithin(left, blockSize));
     if (count < 0 && errno == EINTR) continue;
