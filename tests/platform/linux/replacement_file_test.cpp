@@ -99,6 +99,18 @@ class ReplacementFiles : public testing::Test {
     EXPECT_EQ(file.complete(), Replaced::Yes);
     return file.putInPlace();
   }
+  // Overwrites the target with the first bytes of the source.
+  bool overwrite(off_t size) const {
+    const Descriptor from(open(folder_.file("source").c_str(), O_RDONLY | O_CLOEXEC));
+    const Descriptor to(open(folder_.file("target").c_str(), O_RDWR | O_CLOEXEC));
+    struct stat old {};
+    fstat(to.get(), &old);
+    const bool isDone = platform::native::overwriteContent(from.get(), size, old, to.get());
+    const int error = errno;
+    sendRefusedPage(to.get());  // at the latest when the file is closed
+    errno = error;
+    return isDone;
+  }
   std::string contentOf(const char* name) const { return support::readFile(folder_.file(name)); }
 
   support::TemporaryFolder folder_;
@@ -135,16 +147,9 @@ TEST_F(ReplacementFiles, AreOverwrittenOnlyIfTheDiskHasSpace) {
   support::writeFile(folder_.file("source"), std::string(300000, 'n'));
   support::writeFile(folder_.file("target"), "old");
   model.isSmb = true;
-  const Descriptor from(open(folder_.file("source").c_str(), O_RDONLY | O_CLOEXEC));
-  const Descriptor to(open(folder_.file("target").c_str(), O_RDWR | O_CLOEXEC));
-  struct stat old {};
-  fstat(to.get(), &old);
-  const auto overwrite = [&] {
-    return platform::native::overwriteContent(from.get(), 300000, old, to.get());
-  };
-  EXPECT_FALSE(support::withinSize(100000, overwrite));
+  EXPECT_FALSE(support::withinSize(100000, [&] { return overwrite(300000); }));
   EXPECT_EQ(contentOf("target"), "old");
-  EXPECT_TRUE(overwrite());
+  EXPECT_TRUE(overwrite(300000));
   EXPECT_EQ(contentOf("target"), std::string(300000, 'n'));
 }
 
@@ -152,14 +157,9 @@ TEST_F(ReplacementFiles, AreOverwrittenOnlyIfTheDiskHasSpace) {
 TEST_F(ReplacementFiles, GetTheirOldSizeBackOnAServerThatIsFull) {
   support::writeFile(folder_.file("source"), std::string(3000, 'n'));
   support::writeFile(folder_.file("target"), "old");
-  const Descriptor from(open(folder_.file("source").c_str(), O_RDONLY | O_CLOEXEC));
-  const Descriptor to(open(folder_.file("target").c_str(), O_RDWR | O_CLOEXEC));
-  struct stat old {};
-  fstat(to.get(), &old);
   model.isFullNfs = true;
-  EXPECT_FALSE(platform::native::overwriteContent(from.get(), 3000, old, to.get()));
+  EXPECT_FALSE(overwrite(3000));
   EXPECT_EQ(errno, ENOSPC);
-  sendRefusedPage(to.get());  // at the latest when the file is closed
   EXPECT_EQ(contentOf("target"), "old");
 }
 

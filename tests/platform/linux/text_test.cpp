@@ -43,10 +43,9 @@ TEST(Text, ComparisonIgnoresCase) {
     const char *first, *second;
     int order;
   } const cases[] = {
-      {"", "", 0},           {"ABC", "abc", 0},   {"Straße", "sTRAßE", 0}, {".ÄÖ", ".äö", 0},
-      {"ЯБЛ", "ябл", 0},     {"a", "B", -1},      {"b", "A", 1},           {"a", "ab", -1},
-      {"ab", "A", 1},        {"\xFF", "\xFE", 1}, {"ä", "\xC3", 1 - 2},    {nullptr, "", -1},
-      {nullptr, nullptr, 0},
+      {"", "", 0},       {"ABC", "abc", 0},   {"Straße", "sTRAßE", 0}, {".ÄÖ", ".äö", 0},
+      {"ЯБЛ", "ябл", 0}, {"a", "B", -1},      {"b", "A", 1},           {"a", "ab", -1},
+      {"ab", "A", 1},    {"\xFF", "\xFE", 1}, {"ä", "\xC3", 1 - 2},
   };
   for (const auto& c : cases) {
     const int order = lstrcmpiA(c.first, c.second);
@@ -62,9 +61,6 @@ TEST(TimesOnLinux, HaveLimits) {
   EXPECT_EQ(ticksOf(fileTimeOf(-11644473601, 0)), 0);
   EXPECT_EQ(ticksOf(fileTimeOf(std::int64_t{1} << 40, 0)), kLast);
   EXPECT_EQ(ticksOf(fileTimeOf(kLast, 0)), kLast);
-  // Windows accepts this date.
-  SYSTEMTIME time{};
-  EXPECT_FALSE(VariantTimeToSystemTime(std::numeric_limits<double>::quiet_NaN(), &time));
 }
 
 TEST(CodePages, EveryTextComesBack) {
@@ -86,30 +82,6 @@ TEST(CodePages, EveryTextComesBack) {
   EXPECT_EQ(MultiByteToWideChar(CP_ACP, 0, "😀", -1, pair, 3), 3);
   EXPECT_EQ(pair[0], 0xD83D);
   EXPECT_EQ(pair[1], 0xDE00);
-}
-
-TEST(CodePages, Errors) {
-  WCHAR wide[8] = {};
-  struct {
-    UINT page;
-    const char* text;
-    int length, size, result;
-    DWORD error;
-  } const cases[] = {
-      {CP_ACP, "abc", 3, 0, 3, ERROR_SUCCESS},
-      {CP_OEMCP, "abc", -1, 4, 4, ERROR_SUCCESS},
-      {CP_UTF8, "gr\xC3\xB6", 4, 8, 3, ERROR_SUCCESS},
-      {CP_ACP, "abc", 3, 2, 0, ERROR_INSUFFICIENT_BUFFER},
-      {CP_ACP, "abc", 0, 8, 0, ERROR_INVALID_PARAMETER},
-      {CP_ACP, nullptr, 3, 8, 0, ERROR_INVALID_PARAMETER},
-      {CP_ACP, "abc", 3, -1, 0, ERROR_INVALID_PARAMETER},
-      {1252, "abc", 3, 8, 0, ERROR_INVALID_PARAMETER},
-  };
-  for (const auto& c : cases) {
-    SetLastError(ERROR_SUCCESS);
-    EXPECT_EQ(MultiByteToWideChar(c.page, 0, c.text, c.length, wide, c.size), c.result);
-    EXPECT_EQ(GetLastError(), c.error) << c.page << ' ' << c.length << ' ' << c.size;
-  }
 }
 
 }  // namespace

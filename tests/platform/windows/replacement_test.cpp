@@ -4,7 +4,6 @@
 
 #include <functional>
 #include <string>
-#include <vector>
 
 #include "platform/confined_directory.h"
 #include "platform/new_version.h"
