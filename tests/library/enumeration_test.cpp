@@ -30,6 +30,7 @@ TEST_F(Enumeration, GroupsOfExtensions) {
   EXPECT_EQ(EnumFiles(array, path_, "x*", ".aaa", ".bbb", end), 1U);
   EXPECT_STREQ(array.GetAt(0), "x");
   EXPECT_EQ(EnumFiles(names, path_, "*", end), 0U);
+  EXPECT_EQ(EnumFiles(names, path_, ""), 0U);
   EXPECT_EQ(EnumFiles(names, folder_.file("missing\\").c_str(), "*", ".aaa", end), 0U);
   // An extension ignores letter case, a base name does not.
   make({"q.aaa", "Q.bbB", "Q.aaA"});

@@ -51,14 +51,6 @@ TEST_F(EnumerationOnLinux, BackslashInANameComesBack) {
   EXPECT_EQ(EnumFiles(paths, (text_ + "sub\\").c_str(), "*"), 1U);
 }
 
-// Wine lists every name.
-TEST_F(EnumerationOnLinux, FilesWithoutExtensionOfATree) {
-  make({"top", "a/one.txt", "a/b/two"});
-  Names paths;
-  EXPECT_EQ(EnumFilesWithPath(paths, path_, "*.", true), 2U);
-  EXPECT_EQ(below(paths), (Names{"a\\b\\two", "top"}));
-}
-
 TEST_F(EnumerationOnLinux, DirectoryThatCannotBeSearched) {
   if (!support::fileSystem().modes) GTEST_SKIP() << "no modes here";
   make({"listed/sub/file", "listed/file"});

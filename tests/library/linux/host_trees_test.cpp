@@ -55,7 +55,9 @@ TEST_F(HostTreesOnLinux, SaysWhatIsNotPermitted) {
   write("in/private/file", "x");
   write("locked/file", "x");
   ASSERT_EQ(shell("chmod 0 in/unreadable in/private && mkdir -m 777 out && chmod 755 . &&"
-                  " chmod 777 in && chmod 755 locked && touch -d '9 days ago' locked/file"),
+                  " chmod 777 in && chmod 755 locked && mkdir -m 1777 sticky &&"
+                  " touch -d '9 days ago' locked/file sticky/others sticky/own &&"
+                  " chown 1001 sticky/own"),
             0);
   constexpr uid_t kUser = 1001;
   support::ForkedProcess user([&](const auto&) {
@@ -71,8 +73,13 @@ TEST_F(HostTreesOnLinux, SaysWhatIsNotPermitted) {
       return 5;
     }
     const Reasons old{{"locked\\file", Reason::NoPermission},
-                      {"in\\private", Reason::NoPermission}};
+                      {"in\\private", Reason::NoPermission},
+                      {"sticky\\others", Reason::NoPermission},
+                      {"sticky\\own", Reason::None}};
     if (reasonsOf(findOldFiles(folder_.name().c_str(), 7)) != old) return 6;
+    Reasons deleted = reasonsOf(deleteOldFiles(folder_.name().c_str(), 7));
+    deleted.erase("out");  // an empty folder
+    if (deleted != old) return 7;
     return 0;
   });
   EXPECT_EQ(user.wait(), 0);

@@ -6,34 +6,29 @@
 #include <filesystem/files.h>
 #include <filesystem/stream.h>
 #include <filesystem/temporary_storage.h>
-#include <filesystem/trees.h>
 #include <filesystem/zip.h>
 #include <filesystem/zip_archive.h>
-#include <gtest/gtest.h>
 #include <stdio.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <atomic>
 #include <functional>
-#include <map>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include "library/host_trees.h"
 #include "platform/win32.h"
-#include "support/linux/forked_process.h"
 #include "support/programs.h"
-#include "support/temporary_folder.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 using FileSystem::TemporaryStorage;
 
-class TreesOnLinux : public testing::Test {
+class TreesOnLinux : public HostTrees {
  protected:
   void writeOld(const std::string& file) {
     support::writeFile(file, "");
@@ -45,7 +40,6 @@ class TreesOnLinux : public testing::Test {
     return folder_.file(name.substr(0, name.size() - 1));
   }
 
-  support::TemporaryFolder folder_;
   support::TemporaryFolder elsewhere_;
 };
 
@@ -87,47 +81,6 @@ TEST_F(TreesOnLinux, SweepStaysInItsTreeWhileDirectoriesAreSwapped) {
   while (!isDone) FileSystem::eraseOldFile(folder_.file("tree\\"), 1);
   swapper.join();
   EXPECT_TRUE(support::exists(elsewhere_.file("old")));
-}
-
-// Runs as a user who may delete files in one folder, none in the second, and only some in the
-// third.
-TEST_F(TreesOnLinux, SweepListsWhatPermissionsLetItDelete) {
-  if (!support::fileSystem().modes) GTEST_SKIP() << "no modes here";
-  if (geteuid() != 0) GTEST_SKIP() << "needs another user's files";
-  constexpr uid_t kUser = 1001;
-  struct {
-    const char* folder;
-    uid_t owner;
-    mode_t mode;
-  } const folders[] = {{"own", kUser, 0700}, {"locked", kUser, 0500}, {"sticky", 0, 01777}};
-  for (const auto& f : folders) {
-    for (const uid_t owner : {kUser, uid_t{0}}) {
-      const std::string file = folder_.file(f.folder + ("/" + std::to_string(owner)));
-      writeOld(file);
-      ASSERT_EQ(chown(file.c_str(), owner, owner), 0);
-    }
-    ASSERT_EQ(chown(folder_.file(f.folder).c_str(), f.owner, f.owner), 0);
-    ASSERT_EQ(chmod(folder_.file(f.folder).c_str(), f.mode), 0);
-  }
-  ASSERT_EQ(chmod(folder_.path().c_str(), 0755), 0);
-  support::ForkedProcess user([&](const auto&) {
-    if (setgid(kUser) != 0 || setuid(kUser) != 0) return -1;
-    const auto filesOf = [](const FileSystem::Report& report) {
-      std::map<std::string, FileSystem::Reason> files;
-      for (const FileSystem::ItemResult& item : report.items) {
-        if (!item.isFolder) files[item.name] = item.reason;
-      }
-      return files;
-    };
-    const std::string folder = folder_.name();
-    const auto found = filesOf(FileSystem::findOldFiles(folder.c_str(), 7));
-    if (filesOf(FileSystem::deleteOldFiles(folder.c_str(), 7)) != found) return -1;
-    return static_cast<int>(std::count_if(found.begin(), found.end(), [](const auto& file) {
-      return file.second == FileSystem::Reason::None;
-    }));
-  });
-  // Both files of the first folder, and its own one of the last.
-  EXPECT_EQ(user.wait(), 3);
 }
 
 // The roots of mapped drives and shares stay, even if they are empty.
@@ -228,25 +181,19 @@ TEST_F(TreesOnLinux, CopyContentKeepsTheNamesOfFolders) {
 // Opening for writing and creating follow a dangling link, as native programs do.
 TEST_F(TreesOnLinux, DanglingLinksLeadToNewFiles) {
   if (!support::fileSystem().links) GTEST_SKIP() << "no links here";
-  struct {
-    const char* name;
-    std::function<bool(const std::string& link)> creates;
-  } const cases[] = {
-      {"writeContent", [](const std::string& link) { return FileSystem::writeContent(link, "x"); }},
-      {"ZipArchive",
-       [](const std::string& link) { return ZipArchive().create(link.c_str(), 1) == 1; }},
-      {"FRT_ZIP_FOLDER",
-       [&](const std::string& link) {
-         return FRT_ZIP_FOLDER(elsewhere_.name().c_str(), link.c_str());
-       }},
+  const std::string link = folder_.file("link");
+  const std::string real = folder_.file("real");
+  const std::function<bool()> ways[] = {
+      [&] { return FileSystem::writeContent(link, "x"); },
+      [&] { return ZipArchive().create(link.c_str(), 1) == 1; },
+      [&] { return FRT_ZIP_FOLDER(elsewhere_.name().c_str(), link.c_str()); },
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
-    const std::string real = folder_.file(std::string("real-") + c.name);
-    fs::create_symlink(real, folder_.file(c.name));
-    EXPECT_TRUE(c.creates(folder_.file(c.name)));
-    EXPECT_TRUE(fs::is_symlink(folder_.file(c.name)));
-    EXPECT_TRUE(fs::is_regular_file(real));
+  fs::create_symlink(real, link);
+  for (const std::function<bool()>& creates : ways) {
+    fs::remove(real);
+    EXPECT_TRUE(creates()) << &creates - ways;
+    EXPECT_TRUE(fs::is_symlink(link)) << &creates - ways;
+    EXPECT_TRUE(fs::is_regular_file(real)) << &creates - ways;
   }
 }
 
