@@ -5,14 +5,8 @@
 namespace {
 
 TEST_F(VeskFs, ChangesNoOtherEntry) {
-  python(R"(
-z = zipfile.ZipFile("a.zip", "w")
-z.writestr("Makefile", "1")
-z.writestr("makefile", "2")
-z.close()
-z = zipfile.ZipFile("one.zip", "w")
-z.writestr("Makefile", "1")
-z.close())");
+  makeZip("a.zip", "Makefile=1 makefile=2");
+  makeZip("one.zip", "Makefile=1");
   write("in/makefile", "new");
   write("other/makefile", "other");
   check({
@@ -61,13 +55,7 @@ TEST_F(VeskFs, TheArchiveIsNotAddedToItself) {
 }
 
 TEST_F(VeskFs, KeepsTheLastOfEqualNames) {
-  python(R"(
-import warnings
-warnings.simplefilter("ignore")
-z = zipfile.ZipFile("a.zip", "w")
-for name, text in ("a", "1"), ("b", "b"), ("a", "2"), ("c", "c"):
-    z.writestr(name, text)
-z.close())");
+  makeZip("a.zip", "a=1 b=b a=2 c=c");
   ASSERT_EQ(shell("cp a.zip added.zip"), 0);
   write("a", "new");
   check({{"list a.zip", 0, "a\nb\na\nc\n"},

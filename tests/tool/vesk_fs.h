@@ -60,6 +60,11 @@ class VeskFs : public testing::Test {
     write("script.py", "import sys, zipfile\n" + script);
     ASSERT_EQ(shell("python3 script.py && rm script.py"), 0) << script;
   }
+  // Makes an archive of texts, each as `NAME=TEXT`.
+  void makeZip(const std::string& zip, const std::string& texts) const {
+    python("z = zipfile.ZipFile('" + zip + "', 'w')\n" + "for text in '" + texts +
+           "'.split(): z.writestr(*text.split('='))\nz.close()");
+  }
 
   support::TemporaryFolder folder_;
 };
