@@ -41,7 +41,6 @@ TEST_F(StreamOnLinux, WritesAndCommits) {
   } const cases[] = {
       {"flush twice", [](FileStream& s) { s.flush(), s.flush(); }, "w3 c c c"},
       {"flush and close", [](FileStream& s) { s.flush(), s.close(); }, "w3 c c"},
-      {"close twice", [](FileStream& s) { s.close(), s.close(); }, "w3 c"},
       {"seek to the start", [](FileStream& s) { s.seekBOF(); }, "w3 c"},
       {"seek to the end", [](FileStream& s) { s.seekEOF(); }, "w3 c"},
       {"truncate", [](FileStream& s) { s.truncate(); }, "w3 c"},

@@ -118,9 +118,7 @@ TEST_F(MemoryLimits, InsertingAFileHoldsLittleOfIt) {
   // replaces its entry.
   const std::pair<std::string, const char*> insertions[] = {
       {"text", ""}, {"random", ""}, {"sparse", ""}, {"random", "secret"}, {"sparse", "secret"}};
-  ZipArchive archive;
-  ASSERT_EQ(archive.create(archive_.c_str(), 0), 1);
-  archive.close();
+  ASSERT_EQ(ZipArchive().create(archive_.c_str(), 0), 1);
   for (const auto& insertion : insertions) {
     const std::string& source = insertion.first;
     expectBelow(kInsertLimit, "insert " + source + ' ' + insertion.second, [&] {

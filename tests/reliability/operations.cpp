@@ -9,7 +9,6 @@
 #include <filesystem/zip.h>
 
 #include <filesystem>
-#include <utility>
 #include <vector>
 
 #include "library/zip.h"

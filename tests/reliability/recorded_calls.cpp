@@ -1,7 +1,6 @@
 #include "recorded_calls.h"
 
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <climits>
 #include <filesystem>

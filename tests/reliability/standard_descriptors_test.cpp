@@ -6,12 +6,10 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstring>
 #include <string>
 
 #include "failing_calls.h"
 #include "operations.h"
-#include "platform/win32.h"
 #include "support/linux/forked_process.h"
 #include "support/temporary_folder.h"
 
@@ -59,29 +57,5 @@ TEST_P(StandardDescriptors, AreNeverKept) {
 
 INSTANTIATE_TEST_SUITE_P(All, StandardDescriptors, testing::ValuesIn(operations::all()),
                          [](const auto& info) { return info.param.name; });
-
-// A handle keeps its file open between calls, and a search its folder.
-TEST(StandardDescriptorsOf, OpenFilesGetNoOutput) {
-  const support::TemporaryFolder folder;
-  support::writeFile(folder.file("a"), "content");
-  support::writeFile(folder.file("b"), "content");
-  support::ForkedProcess process([&](const auto&) {
-    closeStandard();
-    WIN32_FIND_DATAA found;
-    const HANDLE search = FindFirstFileA((folder.text() + "*").c_str(), &found);
-    const HANDLE file = CreateFileA(folder.file("a").c_str(), GENERIC_READ | GENERIC_WRITE, 0,
-                                    nullptr, OPEN_EXISTING, 0, nullptr);
-    if (search == INVALID_HANDLE_VALUE || file == INVALID_HANDLE_VALUE) return 1;
-    for (int descriptor = 0; descriptor <= STDERR_FILENO; ++descriptor) {
-      if (write(descriptor, "printed", std::strlen("printed")) != -1) return 2;
-    }
-    if (anyIsOpen()) return 3;
-    int names = 1;
-    while (FindNextFileA(search, &found)) ++names;
-    return names == 4 ? 0 : 4;
-  });
-  EXPECT_EQ(process.wait(), 0);
-  EXPECT_EQ(support::readFile(folder.file("a")), "content");
-}
 
 }  // namespace
