@@ -138,7 +138,6 @@ open("a.zip", "wb").write(bytes[:z.start_dir] + b"unused bytes" * 9 + bytes[z.st
 bytes[0] ^= 255
 open("header.zip", "wb").write(bytes[:z.start_dir] + b"unused bytes" * 9 + bytes[z.start_dir:]))");
   check({{"remove header.zip good", 1, "", "'header.zip': its entry 'bad' is damaged"}});
-  ASSERT_EQ(shell("rm header.zip"), 0);
   write("out/in/file", "old");
   write("out/in/dir/x", "old");
   support::makeReadOnly(folder_.file("out/in/file"));
@@ -153,7 +152,7 @@ open("header.zip", "wb").write(bytes[:z.start_dir] + b"unused bytes" * 9 + bytes
   EXPECT_TRUE(result.starts_with("[1]\n")) << result;
   EXPECT_EQ(std::count(result.begin(), result.end(), '\n'), 8) << result;
   EXPECT_EQ(read("out/in/file") + read("out/x"), "old" + std::string(99, 'x'));
-  EXPECT_EQ(shell("test $(find . -type f | wc -l) = 6"), 0);
+  EXPECT_EQ(shell("test $(find . -type f | wc -l) = 7"), 0);
 
   check({{"extract a.zip '*d' some -v", 1, "extracted good\n", "'bad': it is damaged"}});
   const std::string tested = run("test a.zip");
