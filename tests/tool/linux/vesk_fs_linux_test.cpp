@@ -89,6 +89,16 @@ TEST_F(VeskFs, AddsTheOthersAfterAFileThatFails) {
           "cannot add 'in\\b': the file cannot be read to its end"}});
 }
 
+TEST_F(VeskFs, NamesInOtherLetterCaseAreOtherFiles) {
+  if (!support::fileSystem().exactCase) GTEST_SKIP() << "one file here";
+  for (const char* name : {"in/a", "in/A", "in/b/x", "in/B/x", "in/B/X"}) write(name, name);
+  check({{"pack in a.zip", 0, "packed 5 files into a.zip\n"},
+         {"unpack a.zip out", 0, "unpacked 5 files into out\n"},
+         {"add b.zip in", 0, ""},
+         {"unpack b.zip added", 0, "unpacked 5 files into added\n"}});
+  EXPECT_EQ(shell("diff -r in out && diff -r in added/in"), 0);
+}
+
 TEST_F(VeskFs, KeepsPermissionsTimesAndLinks) {
   if (!support::fileSystem().links || !support::fileSystem().modes) GTEST_SKIP() << "not here";
   write("in/file", "x");
