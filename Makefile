@@ -5,6 +5,7 @@ BUILD_PACKAGES = cmake g++ ninja-build libboost-dev zlib1g-dev libdeflate-dev li
 CLANG_PACKAGES = clang libclang-rt-dev
 TEST_PACKAGES = zip unzip p7zip-full libarchive-tools busybox python3 coreutils diffutils \
                 pkg-config binutils $(CLANG_PACKAGES)
+COMPILER_PACKAGES = $(CLANG_PACKAGES) clang-19 libc++-dev libc++abi-dev googletest
 LINT_PACKAGES = clang clang-format clang-tidy python3
 FUZZ_PACKAGES = $(CLANG_PACKAGES)
 BENCH_PACKAGES = zip unzip p7zip-full libarchive-tools isal pkg-config libzip-dev \
@@ -29,7 +30,7 @@ BENCH_DISK ?= build/bench
 # The directory that `make demo` packs. Every machine that builds the library has it.
 FOLDER ?= /usr/include
 
-.PHONY: help demo test lint mutants windows test-windows windows-packages test-arm64 \
+.PHONY: help demo test lint check-compilers mutants windows test-windows windows-packages test-arm64 \
         file-system-packages file-system-kernels test-file-systems test-large-archives msvc fuzz bench \
         docs abi \
         package install uninstall clean
@@ -38,6 +39,8 @@ help:
 	@echo "make demo [FOLDER=...]     pack a real folder, unpack it, compare"
 	@echo "make test                  build and run all tests, plain and under the sanitizers"
 	@echo "make lint                  check the format, and the code with clang-tidy"
+	@echo "make check-compilers       run the tests as built with libc++, clang-19, LTO, ThreadSanitizer and"
+	@echo "                           the checked containers of libstdc++; ONLY='lto tsan' chooses"
 	@echo "make mutants [FILES=...]   list small changes of the code that no test notices;"
 	@echo "                           SEED=, SKIP=, COUNT=, BUDGET=seconds, QUICK=1 choose and limit"
 	@echo "make fuzz                  build and run the fuzz targets, a minute each"
@@ -76,6 +79,10 @@ lint:
 	@scripts/install-packages $(BUILD_PACKAGES) $(BENCH_PACKAGES) $(LINT_PACKAGES)
 	cmake --preset lint
 	scripts/lint build/lint
+
+check-compilers:
+	@scripts/install-packages $(BUILD_PACKAGES) $(TEST_PACKAGES) $(COMPILER_PACKAGES)
+	scripts/check-compilers build/compilers $(ONLY)
 
 mutants:
 	@scripts/install-packages $(BUILD_PACKAGES) $(TEST_PACKAGES)
