@@ -190,7 +190,9 @@ TEST_F(Archive, HoldsMoreEntriesThanThePlainFormatCounts) {
       return info.entryCount;
     };
     EXPECT_EQ(countOf(), count);
-    EXPECT_EQ(support::run(folder_.path(), "unzip -tqq a.zip"), 0);
+    for (const char* const checker : {"unzip -tqq a.zip", "7z t a.zip"}) {
+      EXPECT_EQ(support::run(folder_.path(), checker), 0) << checker;
+    }
 
     // Without the zip64 records, and with the count modulo 65,536, as old programs write it.
     std::string bytes = support::readFile(path_);
@@ -279,43 +281,13 @@ TEST_F(Archive, DroppedEntriesLeaveNoTrace) {
   EXPECT_TRUE(support::readFile(path_) == support::readFile(wanted));
 }
 
-TEST_F(Archive, RefusesInvalidArguments) {
-  EXPECT_EQ(zip_engine::crc32(7, nullptr, 0), 7U);
-  EXPECT_EQ(ZipOpenWriter(path_.c_str(), ZipModeAppend), nullptr);
-  support::writeFile(path_, std::string(3000, 'x'));
-  EXPECT_EQ(ZipOpenWriter(path_.c_str(), ZipModeAppend), nullptr);
-  const std::string other = folder_.file("other.zip");
-  writeArchive(other, {{"e", "x"}});
-  EXPECT_EQ(ZipOpenWriter(other.c_str(), ZipModeAppendFirst), nullptr);
-  const Reader reader(ZipOpenReader(other.c_str()));
-  ZipWriter* writer = ZipOpenWriter(path_.c_str(), ZipModeCreate);
-  ZipNextEntry(reader.get());  // past the last one
-  const int statuses[] = {
-      // Without a reader or a writer, or without an entry.
-      ZipFirstEntry(nullptr), ZipReadEntry(nullptr, nullptr, 0), ZipCloseWriter(nullptr, nullptr),
-      ZipCopyEntry(nullptr, reader.get(), nullptr, nullptr),
-      ZipCopyEntry(writer, nullptr, nullptr, nullptr),
-      ZipCopyEntry(writer, reader.get(), nullptr, nullptr),
-      ZipSetEncryption(nullptr, ZipEncryptTraditional), ZipWriteEntry(nullptr, "", 0),
-      ZipWriteEntry(writer, "", 0), ZipCloseNewEntry(nullptr), ZipCloseNewEntry(writer),
-      ZipCloseRawEntry(nullptr, 0, 0), ZipCloseRawEntry(writer, 0, 0), ZipCancelNewEntry(nullptr),
-      ZipCancelNewEntry(writer),
-      // With values that are not known.
-      ZipSetEncryption(writer, 2), begin(nullptr, "n", 0), begin(writer, nullptr, 0),
-      begin(writer, "", 0), begin(writer, std::string(65536, 'n').c_str(), 0),
-      begin(writer, "n", 12), begin(writer, "n", 0, 0, 10), begin(writer, "n", 0, 0, -2)};
-  for (const int& status : statuses) EXPECT_LT(status, 0) << &status - statuses;
-  for (const int raw : {0, 1}) {
-    EXPECT_EQ(begin(writer, "n", raw == 0 ? ZipMethodDeflate : 12, raw), 0);
-    EXPECT_LT(ZipWriteEntry(writer, nullptr, 1), 0);
-    EXPECT_LT(raw != 0 ? ZipCloseNewEntry(writer) : ZipCloseRawEntry(writer, 0, 0), 0);
-  }
-  EXPECT_EQ(ZipCloseWriter(writer, nullptr), 0);
-  EXPECT_EQ(readArchive(path_), Entries{});
+// A reader would take an end record in the comment for that of the archive.
+TEST_F(Archive, CommentsHoldNoEndRecord) {
+  writeArchive(path_, {});
   const std::string end = "cPK\5\6" + std::string(18, 'c');
   for (const auto& comment :
        {std::string(65535, 'c'), std::string(65536, 'c'), end, end.substr(0, 22)}) {
-    writer = ZipOpenWriter(path_.c_str(), ZipModeAppendFirst);
+    ZipWriter* const writer = ZipOpenWriter(path_.c_str(), ZipModeAppendFirst);
     const bool isTaken = comment.size() != 65536 && comment != end;
     EXPECT_EQ(ZipCloseWriter(writer, comment.c_str()) == 0, isTaken);
     EXPECT_EQ(std::filesystem::file_size(path_), 22U + (comment.size() == 22 ? 22U : 65535U));

@@ -3,9 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "zip/engine/container/central_directory.h"
-#include "zip/engine/container/end_record.h"
 #include "zip/engine/container/extra_field.h"
-#include "zip/engine/container/local_header.h"
 
 using namespace zip_engine;
 
@@ -39,31 +37,6 @@ TEST(EntryRecord, HasValuesPastFourGigabytes) {
   }
 }
 
-TEST(EntryRecord, LocalHeadersAndDescriptorsHaveSizesOf64Bits) {
-  EntryRecord record;
-  record.uncompressedSize = 5ULL << 30;
-  record.compressedSize = 7;
-  record.hasZip64 = true;
-  record.name = "n";
-  record.localExtra = {0x34, 0x12, 1, 0, 'L'};
-  Bytes bytes;
-  appendLocalHeader(bytes, record);
-  const LocalHeader header{bytes.data()};
-  ASSERT_EQ(header.size(), bytes.size());
-  EXPECT_EQ(header.versionNeeded(), 45);
-  EXPECT_EQ(header.compressedSize(), 0xFFFF'FFFF);
-  EXPECT_EQ(header.uncompressedSize(), 0xFFFF'FFFF);
-  ASSERT_EQ(header.extraLength(), 25);
-  EXPECT_EQ(load32(header.extra()), 0x0010'0001U);
-  EXPECT_EQ(load64(header.extra() + 4), 5ULL << 30);
-  EXPECT_EQ(load64(header.extra() + 12), 7U);
-  bytes.clear();
-  appendDescriptor(bytes, record);
-  ASSERT_EQ(bytes.size(), 24U);
-  EXPECT_EQ(load64(&bytes[8]), 7U);
-  EXPECT_EQ(load64(&bytes[16]), 5ULL << 30);
-}
-
 // Otherwise the value would be a size that an archive beyond 4 GiB has space for.
 TEST(EntryRecord, ValuesThatABlockLacksAreLargerThanAnyFile) {
   const unsigned char block[] = {1, 0, 15, 0, 7, 0, 0, 0, 0, 0, 0, 0, 8, 0, 0, 0, 0, 0, 0};
@@ -77,20 +50,6 @@ TEST(EntryRecord, ValuesThatABlockLacksAreLargerThanAnyFile) {
   second = kSaturated32;
   readZip64(block, 3, {&second});
   EXPECT_EQ(second, kSaturated32) << "without a block";
-}
-
-TEST(EntryRecord, LargeValuesNeedTheZip64EndRecord) {
-  constexpr std::uint64_t kLarge = 0xFFFF'FFFF;
-  constexpr std::uint64_t kRows[][3] = {{kLarge, 0, 0}, {0, kLarge, 0}, {0, 0, 0xFFFF}};
-  for (const auto& [position, size, count] : kRows) {
-    Bytes bytes;
-    appendEndRecords(bytes, position, size, count, "");
-    ASSERT_EQ(bytes.size(), 98U);
-    EXPECT_EQ(load64(&bytes[4]), 44U) << "size of the rest of the record";
-    EXPECT_EQ(load64(&bytes[64]), position + size);
-    EXPECT_EQ(load32(&bytes[60]), 0U) << "disk of the end record";
-    EXPECT_EQ(load32(&bytes[72]), 1U) << "number of disks";
-  }
 }
 
 TEST(EntryRecord, DatesAreThoseOfDos) {
