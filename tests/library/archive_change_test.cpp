@@ -146,23 +146,6 @@ for i in zipfile.ZipFile("a.zip").infolist(): print(i.comment.decode(), i.file_s
   }
 }
 
-TEST_F(Change, CompressesAtTheLevel) {
-  std::string text;
-  for (int i = 0; i < 20000; ++i) text += "word " + std::to_string(i * i % 977);
-  std::vector<std::uintmax_t> sizes;
-  for (const int level : {0, 1, 9}) {
-    std::filesystem::remove(path_);
-    ArchiveChange change;
-    change.insertFrom(sourceOf(text), "text");
-    EXPECT_TRUE(apply(change, Options().setLevel(level)));
-    EXPECT_TRUE(contentOf("text") == text);
-    sizes.push_back(std::filesystem::file_size(path_));
-  }
-  EXPECT_GT(sizes[0], text.size());
-  EXPECT_GT(sizes[0], sizes[1]);
-  EXPECT_GT(sizes[1], sizes[2]);
-}
-
 TEST_F(Change, CreatesArchives) {
   ArchiveChange change;
   EXPECT_TRUE(apply(change));

@@ -103,14 +103,4 @@ TEST_F(Packing, FailureLeavesTheOldArchive) {
   EXPECT_EQ(pack(), Reason::IsAFolder);
 }
 
-TEST_F(Packing, TheArchiveItselfIsNotPacked) {
-  support::writeFile(folder_.file("in/x"), "");
-  path_ = folder_.file("in/a.zip");
-  for (int i = 0; i < 2; ++i) {
-    EXPECT_EQ(pack(), Reason::None);
-    EXPECT_EQ(names(), (Names{".\\", "x"}));
-    EXPECT_EQ(reasonsOf(report_), (Reasons{{"", Reason::None}, {"x", Reason::None}}));
-  }
-}
-
 }  // namespace

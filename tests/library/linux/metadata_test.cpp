@@ -30,7 +30,7 @@ ln -s sub/755 relative; ln -s /etc/passwd absolute; ln -s missing dangling; ln -
 ln -s ../../outside sub/escaping
 chmod 555 closed; chmod 700 private; chmod 1777 shared; chmod 777 empty; chmod 751 .
 touch -d '1969-12-31 23:59:57 UTC' sub/deep/old
-touch -d '2040-01-01 00:00:01 UTC' sub/600
+touch -d '2038-01-19 03:14:08 UTC' sub/600
 touch -h -d @1000000001 dangling
 find . -mindepth 1 ! -name old ! -name 600 ! -name dangling -type f -exec touch -d @1700000001 {} +
 find . -depth -type d -exec touch -d @1600000003 {} +
@@ -163,6 +163,7 @@ TEST_F(Metadata, HostileEntries) {
       {"add('l', b'../outside', 0o120777); add('l/through', b'x')", Reason::IsAFolder, "", "true"},
       {"add('file', b'../outside', 0o120777)", Reason::None, "../outside", "readlink file"},
       {"add('link', b'elsewhere', 0o120777)", Reason::None, "elsewhere", "readlink link"},
+      {"add('link', b'new')", Reason::None, "new", "test ! -L link && cat link"},
       {"add('folder', b'../outside', 0o120777)", Reason::IsAFolder, "folder", "echo folder"},
       {"add('link/x', b'x')", Reason::NotAFolder, "", "ls ../outside"},
       {"add('link/', b'', 0o40700)", Reason::NotAFolder, "755", "stat -c %a ../outside"},

@@ -19,33 +19,6 @@ namespace {
 
 class ZipOnLinux : public Zip {};
 
-// Unpacking writes nothing outside the target through links that the target contains. A link that
-// has the name of an entry is replaced; a link in the place of a directory fails.
-TEST_F(ZipOnLinux, ExtractionFollowsNoLinks) {
-  if (!support::fileSystem().links) GTEST_SKIP() << "no links here";
-  support::writeFile(folder_.file("outside/file"), "untouched");
-  const std::filesystem::path link = folder_.path() / "out" / "link";
-  for (const std::string name : {"link", "link/file"}) {
-    const bool replaces = name == "link";
-    make({name});
-    for (const char* const target : {"../outside/file", "../outside/missing", "../outside"}) {
-      SCOPED_TRACE(name + ' ' + target);
-      const auto restoreLink = [&] {
-        std::filesystem::remove_all(out_);
-        std::filesystem::create_directory(out_);
-        std::filesystem::create_symlink(target, link);
-      };
-      restoreLink();
-      EXPECT_EQ(FRT_UNZIP_FILE(path_.c_str(), out_.c_str()), replaces);
-      EXPECT_EQ(std::filesystem::is_symlink(link), !replaces);
-      restoreLink();
-      EXPECT_EQ(readable().extract(Names{name}, (out_ + "/").c_str()), replaces);
-      EXPECT_EQ(std::filesystem::is_symlink(link), !replaces);
-      EXPECT_EQ(output("ls outside; cat outside/file"), "file\nuntouched");
-    }
-  }
-}
-
 TEST_F(ZipOnLinux, ExtractionToTheCurrentDirectory) {
   make({"entry"});
   const std::filesystem::path before = std::filesystem::current_path();
