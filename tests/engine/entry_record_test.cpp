@@ -37,6 +37,18 @@ TEST(EntryRecord, HasValuesPastFourGigabytes) {
   }
 }
 
+TEST(EntryRecord, DescriptorsHaveSizesOf64Bits) {
+  EntryRecord record;
+  record.uncompressedSize = 5ULL << 30;
+  record.compressedSize = 7;
+  record.hasZip64 = true;
+  Bytes bytes;
+  appendDescriptor(bytes, record);
+  ASSERT_EQ(bytes.size(), 24U);
+  EXPECT_EQ(load64(&bytes[8]), 7U);
+  EXPECT_EQ(load64(&bytes[16]), 5ULL << 30);
+}
+
 // Otherwise the value would be a size that an archive beyond 4 GiB has space for.
 TEST(EntryRecord, ValuesThatABlockLacksAreLargerThanAnyFile) {
   const unsigned char block[] = {1, 0, 15, 0, 7, 0, 0, 0, 0, 0, 0, 0, 8, 0, 0, 0, 0, 0, 0};

@@ -1,4 +1,4 @@
-// The compression methods: archives of other programs and of this library, whole, damaged and cut.
+// The compression methods: archives of other programs and of this library.
 
 #include <filesystem/archive.h>
 #include <filesystem/archive_change.h>
