@@ -6,7 +6,6 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <ctime>
 
 #include "library/zip.h"
 #include "platform/linux/replacing/version_name.h"
@@ -59,24 +58,13 @@ TEST_F(ZipOnLinux, ExtractionFollowsNoLinksThatAreSwappedIn) {
 // Temporary files that killed processes left are deleted when they are older than a day and no
 // process holds them. Files of other names are kept.
 TEST_F(ZipOnLinux, AbandonedTemporaryFilesAreDeleted) {
-  constexpr std::time_t kHour = std::time_t{60} * 60;
-  constexpr std::time_t kDay = 24 * kHour;
   const std::string temporary = folder_.file("tmp");
-  for (const char* name : {"~zaA1.TMP",       "~zaFFFF.TMP",
-                           "~zaB1.TMP",       "~zaC1.TMP",
-                           "~za.TMP",         "~za1A.txt",
-                           "~za1A2B3.TMP",    "~zaNote.TMP",
-                           "~za1.2.TMP",      ".~copya-1.tmp",
-                           ".~copyb-b1.tmp",  ".~copyc-1.tmp",
-                           ".~copyabc.tmp",   ".~copy0123456789abcdef-1-a.tmp",
-                           ".~copy.tmp",      ".~copy-.tmp",
-                           ".~copy-1.tmp",    ".~copye-.tmp",
-                           ".~copyf-1-1.tmp", ".~copynote.tmp"}) {
-    const std::string file = temporary + "/" + name;
-    support::writeFile(file, "x");
-    const bool isYoung = file.ends_with("B1.TMP") || file.ends_with("b1.tmp");
-    support::setWriteTime(file, std::time(nullptr) - kDay + (isYoung ? kHour : -kHour));
-  }
+  shell(
+      "mkdir tmp && cd tmp && touch -d '23 hours ago' ~zaB1.TMP .~copyb-b1.tmp && "
+      "touch -d '25 hours ago' ~zaA1.TMP ~zaFFFF.TMP ~zaC1.TMP ~za.TMP ~za1A.txt ~za1A2B3.TMP "
+      "~zaNote.TMP ~za1.2.TMP .~copya-1.tmp .~copyc-1.tmp .~copyabc.tmp "
+      ".~copy0123456789abcdef-1-a.tmp .~copy.tmp .~copy-.tmp .~copy-1.tmp .~copye-.tmp "
+      ".~copyf-1-1.tmp .~copynote.tmp");
   const platform::FileHandle held = support::openFile(temporary + "/~zaC1.TMP", GENERIC_READ);
   const platform::FileHandle copy = support::openFile(temporary + "/.~copyc-1.tmp", GENERIC_READ);
   ASSERT_TRUE(held && copy);
