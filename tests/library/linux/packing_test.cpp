@@ -86,9 +86,18 @@ TEST_F(PackingOnLinux, AColleaguesArchiveKeepsItsFile) {
     std::function<bool()> work;
     Names left;
   } kRows[] = {
+      {"remove", [&] { return writable().remove("x") == 1; }, {"y", "z"}},
       {"replace",
        [&] { return writable().insert(bytesOf("new"), "x", "", 1) == 1; },
        {"y", "z", "x"}},
+      {"list",
+       [&] {
+         ArchiveChange change;
+         change.insertFile(source, "x");
+         change.insertFile(source, "n");
+         return static_cast<bool>(change.apply(path_.c_str()));
+       },
+       {"y", "z", "x", "n"}},
       {"list with a missing file",
        [&] {
          ArchiveChange change;
@@ -105,6 +114,7 @@ TEST_F(PackingOnLinux, AColleaguesArchiveKeepsItsFile) {
        },
        {}},
       {"create", [&] { return ZipArchive().create(path_.c_str(), 1) == 1; }, {}},
+      {"export", [&] { return FRT_ZIP_FOLDER(in_.c_str(), path_.c_str()); }, {"a"}},
       {"pack", [&] { return pack(); }, {".\\", "a"}},
       {"nothing left",
        [&] {
