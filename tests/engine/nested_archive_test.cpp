@@ -7,6 +7,7 @@
 
 #include "engine/entries.h"
 #include "support/programs.h"
+#include "support/sanitized.h"
 #include "support/temporary_folder.h"
 
 namespace {
@@ -95,7 +96,8 @@ TEST_F(NestedArchive, IsNeverTakenForTheOuterOneThatIsDamaged) {
   const Entries whole = readArchive(path_);
   const std::size_t inner = whole_.find("PK\3\4", 1);
   const std::size_t zip64 = whole_.rfind("PK\6\6");
-  for (std::size_t bit = 0; bit < 8 * whole_.size(); ++bit) {
+  constexpr std::size_t kStep = support::kFewSteps ? 5 : 1;
+  for (std::size_t bit = 0; bit < 8 * whole_.size(); bit += kStep) {
     const std::size_t position = bit / 8;
     SCOPED_TRACE("bit " + std::to_string(bit % 8) + " of byte " + std::to_string(position));
     std::string bytes = whole_;
