@@ -160,13 +160,14 @@ int ZipArchive::extract(const std::vector<std::string>& names, const char* prefi
   reading(*m_private, [&](zip::ArchiveReader& reader) {
     ProgressRelay progress;
     zip::Extractor extractor(reader, m_private->passwordOrNull(), progress);
-    boost::format target("%s%s");
+    boost::format form("%s%s");
     for (std::size_t i = 0; i < names.size(); ++i) {
       const std::string name(FileSystem::Detail::upToZero(names[i]));
-      target % prefix % name;
+      // Formatted for a missing entry too: a form that has all its arguments takes no others.
+      const std::string target = str(form % prefix % name);
       // The numbers of names begin with 1, because 0 is that of none.
       if (reader.locate(zip::storedName(name)) &&
-          extractor.toFileBelow(target.str(), prefixLength, ExistingFiles::Replace, i + 1).reason ==
+          extractor.toFileBelow(target, prefixLength, ExistingFiles::Replace, i + 1).reason ==
               Reason::None) {
         isAnyExtracted = true;
       }
