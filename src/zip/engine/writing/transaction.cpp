@@ -49,7 +49,9 @@ std::uint64_t nextPage(std::uint64_t position) { return (position / kPage + 1) *
 
 bool Transaction::createNew(const char* path) {
   // CREATE_ALWAYS is refused for a hidden file.
-  return file_.open(path, GENERIC_READ | GENERIC_WRITE, 0, OPEN_ALWAYS) && file_.truncate(0);
+  if (!file_.open(path, GENERIC_READ | GENERIC_WRITE, 0, OPEN_ALWAYS)) return false;
+  // ext4 writes a file that was truncated to the disk when it is closed, also one that was empty.
+  return file_.size() == std::uint64_t{0} || file_.truncate(0);
 }
 
 bool Transaction::openExisting(const char* path) {
