@@ -51,7 +51,8 @@ open("bad.zip", "wb").write(bytes))");
   check({{"extract bad.zip zeros -", 1, "", "'zeros': it is damaged"}});
 }
 
-// A shell has a program in the background ignore SIGINT, and nohup has it ignore SIGHUP.
+// A shell has a program in the background ignore SIGINT, and nohup has it ignore SIGHUP. Until `env`
+// has started the program, SIGINT has no effect.
 TEST_F(VeskFs, LeavesNoTemporaryFile) {
   if (!support::fileSystem().fifos) GTEST_SKIP() << "no FIFOs here";
   write("one", "1");
@@ -62,6 +63,7 @@ TEST_F(VeskFs, LeavesNoTemporaryFile) {
         "rm -rf tmp fifo; mkdir tmp; mkfifo fifo; export TMPDIR=$PWD/tmp;"
         " env --default-signal=HUP,INT " VESK_FS
         " add a.zip - --name in <fifo 2>/dev/null & program=$!; exec 3>fifo; printf x >&3;"
+        " until [ \"$(cat /proc/$program/comm)\" = vesk-fs ]; do sleep 0.1; done;"
         " sleep 0.2; kill -" +
             std::string(signal) +
             " $program; wait $program; test $? -gt 128 && echo ended; ls -A tmp; ls -A;"
