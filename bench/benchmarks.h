@@ -10,6 +10,7 @@ namespace bench {
 
 std::vector<Operation> packingOperations(const Workspace& workspace);
 std::vector<Operation> archiveOperations(const Workspace& workspace);
+std::vector<Operation> readingOperations(const Workspace& workspace);
 std::vector<Operation> folderOperations(const Workspace& workspace);
 std::vector<Operation> streamOperations(const Workspace& workspace);
 std::vector<Operation> durabilityOperations(const Workspace& workspace);

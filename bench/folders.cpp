@@ -2,10 +2,12 @@
 
 #include <fcntl.h>
 #include <filesystem/enumeration.h>
+#include <filesystem/files.h>
 #include <filesystem/temporary_storage.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 
@@ -124,11 +126,76 @@ Operation clearStorage(const Workspace& workspace) {
           .note = {}};
 }
 
+// Fills a folder with subfolders of one small file each, seven levels deep.
+void fillFolders(const std::string& folder, std::size_t count) {
+  for (std::size_t i = 0; i < count; ++i) {
+    std::string below = folder;
+    for (std::size_t rest = i; rest > 0; rest /= 4) below += "/d" + std::to_string(rest % 4);
+    fs::create_directories(below);
+    std::ofstream(below + "/f" + std::to_string(i)) << "content";
+  }
+}
+
+Operation copyFolders(const Workspace& workspace) {
+  const std::size_t count = workspace.scaled(8'000);
+  const auto source = [=, &workspace](int eighths) {
+    std::string folder = workspace.path("folders" + std::to_string(eighths));
+    if (!fs::exists(folder)) fillFolders(folder, count / 8 * static_cast<std::size_t>(eighths));
+    return folder;
+  };
+  const auto into = [&workspace] { return workspace.emptyFolder("copied"); };
+  return {.name = "CopyContent, 8,000 folders of one file",
+          .target = 1.15,
+          .ours =
+              [=](int eighths) {
+                return runProgram(
+                    {kPrograms + "bench-ours", "copy", source(eighths) + '\\', into() + '\\'});
+              },
+          .peers = {{"cp -r",
+                     [=] {
+                       return runProgram({"cp", "-r", source(8) + "/.", into()});
+                     }}},
+          .note = {}};
+}
+
+Operation sweep(const Workspace& workspace) {
+  const std::size_t count = workspace.scaled(10'000);
+  // A folder of files that were written long ago.
+  const auto oldFiles = [=, &workspace](int eighths) {
+    std::string folder = workspace.emptyFolder("old");
+    fill(folder, count / 8 * static_cast<std::size_t>(eighths));
+    const auto then = fs::file_time_type::clock::now() - std::chrono::hours(24 * 60);
+    for (const auto& entry : fs::recursive_directory_iterator(folder)) {
+      if (entry.is_regular_file()) fs::last_write_time(entry.path(), then);
+    }
+    return folder;
+  };
+  return {.name = "eraseOldFile, 10,000 files",
+          .target = 1.5,
+          .ours =
+              [=](int eighths) {
+                const std::string folder = oldFiles(eighths);
+                const Cost cost = timed([&] { FileSystem::eraseOldFile(folder + '\\', 30); });
+                require(!fs::exists(folder), "eraseOldFile");
+                return cost;
+              },
+          .peers = {{"find -delete",
+                     [=] {
+                       const std::string folder = oldFiles(8);
+                       const Cost cost =
+                           runProgram({"find", folder, "-type", "f", "-mtime", "+30", "-delete",
+                                       "-o", "-type", "d", "-empty", "-delete"});
+                       require(!fs::exists(folder), "find");
+                       return cost;
+                     }}},
+          .note = {}};
+}
+
 }  // namespace
 
 std::vector<Operation> folderOperations(const Workspace& workspace) {
   return {enumerateFiles(workspace), enumerateFolders(workspace), copyTree(workspace),
-          clearStorage(workspace)};
+          copyFolders(workspace),    clearStorage(workspace),     sweep(workspace)};
 }
 
 }  // namespace bench

@@ -55,8 +55,8 @@ class Bench {
     const Workspace workspace(folder + "/vesk-bench-" + std::to_string(getpid()), scale());
     // Temporary files are on the same medium.
     setenv("TMPDIR", workspace.emptyFolder("tmp").c_str(), 1);
-    for (const auto operations :
-         {packingOperations, archiveOperations, folderOperations, streamOperations}) {
+    for (const auto operations : {packingOperations, archiveOperations, readingOperations,
+                                  folderOperations, streamOperations}) {
       run(operations(workspace), medium);
     }
     // In memory nothing is durable, and a commit costs nothing.

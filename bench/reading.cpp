@@ -1,0 +1,166 @@
+// Many calls on one archive, as a host's loop makes them, compared with libzip's on an open archive.
+
+#include <filesystem/archive.h>
+#include <filesystem/zip_archive.h>
+#include <zip.h>
+
+#include <algorithm>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "benchmarks.h"
+
+namespace bench {
+namespace {
+
+constexpr std::size_t kCalls = 1000;
+
+struct Closer {
+  void operator()(zip_t* archive) const { zip_discard(archive); }
+  void operator()(zip_file_t* file) const { zip_fclose(file); }
+};
+using Zip = std::unique_ptr<zip_t, Closer>;
+using ZipFile = std::unique_ptr<zip_file_t, Closer>;
+
+// An archive, opened before the calls are timed, and the names that they ask for.
+struct Opened {
+  Opened(const std::string& path, std::size_t entries) {
+    require(archive.open(path.c_str()) == FileSystem::Reason::None, "open");
+    require(archive.contains(entryName(0).c_str()), "contains");
+    int error = 0;
+    zip.reset(zip_open(path.c_str(), ZIP_RDONLY, &error));
+    require(zip != nullptr, "libzip opens");
+    // In no order of the directory.
+    for (std::size_t i = 0; i < kCalls; ++i) names.push_back(entryName(i * 7919 % entries));
+  }
+
+  FileSystem::Archive archive;
+  Zip zip;
+  std::vector<std::string> names;
+};
+
+// Opens the archives of all sizes once, when the first run needs them.
+class Archives {
+ public:
+  Archives(const Workspace& workspace, std::size_t entries)
+      : workspace_(workspace), entries_(entries) {}
+
+  const Opened& get(int eighths) {
+    std::optional<Opened>& opened = opened_[eighths];
+    if (!opened) {
+      opened.emplace(workspace_.largeArchive(eighths),
+                     entries_ / 8 * static_cast<std::size_t>(eighths));
+    }
+    return *opened;
+  }
+
+ private:
+  const Workspace& workspace_;
+  std::size_t entries_;
+  std::optional<Opened> opened_[9];
+};
+
+Operation lookup(const std::shared_ptr<Archives>& archives) {
+  return {.name = "1,000 names in an open archive of 100,000",
+          .target = 2.0,
+          .ours =
+              [=](int eighths) {
+                const Opened& opened = archives->get(eighths);
+                return timed([&] {
+                  for (const std::string& name : opened.names) {
+                    require(opened.archive.contains(name.c_str()), "contains");
+                  }
+                });
+              },
+          .peers = {{"libzip",
+                     [=] {
+                       const Opened& opened = archives->get(8);
+                       return timed([&] {
+                         for (const std::string& name : opened.names) {
+                           require(zip_name_locate(opened.zip.get(), name.c_str(), 0) >= 0,
+                                   "zip_name_locate");
+                         }
+                       });
+                     }}},
+          .note = {}};
+}
+
+// Reads an entry's content with libzip.
+void readWithLibzip(const Opened& opened, const std::string& name) {
+  zip_stat_t info;
+  require(zip_stat(opened.zip.get(), name.c_str(), 0, &info) == 0, "zip_stat");
+  std::vector<unsigned char> bytes(info.size);
+  const ZipFile file(zip_fopen_index(opened.zip.get(), info.index, 0));
+  require(zip_fread(file.get(), bytes.data(), info.size) == static_cast<zip_int64_t>(info.size),
+          "zip_fread");
+}
+
+Operation reading(const std::shared_ptr<Archives>& archives) {
+  return {
+      .name = "1,000 entries of an open archive of 100,000",
+      .target = 1.0,
+      .ours =
+          [=](int eighths) {
+            const Opened& opened = archives->get(eighths);
+            std::vector<unsigned char> bytes;
+            return timed([&] {
+              for (const std::string& name : opened.names) {
+                const std::optional<FileSystem::Entry> entry = opened.archive.find(name.c_str());
+                require(entry && opened.archive.readAll(*entry, bytes) == FileSystem::Reason::None,
+                        "readAll");
+              }
+            });
+          },
+      .peers = {{"libzip",
+                 [=] {
+                   const Opened& opened = archives->get(8);
+                   return timed([&] {
+                     for (const std::string& name : opened.names) readWithLibzip(opened, name);
+                   });
+                 }}},
+      .note = {}};
+}
+
+// The plain form keeps nothing between calls: each reads the directory.
+Operation plainLookup(const std::shared_ptr<Archives>& archives, const Workspace& workspace) {
+  constexpr std::size_t kPlainCalls = 20;
+  return {.name = "exist, 20 calls on 100,000",
+          .target = 0.5,
+          .ours =
+              [=, &workspace](int eighths) {
+                const Opened& opened = archives->get(eighths);
+                ZipArchive archive;
+                constexpr unsigned kRead = 0x80000000;
+                require(archive.open(workspace.largeArchive(eighths).c_str(), kRead) != 0, "open");
+                return timed([&] {
+                  for (std::size_t i = 0; i < kPlainCalls; ++i) {
+                    require(archive.exist(opened.names[i].c_str()) != 0, "exist");
+                  }
+                });
+              },
+          .peers = {{"libzip that opens each time",
+                     [=, &workspace] {
+                       const Opened& opened = archives->get(8);
+                       return timed([&] {
+                         for (std::size_t i = 0; i < kPlainCalls; ++i) {
+                           int error = 0;
+                           const Zip zip(
+                               zip_open(workspace.largeArchive(8).c_str(), ZIP_RDONLY, &error));
+                           require(zip_name_locate(zip.get(), opened.names[i].c_str(), 0) >= 0,
+                                   "zip_name_locate");
+                         }
+                       });
+                     }}},
+          .note = {}};
+}
+
+}  // namespace
+
+std::vector<Operation> readingOperations(const Workspace& workspace) {
+  const auto archives = std::make_shared<Archives>(workspace, workspace.scaled(100'000));
+  return {lookup(archives), reading(archives), plainLookup(archives, workspace)};
+}
+
+}  // namespace bench
