@@ -45,8 +45,7 @@ bool seekTo(HANDLE file, DWORD method) {
 class Block {
  public:
   explicit Block(unsigned int limit)
-      : size_(limit != 0 ? limit : kDefaultLimit),
-        bytes_(new char[size_]) {}
+      : size_(limit != 0 ? limit : kDefaultLimit), bytes_(new char[size_]) {}
 
   // Returns the number of bytes read; 0 at the end of the file and on failure.
   DWORD readFrom(HANDLE file) { return readBytes(file, bytes_.get(), size_); }
