@@ -59,7 +59,7 @@ Entries useDamaged(const std::string& bytes, const std::string& path) {
   std::filesystem::remove(copy);
   support::writeFile(path, bytes);
   Entries before = readArchive(path);
-  const Entries read = before;
+  Entries read = before;
   if (before.erase("<no archive>") == 0) {
     EXPECT_EQ(before.size(), 2U) << before.begin()->first;
   }

@@ -33,7 +33,7 @@ class Change : public Zip {
 
   // Creates a file with this name and content, and returns its path.
   std::string file(const std::string& name, const std::string& content) const {
-    const std::string path = folder_.file("in/" + name);
+    std::string path = folder_.file("in/" + name);
     support::writeFile(path, content);
     return path;
   }
