@@ -10,6 +10,7 @@
 #include <chrono>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 
 #include "benchmarks.h"
 #include "process.h"
@@ -73,24 +74,31 @@ Operation enumerateFolders(const Workspace& workspace) {
       .note = {}};
 }
 
-Operation copyTree(const Workspace& workspace) {
+// Copies a folder, whose path `source` returns for an amount of work.
+Operation copying(const std::string& name, double target,
+                  const std::function<std::string(int)>& source, const Workspace& workspace) {
   const auto into = [&workspace] { return workspace.emptyFolder("copied"); };
-  return {.name = "CopyContent, 20,000 files",
-          .target = 1.0,
+  return {.name = name,
+          .target = target,
           .ours =
-              [=, &workspace](int eighths) {
-                return runProgram({kPrograms + "bench-ours", "copy", workspace.tree(eighths) + '\\',
-                                   into() + '\\'});
+              [=](int eighths) {
+                return runProgram(
+                    {kPrograms + "bench-ours", "copy", source(eighths) + '\\', into() + '\\'});
               },
           .peers = {{"cp -r",
-                     [=, &workspace] {
-                       return runProgram({"cp", "-r", workspace.tree(8) + "/.", into()});
+                     [=] {
+                       return runProgram({"cp", "-r", source(8) + "/.", into()});
                      }},
                     {"std::filesystem::copy",
-                     [=, &workspace] {
-                       return runProgram({kPrograms + "bench-std", workspace.tree(8), into()});
+                     [=] {
+                       return runProgram({kPrograms + "bench-std", source(8), into()});
                      }}},
           .note = {}};
+}
+
+Operation copyTree(const Workspace& workspace) {
+  const auto source = [&workspace](int eighths) { return workspace.tree(eighths); };
+  return copying("CopyContent, 20,000 files", 1.0, source, workspace);
 }
 
 void fill(const std::string& folder, std::size_t count) {
@@ -143,19 +151,7 @@ Operation copyFolders(const Workspace& workspace) {
     if (!fs::exists(folder)) fillFolders(folder, count / 8 * static_cast<std::size_t>(eighths));
     return folder;
   };
-  const auto into = [&workspace] { return workspace.emptyFolder("copied"); };
-  return {.name = "CopyContent, 8,000 folders of one file",
-          .target = 1.15,
-          .ours =
-              [=](int eighths) {
-                return runProgram(
-                    {kPrograms + "bench-ours", "copy", source(eighths) + '\\', into() + '\\'});
-              },
-          .peers = {{"cp -r",
-                     [=] {
-                       return runProgram({"cp", "-r", source(8) + "/.", into()});
-                     }}},
-          .note = {}};
+  return copying("CopyContent, 8,000 folders of one file", 1.15, source, workspace);
 }
 
 Operation sweep(const Workspace& workspace) {

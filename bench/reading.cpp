@@ -4,7 +4,7 @@
 #include <filesystem/zip_archive.h>
 #include <zip.h>
 
-#include <algorithm>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -24,14 +24,18 @@ struct Closer {
 using Zip = std::unique_ptr<zip_t, Closer>;
 using ZipFile = std::unique_ptr<zip_file_t, Closer>;
 
+Zip openZip(const std::string& path) {
+  int error = 0;
+  Zip zip(zip_open(path.c_str(), ZIP_RDONLY, &error));
+  require(zip != nullptr, "libzip opens");
+  return zip;
+}
+
 // An archive, opened before the calls are timed, and the names that they ask for.
 struct Opened {
-  Opened(const std::string& path, std::size_t entries) {
+  Opened(const std::string& path, std::size_t entries) : zip(openZip(path)) {
     require(archive.open(path.c_str()) == FileSystem::Reason::None, "open");
     require(archive.contains(entryName(0).c_str()), "contains");
-    int error = 0;
-    zip.reset(zip_open(path.c_str(), ZIP_RDONLY, &error));
-    require(zip != nullptr, "libzip opens");
     // In no order of the directory.
     for (std::size_t i = 0; i < kCalls; ++i) names.push_back(entryName(i * 7919 % entries));
   }
@@ -48,18 +52,14 @@ class Archives {
       : workspace_(workspace), entries_(entries) {}
 
   const Opened& get(int eighths) {
-    std::optional<Opened>& opened = opened_[eighths];
-    if (!opened) {
-      opened.emplace(workspace_.largeArchive(eighths),
-                     entries_ / 8 * static_cast<std::size_t>(eighths));
-    }
-    return *opened;
+    const std::size_t entries = entries_ / 8 * static_cast<std::size_t>(eighths);
+    return opened_.try_emplace(eighths, workspace_.largeArchive(eighths), entries).first->second;
   }
 
  private:
   const Workspace& workspace_;
   std::size_t entries_;
-  std::optional<Opened> opened_[9];
+  std::map<int, Opened> opened_;
 };
 
 Operation lookup(const std::shared_ptr<Archives>& archives) {
@@ -145,9 +145,7 @@ Operation plainLookup(const std::shared_ptr<Archives>& archives, const Workspace
                        const Opened& opened = archives->get(8);
                        return timed([&] {
                          for (std::size_t i = 0; i < kPlainCalls; ++i) {
-                           int error = 0;
-                           const Zip zip(
-                               zip_open(workspace.largeArchive(8).c_str(), ZIP_RDONLY, &error));
+                           const Zip zip = openZip(workspace.largeArchive(8));
                            require(zip_name_locate(zip.get(), opened.names[i].c_str(), 0) >= 0,
                                    "zip_name_locate");
                          }
