@@ -8,8 +8,6 @@
 namespace FileSystem::Xml {
 namespace {
 
-constexpr std::size_t kNone = std::string_view::npos;
-
 // Removes a range of the text and returns `piece`.
 std::string remove(std::string& text, std::size_t start, std::size_t end, std::string piece) {
   text.erase(start, end - start);
@@ -39,10 +37,10 @@ std::string xmlExtract(std::string& text, const std::string& tag, bool wholeElem
   }
 
   const std::size_t closing = Detail::findEndTag(text, name);
-  if (closing == kNone || closing < contentStart) return {};
+  if (closing == std::string::npos || closing < contentStart) return {};
   if (closing == contentStart && !wholeElement) return {};
   const std::size_t last = Detail::pairEndTag(text, name, contentStart, closing, tag.size());
-  if (last == kNone) return {};
+  if (last == std::string::npos) return {};
   const std::size_t end = last + Detail::endTagSize(name);
   std::string piece = wholeElement ? text.substr(start->position, end - start->position)
                                    : fromXml(text.substr(contentStart, last - contentStart));

@@ -40,7 +40,7 @@ std::string toXmlTag(const std::string& name) {
       tag += substitute;
     }
   }
-  return Detail::lowerCase(tag);
+  return FileSystem::Detail::lowerCase(tag);
 }
 
 }  // namespace FileSystem::Xml

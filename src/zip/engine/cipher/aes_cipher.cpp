@@ -9,6 +9,8 @@ namespace {
 
 constexpr unsigned kIterations = 1000;
 
+}  // namespace
+
 // Bytes that are exclusive-ored with the data: the encrypted numbers 1, 2, 3, ... as little-endian
 // blocks.
 class KeyStream {
@@ -41,8 +43,6 @@ class KeyStream {
   std::array<unsigned char, 256 * kAesBlockSize> stream_;
   std::size_t used_ = stream_.size();
 };
-
-}  // namespace
 
 struct AesCipher::State {
   // `keys` has the key of the cipher, the key of the authentication code and the verifier.

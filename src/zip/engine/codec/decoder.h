@@ -1,8 +1,10 @@
 #pragma once
 // Decoding the stored bytes of an entry piece by piece.
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 
 namespace zip_engine {
 
@@ -34,6 +36,12 @@ struct DecoderOutput {
     size -= count;
   }
 };
+
+// Returns a size in the type of a decoding library, which may be narrower: the rest is for its next call.
+template <typename T>
+T limitedTo(std::size_t size) {
+  return static_cast<T>(std::min<std::size_t>(size, std::numeric_limits<T>::max()));
+}
 
 // What the record of an entry says of its content.
 struct DecoderFacts {

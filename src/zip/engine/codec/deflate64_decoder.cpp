@@ -10,9 +10,6 @@ namespace zip_engine {
 namespace {
 
 constexpr std::size_t kWindow = 64 << 10;
-constexpr std::size_t kLengthSymbols = 288;
-constexpr std::size_t kDistanceSymbols = 32;
-constexpr unsigned kEndOfBlock = 256;
 constexpr unsigned kLastLength = 285;
 
 struct Code {

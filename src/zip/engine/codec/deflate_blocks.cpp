@@ -14,10 +14,6 @@ constexpr unsigned kStored = 0;
 constexpr unsigned kFixed = 1;
 constexpr unsigned kDynamic = 2;
 
-constexpr std::size_t kLengthSymbols = 288;
-constexpr std::size_t kDistanceSymbols = 32;
-constexpr std::size_t kEndOfBlock = 256;
-
 // The bits of a stream, lowest first, with zeros after its end.
 class BitReader {
  public:

@@ -9,6 +9,9 @@
 namespace zip_engine {
 
 inline constexpr unsigned kLongestCode = 15;
+inline constexpr std::size_t kLengthSymbols = 288;  // literals and the end of the block included
+inline constexpr std::size_t kDistanceSymbols = 32;
+inline constexpr unsigned kEndOfBlock = 256;
 
 // Streams have the first bit of a code lowest.
 inline unsigned reversedCode(unsigned code, unsigned length) {

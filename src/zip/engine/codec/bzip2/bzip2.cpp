@@ -1,16 +1,9 @@
 #include <bzlib.h>
 
-#include <algorithm>
-#include <limits>
-
 #include "zip/engine/codec/optional_codecs.h"
 
 namespace zip_engine {
 namespace {
-
-unsigned limited(std::size_t size) {
-  return static_cast<unsigned>(std::min<std::size_t>(size, std::numeric_limits<unsigned>::max()));
-}
 
 class Bzip2Decoder : public Decoder {
  public:
@@ -22,8 +15,8 @@ class Bzip2Decoder : public Decoder {
   bool isGood() const { return isGood_; }
 
   Result decode(DecoderInput& input, DecoderOutput& output) override {
-    const unsigned inputSize = stream_.avail_in = limited(input.size);
-    const unsigned outputSize = stream_.avail_out = limited(output.size);
+    const unsigned inputSize = stream_.avail_in = limitedTo<unsigned>(input.size);
+    const unsigned outputSize = stream_.avail_out = limitedTo<unsigned>(output.size);
     // It does not write to its input.
     stream_.next_in = reinterpret_cast<char*>(const_cast<unsigned char*>(input.bytes));
     stream_.next_out = reinterpret_cast<char*>(output.bytes);

@@ -2,16 +2,8 @@
 
 #include <isa-l/igzip_lib.h>
 
-#include <algorithm>
-#include <limits>
-
 namespace zip_engine {
 namespace {
-
-std::uint32_t limited(std::size_t size) {
-  return static_cast<std::uint32_t>(
-      std::min<std::size_t>(size, std::numeric_limits<std::uint32_t>::max()));
-}
 
 // Has 87 KB, so it is always on the heap.
 class InflatingDecoder : public Decoder {
@@ -21,8 +13,8 @@ class InflatingDecoder : public Decoder {
   InflatingDecoder& operator=(const InflatingDecoder&) = delete;
 
   Result decode(DecoderInput& input, DecoderOutput& output) override {
-    const std::uint32_t inputSize = state_.avail_in = limited(input.size);
-    const std::uint32_t outputSize = state_.avail_out = limited(output.size);
+    const std::uint32_t inputSize = state_.avail_in = limitedTo<std::uint32_t>(input.size);
+    const std::uint32_t outputSize = state_.avail_out = limitedTo<std::uint32_t>(output.size);
     // It does not write to its input.
     state_.next_in = const_cast<unsigned char*>(input.bytes);
     state_.next_out = output.bytes;

@@ -7,18 +7,6 @@
 #include "zip/engine.h"
 
 namespace zip_engine {
-namespace {
-
-struct Deleter {
-  void operator()(libdeflate_compressor* compressor) const {
-    libdeflate_free_compressor(compressor);
-  }
-  void operator()(libdeflate_decompressor* decompressor) const {
-    libdeflate_free_decompressor(decompressor);
-  }
-};
-
-}  // namespace
 
 std::uint32_t crc32(std::uint32_t crc, const void* data, std::size_t size) {
   // For null it would return the start value.
@@ -26,6 +14,10 @@ std::uint32_t crc32(std::uint32_t crc, const void* data, std::size_t size) {
 }
 
 struct BufferDeflater::Compressor {
+  struct Deleter {
+    void operator()(libdeflate_compressor* codec) const { libdeflate_free_compressor(codec); }
+  };
+
   int level;
   std::unique_ptr<libdeflate_compressor, Deleter> codec;
 };
@@ -52,6 +44,10 @@ bool BufferDeflater::appendSmaller(Bytes& out, const unsigned char* plain, std::
 }
 
 struct BufferInflater::Decompressor {
+  struct Deleter {
+    void operator()(libdeflate_decompressor* codec) const { libdeflate_free_decompressor(codec); }
+  };
+
   std::unique_ptr<libdeflate_decompressor, Deleter> codec;
 };
 

@@ -2,15 +2,8 @@
 
 #include <zlib.h>
 
-#include <algorithm>
-#include <limits>
-
 namespace zip_engine {
 namespace {
-
-uInt limited(std::size_t size) {
-  return static_cast<uInt>(std::min<std::size_t>(size, std::numeric_limits<uInt>::max()));
-}
 
 class InflatingDecoder : public Decoder {
  public:
@@ -22,8 +15,8 @@ class InflatingDecoder : public Decoder {
   bool isGood() const { return isGood_; }
 
   Result decode(DecoderInput& input, DecoderOutput& output) override {
-    const uInt inputSize = stream_.avail_in = limited(input.size);
-    const uInt outputSize = stream_.avail_out = limited(output.size);
+    const uInt inputSize = stream_.avail_in = limitedTo<uInt>(input.size);
+    const uInt outputSize = stream_.avail_out = limitedTo<uInt>(output.size);
     stream_.next_in = const_cast<unsigned char*>(input.bytes);
     stream_.next_out = output.bytes;
     const int status = ::inflate(&stream_, Z_NO_FLUSH);
