@@ -97,6 +97,10 @@ void ArchiveReader::Closer::operator()(ZipReader* reader) const { ZipCloseReader
 
 ArchiveReader::ArchiveReader(const char* path) : reader_(ZipOpenReader(path)) {}
 
+ArchiveReader::ArchiveReader(const char* path, const std::string& stored) {
+  if (stored.size() <= kLongestName) reader_.reset(ZipOpenReaderAt(path, stored.c_str()));
+}
+
 std::uint32_t ArchiveReader::entryCount() const {
   ZipGlobalInfo info = {};
   ZipReadGlobalInfo(reader_.get(), &info);

@@ -29,6 +29,9 @@ struct EntryInfo {
 class ArchiveReader {
  public:
   explicit ArchiveReader(const char* path);
+  // Opens the archive only if it has an entry with exactly this stored name, of at most kLongestName
+  // bytes, and makes the last one the current one.
+  ArchiveReader(const char* path, const std::string& stored);
 
   // True if the file could be opened and is an archive.
   explicit operator bool() const { return reader_ != nullptr; }

@@ -94,6 +94,9 @@ inline constexpr int ZipStatusNoMemory = -105;
 // Opens an archive by its last end record, as other programs do. Returns null if the file is
 // missing or held without read sharing, or if that record does not lead to a sound directory.
 ZipReader* ZipOpenReader(const char* path);
+// Does the same, and makes the last entry of exactly that name the current one, in one pass over the
+// directory. Returns null also if there is none.
+ZipReader* ZipOpenReaderAt(const char* path, const char* name);
 void ZipCloseReader(ZipReader* reader);
 int ZipReadGlobalInfo(ZipReader* reader, ZipGlobalInfo* info);
 // Copies at most `length` bytes and returns their number, negative on failure.

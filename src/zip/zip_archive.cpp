@@ -20,7 +20,7 @@
 
 // The object holds its file open between calls, which keeps other processes from changing it. The
 // engine opens the file by itself, by name. So each call that needs the engine releases the file,
-// works, and acquires it again. The following two functions are the only places that do so.
+// works, and acquires it again. The following three functions are the only places that do so.
 
 using FileSystem::ExistingFiles;
 using FileSystem::Reason;
@@ -35,6 +35,15 @@ int reading(ZipArchivePrivate& archive, Work work) {
   if (!archive.file.canRead()) return 0;
   const ZipHeldFileGuard guard(archive.file);
   zip::ArchiveReader reader(archive.file.name.c_str());
+  return reader && work(reader) ? 1 : 0;
+}
+
+// Runs `work(reader)` with an entry as the current one. Returns 0 also if there is no such entry.
+template <typename Work>
+int readingEntry(ZipArchivePrivate& archive, const char* name, Work work) {
+  if (!archive.file.canRead()) return 0;
+  const ZipHeldFileGuard guard(archive.file);
+  zip::ArchiveReader reader(archive.file.name.c_str(), zip::storedName(name));
   return reader && work(reader) ? 1 : 0;
 }
 
@@ -145,8 +154,7 @@ int ZipArchive::content(std::vector<std::pair<std::string, std::string>>& entrie
 }
 
 int ZipArchive::exist(const char* name) const {
-  return reading(*m_private,
-                 [&](zip::ArchiveReader& reader) { return reader.locate(zip::storedName(name)); });
+  return readingEntry(*m_private, name, [](zip::ArchiveReader&) { return true; });
 }
 
 int ZipArchive::empty() const {
@@ -178,20 +186,18 @@ int ZipArchive::extract(const std::vector<std::string>& names, const char* prefi
 }
 
 int ZipArchive::extract(const char* name, const char* target) const {
-  return reading(*m_private, [&](zip::ArchiveReader& reader) {
+  return readingEntry(*m_private, name, [&](zip::ArchiveReader& reader) {
     ProgressRelay progress;
     zip::Extractor extractor(reader, m_private->passwordOrNull(), progress);
-    return reader.locate(zip::storedName(name)) &&
-           extractor.toFile(target, ExistingFiles::Replace).reason == Reason::None;
+    return extractor.toFile(target, ExistingFiles::Replace).reason == Reason::None;
   });
 }
 
 int ZipArchive::extract(const char* name, std::vector<unsigned char>& bytes) const {
-  return reading(*m_private, [&](zip::ArchiveReader& reader) {
+  return readingEntry(*m_private, name, [&](zip::ArchiveReader& reader) {
     ProgressRelay progress;
     zip::Extractor extractor(reader, m_private->passwordOrNull(), progress);
-    return reader.locate(zip::storedName(name)) && extractor.toBytes(bytes) == Reason::None &&
-           !bytes.empty();
+    return extractor.toBytes(bytes) == Reason::None && !bytes.empty();
   });
 }
 

@@ -99,4 +99,42 @@ with zipfile.ZipFile("a.zip", "w") as z:
   }
 }
 
+// Where the records seem to be in order.
+TEST_F(EngineReader, ReadsNoEntryThatReachesAnother) {
+  const struct {
+    const char* name;
+    const char* change;  // of the archive, which makes `bad` reach another entry
+  } kArchives[] = {
+      {"into the next entry, with a longer extra field", R"(
+archive = bytearray(open("a.zip", "rb").read())
+local, central = archive.index(b"PK\3\4"), archive.index(b"PK\1\2")
+archive[local + 28] = 5
+crc = struct.pack("<I", zlib.crc32(archive[local + 38:local + 48]))
+archive[local + 14:local + 18] = archive[central + 16:central + 20] = crc
+open("a.zip", "wb").write(archive))"},
+      {"from within another entry, with a zip64 offset", R"(
+inner = io.BytesIO()
+with zipfile.ZipFile(inner, "w") as z: z.writestr("bad", "inner")
+with zipfile.ZipFile("a.zip", "w") as z:
+    for name in "good", *map(str, range(20)): z.writestr(name, "x")
+    z.writestr("outer", inner.getvalue())
+    zipfile.ZIP64_LIMIT = z.getinfo("outer").header_offset
+    [info] = zipfile.ZipFile(inner).infolist()
+    info.header_offset += zipfile.ZIP64_LIMIT + 35
+    z.filelist.append(info))"},
+  };
+  for (const auto& archive : kArchives) {
+    support::writeFile(folder_.file("make.py"), R"(import io, struct, zipfile, zlib
+with zipfile.ZipFile("a.zip", "w") as z: z.writestr("bad", "0123456789"), z.writestr("good", "x"))"s +
+                                                    archive.change);
+    ASSERT_EQ(support::run(folder_.path(), "python3 make.py"), 0) << archive.name;
+    const Reader reader(ZipOpenReader(path_.c_str()));
+    std::string content;
+    ASSERT_EQ(ZipLocateEntry(reader.get(), "bad", 0), 0) << archive.name;
+    EXPECT_FALSE(readCurrent(reader.get(), content, 10)) << archive.name;
+    ASSERT_EQ(ZipLocateEntry(reader.get(), "good", 0), 0) << archive.name;
+    EXPECT_TRUE(readCurrent(reader.get(), content, 10)) << archive.name;
+  }
+}
+
 }  // namespace

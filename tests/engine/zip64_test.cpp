@@ -37,7 +37,8 @@ struct Blocks {
   std::uint32_t localCrc = ZipCrc32(0, "data", 4);
 };
 
-std::string archiveWith(const Blocks& blocks) {
+// With a comment, zip64 end records precede it.
+std::string archiveWith(const Blocks& blocks, const std::string& comment = "") {
   zip_engine::EntryRecord record;
   record.crc = blocks.localCrc;
   record.name = "e";
@@ -60,7 +61,7 @@ std::string archiveWith(const Blocks& blocks) {
   appendCentralRecord(out, record, 0);
   for (const std::size_t field : {20U, 24U, 42U}) zip_engine::store32(&out[directory + field], ~0U);
   const std::size_t size = out.size() - directory;
-  zip_engine::appendEndRecords(out, directory, size, 1, "");
+  zip_engine::appendEndRecords(out, directory, size, 1, comment, !comment.empty());
   return {out.begin(), out.end()};
 }
 
@@ -121,6 +122,14 @@ TEST_F(Zip64, ValuesMustAgree) {
     writer = ZipOpenWriter(path_.c_str(), ZipModeAppend);
     EXPECT_EQ(writer != nullptr, row.isAppendedTo);
     ZipAbandonWriter(writer);
+  }
+}
+
+// Wherever the last bytes that are read first begin.
+TEST_F(Zip64, EndRecordsMayBeFarFromTheEnd) {
+  for (std::size_t length = 3900; length < 4150; ++length) {
+    support::writeFile(path_, archiveWith({}, std::string(length, 'c')));
+    EXPECT_EQ(readArchive(path_), (Entries{{"e", "data"}})) << length;
   }
 }
 

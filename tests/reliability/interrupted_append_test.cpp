@@ -76,6 +76,10 @@ TEST(InterruptedAppend, OnlyItExplainsWhatFollowsTheEndRecord) {
     std::ofstream(path, std::ios::app | std::ios::binary) << file.end;
     const std::string content = entries::readArchive(path).begin()->second;
     EXPECT_EQ(content, file.readable ? "content" : "") << file.name;
+    if (file.start == inner) {
+      const entries::Reader entry(ZipOpenReaderAt(path.c_str(), "entry"));
+      EXPECT_EQ(entry != nullptr, file.readable) << file.name;
+    }
     // A call that fails explains nothing.
     if (file.readable || file.zeros > kMegabyte) continue;
     int total = 0;

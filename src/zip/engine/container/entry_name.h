@@ -7,6 +7,8 @@
 // readers prefer (APPNOTE 4.6.9). If that differs from the record's name only in the direction of
 // slashes, the record's name counts.
 
+#include <cstddef>
+#include <cstring>
 #include <string>
 #include <string_view>
 
@@ -72,15 +74,41 @@ class NameMatcher {
   bool matches(const CentralRecord& record) {
     // A name outside ASCII is never converted to one in ASCII.
     if (isPlain_ && !mayHaveUnicodePath(record) && !isStoredWithSlashes(record)) {
-      return record.name() == name_;
+      return record.nameLength() == name_.size() && endsAlike(record.name()) &&
+             record.name() == name_;
     }
     return oemName(record, converted_) == name_;
   }
 
  private:
+  // Compares the last bytes of a name of the same length. Names of one archive often begin alike.
+  bool endsAlike(std::string_view name) const {
+    constexpr std::size_t kEnd = 8;
+    const std::size_t at = name_.size() - kEnd;
+    return name_.size() < kEnd || std::memcmp(name.data() + at, name_.data() + at, kEnd) == 0;
+  }
+
   std::string_view name_;
   bool isPlain_;
   std::string converted_;
+};
+
+// The search for the last record of a name.
+struct NameSearch {
+  static constexpr std::size_t kNone = static_cast<std::size_t>(-1);
+
+  // The name is borrowed.
+  explicit NameSearch(std::string_view oemName) : matcher(oemName) {}
+
+  // Takes the next record, whose offset in the blob is given.
+  void add(const CentralRecord& record, std::size_t offset) {
+    if (matcher.matches(record)) found = offset;
+  }
+  // Searches the whole directory.
+  void run(const CentralDirectory& directory);
+
+  NameMatcher matcher;
+  std::size_t found = kNone;  // the offset of the record
 };
 
 // Reports whether the names of a local header and of a central record are those of one entry: they

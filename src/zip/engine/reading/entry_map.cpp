@@ -50,24 +50,20 @@ std::uint64_t leastEndOf(const CentralDirectory& directory, const CentralRecord&
 }  // namespace
 
 std::size_t NameIndex::find(const CentralDirectory& directory, std::string_view name) {
-  NameMatcher matcher(name);
+  NameSearch search(name);
   if (!lookedBefore_) {
     lookedBefore_ = true;
-    std::size_t found = kNone;
-    forEachName(directory, [&](const CentralRecord& record, std::size_t offset) {
-      if (matcher.matches(record)) found = offset;
-      return true;
-    });
-    return found;
+    search.run(directory);
+    return search.found;
   }
   if (slots_.empty()) build(directory);
   const std::size_t mask = slots_.size() - 1;
   std::size_t slot = std::hash<std::string_view>{}(name)&mask;
   for (; slots_[slot] != 0; slot = (slot + 1) & mask) {
     const std::size_t offset = slots_[slot] - 1;
-    if (matcher.matches(recordAt(directory, offset))) return offset;
+    if (search.matcher.matches(recordAt(directory, offset))) return offset;
   }
-  return kNone;
+  return NameSearch::kNone;
 }
 
 void NameIndex::build(const CentralDirectory& directory) {
@@ -91,6 +87,14 @@ bool EntryMap::locate(const CentralDirectory& directory, const CentralRecord& re
                       std::uint64_t& start, std::uint64_t& limit) {
   start = startOf(directory, record);
   limit = directory.position;
+  if (directory.isInOrder) {
+    const std::size_t next =
+        static_cast<std::size_t>(record.bytes - directory.blob.data()) + record.size();
+    if (next < directory.blob.size()) {
+      limit = std::min(limit, startOf(directory, recordAt(directory, next)));
+    }
+    return true;
+  }
   if (!lookedBefore_) {
     lookedBefore_ = true;
     bool apart = true;

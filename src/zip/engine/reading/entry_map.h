@@ -13,9 +13,7 @@ namespace zip_engine {
 // the second one builds an index.
 class NameIndex {
  public:
-  static constexpr std::size_t kNone = static_cast<std::size_t>(-1);
-
-  // Returns the offset in the blob of the last record of that name, or kNone.
+  // Returns the offset in the blob of the last record of that name, or NameSearch::kNone.
   std::size_t find(const CentralDirectory& directory, std::string_view name);
 
  private:
@@ -25,8 +23,9 @@ class NameIndex {
   std::vector<std::uint32_t> slots_;  // offset in the blob plus one; 0 is free
 };
 
-// Checks that an entry overlaps neither another one nor the directory. The first check walks over
-// the records; the second one sorts the entries by position.
+// Checks that an entry overlaps neither another one nor the directory. Where the directory was not
+// found to be in order, the first check walks over the records, and the second one sorts the entries
+// by position.
 class EntryMap {
  public:
   // Finds the absolute position of the entry's local header, and the limit that the entry cannot

@@ -45,6 +45,14 @@ struct ZipReader {
 
 namespace {
 
+std::unique_ptr<ZipReader> openReader(const char* path, NameSearch* search) {
+  auto reader = std::make_unique<ZipReader>();
+  constexpr DWORD kShare = FILE_SHARE_READ | FILE_SHARE_WRITE;
+  const bool isRead = reader->file.open(path, GENERIC_READ, kShare, OPEN_EXISTING) &&
+                      readCentralDirectory(reader->file, reader->directory, search);
+  return isRead ? std::move(reader) : nullptr;
+}
+
 // Copies a text, cut at `capacity`, with a terminating zero if it is shorter.
 void copyText(char* target, std::uint32_t capacity, const void* text, std::size_t length) {
   if (target == nullptr) return;
@@ -69,11 +77,14 @@ ZipDateWords dateWords(std::uint32_t dosDate) {
 
 }  // namespace
 
-ZipReader* ZipOpenReader(const char* path) {
-  auto reader = std::make_unique<ZipReader>();
-  constexpr DWORD kShare = FILE_SHARE_READ | FILE_SHARE_WRITE;
-  if (!reader->file.open(path, GENERIC_READ, kShare, OPEN_EXISTING)) return nullptr;
-  if (!readCentralDirectory(reader->file, reader->directory)) return nullptr;
+ZipReader* ZipOpenReader(const char* path) { return openReader(path, nullptr).release(); }
+
+ZipReader* ZipOpenReaderAt(const char* path, const char* name) {
+  if (name == nullptr) return nullptr;
+  NameSearch search(name);
+  std::unique_ptr<ZipReader> reader = openReader(path, &search);
+  if (reader == nullptr || search.found == NameSearch::kNone) return nullptr;
+  reader->moveTo(search.found);
   return reader.release();
 }
 
@@ -104,7 +115,7 @@ int ZipNextEntry(ZipReader* reader) {
 int ZipLocateEntry(ZipReader* reader, const char* name, int) {
   if (reader == nullptr || name == nullptr) return kFailure;
   const std::size_t found = reader->names.find(reader->directory, name);
-  return found == NameIndex::kNone ? ZipStatusNoEntry : reader->moveTo(found);
+  return found == NameSearch::kNone ? ZipStatusNoEntry : reader->moveTo(found);
 }
 
 int ZipReadEntryInfo(ZipReader* reader, ZipEntryInfo* info, char* name, std::uint32_t nameCapacity,
