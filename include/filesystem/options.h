@@ -20,6 +20,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace FileSystem {
 
@@ -40,6 +41,21 @@ struct Progress {
 /// It may call anything of this library except on the objects and the files that the call uses. An
 /// exception from it ends the call as returning false does, and then leaves the call.
 using ProgressCallback = std::function<bool(const Progress&)>;
+
+/// A piece of work that a call gives to an Executor. It does not throw, calls nothing of the host, and
+/// needs 256 KB of stack.
+using Task = std::function<void()>;
+
+/// Runs tasks of a call on threads of the host. It returns when all have ended.
+///
+/// The call waits for it on its own thread, and runs nothing meanwhile. Each task is run once, on any
+/// thread; several at the same time, or one after another, in any order. What a task has written is
+/// visible to the call when the executor has returned, as it is after a join. No task is run, copied
+/// for later or still running once the executor has returned or thrown. A task that was not run is no
+/// error: its work is done by the call.
+///
+/// An exception from it cancels the call, and then leaves the call as one from a ProgressCallback does.
+using Executor = std::function<void(const std::vector<Task>& tasks)>;
 
 /// The encryption of an entry.
 enum class Encryption : std::int32_t {
@@ -112,6 +128,14 @@ class FILESYSTEM_API Options {
   /// Sets the callback that receives the progress.
   /// @param progress empty (the default) for none
   Options& setProgress(ProgressCallback progress);
+  /// Lends the threads of the host to packFolder() and ArchiveChange::apply(), which then compress on
+  /// several cores. The archive has the same bytes for any number of workers, as far as it has no
+  /// encryption and the files do not change. All other callbacks run on the thread of the call.
+  /// @param executor empty (the default) for none: the call does all work on its own thread
+  /// @param workers how many tasks are given to it at most, 1 to 256, which is how many can run at the
+  ///   same time. Each takes the memory that a call without workers takes. The executor is not called
+  ///   for 1
+  Options& setExecutor(Executor executor, unsigned int workers);
 
   const std::string& password() const;       ///< The password; empty for none.
   Encryption encryption() const;             ///< The encryption of new entries that get a password.
@@ -124,6 +148,8 @@ class FILESYSTEM_API Options {
   bool times() const;                        ///< Whether times are kept.
   bool setId() const;                        ///< Whether permissions include set-id bits.
   const ProgressCallback& progress() const;  ///< The callback; empty for none.
+  const Executor& executor() const;          ///< The executor; empty for none.
+  unsigned int workers() const;              ///< How many tasks are given to it at most, 1 to 256.
 
  private:
   struct State;

@@ -1,5 +1,6 @@
 #include <filesystem/options.h>
 
+#include <algorithm>
 #include <utility>
 
 namespace FileSystem {
@@ -16,6 +17,8 @@ struct Options::State {
   bool times = true;
   bool setId = false;
   ProgressCallback progress;
+  Executor executor;
+  unsigned int workers = 1;
 };
 
 Options::Options() : state_(std::make_unique<State>()) {}
@@ -88,6 +91,13 @@ Options& Options::setProgress(ProgressCallback progress) {
   return *this;
 }
 
+Options& Options::setExecutor(Executor executor, unsigned int workers) {
+  constexpr unsigned int kMostWorkers = 256;
+  state_->executor = std::move(executor);
+  state_->workers = std::clamp(workers, 1U, kMostWorkers);
+  return *this;
+}
+
 const std::string& Options::password() const { return state_->password; }
 
 Encryption Options::encryption() const { return state_->encryption; }
@@ -109,5 +119,9 @@ bool Options::times() const { return state_->times; }
 bool Options::setId() const { return state_->setId; }
 
 const ProgressCallback& Options::progress() const { return state_->progress; }
+
+const Executor& Options::executor() const { return state_->executor; }
+
+unsigned int Options::workers() const { return state_->workers; }
 
 }  // namespace FileSystem

@@ -9,6 +9,7 @@
 #include "zip/archive_reader.h"
 #include "zip/engine.h"
 #include "zip/entry_names.h"
+#include "zip/host_workers.h"
 
 namespace zip {
 
@@ -46,6 +47,12 @@ Reason reasonForArchive(const char* path, DWORD error) {
   return isPartOfSplitArchive(path) ? Reason::SplitArchive : Reason::NotAnArchive;
 }
 
+static_assert(ArchiveWriter::kLargestPrepared == ZipLargestPrepared);
+
+std::uint64_t PreparedEntry::contentSize() const { return ZipPreparedSize(*entry_); }
+
+void PreparedEntry::Deleter::operator()(ZipPreparedEntry* entry) const { ZipFreePrepared(entry); }
+
 void Crc32::add(const unsigned char* data, std::uint32_t size) {
   value_ = ZipCrc32(value_, data, size);
 }
@@ -58,6 +65,8 @@ ArchiveWriter::ArchiveWriter(const char* path, Mode mode) {
   isArchiveAtFault_ = true;
 }
 
+ArchiveWriter::ArchiveWriter() : writer_(ZipOpenPreparer()), isPreparing_(true) {}
+
 ArchiveWriter::~ArchiveWriter() { abandon(); }
 
 bool ArchiveWriter::hasAes() { return ZipCheckEncryption(ZipEncryptAes256) == 0; }
@@ -68,6 +77,15 @@ bool ArchiveWriter::hasMethod(FileSystem::Method method) {
 }
 
 void ArchiveWriter::useSlashes(bool slashes) { ZipSetSlashes(writer_, slashes ? 1 : 0); }
+
+void ArchiveWriter::useWorkers(HostWorkers& workers) {
+  const auto run = [](std::uint32_t count, void (*task)(std::uint32_t, const void*),
+                      const void* taskContext, void* context) {
+    return static_cast<HostWorkers*>(context)->run(
+        count, [=](std::size_t index) { task(static_cast<std::uint32_t>(index), taskContext); });
+  };
+  ZipSetWorkers(writer_, static_cast<std::uint32_t>(workers.count()), run, &workers);
+}
 
 void ArchiveWriter::requireAll() { ZipSetAllOrNone(writer_); }
 
@@ -116,6 +134,15 @@ bool ArchiveWriter::write(const unsigned char* data, std::uint32_t size) {
 }
 
 bool ArchiveWriter::finish() { return succeeded(ZipCloseNewEntry(writer_)); }
+
+std::optional<PreparedEntry> ArchiveWriter::takePrepared() {
+  ZipPreparedEntry* const entry = ZipTakePrepared(writer_);
+  return entry == nullptr ? std::nullopt : std::optional<PreparedEntry>(entry);
+}
+
+bool ArchiveWriter::append(const PreparedEntry& entry) {
+  return succeeded(ZipAppendPrepared(writer_, *entry.entry_));
+}
 
 bool ArchiveWriter::succeeded(int status) {
   switch (status) {

@@ -6,17 +6,20 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 
 #include "platform/win32.h"
 #include "zip/entry_metadata.h"
 
+struct ZipPreparedEntry;
 struct ZipWriter;
 
 namespace zip {
 
 class ArchiveReader;
+class HostWorkers;
 
 // CRC-32 (ISO 3309) of data that arrive in pieces.
 class Crc32 {
@@ -57,8 +60,28 @@ struct NewEntry {
 // Returns why an archive could not be opened, with the system's error, ERROR_SUCCESS for none.
 FileSystem::Reason reasonForArchive(const char* path, DWORD error);
 
+// An entry in memory, for a writer to append.
+class PreparedEntry {
+ public:
+  // Takes an entry of the engine.
+  explicit PreparedEntry(ZipPreparedEntry* entry) : entry_(entry) {}
+
+  // The number of bytes of its content.
+  std::uint64_t contentSize() const;
+
+ private:
+  friend class ArchiveWriter;
+  struct Deleter {
+    void operator()(ZipPreparedEntry* entry) const;
+  };
+  std::unique_ptr<ZipPreparedEntry, Deleter> entry_;
+};
+
 // An archive open for writing. The file keeps its former content until commit(). An entry is
 // written by begin(), write() and finish(); one that is not finished is dropped.
+//
+// A writer without an archive prepares entries instead, in any thread, each of which takePrepared()
+// returns when it is finished.
 class ArchiveWriter {
  public:
   enum class Mode {
@@ -71,7 +94,12 @@ class ArchiveWriter {
     Failed,   // the file is byte for byte unchanged, and empty in the mode Create
   };
 
+  // The most bytes of content of an entry that is prepared.
+  static constexpr std::uint64_t kLargestPrepared = 4 << 20;
+
   ArchiveWriter(const char* path, Mode mode);
+  // Has no archive.
+  ArchiveWriter();
   ArchiveWriter(const ArchiveWriter&) = delete;
   ArchiveWriter& operator=(const ArchiveWriter&) = delete;
   // Leaves the file as it is if commit() was not called.
@@ -85,6 +113,9 @@ class ArchiveWriter {
   // Chooses whether the names of the entries that are begun from now on are stored with `/` in
   // place of `\`. At first they are not.
   void useSlashes(bool slashes);
+
+  // Makes large entries be deflated by the workers too. They outlive the object.
+  void useWorkers(HostWorkers& workers);
 
   // False if the file could not be opened, or, in the mode Append, is no archive.
   explicit operator bool() const { return writer_ != nullptr; }
@@ -100,6 +131,13 @@ class ArchiveWriter {
   bool write(const unsigned char* data, std::uint32_t size);
   // Completes the entry. On failure the archive does not get it.
   bool finish();
+
+  // True if entries with so many bytes of content are not too large for memory, without an archive.
+  bool accepts(std::uint64_t size) const { return !isPreparing_ || size <= kLargestPrepared; }
+  // Returns the last entry that was finished, without an archive; nothing if it was returned before.
+  std::optional<PreparedEntry> takePrepared();
+  // Appends an entry that another writer has prepared.
+  bool append(const PreparedEntry& entry);
 
   // Why the archive was not opened, or why the last function that failed did.
   FileSystem::Reason reason() const { return reason_; }
@@ -126,6 +164,7 @@ class ArchiveWriter {
   bool succeeded(int status);
 
   ZipWriter* writer_;
+  bool isPreparing_ = false;
   FileSystem::Reason reason_ = FileSystem::Reason::None;
   bool isArchiveAtFault_ = false;
 };

@@ -7,6 +7,7 @@
 #include "zip/entry_names.h"
 #include "zip/insertion.h"
 #include "zip/new_archive.h"
+#include "zip/prepared_entries.h"
 #include "zip/rewrite.h"
 
 namespace zip {
@@ -58,6 +59,7 @@ ChangeApplication::ChangeApplication(const Changes& changes, const char* archive
       keepsExisting_(options.existing() == FileSystem::ExistingFiles::Keep),
       settings_(settings),
       progress_(progress),
+      workers_(options, progress),
       names_(changes.removals, namesOf(changes.insertions)) {
   for (const std::string& name : changes.removals) items_.push_back({name, Reason::None, {}});
   for (const Insertion& insertion : changes.insertions) {
@@ -188,12 +190,22 @@ bool ChangeApplication::reportRemovals() {
 
 // False, with the report complete, if one fails.
 bool ChangeApplication::addAll(ArchiveWriter& writer) {
+  writer.useWorkers(workers_);
   EntryAdder adder(writer, settings_, progress_);
+  const auto prepare = [this](std::size_t at, ArchiveWriter& own, EntryAdder& ownAdder) {
+    const Insertion& insertion = changes_.insertions[at];
+    // A task calls no function of the host.
+    if (std::holds_alternative<ContentSource>(insertion.content)) return Reason::Failed;
+    return add(own, ownAdder, insertion);
+  };
+  PreparedEntries prepared(changes_.insertions.size(), settings_, workers_, prepare);
   std::size_t index = changes_.removals.size();
   for (const Insertion& insertion : changes_.insertions) {
     Reason reason = Reason::Cancelled;
-    writer.useSlashes(insertion.name.find('\\') != std::string::npos);
-    if (progress_.begin(insertion.name)) reason = add(adder, insertion);
+    if (progress_.begin(insertion.name)) {
+      const auto entry = prepared.take(index - changes_.removals.size());
+      reason = entry ? adder.addPrepared(*entry) : add(writer, adder, insertion);
+    }
     if (reason == Reason::None && !progress_.end()) reason = Reason::Cancelled;
     if (reason == Reason::Cancelled || writer.isArchiveAtFault()) {
       failArchive(reason);
@@ -208,7 +220,9 @@ bool ChangeApplication::addAll(ArchiveWriter& writer) {
   return true;
 }
 
-Reason ChangeApplication::add(EntryAdder& adder, const Insertion& insertion) {
+Reason ChangeApplication::add(ArchiveWriter& writer, EntryAdder& adder,
+                              const Insertion& insertion) const {
+  writer.useSlashes(insertion.name.find('\\') != std::string::npos);
   const std::string stored = storedName(insertion.name);
   const char* const comment = insertion.comment.c_str();
   if (const auto* file = std::get_if<std::string>(&insertion.content)) {

@@ -12,6 +12,7 @@
 #include "zip/archive_writer.h"
 #include "zip/changed_names.h"
 #include "zip/entry_adder.h"
+#include "zip/host_workers.h"
 
 namespace zip {
 
@@ -54,7 +55,8 @@ class ChangeApplication {
   bool canOpenFiles();
   bool reportRemovals();
   bool addAll(ArchiveWriter& writer);
-  FileSystem::Reason add(EntryAdder& adder, const Insertion& insertion);
+  FileSystem::Reason add(ArchiveWriter& writer, EntryAdder& adder,
+                         const Insertion& insertion) const;
   void expect(std::uint64_t copied);
 
   void fail(const ChangedNames::Failure& failure);
@@ -65,6 +67,7 @@ class ChangeApplication {
   const bool keepsExisting_;
   const EntrySettings settings_;
   FileSystem::Detail::ProgressRelay& progress_;
+  HostWorkers workers_;
   ChangedNames names_;
   // Of all removals and insertions. Made first, so that no memory is needed after the commit.
   std::vector<FileSystem::ItemResult> items_;

@@ -11,6 +11,7 @@
 
 struct ZipReader;
 struct ZipWriter;
+struct ZipPreparedEntry;
 
 struct ZipGlobalInfo {
   std::uint32_t entryCount;
@@ -213,6 +214,31 @@ std::uint32_t ZipDropEntries(ZipWriter* writer, bool (*drops)(const char* name, 
 // the size of each block that was copied; false ends the copy. On failure nothing of it is left.
 int ZipCopyEntry(ZipWriter* writer, ZipReader* reader,
                  bool (*advance)(std::uint64_t size, void* context), void* context);
+// Makes `run` deflate up to `workers` parts of a large entry in one call. It runs task(0) to
+// task(count - 1) in any threads and in any order, and returns true when all have ended; it may leave
+// some out. False fails the entry. The archive has the same bytes for any number of workers.
+void ZipSetWorkers(ZipWriter* writer, std::uint32_t workers,
+                   bool (*run)(std::uint32_t count,
+                               void (*task)(std::uint32_t index, const void* taskContext),
+                               const void* taskContext, void* context),
+                   void* context);
+
+// Preparing entries in memory, each in any thread, for a writer that appends them.
+
+// The most bytes of content of an entry that is prepared. One that turns out to have more fails.
+inline constexpr std::uint32_t ZipLargestPrepared = 4 << 20;
+// Returns a writer without an archive, for the calls above that begin, write and complete entries, of
+// which ZipTakePrepared returns the last one, and for ZipAbandonWriter.
+ZipWriter* ZipOpenPreparer();
+// Returns null if no entry was completed since the last call.
+ZipPreparedEntry* ZipTakePrepared(ZipWriter* preparer);
+void ZipFreePrepared(ZipPreparedEntry* entry);
+// Returns the number of bytes of its content.
+std::uint64_t ZipPreparedSize(const ZipPreparedEntry& entry);
+// Appends the bytes that the entry would have if it were written by this writer. On failure nothing
+// of it is left.
+int ZipAppendPrepared(ZipWriter* writer, const ZipPreparedEntry& entry);
+
 // Frees the writer, and leaves the file byte for byte what it was in modes 1 and 2.
 void ZipAbandonWriter(ZipWriter* writer);
 // Commits and frees the writer. A null comment keeps the archive's comment in modes 1 and 2; one of

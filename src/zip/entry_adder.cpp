@@ -133,6 +133,7 @@ Reason EntryAdder::addFile(const char* source, const std::string& stored, const 
   EntryMetadata metadata;
   std::uint64_t size = 0;
   if (!describe(file.get(), source, metadata, size)) return Reason::ReadFailed;
+  if (!writer_.accepts(size)) return Reason::TooLarge;
   BlockReader reader(file.get(), size);
   // The traditional encryption begins with the CRC of all content, so the file is read twice.
   const bool needsCrc = settings_.encryption.needsCrc();
@@ -183,6 +184,7 @@ Reason EntryAdder::addFolder(const char* source, const std::string& stored) {
 
 Reason EntryAdder::addBytes(const std::vector<unsigned char>& bytes, const std::string& stored,
                             const char* comment, const EntryMetadata& metadata) {
+  if (!writer_.accepts(bytes.size())) return Reason::TooLarge;
   Crc32 crc;
   if (settings_.encryption.needsCrc()) {
     forEachPiece(bytes, [&](const unsigned char* piece, std::uint32_t size) {
@@ -203,6 +205,16 @@ Reason EntryAdder::addBytes(const std::vector<unsigned char>& bytes, const std::
   const bool isWritten = forEachPiece(
       bytes, [&](const unsigned char* piece, std::uint32_t size) { return write(piece, size); });
   return isWritten ? finish() : failure();
+}
+
+Reason EntryAdder::addPrepared(const PreparedEntry& entry) {
+  if (!writer_.append(entry)) return failure();
+  for (std::uint64_t left = entry.contentSize(); left > 0;) {
+    const std::uint64_t size = std::min<std::uint64_t>(left, kReadBlock);
+    if (!progress_.advance(size)) return Reason::Cancelled;
+    left -= size;
+  }
+  return Reason::None;
 }
 
 Reason EntryAdder::addFrom(const FileSystem::ContentSource& source, const std::string& stored,
@@ -234,9 +246,9 @@ bool EntryAdder::write(const unsigned char* data, std::size_t size) {
   return writer_.write(data, static_cast<std::uint32_t>(size)) && progress_.advance(size);
 }
 
-Reason EntryAdder::finish() { return writer_.finish() ? Reason::None : writer_.reason(); }
+Reason EntryAdder::finish() { return writer_.finish() ? Reason::None : failure(); }
 
-// Returns why write() has failed.
+// Returns why the writer has failed.
 Reason EntryAdder::failure() const {
   return progress_.isCancelled() ? Reason::Cancelled : writer_.reason();
 }

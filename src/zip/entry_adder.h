@@ -45,6 +45,8 @@ class EntryAdder {
   // Adds bytes.
   FileSystem::Reason addBytes(const std::vector<unsigned char>& bytes, const std::string& stored,
                               const char* comment, const EntryMetadata& metadata);
+  // Adds an entry that another adder has prepared, and reports its bytes as for a file.
+  FileSystem::Reason addPrepared(const PreparedEntry& entry);
   // Adds what a function of the host provides.
   FileSystem::Reason addFrom(const FileSystem::ContentSource& source, const std::string& stored,
                              const char* comment, const EntryMetadata& metadata);

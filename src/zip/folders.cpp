@@ -20,8 +20,10 @@
 #include "zip/entry_adder.h"
 #include "zip/entry_names.h"
 #include "zip/extraction.h"
+#include "zip/host_workers.h"
 #include "zip/new_archive.h"
 #include "zip/packing.h"
+#include "zip/prepared_entries.h"
 
 namespace {
 
@@ -39,14 +41,14 @@ std::uint64_t idOf(std::string name) {
   return std::hash<std::string>()(name) | 1;
 }
 
-// Adds files, named by their paths below the directory, whose path ends in a separator, up to one
-// that fails. `name` receives the name of the last one that was tried.
-Reason addFiles(zip::EntryAdder& adder, const std::string& directory,
+// Adds files by `add(index)`, up to one that fails. They are named by their paths below the
+// directory, whose path ends in a separator. `name` receives the name of the last one that was tried.
+Reason addFiles(const std::function<Reason(std::size_t)>& add, const std::string& directory,
                 const std::vector<std::string>& files, ProgressRelay& progress, std::string& name) {
-  for (const std::string& file : files) {
-    name = FileSystem::subPath(directory, file);
+  for (std::size_t i = 0; i < files.size(); ++i) {
+    name = FileSystem::subPath(directory, files[i]);
     if (!progress.begin(name)) return Reason::Cancelled;
-    const Reason reason = adder.addFile(file.c_str(), zip::storedName(name), "");
+    const Reason reason = add(i);
     if (reason != Reason::None) return reason;
     if (!progress.end()) return Reason::Cancelled;
   }
@@ -97,15 +99,27 @@ void appendItems(const zip::PackableFiles& files, const std::string& directory,
 // Packs all, or reports the file that fails.
 Reason packAll(zip::NewArchive& archive, const std::string& directory,
                const zip::PackableFiles& files, const zip::EntrySettings& settings,
-               ProgressRelay& progress, Report& report) {
+               zip::HostWorkers& workers, ProgressRelay& progress, Report& report) {
   if (!archive.begin()) return archive.reason();
   archive.writer().useSlashes(true);
+  archive.writer().useWorkers(workers);
   zip::EntryAdder adder(archive.writer(), settings, progress);
+  const auto prepare = [&](std::size_t index, zip::ArchiveWriter& writer, zip::EntryAdder& own) {
+    const std::string& path = files.paths[index];
+    writer.useSlashes(true);
+    return own.addFile(path.c_str(), zip::storedName(FileSystem::subPath(directory, path)), "");
+  };
+  zip::PreparedEntries prepared(files.paths.size(), settings, workers, prepare);
   std::string name;
+  const auto addFile = [&](std::size_t index) {
+    const auto entry = prepared.take(index);
+    return entry ? adder.addPrepared(*entry)
+                 : adder.addFile(files.paths[index].c_str(), zip::storedName(name), "");
+  };
   // Folders first: unzip gives permissions and times to those folders alone that it has not created
   // for a file before.
   Reason reason = addFolders(adder, directory, files.folders, progress, name);
-  if (reason == Reason::None) reason = addFiles(adder, directory, files.paths, progress, name);
+  if (reason == Reason::None) reason = addFiles(addFile, directory, files.paths, progress, name);
   if (reason == Reason::None) reason = addLinks(adder, directory, files.links, progress, name);
   if (reason != Reason::None) {
     const bool isOfFile = reason != Reason::Cancelled && !archive.writer().isArchiveAtFault();
@@ -134,7 +148,8 @@ Report pack(const std::string& directory, const char* zip, const Options& option
   const zip::PackableFiles files = zip::packableFiles(directory, zip, options, progress, report);
   progress.expect(files.size(), files.bytes);
   if (report.reason == Reason::None) {
-    report.reason = packAll(archive, directory, files, settings, progress, report);
+    zip::HostWorkers workers(options, progress);
+    report.reason = packAll(archive, directory, files, settings, workers, progress, report);
   }
   return report;
 }
@@ -154,7 +169,10 @@ bool FRT_ZIP_FOLDER(const char* folder, const char* zip) {
   ProgressRelay progress;
   zip::EntryAdder adder(archive.writer(), {}, progress);
   std::string name;
-  const Reason reason = addFiles(adder, directory, files, progress, name);
+  const auto addFile = [&](std::size_t index) {
+    return adder.addFile(files[index].c_str(), zip::storedName(name), "");
+  };
+  const Reason reason = addFiles(addFile, directory, files, progress, name);
   // An archive that lacks the last files replaces the old one too, but not a part of one.
   return !archive.writer().isArchiveAtFault() && archive.complete() && reason == Reason::None;
 }

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <functional>
 
+#include "library/executors.h"
 #include "library/reports.h"
 #include "library/zip.h"
 #include "support/noise.h"
@@ -392,6 +393,11 @@ TEST_F(Cancelling, LeavesAllAsItWas) {
     change.insertBytes({'n'}, "y");
     change.insertFrom(sourceOf("z"), "z");
   });
+  const auto withWorkers = [](const std::function<Report(const Options&)>& run) {
+    return [run](const Options& options) {
+      return run(Options(options).setExecutor(runInReverse, 2));
+    };
+  };
   const struct {
     const char* name;
     bool isNew;  // there is no archive
@@ -406,6 +412,8 @@ TEST_F(Cancelling, LeavesAllAsItWas) {
        })},
       {"pack", true, pack},
       {"pack over an archive", false, pack},
+      {"append with workers", false, withWorkers(append)},
+      {"pack over an archive with workers", false, withWorkers(pack)},
   };
   for (const auto& row : rows) {
     for (const End end : {End::ByFalse, End::ByException}) {

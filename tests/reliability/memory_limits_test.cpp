@@ -16,6 +16,7 @@
 #include <utility>
 
 #include "failing_calls.h"
+#include "library/executors.h"
 #include "library/zip.h"
 #include "support/linux/forked_process.h"
 #include "support/linux/peak_memory.h"
@@ -106,6 +107,33 @@ TEST_F(MemoryLimits, FoldersHoldLittleOfTheLargestEntry) {
   expectBelow(kFolderLimit, "pack", [&] { return FRT_ZIP_FOLDER(in.c_str(), archive_.c_str()); });
   expectBelow(kInsertLimit, "unpack",
               [&] { return FRT_UNZIP_FILE(archive_.c_str(), folder_.file("out").c_str()); });
+}
+
+// With the largest files that a task takes as a whole, and one that is deflated in parts.
+TEST_F(MemoryLimits, EachWorkerHoldsLittle) {
+  constexpr unsigned int kWorkers = 4;
+  const std::filesystem::path in = folder_.path() / "in";
+  std::filesystem::create_directory(in);
+  for (int i = 0; i < 24; ++i) writeBlocks(in / std::to_string(i), textBlock(), 4);
+  for (int i = 0; i < 24; ++i) writeBlocks(in / ('r' + std::to_string(i)), randomBlock(), 4);
+  writeBlocks(in / "text", textBlock(), 64);
+  writeBlocks(in / "random", randomBlock(), 64);
+  // Another worker does all the work of each call.
+  std::size_t calls = 0;
+  const auto runOne = [&](const std::vector<FileSystem::Task>& tasks) {
+    tasks[calls++ % tasks.size()]();
+  };
+  const std::pair<const char*, FileSystem::Executor> rows[] = {{"threads", runOnThreads},
+                                                               {"one in turn", runOne}};
+  for (const auto& [name, executor] : rows) {
+    const support::Peak peak = support::peakOf([&, &run = executor] {
+      const Options options = Options().setExecutor(run, kWorkers);
+      return static_cast<bool>(FileSystem::packFolder(in.c_str(), archive_.c_str(), options));
+    });
+    std::printf("%-40s %6ld of %6ld KiB\n", name, peak.kibibytes, kWorkers * kFolderLimit);
+    EXPECT_TRUE(peak.succeeded);
+    EXPECT_LT(peak.kibibytes, kWorkers * kFolderLimit);
+  }
 }
 
 TEST_F(MemoryLimits, InsertingAFileHoldsLittleOfIt) {

@@ -4,23 +4,17 @@
 #include <utility>
 
 #include "platform/random_bytes.h"
-#include "zip/engine/codec/deflate_blocks.h"
 #include "zip/engine/codec/methods.h"
 
 namespace zip_engine {
 namespace {
 
 // Plain data up to this size is deflated in one piece, and needs no zip64 block.
-constexpr std::size_t kGatherLimit = 4 << 20;
+constexpr std::size_t kGatherLimit = ZipLargestPrepared;
 
 // A part that deflate cannot shrink grows by five bytes for each 64 KB. The header of its entry may
 // precede it.
 constexpr std::size_t kPartOverhead = 64 << 10;
-
-// The default level of large content. Of large text libdeflate's level 6 leaves about 1 % more bytes
-// than zlib's default level, and this one about as many, for half as much time again. The parts,
-// which cannot refer to the bytes of those before, cost less than 0.1 %.
-constexpr int kPartLevel = 7;
 
 }  // namespace
 
@@ -32,12 +26,12 @@ Encoder* Encoders::of(const Method& method) {
   return encoder_.get();
 }
 
-NewEntry::NewEntry(Transaction& archive, Encoders& encoders, EntryRecord record,
+NewEntry::NewEntry(EntryOutput& output, Encoders& encoders, EntryRecord record,
                    const NewEntryOptions& options)
-    : archive_(archive),
+    : output_(output),
       deflater_(encoders.deflater),
       record_(std::move(record)),
-      start_(archive.position()),
+      start_(output.position()),
       level_(options.level),
       raw_(options.raw),
       expectedCrc_(options.expectedCrc),
@@ -97,45 +91,62 @@ void NewEntry::encrypt(unsigned char* bytes, std::size_t size) {
 // Writes the local header, which is patched at the end, and the encryption header.
 void NewEntry::beginData() {
   begun_ = true;
-  Bytes& buffer = archive_.buffer();
+  Bytes& buffer = output_.buffer();
   appendLocalHeader(buffer, record_);
   buffer.insert(buffer.end(), encryptionHeader_.begin(), encryptionHeader_.end());
   stored_ = encryptionHeader_.size();
 }
 
-// Encodes the gathered bytes, so that no more than one part is ever in memory.
+// Encodes the gathered bytes, so that no more than one part is ever in memory, or one for each worker.
 bool NewEntry::encodePart(bool last) {
+  const bool hasWorkers = encoder_ == nullptr && deflater_.workers() > 1;
+  if (hasWorkers && !gatherPart(last)) return true;
   if (!begun_) {
     if (encoder_ != nullptr && !encoder_->begin(level_, std::nullopt)) return false;
     beginData();
   }
-  Bytes& buffer = archive_.bufferForPart(kGatherLimit + kPartOverhead);
+  if (hasWorkers) return deflateParts(last);
+  Bytes& buffer = output_.bufferForPart(kGatherLimit + kPartOverhead);
   const std::size_t start = buffer.size();
-  const bool isEncoded =
-      encoder_ != nullptr ? encoder_->append(buffer, gathered_, last) : deflatePart(buffer, last);
+  const bool isEncoded = encoder_ != nullptr ? encoder_->append(buffer, gathered_, last)
+                                             : deflater_.append(buffer, gathered_, level_, last);
   if (!isEncoded) return false;
   gathered_.clear();
   return stored(buffer.size() - start);
 }
 
-// Deflates the gathered bytes as an independent part of the entry's stream.
-bool NewEntry::deflatePart(Bytes& buffer, bool last) {
-  const std::size_t start = buffer.size();
-  const int level = level_ == ZipLevelDefault ? kPartLevel : level_;
-  const bool smaller = deflater_.appendSmaller(buffer, gathered_.data(), gathered_.size(), level);
-  if (!smaller) appendStoredBlocks(buffer, gathered_.data(), gathered_.size());
-  if (smaller && !last && !continueStream(buffer, start)) return false;
-  if (!smaller && last) appendLastBlock(buffer);
+// Keeps the gathered bytes as a part. Returns true if the parts are to be deflated.
+bool NewEntry::gatherPart(bool last) {
+  if (gatheredParts_ == parts_.size()) {
+    parts_.emplace_back();
+    parts_.back().deflated.reserve(kGatherLimit + kPartOverhead);
+  }
+  std::swap(parts_[gatheredParts_].plain, gathered_);
+  gathered_.clear();
+  ++gatheredParts_;
+  return last || gatheredParts_ == deflater_.workers();
+}
+
+// Deflates the parts, and appends them in their order.
+bool NewEntry::deflateParts(bool last) {
+  const std::size_t count = std::exchange(gatheredParts_, 0);
+  if (!deflater_.deflate(parts_, count, level_, last)) return false;
+  for (std::size_t i = 0; i < count; ++i) {
+    const Bytes& deflated = parts_[i].deflated;
+    Bytes& buffer = output_.bufferForPart(kGatherLimit + kPartOverhead);
+    buffer.insert(buffer.end(), deflated.begin(), deflated.end());
+    if (!stored(deflated.size())) return false;
+  }
   return true;
 }
 
-// Counts and encrypts the last `size` bytes of the archive's buffer.
+// Counts and encrypts the last `size` bytes of the output's buffer.
 bool NewEntry::stored(std::size_t size) {
   stored_ += size;
   if (isTooLarge()) return false;
-  Bytes& buffer = archive_.buffer();
+  Bytes& buffer = output_.buffer();
   encrypt(buffer.data() + (buffer.size() - size), size);
-  return archive_.flushIfLarge();
+  return output_.flushIfLarge();
 }
 
 bool NewEntry::write(const unsigned char* data, std::size_t size) {
@@ -161,7 +172,7 @@ bool NewEntry::store(const unsigned char* data, std::size_t size) {
     const Bytes gathered = std::exchange(gathered_, {});
     if (!gathered.empty() && !store(gathered.data(), gathered.size())) return false;
   }
-  Bytes& buffer = archive_.buffer();
+  Bytes& buffer = output_.buffer();
   buffer.insert(buffer.end(), data, data + size);
   return stored(size);
 }
@@ -186,7 +197,7 @@ bool NewEntry::finish() {
   if (failed_ || raw_ || hasWrongCrc()) return false;
   record_.crc = aes_ ? 0 : crc_;
   record_.uncompressedSize = plain_;
-  if (!begun_) return finishGathered();
+  if (!begun_ && gatheredParts_ == 0) return finishGathered();
   return (method_->isStored() || encodePart(true)) && complete();
 }
 
@@ -203,7 +214,7 @@ bool NewEntry::finishRaw(std::uint32_t uncompressedSize, std::uint32_t crc) {
 bool NewEntry::finishGathered() {
   record_.hasZip64 = false;
   beginData();
-  Bytes& buffer = archive_.buffer();
+  Bytes& buffer = output_.buffer();
   const std::size_t dataStart = buffer.size();
   if (method_->isStored() || !appendSmaller(buffer)) {
     setMethod(*findMethod(ZipMethodStored));
@@ -217,7 +228,7 @@ bool NewEntry::finishGathered() {
 // used.
 bool NewEntry::appendSmaller(Bytes& out) {
   if (encoder_ == nullptr) {
-    return deflater_.appendSmaller(out, gathered_.data(), gathered_.size(), level_);
+    return deflater_.own().appendSmaller(out, gathered_.data(), gathered_.size(), level_);
   }
   const std::size_t start = out.size();
   return encoder_->begin(level_, gathered_.size()) && encoder_->append(out, gathered_, true) &&
@@ -230,7 +241,7 @@ bool NewEntry::complete() {
     unsigned char code[kAesCodeSize];
     aes_->writeCode(code);
     stored_ += sizeof(code);
-    if (isTooLarge() || !archive_.append(code, sizeof(code))) return false;
+    if (isTooLarge() || !output_.append(code, sizeof(code))) return false;
   }
   return patchHeader();
 }
@@ -245,10 +256,10 @@ bool NewEntry::patchHeader() {
   }
   Bytes header;
   appendLocalHeader(header, local);
-  if (!archive_.patch(start_, header.data(), header.size())) return false;
+  if (!output_.patch(start_, header.data(), header.size())) return false;
   if (!hasDescriptor()) return true;
-  appendDescriptor(archive_.buffer(), record_);
-  return archive_.flushIfLarge();
+  appendDescriptor(output_.buffer(), record_);
+  return output_.flushIfLarge();
 }
 
 }  // namespace zip_engine

@@ -3,13 +3,14 @@
 // sizes and the CRC for its records.
 
 #include <optional>
+#include <vector>
 
 #include "zip/engine/cipher/aes.h"
 #include "zip/engine/cipher/crypto.h"
 #include "zip/engine/codec/methods.h"
-#include "zip/engine/codec/sampling_deflater.h"
+#include "zip/engine/codec/part_deflater.h"
 #include "zip/engine/container/entry_record.h"
-#include "zip/engine/writing/transaction.h"
+#include "zip/engine/writing/entry_output.h"
 
 namespace zip_engine {
 
@@ -18,7 +19,7 @@ struct Encoders {
   // Returns the encoder of a method that has one; null if memory is short.
   Encoder* of(const Method& method);
 
-  SamplingDeflater deflater;
+  PartDeflater deflater;
 
  private:
   const Method* method_ = nullptr;
@@ -36,9 +37,9 @@ struct NewEntryOptions {
 
 class NewEntry {
  public:
-  // Begins at the transaction's position. If the record has a zip64 block, the entry gets it unless
+  // Begins at the output's position. If the record has a zip64 block, the entry gets it unless
   // it turns out to be small.
-  NewEntry(Transaction& archive, Encoders& encoders, EntryRecord record,
+  NewEntry(EntryOutput& output, Encoders& encoders, EntryRecord record,
            const NewEntryOptions& options);
 
   bool write(const unsigned char* data, std::size_t size);
@@ -69,14 +70,15 @@ class NewEntry {
   bool gather(const unsigned char* bytes, std::size_t size);
   bool store(const unsigned char* bytes, std::size_t size);
   bool encodePart(bool last);
-  bool deflatePart(Bytes& out, bool last);
+  bool gatherPart(bool last);
+  bool deflateParts(bool last);
   bool appendSmaller(Bytes& out);
   bool finishGathered();
   bool complete();
   bool patchHeader();
 
-  Transaction& archive_;
-  SamplingDeflater& deflater_;
+  EntryOutput& output_;
+  PartDeflater& deflater_;
   Encoder* encoder_ = nullptr;  // null for stored and deflated data
   EntryRecord record_;
   std::uint64_t start_;
@@ -86,8 +88,10 @@ class NewEntry {
   const Method* method_;  // asked for; inside the encryption; null for raw data
   std::optional<TraditionalCipher> cipher_;
   std::optional<AesCipher> aes_;
-  Bytes encryptionHeader_;  // precedes encrypted data
-  Bytes gathered_;          // plain data that may still be deflated in one piece
+  Bytes encryptionHeader_;         // precedes encrypted data
+  Bytes gathered_;                 // plain data that may still be deflated in one piece
+  std::vector<Part> parts_;        // of the workers; their memory is used again
+  std::size_t gatheredParts_ = 0;  // that are to be deflated
   bool begun_ = false;
   bool failed_ = false;
   std::uint64_t plain_ = 0;

@@ -1,7 +1,6 @@
 #include "zip/engine/writing/transaction.h"
 
 #include <algorithm>
-#include <cstring>
 #include <optional>
 
 #include "zip/engine/container/end_record.h"
@@ -9,9 +8,6 @@
 
 namespace zip_engine {
 namespace {
-
-// Appended bytes are gathered up to this size.
-constexpr std::size_t kBufferSize = 1 << 20;
 
 // How far past a write the backup directory is put while more is to come.
 constexpr std::uint64_t kBackupDistance = 16 << 20;
@@ -87,17 +83,6 @@ void Transaction::beginPastEnd() {
   base_ = 0;
 }
 
-Bytes& Transaction::bufferForPart(std::size_t size) {
-  buffer_.reserve(kBufferSize + size);
-  return buffer_;
-}
-
-bool Transaction::append(const void* data, std::size_t size) {
-  const auto* const bytes = static_cast<const unsigned char*>(data);
-  buffer_.insert(buffer_.end(), bytes, bytes + size);
-  return flushIfLarge();
-}
-
 bool Transaction::flushIfLarge() {
   if (buffer_.size() < kBufferSize) return true;
   // A disk that is nearly full may have space for a backup that is nearer.
@@ -171,14 +156,8 @@ std::optional<std::uint64_t> Transaction::writeBackup(std::uint64_t end) {
 bool Transaction::sync() { return !durable_ || file_.sync(); }
 
 bool Transaction::patch(std::uint64_t position, const void* data, std::size_t size) {
-  if (position < flushed_) return file_.writeAt(position, data, size);
-  std::memcpy(buffer_.data() + (position - flushed_), data, size);
-  return true;
-}
-
-void Transaction::rewind(std::uint64_t position) {
-  flushed_ = std::min(flushed_, position);
-  buffer_.resize(static_cast<std::size_t>(position - flushed_));
+  return position < flushed_ ? file_.writeAt(position, data, size)
+                             : EntryOutput::patch(position, data, size);
 }
 
 bool Transaction::commit(const Bytes& kept, const Bytes& added, std::uint64_t entryCount,

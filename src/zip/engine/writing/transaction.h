@@ -36,10 +36,11 @@
 #include "zip/engine/container/archive_file.h"
 #include "zip/engine/container/central_directory.h"
 #include "zip/engine/container/format.h"
+#include "zip/engine/writing/entry_output.h"
 
 namespace zip_engine {
 
-class Transaction {
+class Transaction : public EntryOutput {
  public:
   // Opens an archive or an empty file to append to it. Returns false if it cannot be opened or is
   // neither.
@@ -55,20 +56,9 @@ class Transaction {
 
   // Prepares for moveToStart(), if there is an archive. Called before anything is appended.
   void beginPastEnd();
-  // Absolute position of the next byte that is appended.
-  std::uint64_t position() const { return flushed_ + buffer_.size(); }
-  // The bytes since the last flush, to append to; flushIfLarge() follows.
-  Bytes& buffer() { return buffer_; }
-  // The same with the capacity for a part of a large entry, always of one size: a buffer that grows
-  // holds its old memory beside the new one.
-  Bytes& bufferForPart(std::size_t size);
-  bool append(const void* data, std::size_t size);
-  // Writes the buffer out if it has grown. Its bytes are kept on failure.
-  bool flushIfLarge();
-  // Replaces bytes that were appended with no flush between them.
-  bool patch(std::uint64_t position, const void* data, std::size_t size);
-  // Undoes everything past a position that was reached before.
-  void rewind(std::uint64_t position);
+  // Writes the buffer to the file.
+  bool flushIfLarge() override;
+  bool patch(std::uint64_t position, const void* data, std::size_t size) override;
 
   // Ends the archive with a directory of the kept and the added records. Once it returns true the
   // append survives a power failure, unless the file was created. On failure, rewind() or restore()
@@ -96,9 +86,7 @@ class Transaction {
   Bytes beforeTail_;  // the old bytes after the directory, if that is overwritten
   std::uint64_t beforeSize_ = 0;
   std::uint64_t base_ = 0;
-  std::uint64_t start_ = 0;    // absolute; where appended bytes begin
-  std::uint64_t flushed_ = 0;  // absolute; where the buffer begins
-  Bytes buffer_;
+  std::uint64_t start_ = 0;              // absolute; where appended bytes begin
   bool touched_ = false;                 // true if the file has been changed
   std::optional<std::uint64_t> backup_;  // absolute; the backup directory
   std::uint64_t firstEntry_ = 0;         // absolute; after beginPastEnd(), else 0

@@ -60,13 +60,25 @@ int statusOf(const NewEntry& entry, bool succeeded) {
   return entry.hasWrongCrc() ? ZipStatusWrongCrc : kFailure;
 }
 
+// Takes the completed entry out of the memory, which the next one uses.
+void prepare(ZipWriter& writer) {
+  Bytes& bytes = writer.memory->buffer();
+  writer.prepared =
+      std::make_unique<ZipPreparedEntry>(ZipPreparedEntry{writer.entry->record(), bytes});
+  bytes.clear();
+}
+
 int finishEntry(ZipWriter& writer, bool complete) {
   if (!complete) {
     const int status = statusOf(*writer.entry, false);
     writer.dropOpen();
     return status;
   }
-  writer.add(writer.entry->record(), writer.entry->start());
+  if (writer.memory) {
+    prepare(writer);
+  } else {
+    writer.add(writer.entry->record(), writer.entry->start());
+  }
   writer.entry.reset();
   return kSuccess;
 }
@@ -158,7 +170,7 @@ int ZipOpenNewEntry(ZipWriter* writer, const char* name, const ZipNewEntryInfo* 
     record.internalAttributes = static_cast<std::uint16_t>(info->internalAttributes);
     record.externalAttributes |= info->externalAttributes;
   }
-  writer->entry.emplace(writer->archive, writer->encoders, std::move(record),
+  writer->entry.emplace(writer->output(), writer->encoders, std::move(record),
                         NewEntryOptions{.level = level,
                                         .raw = raw != 0,
                                         .password = password,

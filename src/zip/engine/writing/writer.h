@@ -2,11 +2,13 @@
 // A writer, and what its calls share.
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <vector>
 
 #include "zip/engine.h"
 #include "zip/engine/container/entry_record.h"
+#include "zip/engine/writing/entry_output.h"
 #include "zip/engine/writing/new_entry.h"
 #include "zip/engine/writing/transaction.h"
 
@@ -35,6 +37,12 @@ struct KeptRecords {
 
 }  // namespace zip_engine
 
+// The bytes of an entry do not depend on its position, which only the central record has.
+struct ZipPreparedEntry {
+  zip_engine::EntryRecord record;
+  zip_engine::Bytes bytes;
+};
+
 struct ZipWriter {
   struct Completed {
     std::uint64_t start;      // absolute position of the local header
@@ -42,6 +50,8 @@ struct ZipWriter {
   };
 
   zip_engine::Transaction archive;
+  std::optional<zip_engine::MemoryOutput> memory;  // instead of the archive, if it prepares entries
+  std::unique_ptr<ZipPreparedEntry> prepared;      // the entry that was completed last
   int mode = ZipModeAppend;
   bool usesAes = false;                   // for entries with a password
   bool usesSlashes = false;               // in the names of new entries
@@ -56,6 +66,10 @@ struct ZipWriter {
   zip_engine::Bytes records;                    // the central records of the completed entries
   std::vector<Completed> completed;
 
+  zip_engine::EntryOutput& output() {
+    if (memory) return *memory;
+    return archive;
+  }
   void add(const zip_engine::EntryRecord& record, std::uint64_t start) {
     completed.push_back({start, records.size()});
     appendCentralRecord(records, record, start - archive.base());
@@ -67,7 +81,7 @@ struct ZipWriter {
   }
   void dropOpen() {
     if (!entry) return;
-    archive.rewind(entry->start());
+    output().rewind(entry->start());
     entry.reset();
   }
 };
