@@ -16,6 +16,7 @@
 #include "progress.h"
 #include "terminal.h"
 #include "text.h"
+#include "workers.h"
 
 using FileSystem::ArchiveChange;
 using FileSystem::Options;
@@ -123,6 +124,8 @@ void add(const AddRequest& request, Output& output) {
   const bool hasInput = checkNames(request);
   Options options = optionsOf(newPassword(request.encryption, output), request.compression);
   keep(request.kept, options);
+  Workers workers(request.compression.jobs);
+  workers.lendTo(options);
   if (hasInput) return addStandardInput(request, options, output);
   std::vector<Source> sources = sourcesOf(request, output);
   if (sources.empty()) {

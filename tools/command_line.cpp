@@ -34,6 +34,16 @@ Take into(unsigned int& number) {
   };
 }
 
+Take into(unsigned int& number, unsigned int least, unsigned int most) {
+  return [=, &number](const std::string& value) {
+    into(number)(value);
+    if (number < least || number > most) {
+      throw UsageError(inQuotes(value) + " is not in " + std::to_string(least) + " to " +
+                       std::to_string(most));
+    }
+  };
+}
+
 Take into(std::string& text, std::vector<std::string> choices) {
   return [&text, choices = std::move(choices)](const std::string& value) {
     if (!contains(choices, value)) throw UsageError(inQuotes(value) + " is not one of its values");
@@ -76,7 +86,7 @@ void CommandLine::readWord(const std::string& word) {
 
 void CommandLine::readOption(const std::vector<std::string>& words, std::size_t& position) {
   const std::string& word = words[position];
-  if (word[1] != '-') return readFlags(word.substr(1));
+  if (word[1] != '-') return readLetters(words, position);
   const std::size_t end = std::min(word.find('='), word.size());
   const std::string name = word.substr(2, end - 2);
   const Option* const option = findOption([&](const Option& o) { return o.name == name; });
@@ -88,25 +98,36 @@ void CommandLine::readOption(const std::vector<std::string>& words, std::size_t&
   if (end == word.size() && ++position == words.size()) {
     throw UsageError("--" + name + " needs a value");
   }
-  const std::string value = end == word.size() ? words[position] : word.substr(end + 1);
-  if (value.empty()) throw UsageError("the value of --" + name + " is empty");
-  if (contains(used_, name)) throw UsageError("--" + name + " occurs twice");
-  use(*option, value);
+  useValue(*option, end == word.size() ? words[position] : word.substr(end + 1));
 }
 
-void CommandLine::readFlags(const std::string& letters) {
-  for (const char letter : letters) {
+// Reads flags, and an option with a value at their end. Its value is the rest of the word, or else the
+// next word.
+void CommandLine::readLetters(const std::vector<std::string>& words, std::size_t& position) {
+  const std::string& word = words[position];
+  for (std::size_t i = 1; i < word.size(); ++i) {
+    const char letter = word[i];
     const Option* const option =
         findOption([&](const Option& o) { return o.letter != '\0' && o.letter == letter; });
+    if (option != nullptr && !option->value.empty()) {
+      if (i + 1 < word.size()) return useValue(*option, word.substr(i + 1));
+      if (++position == words.size()) throw UsageError("--" + option->name + " needs a value");
+      return useValue(*option, words[position]);
+    }
     if (option != nullptr) {
       use(*option, "");
     } else if (const Option* const digits = digitsOption(); digits != nullptr && isDigit(letter)) {
-      if (contains(used_, digits->name)) throw UsageError("--" + digits->name + " occurs twice");
-      use(*digits, std::string(1, letter));
+      useValue(*digits, std::string(1, letter));
     } else {
-      throw UsageError("unknown option " + inQuotes('-' + letters));
+      throw UsageError("unknown option " + inQuotes(word));
     }
   }
+}
+
+void CommandLine::useValue(const Option& option, const std::string& value) {
+  if (value.empty()) throw UsageError("the value of --" + option.name + " is empty");
+  if (contains(used_, option.name)) throw UsageError("--" + option.name + " occurs twice");
+  use(option, value);
 }
 
 void CommandLine::use(const Option& option, const std::string& value) {

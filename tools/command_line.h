@@ -24,6 +24,8 @@ Take into(std::string& text);
 Take into(std::vector<std::string>& list);
 // Takes decimal digits.
 Take into(unsigned int& number);
+// Takes a number in a range.
+Take into(unsigned int& number, unsigned int least, unsigned int most);
 // Takes one of the choices.
 Take into(std::string& text, std::vector<std::string> choices);
 
@@ -45,7 +47,7 @@ struct Option {
   std::string help;
   std::string value;  // what the help calls the value; empty for a flag
   Take take;
-  char letter = '\0';         // of the short form of a flag
+  char letter = '\0';         // of the short form
   std::string excludes = {};  // name of an option that must not be given too
   bool hasDigits = false;     // the digits are short forms with these values
 };
@@ -89,8 +91,9 @@ class CommandLine {
   void readWord(const std::string& word);
   // Reads the option at `position` and moves that to the option's last word.
   void readOption(const std::vector<std::string>& words, std::size_t& position);
-  void readFlags(const std::string& letters);
+  void readLetters(const std::vector<std::string>& words, std::size_t& position);
   void use(const Option& option, const std::string& value);
+  void useValue(const Option& option, const std::string& value);
   const Option* digitsOption() const;
   template <typename Predicate>
   const Option* findOption(Predicate predicate) const;

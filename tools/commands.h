@@ -23,8 +23,9 @@ struct EncryptionRequest {
 
 // How the user wants new entries to be compressed. Empty texts are for the defaults.
 struct CompressionRequest {
-  std::string method;  // "deflate" or "zstd"
-  std::string level;   // a digit
+  std::string method;     // "deflate" or "zstd"
+  std::string level;      // a digit
+  unsigned int jobs = 0;  // how many workers compress; 0 for one a processor
 };
 
 enum class ListFormat { kNames, kTable, kJson };

@@ -28,7 +28,10 @@ std::vector<Option> compressionOptions(CompressionRequest& compression) {
   Option level{"level", "0 (stored) to 9 (smallest), or the digit alone: -1", "LEVEL",
                into(compression.level, {"0", "1", "2", "3", "4", "5", "6", "7", "8", "9"})};
   level.hasDigits = true;
-  return {{"method", "compression: deflate, which every program reads, or zstd", "METHOD",
+  constexpr unsigned int kMostJobs = 256;
+  return {{"jobs", "how many threads compress, 1 to 256; one a processor if left out", "N",
+           into(compression.jobs, 1, kMostJobs), 'j'},
+          {"method", "compression: deflate, which every program reads, or zstd", "METHOD",
            into(compression.method, {"deflate", "zstd"})},
           std::move(level)};
 }

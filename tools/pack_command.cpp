@@ -9,6 +9,7 @@
 #include "paths.h"
 #include "progress.h"
 #include "text.h"
+#include "workers.h"
 
 using FileSystem::ItemResult;
 using FileSystem::Reason;
@@ -41,6 +42,8 @@ void pack(const std::string& directory, const std::string& zip, const Encryption
   }
   FileSystem::Options options = optionsOf(newPassword(encryption, output), compression);
   keep(kept, options);
+  Workers workers(compression.jobs);
+  workers.lendTo(options);
   Report result;
   {
     Progress progress(output, "packing " + directory);
@@ -51,7 +54,7 @@ void pack(const std::string& directory, const std::string& zip, const Encryption
   std::size_t count = 0;
   for (const ItemResult& item : result.items) {
     if (item.reason != Reason::None) continue;
-    output.detail("packed " + printable(item.name.empty() ? "." : item.name));
+    if (output.verbose) output.detail("packed " + printable(item.name.empty() ? "." : item.name));
     if (!item.isFolder) ++count;
   }
   output.summary("packed " + counted(count, "file", "files") + " into " + printable(zip));

@@ -5,6 +5,7 @@
 
 #include "terminal.h"
 #include "text.h"
+#include "thread_start.h"
 
 namespace {
 
@@ -20,7 +21,9 @@ std::string formatted(const char* format, double value) {
 }  // namespace
 
 Progress::Progress(const Output& output, const std::string& what) : what_(printable(what)) {
-  if (isTerminal(stderr) && !output.quiet) thread_ = std::thread([this] { show(); });
+  if (!isTerminal(stderr) || output.quiet) return;
+  const StartWithoutRequests started;
+  thread_ = std::thread([this] { show(); });
 }
 
 Progress::~Progress() {

@@ -20,7 +20,7 @@ _vesk_fs() {
   local command='' zip='' position=0 i
   for ((i = 1; i < COMP_CWORD; ++i)); do
     case ${COMP_WORDS[i]} in
-      --password | --password-file | --name | --encrypt | --method | --level) ((++i)) ;;
+      --password | --password-file | --name | --encrypt | --method | --level | --jobs | -j) ((++i)) ;;
       -?*) ;;
       *)
         if [[ -z $command ]]; then
@@ -36,7 +36,7 @@ _vesk_fs() {
   COMPREPLY=()
   case ${COMP_WORDS[COMP_CWORD - 1]} in
     --password-file) _vesk_fs_files -f && return ;;
-    --password | --name) return ;;
+    --password | --name | --jobs | -j) return ;;
     --encrypt)
       mapfile -t COMPREPLY < <(compgen -W 'aes256 traditional' -- "$cur")
       return
@@ -57,12 +57,12 @@ _vesk_fs() {
   local packed="$kept --follow-links --no-directories"
   case $command in
     '') options+=' --version' ;;
-    pack) options+=" --encrypt --method --level $passwords $packed" ;;
+    pack) options+=" --encrypt --method --level --jobs $passwords $packed" ;;
     unpack) options+=" --no-overwrite $passwords --no-links $kept" ;;
     list) options+=' --long --json' ;;
     test) options+=" $passwords" ;;
     extract) options+=" $passwords --no-links $kept" ;;
-    add) options+=" --name --encrypt --method --level $passwords $packed" ;;
+    add) options+=" --name --encrypt --method --level --jobs $passwords $packed" ;;
     sweep) options+=' --dry-run' ;;
   esac
   if [[ $cur == -* ]]; then

@@ -34,6 +34,8 @@ complete -c vesk-fs -n '__fish_seen_subcommand_from list remove extract' -a '(__
 complete -c vesk-fs -n '__fish_seen_subcommand_from add' -x -l name -d 'Name of the entry'
 complete -c vesk-fs -n '__fish_seen_subcommand_from pack add' -x -l encrypt -a 'aes256 traditional' \
     -d 'Encryption of new entries'
+complete -c vesk-fs -n '__fish_seen_subcommand_from pack add' -x -s j -l jobs \
+    -d 'How many threads compress'
 complete -c vesk-fs -n '__fish_seen_subcommand_from pack add' -x -l method -a 'deflate zstd' \
     -d 'Compression of new entries'
 complete -c vesk-fs -n '__fish_seen_subcommand_from pack add' -x -l level -a '(seq 0 9)' \

@@ -2,6 +2,7 @@
 
 #include <sys/stat.h>
 
+#include "support/sanitized.h"
 #include "tool/vesk_fs.h"
 
 namespace {
@@ -18,6 +19,18 @@ TEST_F(VeskFs, PacksWhatLinksLeadTo) {
          {"pack in in/a.zip", 0, "packed 5 files into in/a.zip\n"},
          {"list in/a.zip '*b'", 0, "a\uF05Cb\n"},
          {"tree in '*b'", 0, "in/a\\b\n"}});
+}
+
+// The archive is the same with any number of threads, also where the system has no memory for the
+// stack of one.
+TEST_F(VeskFs, PacksWithAnyNumberOfThreads) {
+  for (std::size_t i = 0; i < 50; ++i) write("in/" + std::to_string(i), std::string(i * 1000, 'x'));
+  ASSERT_EQ(shell(VESK_FS " pack -q in a.zip -j1"), 0);
+  EXPECT_EQ(shell(VESK_FS " pack -q in b.zip -j 3 && cmp a.zip b.zip"), 0);
+  if (support::kSanitized) GTEST_SKIP() << "a sanitizer takes memory of its own";
+  EXPECT_EQ(shell("ulimit -s 1000000; ulimit -v 600000; " VESK_FS
+                  " pack -q in c.zip -j4 && cmp a.zip c.zip"),
+            0);
 }
 
 // Whatever a command leaves out is named, and the status is 1.
