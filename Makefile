@@ -8,7 +8,7 @@ TEST_PACKAGES = zip unzip p7zip-full libarchive-tools busybox python3 coreutils 
 COMPILER_PACKAGES = $(CLANG_PACKAGES) clang-19 libc++-dev libc++abi-dev googletest
 LINT_PACKAGES = clang clang-format clang-tidy python3
 FUZZ_PACKAGES = $(CLANG_PACKAGES)
-BENCH_PACKAGES = zip unzip p7zip-full libarchive-tools isal pkg-config libzip-dev \
+BENCH_PACKAGES = zip unzip p7zip-full pigz libarchive-tools isal pkg-config libzip-dev \
                  libpoco-dev libpugixml-dev libsqlite3-dev
 DOCS_PACKAGES = doxygen
 ARM64_PACKAGES = cmake ninja-build g++-aarch64-linux-gnu qemu-user libboost-dev googletest \

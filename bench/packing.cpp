@@ -57,6 +57,37 @@ Operation packing(const Workspace& workspace, const std::string& what, FolderOf 
               }};
 }
 
+// Packs with two threads. The remark has the processor time of the thread that took more, which is what
+// other programs on the machine disturb least.
+Operation packingWithTwoThreads(const Workspace& workspace, const std::string& what,
+                                FolderOf folderOf, std::vector<Peer> peers) {
+  const std::string folder = (workspace.*folderOf)(8);
+  const auto pack = [&workspace](const std::string& job, const std::string& in) {
+    return std::vector{kPrograms + "bench-ours", job, in, workspace.fresh("ours.zip")};
+  };
+  peers.push_back({"one thread", [=] { return runProgram(pack("pack-1", folder)); }});
+  peers.push_back({"7z -tzip -mmt2", [=, &workspace] {
+                     return runProgram(
+                         {"7z", "a", "-tzip", "-mmt2", workspace.fresh("packed.zip"), "."}, folder);
+                   }});
+  return {.name = "pack " + what + ", two threads",
+          .target = 0.6,
+          .ours =
+              [=, &workspace](int eighths) {
+                return runProgram(pack("pack-2", (workspace.*folderOf)(eighths)));
+              },
+          .peers = std::move(peers),
+          .note =
+              [=] {
+                const auto longest = [&](const std::string& job) {
+                  std::string command;
+                  for (const std::string& word : pack(job, folder)) command += word + ' ';
+                  return versionLine(command);
+                };
+                return "longest thread " + longest("pack-2") + ", of one " + longest("pack-1");
+              }};
+}
+
 // All unpack the archives of `zip`, and so create the same tree.
 Operation unpacking(const Workspace& workspace, const std::string& what, FolderOf folderOf,
                     const std::string& prefix) {
@@ -140,6 +171,13 @@ std::vector<Operation> packingOperations(const Workspace& workspace) {
                              {"100 MB random bytes", "noise", &Workspace::noise}};
   std::vector<Operation> operations;
   for (const Work& work : kWorks) operations.push_back(packing(workspace, work.what, work.folder));
+  operations.push_back(
+      packingWithTwoThreads(workspace, "20,000 source files", &Workspace::tree, {}));
+  operations.push_back(packingWithTwoThreads(
+      workspace, "100 MB text", &Workspace::text,
+      {{"pigz -K -p 2", [&workspace] {
+          return runProgram({"pigz", "-K", "-c", "-p", "2", workspace.text(8) + "/text.txt"});
+        }}}));
   for (const Work& work : kWorks) {
     operations.push_back(unpacking(workspace, work.what, work.folder, work.prefix));
   }
