@@ -28,14 +28,8 @@ class FolderWalk {
   // walk descends into the folder if `visit` returns true.
   template <typename Visit>
   void run(Visit visit) {
-    runFolders(visit, [](const Search&) {});
-  }
-
-  // Also calls `end(search)` as the last form does.
-  template <typename Visit, typename End>
-  void runFolders(Visit visit, End end) {
-    walk(
-        FindExSearchLimitToDirectories, visit, [](const Search&) {}, end);
+    const auto ignore = [](const Search&) {};
+    walk(FindExSearchLimitToDirectories, visit, ignore, ignore);
   }
 
   // Also calls `file(search)` for each other entry, while path() is the path of its folder with

@@ -4,6 +4,7 @@
 #include <filesystem/trees.h>
 
 #include <string>
+#include <vector>
 
 #include "files/copy_target.h"
 #include "files/tree_call.h"
@@ -36,7 +37,8 @@ Report copyFile(const char* file, const char* folder, const Options& options) {
   }
   const bool isFolder = (data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
   if (isFolder) return call.finish(Reason::IsAFolder);
-  const Reason reason = Detail::prepareTarget(to);
+  std::vector<std::string> created;
+  const Reason reason = Detail::prepareTarget(to, created);
   if (reason != Reason::None) return call.finish(reason);
   call.expect(1, std::uint64_t{data.nFileSizeHigh} << 32 | data.nFileSizeLow);
   if (call.begin(name)) copyTo(to + name, file, call);

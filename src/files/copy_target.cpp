@@ -28,10 +28,10 @@ std::string creatable(std::string_view path) {
   return (isRooted ? "" : ".\\") + std::string(path);
 }
 
-Reason prepareTarget(const std::string& path) {
+Reason prepareTarget(const std::string& path, std::vector<std::string>& created) {
   // EnsurePathExists would cut a longer path and create the folder of the rest.
   if (path.size() >= kPathBuffer) return Reason::PathTooLong;
-  const bool isMade = makeFolders(path.c_str());
+  const bool isMade = makeFolders(path.c_str(), &created);
   const DWORD error = GetLastError();
   if (IsValidPath(path.c_str()) != 0) return Reason::None;
   return folderFailure(path, isMade ? GetLastError() : error);

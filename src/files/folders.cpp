@@ -5,6 +5,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "files/attributes.h"
 #include "files/make_folders.h"
@@ -61,17 +62,18 @@ class ProbeFile {
 
 }  // namespace
 
-bool Detail::makeFolder(const char* path) {
+bool Detail::makeFolder(const char* path, std::vector<std::string>* created) {
   if (isDirectory(path)) return true;
   if (CreateDirectoryA(path, nullptr)) {
     clearReadOnly(path);
+    if (created != nullptr) created->emplace_back(path);
     return true;
   }
   // Another process may have created it in the meantime.
   return GetLastError() == ERROR_ALREADY_EXISTS;
 }
 
-bool Detail::makeFolders(const char* path) {
+bool Detail::makeFolders(const char* path, std::vector<std::string>* created) {
   CString root;
   PathRoot(path, root);
   const char* const rootText = root;
@@ -84,7 +86,7 @@ bool Detail::makeFolders(const char* path) {
     folder += component;
     trim(folder);
     folder += '\\';
-    if (!makeFolder(folder.c_str())) return false;
+    if (!makeFolder(folder.c_str(), created)) return false;
   }
   return true;
 }

@@ -12,6 +12,7 @@
 #include <string>
 
 #include "platform/copy_file.h"
+#include "platform/file_identity.h"
 #include "platform/win32.h"
 #include "platform/written_files.h"
 
@@ -22,11 +23,16 @@ class OpenDirectory {
   // What to do if the last component of a path is a link; links before it are followed.
   enum class LastLink { Followed, Refused };
 
-  // Opens the directory at a path, which may end in a separator.
-  OpenDirectory(const std::string& path, LastLink link);
+  // Opens the directory at a path, which may end in a separator. If the path begins with that of
+  // `above`, which may be null, the system follows only the rest of it.
+  OpenDirectory(const std::string& path, LastLink link, const OpenDirectory* above = nullptr);
   // Opens a subdirectory by its storedName(). Fails if it is a link. `parent` must have been listed
   // to its end, and must outlive this object.
   OpenDirectory(OpenDirectory& parent, const std::string& storedName);
+  // Creates the directory at a path unless it exists, and opens it as the first constructor does. It
+  // follows a link of that name, but none that takes the place of a directory that was created. A
+  // new directory is not read-only.
+  static OpenDirectory make(const std::string& path, const OpenDirectory* above);
   OpenDirectory(OpenDirectory&&) noexcept;
   OpenDirectory& operator=(OpenDirectory&&) = delete;
   OpenDirectory(const OpenDirectory&) = delete;
@@ -35,6 +41,10 @@ class OpenDirectory {
 
   // True if the directory could be opened. If not, the constructor has set the error.
   explicit operator bool() const;
+  // True if make() has created the directory.
+  bool isNew() const;
+  // Reads the identity of the open directory. Returns false on failure.
+  bool identity(FileIdentity& identity) const;
 
   // Advances to the next entry, at first to the first one; `.` and `..` are left out. Returns false
   // at the end. Deleting entries does not disturb the listing.
@@ -49,6 +59,8 @@ class OpenDirectory {
   std::string storedName() const;
   // True if the current entry is a directory and no link to one.
   bool isDirectory() const;
+  // True if the current entry is a link to a directory.
+  bool leadsToDirectory() const;
   // True if the directory lists the current entry as a regular file, which is no link.
   bool isRegular() const;
   // Reports whether the current entry is a file that can be opened for reading now, as FileExists

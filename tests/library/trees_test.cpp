@@ -77,6 +77,21 @@ TEST_F(Trees, CopyContent) {
   EXPECT_FALSE(support::exists(path("in/copy/copy")));
 }
 
+TEST_F(Trees, CopyContentDoesNotCopyItsOwnCopies) {
+  write("in/a/file", "a");
+  write("in/first/b", "b");
+  write("in/z/c", "c");
+  const std::string in = folder_.text() + "in\\";
+  // Its folders are created while the source is read.
+  EXPECT_EQ(FileSystem::CopyContent(in, in + "first\\"), 3);
+  for (const char* name : {"a", "first", "z"}) {
+    EXPECT_TRUE(support::exists(path(std::string("in/first/") + name))) << name;
+    EXPECT_FALSE(support::exists(path(std::string("in/first/first/") + name))) << name;
+  }
+  EXPECT_EQ(FileSystem::CopyContent(in + "a\\", in + "a\\new\\deep\\"), 1);
+  EXPECT_FALSE(support::exists(path("in/a/new/deep/new")));
+}
+
 TEST_F(Trees, LockFiles) {
   const std::string name = std::to_string(GetCurrentProcessId()) + ".lock";
   EXPECT_EQ(FileSystem::DeleteLockFile(folder_.name().c_str()), 0);

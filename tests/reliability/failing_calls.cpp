@@ -197,6 +197,8 @@ CALL(int, mkdir, (const char* path, mode_t mode), (path, mode), path, true, {})
 CALL(char*, realpath, (const char* path, char* real_path), (path, real_path), path, false, {})
 CALL(DIR*, opendir, (const char* path), (path), path, false, {})
 CALL(struct dirent*, readdir, (DIR * folder), (folder), nullptr, false, {})
+CALL(ssize_t, getdents64, (int folder, void* block, std::size_t size), (folder, block, size),
+     nullptr, false, {})
 
 namespace {
 

@@ -37,13 +37,15 @@ struct OpenDirectory::State {
 
   std::string path;  // ends in a separator
   FileHandle held;
+  bool isNew = false;
   SearchHandle search;
   bool started = false;
   DWORD error = ERROR_SUCCESS;  // of the end of the listing
   WIN32_FIND_DATAA entry{};
 };
 
-OpenDirectory::OpenDirectory(const std::string& path, LastLink link)
+// A system call takes a whole path.
+OpenDirectory::OpenDirectory(const std::string& path, LastLink link, const OpenDirectory*)
     : state_(std::make_unique<State>()) {
   state_->path = path;
   if (!path.ends_with('\\') && !path.ends_with('/')) state_->path += '\\';
@@ -61,11 +63,39 @@ OpenDirectory::OpenDirectory(OpenDirectory& parent, const std::string& storedNam
   state_->hold(path, LastLink::Refused);
 }
 
+OpenDirectory OpenDirectory::make(const std::string& path, const OpenDirectory*) {
+  const std::string name = path.substr(0, path.find_last_not_of("\\/") + 1);
+  const bool isNew = CreateDirectoryA(name.c_str(), nullptr) != FALSE;
+  const DWORD error = isNew ? ERROR_SUCCESS : GetLastError();
+  OpenDirectory made(path, isNew ? LastLink::Refused : LastLink::Followed);
+  made.state_->isNew = isNew && made;
+  const DWORD openError = GetLastError();
+  const DWORD attributes = GetFileAttributesA(name.c_str());
+  const bool isThere = attributes != INVALID_FILE_ATTRIBUTES;
+  if (made.isNew() && isThere && (attributes & FILE_ATTRIBUTE_READONLY) != 0) {
+    SetFileAttributesA(name.c_str(), attributes & ~DWORD{FILE_ATTRIBUTE_READONLY});
+  }
+  const bool isDirectory = isThere && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+  const bool isMissing = !isNew && error != ERROR_ALREADY_EXISTS && !isDirectory;
+  SetLastError(isMissing ? error : openError);
+  return made;
+}
+
 OpenDirectory::OpenDirectory(OpenDirectory&&) noexcept = default;
 
 OpenDirectory::~OpenDirectory() = default;
 
 OpenDirectory::operator bool() const { return static_cast<bool>(state_->held); }
+
+bool OpenDirectory::isNew() const { return state_->isNew; }
+
+bool OpenDirectory::identity(FileIdentity& identity) const {
+  BY_HANDLE_FILE_INFORMATION information;
+  if (!*this || GetFileInformationByHandle(state_->held.get(), &information) == FALSE) return false;
+  identity = {.volume = information.dwVolumeSerialNumber,
+              .index = std::uint64_t{information.nFileIndexHigh} << 32 | information.nFileIndexLow};
+  return true;
+}
 
 bool OpenDirectory::next() {
   if (!*this) return false;
@@ -98,6 +128,11 @@ const char* OpenDirectory::name() const { return state_->entry.cFileName; }
 std::string OpenDirectory::storedName() const { return state_->entry.cFileName; }
 
 bool OpenDirectory::isDirectory() const { return isPlainDirectory(state_->entry.dwFileAttributes); }
+
+bool OpenDirectory::leadsToDirectory() const {
+  constexpr DWORD kKind = FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT;
+  return (state_->entry.dwFileAttributes & kKind) == kKind;
+}
 
 bool OpenDirectory::isRegular() const {
   constexpr DWORD kOther = FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT;

@@ -35,6 +35,22 @@ TEST_F(HostTreesOnLinux, CopySaysWhatIsNoFile) {
                                         {"sub\\file", Reason::None}}));
 }
 
+// The callback hears of the file when the folder beside it is listed, but not open.
+TEST_F(HostTreesOnLinux, CopyDoesNotFollowALinkThatReplacesAFolder) {
+  if (!support::fileSystem().links) GTEST_SKIP() << "no links here";
+  write("in/sub/file", "x");
+  write("in/sub/deep/listed", "x");
+  write("elsewhere/secret", "x");
+  copy(Options().setProgress([&](const Progress& progress) {
+    if (progress.name != "sub\\file") return true;
+    std::filesystem::remove_all(path("in/sub/deep"));
+    std::filesystem::create_directory_symlink(path("elsewhere"), path("in/sub/deep"));
+    return true;
+  }));
+  EXPECT_TRUE(support::exists(path("out/sub/file")));
+  EXPECT_FALSE(support::exists(path("out/sub/deep/secret")));
+}
+
 TEST_F(HostTreesOnLinux, SaysWhatHasNoName) {
   if (!support::fileSystem().anyName) GTEST_SKIP() << "no such names here";
   write("in/a\uF05C", "x");

@@ -133,9 +133,11 @@ TEST_F(TreesOnLinux, ReadOnlyDirectories) {
   // Those that are created can be written to.
   const mode_t before = umask(0222);
   FileSystem::EnsurePathExists((folder_.name() + "\\a\\b").c_str());
+  FileSystem::CopyContent(folder_.text() + "a\\", folder_.text() + "copy\\");
   umask(before);
   EXPECT_EQ(FileSystem::IsFileReadOnly(folder_.file("a").c_str()), 0);
   EXPECT_EQ(FileSystem::IsFileReadOnly(folder_.file("a/b").c_str()), 0);
+  EXPECT_EQ(FileSystem::IsFileReadOnly(folder_.file("copy/b").c_str()), 0);
 }
 
 // Texts beyond the size of their buffer are cut.
@@ -210,6 +212,7 @@ TEST_F(TreesOnLinux, DeepTreesNeedFewDescriptors) {
   ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &few), 0);
   std::vector<FileSystem::FILE_INFORMATION> records;
   EXPECT_EQ(FileSystem::EnumFolders(records, storage.path().c_str(), 1), 0U + kDepth);
+  EXPECT_EQ(FileSystem::CopyContent(storage.path(), folder_.text() + "copy\\"), 1);
   storage.clear();
   setrlimit(RLIMIT_NOFILE, &limit);
   EXPECT_EQ(std::string(records.back().cFileName).size(), 259U);

@@ -1,0 +1,202 @@
+#include "files/tree_copy.h"
+
+#include <algorithm>
+#include <boost/format.hpp>
+#include <string_view>
+#include <utility>
+
+#include "enumeration/folder_walk.h"
+#include "files/copy_target.h"
+#include "files/folder_failure.h"
+
+namespace FileSystem::Detail {
+namespace {
+
+using platform::FileIdentity;
+using platform::OpenDirectory;
+using platform::WrittenFiles;
+
+// Directories further down are opened by the rest of their path, which needs no more descriptors.
+constexpr std::size_t kOpenLevels = 8;
+
+constexpr WrittenFiles::Name kCreated = 1;
+
+std::string withoutEnd(const std::string& name) {
+  return name.substr(0, name.find_last_not_of('\\') + 1);
+}
+
+}  // namespace
+
+TreeCopy::TreeCopy(std::string source, std::string target, TreeCall& call)
+    : source_(std::move(source)), target_(std::move(target)), call_(call) {
+  if (call_.reports()) progress_ = [this](std::uint64_t done) { return call_.moveTo(done); };
+}
+
+void TreeCopy::count() {
+  std::uint64_t files = 0;
+  std::uint64_t bytes = 0;
+  FolderWalk walk(source_, true);
+  const auto visit = [&](const WIN32_FIND_DATAA&) {
+    return call_.begin(std::string(walk.relativePath()));
+  };
+  const auto add = [&](const Search& search) {
+    const WIN32_FIND_DATAA& entry = search.entry();
+    ++files;
+    bytes += std::uint64_t{entry.nFileSizeHigh} << 32 | entry.nFileSizeLow;
+  };
+  walk.run(visit, add);
+  call_.expect(files, bytes);
+}
+
+void TreeCopy::run(const std::vector<std::string>& created) {
+  FileIdentity folder;
+  for (const std::string& path : created) {
+    if (platform::fileIdentity(path.c_str(), folder)) created_.add(folder, kCreated);
+  }
+  // An empty path and a drive alone name the current directory, and so does the dot after them.
+  if (platform::fileIdentity((source_ + '.').c_str(), folder)) levels_.push_back(folder);
+  const OpenDirectory from(source_, OpenDirectory::LastLink::Followed);
+  const OpenDirectory to(target_, OpenDirectory::LastLink::Followed);
+  for (Subfolder& top : listTop()) {
+    copyFolder(std::move(top.name) + '\\', top.isLink, {.from = &from, .to = &to});
+  }
+  if (call_.isCancelled()) return;
+  Folder whole{.name = {}, .from = OpenDirectory(source_, OpenDirectory::LastLink::Followed)};
+  copyFiles(whole, nullptr);
+}
+
+// Searches by a pattern, because the source may be the beginning of a name.
+std::vector<TreeCopy::Subfolder> TreeCopy::listTop() {
+  std::vector<Subfolder> folders;
+  Search search(source_ + '*', FindExSearchLimitToDirectories, true);
+  while (search.next()) {
+    const WIN32_FIND_DATAA& entry = search.entry();
+    const std::string_view name = entry.cFileName;
+    if (!search.isFolder() || name == "." || name == "..") continue;
+    const bool isLink = (entry.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+    folders.push_back({.name = std::string(name), .isLink = isLink});
+  }
+  isTopListed_ = search.isComplete();
+  return folders;
+}
+
+TreeCopy::Listing TreeCopy::list(OpenDirectory& directory) {
+  Listing listing;
+  while (directory.next()) {
+    std::string shown = directory.name();
+    const bool isDirectory = directory.isDirectory();
+    if (isDirectory && shown.empty()) {
+      listing.unnamed.push_back(directory.storedName());
+    } else if (isDirectory || (!shown.empty() && directory.leadsToDirectory())) {
+      listing.folders.push_back({.name = std::move(shown), .isLink = !isDirectory});
+    } else {
+      listing.files.push_back({.stored = directory.storedName(),
+                               .shown = std::move(shown),
+                               .isRegular = directory.isRegular()});
+    }
+  }
+  return listing;
+}
+
+// Passes over what the copy itself has created, and over links to the folders that it is in.
+bool TreeCopy::isPassedOver(const FileIdentity& folder, bool isLink) const {
+  return created_.nameOf(folder) != WrittenFiles::kNone ||
+         (isLink && std::find(levels_.begin(), levels_.end(), folder) != levels_.end());
+}
+
+// A directory that another process replaces by a link after it was listed is not followed.
+void TreeCopy::copyFolder(std::string name, bool isLink, const Above& above) {
+  if (call_.isCancelled()) return;
+  const auto link = isLink ? OpenDirectory::LastLink::Followed : OpenDirectory::LastLink::Refused;
+  OpenDirectory from(source_ + name, link, above.from);
+  std::optional<Folder> folder;
+  folder.emplace(Folder{.name = std::move(name), .from = std::move(from)});
+  FileIdentity own;
+  if (folder->from.identity(own) && isPassedOver(own, isLink)) return;
+  const std::vector<Subfolder> subfolders = copyFiles(*folder, above.to);
+
+  levels_.push_back(own);
+  const std::string start = folder->name;
+  const bool staysOpen = levels_.size() <= kOpenLevels;
+  if (!staysOpen) folder.reset();
+  const Above below = staysOpen ? Above{.from = &folder->from, .to = &*folder->to} : above;
+  for (const Subfolder& next : subfolders) copyFolder(start + next.name + '\\', next.isLink, below);
+  levels_.pop_back();
+}
+
+// Copies the files directly in a folder, and returns its subfolders. They are listed before the
+// target is created, because the target may be in the source.
+std::vector<TreeCopy::Subfolder> TreeCopy::copyFiles(Folder& folder, const OpenDirectory* above) {
+  if (!folder.from) {
+    const DWORD error = GetLastError();
+    call_.failFolder(withoutEnd(folder.name), folderFailure(source_ + folder.name, error));
+  }
+  Listing listing = list(folder.from);
+  const bool isListed = folder.from.isComplete() && (!folder.name.empty() || isTopListed_);
+  if (folder.from && !isListed) call_.failFolder(withoutEnd(folder.name), Reason::ReadFailed);
+  for (const std::string& unnamed : listing.unnamed) {
+    call_.failFolder(folder.name + unnamed, Reason::Failed);
+  }
+  makeTarget(folder, above);
+  for (const File& file : listing.files) {
+    if (call_.isCancelled()) break;
+    copyFile(folder, file);
+  }
+  return std::move(listing.folders);
+}
+
+void TreeCopy::makeTarget(Folder& folder, const OpenDirectory* above) {
+  folder.to.emplace(OpenDirectory::make(target_ + folder.name, above));
+  folder.targetError = *folder.to ? ERROR_SUCCESS : GetLastError();
+  FileIdentity own;
+  if (folder.to->isNew() && folder.to->identity(own)) created_.add(own, kCreated);
+  if (!*folder.to) {
+    call_.failFolder(withoutEnd(folder.name),
+                     folderFailure(target_ + folder.name, folder.targetError));
+  }
+}
+
+void TreeCopy::copyFile(Folder& folder, const File& file) {
+  if (call_.reports() &&
+      !call_.begin(folder.name + (file.shown.empty() ? file.stored : file.shown))) {
+    return;
+  }
+  std::uint64_t other = WrittenFiles::kNone;
+  const Reason reason = copyTo(folder, file, other);
+  call_.end(reason, other);
+}
+
+// Copies a file, whatever has its name in the target. A file whose name is that of an earlier one
+// in the target, because the file system there takes both names for one, is not copied.
+Reason TreeCopy::copyTo(Folder& folder, const File& file, std::uint64_t& other) {
+  OpenDirectory& to = *folder.to;
+  if (file.isRegular && to) {
+    if (to.copyNew(folder.from, file.stored, written_, call_.id(), progress_)) {
+      return Reason::None;
+    }
+    // After another error the second way would only fail again.
+    const DWORD error = GetLastError();
+    if (error != ERROR_FILE_EXISTS) return failure(folder, file, error);
+  }
+  if (file.shown.empty()) return Reason::Failed;
+  other = to.writtenAs(file.stored, written_);
+  if (other != WrittenFiles::kNone) return Reason::SameFile;
+  boost::format path("%s%s%s");
+  const std::string from = str(path % source_ % folder.name % file.shown);
+  const std::string target = str(path % target_ % folder.name % file.shown);
+  const bool keeps = call_.existing() == ExistingFiles::Keep;
+  if (!platform::copyFile(from.c_str(), target.c_str(), keeps, progress_)) {
+    return failure(folder, file, GetLastError());
+  }
+  to.addWritten(file.stored, written_, call_.id());
+  return Reason::None;
+}
+
+Reason TreeCopy::failure(const Folder& folder, const File& file, DWORD error) const {
+  if (!call_.reports()) return Reason::Failed;
+  if (!*folder.to) return folderFailure(target_ + folder.name, folder.targetError);
+  const std::string name = folder.name + file.shown;
+  return copyFailure((source_ + name).c_str(), (target_ + name).c_str(), file.isRegular, error);
+}
+
+}  // namespace FileSystem::Detail
