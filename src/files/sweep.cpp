@@ -3,6 +3,7 @@
 #include <filesystem/files.h>
 #include <filesystem/trees.h>
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -28,6 +29,33 @@ double now() {
   return SystemTimeToVariantTime(&time, &date) ? date : 0.0;
 }
 
+// Converts file times to dates as dateOf() does, with the offset that local time has when it is created.
+// Asking the system for that again takes as long as opening a file.
+class LocalDates {
+ public:
+  LocalDates() {
+    constexpr std::uint64_t kAnyTime = std::uint64_t{1} << 56;
+    const FILETIME utc = timeOf(kAnyTime);
+    FILETIME local = utc;
+    FileTimeToLocalFileTime(&utc, &local);
+    offset_ = ticksOf(local) - kAnyTime;
+  }
+
+  double of(const FILETIME& time) const {
+    return Detail::dateOfLocal(timeOf(ticksOf(time) + offset_));
+  }
+
+ private:
+  static std::uint64_t ticksOf(const FILETIME& time) {
+    return std::uint64_t{time.dwHighDateTime} << 32 | time.dwLowDateTime;
+  }
+  static FILETIME timeOf(std::uint64_t ticks) {
+    return {static_cast<DWORD>(ticks), static_cast<DWORD>(ticks >> 32)};
+  }
+
+  std::uint64_t offset_ = 0;  // modulo 2^64
+};
+
 bool isTemporaryName(std::string_view name) {
   constexpr std::string_view kExtension = ".tmp";
   return name.size() >= kExtension.size() &&
@@ -50,11 +78,12 @@ class Sweep : public Detail::TreeVisitor {
 
  private:
   bool isOld(const Detail::TreeEntry& entry) const;
-  Reason obstacle(const Detail::TreeEntry& entry) const;
   bool isNoFile(const Detail::TreeEntry& entry) const;
+  Reason deleteOrFind(const Detail::TreeEntry& entry) const;
 
   const std::string start_;
   const double limit_;
+  const LocalDates dates_;
   const Mode mode_;
   Detail::TreeCall& call_;
   int count_ = 0;
@@ -62,21 +91,25 @@ class Sweep : public Detail::TreeVisitor {
 
 bool Sweep::isOld(const Detail::TreeEntry& entry) const {
   FILETIME time{};
-  return entry.directory.lastWrite(time) && limit_ >= Detail::dateOf(time);
+  return entry.directory.lastWrite(time) && limit_ >= dates_.of(time);
 }
 
-// Returns why the file is not listed.
-Reason Sweep::obstacle(const Detail::TreeEntry& entry) const {
-  const std::string_view name = entry.directory.name();
+bool Sweep::isNoFile(const Detail::TreeEntry& entry) const {
+  return !entry.directory.isRegular() && !entry.directory.canOpen() &&
+         platform::isNoFile((start_ + entry.path()).c_str());
+}
+
+// Deletes or finds a file, unless it is not listed. Returns why it stays.
+Reason Sweep::deleteOrFind(const Detail::TreeEntry& entry) const {
+  platform::OpenDirectory& directory = entry.directory;
+  const std::string_view name = directory.name();
   if (name.empty()) return Reason::Failed;
   if (start_.size() + entry.directoryPath.size() + name.size() >= Detail::kPathBuffer) {
     return Reason::PathTooLong;
   }
-  return entry.directory.canOpen() ? Reason::None : Detail::reasonOfError(GetLastError());
-}
-
-bool Sweep::isNoFile(const Detail::TreeEntry& entry) const {
-  return !entry.directory.isRegular() && platform::isNoFile((start_ + entry.path()).c_str());
+  const bool isDone = mode_ == Mode::Deletes ? directory.deleteIfOpenable()
+                                             : directory.canOpen() && directory.canDelete();
+  return isDone ? Reason::None : Detail::reasonOfError(GetLastError());
 }
 
 Detail::Visit Sweep::visit(const Detail::TreeEntry& entry) {
@@ -88,14 +121,9 @@ Detail::Visit Sweep::visit(const Detail::TreeEntry& entry) {
   }
   if (entry.isAtTop && !isTemporaryName(entry.directory.name())) return Visit::Kept;
   if (!isOld(entry)) return Visit::Kept;
-  Reason reason = obstacle(entry);
-  if (reason != Reason::None && isNoFile(entry)) return Visit::Kept;
+  if (isNoFile(entry)) return Visit::Kept;
   if (call_.reports() && !call_.begin(entry.path())) return Visit::Last;
-  if (reason == Reason::None) {
-    const bool isDone =
-        mode_ == Mode::Deletes ? entry.directory.deleteEntry() : entry.directory.canDelete();
-    if (!isDone) reason = Detail::reasonOfError(GetLastError());
-  }
+  const Reason reason = deleteOrFind(entry);
   call_.end(reason);
   if (call_.isCancelled()) return Visit::Last;
   return reason == Reason::None ? Visit::Deleted : Visit::Kept;

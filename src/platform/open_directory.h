@@ -70,6 +70,8 @@ class OpenDirectory {
   bool lastWrite(FILETIME& time) const;
   // Deletes the current entry, a file or a link, under the rules of DeleteFileA.
   bool deleteEntry();
+  // Does the same if canOpen() is true now.
+  bool deleteIfOpenable();
   // Reports whether deleteEntry() would delete the current entry now. If not, the error is set.
   bool canDelete() const;
 

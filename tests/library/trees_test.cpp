@@ -8,6 +8,7 @@
 
 #include "library/host_trees.h"
 #include "support/open_file.h"
+#include "support/platform.h"
 #include "support/programs.h"
 
 namespace {
@@ -146,6 +147,18 @@ TEST_F(Trees, Sweep) {
   write("chain/top/sub/f", "", 2);
   EXPECT_EQ(FileSystem::eraseOldFile(folder_.text() + "chain\\top\\", 1), 1U);
   EXPECT_FALSE(support::exists(path("chain")));
+}
+
+TEST_F(Trees, SweepCountsWholeDaysInAnotherTimeZone) {
+  const support::TwoHoursEast zone;
+  constexpr std::time_t kHour = 3600;
+  const std::time_t limit = std::time(nullptr) - 7 * 24 * kHour;
+  write("old.tmp", "");
+  write("young.tmp", "");
+  support::setWriteTime(path("old.tmp"), limit - kHour);
+  support::setWriteTime(path("young.tmp"), limit + kHour);
+  EXPECT_EQ(FileSystem::eraseOldFile(folder_.text(), 7), 1U);
+  EXPECT_TRUE(support::exists(path("young.tmp")));
 }
 
 int folderExists(const std::string& path) { return FileSystem::FolderExists(path.c_str()); }

@@ -160,6 +160,8 @@ bool OpenDirectory::deleteEntry() {
   return (isDirectoryLink ? RemoveDirectoryA(path.c_str()) : DeleteFileA(path.c_str())) != FALSE;
 }
 
+bool OpenDirectory::deleteIfOpenable() { return canOpen() && deleteEntry(); }
+
 bool OpenDirectory::canDelete() const {
   if ((state_->entry.dwFileAttributes & FILE_ATTRIBUTE_READONLY) != 0) {
     SetLastError(ERROR_ACCESS_DENIED);

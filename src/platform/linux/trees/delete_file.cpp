@@ -85,6 +85,16 @@ DWORD deleteRegularAt(int folder, const char* path) {
   return unlinkUnless(denial, folder, path);
 }
 
+DWORD deleteUnheldAt(int folder, const char* name) {
+  Descriptor file(openRetrying(folder, name, O_RDONLY | O_NOFOLLOW));
+  struct stat status;
+  const bool isPlain = file && fstat(file.get(), &status) == 0 && S_ISREG(status.st_mode) &&
+                       !isReadOnly(status.st_mode) && !isHeldByOthers(file.get());
+  if (!isPlain) return ERROR_SHARING_VIOLATION;
+  file = Descriptor();
+  return unlinkUnless(ERROR_SUCCESS, folder, name);
+}
+
 }  // namespace platform::native
 
 using namespace platform::native;

@@ -14,6 +14,10 @@ DWORD deleteAt(int folder, const char* path);
 // one system call less on a path.
 DWORD deleteRegularAt(int folder, const char* path);
 
+// Deletes such a file if no handle holds it and it can be opened for reading. In any other case this
+// returns ERROR_SHARING_VIOLATION, and the reason has to be found out.
+DWORD deleteUnheldAt(int folder, const char* name);
+
 // Returns the error that deleteAt() would have now for the file or link of that name in an open
 // folder.
 DWORD deletionError(int folder, const char* name);

@@ -227,6 +227,14 @@ bool OpenDirectory::deleteEntry() {
   return error == ERROR_SUCCESS || fail(error) != FALSE;
 }
 
+bool OpenDirectory::deleteIfOpenable() {
+  const int folder = state_->directory.get();
+  const char* const name = state_->entry->d_name;
+  const DWORD error = isRegular() ? deleteUnheldAt(folder, name) : DWORD{ERROR_SHARING_VIOLATION};
+  if (error == ERROR_SHARING_VIOLATION) return canOpen() && deleteEntry();
+  return error == ERROR_SUCCESS || fail(error) != FALSE;
+}
+
 bool OpenDirectory::canDelete() const {
   const DWORD error = deletionError(state_->directory.get(), state_->entry->d_name);
   return error == ERROR_SUCCESS || fail(error) != FALSE;
