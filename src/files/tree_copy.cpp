@@ -53,16 +53,29 @@ void TreeCopy::run(const std::vector<std::string>& created) {
   for (const std::string& path : created) {
     if (platform::fileIdentity(path.c_str(), folder)) created_.add(folder, kCreated);
   }
-  // An empty path and a drive alone name the current directory, and so does the dot after them.
-  if (platform::fileIdentity((source_ + '.').c_str(), folder)) levels_.push_back(folder);
-  const OpenDirectory from(source_, OpenDirectory::LastLink::Followed);
-  const OpenDirectory to(target_, OpenDirectory::LastLink::Followed);
-  for (Subfolder& top : listTop()) {
-    copyFolder(std::move(top.name) + '\\', top.isLink, {.from = &from, .to = &to});
+  enterSource();
+  while (!levels_.empty() && !call_.isCancelled()) {
+    std::vector<Subfolder>& pending = levels_.back().pending;
+    if (pending.empty()) {
+      levels_.pop_back();
+      continue;
+    }
+    const Subfolder next = std::move(pending.back());
+    pending.pop_back();
+    enter(next);
   }
   if (call_.isCancelled()) return;
   Folder whole{.name = {}, .from = OpenDirectory(source_, OpenDirectory::LastLink::Followed)};
   copyFiles(whole, nullptr);
+}
+
+void TreeCopy::enterSource() {
+  Level level{.name = {}, .identity = {}, .pending = listTop()};
+  // An empty path and a drive alone name the current directory, and so does the dot after them.
+  platform::fileIdentity((source_ + '.').c_str(), level.identity);
+  level.from.emplace(source_, OpenDirectory::LastLink::Followed);
+  level.to.emplace(target_, OpenDirectory::LastLink::Followed);
+  levels_.push_back(std::move(level));
 }
 
 // Searches by a pattern, because the source may be the beginning of a name.
@@ -77,6 +90,7 @@ std::vector<TreeCopy::Subfolder> TreeCopy::listTop() {
     folders.push_back({.name = std::string(name), .isLink = isLink});
   }
   isTopListed_ = search.isComplete();
+  std::reverse(folders.begin(), folders.end());
   return folders;
 }
 
@@ -100,28 +114,28 @@ TreeCopy::Listing TreeCopy::list(OpenDirectory& directory) {
 
 // Passes over what the copy itself has created, and over links to the folders that it is in.
 bool TreeCopy::isPassedOver(const FileIdentity& folder, bool isLink) const {
+  const auto isFolder = [&](const Level& level) { return level.identity == folder; };
   return created_.nameOf(folder) != WrittenFiles::kNone ||
-         (isLink && std::find(levels_.begin(), levels_.end(), folder) != levels_.end());
+         (isLink && std::any_of(levels_.begin(), levels_.end(), isFolder));
 }
 
 // A directory that another process replaces by a link after it was listed is not followed.
-void TreeCopy::copyFolder(std::string name, bool isLink, const Above& above) {
-  if (call_.isCancelled()) return;
-  const auto link = isLink ? OpenDirectory::LastLink::Followed : OpenDirectory::LastLink::Refused;
-  OpenDirectory from(source_ + name, link, above.from);
-  std::optional<Folder> folder;
-  folder.emplace(Folder{.name = std::move(name), .from = std::move(from)});
-  FileIdentity own;
-  if (folder->from.identity(own) && isPassedOver(own, isLink)) return;
-  const std::vector<Subfolder> subfolders = copyFiles(*folder, above.to);
-
-  levels_.push_back(own);
-  const std::string start = folder->name;
-  const bool staysOpen = levels_.size() <= kOpenLevels;
-  if (!staysOpen) folder.reset();
-  const Above below = staysOpen ? Above{.from = &folder->from, .to = &*folder->to} : above;
-  for (const Subfolder& next : subfolders) copyFolder(start + next.name + '\\', next.isLink, below);
-  levels_.pop_back();
+void TreeCopy::enter(const Subfolder& subfolder) {
+  using LastLink = OpenDirectory::LastLink;
+  const Level& above = levels_[std::min(levels_.size(), kOpenLevels) - 1];
+  const std::string name = levels_.back().name + subfolder.name + '\\';
+  const LastLink link = subfolder.isLink ? LastLink::Followed : LastLink::Refused;
+  Folder folder{.name = name, .from = OpenDirectory(source_ + name, link, &*above.from)};
+  Level level{.name = name, .identity = {}, .pending = {}};
+  const bool isKnown = folder.from.identity(level.identity);
+  if (isKnown && isPassedOver(level.identity, subfolder.isLink)) return;
+  level.pending = copyFiles(folder, &*above.to);
+  std::reverse(level.pending.begin(), level.pending.end());
+  if (levels_.size() < kOpenLevels) {
+    level.from.emplace(std::move(folder.from));
+    level.to.emplace(std::move(*folder.to));
+  }
+  levels_.push_back(std::move(level));
 }
 
 // Copies the files directly in a folder, and returns its subfolders. They are listed before the

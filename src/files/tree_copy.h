@@ -53,15 +53,21 @@ class TreeCopy {
     std::optional<OpenDirectory> to{};
     DWORD targetError = ERROR_SUCCESS;
   };
-  // The nearest folders above one that are open.
-  struct Above {
-    const OpenDirectory* from;
-    const OpenDirectory* to;
+  // A folder of the source that the copy is in. Its own stack serves trees that are deeper than the
+  // call stack.
+  struct Level {
+    std::string name;
+    platform::FileIdentity identity;
+    std::vector<Subfolder> pending;  // the next one last
+    // The folder and its copy; closed at the deeper levels.
+    std::optional<OpenDirectory> from{};
+    std::optional<OpenDirectory> to{};
   };
 
   static Listing list(OpenDirectory& directory);
+  void enterSource();
   std::vector<Subfolder> listTop();
-  void copyFolder(std::string name, bool isLink, const Above& above);
+  void enter(const Subfolder& subfolder);
   bool isPassedOver(const platform::FileIdentity& folder, bool isLink) const;
   std::vector<Subfolder> copyFiles(Folder& folder, const OpenDirectory* above);
   void makeTarget(Folder& folder, const OpenDirectory* above);
@@ -72,9 +78,9 @@ class TreeCopy {
   const std::string source_;
   const std::string target_;
   TreeCall& call_;
-  bool isTopListed_ = true;                     // all folders directly in the source are known
-  std::vector<platform::FileIdentity> levels_;  // of the folders that the copy is in
-  platform::WrittenFiles created_;              // folders
+  bool isTopListed_ = true;  // all folders directly in the source are known
+  std::vector<Level> levels_;
+  platform::WrittenFiles created_;  // folders
   platform::WrittenFiles written_;
   platform::CopyProgress progress_;
 };
