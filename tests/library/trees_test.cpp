@@ -78,19 +78,28 @@ TEST_F(Trees, CopyContent) {
   EXPECT_FALSE(support::exists(path("in/copy/copy")));
 }
 
+// The target's folders are created while the source is read. The one that is read last has copies of
+// all others by then.
 TEST_F(Trees, CopyContentDoesNotCopyItsOwnCopies) {
-  write("in/a/file", "a");
-  write("in/first/b", "b");
-  write("in/z/c", "c");
-  const std::string in = folder_.text() + "in\\";
-  // Its folders are created while the source is read.
-  EXPECT_EQ(FileSystem::CopyContent(in, in + "first\\"), 3);
-  for (const char* name : {"a", "first", "z"}) {
-    EXPECT_TRUE(support::exists(path(std::string("in/first/") + name))) << name;
-    EXPECT_FALSE(support::exists(path(std::string("in/first/first/") + name))) << name;
+  const std::string names[] = {"a", "b", "c"};
+  for (const std::string& target : names) {
+    const std::string in = "in-" + target;
+    for (const std::string& name : names) write(in + '/' + name + "/file", name);
+    const std::string source = folder_.text() + in + '\\';
+    EXPECT_EQ(FileSystem::CopyContent(source, source + target + '\\'), 3);
+    for (const std::string& name : names) {
+      const std::string copies = in + '/' + target + '/';
+      EXPECT_TRUE(support::exists(path(copies + name))) << copies << name;
+      EXPECT_FALSE(support::exists(path(copies + target + '/' + name))) << copies << name;
+    }
   }
-  EXPECT_EQ(FileSystem::CopyContent(in + "a\\", in + "a\\new\\deep\\"), 1);
-  EXPECT_FALSE(support::exists(path("in/a/new/deep/new")));
+}
+
+TEST_F(Trees, CopyContentPassesOverTheParentsOfANewTarget) {
+  write("in/file", "x");
+  const std::string in = folder_.text() + "in\\";
+  EXPECT_EQ(FileSystem::CopyContent(in, in + "new\\deep\\"), 1);
+  EXPECT_FALSE(support::exists(path("in/new/deep/new")));
 }
 
 TEST_F(Trees, LockFiles) {
