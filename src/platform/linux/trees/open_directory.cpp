@@ -44,7 +44,7 @@ bool leadsToDirectoryAt(int folder, const char* path) {
 }
 
 // A path from an open directory, or from AT_FDCWD.
-struct Place {
+struct Route {
   int folder;
   const char* path;
 };
@@ -53,7 +53,7 @@ struct Place {
 
 struct platform::OpenDirectory::State {
   // Returns the shortest way to a path.
-  Place placeOf(const NativePath& path) const {
+  Route routeTo(const NativePath& path) const {
     const std::string_view whole(path.c_str(), path.size());
     const bool isBelow = directory && !native.empty() && whole.size() > native.size() + 1 &&
                          whole.starts_with(native) && whole[native.size()] == '/';
@@ -114,8 +114,8 @@ OpenDirectory::OpenDirectory(const std::string& path, LastLink link, const OpenD
     return;
   }
   const int flags = kDirectoryFlags | (link == LastLink::Refused ? O_NOFOLLOW : 0);
-  const Place place = (above != nullptr ? above : this)->state_->placeOf(native);
-  state_->directory = Descriptor(openRetrying(place.folder, place.path, flags));
+  const Route route = (above != nullptr ? above : this)->state_->routeTo(native);
+  state_->directory = Descriptor(openRetrying(route.folder, route.path, flags));
   if (!state_->directory) SetLastError(errorOnPath(native, errno));
   state_->native = native.c_str();
 }
@@ -137,14 +137,14 @@ OpenDirectory::OpenDirectory(OpenDirectory& parent, const std::string& storedNam
 OpenDirectory OpenDirectory::make(const std::string& path, const OpenDirectory* above) {
   const NativePath native(path.c_str());
   if (!native.valid()) return OpenDirectory(path, LastLink::Followed);
-  const Place place = above != nullptr ? above->state_->placeOf(native)
-                                       : Place{.folder = AT_FDCWD, .path = native.c_str()};
+  const Route route = above != nullptr ? above->state_->routeTo(native)
+                                       : Route{.folder = AT_FDCWD, .path = native.c_str()};
   constexpr mode_t kAll = 0777;
-  const int error = mkdirat(place.folder, place.path, kAll) == 0 ? 0 : errno;
+  const int error = mkdirat(route.folder, route.path, kAll) == 0 ? 0 : errno;
   OpenDirectory made(path, error == 0 ? LastLink::Refused : LastLink::Followed, above);
   if (made && error == 0) made.state_->setNew();
   const bool isMissing = !made && error != 0 && error != EEXIST;
-  if (isMissing && !leadsToDirectoryAt(place.folder, place.path)) {
+  if (isMissing && !leadsToDirectoryAt(route.folder, route.path)) {
     // Only a folder on the way can be missing.
     SetLastError(error == ENOENT ? ERROR_PATH_NOT_FOUND : errorFromErrno(error));
   }
