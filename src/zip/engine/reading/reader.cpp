@@ -9,6 +9,7 @@
 #include <optional>
 
 #include "zip/engine/container/entry_name.h"
+#include "zip/engine/container/status.h"
 #include "zip/engine/container/time_field.h"
 #include "zip/engine/reading/entry_data.h"
 #include "zip/engine/reading/entry_layout.h"
@@ -16,13 +17,6 @@
 #include "zip/engine/reading/unused_bytes.h"
 
 using namespace zip_engine;
-
-namespace {
-
-constexpr int kSuccess = 0;
-constexpr int kFailure = -1;
-
-}  // namespace
 
 struct ZipReader {
   ArchiveFile file;

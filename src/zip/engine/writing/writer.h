@@ -8,14 +8,12 @@
 
 #include "zip/engine.h"
 #include "zip/engine/container/entry_record.h"
+#include "zip/engine/container/status.h"
 #include "zip/engine/writing/entry_output.h"
 #include "zip/engine/writing/new_entry.h"
 #include "zip/engine/writing/transaction.h"
 
 namespace zip_engine {
-
-inline constexpr int kSuccess = 0;
-inline constexpr int kFailure = -1;
 
 inline constexpr std::size_t kLongestField = 0xFFFF;
 
