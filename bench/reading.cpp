@@ -143,54 +143,39 @@ struct Plain {
 
 using OpenPlain = std::function<std::shared_ptr<Plain>(int eighths)>;
 
-Operation plainLookup(const std::string& entries, const OpenPlain& open) {
-  return {.name = "exist, 20 calls on " + entries,
+// `call` and `floor` make one call each, by name.
+Operation plainCalls(const std::string& name, const OpenPlain& open,
+                     const std::function<bool(Plain&, const std::string&)>& call,
+                     const std::function<bool(Plain&, const std::string&)>& floor) {
+  const auto timedCalls = [=](int eighths, const auto& one) {
+    const std::shared_ptr<Plain> plain = open(eighths);
+    return timed([&] {
+      for (const std::string& entry : plain->names) require(one(*plain, entry), name.c_str());
+    });
+  };
+  return {.name = name,
           .target = 1.2,
-          .ours =
-              [=](int eighths) {
-                const std::shared_ptr<Plain> plain = open(eighths);
-                return timed([&] {
-                  for (const std::string& name : plain->names) {
-                    require(plain->archive.exist(name.c_str()) != 0, "exist");
-                  }
-                });
-              },
-          .peers = {{"its system calls and a search",
-                     [=] {
-                       const std::shared_ptr<Plain> plain = open(8);
-                       return timed([&] {
-                         for (const std::string& name : plain->names) {
-                           require(plain->floor.find(name), "find");
-                         }
-                       });
-                     }}},
+          .ours = [=](int eighths) { return timedCalls(eighths, call); },
+          .peers = {{"its system calls and a search", [=] { return timedCalls(8, floor); }}},
           .note = {}};
 }
 
+Operation plainLookup(const std::string& entries, const OpenPlain& open) {
+  return plainCalls(
+      "exist, 20 calls on " + entries, open,
+      [](Plain& plain, const std::string& name) { return plain.archive.exist(name.c_str()) != 0; },
+      [](Plain& plain, const std::string& name) { return plain.floor.find(name); });
+}
+
 Operation plainReading(const std::string& entries, const OpenPlain& open) {
-  return {.name = "extract to memory, 20 calls on " + entries,
-          .target = 1.2,
-          .ours =
-              [=](int eighths) {
-                const std::shared_ptr<Plain> plain = open(eighths);
-                std::vector<unsigned char> bytes;
-                return timed([&] {
-                  for (const std::string& name : plain->names) {
-                    require(plain->archive.extract(name.c_str(), bytes) != 0, "extract");
-                  }
-                });
-              },
-          .peers = {{"its system calls and a search",
-                     [=] {
-                       const std::shared_ptr<Plain> plain = open(8);
-                       std::vector<unsigned char> stored;
-                       return timed([&] {
-                         for (const std::string& name : plain->names) {
-                           require(plain->floor.find(name, &stored), "find");
-                         }
-                       });
-                     }}},
-          .note = {}};
+  return plainCalls(
+      "extract to memory, 20 calls on " + entries, open,
+      [bytes = std::vector<unsigned char>()](Plain& plain, const std::string& name) mutable {
+        return plain.archive.extract(name.c_str(), bytes) != 0;
+      },
+      [stored = std::vector<unsigned char>()](Plain& plain, const std::string& name) mutable {
+        return plain.floor.find(name, &stored);
+      });
 }
 
 }  // namespace
