@@ -33,9 +33,11 @@ class NewVersion {
   // file itself, with its lock released, if its directory does not accept new files; no file is
   // created then. Empty on failure.
   std::string create();
+  // True if create() returned the file's own path. Who writes there commits it to the disk.
+  bool isInPlace() const;
   // Commits the new version to the disk, renames it, with the owner and the permissions of the old
-  // one, and commits the name. Nothing is left to do if create() returned the file's own path.
-  // False on failure; the old version then remains.
+  // one, and commits the name. Does nothing if the file is written in place. False on failure; the
+  // old version then remains.
   bool putInPlace();
 
  private:

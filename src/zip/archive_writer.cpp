@@ -89,6 +89,8 @@ void ArchiveWriter::useWorkers(HostWorkers& workers) {
 
 void ArchiveWriter::requireAll() { ZipSetAllOrNone(writer_); }
 
+void ArchiveWriter::makeDurable() { ZipSetDurable(writer_); }
+
 void ArchiveWriter::forEachName(const std::function<void(const std::string&)>& visit) const {
   const auto call = [](const char* name, void* context) {
     (*static_cast<const std::function<void(const std::string&)>*>(context))(name);

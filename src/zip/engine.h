@@ -173,6 +173,9 @@ void ZipSetOrigin(ZipWriter* writer, int isUnix, std::uint64_t lastWrite);
 void ZipSetUnknownCrc(ZipWriter* writer, int isUnknown);
 // Chooses that the commit has the space for all entries or fails. At first the first ones remain.
 void ZipSetAllOrNone(ZipWriter* writer);
+// Chooses that the commit of an archive that was created reaches the disk, or fails. That of an
+// archive that was there does so anyway.
+void ZipSetDurable(ZipWriter* writer);
 // Announces the size of the content of the entry that is begun next. An entry without it, and one of
 // 4 GiB - 1 MiB or more, gets a zip64 block with its sizes unless it turns out to have at most 4 MiB.
 // One that was announced as smaller has less than 4 GiB - 1 bytes, both plain and stored, and so does

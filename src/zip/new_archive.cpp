@@ -30,8 +30,12 @@ bool NewArchive::begin() {
   const std::string path = version_->create();
   if (path.empty()) return failWithError();
   writer_.emplace(path.c_str(), ArchiveWriter::Mode::Create);
-  if (!*writer_) reason_ = writer_->reason();
-  return static_cast<bool>(*writer_);
+  if (!*writer_) {
+    reason_ = writer_->reason();
+    return false;
+  }
+  if (version_->isInPlace()) writer_->makeDurable();
+  return true;
 }
 
 // False, with the file locked as before, if it is no archive.

@@ -2,6 +2,7 @@
 // some call on.
 
 #include <filesystem/files.h>
+#include <filesystem/zip.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -203,6 +204,25 @@ TEST(FailingCall, AnotherProcessMayCreateTheSameFolder) {
     EXPECT_EQ(FileSystem::EnsurePathExists(folder.file("a\\b").c_str()), 1) << number;
     total = failing.count();
   }
+}
+
+// Network file systems report a full disk there, or else at the close. The file that a dangling link
+// leads to is written under its own name.
+TEST(FailingCall, ThatCommitsAnArchiveWrittenInPlaceIsReported) {
+  const support::TemporaryFolder folder;
+  support::writeFile(folder.file("in/file"), "content");
+  std::filesystem::create_symlink(folder.file("target"), folder.file("link"));
+  int number = 0;
+  std::string failed;
+  bool isPacked = false;
+  do {
+    std::filesystem::remove(folder.file("target"));
+    const Failing failing(Fault::OneCall, ++number);
+    isPacked = FRT_ZIP_FOLDER(folder.file("in").c_str(), folder.file("link").c_str());
+    failed = failing.failed();
+  } while (failed != "fdatasync " && !failed.empty());
+  EXPECT_EQ(failed, "fdatasync ");
+  EXPECT_FALSE(isPacked);
 }
 
 INSTANTIATE_TEST_SUITE_P(All, FailingCalls,

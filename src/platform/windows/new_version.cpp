@@ -45,6 +45,8 @@ std::string NewVersion::create() {
   return state_->path;
 }
 
+bool NewVersion::isInPlace() const { return !state_->version; }
+
 bool NewVersion::putInPlace() {
   if (!state_->version) return true;
   if (!state_->version->complete()) return false;

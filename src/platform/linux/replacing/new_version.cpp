@@ -48,8 +48,11 @@ NewVersion::NewVersion(const std::string& path) : state_(std::make_unique<State>
     state_->isFirst = error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
     const NativePath native(path.c_str());
     struct stat link;
-    // The file that a dangling link leads to can only be created through the link.
-    if (state_->isFirst && native.valid() && lstat(native.c_str(), &link) != 0) {
+    // The file that a dangling link leads to can only be created through the link. Any other file
+    // that is there now is another process's, or one that a network client remembers.
+    const bool isLink =
+        native.valid() && lstat(native.c_str(), &link) == 0 && S_ISLNK(link.st_mode);
+    if (state_->isFirst && native.valid() && !isLink) {
       state_->originalPath = native.c_str();
       state_->openDirectory();
     }
@@ -102,6 +105,8 @@ std::string NewVersion::create() {
   state_->original = Descriptor();
   return state_->path;
 }
+
+bool NewVersion::isInPlace() const { return !state_->version; }
 
 bool NewVersion::putInPlace() {
   if (!state_->version) return true;

@@ -45,9 +45,10 @@ class Transaction : public EntryOutput {
   // Opens an archive or an empty file to append to it. Returns false if it cannot be opened or is
   // neither.
   bool openExisting(const char* path);
-  // Creates an empty file, or empties an existing one. Nothing is committed to the disk: the file
-  // has no old state to protect.
+  // Creates an empty file, or empties an existing one. Nothing is committed to the disk unless
+  // makeDurable() follows: the file has no old state to protect.
   bool createNew(const char* path);
+  void makeDurable() { durable_ = true; }
 
   // The archive before the append.
   const CentralDirectory& before() const { return before_; }
@@ -61,8 +62,8 @@ class Transaction : public EntryOutput {
   bool patch(std::uint64_t position, const void* data, std::size_t size) override;
 
   // Ends the archive with a directory of the kept and the added records. Once it returns true the
-  // append survives a power failure, unless the file was created. On failure, rewind() or restore()
-  // follows.
+  // append survives a power failure, unless the file was created and is not durable. On failure,
+  // rewind() or restore() follows.
   bool commit(const Bytes& kept, const Bytes& added, std::uint64_t entryCount,
               const std::string& comment);
   // Moves the committed entries to the start of the file, over the bytes of the old ones, of which

@@ -140,6 +140,10 @@ void ZipSetAllOrNone(ZipWriter* writer) {
   if (writer != nullptr) writer->isAllOrNone = true;
 }
 
+void ZipSetDurable(ZipWriter* writer) {
+  if (writer != nullptr) writer->archive.makeDurable();
+}
+
 int ZipOpenNewEntry(ZipWriter* writer, const char* name, const ZipNewEntryInfo* info,
                     const void* localExtra, std::uint32_t localExtraLength,
                     const void* centralExtra, std::uint32_t centralExtraLength, const char* comment,
