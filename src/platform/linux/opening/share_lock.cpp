@@ -40,7 +40,8 @@
 // each other and both withdraw, although one could have had the file. The byte
 // "in transit" prevents that. Who denies reading or writing, or deletes, holds it
 // between the two steps. An opening that meets a contradiction while another one
-// is in transit pauses for a random time and tries again.
+// is in transit pauses for a random time and tries again. It also tries again if the
+// contradiction is gone when no one is in transit: who caused it has withdrawn.
 //
 // Network file systems. Over NFS F_OFD_GETLK does not report read locks of other
 // clients, but refuses a write lock that they contradict. So there an opening that
@@ -215,14 +216,19 @@ bool contradictedOnOpening(int descriptor, const Request& request, bool mayBeRem
   });
 }
 
+// The facts of others that contradict an opening. Who is refused a lock meets one of them, too.
+bool contradicted(int descriptor, const Request& request) {
+  return contradicted(descriptor, request.asked | request.exclusive);
+}
+
 // Whether a contradiction that was met in this attempt is that of a holder, not
-// that of an opening which may still withdraw.
+// that of an opening which may still withdraw, or has done so. The opening has no locks.
 bool isFinal(int descriptor, const Request& request, int attempt) {
   if (attempt == kAttempts) return true;
   constexpr Facts kDenials = bit(kDenyRead) | bit(kDenyWrite) | bit(kDeletes);
   const bool denies = ((request.exclusive | request.shared) & kDenials) != 0;
   if (denies && attempt < kDenierAttempts) return false;
-  return !heldByOthers(descriptor, kTransitByte);
+  return !heldByOthers(descriptor, kTransitByte) && contradicted(descriptor, request);
 }
 
 }  // namespace
@@ -247,8 +253,7 @@ bool acquireShare(Descriptor& file, DWORD rights, DWORD share, bool mayBeRemote)
 
 bool shareAvailable(int descriptor, DWORD rights, DWORD share) {
   const Request request = requestOf(rights, share);
-  const Facts facts = request.asked | request.exclusive;
-  for (int attempt = 1; contradicted(descriptor, facts); ++attempt) {
+  for (int attempt = 1; contradicted(descriptor, request); ++attempt) {
     if (isFinal(descriptor, request, attempt)) return false;
     pause();
   }
