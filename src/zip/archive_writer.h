@@ -91,7 +91,7 @@ class ArchiveWriter {
   enum class Commit {
     Complete,
     Partial,  // the disk had space for the first entries only; the others are missing
-    Failed,   // the file is byte for byte unchanged, and empty in the mode Create
+    Failed,   // the file is byte for byte unchanged, and of no use in the mode Create
   };
 
   // The most bytes of content of an entry that is prepared.

@@ -12,6 +12,7 @@
 #include <utility>
 
 #include "failing_calls.h"
+#include "library/zip.h"
 #include "operations.h"
 #include "support/linux/forked_process.h"
 #include "support/linux/left_over.h"
@@ -192,6 +193,28 @@ TEST(FailingCall, ThatWritesOrReadsBackMakesAPathInvalid) {
     } while (failed != name && !failed.empty());
     EXPECT_EQ(failed, name);
   }
+}
+
+// Network file systems report a full disk there. The new archive of a removal is first written to
+// the folder for temporary files.
+TEST(FailingCall, ThatClosesANewArchiveIsReported) {
+  const support::TemporaryFolder folder;
+  const support::TemporaryVariable variable{folder.file("")};
+  operations::prepare(folder.file("model/"), {});
+  bool isReported = false;
+  std::string failed;
+  for (int number = 1; number == 1 || !failed.empty(); ++number) {
+    std::filesystem::copy(folder.file("model/a.zip"), folder.file("a.zip"),
+                          std::filesystem::copy_options::overwrite_existing);
+    ZipArchive archive;
+    archive.open(folder.file("a.zip").c_str(), kReadWrite);
+    const Failing failing(Fault::OneCall, number);
+    const bool isRemoved = archive.remove("kept") == 1;
+    failed = failing.failed();
+    const bool isOfNewArchive = failed.starts_with("close ") && failed.ends_with(".TMP");
+    isReported = isReported || (isOfNewArchive && !isRemoved);
+  }
+  EXPECT_TRUE(isReported);
 }
 
 TEST(FailingCall, AnotherProcessMayCreateTheSameFolder) {

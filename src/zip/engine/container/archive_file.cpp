@@ -66,4 +66,6 @@ bool ArchiveFile::truncate(std::uint64_t size) {
 
 bool ArchiveFile::sync() { return FlushFileBuffers(handle_.get()) != FALSE; }
 
+bool ArchiveFile::close() { return CloseHandle(handle_.release()) != FALSE; }
+
 }  // namespace zip_engine

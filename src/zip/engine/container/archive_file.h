@@ -23,6 +23,9 @@ class ArchiveFile {
   bool truncate(std::uint64_t size);
   // Waits until everything written so far, the size included, survives a power failure.
   bool sync();
+  // Closes the file. Returns false if the system reports that content could not be written, as
+  // network file systems do when the disk is full.
+  bool close();
 
  private:
   platform::FileHandle handle_;

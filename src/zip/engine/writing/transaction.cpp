@@ -173,7 +173,8 @@ bool Transaction::commit(const Bytes& kept, const Bytes& added, std::uint64_t en
   // What was never an archive, and is written in one piece, needs no backup.
   const bool needsBackup = beforeSize_ != 0 || backup_;
   if (needsBackup && !isBackedUp() && !backUp(0)) return false;
-  return flush() && sync() && (!backup_ || (file_.truncate(position()) && sync()));
+  return flush() && sync() && (!backup_ || (file_.truncate(position()) && sync())) &&
+         (durable_ || file_.close());
 }
 
 void Transaction::moveToStart(Bytes records, std::uint64_t entryCount, const std::string& comment) {

@@ -62,8 +62,8 @@ class Transaction : public EntryOutput {
   bool patch(std::uint64_t position, const void* data, std::size_t size) override;
 
   // Ends the archive with a directory of the kept and the added records. Once it returns true the
-  // append survives a power failure, unless the file was created and is not durable. On failure,
-  // rewind() or restore() follows.
+  // append survives a power failure, unless the file was created and is not durable; that one is
+  // closed. On failure, rewind() or restore() follows.
   bool commit(const Bytes& kept, const Bytes& added, std::uint64_t entryCount,
               const std::string& comment);
   // Moves the committed entries to the start of the file, over the bytes of the old ones, of which
