@@ -14,6 +14,7 @@
 #include "platform/linux/opening/remote_file.h"
 #include "platform/linux/opening/share_lock.h"
 #include "platform/linux/replacing/carry_over.h"
+#include "platform/linux/replacing/durability.h"
 #include "platform/linux/replacing/overwriting.h"
 #include "platform/linux/replacing/replacement_file.h"
 #include "platform/linux/system/last_error.h"
@@ -53,7 +54,8 @@ Descriptor lockForReplacement(int directory, const char* name, struct stat& stat
 }
 
 // Writes a new version over the file that it cannot replace. That file keeps its permissions, and so
-// must not have more than the new one is to have.
+// must not have more than the new one is to have. The version is committed first, since a network
+// file system may find only then that it cannot store it, and then would return zeros.
 bool overwriteBy(const ReplacementFile& version, const struct stat& old, Descriptor& held,
                  const NewMetadata& metadata) {
   constexpr mode_t kPermissions = 0777;
@@ -64,7 +66,7 @@ bool overwriteBy(const ReplacementFile& version, const struct stat& old, Descrip
     return false;
   }
   struct stat status;
-  return fstat(version.descriptor(), &status) == 0 &&
+  return commitContent(version.descriptor()) && fstat(version.descriptor(), &status) == 0 &&
          overwriteContent(version.descriptor(), status.st_size, old, held.get()) &&
          applyLastWrite(held.get(), metadata, old.st_mtim) && held.close();
 }
