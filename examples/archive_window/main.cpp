@@ -74,7 +74,7 @@ class ArchiveWindow {
     std::size_t done = 0;
     for (const ItemResult& item : report.items) {
       if (item.reason == Reason::None) {
-        ++done;
+        if (!item.isFolder) ++done;
       } else {
         failures_.add((item.name + '\t' + FileSystem::reasonText(item.reason)).c_str());
       }
