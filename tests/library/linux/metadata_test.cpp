@@ -185,6 +185,8 @@ TEST_F(Metadata, HostileEntries) {
       {"add('x', b'', 0o100644, b'', 0xff)", Reason::None, "x", "find x -type f"},
       {"add('C:\\\\x', b'x')", Reason::NameEscapes, "", "ls -d C* ../C*"},
       {"add('c:x', b'x')", Reason::None, "x", "cat c:x"},
+      {"add('c:', b'x')", Reason::None, "x", "cat c:"},
+      {"add('c:', b'x', 0o120777)", Reason::None, "x", "readlink c:"},
       {"add('x', b'', 0o100644, struct.pack('<HHBi', 0x5455, 5, 1, -2**31))", Reason::None,
        "-2147483648", "stat -c %Y x"},
       {"add('x', b'', 0o100644, struct.pack('<HHBiii', 0x5455, 13, 7, 3, 1, 2))", Reason::None, "3",
