@@ -63,11 +63,8 @@ std::vector<Source> sourcesOf(const AddRequest& request, Output& output) {
       appendDirectory(file, request.kept, output, sources);
     } else if (isSameFile(file, request.zip)) {
       output.warn("left out " + inQuotes(file) + ": it is the archive itself");
-    } else if (FileSystem::TestOpen(file.c_str(), FileSystem::kAccessRead) != 0) {
-      sources.push_back({file, lastComponent(file)});
     } else {
-      output.fail("cannot read " + inQuotes(file) +
-                  ": it does not exist, is not permitted, or another program uses it");
+      sources.push_back({file, lastComponent(file)});
     }
   }
   std::erase_if(sources, [&](const Source& source) {
