@@ -7,6 +7,7 @@
 
 #include <string>
 
+#include "library/reports.h"
 #include "library/zip.h"
 #include "support/platform.h"
 
@@ -148,8 +149,13 @@ TEST_F(Metadata, OptionsLeaveThingsOut) {
   EXPECT_EQ(modeOf(out_ + "/sub/755"), 06755U);
   shell("chmod -R u+w out; rm -r out");
   const Report report = unpack(Options().setLinks(false));
-  EXPECT_FALSE(report);
+  EXPECT_EQ(reasonsOf(report)["relative"], Reason::IsALink);
   EXPECT_FALSE(std::filesystem::exists(out_ + "/relative"));
+  const Archive archive = openArchive();
+  const std::string link = folder_.file("link");
+  const Entry relative = find(archive.entries(), "relative");
+  EXPECT_EQ(archive.extract(relative, link.c_str(), Options().setLinks(false)), Reason::IsALink);
+  EXPECT_FALSE(std::filesystem::is_symlink(link));
 }
 
 // Each entry alone, in a folder that has a file, a folder and a link.
