@@ -1,6 +1,7 @@
 // Archive: what only Linux can be made to do.
 
 #include <filesystem/archive.h>
+#include <filesystem/archive_change.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -9,6 +10,7 @@
 #include <filesystem>
 #include <functional>
 
+#include "library/reports.h"
 #include "library/zip.h"
 #include "support/linux/forked_process.h"
 #include "support/open_file.h"
@@ -64,6 +66,17 @@ TEST_F(ArchiveOnLinux, SaysWhyAFileCannotBeWritten) {
   const rlim_t open = static_cast<rlim_t>(lowestFreeDescriptor());
   EXPECT_EQ(reasonWithin(RLIMIT_NOFILE, open, reasonNow), Reason::WriteFailed);
   EXPECT_FALSE(support::exists(file));
+}
+
+// Reading the memory of a process from its first byte on is an error.
+TEST_F(ArchiveOnLinux, SaysThatAFileCannotBeRead) {
+  make({"a"});
+  ArchiveChange change;
+  change.insertFile("/proc/self/mem", "b");
+  const Report report = change.apply(path_.c_str());
+  EXPECT_EQ(report.reason, Reason::ReadFailed);
+  EXPECT_EQ(reasonsOf(report), (Reasons{{"b", Reason::ReadFailed}}));
+  EXPECT_EQ(names(), Names{"a"});
 }
 
 }  // namespace
