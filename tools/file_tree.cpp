@@ -94,12 +94,6 @@ void reportLeftOut(const Tree& tree, Output& output) {
   }
 }
 
-std::uint64_t fileSize(const std::string& path) {
-  std::error_code error;
-  const std::uint64_t size = fs::file_size(systemPath(path), error);
-  return error ? 0 : size;
-}
-
 bool isSameFile(const std::string& a, const std::string& b) {
   std::error_code error;
   return fs::equivalent(systemPath(a), systemPath(b), error);

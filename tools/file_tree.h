@@ -2,7 +2,7 @@
 // Files and directory trees as the system shows them. The library does not report
 // the files that its listings leave out.
 
-#include <cstdint>
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -33,9 +33,6 @@ Tree filesBelow(const std::string& directory, Links links);
 
 // Reports each path that a walk left out as a failure.
 void reportLeftOut(const Tree& tree, Output& output);
-
-// Size of a file in bytes; 0 if it cannot be determined.
-std::uint64_t fileSize(const std::string& path);
 
 // True if both paths exist and are the same file.
 bool isSameFile(const std::string& a, const std::string& b);
