@@ -123,7 +123,7 @@ class ArchiveWriter {
   // Makes commit() have the space for all entries or fail.
   void requireAll();
   // Makes commit() commit the file to the disk in the mode Create too. Network file systems report
-  // there that they have not stored it.
+  // only then that they have not stored it.
   void makeDurable();
   // Calls `visit(name)` with the stored name of each entry of the archive that was opened.
   void forEachName(const std::function<void(const std::string&)>& visit) const;

@@ -230,7 +230,7 @@ TEST(FailingCall, AnotherProcessMayCreateTheSameFolder) {
 }
 
 // Network file systems report a full disk there, or else at the close. The file that a dangling link
-// leads to is written under its own name.
+// refers to is written in place.
 TEST(FailingCall, ThatCommitsAnArchiveWrittenInPlaceIsReported) {
   const support::TemporaryFolder folder;
   support::writeFile(folder.file("in/file"), "content");

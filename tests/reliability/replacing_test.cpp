@@ -247,7 +247,7 @@ TEST_P(Replacing, IsAtNoInstantOpenToMore) {
 
 INSTANTIATE_TEST_SUITE_P(All, Replacing, testing::ValuesIn(cases()));
 
-// What a network file system has not stored it may return as zeros.
+// A network file system may return zeros for content that it has not stored.
 TEST_F(Zip, OnlyWhatIsStoredIsWrittenOverAColleaguesFile) {
   if (geteuid() != 0) GTEST_SKIP() << "needs the superuser";
   make({"a"});

@@ -40,8 +40,8 @@
 // each other and both withdraw, although one could have had the file. The byte
 // "in transit" prevents that. Who denies reading or writing, or deletes, holds it
 // between the two steps. An opening that meets a contradiction while another one
-// is in transit pauses for a random time and tries again. It also tries again if the
-// contradiction is gone when no one is in transit: who caused it has withdrawn.
+// is in transit pauses for a random time and tries again. It also tries again if
+// no one is in transit and the contradiction no longer exists: its cause has withdrawn.
 //
 // Network file systems. Over NFS F_OFD_GETLK does not report read locks of other
 // clients, but refuses a write lock that they contradict. So there an opening that
