@@ -281,6 +281,30 @@ TEST_F(Archive, DroppedEntriesLeaveNoTrace) {
   EXPECT_TRUE(support::readFile(path_) == support::readFile(wanted));
 }
 
+// Callers report progress between two parts.
+TEST_F(Archive, SlowLevelsDeflateSmallerParts) {
+  const std::string content = repetitiveText(8 << 20);
+  const struct {
+    int level;
+    bool isSizeKnown;
+    std::uint32_t parts;
+  } kRows[] = {{6, true, 2}, {ZipLevelDefault, true, 4}, {ZipLevelDefault, false, 4}, {9, true, 8}};
+  for (const auto& row : kRows) {
+    std::uint32_t parts = 0;
+    const auto run = [](std::uint32_t count, void (*)(std::uint32_t, const void*), const void*,
+                        void* context) {
+      *static_cast<std::uint32_t*>(context) = count;
+      return true;
+    };
+    ZipWriter* const writer = ZipOpenWriter(path_.c_str(), ZipModeCreate);
+    ZipSetWorkers(writer, 16, run, &parts);
+    ASSERT_TRUE(addEntry(writer, "e", content, nullptr, row.level, row.isSizeKnown));
+    ASSERT_EQ(ZipCloseWriter(writer, nullptr), 0);
+    EXPECT_EQ(parts, row.parts) << row.level;
+    EXPECT_TRUE(readArchive(path_) == (Entries{{"e", content}}));
+  }
+}
+
 // A reader would take an end record in the comment for that of the archive.
 TEST_F(Archive, CommentsHoldNoEndRecord) {
   writeArchive(path_, {});

@@ -9,12 +9,33 @@
 namespace zip_engine {
 namespace {
 
-// Plain data up to this size is deflated in one piece, and needs no zip64 block.
-constexpr std::size_t kGatherLimit = ZipLargestPrepared;
+// The most plain data that is encoded in one piece, and needs no zip64 block.
+constexpr std::size_t kLargestWhole = ZipLargestPrepared;
 
 // A part that deflate cannot shrink grows by five bytes for each 64 KB. The header of its entry may
 // precede it.
 constexpr std::size_t kPartOverhead = 64 << 10;
+
+// The size of the parts of more. Callers report progress between two parts, so a slow level has
+// smaller ones. Deflating one usually takes 20 to 80 ms. Still smaller ones would make level 9 larger
+// than level 8.
+std::size_t partSizeOf(int level) {
+  switch (level) {
+    case 9:
+    case 8:
+      return 1 << 20;
+    case 7:
+    case ZipLevelDefault:
+      return 2 << 20;
+    default:
+      return kLargestWhole;
+  }
+}
+
+// The default level is a faster one for data in one piece than for parts.
+std::size_t wholeSizeOf(int level) {
+  return level == ZipLevelDefault ? kLargestWhole : partSizeOf(level);
+}
 
 }  // namespace
 
@@ -33,6 +54,8 @@ NewEntry::NewEntry(EntryOutput& output, Encoders& encoders, EntryRecord record,
       record_(std::move(record)),
       start_(output.position()),
       level_(options.level),
+      partSize_(partSizeOf(options.level)),
+      wholeSize_(options.size > kLargestWhole ? partSize_ : wholeSizeOf(options.level)),
       raw_(options.raw),
       expectedCrc_(options.expectedCrc),
       method_(raw_ ? nullptr : findMethod(record_.method)) {
@@ -106,7 +129,7 @@ bool NewEntry::encodePart(bool last) {
     beginData();
   }
   if (hasWorkers) return deflateParts(last);
-  Bytes& buffer = output_.bufferForPart(kGatherLimit + kPartOverhead);
+  Bytes& buffer = output_.bufferForPart(partSize_ + kPartOverhead);
   const std::size_t start = buffer.size();
   const bool isEncoded = encoder_ != nullptr ? encoder_->append(buffer, gathered_, last)
                                              : deflater_.append(buffer, gathered_, level_, last);
@@ -119,7 +142,7 @@ bool NewEntry::encodePart(bool last) {
 bool NewEntry::gatherPart(bool last) {
   if (gatheredParts_ == parts_.size()) {
     parts_.emplace_back();
-    parts_.back().deflated.reserve(kGatherLimit + kPartOverhead);
+    parts_.back().deflated.reserve(partSize_ + kPartOverhead);
   }
   std::swap(parts_[gatheredParts_].plain, gathered_);
   gathered_.clear();
@@ -133,7 +156,7 @@ bool NewEntry::deflateParts(bool last) {
   if (!deflater_.deflate(parts_, count, level_, last)) return false;
   for (std::size_t i = 0; i < count; ++i) {
     const Bytes& deflated = parts_[i].deflated;
-    Bytes& buffer = output_.bufferForPart(kGatherLimit + kPartOverhead);
+    Bytes& buffer = output_.bufferForPart(partSize_ + kPartOverhead);
     buffer.insert(buffer.end(), deflated.begin(), deflated.end());
     if (!stored(deflated.size())) return false;
   }
@@ -164,7 +187,7 @@ bool NewEntry::add(const unsigned char* data, std::size_t size) {
 // Writes bytes unchanged. Before the header, which they follow, it is found out whether it needs a
 // zip64 block.
 bool NewEntry::store(const unsigned char* data, std::size_t size) {
-  if (!begun_ && record_.hasZip64 && gathered_.size() + size <= kGatherLimit) {
+  if (!begun_ && record_.hasZip64 && gathered_.size() + size <= wholeSize_) {
     return gather(data, size);
   }
   if (!begun_) {
@@ -181,11 +204,15 @@ bool NewEntry::store(const unsigned char* data, std::size_t size) {
 bool NewEntry::gather(const unsigned char* data, std::size_t size) {
   // Data that come in blocks get all their memory in one allocation, so that no smaller one is left
   // in the heap.
-  if (!gathered_.empty()) gathered_.reserve(kGatherLimit);
-  while (gathered_.size() + size > kGatherLimit) {
-    const std::size_t count = kGatherLimit - gathered_.size();
+  if (!gathered_.empty()) gathered_.reserve(gatherLimit());
+  while (gathered_.size() + size > gatherLimit()) {
+    const std::size_t count = gatherLimit() - gathered_.size();
     gathered_.insert(gathered_.end(), data, data + count);
+    const auto partEnd = gathered_.begin() + static_cast<std::ptrdiff_t>(partSize_);
+    const Bytes next(partEnd, gathered_.end());
+    gathered_.erase(partEnd, gathered_.end());
     if (!encodePart(false)) return false;
+    gathered_.insert(gathered_.end(), next.begin(), next.end());
     data += count;
     size -= count;
   }

@@ -33,6 +33,7 @@ struct NewEntryOptions {
   bool usesAes;               // with a password; else the traditional encryption
   bool knowsCrc;              // if not, an entry with that encryption gets a descriptor
   std::uint32_t expectedCrc;  // of the plain data, for the traditional encryption
+  std::uint64_t size;         // of the plain data, 0 if it is not known
 };
 
 class NewEntry {
@@ -60,6 +61,8 @@ class NewEntry {
   std::uint64_t start() const { return start_; }
 
  private:
+  // The most gathered bytes.
+  std::size_t gatherLimit() const { return begun_ || gatheredParts_ > 0 ? partSize_ : wholeSize_; }
   bool hasDescriptor() const { return (record_.flags & kFlagDescriptor) != 0; }
   void beginEncryption(const NewEntryOptions& options);
   void setMethod(const Method& method);
@@ -83,6 +86,8 @@ class NewEntry {
   EntryRecord record_;
   std::uint64_t start_;
   int level_;
+  std::size_t partSize_;
+  std::size_t wholeSize_;  // the most plain data that is encoded in one piece
   bool raw_;
   std::uint32_t expectedCrc_;
   const Method* method_;  // asked for; inside the encryption; null for raw data

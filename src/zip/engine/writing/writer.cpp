@@ -180,7 +180,8 @@ int ZipOpenNewEntry(ZipWriter* writer, const char* name, const ZipNewEntryInfo* 
                                         .password = password,
                                         .usesAes = isAes,
                                         .knowsCrc = writer->knowsCrc,
-                                        .expectedCrc = crc});
+                                        .expectedCrc = crc,
+                                        .size = size.value_or(0)});
   return kSuccess;
 }
 
