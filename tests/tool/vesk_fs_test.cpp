@@ -91,6 +91,7 @@ TEST_F(VeskFs, RefusesPasswordsWithAZeroByte) {
          {"add a.zip file --password-file second-line", 0, ""},
          {"extract a.zip file - --password-file utf-16", 1, "", "'utf-16'"}});
   EXPECT_EQ(shell("unzip -P secret -tqq a.zip"), 0);
+  EXPECT_EQ(shell(VESK_FS " list -l a.zip | grep -q ' zip  *file$'"), 0);
 }
 
 TEST_F(VeskFs, DescribesEntries) {
@@ -122,6 +123,16 @@ open("a.zip", "wb").write(data))");
         "\"encryption\": \"none\", \"comment\": \"\u00e9\\u000a\"}\n]\n"},
        {"test a.zip", 1, "tested 3 entries of a.zip: 1 error\n",
         "'c': its compression method, PPMd"}});
+}
+
+// What changes the help changes this file too, so that each of its words is read.
+TEST_F(VeskFs, DescribesItself) {
+  std::string help = run("--help");
+  for (const char* const command : {"pack", "unpack", "list", "test", "add", "remove", "extract",
+                                    "tree", "copy", "sweep", "version", "xml get"}) {
+    help += '\n' + run(command + std::string(" --help"));
+  }
+  EXPECT_EQ(help, support::readFile(VESK_TEST_DATA "/help.txt"));
 }
 
 TEST_F(VeskFs, NamesWhatFails) {
@@ -196,7 +207,7 @@ TEST_F(VeskFs, SaysWhatIsWrong) {
       {"unpack none.zip x", 1, "", "'none.zip'"},
       {"unpack a.zip text.zip", 1, "", "cannot create or write to the directory"},
       {"list in", 1, "", "is a directory"},
-      {"add text.zip in/file", 1, "", "not a sound zip archive"},
+      {"add text.zip in/file", 1, "", "cannot change 'text.zip': it is not a sound zip archive"},
       {"add b.zip in/file none text.zip -v", 1, "added file\nadded text.zip\n",
        "cannot add 'none': it does not exist"},
       {"list b.zip", 0, "file\ntext.zip\n"},
