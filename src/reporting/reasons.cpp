@@ -70,6 +70,8 @@ Reason reasonOfError(DWORD error, Reason other) {
     case ERROR_FILENAME_EXCED_RANGE:
     case ERROR_BUFFER_OVERFLOW:
       return Reason::PathTooLong;
+    case ERROR_CRC:
+      return Reason::ReadFailed;
     case ERROR_REQUEST_ABORTED:
       return Reason::Cancelled;
     case ERROR_DIRECTORY:

@@ -111,6 +111,13 @@ TEST_F(HostTreesOnLinux, CopySaysThatTheDiskIsFull) {
   EXPECT_EQ(shell("test $(ls -A out | wc -l) = 2"), 0);
 }
 
+// Reading the memory of a process from its first byte on is an error.
+TEST_F(HostTreesOnLinux, CopySaysThatAFileCannotBeRead) {
+  const Report report = copyFile("/proc/self/mem", path("out").c_str());
+  EXPECT_EQ(reasonsOf(report), (Reasons{{"mem", Reason::ReadFailed}}));
+  EXPECT_FALSE(support::exists(path("out/mem")));
+}
+
 TEST_F(HostTreesOnLinux, CopySaysThatAPathIsTooLong) {
   std::string deep;
   while (path("in/" + deep).size() < 3900) deep += std::string(100, 'd') + '/';

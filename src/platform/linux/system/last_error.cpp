@@ -57,6 +57,8 @@ DWORD errorFromErrno(int error) {
       return ERROR_FILENAME_EXCED_RANGE;
     case ECANCELED:
       return ERROR_REQUEST_ABORTED;
+    case EBADMSG:
+      return ERROR_CRC;
     case EXDEV:
       return ERROR_NOT_SAME_DEVICE;
     default:

@@ -58,13 +58,19 @@ bool writeAll(int descriptor, const char* bytes, std::size_t size) {
   return true;
 }
 
+// Distinguishes an error of the disk that is read from one of the disk that is written.
+bool failReading() {
+  if (errno == EIO) errno = EBADMSG;
+  return false;
+}
+
 // Copies `left` bytes, fewer at the end of the file, and sets `left` to the rest.
 bool copyBlocks(int from, int to, std::size_t blockSize, off_t& left, Meter& meter) {
   const std::unique_ptr<char[]> block(new char[blockSize]);  // not zero-filled
   while (left > 0) {
     const ssize_t count = ::read(from, block.get(), sizeWithin(left, blockSize));
     if (count < 0 && errno == EINTR) continue;
-    if (count < 0) return false;
+    if (count < 0) return failReading();
     if (count == 0) return true;
     if (!writeAll(to, block.get(), static_cast<std::size_t>(count))) return false;
     left -= count;
@@ -77,7 +83,8 @@ bool copyBlocks(int from, int to, std::size_t blockSize, off_t& left, Meter& met
 bool copySmall(int from, int to, off_t size, Meter& meter) {
   char block[kSmall];
   const ssize_t count = ::read(from, block, sizeof(block));
-  if (count < 0 || !writeAll(to, block, static_cast<std::size_t>(count))) return false;
+  if (count < 0) return failReading();
+  if (!writeAll(to, block, static_cast<std::size_t>(count))) return false;
   if (!meter.advance(count)) return false;
   off_t left = kToTheEnd;
   return count == size || copyBlocks(from, to, kBlock, left, meter);
