@@ -1,19 +1,58 @@
 #include "addition.h"
 
 #include <filesystem/files.h>
+#include <filesystem/trees.h>
 
 #include <algorithm>
+#include <filesystem>
+#include <map>
 #include <unordered_map>
 
 #include "entry_names.h"
-#include "file_tree.h"
 #include "links.h"
 #include "paths.h"
 #include "text.h"
 
 namespace {
 
+using FileSystem::ItemResult;
+using FileSystem::Options;
+using FileSystem::Reason;
+using FileSystem::Report;
 using Kind = Source::Kind;
+
+// True if both paths exist and are the same file.
+bool isSameFile(const std::string& a, const std::string& b) {
+  std::error_code error;
+  return std::filesystem::equivalent(systemPath(a), systemPath(b), error);
+}
+
+// Appends what is below a directory: directories, then files, then links.
+void appendTree(const std::string& base, const std::string& prefix, const KeptRequest& kept,
+                Output& output, std::vector<Source>& sources) {
+  const Report report = FileSystem::listTree(
+      base.c_str(), "*", Options().setLinks(!kept.noLinks).setFolders(!kept.noDirectories));
+  if (report.reason != Reason::None) {
+    output.fail("cannot list the directory " + inQuotes(base) + ": " +
+                FileSystem::reasonText(report.reason));
+  }
+  std::map<Kind, std::vector<std::string>> below;
+  for (const ItemResult& item : report.items) {
+    if (item.reason != Reason::None) {
+      output.fail("left out " + inQuotes(nativePath(base + item.name)) + ": " +
+                  FileSystem::reasonText(item.reason));
+    } else {
+      const Kind kind = item.isFolder ? Kind::kDirectory : item.isLink ? Kind::kLink : Kind::kFile;
+      below[kind].push_back(item.isFolder ? item.name + '\\' : item.name);
+    }
+  }
+  for (const Kind kind : {Kind::kDirectory, Kind::kFile, Kind::kLink}) {
+    std::sort(below[kind].begin(), below[kind].end());
+    for (const std::string& name : below[kind]) {
+      sources.push_back({base + name, prefix + name, kind});
+    }
+  }
+}
 
 void appendDirectory(const std::string& path, const KeptRequest& kept, Output& output,
                      std::vector<Source>& sources) {
@@ -21,18 +60,8 @@ void appendDirectory(const std::string& path, const KeptRequest& kept, Output& o
   const std::string own = lastComponent(withoutEndSeparators(path));
   const bool isNamed = !own.empty() && own != "." && own != "..";
   const std::string prefix = isNamed ? own + '\\' : "";
-  const Tree tree = filesBelow(base, kept.noLinks ? Links::kFollowed : Links::kListed);
-  reportLeftOut(tree, output);
-  if (!kept.noDirectories) {
-    if (isNamed) sources.push_back({base, prefix, Kind::kDirectory});
-    for (const std::string& below : tree.directories) {
-      sources.push_back({base + below, prefix + below, Kind::kDirectory});
-    }
-  }
-  for (const std::string& file : tree.files) sources.push_back({base + file, prefix + file});
-  for (const std::string& link : tree.links) {
-    sources.push_back({base + link, prefix + link, Kind::kLink});
-  }
+  if (!kept.noDirectories && isNamed) sources.push_back({base, prefix, Kind::kDirectory});
+  appendTree(base, prefix, kept, output, sources);
 }
 
 // Drops a file that occurs again. Two files would become one entry, of which one would be lost.

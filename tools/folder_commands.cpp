@@ -1,25 +1,21 @@
 // tree, copy, sweep.
 
-#include <filesystem/enumeration.h>
 #include <filesystem/files.h>
 #include <filesystem/path.h>
 #include <filesystem/trees.h>
 
 #include <algorithm>
 #include <cstdio>
-#include <unordered_set>
-#include <utility>
 #include <vector>
 
 #include "commands.h"
-#include "file_tree.h"
 #include "paths.h"
 #include "progress.h"
 #include "terminal.h"
 #include "text.h"
-#include "wildcard.h"
 
 using FileSystem::ItemResult;
+using FileSystem::Options;
 using FileSystem::Reason;
 using FileSystem::Report;
 
@@ -68,22 +64,9 @@ void reportFailure(const std::string& what, const ItemResult& item, Output& outp
   output.fail(what + inQuotes(name) + ": " + reason);
 }
 
-// True if the library lists the file where the pattern matches its name.
-bool isListable(const std::string& path) {
-  return path.size() <= kLongestPath &&
-         FileSystem::TestOpen(path.c_str(), FileSystem::kAccessRead) != 0;
-}
-
-std::string lowerCase(std::string text) {
-  for (char& c : text) c = c >= 'A' && c <= 'Z' ? static_cast<char>(c + 0x20) : c;
-  return text;
-}
-
-// Reports whether the library's listing takes the file's name for one of the pattern, as far as
-// that can be said without its rules: a pattern that ends in a dot may select any name.
-bool selects(const std::string& pattern, const std::string& file) {
-  if (pattern == "*.*" || pattern.ends_with('.')) return true;
-  return matches(lowerCase(pattern), lowerCase(FileSystem::extractFilename(file)));
+[[noreturn]] void throwUnlisted(const std::string& directory, const Report& report) {
+  throw Failure("cannot list the directory " + inQuotes(directory) + ": " +
+                FileSystem::reasonText(report.reason));
 }
 
 void copyFile(const std::string& source, const std::string& target, Output& output) {
@@ -91,7 +74,7 @@ void copyFile(const std::string& source, const std::string& target, Output& outp
   {
     Progress progress(output, "copying " + source);
     report = FileSystem::copyFile(source.c_str(), target.c_str(),
-                                  FileSystem::Options().setProgress(progress.callback()));
+                                  Options().setProgress(progress.callback()));
   }
   if (report) return;
   const Reason reason = report.reason == Reason::None ? report.items.back().reason : report.reason;
@@ -104,7 +87,7 @@ void copyDirectory(const std::string& source, const std::string& target, Output&
   {
     Progress progress(output, "copying " + source);
     report = FileSystem::copyTree(source.c_str(), target.c_str(),
-                                  FileSystem::Options().setProgress(progress.callback()));
+                                  Options().setProgress(progress.callback()));
   }
   if (report.reason != Reason::None) {
     throw Failure("cannot copy to the directory " + inQuotes(target) + ": " +
@@ -118,34 +101,25 @@ void copyDirectory(const std::string& source, const std::string& target, Output&
   output.summary("copied " + counted(filesDone(report), "file", "files"));
 }
 
-// Reports the files that the pattern selects and the listing lacks.
-void reportUnlisted(const std::string& base, const std::string& pattern,
-                    const std::unordered_set<std::string>& listed, Tree all, Output& output) {
-  std::erase_if(all.leftOut, [&](const LeftOut& item) {
-    return !item.isDirectory && !selects(pattern, libraryPath(item.path));
-  });
-  for (const std::string& file : all.files) {
-    const std::string path = base + file;
-    if (listed.count(path) != 0 || !selects(pattern, file) || isListable(path)) continue;
-    all.leftOut.push_back({nativePath(file), readFailure(path)});
-  }
-  reportLeftOut(all, output);
-}
-
 }  // namespace
 
 void tree(const std::string& directory, const std::string& pattern, Output& output) {
   requireDirectory(directory);
-  const std::string base = withBackslash(directory);
-  std::vector<std::string> files;
-  Tree all;
+  const std::string top = withBackslash(directory);
+  Report report;
   {
-    const Progress progress(output, "listing " + directory);
-    FileSystem::EnumFilesWithPath(files, base.c_str(), pattern.c_str(), true);
-    all = filesBelow(base, Links::kFollowed);
+    Progress progress(output, "listing " + directory);
+    Options options = Options().setLinks(false).setFolders(false);
+    report = FileSystem::listTree(top.c_str(), pattern.c_str(),
+                                  options.setProgress(progress.callback()));
   }
-  for (const std::string& file : files) writePath(file);
-  reportUnlisted(base, pattern, {files.begin(), files.end()}, std::move(all), output);
+  if (report.reason != Reason::None) throwUnlisted(directory, report);
+  for (const ItemResult& item : report.items) {
+    if (item.reason == Reason::None) writePath(top + item.name);
+  }
+  for (const ItemResult& item : report.items) {
+    if (item.reason != Reason::None) reportFailure("left out ", item, output);
+  }
 }
 
 void copy(const std::string& source, const std::string& target, Output& output) {
@@ -164,12 +138,9 @@ void sweep(const std::string& directory, unsigned int days, bool dryRun, Output&
   {
     Progress progress(output, "sweeping " + directory);
     const auto sweepTree = dryRun ? FileSystem::findOldFiles : FileSystem::deleteOldFiles;
-    report = sweepTree(top.c_str(), days, FileSystem::Options().setProgress(progress.callback()));
+    report = sweepTree(top.c_str(), days, Options().setProgress(progress.callback()));
   }
-  if (report.reason != Reason::None) {
-    throw Failure("cannot list the directory " + inQuotes(directory) + ": " +
-                  FileSystem::reasonText(report.reason));
-  }
+  if (report.reason != Reason::None) throwUnlisted(directory, report);
   if (dryRun) {
     writeFiles(report, top);
   } else {

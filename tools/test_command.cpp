@@ -30,11 +30,11 @@ void test(const std::string& zip, const PasswordSource& source, Output& output) 
     report = archive.test(entries, options.setProgress(progress.callback()));
   }
   for (std::size_t i = 0; i < report.items.size(); ++i) {
-    const auto& [name, reason, other, isFolder] = report.items[i];
-    if (reason == FileSystem::Reason::None) {
-      output.detail("sound " + printable(name));
+    const FileSystem::ItemResult& item = report.items[i];
+    if (item.reason == FileSystem::Reason::None) {
+      output.detail("sound " + printable(item.name));
     } else {
-      output.fail(inQuotes(name) + ": " + failureText(entries[i], reason));
+      output.fail(inQuotes(item.name) + ": " + failureText(entries[i], item.reason));
     }
   }
   reportUnusedBytes(zip, archive, output);

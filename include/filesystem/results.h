@@ -64,6 +64,7 @@ struct ItemResult {
   Reason reason = Reason::None;  ///< why it failed; Reason::None if it is done
   std::string other;             ///< with Reason::SameFile and NameTaken, the name of the other one
   bool isFolder = false;         ///< it is a folder
+  bool isLink = false;           ///< listTree: it is a symbolic link, which was not followed
 };
 
 /// What a call on many files or entries did.

@@ -1,6 +1,6 @@
 #pragma once
 /// @file
-/// Copying and deleting trees of files, with reasons and progress, and paths of other programs.
+/// Listing, copying and deleting trees of files, with reasons and progress, and paths of other programs.
 ///
 /// @code
 /// using namespace FileSystem;
@@ -19,6 +19,21 @@
 #include <string>
 
 namespace FileSystem {
+
+/// Lists the files of a folder and its subfolders that EnumFilesWithPath lists, and names those that
+/// it leaves out.
+/// @param folder  the folder, with or without trailing separator, not null
+/// @param pattern the wildcard that selects files, as FindFirstFile takes it, not null. It does not
+///                select folders.
+/// @param options progress, which names files without their paths; folders(): whether each subfolder is
+///                an item too; links(): whether a symbolic link is an item, and not followed. Other
+///                links to folders are followed, unless they form a cycle.
+/// @return an item for each file of the pattern, for each folder that cannot be listed, and for what
+///         the options ask for, by its path below `folder`. A file with a reason is not listed, such as
+///         one that others use, or with a path of over 259 bytes. Report::reason is Reason::Cancelled,
+///         or why the folder itself cannot be listed.
+FILESYSTEM_API Report listTree(const char* folder, const char* pattern,
+                               const Options& options = Options());
 
 /// Copies the content of a folder and its subfolders into another folder, as CopyContent does, and
 /// continues after a file that fails. Each file of the target is the old one or complete. A file that

@@ -12,6 +12,30 @@ namespace {
 
 using namespace FileSystem;
 
+TEST_F(HostTrees, ListingSelectsFilesAndNamesTheOthers) {
+  write("in/b.txt", "");
+  write("in/sub/a.TXT", "");
+  write("in/sub/deep/c.log", "");
+  write("in/used.txt", "");
+  const platform::FileHandle used = support::openFile(path("in/used.txt"), GENERIC_READ, 0);
+  const Options filesOnly = Options().setFolders(false);
+  const auto list = [&](const char* pattern, const Options& options) {
+    return listTree(path("in").c_str(), pattern, options);
+  };
+  const Reasons text{
+      {"b.txt", Reason::None}, {"sub\\a.TXT", Reason::None}, {"used.txt", Reason::InUse}};
+  EXPECT_EQ(reasonsOf(list("*.txt", filesOnly)), text);
+  Reasons all = text;
+  all["sub\\deep\\c.log"] = Reason::None;
+  EXPECT_EQ(reasonsOf(list("*", filesOnly)), all);
+  EXPECT_EQ(reasonsOf(list("*.log", {})), (Reasons{{"sub", Reason::None},
+                                                   {"sub\\deep", Reason::None},
+                                                   {"sub\\deep\\c.log", Reason::None}}));
+  EXPECT_EQ(listTree(path("none").c_str(), "*").reason, Reason::Missing);
+  EXPECT_EQ(listTree(path("in/b.txt").c_str(), "*").reason, Reason::NotAFolder);
+  EXPECT_EQ(listTree("", "*").reason, Reason::Missing);
+}
+
 TEST_F(HostTrees, CopySaysWhatBecameOfEachFile) {
   write("in/new", "n");
   write("in/sub/replaced", "n");

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <set>
 #include <string>
 
 #include "library/host_trees.h"
@@ -20,6 +21,26 @@ class HostTreesOnLinux : public HostTrees {
  protected:
   int shell(const std::string& command) const { return support::run(folder_.path(), command); }
 };
+
+TEST_F(HostTreesOnLinux, ListingFollowsLinksOnRequest) {
+  if (!support::fileSystem().links || !support::fileSystem().fifos) GTEST_SKIP() << "no links here";
+  write("in/sub/file", "x");
+  ASSERT_EQ(shell("mkfifo in/fifo && ln -s none in/dangling && ln -s sub in/link &&"
+                  " ln -s .. in/sub/cycle"),
+            0);
+  const auto list = [&](bool keepsLinks) {
+    return listTree(path("in").c_str(), "*", Options().setLinks(keepsLinks).setFolders(false));
+  };
+  EXPECT_EQ(reasonsOf(list(false)), (Reasons{{"fifo", Reason::NotAFile},
+                                             {"dangling", Reason::NotAFile},
+                                             {"link\\file", Reason::None},
+                                             {"sub\\file", Reason::None}}));
+  std::set<std::string> links;
+  for (const ItemResult& item : list(true).items) {
+    if (item.isLink) links.insert(item.name);
+  }
+  EXPECT_EQ(links, (std::set<std::string>{"dangling", "link", "sub\\cycle"}));
+}
 
 TEST_F(HostTreesOnLinux, CopySaysWhatIsNoFile) {
   if (!support::fileSystem().links || !support::fileSystem().fifos) GTEST_SKIP() << "no links here";
