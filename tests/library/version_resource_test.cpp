@@ -34,6 +34,20 @@ TEST(VersionResource, KeysHaveAnyLetterCase) {
   EXPECT_STREQ(value, "2.5.1");
 }
 
+// A program of the old formats has the first signature too.
+TEST(VersionResource, OnlyPortableExecutablesAreRead) {
+  const support::TemporaryFolder folder;
+  const std::string whole = support::readFile(data("plain"));
+  const std::size_t signature = whole.find(std::string("PE\0\0", 4));
+  for (const std::size_t at : {std::size_t{0}, signature}) {
+    std::string changed = whole;
+    changed[at] = 'N';
+    support::writeFile(folder.file("changed"), changed);
+    CString version;
+    EXPECT_EQ(FormatVersion(folder.file("changed").c_str(), version), 0) << at;
+  }
+}
+
 TEST(VersionResource, WhatIsMissingChangesNothing) {
   const support::TemporaryFolder folder;
   support::writeFile(folder.file("text"), "MZ and no more");

@@ -115,6 +115,15 @@ TEST_F(Conformance, Searches) {
   }
 }
 
+TEST_F(Conformance, PathSearchPointsAtTheName) {
+  char found[MAX_PATH];
+  char* name = nullptr;
+  EXPECT_EQ(SearchPathA(nullptr, at("file").c_str(), nullptr, MAX_PATH, found, &name),
+            at("file").size());
+  EXPECT_EQ(found, at("file"));
+  EXPECT_STREQ(name, "file");
+}
+
 TEST_F(Conformance, TemporaryNames) {
   const std::string folder = folder_.name();
   char name[MAX_PATH];

@@ -27,6 +27,7 @@ TEST(Wildcard, Matches) {
       {"*.?", "a.bc", false},     {"**.?", "a.bc", true},     {"*a*.?", "a.ba", true},
       {"ΆΝΩ*", "άνω", true},      {"Ặ?", "ặb", true},         {"*.", ".a", true},
       {"*.", "..a", true},        {"*.", ".a.b", false},      {"*.?", ".a.bc", false},
+      {"a.?", "a.b", true},       {"a.?", "ab", false},
   };
   for (const auto& c : cases) {
     EXPECT_EQ(platform::native::Wildcard(c.pattern).matches(c.name), c.matches)
