@@ -205,6 +205,18 @@ TEST_F(VeskFsOnATerminal, AsksForAPassword) {
   EXPECT_EQ(shell("test $(7z l -slt b.zip | grep -c '^Method = AES-256') = 3"), 0);
 }
 
+TEST_F(VeskFsOnATerminal, ShowsProgressOfWhatTakesLong) {
+  const auto shown = [&](const std::string& option) {
+    return support::outputOf(folder_.path(),
+                             VESK_TEST_DATA
+                                 "/../tool/type-password /bin/sh -c '(sleep 2; echo x) | " VESK_FS
+                                 " add a.zip - --name x " +
+                                 option + "'");
+  };
+  EXPECT_NE(shown("").find("adding to a.zip, "), std::string::npos);
+  EXPECT_EQ(shown("-q"), "");
+}
+
 TEST_F(VeskFsOnATerminal, EndsAtCtrlCInsteadOfAPassword) {
   write("in/one", "1");
   write("pass", "secret\n");
