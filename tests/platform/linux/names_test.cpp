@@ -4,6 +4,7 @@
 
 #include <cstdlib>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/conformance.h"
@@ -35,6 +36,17 @@ TEST_F(NamesOnLinux, Attributes) {
   EXPECT_EQ(GetFileAttributesA(at(".hidden").c_str()), kHidden);
   EXPECT_EQ(GetFileAttributesA(at("dangling").c_str()), INVALID_FILE_ATTRIBUTES);
   EXPECT_EQ(GetLastError(), ERROR_FILE_NOT_FOUND);
+}
+
+TEST_F(NamesOnLinux, SearchForNoName) {
+  const std::pair<const char*, DWORD> cases[] = {{"full\\", ERROR_FILE_NOT_FOUND},
+                                                 {"file\\", ERROR_DIRECTORY},
+                                                 {"none\\", ERROR_PATH_NOT_FOUND}};
+  for (const auto& [name, error] : cases) {
+    WIN32_FIND_DATAA data{};
+    EXPECT_FALSE(platform::SearchHandle(FindFirstFileA(at(name).c_str(), &data)));
+    EXPECT_EQ(GetLastError(), error) << name;
+  }
 }
 
 // Deleting a link leaves its target.
