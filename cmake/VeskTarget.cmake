@@ -1,3 +1,15 @@
+# Compiles a shared library as an extension module of MFC. MFC's header is the first one, since it
+# includes <windows.h> in its own way.
+function(vesk_use_mfc target)
+  target_compile_definitions(${target} PUBLIC FILESYSTEM_MFC PRIVATE _AFXDLL _AFXEXT NOMINMAX=1)
+  if(MSVC)
+    target_compile_options(${target} PRIVATE /FIafxwin.h)
+  else()
+    # MFC's allocation may return null, which Visual C++ expects by default.
+    target_compile_options(${target} PRIVATE -includeafxwin.h -fcheck-new)
+  endif()
+endfunction()
+
 # Sets how each target of this project is compiled, whatever the project that it is part of sets
 # for its own targets: C++20 or later without extensions, and only exported symbols visible.
 function(vesk_configure target)

@@ -42,6 +42,9 @@ install(EXPORT VeskFileSystemTargets NAMESPACE Vesk:: DESTINATION "${package_dir
 # A program that is linked with the static library is linked with its libraries too.
 set(find_dependencies "")
 set(PC_REQUIRES "")
+if(VESK_MFC)
+  set(PC_CFLAGS " -DFILESYSTEM_MFC")
+endif()
 if(kind STREQUAL STATIC)
   if(NOT VESK_LIBDEFLATE OR NOT VESK_ISAL)
     set(find_dependencies "find_dependency(ZLIB)\n")

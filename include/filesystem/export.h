@@ -1,7 +1,8 @@
 #pragma once
 /// @file
-/// The macro that marks the exported declarations. The build of the library and its CMake and
-/// pkg-config packages define the macros that it depends on; hosts need not.
+/// The macro that marks the exported declarations, and those that mark classes in the place of MFC's.
+/// The build of the library and its CMake and pkg-config packages define the macros that they depend
+/// on; hosts need not.
 
 /// @def FILESYSTEM_API
 /// Precedes each declaration that the library exports. With FILESYSTEM_STATIC the library is static
@@ -17,4 +18,34 @@
 #endif
 #else
 #define FILESYSTEM_API __attribute__((visibility("default")))
+#endif
+
+/// @def FILESYSTEM_STAND_IN
+/// Precedes the name of a class in the place of one of MFC's.
+/// @def FILESYSTEM_STAND_IN_BEGIN
+/// Precedes all of these classes.
+/// @def FILESYSTEM_STAND_IN_END
+/// Follows them.
+
+#if defined(_WIN32)
+// A class of MFC's has another name, so that the linker tells them apart. Visual C++ decorates the
+// name of a function with the class that it returns, g++ only if that has a tag.
+#define FILESYSTEM_STAND_IN_BEGIN \
+  namespace FileSystem {          \
+  namespace StandIn {
+#define FILESYSTEM_STAND_IN_END                 \
+  }                                             \
+  }                                             \
+  using CString = FileSystem::StandIn::CString; \
+  using CStringArray = FileSystem::StandIn::CStringArray;
+#if defined(__MINGW32__)
+#define FILESYSTEM_STAND_IN __attribute__((abi_tag("StandIn")))
+#else
+#define FILESYSTEM_STAND_IN
+#endif
+#else
+// Their names are part of the binary interface.
+#define FILESYSTEM_STAND_IN_BEGIN
+#define FILESYSTEM_STAND_IN_END
+#define FILESYSTEM_STAND_IN
 #endif

@@ -1,9 +1,12 @@
 #pragma once
 /// @file
 /// CString and CStringArray, which five functions take or return. A host that includes MFC before
-/// this header gets MFC's classes. Every other host gets these two, which have the same names and
-/// the few operations that are used. They are defined in the header alone; nothing of them is
-/// exported.
+/// this header gets MFC's classes, and links with a library that was built with VESK_MFC. Every
+/// other host gets these two, which have the same names and the few operations that are used. They
+/// are defined in the header alone; nothing of them is exported.
+///
+/// On Windows they are in the namespace FileSystem::StandIn. A host whose classes are not those of
+/// the library therefore does not link, where it uses one of the five functions.
 ///
 /// @code
 /// CString root;
@@ -15,15 +18,24 @@
 
 #include <afxcoll.h>
 
+// MFC's arrays have one name in all its builds, so the linker does not notice another one.
+#if defined(FILESYSTEM_MFC) && (!defined(_AFXDLL) || defined(_UNICODE))
+#error "This library takes CString of the shared MFC for narrow text: needs _AFXDLL, no _UNICODE."
+#endif
+
 #else
+
+#include <filesystem/export.h>
 
 #include <cstddef>
 #include <string>
 #include <utility>
 #include <vector>
 
+FILESYSTEM_STAND_IN_BEGIN
+
 /// A text in the process code page.
-class CString {
+class FILESYSTEM_STAND_IN CString {
  public:
   /// Constructs an empty text.
   CString() = default;
@@ -102,5 +114,7 @@ class CStringArray {
  private:
   std::vector<CString> items_;
 };
+
+FILESYSTEM_STAND_IN_END
 
 #endif

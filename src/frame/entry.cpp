@@ -2,6 +2,11 @@
 
 #include "frame/extension_module.h"
 
+#if defined(FILESYSTEM_MFC)
+// MFC wants this header in one source of a module.
+#include <afxdllx.h>
+#endif
+
 extern "C" BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, void*) {
   switch (reason) {
     case DLL_PROCESS_ATTACH:

@@ -1,6 +1,10 @@
 #pragma once
-// Replaces MFC's extension modules in builds without MFC: the few names
-// that the frame calls, with their published contracts.
+// MFC's extension modules; in builds without MFC the few names that the frame calls, with their
+// published contracts.
+
+#if defined(FILESYSTEM_MFC)
+#include <afxwin.h>
+#else
 
 #include "platform/win32.h"
 
@@ -36,6 +40,8 @@ class CDynLinkLibrary {
   HMODULE module_;
   CDynLinkLibrary* previous_;
 };
+
+#endif
 
 // The record of this library. The entry routine fills it; in a static library
 // it stays zero.
