@@ -19,7 +19,7 @@ std::string withoutZeroBytes(const std::string& password, const std::string& ori
 }
 
 std::optional<std::string> ask(const std::string& prompt) {
-  const auto password = askHidden(prompt);
+  auto password = askHidden(prompt);
   if (password) withoutZeroBytes(*password, "that was typed");
   return password;
 }

@@ -5,8 +5,6 @@
 namespace FileSystem::Xml::Detail {
 namespace {
 
-constexpr std::size_t kNone = std::string_view::npos;
-
 // boost::format("<%s") and boost::format("</%s>") would take eight times as many instructions as the
 // whole search in a short text.
 std::string openingText(std::string_view name) { return std::string("<").append(name); }

@@ -7,8 +7,6 @@
 namespace FileSystem::Xml {
 namespace {
 
-constexpr std::size_t kNone = std::string_view::npos;
-
 // Returns the position of the next start tag of exactly this name, or kNone. `opening` is `<` and the
 // name.
 std::size_t findStartTag(std::string_view text, std::string_view opening, std::size_t from) {

@@ -1,11 +1,10 @@
 #include <filesystem/xml.h>
 
 #include "xml/element.h"
+#include "xml/text_search.h"
 
 namespace FileSystem::Xml {
 namespace {
-
-constexpr std::size_t kNone = std::string_view::npos;
 
 std::string_view attributeValue(std::string_view text, std::string_view tag,
                                 std::string_view attribute) {
