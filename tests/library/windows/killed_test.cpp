@@ -7,6 +7,7 @@
 #include <atomic>
 #include <cstdint>
 #include <cstdlib>
+#include <filesystem>
 #include <functional>
 #include <map>
 #include <new>
@@ -109,6 +110,16 @@ class Workplace {
       result += std::hash<std::string>{}(found.cFileName) + found.nFileSizeLow +
                 found.ftLastWriteTime.dwLowDateTime;
     } while (FindNextFileA(search.get(), &found) != 0);
+    return result;
+  }
+  // The files beside them that are not temporary ones, which a later call deletes.
+  std::string strangers() const {
+    std::string result;
+    for (const auto& entry : std::filesystem::directory_iterator(folder_ + "work")) {
+      const std::string name = entry.path().filename().string();
+      const bool isTemporary = name.starts_with("~za") && name.ends_with(".TMP");
+      if (!isTemporary && name != "a.zip" && name != "pack.zip" && name != "file") result += name;
+    }
     return result;
   }
   std::string progress() const { return folder_ + "progress"; }
@@ -237,6 +248,7 @@ TEST(Killed, LosesNothing) {
       expected = workplace.prepare();
     }
   }
+  EXPECT_EQ(workplace.strangers(), "");
   EXPECT_EQ(losses, 0) << "of " << kills << " kills, " << done << " steps";
 }
 

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <functional>
 #include <string>
 
@@ -176,6 +177,22 @@ TEST_F(Replacement, NamesOfOneFileStayTogether) {
   ASSERT_TRUE(throughReplaceFile());
   EXPECT_EQ(support::readFile(second), "new content");
   EXPECT_EQ(unfinished(), "");
+}
+
+TEST_F(Replacement, ATargetWithALongPathIsOverwritten) {
+  // The longest path that Windows takes; the name of a temporary file is longer than its name.
+  constexpr std::size_t kLongest = MAX_PATH - 1;
+  std::string path = folder_.text();
+  while (path.size() + 2 < kLongest) {
+    path += std::string(std::min<std::size_t>(kLongest - path.size() - 2, 99), 'x') + '\\';
+    // Windows takes a longer path of a directory in this form alone.
+    const std::wstring form = L"\\\\?\\" + std::filesystem::path(path).wstring();
+    ASSERT_TRUE(CreateDirectoryW(form.c_str(), nullptr)) << path;
+  }
+  target_ = path + "t";
+  support::writeFile(target_, "old");
+  ASSERT_TRUE(throughReplaceFile()) << GetLastError();
+  EXPECT_EQ(support::readFile(target_), "new content");
 }
 
 TEST_F(Replacement, AFolderThatTakesNoFileHasItOverwritten) {
