@@ -39,7 +39,7 @@ std::string_view nextComponent(std::string_view& rest) {
 void clearReadOnly(const char* path) {
   const DWORD attributes = GetFileAttributesA(path);
   if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_READONLY) == 0) return;
-  SetFileAttributesA(path, attributes & ~FILE_ATTRIBUTE_READONLY);
+  SetFileAttributesA(path, attributes & ~DWORD{FILE_ATTRIBUTE_READONLY});
 }
 
 // Creates a file with an unused name in a folder, and deletes it with its object.
