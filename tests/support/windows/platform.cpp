@@ -35,7 +35,8 @@ std::string makeTemporaryFolder() {
 }
 
 std::string textOf(const std::filesystem::path& path) {
-  return platform::convertCodePage(path.string(), CP_UTF8, CP_ACP);
+  const std::u8string utf8 = path.u8string();
+  return platform::convertCodePage(std::string(utf8.begin(), utf8.end()), CP_UTF8, CP_ACP);
 }
 
 std::filesystem::path pathOf(const std::string& text) {
