@@ -14,7 +14,9 @@ DOCS_PACKAGES = doxygen
 ARM64_PACKAGES = cmake ninja-build g++-aarch64-linux-gnu qemu-user libboost-dev googletest \
                  zlib1g-dev:arm64 libdeflate-dev:arm64 libisal-dev:arm64 nettle-dev:arm64 \
                  libzstd-dev:arm64 libbz2-dev:arm64 liblzma-dev:arm64 libstdc++6:arm64
-MSVC_PACKAGES = $(WINDOWS_PACKAGES) clang libc++-dev python3
+MSVC_PACKAGES = clang-19 lld-19 llvm-19 python3
+# What the sources are parsed with.
+MSVC_PARSE_PACKAGES = clang libc++-dev python3
 FILE_SYSTEM_PACKAGES = qemu-system-x86 exfatprogs ntfs-3g dosfstools e2fsprogs cpio kmod xz-utils \
                        iproute2 user-mode-linux nfs-kernel-server samba cifs-utils python3
 ABI_PACKAGES = abigail-tools binutils
@@ -31,7 +33,7 @@ BENCH_DISK ?= build/bench
 FOLDER ?= /usr/include
 
 .PHONY: help demo test lint check-compilers mutants windows test-windows windows-packages test-arm64 \
-        file-system-packages file-system-kernels test-file-systems test-large-archives msvc fuzz bench \
+        file-system-packages file-system-kernels test-file-systems test-large-archives msvc-packages test-msvc fuzz bench \
         docs abi \
         package install uninstall clean
 
@@ -51,7 +53,9 @@ help:
 	@echo "                           in virtual machines; QUICK=1: less"
 	@echo "make test-large-archives   pack, change and unpack entries of 5 and 20 GB, and a million entries;"
 	@echo "                           LARGE='5G 65536' chooses"
-	@echo "make msvc                  check that the sources suit Visual C++, without building"
+	@echo "make test-msvc MSVC_STL=DIRECTORY"
+	@echo "                           build for Windows in Visual C++'s binary interface and run the tests under"
+	@echo "                           Wine; the directory has Microsoft's standard library"
 	@echo "make bench                 compare the speed with other programs; BENCH_QUICK=1: less"
 	@echo "make install [PREFIX=...]  install library, headers and program (default $(PREFIX));"
 	@echo "make uninstall             remove them again"
@@ -140,9 +144,36 @@ test-file-systems: file-system-packages
 	cmake --build --preset release --target platform_tests library_tests reliability_tests tool_tests vesk-fs
 	tests/file-systems/run $(if $(QUICK),--quick) build/release/bin build/file-systems
 
-msvc:
-	@scripts/install-packages $(MSVC_PACKAGES)
+# Microsoft publishes the sources of its standard library, and no Debian package has them.
+MSVC_STL ?=
+export MSVC_STL
+ifneq ($(wildcard $(MSVC_STL)/inc/yvals_core.h),)
+# Fails where a package cannot be had.
+msvc-packages: windows-packages
+	@scripts/install-packages $(MSVC_PACKAGES) $(MSVC_PARSE_PACKAGES)
+	@tests/msvc/runtime/fetch-zlib build/msvc-runtime/zlib
+
+test-msvc: msvc-packages
+	@scripts/install-packages $(BUILD_PACKAGES) $(TEST_PACKAGES)
+	cmake --preset release -DVESK_TESTS=ON
+	cmake --build --preset release --target vesk-fs
+	cmake -G Ninja -S tests/msvc/runtime -B build/msvc-runtime --toolchain cmake/msvc-clang.cmake \
+	  -DVESK_MSVC_RUNTIME=$(CURDIR)/build/msvc-runtime
+	cmake --build build/msvc-runtime
+	cmake --preset msvc-clang -DVESK_TESTS=ON
+	cmake --build --preset msvc-clang
 	tests/msvc/check build/msvc
+	scripts/test-windows build/msvc-clang
+else
+msvc-packages: windows-packages
+	@scripts/install-packages $(MSVC_PARSE_PACKAGES)
+
+test-msvc: msvc-packages
+	@echo "NOT RUN: the Windows suite in Visual C++'s binary interface. It needs Microsoft's C++ standard" >&2
+	@echo "library, tag vs-2022-17.8 of its public repository: fetch it, and let MSVC_STL name its directory" >&2
+	@echo "stl, which has inc and src. Without it the sources are only parsed." >&2
+	tests/msvc/check build/msvc
+endif
 
 bench:
 	@scripts/install-packages $(BUILD_PACKAGES) $(BENCH_PACKAGES)
