@@ -11,6 +11,7 @@ Function entry(HMODULE library, const char* name) {
   return reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(library, name)));
 }
 
+// VESK_FILE_EXISTS is the name of FileExists as the compiler decorates it.
 TEST(Loading, TwoHundredTimesLeaveNothing) {
   constexpr int kFirst = 20;
   DWORD handles = 0;
@@ -19,7 +20,7 @@ TEST(Loading, TwoHundredTimesLeaveNothing) {
     const HMODULE library = LoadLibraryA(VESK_LIBRARY);
     ASSERT_NE(library, nullptr) << GetLastError();
     entry<void (*)()>(library, "InitFileSystemDLL")();
-    const auto fileExists = entry<int (*)(const char*)>(library, "_ZN10FileSystem10FileExistsEPKc");
+    const auto fileExists = entry<int (*)(const char*)>(library, VESK_FILE_EXISTS);
     EXPECT_NE(fileExists(VESK_LIBRARY), 0);
     EXPECT_TRUE(FreeLibrary(library));
     EXPECT_EQ(GetModuleHandleA("Vesk.FileSystem.dll"), nullptr);
