@@ -157,7 +157,7 @@ test-msvc: msvc-packages
 	@scripts/install-packages $(BUILD_PACKAGES) $(TEST_PACKAGES)
 	cmake --preset release -DVESK_TESTS=ON
 	cmake --build --preset release --target vesk-fs
-	cmake -G Ninja -S tests/msvc/runtime -B build/msvc-runtime --toolchain cmake/msvc-clang.cmake \
+	cmake -G Ninja -S tests/msvc/runtime -B build/msvc-runtime --toolchain $(CURDIR)/cmake/msvc-clang.cmake \
 	  -DVESK_MSVC_RUNTIME=$(CURDIR)/build/msvc-runtime
 	cmake --build build/msvc-runtime
 	cmake --preset msvc-clang -DVESK_TESTS=ON
