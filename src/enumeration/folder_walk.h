@@ -1,6 +1,8 @@
 #pragma once
 // A walk through the folders below a folder, depth first, parents before children.
 
+#include <filesystem/results.h>
+
 #include <string>
 #include <string_view>
 #include <utility>
@@ -50,6 +52,8 @@ class FolderWalk {
   std::string_view parent() const { return std::string_view(path_).substr(0, levels_.back()); }
   // The path without the start.
   std::string_view relativePath() const { return std::string_view(path_).substr(startSize_); }
+  // Why the search of the folder at path() has ended before its end.
+  Reason failure(const Search& search) const;
   // True if the folder is directly below the start.
   bool atTop() const { return levels_.size() == 1; }
 

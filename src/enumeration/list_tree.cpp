@@ -7,30 +7,17 @@
 #include <utility>
 
 #include "enumeration/folder_walk.h"
-#include "files/attributes.h"
+#include "files/source_file.h"
 #include "path/fixed_text.h"
 #include "path/with_backslash.h"
 #include "platform/file_identity.h"
-#include "platform/unique_handle.h"
 #include "platform/win32.h"
 #include "reporting/progress_relay.h"
-#include "reporting/reasons.h"
 
 namespace FileSystem {
 namespace {
 
 using Detail::Search;
-
-// Returns why a file that a search has found is not opened.
-Reason reasonForUnopened(const char* path) {
-  const platform::FileHandle file(CreateFileA(path, GENERIC_READ,
-                                              FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
-                                              OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
-  // Another program has released it meanwhile.
-  if (file) return Reason::None;
-  const Reason reason = Detail::reasonOfError(GetLastError(), Reason::ReadFailed);
-  return platform::isNoFile(path) ? Reason::NotAFile : reason;
-}
 
 class TreeListing {
  public:
@@ -75,10 +62,14 @@ class TreeListing {
       add(relative(name_), Reason::None).isLink = true;
       return;
     }
-    const Reason reason =
-        search.canOpen(path.c_str()) ? Reason::None : reasonForUnopened(path.c_str());
+    const Reason reason = search.canOpen(path.c_str()) ? Reason::None : reasonFor(path.c_str());
     // Another program has deleted it meanwhile.
     if (reason != Reason::Missing) add(relative(name_), reason);
+  }
+
+  // Reason::None if another program has released the file meanwhile.
+  static Reason reasonFor(const char* path) {
+    return platform::isNoFile(path) ? Reason::NotAFile : Detail::reasonForSource(path);
   }
 
   // Each folder is searched once for all names, and once for those of the pattern.
@@ -99,7 +90,7 @@ class TreeListing {
       add(relative(name), Reason::PathTooLong);
     }
     if (search.isComplete()) return;
-    const Reason reason = reasonForFolder(search);
+    const Reason reason = walk_.failure(search);
     if (walk_.relativePath().empty()) {
       report_.reason = reason;
     } else {
@@ -107,14 +98,6 @@ class TreeListing {
       name.pop_back();
       add(std::move(name), reason).isFolder = true;
     }
-  }
-
-  Reason reasonForFolder(const Search& search) const {
-    if (walk_.path().size() > Detail::PathText::kLongest) return Reason::PathTooLong;
-    const std::string folder = walk_.path().substr(0, walk_.path().size() - 1);
-    const bool isFile = GetFileAttributesA(folder.c_str()) != INVALID_FILE_ATTRIBUTES &&
-                        !Detail::isDirectory(folder.c_str());
-    return isFile ? Reason::NotAFolder : Detail::reasonOfError(search.error(), Reason::ReadFailed);
   }
 
   std::string relative(const std::string& name) const {

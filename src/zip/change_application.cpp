@@ -3,6 +3,7 @@
 #include <optional>
 #include <utility>
 
+#include "files/source_file.h"
 #include "platform/win32.h"
 #include "zip/entry_names.h"
 #include "zip/insertion.h"
@@ -163,7 +164,8 @@ bool ChangeApplication::canOpenFiles() {
   std::size_t index = changes_.removals.size();
   for (const Insertion& insertion : changes_.insertions) {
     const auto* const file = std::get_if<std::string>(&insertion.content);
-    const Reason reason = file == nullptr ? Reason::None : reasonForSource(file->c_str());
+    const Reason reason =
+        file == nullptr ? Reason::None : FileSystem::Detail::reasonForSource(file->c_str());
     items_[index].reason = reason;
     ++index;
     if (reason != Reason::None) {

@@ -3,8 +3,7 @@
 #include <algorithm>
 #include <optional>
 
-#include "files/attributes.h"
-#include "platform/file_identity.h"
+#include "files/source_file.h"
 #include "platform/file_metadata.h"
 #include "platform/symbolic_links.h"
 #include "platform/unique_handle.h"
@@ -14,13 +13,10 @@
 namespace zip {
 
 using FileSystem::Reason;
+using FileSystem::Detail::openSource;
+using FileSystem::Detail::reasonForUnopened;
 
 namespace {
-
-platform::FileHandle openSource(const char* path) {
-  return platform::FileHandle(CreateFileA(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE,
-                                          nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_ARCHIVE, nullptr));
-}
 
 // A file read from its start to its end in blocks.
 class BlockReader {
@@ -83,14 +79,6 @@ SYSTEMTIME localTimeOf(const FILETIME& time) {
   FileTimeToLocalFileTime(&time, &local);
   FileTimeToSystemTime(&local, &result);
   return result;
-}
-
-// Returns why a file could not be opened, with the system's error.
-Reason reasonForUnopened(const char* path, DWORD error) {
-  const Reason reason = FileSystem::Detail::reasonOfError(error, Reason::ReadFailed);
-  if (reason == Reason::Missing) return reason;
-  if (FileSystem::Detail::isDirectory(path)) return Reason::IsAFolder;
-  return platform::isNoFile(path) ? Reason::NotAFile : reason;
 }
 
 }  // namespace
@@ -251,13 +239,6 @@ Reason EntryAdder::finish() { return writer_.finish() ? Reason::None : failure()
 // Returns why the writer has failed.
 Reason EntryAdder::failure() const {
   return progress_.isCancelled() ? Reason::Cancelled : writer_.reason();
-}
-
-bool canOpenSource(const char* source) { return static_cast<bool>(openSource(source)); }
-
-Reason reasonForSource(const char* source) {
-  const bool isOpen = canOpenSource(source);
-  return isOpen ? Reason::None : reasonForUnopened(source, GetLastError());
 }
 
 }  // namespace zip

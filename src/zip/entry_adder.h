@@ -63,9 +63,4 @@ class EntryAdder {
   FileSystem::Detail::ProgressRelay& progress_;
 };
 
-// True if the file can be opened for reading.
-bool canOpenSource(const char* source);
-// Returns why a file cannot be opened for reading; Reason::None if it can be.
-FileSystem::Reason reasonForSource(const char* source);
-
 }  // namespace zip

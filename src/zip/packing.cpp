@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "enumeration/folder_walk.h"
-#include "files/attributes.h"
+#include "files/source_file.h"
 #include "path/fixed_text.h"
 #include "platform/file_identity.h"
 #include "reporting/reasons.h"
@@ -97,26 +97,17 @@ class Check {
     if (platform::isNoFile(path.c_str())) {
       addItem(path, Reason::NotAFile);
     } else if (!isSameFile(path.c_str(), archive_.c_str())) {
-      const Reason reason = reasonForSource(path.c_str());
+      const Reason reason = FileSystem::Detail::reasonForSource(path.c_str());
       // Another program has released it meanwhile.
       fail(path, reason == Reason::None ? Reason::InUse : reason);
     }
   }
 
   void checkEnd(const Search& search) {
-    if (!search.isComplete()) fail(walk_.path(), reasonForFolder(search), true);
+    if (!search.isComplete()) fail(walk_.path(), walk_.failure(search), true);
     for (const std::string& name : search.unlistedNames()) {
       fail(walk_.path() + name, Reason::PathTooLong);
     }
-  }
-
-  Reason reasonForFolder(const Search& search) const {
-    if (walk_.path().size() > PathText::kLongest) return Reason::PathTooLong;
-    const std::string folder = walk_.path().substr(0, walk_.path().size() - 1);
-    const bool isFile = GetFileAttributesA(folder.c_str()) != INVALID_FILE_ATTRIBUTES &&
-                        !FileSystem::Detail::isDirectory(folder.c_str());
-    if (isFile) return Reason::NotAFolder;
-    return FileSystem::Detail::reasonOfError(search.error(), Reason::ReadFailed);
   }
 
   void addItem(const std::string& path, Reason reason, bool isFolder = false) {

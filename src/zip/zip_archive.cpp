@@ -7,6 +7,7 @@
 #include <boost/format.hpp>
 #include <utility>
 
+#include "files/source_file.h"
 #include "path/zero_terminated.h"
 #include "reporting/progress_relay.h"
 #include "zip/archive_reader.h"
@@ -222,7 +223,7 @@ int ZipArchive::insert(const char* source, const char* name, const char* comment
   // An empty name is looked up as it is; only the new entry is called after its source.
   const char* const lookup = name != nullptr ? name : source;
   const char* const entry = *lookup != '\0' ? lookup : source;
-  const auto hasSource = [&] { return zip::canOpenSource(source); };
+  const auto hasSource = [&] { return static_cast<bool>(FileSystem::Detail::openSource(source)); };
   const auto add = [&](zip::ArchiveWriter& writer) {
     ProgressRelay progress;
     return zip::EntryAdder(writer, {m_private->encryption()}, progress)
