@@ -108,7 +108,8 @@ TEST_F(Conformance, Sharing) {
 
 TEST_F(Conformance, NullDeviceTakesWhatIsWrittenAndLeavesNoFile) {
   for (const char* const name : {"NUL", "nul", "\\\\.\\NUL"}) {
-    for (const DWORD disposition : {DWORD{OPEN_EXISTING}, DWORD{OPEN_ALWAYS}, DWORD{CREATE_ALWAYS}}) {
+    for (const DWORD disposition :
+         {DWORD{OPEN_EXISTING}, DWORD{OPEN_ALWAYS}, DWORD{CREATE_ALWAYS}}) {
       const platform::FileHandle first = support::openFile(name, kReadWrite, 0, disposition);
       const platform::FileHandle second = support::openFile(name, kWrite, 0, disposition);
       char bytes[] = "text";

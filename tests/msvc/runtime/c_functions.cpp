@@ -11,8 +11,8 @@ extern "C" {
 
 _CRTIMP int __cdecl __stdio_common_vsprintf(unsigned long long options, char* text, size_t size,
                                             const char* format, _locale_t, va_list);
-_CRTIMP int __cdecl __stdio_common_vfprintf(unsigned long long options, FILE*, const char* format, _locale_t,
-                                            va_list);
+_CRTIMP int __cdecl __stdio_common_vfprintf(unsigned long long options, FILE*, const char* format,
+                                            _locale_t, va_list);
 
 int __cdecl vsnprintf(char* text, size_t size, const char* format, va_list arguments) {
   // The result is the length that the text would have.
@@ -32,7 +32,9 @@ int __cdecl vfprintf(FILE* file, const char* format, va_list arguments) {
   return __stdio_common_vfprintf(0, file, format, nullptr, arguments);
 }
 
-int __cdecl vprintf(const char* format, va_list arguments) { return vfprintf(stdout, format, arguments); }
+int __cdecl vprintf(const char* format, va_list arguments) {
+  return vfprintf(stdout, format, arguments);
+}
 
 int __cdecl fprintf(FILE* file, const char* format, ...) {
   va_list arguments;

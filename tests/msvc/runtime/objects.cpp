@@ -55,9 +55,12 @@ __declspec(allocate(".tls$ZZZ")) char _tls_end = 0;
 VESK_IN(".CRT$XLA") PIMAGE_TLS_CALLBACK __xl_a = nullptr;
 VESK_IN(".CRT$XLZ") PIMAGE_TLS_CALLBACK __xl_z = nullptr;
 VESK_IN(".rdata$T")
-extern const IMAGE_TLS_DIRECTORY64 _tls_used = {
-    reinterpret_cast<ULONGLONG>(&_tls_start), reinterpret_cast<ULONGLONG>(&_tls_end),
-    reinterpret_cast<ULONGLONG>(&_tls_index), reinterpret_cast<ULONGLONG>(&__xl_a + 1), 0, {}};
+extern const IMAGE_TLS_DIRECTORY64 _tls_used = {reinterpret_cast<ULONGLONG>(&_tls_start),
+                                                reinterpret_cast<ULONGLONG>(&_tls_end),
+                                                reinterpret_cast<ULONGLONG>(&_tls_index),
+                                                reinterpret_cast<ULONGLONG>(&__xl_a + 1),
+                                                0,
+                                                {}};
 }  // extern "C"
 
 // All type information refers to the table of virtual functions of type_info, which clang leaves to the

@@ -23,27 +23,28 @@ template <typename T>
 int fpclassify(T x) noexcept {
   return __builtin_fpclassify(FP_NAN, FP_INFINITE, FP_NORMAL, FP_SUBNORMAL, FP_ZERO, x);
 }
-template <typename T>
-bool isfinite(T x) noexcept { return __builtin_isfinite(x); }
-template <typename T>
-bool isinf(T x) noexcept { return __builtin_isinf(x); }
-template <typename T>
-bool isnan(T x) noexcept { return __builtin_isnan(x); }
-template <typename T>
-bool isnormal(T x) noexcept { return __builtin_isnormal(x); }
-template <typename T>
-bool signbit(T x) noexcept { return __builtin_signbit(x); }
-template <typename T, typename U>
-bool isgreater(T x, U y) noexcept { return __builtin_isgreater(x, y); }
-template <typename T, typename U>
-bool isgreaterequal(T x, U y) noexcept { return __builtin_isgreaterequal(x, y); }
-template <typename T, typename U>
-bool isless(T x, U y) noexcept { return __builtin_isless(x, y); }
-template <typename T, typename U>
-bool islessequal(T x, U y) noexcept { return __builtin_islessequal(x, y); }
-template <typename T, typename U>
-bool islessgreater(T x, U y) noexcept { return __builtin_islessgreater(x, y); }
-template <typename T, typename U>
-bool isunordered(T x, U y) noexcept { return __builtin_isunordered(x, y); }
+#define VESK_OF_ONE(name)       \
+  template <typename T>         \
+  bool name(T x) noexcept {     \
+    return __builtin_##name(x); \
+  }
+#define VESK_OF_TWO(name)           \
+  template <typename T, typename U> \
+  bool name(T x, U y) noexcept {    \
+    return __builtin_##name(x, y);  \
+  }
+VESK_OF_ONE(isfinite)
+VESK_OF_ONE(isinf)
+VESK_OF_ONE(isnan)
+VESK_OF_ONE(isnormal)
+VESK_OF_ONE(signbit)
+VESK_OF_TWO(isgreater)
+VESK_OF_TWO(isgreaterequal)
+VESK_OF_TWO(isless)
+VESK_OF_TWO(islessequal)
+VESK_OF_TWO(islessgreater)
+VESK_OF_TWO(isunordered)
+#undef VESK_OF_ONE
+#undef VESK_OF_TWO
 }
 #endif

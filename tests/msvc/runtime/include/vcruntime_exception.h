@@ -11,7 +11,8 @@ struct __std_exception_data {
 };
 
 extern "C" {
-_VCRTIMP void __cdecl __std_exception_copy(const __std_exception_data* from, __std_exception_data* to);
+_VCRTIMP void __cdecl __std_exception_copy(const __std_exception_data* from,
+                                           __std_exception_data* to);
 _VCRTIMP void __cdecl __std_exception_destroy(__std_exception_data* data);
 }
 
@@ -26,7 +27,9 @@ class exception {
   }
   // Does not copy the text.
   exception(const char* const message, int) noexcept : _Data{message, false} {}
-  exception(const exception& other) noexcept : _Data() { __std_exception_copy(&other._Data, &_Data); }
+  exception(const exception& other) noexcept : _Data() {
+    __std_exception_copy(&other._Data, &_Data);
+  }
   exception& operator=(const exception& other) noexcept {
     if (this != &other) {
       __std_exception_destroy(&_Data);

@@ -16,7 +16,8 @@ struct __std_type_info_data {
 };
 
 extern "C" {
-_VCRTIMP int __cdecl __std_type_info_compare(const __std_type_info_data*, const __std_type_info_data*);
+_VCRTIMP int __cdecl __std_type_info_compare(const __std_type_info_data*,
+                                             const __std_type_info_data*);
 _VCRTIMP size_t __cdecl __std_type_info_hash(const __std_type_info_data*);
 _VCRTIMP const char* __cdecl __std_type_info_name(__std_type_info_data*, __type_info_node*);
 }
