@@ -28,8 +28,9 @@
 /// Follows them.
 
 #if defined(_WIN32)
-// A class of MFC's has another name, so that the linker tells them apart. Visual C++ decorates the
-// name of a function with the class that it returns, g++ only if that has a tag.
+// MFC's classes have other names, so a function that takes one does not link with a library that takes
+// the other. Visual C++ decorates the name of a function with the class that it returns too; g++ does so
+// only for a class with a tag.
 #define FILESYSTEM_STAND_IN_BEGIN \
   namespace FileSystem {          \
   namespace StandIn {

@@ -229,9 +229,13 @@ TEST_F(HostTrees, DeletionSaysWhatStays) {
 TEST_F(HostTrees, ALargeFolderIsReportedWhileItIsRead) {
   for (int i = 0; i < 2500; ++i) write("large/" + std::to_string(i), "");
   int calls = 0;
-  const Report report = findOldFiles(path("large").c_str(), 7,
-                                     Options().setProgress([&](auto&) { return ++calls < 3; }));
-  EXPECT_EQ(report.reason, Reason::Cancelled);
+  const auto cancelling = [&](int last) {
+    calls = 0;
+    return Options().setProgress([&calls, last](auto&) { return ++calls < last; });
+  };
+  EXPECT_EQ(findOldFiles(path("large").c_str(), 7, cancelling(3)).reason, Reason::Cancelled);
+  EXPECT_EQ(listTree(path("large").c_str(), "*", cancelling(2)).reason, Reason::Cancelled);
+  EXPECT_EQ(calls, 2);
 }
 
 class Cancelled : public HostTrees, public testing::WithParamInterface<End> {};

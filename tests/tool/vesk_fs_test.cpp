@@ -125,7 +125,7 @@ open("a.zip", "wb").write(data))");
         "'c': its compression method, PPMd"}});
 }
 
-// What changes the help changes this file too, so that each of its words is read.
+// A change of the help has to be made in help.txt too, where it is reviewed.
 TEST_F(VeskFs, DescribesItself) {
   std::string help = run("--help");
   for (const char* const command : {"pack", "unpack", "list", "test", "add", "remove", "extract",
