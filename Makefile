@@ -33,8 +33,8 @@ BENCH_DISK ?= build/bench
 FOLDER ?= /usr/include
 
 .PHONY: help demo test lint check-compilers mutants windows test-windows windows-packages test-arm64 \
-        file-system-packages file-system-kernels test-file-systems test-large-archives msvc-packages test-msvc fuzz bench \
-        docs abi \
+        file-system-packages file-system-kernels test-file-systems test-large-archives msvc-packages msvc-runtime test-msvc \
+        windows-msvc fuzz bench docs abi \
         package install uninstall clean
 
 help:
@@ -47,6 +47,9 @@ help:
 	@echo "                           SEED=, SKIP=, COUNT=, BUDGET=seconds, QUICK=1 choose and limit"
 	@echo "make fuzz                  build and run the fuzz targets, a minute each"
 	@echo "make windows               cross-compile for 64-bit Windows, zip in build/windows"
+	@echo "make windows-msvc MSVC_STL=DIRECTORY"
+	@echo "                           the same for programs built with Visual C++, zip in build/msvc-clang;"
+	@echo "                           the directory has Microsoft's standard library"
 	@echo "make test-windows          run the tests under Wine"
 	@echo "make test-arm64            cross-compile for 64-bit ARM Linux, run the tests under emulation"
 	@echo "make test-file-systems     run the tests on casefold, FAT, exFAT, NTFS, NFS and SMB, and power cuts,"
@@ -54,8 +57,7 @@ help:
 	@echo "make test-large-archives   pack, change and unpack entries of 5 and 20 GB, and a million entries;"
 	@echo "                           LARGE='5G 65536' chooses"
 	@echo "make test-msvc MSVC_STL=DIRECTORY"
-	@echo "                           build for Windows in Visual C++'s binary interface and run the tests under"
-	@echo "                           Wine; the directory has Microsoft's standard library"
+	@echo "                           run the tests in Visual C++'s binary interface under Wine"
 	@echo "make bench                 compare the speed with other programs; BENCH_QUICK=1: less"
 	@echo "make install [PREFIX=...]  install library, headers and program (default $(PREFIX));"
 	@echo "make uninstall             remove them again"
@@ -105,7 +107,7 @@ windows-packages:
 windows: windows-packages
 	cmake --preset windows -DVESK_TESTS=OFF
 	cmake --build --preset windows
-	scripts/windows-zip build/windows
+	scripts/windows-zip build/windows mingw-w64
 
 test-windows: windows-packages
 	@scripts/install-packages $(BUILD_PACKAGES) $(TEST_PACKAGES)
@@ -153,13 +155,21 @@ msvc-packages: windows-packages
 	@scripts/install-packages $(MSVC_PACKAGES) $(MSVC_PARSE_PACKAGES)
 	@tests/msvc/runtime/fetch-zlib build/msvc-runtime/zlib
 
-test-msvc: msvc-packages
-	@scripts/install-packages $(BUILD_PACKAGES) $(TEST_PACKAGES)
-	cmake --preset release -DVESK_TESTS=ON
-	cmake --build --preset release --target vesk-fs
+msvc-runtime: msvc-packages
 	cmake -G Ninja -S tests/msvc/runtime -B build/msvc-runtime --toolchain $(CURDIR)/cmake/msvc-clang.cmake \
 	  -DVESK_MSVC_RUNTIME=$(CURDIR)/build/msvc-runtime
 	cmake --build build/msvc-runtime
+
+windows-msvc: windows msvc-runtime
+	cmake --preset msvc-clang -DVESK_TESTS=OFF
+	cmake --build --preset msvc-clang
+	scripts/windows-zip build/msvc-clang msvc
+	tests/msvc/check-package build
+
+test-msvc: msvc-runtime
+	@scripts/install-packages $(BUILD_PACKAGES) $(TEST_PACKAGES)
+	cmake --preset release -DVESK_TESTS=ON
+	cmake --build --preset release --target vesk-fs
 	cmake --preset msvc-clang -DVESK_TESTS=ON
 	cmake --build --preset msvc-clang
 	tests/msvc/check build/msvc
@@ -168,10 +178,18 @@ else
 msvc-packages: windows-packages
 	@scripts/install-packages $(MSVC_PARSE_PACKAGES)
 
+define msvc_missing
+It needs Microsoft's C++ standard library, tag vs-2022-17.8 of its public repository: fetch it, and
+let MSVC_STL name its directory stl, which has inc and src.
+endef
+export msvc_missing
+
+windows-msvc:
+	@echo "$$msvc_missing" >&2; exit 1
+
 test-msvc: msvc-packages
-	@echo "NOT RUN: the Windows suite in Visual C++'s binary interface. It needs Microsoft's C++ standard" >&2
-	@echo "library, tag vs-2022-17.8 of its public repository: fetch it, and let MSVC_STL name its directory" >&2
-	@echo "stl, which has inc and src. Without it the sources are only parsed." >&2
+	@echo "NOT RUN: the Windows suite in Visual C++'s binary interface; the sources are only parsed." >&2
+	@echo "$$msvc_missing" >&2
 	tests/msvc/check build/msvc
 endif
 

@@ -81,6 +81,18 @@ configure_package_config_file(cmake/VeskFileSystemConfig.cmake.in
   "${PROJECT_BINARY_DIR}/VeskFileSystemConfig.cmake" INSTALL_DESTINATION "${package_directory}")
 write_basic_package_version_file("${PROJECT_BINARY_DIR}/VeskFileSystemConfigVersion.cmake"
   COMPATIBILITY SameMajorVersion)
+if(WIN32 AND kind STREQUAL SHARED)
+  set(VESK_ABI "Visual C++")
+  if(MINGW)
+    set(VESK_ABI "mingw-w64")
+  else()
+    install(FILES $<TARGET_PDB_FILE:vesk_filesystem> DESTINATION "${CMAKE_INSTALL_BINDIR}"
+      COMPONENT development OPTIONAL)
+  endif()
+  configure_file(cmake/windows-abi.cmake.in "${PROJECT_BINARY_DIR}/windows-abi.cmake" @ONLY)
+  file(READ "${PROJECT_BINARY_DIR}/windows-abi.cmake" check_abi)
+  file(APPEND "${PROJECT_BINARY_DIR}/VeskFileSystemConfigVersion.cmake" "${check_abi}")
+endif()
 install(FILES "${PROJECT_BINARY_DIR}/VeskFileSystemConfig.cmake"
   "${PROJECT_BINARY_DIR}/VeskFileSystemConfigVersion.cmake" DESTINATION "${package_directory}"
   COMPONENT development)

@@ -39,6 +39,13 @@ set(CMAKE_EXE_LINKER_FLAGS_INIT "${link}")
 set(CMAKE_SHARED_LINKER_FLAGS_INIT "${link}")
 # CMake's own list has libraries that nothing here uses.
 set(CMAKE_CXX_STANDARD_LIBRARIES "-lkernel32 -ladvapi32 -lntdll" CACHE STRING "Libraries of each program")
+# A PDB of functions and lines, without the names of this machine's directories. The driver passes none of
+# these options to the linker, and would warn.
+foreach(language C CXX)
+  set(CMAKE_${language}_FLAGS_RELEASE_INIT
+    "-gline-tables-only -gcodeview -ffile-prefix-map=${CMAKE_SOURCE_DIR}=. -Wno-unused-command-line-argument")
+endforeach()
+string(APPEND CMAKE_SHARED_LINKER_FLAGS_INIT " -Wl,/debug -Wl,/pdbaltpath:%_PDB%")
 set(CMAKE_MSVC_RUNTIME_LIBRARY MultiThreadedDLL)
 
 set(CMAKE_FIND_ROOT_PATH "${VESK_MSVC_RUNTIME}")

@@ -8,6 +8,24 @@
 /// Precedes each declaration that the library exports. With FILESYSTEM_STATIC the library is static
 /// and exports nothing. FILESYSTEM_BUILD is defined while the shared library itself is compiled.
 
+/// @def FILESYSTEM_ITERATOR_DEBUG_LEVEL
+/// With Visual C++, the _ITERATOR_DEBUG_LEVEL that the DLL was built with. Strings and vectors are made on
+/// one side of the DLL's boundary and freed on the other, so a host with another level or without the
+/// runtime's DLLs (/MD) is refused.
+
+#if defined(_MSC_VER) && !defined(FILESYSTEM_STATIC) && !defined(FILESYSTEM_BUILD)
+#include <string>  // defines _ITERATOR_DEBUG_LEVEL
+#ifndef FILESYSTEM_ITERATOR_DEBUG_LEVEL
+#define FILESYSTEM_ITERATOR_DEBUG_LEVEL 0
+#endif
+#if _ITERATOR_DEBUG_LEVEL != FILESYSTEM_ITERATOR_DEBUG_LEVEL
+#error Vesk.FileSystem.dll was built with another _ITERATOR_DEBUG_LEVEL: build for release.
+#endif
+#ifndef _DLL
+#error Vesk.FileSystem.dll shares the DLLs of the runtime library with its host: compile with /MD.
+#endif
+#endif
+
 #if defined(FILESYSTEM_STATIC)
 #define FILESYSTEM_API
 #elif defined(_WIN32)
