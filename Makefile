@@ -33,7 +33,7 @@ BENCH_DISK ?= build/bench
 FOLDER ?= /usr/include
 
 .PHONY: help demo test lint check-compilers mutants windows test-windows windows-packages test-arm64 \
-        file-system-packages file-system-kernels test-file-systems test-large-archives msvc-packages msvc-runtime test-msvc \
+        file-system-packages file-system-kernels test-file-systems test-large-archives msvc-packages msvc-arm64 test-msvc \
         windows-msvc fuzz bench docs abi \
         package install uninstall clean
 
@@ -57,7 +57,8 @@ help:
 	@echo "make test-large-archives   pack, change and unpack entries of 5 and 20 GB, and a million entries;"
 	@echo "                           LARGE='5G 65536' chooses"
 	@echo "make test-msvc MSVC_STL=DIRECTORY"
-	@echo "                           run the tests in Visual C++'s binary interface under Wine"
+	@echo "                           run the tests in Visual C++'s binary interface under Wine, and build for"
+	@echo "                           64-bit ARM Windows, without running it"
 	@echo "make bench                 compare the speed with other programs; BENCH_QUICK=1: less"
 	@echo "make install [PREFIX=...]  install library, headers and program (default $(PREFIX));"
 	@echo "make uninstall             remove them again"
@@ -153,20 +154,26 @@ ifneq ($(wildcard $(MSVC_STL)/inc/yvals_core.h),)
 # Fails where a package cannot be had.
 msvc-packages: windows-packages
 	@scripts/install-packages $(MSVC_PACKAGES) $(MSVC_PARSE_PACKAGES)
-	@tests/msvc/runtime/fetch-zlib build/msvc-runtime/zlib
+	@tests/msvc/runtime/fetch-zlib build/zlib
 
-msvc-runtime: msvc-packages
-	cmake -G Ninja -S tests/msvc/runtime -B build/msvc-runtime --toolchain $(CURDIR)/cmake/msvc-clang.cmake \
-	  -DVESK_MSVC_RUNTIME=$(CURDIR)/build/msvc-runtime
-	cmake --build build/msvc-runtime
+msvc-runtime-%: msvc-packages
+	cmake -G Ninja -S tests/msvc/runtime -B build/$@ --toolchain $(CURDIR)/cmake/msvc-clang.cmake \
+	  -DVESK_MSVC_ARCHITECTURE=$* -DVESK_MSVC_RUNTIME=$(CURDIR)/build/$@
+	cmake --build build/$@
 
-windows-msvc: windows msvc-runtime
+windows-msvc: windows msvc-runtime-x86_64
 	cmake --preset msvc-clang -DVESK_TESTS=OFF
 	cmake --build --preset msvc-clang
 	scripts/windows-zip build/msvc-clang msvc
 	tests/msvc/check-package build
 
-test-msvc: msvc-runtime
+# Wine of this architecture cannot run it.
+msvc-arm64: msvc-runtime-aarch64
+	cmake --preset msvc-arm64
+	cmake --build --preset msvc-arm64
+	tests/exports/check-signatures build/msvc-arm64/bin/Vesk.FileSystem.dll
+
+test-msvc: msvc-runtime-x86_64 msvc-arm64
 	@scripts/install-packages $(BUILD_PACKAGES) $(TEST_PACKAGES)
 	cmake --preset release -DVESK_TESTS=ON
 	cmake --build --preset release --target vesk-fs

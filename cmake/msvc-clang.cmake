@@ -3,8 +3,9 @@
 # which is built first, into VESK_MSVC_RUNTIME.
 
 set(CMAKE_SYSTEM_NAME Windows)
-set(CMAKE_SYSTEM_PROCESSOR x86_64)
-set(triple x86_64-pc-windows-msvc)
+set(VESK_MSVC_ARCHITECTURE x86_64 CACHE STRING "x86_64 or aarch64; what is built for the latter is not run")
+set(CMAKE_SYSTEM_PROCESSOR ${VESK_MSVC_ARCHITECTURE})
+set(triple ${VESK_MSVC_ARCHITECTURE}-pc-windows-msvc)
 set(mingw /usr/x86_64-w64-mingw32)
 foreach(language C CXX)
   set(CMAKE_${language}_COMPILER_TARGET ${triple})
@@ -13,12 +14,13 @@ set(CMAKE_C_COMPILER clang-19)
 set(CMAKE_CXX_COMPILER clang++-19)
 set(CMAKE_RC_COMPILER llvm-rc-19)
 set(CMAKE_AR llvm-ar-19)
-set(CMAKE_TRY_COMPILE_PLATFORM_VARIABLES MSVC_STL VESK_MSVC_RUNTIME)
+set(CMAKE_TRY_COMPILE_PLATFORM_VARIABLES MSVC_STL VESK_MSVC_ARCHITECTURE VESK_MSVC_RUNTIME)
 # The first builds of the compiler's checks are before that of the runtime.
 set(CMAKE_TRY_COMPILE_TARGET_TYPE STATIC_LIBRARY)
 
 set(MSVC_STL "$ENV{MSVC_STL}" CACHE PATH "Microsoft's standard library: the folder with its inc and src")
-set(VESK_MSVC_RUNTIME "${CMAKE_BINARY_DIR}/../msvc-runtime" CACHE PATH "Where tests/msvc/runtime is built")
+set(VESK_MSVC_RUNTIME "${CMAKE_BINARY_DIR}/../msvc-runtime-${VESK_MSVC_ARCHITECTURE}"
+  CACHE PATH "Where tests/msvc/runtime is built")
 set(runtime "${CMAKE_CURRENT_LIST_DIR}/../tests/msvc/runtime")
 
 # mingw-w64's headers need __GNUC__, which the library's sources do not use for this target. _UCRT selects
@@ -29,7 +31,8 @@ set(flags "-fms-compatibility-version=19.38 -fgnuc-version=4.2.1 -D_UCRT -DUSE_N
 set(CMAKE_C_FLAGS_INIT "${flags} -idirafter ${mingw}/include")
 set(CMAKE_CXX_FLAGS_INIT
   "${flags} -isystem ${runtime}/include -isystem ${MSVC_STL}/inc -idirafter ${mingw}/include")
-set(CMAKE_RC_FLAGS_INIT "-I ${mingw}/include")
+# Of headers, resources use macros alone; the compiler is that of these headers.
+set(CMAKE_RC_FLAGS_INIT "-D __GNUC__=4 -I ${mingw}/include")
 set(link "-fuse-ld=lld-link -L${VESK_MSVC_RUNTIME}/lib -lmsvcprt -lmsvcp -lvcruntime -lucrt")
 # googletest uses the old names of these functions.
 foreach(name close creat dup dup2 fdopen read write)
@@ -54,7 +57,7 @@ set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 set(ZLIB_LIBRARY "${VESK_MSVC_RUNTIME}/lib/z.lib" CACHE FILEPATH "zlib, to link statically")
-set(ZLIB_INCLUDE_DIR "${VESK_MSVC_RUNTIME}/zlib" CACHE PATH "zlib's headers")
+set(ZLIB_INCLUDE_DIR "${VESK_MSVC_RUNTIME}/../zlib" CACHE PATH "zlib's headers")
 
 include("${CMAKE_CURRENT_LIST_DIR}/header-only.cmake")
 
