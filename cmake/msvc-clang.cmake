@@ -24,9 +24,9 @@ set(VESK_MSVC_RUNTIME "${CMAKE_BINARY_DIR}/../msvc-runtime-${VESK_MSVC_ARCHITECT
 set(runtime "${CMAKE_CURRENT_LIST_DIR}/../tests/msvc/runtime")
 
 # mingw-w64's headers need __GNUC__, which the library's sources do not use for this target. _UCRT selects
-# the functions of ucrtbase.dll. USE_NO_MINGW_SETJMP_TWO_ARGS leaves setjmp to
-# clang's own headers. The last macro keeps algorithms in headers; their vector code needs functions whose
-# target options clang asks for, and Visual C++ does not.
+# the functions of ucrtbase.dll. USE_NO_MINGW_SETJMP_TWO_ARGS leaves setjmp to clang's own headers. The last
+# macro keeps algorithms in headers; their vector code needs functions whose target options clang asks for,
+# and Visual C++ does not.
 set(flags "-fms-compatibility-version=19.38 -fgnuc-version=4.2.1 -D_UCRT -DUSE_NO_MINGW_SETJMP_TWO_ARGS -D_USE_STD_VECTOR_ALGORITHMS=0")
 set(CMAKE_C_FLAGS_INIT "${flags} -idirafter ${mingw}/include")
 set(CMAKE_CXX_FLAGS_INIT
