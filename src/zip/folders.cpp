@@ -62,7 +62,7 @@ Reason addFolders(zip::EntryAdder& adder, const std::string& directory,
   for (const std::string& folder : folders) {
     name = folder.substr(directory.size());
     if (!progress.begin(name)) return Reason::Cancelled;
-    const std::string stored = zip::storedName(name.empty() ? ".\\" : name);
+    const std::string stored = zip::storedPath(name.empty() ? ".\\" : name);
     const Reason reason = adder.addFolder(folder.c_str(), stored);
     if (reason != Reason::None) return reason;
     if (!progress.end()) return Reason::Cancelled;
@@ -76,7 +76,7 @@ Reason addLinks(zip::EntryAdder& adder, const std::string& directory,
   for (const std::string& link : links) {
     name = FileSystem::subPath(directory, link);
     if (!progress.begin(name)) return Reason::Cancelled;
-    const Reason reason = adder.addLink(link.c_str(), zip::storedName(name));
+    const Reason reason = adder.addLink(link.c_str(), zip::storedPath(name));
     if (reason != Reason::None) return reason;
     if (!progress.end()) return Reason::Cancelled;
   }
@@ -107,14 +107,14 @@ Reason packAll(zip::NewArchive& archive, const std::string& directory,
   const auto prepare = [&](std::size_t index, zip::ArchiveWriter& writer, zip::EntryAdder& own) {
     const std::string& path = files.paths[index];
     writer.useSlashes(true);
-    return own.addFile(path.c_str(), zip::storedName(FileSystem::subPath(directory, path)), "");
+    return own.addFile(path.c_str(), zip::storedPath(FileSystem::subPath(directory, path)), "");
   };
   zip::PreparedEntries prepared(files.paths.size(), settings, workers, prepare);
   std::string name;
   const auto addFile = [&](std::size_t index) {
     const auto entry = prepared.take(index);
     return entry ? adder.addPrepared(*entry)
-                 : adder.addFile(files.paths[index].c_str(), zip::storedName(name), "");
+                 : adder.addFile(files.paths[index].c_str(), zip::storedPath(name), "");
   };
   // Folders first: unzip gives permissions and times to those folders alone that it has not created
   // for a file before.

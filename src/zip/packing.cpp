@@ -7,6 +7,7 @@
 #include "enumeration/folder_walk.h"
 #include "files/source_file.h"
 #include "path/fixed_text.h"
+#include "platform/colon_names.h"
 #include "platform/file_identity.h"
 #include "reporting/reasons.h"
 #include "zip/entry_adder.h"
@@ -65,7 +66,7 @@ class Check {
 
   // False, with the failure reported, if no entry can have the name.
   bool canBeNamed(const std::string& path, bool isFolder = false) {
-    if (storedName(FileSystem::subPath(base_, path)).size() <= kLongestName) return true;
+    if (storedPath(FileSystem::subPath(base_, path)).size() <= kLongestName) return true;
     fail(path, Reason::NameTooLong, isFolder);
     return false;
   }
@@ -132,6 +133,10 @@ class Check {
 };
 
 }  // namespace
+
+std::string storedPath(const std::string& path) {
+  return storedName(platform::isDriveOrStream(path) ? ".\\" + path : path);
+}
 
 PackableFiles packableFiles(const std::string& base, const std::string& archive,
                             const Options& options, ProgressRelay& progress, Report& report) {

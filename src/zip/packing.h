@@ -30,4 +30,8 @@ PackableFiles packableFiles(const std::string& base, const std::string& archive,
                             FileSystem::Detail::ProgressRelay& progress,
                             FileSystem::Report& report);
 
+// The stored name of a path below a packed directory. What lies in a directory `c:` gets a name that
+// begins with a dot: unpacking refuses that of a drive.
+std::string storedPath(const std::string& path);
+
 }  // namespace zip

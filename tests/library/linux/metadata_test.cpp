@@ -24,9 +24,9 @@ class Metadata : public Zip {
   }
   void makeTree() const {
     shell(R"(set -e
-mkdir -p in/sub/deep in/empty in/closed in/private in/shared && cd in
+mkdir -p in/sub/deep in/empty in/closed in/private in/shared in/c: && cd in
 for mode in 600 755 444 666 400 777; do printf $mode >sub/$mode && chmod $mode sub/$mode; done
-printf x >a:b; printf c >closed/content; printf p >private/content; printf old >sub/deep/old
+printf x >a:b; printf d >c:/d; printf c >closed/content; printf p >private/content; printf old >sub/deep/old
 ln -s sub/755 relative; ln -s /etc/passwd absolute; ln -s missing dangling; ln -s . loop
 ln -s ../../outside sub/escaping
 chmod 555 closed; chmod 700 private; chmod 1777 shared; chmod 777 empty; chmod 751 .
@@ -101,7 +101,8 @@ TEST_F(Metadata, OtherProgramsUnpackTheTree) {
 
 TEST_F(Metadata, TreesOfOtherProgramsAreUnpacked) {
   makeTree();
-  shell("touch -d @1700000001 in/sub/600");
+  // zip stores it as a drive.
+  shell("rm -r in/c: && touch -d @1700000001 in/sub/600");
   const std::string conditions = "-mindepth 1";
   const std::string expected = listing("in", conditions);
   for (const char* const program : {"zip -qry ../a.zip .", "bsdtar --format zip -cf ../a.zip ."}) {
