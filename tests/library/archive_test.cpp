@@ -197,7 +197,7 @@ open("a.zip", "wb").write(data))");
   }
 }
 
-// Two names lead to one file, and the file `late` is created when the call has begun.
+// Some names are those of one file, and the file `late` is created when the call has begun.
 TEST_F(ArchiveReading, UnpackingReportsEachEntry) {
   struct Row {
     const char* name;
@@ -211,6 +211,7 @@ TEST_F(ArchiveReading, UnpackingReportsEachEntry) {
       {"late", Reason::None, Reason::Exists, "late", "mine"},
       {"existing", Reason::None, Reason::Exists, "existing", "mine"},
       {"b\\c", Reason::SameFile, Reason::SameFile, "b/c", "b/c"},
+      {"./existing", Reason::SameFile, Reason::Exists, "existing", "mine"},
       {"../out", Reason::NameEscapes, Reason::NameEscapes, "", ""},
       {"folder", Reason::IsAFolder, Reason::IsAFolder, "", ""},
       {"existing/x", Reason::NotAFolder, Reason::NotAFolder, "", ""},
@@ -245,7 +246,7 @@ TEST_F(ArchiveReading, UnpackingReportsEachEntry) {
       const ItemResult& item = report.items[i];
       EXPECT_EQ(item.name, row.name);
       EXPECT_EQ(item.reason, keeps ? row.keeping : row.replacing);
-      EXPECT_EQ(item.other, item.reason == Reason::SameFile ? "b/c" : "");
+      EXPECT_EQ(item.other, item.reason == Reason::SameFile ? row.replaced : "");
       const std::string content = keeps ? row.kept : row.replaced;
       if (content.empty()) continue;
       EXPECT_EQ(support::readFile(pathOf(row.name)), content);
