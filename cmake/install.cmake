@@ -32,7 +32,12 @@ if(TARGET vesk-fs)
   if(VESK_RPATH)
     file(RELATIVE_PATH library_from_program
       "${CMAKE_INSTALL_FULL_BINDIR}" "${CMAKE_INSTALL_FULL_LIBDIR}")
-    set_target_properties(vesk-fs PROPERTIES INSTALL_RPATH "$ORIGIN/${library_from_program}")
+    set(search_path "$ORIGIN/${library_from_program}" "$ORIGIN/../lib")
+    list(REMOVE_DUPLICATES search_path)
+    # In the build directory too: CMake fills a shorter path of its own with colons, and an empty part is
+    # the current directory, from which the program would load any library.
+    set_target_properties(vesk-fs PROPERTIES INSTALL_RPATH "${search_path}"
+      BUILD_WITH_INSTALL_RPATH ${PROJECT_IS_TOP_LEVEL})
   endif()
 endif()
 

@@ -21,6 +21,13 @@ TEST_F(VeskFs, PacksWhatLinksLeadTo) {
          {"tree in '*b'", 0, "in/a\\b\n"}});
 }
 
+TEST_F(VeskFs, LoadsNoLibraryFromTheCurrentDirectory) {
+  write("libVesk.FileSystem.so.1", "no library");
+  write("libstdc++.so.6", "no library");
+  write("in/file", "x");
+  check({{"tree in", 0, "in/file\n"}});
+}
+
 // The archive is the same with any number of threads, also where the system has no memory for the
 // stack of one.
 TEST_F(VeskFs, PacksWithAnyNumberOfThreads) {
