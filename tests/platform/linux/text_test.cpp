@@ -44,7 +44,7 @@ TEST(Text, ComparisonIgnoresCase) {
     const char *first, *second;
     int order;
   } const cases[] = {
-      {"", "", 0},       {"ABC", "abc", 0},   {"Straße", "sTRAßE", 0}, {".ÄÖ", ".äö", 0},
+      {"", "", 0},       {"ABC", "abc", 0},   {"Straße", "sTRAßE", 0}, {".ÄÖØÞ", ".äöøþ", 0},
       {"ЯБЛ", "ябл", 0}, {"a", "B", -1},      {"b", "A", 1},           {"a", "ab", -1},
       {"ab", "A", 1},    {"\xFF", "\xFE", 1}, {"ä", "\xC3", 1 - 2},
   };
