@@ -15,15 +15,12 @@ namespace {
 
 using namespace entries;
 
-class Aes : public testing::Test {
+class Aes : public ArchiveTest {
  protected:
   void SetUp() override {
     ASSERT_EQ(zip_engine::hasAes(), VESK_AES != 0);
     if (VESK_AES == 0) GTEST_SKIP() << "built without AES";
   }
-
-  support::TemporaryFolder folder_;
-  std::string path_ = folder_.file("a.zip");
 };
 
 TEST_F(Aes, ArchivesAreThoseOfOtherPrograms) {
@@ -32,7 +29,7 @@ TEST_F(Aes, ArchivesAreThoseOfOtherPrograms) {
                        {"in/empty", ""},
                        {"in/large", repetitiveText(9 << 20)},
                        {"in/large random", noise(5 << 20, 4)}};
-  for (const auto& [name, content] : theirs) support::writeFile(folder_.file(name), content);
+  for (const auto& [name, content] : theirs) write(name, content);
   const std::string bsdtar = "bsdtar --format zip --passphrase secret --options zip:encryption=";
   for (const std::string& command :
        {std::string("7z a -tzip -psecret -mem=AES256 a.zip in"),
@@ -44,14 +41,14 @@ TEST_F(Aes, ArchivesAreThoseOfOtherPrograms) {
     if (command.starts_with("7z t")) {
       writeArchive(path_, theirs, ZipModeCreate, "secret", ZipEncryptAes256);
     }
-    ASSERT_EQ(support::run(folder_.path(), command), 0);
+    shell(command);
     for (const std::uint32_t step : {1000U, 1U << 20, 1U << 26}) {
       EXPECT_TRUE(readArchive(path_, step) == theirs);
     }
     const std::string copy = folder_.file("copy.zip");
     copyArchive(path_, copy, "");
     EXPECT_TRUE(readArchive(copy) == theirs);
-    EXPECT_EQ(support::run(folder_.path(), "7z t -psecret copy.zip"), 0);
+    shell("7z t -psecret copy.zip");
 
     const Reader reader(ZipOpenReader(path_.c_str()));
     for (int s = ZipFirstEntry(reader.get()); s == 0; s = ZipNextEntry(reader.get())) {
@@ -84,8 +81,8 @@ TEST_F(Aes, UnknownExtraFieldsAreRefused) {
 // What deflate makes of no content is authenticated, although it is not decoded.
 TEST_F(Aes, StreamsOfNoContentAreRead) {
   constexpr char kStream[] = "\3\0";
-  support::writeFile(folder_.file("e"), {kStream, 2});
-  ASSERT_EQ(support::run(folder_.path(), "7z a -tzip -psecret -mem=AES256 -mx0 a.zip e"), 0);
+  write("e", {kStream, 2});
+  shell("7z a -tzip -psecret -mem=AES256 -mx0 a.zip e");
   std::string bytes = support::readFile(path_);
   const std::size_t record = bytes.find("PK\1\2");
   for (const std::size_t size : {std::size_t{22}, record + 24}) bytes[size] = 0;
@@ -93,7 +90,7 @@ TEST_F(Aes, StreamsOfNoContentAreRead) {
     bytes[bytes.find("AE\3", start) + 3] = ZipMethodDeflate;
   }
   support::writeFile(path_, bytes);
-  ASSERT_EQ(support::run(folder_.path(), "7z t -psecret a.zip"), 0);
+  shell("7z t -psecret a.zip");
   EXPECT_EQ(readArchive(path_), (Entries{{"e", ""}}));
   --bytes[record - 1];
   support::writeFile(path_, bytes);
@@ -106,12 +103,12 @@ TEST_F(Aes, DamageIsNoticed) {
     support::writeFile(path_, bytes);
     EXPECT_EQ(readArchive(path_), (Entries{{"e", "<unreadable>"}}));
   };
-  support::writeFile(folder_.file("e"), "content");
-  ASSERT_EQ(support::run(folder_.path(), "7z a -tzip -psecret -mem=AES256 -mx0 a.zip e"), 0);
+  write("e", "content");
+  shell("7z a -tzip -psecret -mem=AES256 -mx0 a.zip e");
   writeArchive(folder_.file("ours.zip"), {{"e", "content"}}, ZipModeCreate, "secret",
                ZipEncryptAes256);
   for (const char* const name : {"a.zip", "ours.zip"}) {
-    const std::string whole = support::readFile(folder_.file(name));
+    const std::string whole = read(name);
     const std::size_t record = whole.find("PK\1\2");
     EXPECT_EQ(whole[record + 6], 51) << "version needed";
     EXPECT_EQ(whole.substr(record + 16, 4), std::string(4, '\0')) << "CRC";
@@ -123,11 +120,10 @@ TEST_F(Aes, DamageIsNoticed) {
       check(bytes);
     }
   }
-  support::writeFile(folder_.file("e"), "content of more than 20 bytes");
-  ASSERT_EQ(support::run(folder_.path(),
-                         "bsdtar --format zip --passphrase secret --options zip:encryption=aes256"
-                         " -cf a.zip e"),
-            0);
+  write("e", "content of more than 20 bytes");
+  shell(
+      "bsdtar --format zip --passphrase secret --options zip:encryption=aes256"
+      " -cf a.zip e");
   std::string bytes = support::readFile(path_);
   bytes[bytes.find("PK\1\2") + 16] ^= 1;
   check(bytes);

@@ -21,11 +21,7 @@ std::string strangeName() {
   return platform::convertCodePage(name, CP_UTF8, CP_OEMCP);
 }
 
-class Archive : public testing::Test {
- protected:
-  support::TemporaryFolder folder_;
-  std::string path_ = folder_.file("a.zip");
-};
+using Archive = ArchiveTest;
 
 const Entries& sample() {
   static const Entries entries{{"empty", ""},
@@ -70,8 +66,7 @@ TEST_F(Archive, IsReadByThisAndOtherPrograms) {
     // Values that no reader of ours needs, and the number of entries that became much smaller.
     const std::string flagsAndVersion = password == nullptr ? "0 10" : "1 20";
     EXPECT_EQ(
-        support::outputOf(
-            folder_.path(),
+        output(
             "python3 -c 'import zipfile; z = zipfile.ZipFile(\"a.zip\"); i = z.getinfo(\"one\");"
             " print(i.flag_bits, i.extract_version, i.create_system, i.create_version, i.date_time,"
             " i.comment, i.extra, i.internal_attr, i.external_attr, z.getinfo(\"empty\").CRC,"
@@ -85,8 +80,8 @@ TEST_F(Archive, IsReadByThisAndOtherPrograms) {
 TEST_F(Archive, AppendsToArchivesOfOtherPrograms) {
   const Entries theirs{
       {"in/deep/file.txt", repetitiveText(5000)}, {"in/random", noise(3000, 3)}, {"in/empty", ""}};
-  for (const auto& [name, content] : theirs) support::writeFile(folder_.file(name), content);
-  support::writeFile(folder_.file("stream.py"), R"(
+  for (const auto& [name, content] : theirs) write(name, content);
+  write("stream.py", R"(
 import sys, zipfile
 with zipfile.ZipFile(sys.stdout.buffer, "w", 8) as z:
     for name in "in/deep/file.txt", "in/random", "in/empty":
@@ -125,7 +120,7 @@ with zipfile.ZipFile(sys.stdout.buffer, "w", 8) as z:
   for (const auto& program : programs) {
     SCOPED_TRACE(program.name);
     std::filesystem::remove(path_);
-    ASSERT_EQ(support::run(folder_.path(), program.command), 0);
+    shell(program.command);
     EXPECT_EQ(readArchive(path_), theirs);
     const std::string comment = program.comment;
     EXPECT_EQ(globalComment(Reader(ZipOpenReader(path_.c_str())).get()), comment);
@@ -161,7 +156,7 @@ with zipfile.ZipFile(sys.stdout.buffer, "w", 8) as z:
                 flagged ? std::string(12, '\0') : sums);
     }
     for (const std::string checker : support::kCheckers) {
-      EXPECT_EQ(support::run(folder_.path(), checker + "copy.zip"), 0) << checker;
+      shell(checker + "copy.zip");
     }
   }
 }
@@ -191,7 +186,7 @@ TEST_F(Archive, HoldsMoreEntriesThanThePlainFormatCounts) {
     };
     EXPECT_EQ(countOf(), count);
     for (const char* const checker : {"unzip -tqq a.zip", "7z t a.zip"}) {
-      EXPECT_EQ(support::run(folder_.path(), checker), 0) << checker;
+      shell(checker);
     }
 
     // Without the zip64 records, and with the count modulo 65,536, as old programs write it.
@@ -339,7 +334,7 @@ TEST_F(Archive, FieldsHaveTheirLimits) {
   EXPECT_EQ(ZipCloseWriter(writer, nullptr), 0);
   EXPECT_EQ(readArchive(path_), (Entries{{"n", ""}, {"raw", "x"}, {"flagged", "<unreadable>"}}));
   copyArchive(path_, folder_.file("copy.zip"), "");
-  EXPECT_TRUE(support::readFile(folder_.file("copy.zip")) == support::readFile(path_));
+  EXPECT_TRUE(read("copy.zip") == support::readFile(path_));
 }
 
 }  // namespace

@@ -9,6 +9,7 @@
 #include <memory>
 #include <string>
 
+#include "support/folder_test.h"
 #include "support/noise.h"
 #include "zip/engine.h"
 
@@ -16,6 +17,12 @@ namespace entries {
 
 using support::noise;
 using Entries = std::map<std::string, std::string>;
+
+// The fixture of tests of one archive.
+class ArchiveTest : public support::FolderTest {
+ protected:
+  std::string path_ = folder_.file("a.zip");
+};
 
 struct ReaderCloser {
   void operator()(ZipReader* reader) const { ZipCloseReader(reader); }

@@ -68,10 +68,10 @@ Entries useDamaged(const std::string& bytes, const std::string& path) {
   return read;
 }
 
-class NestedArchive : public testing::Test {
+class NestedArchive : public support::FolderTest {
  protected:
   void SetUp() override {
-    ASSERT_EQ(support::run(folder_.path(), std::string("python3 -c '") + kMaker + "'"), 0);
+    shell(std::string("python3 -c '") + kMaker + "'");
     whole_ = support::readFile(path_);
     // All values of the end record refer to the zip64 one, which has four more bytes than usual.
     whole_.replace(whole_.size() - 14, 12, 12, '\xFF');
@@ -79,7 +79,6 @@ class NestedArchive : public testing::Test {
     support::writeFile(path_, whole_);
   }
 
-  support::TemporaryFolder folder_;
   std::string path_ = folder_.file("outer.zip");
   std::string whole_;
 };

@@ -14,7 +14,7 @@ namespace {
 using namespace entries;
 using namespace std::string_literals;
 
-class EngineReader : public testing::Test {
+class EngineReader : public ArchiveTest {
  protected:
   // Opens the archive with its first entry as the current one.
   Reader first() const {
@@ -22,9 +22,6 @@ class EngineReader : public testing::Test {
     EXPECT_EQ(ZipFirstEntry(reader.get()), 0);
     return reader;
   }
-
-  support::TemporaryFolder folder_;
-  std::string path_ = folder_.file("a.zip");
 };
 
 TEST_F(EngineReader, CutsTextsAtTheCapacity) {
@@ -86,7 +83,7 @@ with zipfile.ZipFile("a.zip", "w") as z:
         z.filelist.append(info)
     z.filelist.append(z.getinfo("d"))
 ')";
-  ASSERT_EQ(support::run(folder_.path(), kMaker), 0);
+  shell(kMaker);
   const std::string names = "0abcd1";
   for (std::size_t first = 0; first < names.size(); ++first) {
     const Reader reader(ZipOpenReader(path_.c_str()));
@@ -124,16 +121,17 @@ with zipfile.ZipFile("a.zip", "w") as z:
     z.filelist.append(info))"},
   };
   for (const auto& archive : kArchives) {
-    support::writeFile(folder_.file("make.py"), R"(import io, struct, zipfile, zlib
+    SCOPED_TRACE(archive.name);
+    write("make.py", R"(import io, struct, zipfile, zlib
 with zipfile.ZipFile("a.zip", "w") as z: z.writestr("bad", "0123456789"), z.writestr("good", "x"))"s +
-                                                    archive.change);
-    ASSERT_EQ(support::run(folder_.path(), "python3 make.py"), 0) << archive.name;
+                         archive.change);
+    shell("python3 make.py");
     const Reader reader(ZipOpenReader(path_.c_str()));
     std::string content;
-    ASSERT_EQ(ZipLocateEntry(reader.get(), "bad", 0), 0) << archive.name;
-    EXPECT_FALSE(readCurrent(reader.get(), content, 10)) << archive.name;
-    ASSERT_EQ(ZipLocateEntry(reader.get(), "good", 0), 0) << archive.name;
-    EXPECT_TRUE(readCurrent(reader.get(), content, 10)) << archive.name;
+    ASSERT_EQ(ZipLocateEntry(reader.get(), "bad", 0), 0);
+    EXPECT_FALSE(readCurrent(reader.get(), content, 10));
+    ASSERT_EQ(ZipLocateEntry(reader.get(), "good", 0), 0);
+    EXPECT_TRUE(readCurrent(reader.get(), content, 10));
   }
 }
 

@@ -19,11 +19,7 @@ namespace {
 using namespace entries;
 using zip_engine::Bytes;
 
-class Zip64 : public testing::Test {
- protected:
-  support::TemporaryFolder folder_;
-  std::string path_ = folder_.file("a.zip");
-};
+using Zip64 = ArchiveTest;
 
 // The zip64 blocks of an archive with one entry, whose fields of 32 bits refer to them.
 struct Blocks {
@@ -167,13 +163,13 @@ TEST_F(Zip64, EntriesOfUnknownSizeMayPassFourGigabytes) {
         EXPECT_EQ(readArchive(copy), all);
         EXPECT_FALSE(hasBlock(copy));
         if (size <= kSmall) continue;
-        EXPECT_EQ(support::run(folder_.path(), "bsdtar --passphrase secret -xOf a.zip >all"), 0);
-        EXPECT_TRUE(support::readFile(folder_.file("all")) == all.at("e") + 'x');
+        shell("bsdtar --passphrase secret -xOf a.zip >all");
+        EXPECT_TRUE(read("all") == all.at("e") + 'x');
         if (row.encryption == ZipEncryptAes256) continue;
         for (const std::string checker : support::kCheckers) {
           // It decrypts a megabyte a second.
           if (row.password != nullptr && checker.starts_with("python3")) continue;
-          EXPECT_EQ(support::run(folder_.path(), checker + "a.zip"), 0) << checker;
+          shell(checker + "a.zip");
         }
       }
     }
@@ -212,7 +208,7 @@ TEST_F(Zip64, LargeEntriesAreCopied) {
   for (const bool hasDescriptor : {false, true}) {
     support::writeFile(path_, archiveWithLargeEntry(hasDescriptor));
     copyArchive(path_, folder_.file("copy.zip"), "");
-    EXPECT_TRUE(support::readFile(folder_.file("copy.zip")) == support::readFile(path_));
+    EXPECT_TRUE(read("copy.zip") == support::readFile(path_));
   }
 }
 

@@ -279,7 +279,7 @@ TEST_F(Change, FailsForAReasonOfTheArchive) {
   }
   {
     SCOPED_TRACE("split");
-    support::writeFile(folder_.file("n"), support::noise(200000));
+    write("n", support::noise(200000));
     shell("zip -q -s 64k s.zip n && mv s.zip a.zip");
     check(Reason::SplitArchive);
   }

@@ -124,8 +124,8 @@ z.close())");
 
 TEST_F(ArchiveReading, OpeningSaysWhyItFails) {
   make({"a"});
-  support::writeFile(folder_.file("text"), "no archive");
-  support::writeFile(folder_.file("part"), std::string("PK\7\10", 4) + std::string(40, 'x'));
+  write("text", "no archive");
+  write("part", std::string("PK\7\10", 4) + std::string(40, 'x'));
   std::filesystem::create_directory(folder_.file("folder"));
   const struct {
     const char* name;
@@ -273,7 +273,7 @@ z.close())");
   EXPECT_EQ(support::readFile(out_ + "/new/place/twice"), "last");
   EXPECT_FALSE(support::exists(out_ + "/new/escapes"));
 
-  support::writeFile(folder_.file("file"), "x");
+  write("file", "x");
   EXPECT_EQ(archive.unpack(archive.entries(), folder_.file("file").c_str()).reason,
             Reason::NotAFolder);
 }

@@ -8,15 +8,15 @@
 #include <string>
 #include <vector>
 
+#include "support/folder_test.h"
 #include "support/open_file.h"
-#include "support/temporary_folder.h"
 
 using Names = std::vector<std::string>;
 
-class Enumeration : public testing::Test {
+class Enumeration : public support::FolderTest {
  protected:
   void make(std::initializer_list<const char*> files) {
-    for (const char* name : files) support::writeFile(folder_.file(name), name);
+    for (const char* name : files) write(name, name);
   }
   static Names sorted(Names names) {
     std::sort(names.begin(), names.end());
@@ -31,7 +31,6 @@ class Enumeration : public testing::Test {
     return sorted(paths);
   }
 
-  support::TemporaryFolder folder_;
   std::string text_ = folder_.text();
   const char* path_ = text_.c_str();
 };

@@ -34,7 +34,7 @@ TEST_F(Enumeration, GroupsOfExtensions) {
   EXPECT_EQ(EnumFiles(names, folder_.file("missing\\").c_str(), "*", ".aaa", end), 0U);
   // An extension ignores letter case, a base name does not.
   make({"q.aaa", "Q.bbB", "Q.aaA"});
-  support::writeFile(folder_.file(support::text("u.\xC3\x84")), "");
+  write(support::text("u.\xC3\x84"), "");
   names.clear();
   EXPECT_EQ(EnumFiles(names, path_, "q*", ".aaa", ".bbb", end), 1U);
   EXPECT_EQ(EnumFiles(names, path_, "*", support::text(".\xC3\xA4").c_str(), end), 1U);

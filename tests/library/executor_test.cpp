@@ -57,9 +57,7 @@ class HostExecutor : public Zip {
     add("three parts", textOf(2 * kPart + 1000));
   }
 
-  void add(const std::string& name, const std::string& content) {
-    support::writeFile(folder_.file("in/" + name), content);
-  }
+  void add(const std::string& name, const std::string& content) { write("in/" + name, content); }
   Report pack(const Options& options) const {
     return packFolder(in_.c_str(), path_.c_str(), options);
   }

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "support/folder_test.h"
 #include "support/open_file.h"
-#include "support/temporary_folder.h"
 
 namespace {
 
@@ -17,11 +17,10 @@ constexpr int kWrite = FileStream::OpenWrite;
 constexpr int kAppend = FileStream::OpenAppend;
 constexpr int kTruncate = FileStream::OpenTruncate;
 
-class Stream : public testing::Test {
+class Stream : public support::FolderTest {
  protected:
   std::string content() const { return support::readFile(path_); }
 
-  support::TemporaryFolder folder_;
   std::string path_ = folder_.file("file");
 };
 
@@ -123,7 +122,7 @@ TEST_F(Stream, CopiesShareTheHandleAndSwapExchangesIt) {
   EXPECT_EQ(first.bufferSize(), 5U);
   first.close();
   other.close();
-  EXPECT_EQ(support::readFile(folder_.file("other")), "pend");
+  EXPECT_EQ(read("other"), "pend");
   EXPECT_EQ(content(), "aab");
 }
 
@@ -166,7 +165,7 @@ TEST_F(Stream, TextOutput) {
   stream.close();
   other.close();
   EXPECT_EQ(content(), std::string("sourcea\0bc0-2147483648source\0", 29));
-  EXPECT_EQ(support::readFile(folder_.file("other")), "z");
+  EXPECT_EQ(read("other"), "z");
 }
 
 TEST_F(Stream, WholeContent) {

@@ -5,8 +5,8 @@
 
 #include <string>
 
+#include "support/folder_test.h"
 #include "support/open_file.h"
-#include "support/temporary_folder.h"
 
 namespace {
 
@@ -15,15 +15,14 @@ using namespace FileSystem;
 constexpr unsigned long kRead = GENERIC_READ;
 constexpr unsigned long kReadWrite = kRead | GENERIC_WRITE;
 
-class Files : public testing::Test {
+class Files : public support::FolderTest {
  protected:
-  support::TemporaryFolder folder_;
   std::string path_ = folder_.file("file");
 };
 
 TEST_F(Files, Probes) {
   for (const char* name : {"file", "read-only", "shared", "exclusive"}) {
-    support::writeFile(folder_.file(name), "content");
+    write(name, "content");
   }
   support::makeReadOnly(folder_.file("read-only"));
   const platform::FileHandle writer =
@@ -103,11 +102,11 @@ TEST_F(Files, FolderChains) {
   EXPECT_EQ(IsValidPath(path_.c_str()), 0);
   EXPECT_EQ(folder_.entries(), 2U);
 
-  support::writeFile(folder_.file("a/stays"), "");
+  write("a/stays", "");
   EXPECT_EQ(DeleteEmptyFolder(folder_.file("a").c_str()), 0);
   EXPECT_EQ(DeleteEmptyFolder((folder_.text() + "a\\b\\c\\").c_str()), 1);
-  EXPECT_FALSE(support::exists(folder_.file("a/b")));
-  EXPECT_TRUE(support::exists(folder_.file("a/stays")));
+  EXPECT_FALSE(exists("a/b"));
+  EXPECT_TRUE(exists("a/stays"));
 }
 
 }  // namespace

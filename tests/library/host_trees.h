@@ -8,9 +8,9 @@
 #include <string>
 
 #include "library/reports.h"
-#include "support/temporary_folder.h"
+#include "support/folder_test.h"
 
-class HostTrees : public testing::Test {
+class HostTrees : public support::FolderTest {
  protected:
   static constexpr std::time_t kDay = 86400;
 
@@ -22,6 +22,4 @@ class HostTrees : public testing::Test {
   FileSystem::Report copy(const FileSystem::Options& options = {}) const {
     return FileSystem::copyTree(path("in").c_str(), path("out").c_str(), options);
   }
-
-  support::TemporaryFolder folder_;
 };

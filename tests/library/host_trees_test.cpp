@@ -61,8 +61,8 @@ TEST_F(HostTrees, CopySaysWhatBecameOfEachFile) {
                                         {"folder", Reason::IsAFolder},
                                         {"file", Reason::NotAFolder},
                                         {"file\\below", Reason::NotAFolder}}));
-  EXPECT_EQ(support::readFile(path("out/sub/replaced")), "n");
-  EXPECT_EQ(support::readFile(path("out/read-only")), "o");
+  EXPECT_EQ(read("out/sub/replaced"), "n");
+  EXPECT_EQ(read("out/read-only"), "o");
   for (const ItemResult& item : report.items) EXPECT_EQ(item.isFolder, item.name == "file");
 }
 
@@ -72,14 +72,14 @@ TEST_F(HostTrees, CopyKeepsExistingFilesOnRequest) {
   write("out/old", "o");
   const Report report = copy(Options().setExisting(ExistingFiles::Keep));
   EXPECT_EQ(reasonsOf(report), (Reasons{{"new", Reason::None}, {"old", Reason::Exists}}));
-  EXPECT_EQ(support::readFile(path("out/old")), "o");
+  EXPECT_EQ(read("out/old"), "o");
 }
 
 TEST_F(HostTrees, CopyIntoItselfHarmsNoFile) {
   write("in/a", "a");
   const Report report = copyTree(path("in").c_str(), path("in").c_str());
   EXPECT_EQ(reasonsOf(report), (Reasons{{"a", Reason::SameFile}}));
-  EXPECT_EQ(support::readFile(path("in/a")), "a");
+  EXPECT_EQ(read("in/a"), "a");
 }
 
 // A copy that fails.
@@ -103,7 +103,7 @@ TEST_F(HostTrees, CopySaysWhyAFolderCannotBeUsed) {
     EXPECT_EQ(report.reason, c.reason) << c.source << ' ' << c.target;
     EXPECT_TRUE(report.items.empty());
   }
-  EXPECT_FALSE(support::exists(path("out")));
+  EXPECT_FALSE(exists("out"));
 }
 
 TEST_F(HostTrees, CopyOfAFileSaysWhyItFails) {
@@ -125,7 +125,7 @@ TEST_F(HostTrees, CopyOfAFileSaysWhyItFails) {
     EXPECT_EQ(report.items.empty() ? report.reason : report.items[0].reason, c.reason)
         << c.source << ' ' << c.target;
   }
-  EXPECT_FALSE(support::exists(path("out/none")));
+  EXPECT_FALSE(exists("out/none"));
 }
 
 TEST_F(HostTrees, CopyCreatesTheFoldersOfARelativePath) {
@@ -134,7 +134,7 @@ TEST_F(HostTrees, CopyCreatesTheFoldersOfARelativePath) {
   std::filesystem::current_path(folder_.path());
   EXPECT_TRUE(copyTree("in", "new\\deep"));
   std::filesystem::current_path(before);
-  EXPECT_EQ(support::readFile(path("new/deep/a")), "a");
+  EXPECT_EQ(read("new/deep/a"), "a");
 }
 
 TEST_F(HostTrees, CopyReportsItsProgress) {
@@ -187,11 +187,11 @@ TEST_F(HostTrees, SweepSaysWhatBecameOfEachOldFile) {
                    {"sub\\lent", Reason::None}};
   if (isLong) expected[shown(deep)] = Reason::PathTooLong;
   EXPECT_EQ(reasonsOf(findOldFiles(folder_.name().c_str(), 7)), expected);
-  EXPECT_TRUE(support::exists(path("old.tmp")));
+  EXPECT_TRUE(exists("old.tmp"));
   EXPECT_EQ(reasonsOf(deleteOldFiles(folder_.name().c_str(), 7)), expected);
-  EXPECT_FALSE(support::exists(path("old.tmp")));
-  EXPECT_FALSE(support::exists(path("sub/old")));
-  EXPECT_TRUE(support::exists(path("old.txt")));
+  EXPECT_FALSE(exists("old.tmp"));
+  EXPECT_FALSE(exists("sub/old"));
+  EXPECT_TRUE(exists("old.txt"));
   EXPECT_EQ(findOldFiles(path("none").c_str(), 7).reason, Reason::Missing);
   EXPECT_EQ(findOldFiles(path("old.txt").c_str(), 7).reason, Reason::NotAFolder);
 }
@@ -199,7 +199,7 @@ TEST_F(HostTrees, SweepSaysWhatBecameOfEachOldFile) {
 TEST_F(HostTrees, FindingKeepsEmptyFolders) {
   std::filesystem::create_directory(path("empty"));
   EXPECT_TRUE(findOldFiles(folder_.name().c_str(), 7));
-  EXPECT_TRUE(support::exists(path("empty")));
+  EXPECT_TRUE(exists("empty"));
 }
 
 TEST_F(HostTrees, DeletionSaysWhatStays) {
@@ -219,11 +219,11 @@ TEST_F(HostTrees, DeletionSaysWhatStays) {
                                           {"in-use", Reason::InUse},
                                           {"other\\c", Reason::None}}));
   }
-  EXPECT_FALSE(support::exists(path("tree/other")));
-  EXPECT_TRUE(support::exists(path("tree/sub/read-only")));
+  EXPECT_FALSE(exists("tree/other"));
+  EXPECT_TRUE(exists("tree/sub/read-only"));
   EXPECT_EQ(deleteTree(path("none").c_str()).reason, Reason::Missing);
   EXPECT_EQ(deleteTree(path("tree/in-use").c_str()).reason, Reason::NotAFolder);
-  EXPECT_TRUE(support::exists(path("tree/in-use")));
+  EXPECT_TRUE(exists("tree/in-use"));
 }
 
 TEST_F(HostTrees, ALargeFolderIsReportedWhileItIsRead) {
@@ -256,8 +256,8 @@ TEST_P(Cancelled, CopyLeavesEachFileOldOrNew) {
     Reasons reasons = reasonsOf(report);
     std::size_t known = 0;
     for (const auto& [name, content] : contents) {
-      const bool isThere = support::exists(path("out/" + name));
-      const std::string now = support::readFile(path("out/" + name));
+      const bool isThere = exists("out/" + name);
+      const std::string now = read("out/" + name);
       const bool isNew = isThere && now == content;
       known += isThere ? 1 : 0;
       EXPECT_TRUE(isNew || (existing.count(name) != 0 ? now == "o" : !isThere)) << name;
@@ -277,7 +277,7 @@ TEST_P(Cancelled, CopyLeavesEachFileOldOrNew) {
   atEachCallback(
       GetParam(), prepare, [&](const Options& options) { return copy(options); }, check);
   EXPECT_EQ(isInterrupted, GetParam() == End::ByFalse);
-  EXPECT_EQ(support::readFile(path("out/sub/b")), large);
+  EXPECT_EQ(read("out/sub/b"), large);
 }
 
 TEST_P(Cancelled, CopyOfAFileLeavesItOldOrNew) {
@@ -289,9 +289,9 @@ TEST_P(Cancelled, CopyOfAFileLeavesItOldOrNew) {
   };
   const auto check = [&](const Report& report) {
     const bool isCopied = !report.items.empty() && report.items[0].reason == Reason::None;
-    const bool isOld = support::readFile(path("out/large")) == "o";
+    const bool isOld = read("out/large") == "o";
     EXPECT_FALSE(isOld && isCopied);
-    EXPECT_TRUE(isOld || support::readFile(path("out/large")) == large);
+    EXPECT_TRUE(isOld || read("out/large") == large);
   };
   atEachCallback(GetParam(), prepare, copyOne, check);
 }
@@ -305,10 +305,10 @@ TEST_P(Cancelled, DeletionsReportWhatIsDeleted) {
     const Reasons reasons = reasonsOf(report);
     for (const std::string name : names) {
       if (GetParam() == End::ByException) continue;
-      EXPECT_EQ(reasons.count(shown(name)), support::exists(path("in/" + name)) ? 0U : 1U) << name;
+      EXPECT_EQ(reasons.count(shown(name)), exists("in/" + name) ? 0U : 1U) << name;
     }
     for (const auto& [name, reason] : reasons) EXPECT_EQ(reason, Reason::None) << name;
-    EXPECT_TRUE(support::exists(path("in")));
+    EXPECT_TRUE(exists("in"));
   };
   const std::string in = path("in");
   atEachCallback(
@@ -320,7 +320,7 @@ TEST_P(Cancelled, DeletionsReportWhatIsDeleted) {
       [&](const Options& options) { return deleteOldFiles(in.c_str(), 7, options); }, check);
   EXPECT_FALSE(support::exists(in));
   const auto checkFound = [&](const Report&) {
-    for (const std::string name : names) EXPECT_TRUE(support::exists(path("in/" + name))) << name;
+    for (const std::string name : names) EXPECT_TRUE(exists("in/" + name)) << name;
   };
   atEachCallback(
       GetParam(), prepare,

@@ -22,11 +22,11 @@ class Packing : public Zip {
 
 TEST_F(Packing, EveryProgramUnpacksTheTree) {
   for (const char* name : {"a", "sub/b", "sub/deeper/c", "Größe/ü", "Größe/é ñ/ß.txt"}) {
-    support::writeFile(folder_.file(support::text(std::string("in/") + name)), name);
+    write(support::text(std::string("in/") + name), name);
   }
   if (support::kPlatform.everyName) {
     for (const char* name : {"日本/語", "😀", "Привет/x"}) {
-      support::writeFile(folder_.file(std::string("in/") + name), name);
+      write(std::string("in/") + name, name);
     }
   }
   const auto unpacksWith = [&](const std::string& program) {
@@ -56,7 +56,7 @@ TEST_F(Packing, EntriesAreShownWithBackslashes) {
     const Names shown = names();
     return shown.size() == 1 && shown[0].starts_with("sub\\gr");
   };
-  support::writeFile(folder_.file(support::text("in/sub/größe")), "content");
+  write(support::text("in/sub/größe"), "content");
   ASSERT_EQ(pack(Options().setFolders(false)), Reason::None);
   EXPECT_TRUE(isShownWithBackslash());
   EXPECT_EQ(output("LC_ALL=C.UTF-8 unzip -Z1 a.zip"), "sub/größe\n");
@@ -72,15 +72,15 @@ TEST_F(Packing, EntriesAreShownWithBackslashes) {
 }
 
 TEST_F(Packing, Encrypts) {
-  support::writeFile(folder_.file("in/sub/x"), "content");
+  write("in/sub/x", "content");
   ASSERT_EQ(pack(Options().setPassword("secret")), Reason::None);
   EXPECT_EQ(contentOf("sub\\x"), "<nothing>");
   EXPECT_EQ(contentOf("sub\\x", "secret"), "content");
 }
 
 TEST_F(Packing, FailureLeavesTheOldArchive) {
-  support::writeFile(folder_.file("in/a"), "new");
-  support::writeFile(folder_.file("in/z"), "new");
+  write("in/a", "new");
+  write("in/z", "new");
   make({"old"});
   const std::string before = support::readFile(path_);
   {

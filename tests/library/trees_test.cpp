@@ -48,11 +48,11 @@ TEST_F(Trees, CopyModes) {
     }
   }
   EXPECT_NE(FileSystem::CopyFileA(source.c_str(), (folder_.text() + "pre-").c_str(), 0), 0);
-  EXPECT_TRUE(support::exists(path("pre-f.txt")));
+  EXPECT_TRUE(exists("pre-f.txt"));
   // The copy's name is trimmed.
   write("sp .txt", "spaces");
   EXPECT_NE(FileSystem::CopyFileA(path("sp .txt").c_str(), out.c_str(), 0), 0);
-  EXPECT_EQ(support::readFile(path("out/sp.txt")), "spaces");
+  EXPECT_EQ(read("out/sp.txt"), "spaces");
 }
 
 TEST_F(Trees, CopyContent) {
@@ -66,16 +66,16 @@ TEST_F(Trees, CopyContent) {
   {
     const platform::FileHandle held = support::openFile(in + "held");
     EXPECT_EQ(FileSystem::CopyContent(in, out), 2);
-    EXPECT_FALSE(support::exists(path("out/held")));
+    EXPECT_FALSE(exists("out/held"));
   }
   EXPECT_EQ(FileSystem::CopyContent(in, out), 3);
-  EXPECT_EQ(support::run(folder_.path(), "diff -r in out"), 0);
+  shell("diff -r in out");
   EXPECT_EQ(FileSystem::CopyContent(in + "empty\\", folder_.text() + "new\\"), 0);
-  EXPECT_TRUE(support::exists(path("new")));
+  EXPECT_TRUE(exists("new"));
   EXPECT_EQ(FileSystem::CopyContent(in, folder_.text() + "in\\a\\x\\"), -4);
   // A target in the source is created after the source was listed.
   EXPECT_EQ(FileSystem::CopyContent(in, in + "copy\\"), 3);
-  EXPECT_FALSE(support::exists(path("in/copy/copy")));
+  EXPECT_FALSE(exists("in/copy/copy"));
 }
 
 // The target's folders are created while the source is read. The one that is read last has copies of
@@ -89,8 +89,8 @@ TEST_F(Trees, CopyContentDoesNotCopyItsOwnCopies) {
     EXPECT_EQ(FileSystem::CopyContent(source, source + target + '\\'), 3);
     for (const std::string& name : names) {
       const std::string copies = in + '/' + target + '/';
-      EXPECT_TRUE(support::exists(path(copies + name))) << copies << name;
-      EXPECT_FALSE(support::exists(path(copies + target + '/' + name))) << copies << name;
+      EXPECT_TRUE(exists(copies + name)) << copies << name;
+      EXPECT_FALSE(exists(copies + target + '/' + name)) << copies << name;
     }
   }
 }
@@ -99,7 +99,7 @@ TEST_F(Trees, CopyContentPassesOverTheParentsOfANewTarget) {
   write("in/file", "x");
   const std::string in = folder_.text() + "in\\";
   EXPECT_EQ(FileSystem::CopyContent(in, in + "new\\deep\\"), 1);
-  EXPECT_FALSE(support::exists(path("in/new/deep/new")));
+  EXPECT_FALSE(exists("in/new/deep/new"));
 }
 
 TEST_F(Trees, LockFiles) {
@@ -108,23 +108,23 @@ TEST_F(Trees, LockFiles) {
   EXPECT_EQ(FileSystem::CreateLockFile(folder_.name().c_str()), 1);
   support::writeFile(path(name), "kept");
   EXPECT_EQ(FileSystem::CreateLockFile(folder_.text().c_str()), 1);
-  EXPECT_EQ(support::readFile(path(name)), "kept");
+  EXPECT_EQ(read(name), "kept");
   for (const DWORD share : {DWORD{0}, DWORD{FILE_SHARE_READ | FILE_SHARE_WRITE}}) {
     const platform::FileHandle held =
         support::openFile(path(name), GENERIC_READ | GENERIC_WRITE, share);
     EXPECT_EQ(FileSystem::CreateLockFile(folder_.name().c_str()), share == 0 ? 0 : 1);
   }
   EXPECT_NE(FileSystem::DeleteLockFile(folder_.text().c_str()), 0);
-  EXPECT_FALSE(support::exists(path(name)));
+  EXPECT_FALSE(exists(name));
   EXPECT_EQ(FileSystem::CreateLockFile(path("missing").c_str()), 0);
   EXPECT_EQ(FileSystem::CreateLockFile((folder_.name() + "/").c_str()), 1);
-  EXPECT_TRUE(support::exists(path(name)));
+  EXPECT_TRUE(exists(name));
 }
 
 TEST_F(Trees, Sweep) {
   std::filesystem::create_directory(path("void"));
   EXPECT_EQ(FileSystem::eraseOldFile(folder_.text(), 4294967295U), 0U);
-  EXPECT_FALSE(support::exists(path("void")));
+  EXPECT_FALSE(exists("void"));
   struct {
     const char* name;
     std::time_t days;
@@ -141,21 +141,21 @@ TEST_F(Trees, Sweep) {
   };
   for (const auto& c : cases) write(c.name, "", c.days);
   EXPECT_EQ(FileSystem::eraseOldFile(folder_.text(), 7), 5U);
-  for (const auto& c : cases) EXPECT_EQ(support::exists(path(c.name)), c.stays) << c.name;
-  EXPECT_FALSE(support::exists(path("old")));
+  for (const auto& c : cases) EXPECT_EQ(exists(c.name), c.stays) << c.name;
+  EXPECT_FALSE(exists("old"));
   write("future.tmp", "", -1);
   EXPECT_EQ(FileSystem::eraseOldFile(folder_.text(), 0), 2U);
-  EXPECT_TRUE(support::exists(path("future.tmp")));
+  EXPECT_TRUE(exists("future.tmp"));
   EXPECT_EQ(FileSystem::eraseOldFile(path("missing\\"), 0), 0U);
 
   // A folder that was empty stays if it is the start.
   std::filesystem::create_directory(path("void"));
   EXPECT_EQ(FileSystem::eraseOldFile(folder_.text() + "void\\", 0), 0U);
-  EXPECT_TRUE(support::exists(path("void")));
+  EXPECT_TRUE(exists("void"));
   // A folder that becomes empty is deleted, and so are its parents that become empty.
   write("chain/top/sub/f", "", 2);
   EXPECT_EQ(FileSystem::eraseOldFile(folder_.text() + "chain\\top\\", 1), 1U);
-  EXPECT_FALSE(support::exists(path("chain")));
+  EXPECT_FALSE(exists("chain"));
 }
 
 TEST_F(Trees, SweepCountsWholeDaysInAnotherTimeZone) {
@@ -167,7 +167,7 @@ TEST_F(Trees, SweepCountsWholeDaysInAnotherTimeZone) {
   support::setWriteTime(path("old.tmp"), limit - kHour);
   support::setWriteTime(path("young.tmp"), limit + kHour);
   EXPECT_EQ(FileSystem::eraseOldFile(folder_.text(), 7), 1U);
-  EXPECT_TRUE(support::exists(path("young.tmp")));
+  EXPECT_TRUE(exists("young.tmp"));
 }
 
 int folderExists(const std::string& path) { return FileSystem::FolderExists(path.c_str()); }
@@ -225,7 +225,7 @@ TEST_F(Trees, TemporaryStorageDeletesItsBaseOnRequest) {
   ASSERT_TRUE(storage.create(base, true));
   storage.clear();
   EXPECT_EQ(folderExists(base), 0);
-  EXPECT_TRUE(support::exists(path("parent")));
+  EXPECT_TRUE(exists("parent"));
   // A request is for one folder alone.
   std::filesystem::create_directory(path("parent/base"));
   ASSERT_TRUE(storage.create(base, false));

@@ -11,8 +11,7 @@
 #include <vector>
 
 #include "platform/win32.h"
-#include "support/programs.h"
-#include "support/temporary_folder.h"
+#include "support/folder_test.h"
 
 using Names = std::vector<std::string>;
 using Bytes = std::vector<unsigned char>;
@@ -38,7 +37,7 @@ inline std::map<std::string, std::string> entriesOf(const std::string& path) {
   return entries;
 }
 
-class Zip : public testing::Test {
+class Zip : public support::FolderTest {
  protected:
   // Creates the archive with one entry for each name. The content of an entry is its name.
   void make(const Names& names) {
@@ -73,19 +72,6 @@ class Zip : public testing::Test {
     if (archive.extract(name, bytes) == 0) return "<nothing>";
     return {bytes.begin(), bytes.end()};
   }
-  // Other programs, which run in the test's folder and must succeed.
-  void shell(const std::string& command) const {
-    EXPECT_EQ(support::run(folder_.path(), command), 0) << command;
-  }
-  void python(const std::string& script) const {
-    support::writeFile(folder_.file("script.py"), "import struct, zipfile\n" + script);
-    shell("python3 -W ignore script.py && rm script.py");
-  }
-  std::string output(const std::string& command) const {
-    return support::outputOf(folder_.path(), command);
-  }
-
-  support::TemporaryFolder folder_;
   std::string path_ = folder_.file("a.zip");
   std::string in_ = folder_.file("in");
   std::string out_ = folder_.file("out");

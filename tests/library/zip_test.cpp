@@ -135,7 +135,7 @@ TEST_F(Zip, InsertedEntries) {
   const std::string source = folder_.file("source.txt");
   support::writeFile(source, words);
   support::setWriteTime(source, 1600000001);
-  support::writeFile(folder_.file("empty"), "");
+  write("empty", "");
   support::setWriteTime(folder_.file("empty"),
                         5700000000);  // past 2107, the last year of the format
   ZipArchive archive = writable();
@@ -239,7 +239,7 @@ with zipfile.ZipFile("a.zip", "w") as z:
   EXPECT_EQ(names(), (Names{stem.substr(1), stem, stem}));
   EXPECT_EQ(writable().remove(stem.substr(1).c_str()), 1);
   const std::string before = support::readFile(path_);
-  support::writeFile(folder_.file("source"), "x");
+  write("source", "x");
   for (const std::string& name : {stem + 'n', stem + std::string(40, 'n'), stem + stem}) {
     for (const int overwrite : {0, 1}) {
       EXPECT_EQ(writable().insert(bytesOf("x"), name, "", overwrite), 0);
@@ -257,12 +257,12 @@ with zipfile.ZipFile("a.zip", "w") as z:
 TEST_F(Zip, ExtractionToFiles) {
   make({"a", "sub\\b", "top/b", "c/d"});
   const std::string out = folder_.text() + "out\\";
-  support::writeFile(folder_.file("out/a"), "an older and longer text");
+  write("out/a", "an older and longer text");
   EXPECT_EQ(readable().extract(Names{"missing", "a", "sub\\b", "top/b", "c/d"}, out.c_str()), 1);
-  EXPECT_EQ(support::readFile(folder_.file("out/a")), "a");
-  EXPECT_EQ(support::readFile(folder_.file("out/sub/b")), "sub\\b");
-  EXPECT_EQ(support::readFile(folder_.file("out/top/b")), "top/b");
-  EXPECT_EQ(support::readFile(folder_.file("out/c/d")), "c/d");
+  EXPECT_EQ(read("out/a"), "a");
+  EXPECT_EQ(read("out/sub/b"), "sub\\b");
+  EXPECT_EQ(read("out/top/b"), "top/b");
+  EXPECT_EQ(read("out/c/d"), "c/d");
   EXPECT_EQ(readable().extract("a", (out + "elsewhere").c_str()), 1);
   EXPECT_EQ(readable().extract(Names{"missing"}, out.c_str()), 0);
 }
@@ -312,21 +312,20 @@ with zipfile.ZipFile("a.zip", "w") as z:
   EXPECT_EQ(names(), (Names{"x", "y", "x", "z"}));
   EXPECT_EQ(contentOf("x"), "new");
   EXPECT_EQ(readable().extract(Names{"z", "y", "x"}, (out_ + "\\").c_str()), 1);
-  EXPECT_EQ(support::readFile(folder_.file("out/x")), "new");
+  EXPECT_EQ(read("out/x"), "new");
 }
 
 class ZipFolders : public Zip {};
 
 TEST_F(ZipFolders, TreeComesBack) {
   for (const char* name : {"empty", "a b/ü.txt", ".dot/.file", "Größe/ÄÖÜ äöü é ñ ç"}) {
-    support::writeFile(folder_.file(support::text(std::string("in/") + name)), name);
+    write(support::text(std::string("in/") + name), name);
   }
   for (const char* name : {"日本/語", "😀", "Привет"}) {
-    if (support::kPlatform.everyName)
-      support::writeFile(folder_.file(std::string("in/") + name), "");
+    if (support::kPlatform.everyName) write(std::string("in/") + name, "");
   }
-  if (support::fileSystem().anyName) support::writeFile(folder_.file("in/x\\y/back\\slash"), "");
-  support::writeFile(folder_.file("in/empty"), "");
+  if (support::fileSystem().anyName) write("in/x\\y/back\\slash", "");
+  write("in/empty", "");
   std::string deep;
   for (int i = 0; i < 30; ++i) deep += "d" + std::to_string(i) + "/";
   support::writeFile(in_ + "/" + deep + "file", std::string(1 << 20, 'z'));
@@ -356,7 +355,7 @@ TEST_F(ZipFolders, NothingToDo) {
 }
 
 TEST_F(ZipFolders, HostileNamesStayInside) {
-  support::writeFile(folder_.file("outside/file"), "untouched");
+  write("outside/file", "untouched");
   for (const char* name : {"..\\..\\x", "../outside/file", "a/../../outside/file", "/etc/x",
                            "\\\\srv\\share\\x", "A:\\x", "z:", ".."}) {
     SCOPED_TRACE(name);
@@ -368,7 +367,7 @@ TEST_F(ZipFolders, HostileNamesStayInside) {
     for (const char* const prefix : {"\\", "\\p"}) {
       EXPECT_EQ(readable().extract(Names{name}, (out_ + prefix).c_str()), 0);
     }
-    EXPECT_EQ(support::readFile(folder_.file("outside/file")), "untouched");
+    EXPECT_EQ(read("outside/file"), "untouched");
     EXPECT_EQ(support::outputOf(out_, "ls -A"), "");
   }
 }

@@ -6,10 +6,10 @@
 
 #include <string>
 
+#include "support/folder_test.h"
 #include "support/open_file.h"
-#include "support/temporary_folder.h"
 
-class Conformance : public testing::Test {
+class Conformance : public support::FolderTest {
  protected:
   static constexpr DWORD kRead = GENERIC_READ;
   static constexpr DWORD kWrite = GENERIC_WRITE;
@@ -31,10 +31,6 @@ class Conformance : public testing::Test {
   ~Conformance() override { std::filesystem::current_path(former_); }
 
   std::string at(const std::string& name) const { return folder_.text() + name; }
-  void write(const std::string& name, const std::string& bytes) const {
-    support::writeFile(folder_.file(name), bytes);
-  }
-  std::string read(const std::string& name) const { return support::readFile(folder_.file(name)); }
   // Shares reading and writing by default.
   platform::FileHandle open(const std::string& name, DWORD access, DWORD share = 3,
                             DWORD disposition = OPEN_EXISTING) const {
@@ -42,6 +38,5 @@ class Conformance : public testing::Test {
   }
 
   const std::filesystem::path former_ = std::filesystem::current_path();
-  support::TemporaryFolder folder_;
   platform::FileHandle holder_;
 };

@@ -2,16 +2,15 @@
 
 #include <string>
 
+#include "support/folder_test.h"
 #include "support/open_file.h"
-#include "support/temporary_folder.h"
 
 namespace {
 
-class Copying : public testing::Test {
+class Copying : public support::FolderTest {
  protected:
   bool copy() const { return CopyFileA(source_.c_str(), target_.c_str(), FALSE) != FALSE; }
 
-  support::TemporaryFolder folder_;
   std::string source_ = folder_.file("source");
   std::string target_ = folder_.file("target");
 };

@@ -53,7 +53,7 @@ TEST_F(Conformance, Opening) {
         EXPECT_EQ(sizeOf(file), c.disposition == CREATE_ALWAYS ? 0 : 5);
       }
       file.reset();
-      EXPECT_EQ(support::exists(folder_.file("missing")),
+      EXPECT_EQ(exists("missing"),
                 std::string_view(c.name) == "missing" && expected == ERROR_SUCCESS);
       EXPECT_EQ(read("read-only"), "r");
       EXPECT_EQ(sizeOf(holder_), 1);

@@ -133,11 +133,11 @@ class Worker {
   std::optional<support::ForkedProcess> process_;
 };
 
-class Contention : public testing::Test {
+class Contention : public support::FolderTest {
  protected:
   Contention() {
     for (unsigned i = 0; i < 12; ++i) {
-      support::writeFile(folder_.file("in/" + std::to_string(i)), std::string(30000, 'f'));
+      write("in/" + std::to_string(i), std::string(30000, 'f'));
     }
     std::filesystem::create_directory(folder_.file("tmp"));
     EXPECT_EQ(ZipArchive().create(path_.c_str(), 0), 1);
@@ -157,7 +157,6 @@ class Contention : public testing::Test {
                        [](support::ForkedProcess& process) { return process.wait() == 0; });
   }
 
-  support::TemporaryFolder folder_;
   support::TemporaryVariable variable_{folder_.file("tmp")};
   std::string path_ = folder_.file("a.zip");
   std::list<Worker> workers_;
@@ -191,8 +190,7 @@ TEST_F(Contention, KilledProcessesLoseNothing) {
     for (Worker& worker : workers_) worker.check(found);
     ASSERT_FALSE(HasFailure()) << "after " << killed + 3 << " kills";
     entries += found.size();
-    support::writeFile(folder_.file("kept/" + std::to_string(killed) + ".zip"),
-                       support::readFile(path_));
+    write("kept/" + std::to_string(killed) + ".zip", support::readFile(path_));
     // Killed processes leave files in the temporary folder only.
     EXPECT_EQ(folder_.entries(), 4U + workers_.size());
     for (const auto& item : std::filesystem::directory_iterator(folder_.path() / "tmp")) {

@@ -11,8 +11,8 @@
 #include <vector>
 
 #include "failing_calls.h"
+#include "support/folder_test.h"
 #include "support/sanitized.h"
-#include "support/temporary_folder.h"
 
 namespace {
 
@@ -20,14 +20,13 @@ using failing::Failing;
 using failing::Fault;
 using FileSystem::FileStream;
 
-class StreamOnLinux : public testing::Test {
+class StreamOnLinux : public support::FolderTest {
  protected:
-  support::TemporaryFolder folder_;
   const std::string path_ = folder_.file("file");
 };
 
 TEST_F(StreamOnLinux, WritesAndCommits) {
-  support::writeFile(folder_.file("source"), std::string(25, 'x'));
+  write("source", std::string(25, 'x'));
   FileStream source(folder_.file("source").c_str(), FileStream::OpenRead | FileStream::OpenWrite);
   source.write("ab");
   FileStream empty(folder_.file("empty").c_str(), FileStream::OpenRead | FileStream::OpenWrite);

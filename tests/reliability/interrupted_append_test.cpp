@@ -10,9 +10,9 @@
 
 #include "engine/entries.h"
 #include "failing_calls.h"
+#include "support/folder_test.h"
 #include "support/linux/forked_process.h"
 #include "support/platform.h"
-#include "support/temporary_folder.h"
 #include "zip/engine/container/end_record.h"
 #include "zip/engine/container/entry_record.h"
 
@@ -93,7 +93,7 @@ TEST(InterruptedAppend, OnlyItExplainsWhatFollowsTheEndRecord) {
 
 // An archive whose directory is just below 4 GiB, after an entry that is a hole. A copy of it lies
 // beyond, where the end record is longer.
-class NearFourGigabytes : public testing::Test {
+class NearFourGigabytes : public support::FolderTest {
  protected:
   void SetUp() override {
     if (!support::fileSystem().largeFiles) GTEST_SKIP() << "no sparse files here";
@@ -146,7 +146,6 @@ class NearFourGigabytes : public testing::Test {
     EXPECT_EQ(content, "content");
   }
 
-  support::TemporaryFolder folder_;
   const std::string path_ = folder_.file("a.zip");
   zip_engine::Bytes directory_;
   std::uint64_t size_ = 0;

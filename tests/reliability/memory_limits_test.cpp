@@ -66,7 +66,7 @@ void ageHeap() {
   std::free(block);
 }
 
-class MemoryLimits : public testing::Test {
+class MemoryLimits : public support::FolderTest {
  protected:
   void SetUp() override {
     if (support::kSanitized) GTEST_SKIP() << "a sanitizer takes memory of its own";
@@ -92,7 +92,6 @@ class MemoryLimits : public testing::Test {
     EXPECT_EQ(*threads, 0);
   }
 
-  support::TemporaryFolder folder_;
   const std::string archive_ = folder_.file("a.zip");
 };
 
@@ -140,7 +139,7 @@ TEST_F(MemoryLimits, InsertingAFileHoldsLittleOfIt) {
   ageHeap();
   writeBlocks(folder_.file("text"), textBlock(), 64);
   writeBlocks(folder_.file("random"), randomBlock(), 64);
-  support::writeFile(folder_.file("sparse"), "");
+  write("sparse", "");
   std::filesystem::resize_file(folder_.file("sparse"), 256 * kMegabyte);
   // Each finds the entries of those before. The second time, with a password, the source
   // replaces its entry.
@@ -162,7 +161,7 @@ TEST_F(MemoryLimits, InsertingAFileHoldsLittleOfIt) {
 TEST_F(MemoryLimits, ExtractionHoldsLittleOfALargeEntry) {
   writeBlocks(folder_.file("text"), textBlock(), 64);
   writeBlocks(folder_.file("largest in one piece"), textBlock(), 4);
-  support::writeFile(folder_.file("zeros"), "");
+  write("zeros", "");
   std::filesystem::resize_file(folder_.file("zeros"), 700 * kMegabyte);
   for (const char* const password : {"", "secret"}) {
     for (const std::string name : {"text", "largest in one piece", "zeros"}) {
@@ -226,7 +225,7 @@ TEST_F(MemoryLimits, OtherMethodsHoldTheirWindow) {
     content.resize(i * kMegabyte, ' ');
     content.append(noise, i * (kMegabyte / 50), kMegabyte / 50);
   }
-  support::writeFile(folder_.file("spaces"), content);
+  write("spaces", content);
   const struct {
     const char* method;
     std::uint16_t number;
@@ -247,7 +246,7 @@ TEST_F(MemoryLimits, OtherMethodsHoldTheirWindow) {
         return static_cast<bool>(change.apply(archive_.c_str(), options));
       });
     } else {
-      ASSERT_EQ(support::run(folder_.path(), row.command), 0) << row.command;
+      shell(row.command);
     }
     expectBelow(
         kInsertLimit + (row.windowMegabytes << 10), std::string("extract ") + row.method, [&] {
@@ -257,7 +256,7 @@ TEST_F(MemoryLimits, OtherMethodsHoldTheirWindow) {
           return entry.method == row.number &&
                  archive.extract(entry, folder_.file("out").c_str()) == FileSystem::Reason::None;
         });
-    ASSERT_TRUE(support::readFile(folder_.file("out")) == content) << row.method;
+    ASSERT_TRUE(read("out") == content) << row.method;
   }
 }
 

@@ -151,7 +151,7 @@ class Replacing : public Zip, public testing::WithParamInterface<Case> {
     make({"a", "b"});
     std::filesystem::copy(path_, folder_.file("source.zip"));
     std::filesystem::rename(path_, target_);
-    support::writeFile(folder_.file("in/target"), "new");
+    write("in/target", "new");
     chmod(folder_.path().c_str(), 0777);
   }
 

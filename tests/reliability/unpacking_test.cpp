@@ -16,8 +16,8 @@ class Unpacking : public Zip {
  protected:
   void SetUp() override {
     if (!support::fileSystem().modes) GTEST_SKIP() << "no modes here";
-    support::writeFile(folder_.file("in/private/file"), "new");
-    support::writeFile(folder_.file("in/secret"), "new");
+    write("in/private/file", "new");
+    write("in/secret", "new");
     chmod(folder_.file("in/private").c_str(), 0700);
     chmod(folder_.file("in/secret").c_str(), 0600);
     chmod(in_.c_str(), 0700);

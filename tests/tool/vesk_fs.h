@@ -7,10 +7,9 @@
 #include <string>
 #include <vector>
 
-#include "support/programs.h"
-#include "support/temporary_folder.h"
+#include "support/folder_test.h"
 
-class VeskFs : public testing::Test {
+class VeskFs : public support::FolderTest {
  protected:
   // A command and its expected result. `error` is part of the only line on standard error; empty
   // for no line.
@@ -26,12 +25,11 @@ class VeskFs : public testing::Test {
   std::string run(const std::string& arguments) const {
     const std::size_t pipe = arguments.rfind("| ");
     const std::size_t start = pipe == std::string::npos ? 0 : pipe + 2;
-    const std::string output =
-        support::outputOf(folder_.path(), arguments.substr(0, start) + VESK_FS " " +
-                                              arguments.substr(start) + " 2>err; echo \"[$?]\"");
+    const std::string text = output(arguments.substr(0, start) + VESK_FS " " +
+                                    arguments.substr(start) + " 2>err; echo \"[$?]\"");
     const std::string error = read("err");
     std::filesystem::remove(folder_.path() / "err");
-    return output + error;
+    return text + error;
   }
 
   void check(const std::vector<Row>& rows) const {
@@ -47,24 +45,9 @@ class VeskFs : public testing::Test {
     }
   }
 
-  // Exit status of a shell command in the test's directory.
-  int shell(const std::string& command) const { return support::run(folder_.path(), command); }
-
-  void write(const std::string& name, const std::string& bytes) const {
-    support::writeFile(folder_.file(name), bytes);
-  }
-  std::string read(const std::string& name) const { return support::readFile(folder_.file(name)); }
-
-  // Runs a Python script in the test's directory.
-  void python(const std::string& script) const {
-    write("script.py", "import sys, zipfile\n" + script);
-    ASSERT_EQ(shell("python3 script.py && rm script.py"), 0) << script;
-  }
   // Makes an archive of texts, each as `NAME=TEXT`.
   void makeZip(const std::string& zip, const std::string& texts) const {
     python("z = zipfile.ZipFile('" + zip + "', 'w')\n" + "for text in '" + texts +
            "'.split(): z.writestr(*text.split('='))\nz.close()");
   }
-
-  support::TemporaryFolder folder_;
 };

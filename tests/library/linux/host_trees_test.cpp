@@ -17,17 +17,14 @@ namespace {
 
 using namespace FileSystem;
 
-class HostTreesOnLinux : public HostTrees {
- protected:
-  int shell(const std::string& command) const { return support::run(folder_.path(), command); }
-};
+using HostTreesOnLinux = HostTrees;
 
 TEST_F(HostTreesOnLinux, ListingFollowsLinksOnRequest) {
   if (!support::fileSystem().links || !support::fileSystem().fifos) GTEST_SKIP() << "no links here";
   write("in/sub/file", "x");
-  ASSERT_EQ(shell("mkfifo in/fifo && ln -s none in/dangling && ln -s sub in/link &&"
-                  " ln -s .. in/sub/cycle"),
-            0);
+  shell(
+      "mkfifo in/fifo && ln -s none in/dangling && ln -s sub in/link &&"
+      " ln -s .. in/sub/cycle");
   const auto list = [&](bool keepsLinks) {
     return listTree(path("in").c_str(), "*", Options().setLinks(keepsLinks).setFolders(false));
   };
@@ -46,9 +43,9 @@ TEST_F(HostTreesOnLinux, CopySaysWhatIsNoFile) {
   if (!support::fileSystem().links || !support::fileSystem().fifos) GTEST_SKIP() << "no links here";
   write("in/sub/file", "x");
   write("in/target", "x");
-  ASSERT_EQ(shell("mkfifo in/fifo && ln -s none in/dangling && ln -s sub in/link &&"
-                  " ln -s .. in/sub/cycle && mkdir out && mkfifo out/target"),
-            0);
+  shell(
+      "mkfifo in/fifo && ln -s none in/dangling && ln -s sub in/link &&"
+      " ln -s .. in/sub/cycle && mkdir out && mkfifo out/target");
   EXPECT_EQ(reasonsOf(copy()), (Reasons{{"fifo", Reason::NotAFile},
                                         {"dangling", Reason::NotAFile},
                                         {"target", Reason::NotAFile},
@@ -68,8 +65,8 @@ TEST_F(HostTreesOnLinux, CopyDoesNotFollowALinkThatReplacesAFolder) {
     std::filesystem::create_directory_symlink(path("elsewhere"), path("in/sub/deep"));
     return true;
   }));
-  EXPECT_TRUE(support::exists(path("out/sub/file")));
-  EXPECT_FALSE(support::exists(path("out/sub/deep/secret")));
+  EXPECT_TRUE(exists("out/sub/file"));
+  EXPECT_FALSE(exists("out/sub/deep/secret"));
 }
 
 TEST_F(HostTreesOnLinux, SaysWhatHasNoName) {
@@ -81,7 +78,7 @@ TEST_F(HostTreesOnLinux, SaysWhatHasNoName) {
                                         {"b\uF05C", Reason::Failed},
                                         {"4\uF05C5", Reason::None}}));
   EXPECT_TRUE(deleteTree(path("in").c_str()));
-  EXPECT_FALSE(support::exists(path("in")));
+  EXPECT_FALSE(exists("in"));
 }
 
 // Runs as a user who may not do everything.
@@ -91,11 +88,11 @@ TEST_F(HostTreesOnLinux, SaysWhatIsNotPermitted) {
   write("in/unreadable", "x");
   write("in/private/file", "x");
   write("locked/file", "x");
-  ASSERT_EQ(shell("chmod 0 in/unreadable in/private && mkdir -m 777 out && chmod 755 . &&"
-                  " chmod 777 in && chmod 755 locked && mkdir -m 1777 sticky &&"
-                  " touch -d '9 days ago' locked/file sticky/others sticky/own &&"
-                  " chown 1001 sticky/own"),
-            0);
+  shell(
+      "chmod 0 in/unreadable in/private && mkdir -m 777 out && chmod 755 . &&"
+      " chmod 777 in && chmod 755 locked && mkdir -m 1777 sticky &&"
+      " touch -d '9 days ago' locked/file sticky/others sticky/own &&"
+      " chown 1001 sticky/own");
   constexpr uid_t kUser = 1001;
   support::ForkedProcess user([&](const auto&) {
     if (setgid(kUser) != 0 || setuid(kUser) != 0) return 1;
@@ -128,15 +125,15 @@ TEST_F(HostTreesOnLinux, CopySaysThatTheDiskIsFull) {
   write("out/large", "old");
   const Reasons expected{{"large", Reason::DiskFull}, {"small", Reason::None}};
   EXPECT_TRUE(support::withinSize(50000, [&] { return reasonsOf(copy()) == expected; }));
-  EXPECT_EQ(support::readFile(path("out/large")), "old");
-  EXPECT_EQ(shell("test $(ls -A out | wc -l) = 2"), 0);
+  EXPECT_EQ(read("out/large"), "old");
+  shell("test $(ls -A out | wc -l) = 2");
 }
 
 // Reading the memory of a process from its first byte on is an error.
 TEST_F(HostTreesOnLinux, CopySaysThatAFileCannotBeRead) {
   const Report report = copyFile("/proc/self/mem", path("out").c_str());
   EXPECT_EQ(reasonsOf(report), (Reasons{{"mem", Reason::ReadFailed}}));
-  EXPECT_FALSE(support::exists(path("out/mem")));
+  EXPECT_FALSE(exists("out/mem"));
 }
 
 TEST_F(HostTreesOnLinux, CopySaysThatAPathIsTooLong) {
@@ -160,35 +157,35 @@ TEST_F(HostTreesOnLinux, CancelledCopyCompletesAFileInPlace) {
   }));
   EXPECT_EQ(report.reason, Reason::Cancelled);
   EXPECT_EQ(reasonsOf(report), (Reasons{{"held", Reason::None}}));
-  EXPECT_TRUE(support::readFile(path("out/held")) == large);
+  EXPECT_TRUE(read("out/held") == large);
 }
 
 TEST_F(HostTreesOnLinux, ProgressCountsHoles) {
   if (!support::fileSystem().largeFiles) GTEST_SKIP() << "no holes here";
-  ASSERT_EQ(shell("mkdir in && truncate -s 50M in/sparse && printf x >>in/sparse &&"
-                  " truncate -s 80M in/sparse"),
-            0);
+  shell(
+      "mkdir in && truncate -s 50M in/sparse && printf x >>in/sparse &&"
+      " truncate -s 80M in/sparse");
   std::uint64_t done = 0;
   EXPECT_TRUE(copy(Options().setProgress([&](const Progress& progress) {
     done = progress.bytesDone;
     return true;
   })));
   EXPECT_EQ(done, std::uint64_t{80} << 20);
-  EXPECT_EQ(shell("cmp in/sparse out/sparse"), 0);
+  shell("cmp in/sparse out/sparse");
 }
 
 TEST_F(HostTreesOnLinux, DeletionStaysInItsTree) {
   if (!support::fileSystem().links || !support::fileSystem().fifos) GTEST_SKIP() << "no links here";
   write("elsewhere/kept", "x");
-  ASSERT_EQ(shell("mkdir tree && ln -s ../elsewhere tree/link && ln -s elsewhere top &&"
-                  " ln -s /nowhere tree/dangling && ln -s .. tree/up && mkfifo tree/fifo"),
-            0);
+  shell(
+      "mkdir tree && ln -s ../elsewhere tree/link && ln -s elsewhere top &&"
+      " ln -s /nowhere tree/dangling && ln -s .. tree/up && mkfifo tree/fifo");
   EXPECT_EQ(reasonsOf(deleteTree(path("tree").c_str())), (Reasons{{"link", Reason::None},
                                                                   {"dangling", Reason::None},
                                                                   {"up", Reason::None},
                                                                   {"fifo", Reason::None}}));
   EXPECT_TRUE(deleteTree(path("top\\").c_str()));
-  EXPECT_EQ(shell("test ! -e tree && test ! -L top && test -e elsewhere/kept"), 0);
+  shell("test ! -e tree && test ! -L top && test -e elsewhere/kept");
 }
 
 TEST_F(HostTreesOnLinux, DeletionRefusesTheRootOfADrive) {
@@ -201,7 +198,7 @@ TEST_F(HostTreesOnLinux, DeletionRefusesTheRootOfADrive) {
   for (const char* root : {"T:", "T:\\", "T:\\sub\\..", "t:/"}) {
     EXPECT_EQ(deleteTree(root).reason, Reason::NoPermission) << root;
   }
-  EXPECT_TRUE(support::exists(path("mapped/sub/file")));
+  EXPECT_TRUE(exists("mapped/sub/file"));
   EXPECT_TRUE(deleteTree("T:\\sub"));
   EXPECT_TRUE(define(DDD_REMOVE_DEFINITION, "T:", nullptr));
 }

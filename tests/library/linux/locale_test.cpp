@@ -10,7 +10,7 @@
 #include <locale>
 #include <string>
 
-#include "support/temporary_folder.h"
+#include "support/folder_test.h"
 
 namespace {
 
@@ -39,7 +39,7 @@ class Thousands : public std::numpunct<char> {
   std::string do_grouping() const override { return "\3"; }
 };
 
-class Locale : public testing::Test {
+class Locale : public support::FolderTest {
  protected:
   ~Locale() override { std::locale::global(before_); }
 
@@ -50,7 +50,6 @@ class Locale : public testing::Test {
   }
 
   const std::locale before_;
-  support::TemporaryFolder folder_;
   const std::string path_ = folder_.file("f");
 };
 

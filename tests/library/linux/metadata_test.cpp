@@ -285,7 +285,7 @@ TEST_F(Metadata, InsertionsAndASingleExtraction) {
 
 // The times of an archive do not depend on the time zone; those that are stored without one do.
 TEST_F(Metadata, TimesInAnotherTimeZone) {
-  support::writeFile(folder_.file("in/x"), "x");
+  write("in/x", "x");
   support::setWriteTime(folder_.file("in/x"), 1700000001);
   ASSERT_TRUE(packFolder(in_.c_str(), path_.c_str()));
   const support::TwoHoursEast zone;

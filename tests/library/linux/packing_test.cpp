@@ -20,7 +20,7 @@ using namespace FileSystem;
 class PackingOnLinux : public Zip {
  protected:
   void SetUp() override {
-    support::writeFile(folder_.file("in/a"), "new");
+    write("in/a", "new");
     make({"old"});
     before_ = support::readFile(path_);
     chmod(folder_.name().c_str(), 0777);
@@ -43,7 +43,7 @@ class PackingOnLinux : public Zip {
 };
 
 TEST_F(PackingOnLinux, FullDisk) {
-  support::writeFile(folder_.file("in/large"), support::noise(5 << 20));
+  write("in/large", support::noise(5 << 20));
   constexpr rlim_t kLimit = 2 << 20;
   EXPECT_TRUE(
       support::withinSize(kLimit, [&] { return !pack() && report_.reason == Reason::DiskFull; }));
@@ -149,7 +149,7 @@ TEST_F(PackingOnLinux, AFileInPlaceDoesNotGrow) {
   if (!support::fileSystem().links) GTEST_SKIP() << "no links here";
   const std::string fresh = folder_.file("fresh.zip");
   const auto packFresh = [&] { return static_cast<bool>(packFolder(in_.c_str(), fresh.c_str())); };
-  support::writeFile(folder_.file("in/large"), support::noise(1200000));
+  write("in/large", support::noise(1200000));
   ASSERT_TRUE(pack() && packFresh());
   std::filesystem::create_hard_link(path_, folder_.file("second"));
   for (int i = 0; i < 3; ++i) {
@@ -157,7 +157,7 @@ TEST_F(PackingOnLinux, AFileInPlaceDoesNotGrow) {
     EXPECT_TRUE(support::readFile(path_) == support::readFile(fresh)) << i;
   }
   // A larger archive finds enough bytes to reuse at the second time.
-  support::writeFile(folder_.file("in/more"), support::noise(100000));
+  write("in/more", support::noise(100000));
   ASSERT_TRUE(pack() && packFresh());
   EXPECT_LT(std::filesystem::file_size(path_), 2 * std::filesystem::file_size(fresh));
   EXPECT_TRUE(contentOf("more") == support::noise(100000));

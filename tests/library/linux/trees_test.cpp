@@ -65,7 +65,7 @@ TEST_F(TreesOnLinux, SweepStaysInItsTreeWhileDirectoriesAreSwapped) {
   if (!support::fileSystem().links || !support::fileSystem().exchange)
     GTEST_SKIP() << "no exchange here";
   writeOld(elsewhere_.file("old"));
-  support::writeFile(folder_.file("tree/sub/new"), "");
+  write("tree/sub/new", "");
   fs::create_directory_symlink(elsewhere_.path(), folder_.file("link"));
   std::atomic<bool> isDone = false;
   std::thread swapper([&, sub = folder_.file("tree/sub"), link = folder_.file("link")] {
@@ -146,7 +146,7 @@ TEST_F(TreesOnLinux, LongTexts) {
   support::writeFile(elsewhere_.file(name), "");
   const std::string padded = folder_.name() + std::string(250 - folder_.name().size(), '/');
   EXPECT_NE(FileSystem::CopyFileA(elsewhere_.file(name).c_str(), padded.c_str(), 0), 0);
-  EXPECT_TRUE(support::exists(folder_.file(name.substr(0, 10))));
+  EXPECT_TRUE(exists(name.substr(0, 10)));
 
   EXPECT_EQ(FileSystem::FolderExists(padded.substr(0, 246).c_str()), 1);
   EXPECT_EQ(FileSystem::FolderExists(padded.substr(0, 247).c_str()), 0);
@@ -162,7 +162,7 @@ TEST_F(TreesOnLinux, LongTexts) {
   EXPECT_EQ(FileSystem::EnsurePathExists((piece + std::string(100, 'y')).c_str()), 0);
   // The root is the first separator.
   const std::string cut(1 + 259 - piece.size(), 'y');
-  EXPECT_TRUE(support::exists(folder_.file(std::string(200, 'x') + '/' + cut)));
+  EXPECT_TRUE(exists(std::string(200, 'x') + '/' + cut));
 }
 
 // Folders whose path exceeds the longest text of a folder chain, or whose name ends in a space.
@@ -170,10 +170,10 @@ TEST_F(TreesOnLinux, CopyContentKeepsTheNamesOfFolders) {
   if (!support::fileSystem().anyName) GTEST_SKIP() << "no such names here";
   const std::string component(150, 'c');
   const std::string deep = component + '/' + component + '/' + component + '/';
-  support::writeFile(folder_.file("in/" + deep + "file"), "content");
-  support::writeFile(folder_.file("in/space /file"), "content");
+  write("in/" + deep + "file", "content");
+  write("in/space /file", "content");
   EXPECT_EQ(FileSystem::CopyContent(folder_.text() + "in\\", folder_.text() + "out\\"), 2);
-  EXPECT_EQ(support::run(folder_.path(), "diff -r in out"), 0);
+  shell("diff -r in out");
   // No folder gets the beginning of a target's path as its name.
   const std::string tooLong = folder_.text() + std::string(250, 't') + '\\';
   EXPECT_EQ(FileSystem::CopyContent(folder_.text() + "in\\", tooLong), -4);

@@ -25,8 +25,8 @@ TEST_F(ZipOnLinux, ExtractionToTheCurrentDirectory) {
   EXPECT_EQ(readable().extract("entry", "C:name"), 1);
   EXPECT_EQ(readable().extract("entry", "other"), 1);
   std::filesystem::current_path(before);
-  EXPECT_EQ(support::readFile(folder_.file("name")), "entry");
-  EXPECT_EQ(support::readFile(folder_.file("other")), "entry");
+  EXPECT_EQ(read("name"), "entry");
+  EXPECT_EQ(read("other"), "entry");
 }
 
 // Another process exchanges a directory of the target, and a file in another one, for links all the
@@ -35,8 +35,8 @@ TEST_F(ZipOnLinux, ExtractionFollowsNoLinksThatAreSwappedIn) {
   if (!support::fileSystem().links || !support::fileSystem().exchange)
     GTEST_SKIP() << "no exchange here";
   make({"folder/file", "stable/file"});
-  support::writeFile(folder_.file("outside/file"), "untouched");
-  support::writeFile(folder_.file("out/stable/file"), "old");
+  write("outside/file", "untouched");
+  write("out/stable/file", "old");
   std::filesystem::create_directory(out_ + "/folder");
   std::filesystem::create_symlink(folder_.file("outside"), folder_.file("folder link"));
   std::filesystem::create_symlink(folder_.file("outside/file"), folder_.file("file link"));
@@ -96,14 +96,14 @@ TEST_F(ZipOnLinux, OpeningRemovesAnUnfinishedVersion) {
   make({});
   const std::string name = platform::native::versionNameFor("a.zip");
   const std::string other = platform::native::versionNameFor("b.zip");
-  support::writeFile(folder_.file(name), "a new version");
-  support::writeFile(folder_.file(other), "another file's");
+  write(name, "a new version");
+  write(other, "another file's");
   // Without access the file could be one that is being written.
   opened(0);
-  EXPECT_TRUE(support::exists(folder_.file(name)));
+  EXPECT_TRUE(exists(name));
   readable();
-  EXPECT_FALSE(support::exists(folder_.file(name)));
-  EXPECT_TRUE(support::exists(folder_.file(other)));
+  EXPECT_FALSE(exists(name));
+  EXPECT_TRUE(exists(other));
 }
 
 }  // namespace

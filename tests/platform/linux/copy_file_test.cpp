@@ -11,16 +11,15 @@
 #include <vector>
 
 #include "platform/win32.h"
+#include "support/folder_test.h"
 #include "support/open_file.h"
-#include "support/temporary_folder.h"
 
 namespace {
 
-class CopyingOnLinux : public testing::Test {
+class CopyingOnLinux : public support::FolderTest {
  protected:
   bool copy() const { return CopyFileA(source_.c_str(), target_.c_str(), FALSE) != FALSE; }
 
-  support::TemporaryFolder folder_;
   std::string source_ = folder_.file("source");
   std::string target_ = folder_.file("target");
 };
@@ -58,11 +57,11 @@ TEST_F(CopyingOnLinux, ModesAreTheTargetsOrTheSources) {
 TEST_F(CopyingOnLinux, ThroughALinkTheLinkStays) {
   if (!support::fileSystem().links) GTEST_SKIP() << "no links here";
   support::writeFile(source_, "new");
-  support::writeFile(folder_.file("real"), "old");
+  write("real", "old");
   std::filesystem::create_symlink("real", target_);
   ASSERT_TRUE(copy());
   EXPECT_TRUE(std::filesystem::is_symlink(target_));
-  EXPECT_EQ(support::readFile(folder_.file("real")), "new");
+  EXPECT_EQ(read("real"), "new");
   // Onto itself, also by way of a link.
   std::filesystem::create_symlink(source_, folder_.file("soft"));
   std::filesystem::create_hard_link(source_, folder_.file("hard"));
@@ -83,7 +82,7 @@ TEST_F(CopyingOnLinux, CreatesTheFileOfADanglingLink) {
   EXPECT_EQ(GetLastError(), ERROR_FILE_EXISTS);
   ASSERT_TRUE(copy());
   EXPECT_TRUE(std::filesystem::is_symlink(target_));
-  EXPECT_EQ(support::readFile(folder_.file("real")), "new");
+  EXPECT_EQ(read("real"), "new");
   EXPECT_NE(GetFileAttributesA(target_.c_str()) & FILE_ATTRIBUTE_READONLY, 0U);
 
   std::filesystem::remove(target_);

@@ -58,8 +58,8 @@ TEST_F(NamesOnLinux, Deletion) {
   EXPECT_FALSE(CreateDirectoryA(at("link").c_str(), nullptr));
   EXPECT_EQ(GetLastError(), ERROR_ALREADY_EXISTS);
   EXPECT_TRUE(RemoveDirectoryA(at("link").c_str()));
-  EXPECT_TRUE(support::exists(folder_.file("full/inside")));
-  EXPECT_TRUE(support::exists(folder_.file("file")));
+  EXPECT_TRUE(exists("full/inside"));
+  EXPECT_TRUE(exists("file"));
   chmod(folder_.file("empty").c_str(), 0555);
   EXPECT_FALSE(RemoveDirectoryA(at("empty").c_str()));
   EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);
@@ -100,7 +100,7 @@ TEST_F(NamesOnLinux, AreTakenLiterally) {
         WriteFile(file.get(), name.data(), static_cast<DWORD>(name.size()), &count, nullptr));
   }
   for (const std::string& name : names) {
-    EXPECT_EQ(support::readFile(folder_.file("empty/" + name)), name);
+    EXPECT_EQ(read("empty/" + name), name);
     EXPECT_TRUE(CopyFileA(at("empty/" + name).c_str(), at("full/" + name).c_str(), TRUE)) << name;
     EXPECT_TRUE(DeleteFileA(at("empty/" + name).c_str())) << name;
     EXPECT_EQ(read("full/" + name), name);
@@ -116,7 +116,7 @@ TEST_F(NamesOnLinux, AFileNUL) {
   EXPECT_TRUE(ReadFile(support::openFile("NUL").get(), &byte, 1, &count, nullptr));
   EXPECT_EQ(byte, 'c');
   EXPECT_TRUE(DeleteFileA("NUL"));
-  EXPECT_FALSE(support::exists(folder_.file("current/NUL")));
+  EXPECT_FALSE(exists("current/NUL"));
 }
 
 }  // namespace

@@ -14,8 +14,8 @@
 
 #include "platform/linux/replacing/overwriting.h"
 #include "platform/linux/replacing/version_name.h"
+#include "support/folder_test.h"
 #include "support/linux/forked_process.h"
-#include "support/temporary_folder.h"
 
 namespace {
 
@@ -81,12 +81,12 @@ using platform::native::Descriptor;
 using platform::native::Replaced;
 using platform::native::ReplacementFile;
 
-class ReplacementFiles : public testing::Test {
+class ReplacementFiles : public support::FolderTest {
  protected:
   ~ReplacementFiles() override { model = {}; }
 
   Replaced replace(bool isSmb, int failures) {
-    support::writeFile(folder_.file("target"), "old");
+    write("target", "old");
     const Descriptor directory(open(folder_.path().c_str(), O_PATH | O_CLOEXEC));
     Descriptor held(open(folder_.file("target").c_str(), O_RDWR | O_CLOEXEC));
     model = {.isSmb = isSmb, .failures = failures, .held = held.get()};
@@ -95,7 +95,7 @@ class ReplacementFiles : public testing::Test {
     ReplacementFile file(
         {.directory = directory.get(), .name = "target", .status = status, .held = &held},
         ReplacementFile::Named::AtTheEnd);
-    EXPECT_EQ(write(file.descriptor(), "new", 3), 3);
+    EXPECT_EQ(::write(file.descriptor(), "new", 3), 3);
     EXPECT_EQ(file.complete(), Replaced::Yes);
     return file.putInPlace();
   }
@@ -111,9 +111,7 @@ class ReplacementFiles : public testing::Test {
     errno = error;
     return isDone;
   }
-  std::string contentOf(const char* name) const { return support::readFile(folder_.file(name)); }
-
-  support::TemporaryFolder folder_;
+  std::string contentOf(const char* name) const { return read(name); }
 };
 
 TEST_F(ReplacementFiles, KeepTheTargetThatCannotBeReplaced) {
@@ -136,7 +134,7 @@ TEST_F(ReplacementFiles, StayBesideATargetThatIsLost) {
 }
 
 TEST_F(ReplacementFiles, TakeTheNameThatAKilledProcessLeft) {
-  support::writeFile(folder_.file(platform::native::versionNameFor("target")), "killed");
+  write(platform::native::versionNameFor("target"), "killed");
   EXPECT_EQ(replace(false, 0), Replaced::Yes);
   EXPECT_EQ(contentOf("target"), "new");
   EXPECT_EQ(folder_.entries(), 1U);
@@ -144,8 +142,8 @@ TEST_F(ReplacementFiles, TakeTheNameThatAKilledProcessLeft) {
 
 // A limit of the size acts as a full disk does.
 TEST_F(ReplacementFiles, AreOverwrittenOnlyIfTheDiskHasSpace) {
-  support::writeFile(folder_.file("source"), std::string(300000, 'n'));
-  support::writeFile(folder_.file("target"), "old");
+  write("source", std::string(300000, 'n'));
+  write("target", "old");
   model.isSmb = true;
   EXPECT_FALSE(support::withinSize(100000, [&] { return overwrite(300000); }));
   EXPECT_EQ(contentOf("target"), "old");
@@ -155,8 +153,8 @@ TEST_F(ReplacementFiles, AreOverwrittenOnlyIfTheDiskHasSpace) {
 
 // The file system reports only at the commit that the disk is full.
 TEST_F(ReplacementFiles, GetTheirOldSizeBackOnAServerThatIsFull) {
-  support::writeFile(folder_.file("source"), std::string(3000, 'n'));
-  support::writeFile(folder_.file("target"), "old");
+  write("source", std::string(3000, 'n'));
+  write("target", "old");
   model.isFullNfs = true;
   EXPECT_FALSE(overwrite(3000));
   EXPECT_EQ(errno, ENOSPC);

@@ -17,9 +17,9 @@
 #include <utility>
 #include <vector>
 
+#include "support/folder_test.h"
 #include "support/linux/forked_process.h"
 #include "support/open_file.h"
-#include "support/temporary_folder.h"
 
 namespace {
 
@@ -58,11 +58,10 @@ const Forking kForkings[] = {
     {"clone", [] { return static_cast<pid_t>(syscall(SYS_clone, SIGCHLD, 0, 0, 0, 0)); }},
 };
 
-class Sharing : public testing::Test {
+class Sharing : public support::FolderTest {
  protected:
   void SetUp() override { support::writeFile(path_, "content"); }
 
-  support::TemporaryFolder folder_;
   std::string path_ = folder_.file("file");
 };
 

@@ -11,9 +11,9 @@
 #include "platform/replace_file.h"
 #include "platform/win32.h"
 #include "platform/windows/replacement_file.h"
+#include "support/folder_test.h"
 #include "support/open_file.h"
 #include "support/programs.h"
-#include "support/temporary_folder.h"
 // After windows.h, which it needs.
 #include <sddl.h>
 
@@ -61,7 +61,7 @@ WIN32_FILE_ATTRIBUTE_DATA attributesOf(const std::string& path) {
   return data;
 }
 
-class Replacement : public testing::Test {
+class Replacement : public support::FolderTest {
  protected:
   Replacement() {
     support::writeFile(target_, "old");
@@ -102,7 +102,6 @@ class Replacement : public testing::Test {
     return "";
   }
 
-  support::TemporaryFolder folder_;
   std::string target_ = folder_.file("in\\target");
   std::string version_ = folder_.file("version");
 };
@@ -212,7 +211,7 @@ TEST_F(Replacement, AVersionThatIsPartlyWrittenInPlaceRemainsBeside) {
   ASSERT_TRUE(mapping);
   for (const char* const kept : {"in\\target.new", "in\\target.new2"}) {
     EXPECT_FALSE(throughReplaceFile());
-    EXPECT_EQ(support::readFile(folder_.file(kept)), "new content");
+    EXPECT_EQ(read(kept), "new content");
   }
 }
 

