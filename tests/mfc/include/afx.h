@@ -62,9 +62,6 @@ class CStringT {
   }
 
   operator const BaseType*() const { return text_; }
-  const BaseType* GetString() const { return text_; }
-  int GetLength() const { return static_cast<int>(strlen(text_)); }
-  bool IsEmpty() const { return *text_ == 0; }
 
  private:
   static BaseType* copyOf(const BaseType* text) {
