@@ -1,9 +1,6 @@
 #include "support/linux/peak_memory.h"
 
 #include <malloc.h>
-#include <sys/resource.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <cstdlib>
 #include <cstring>
@@ -15,12 +12,6 @@
 
 namespace support {
 namespace {
-
-#ifdef __SANITIZE_ADDRESS__
-constexpr bool kIsSanitized = true;
-#else
-constexpr bool kIsSanitized = false;
-#endif
 
 // Reports whether valgrind runs the process, whose resident memory then says nothing.
 bool isUnderValgrind() {
@@ -56,22 +47,6 @@ Peak peakOf(const std::function<bool()>& work) {
   });
   process.wait();
   return *peak;
-}
-
-Peak peakOfCommand(const std::string& command) {
-  const pid_t process = fork();
-  if (process == 0) {
-    execl("/bin/sh", "sh", "-c", command.c_str(), static_cast<char*>(nullptr));
-    _exit(127);
-  }
-  int status = 0;
-  rusage usage{};
-  Peak peak;
-  if (process < 0 || wait4(process, &status, 0, &usage) != process) return peak;
-  peak.succeeded = status == 0;
-  peak.measured = !isUnderValgrind() && !kIsSanitized;
-  peak.kibibytes = usage.ru_maxrss;
-  return peak;
 }
 
 }  // namespace support

@@ -2,7 +2,6 @@
 // The peak memory of a piece of work.
 
 #include <functional>
-#include <string>
 
 namespace support {
 
@@ -15,9 +14,5 @@ struct Peak {
 // Runs `work` in a process of its own, whose free memory went back to the system
 // first, so that all that the work takes counts.
 Peak peakOf(const std::function<bool()>& work);
-
-// Runs a shell command, which becomes the program that is measured. `kibibytes` is all of its
-// resident memory at the peak. It is not measured under sanitizers, which have memory of their own.
-Peak peakOfCommand(const std::string& command);
 
 }  // namespace support

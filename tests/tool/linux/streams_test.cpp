@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "support/linux/peak_memory.h"
+#include "support/sanitized.h"
 #include "tool/vesk_fs.h"
 
 namespace {
@@ -25,23 +25,17 @@ TEST_F(VeskFs, FailsOnUnreadableInput) {
 
 // Hundreds of megabytes pass in each direction, out of the archive through a temporary file.
 TEST_F(VeskFs, PassesStreamsInBlocks) {
-  constexpr long kMostKibibytes = 100 << 10;
+  // The system counts the memory of a sanitizer and of an emulator too.
+  const std::string limit = support::kFewSteps ? "" : "ulimit -d 100000; ";
   if (!support::fileSystem().largeFiles) GTEST_SKIP() << "zeros need space here";
   shell("mkdir tmp && truncate -s 200M zeros");
-  const auto expectSmall = [&](const std::string& command) {
-    const support::Peak peak =
-        support::peakOfCommand("cd '" + folder_.path().string() + "' && " + command);
-    EXPECT_TRUE(peak.succeeded) << command;
-    if (!peak.measured) return;
-    EXPECT_LT(peak.kibibytes, kMostKibibytes) << command;
-  };
-  expectSmall("TMPDIR=none exec " VESK_FS " add a.zip - --name zeros <zeros");
+  shell(limit + "TMPDIR=none " VESK_FS " add a.zip - --name zeros <zeros");
   shell("TMPDIR=tmp " VESK_FS " extract a.zip zeros - | cmp - zeros");
   shell("test -z \"$(ls -A tmp)\"");
 
   shell("truncate -s 300M zeros && rm a.zip");
   shell("TMPDIR=tmp " VESK_FS " add a.zip zeros");
-  expectSmall("TMPDIR=tmp exec " VESK_FS " extract a.zip zeros - >/dev/null");
+  shell(limit + "TMPDIR=tmp " VESK_FS " extract a.zip zeros - >/dev/null");
   // The checksum is compared when all was read, before any of it is written.
   python(R"(
 bytes = bytearray(open("a.zip", "rb").read())
