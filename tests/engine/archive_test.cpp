@@ -279,12 +279,8 @@ TEST_F(Archive, DroppedEntriesLeaveNoTrace) {
 // Callers report progress between two parts.
 TEST_F(Archive, SlowLevelsDeflateSmallerParts) {
   const std::string content = repetitiveText(8 << 20);
-  const struct {
-    int level;
-    bool isSizeKnown;
-    std::uint32_t parts;
-  } kRows[] = {{6, true, 2}, {ZipLevelDefault, true, 4}, {ZipLevelDefault, false, 4}, {9, true, 8}};
-  for (const auto& row : kRows) {
+  const std::tuple<int, bool, std::uint32_t> kRows[] = {{6, true, 2}, {ZipLevelDefault, true, 4}, {ZipLevelDefault, false, 4}, {9, true, 8}};
+  for (const auto& [level, isSizeKnown, expected] : kRows) {
     std::uint32_t parts = 0;
     const auto run = [](std::uint32_t count, void (*)(std::uint32_t, const void*), const void*,
                         void* context) {
@@ -293,9 +289,9 @@ TEST_F(Archive, SlowLevelsDeflateSmallerParts) {
     };
     ZipWriter* const writer = ZipOpenWriter(path_.c_str(), ZipModeCreate);
     ZipSetWorkers(writer, 16, run, &parts);
-    ASSERT_TRUE(addEntry(writer, "e", content, nullptr, row.level, row.isSizeKnown));
+    ASSERT_TRUE(addEntry(writer, "e", content, nullptr, level, isSizeKnown));
     ASSERT_EQ(ZipCloseWriter(writer, nullptr), 0);
-    EXPECT_EQ(parts, row.parts) << row.level;
+    EXPECT_EQ(parts, expected) << level;
     EXPECT_TRUE(readArchive(path_) == (Entries{{"e", content}}));
   }
 }

@@ -127,10 +127,7 @@ TEST_F(ArchiveReading, OpeningSaysWhyItFails) {
   write("text", "no archive");
   write("part", std::string("PK\7\10", 4) + std::string(40, 'x'));
   std::filesystem::create_directory(folder_.file("folder"));
-  const struct {
-    const char* name;
-    Reason reason;
-  } kRows[] = {{"missing", Reason::Missing},
+  const std::pair<const char*, Reason> kRows[] = {{"missing", Reason::Missing},
                {"none/a.zip", Reason::Missing},
                {"folder", Reason::IsAFolder},
                {"text", Reason::NotAnArchive},
@@ -167,11 +164,7 @@ data[data.rindex(b"PK\1\2", 0, data.rindex(b"strong")) + 8] |= 0x41
 data[data.index(b"PPMd") - 22] = data[data.rindex(b"PPMd") - 36] = 98
 open("a.zip", "wb").write(data))");
   damageLast();
-  const struct {
-    const char* name;
-    const char* password;
-    Reason reason;
-  } kRows[] = {{"secret", "", Reason::PasswordMissing},
+  const std::tuple<const char*, const char*, Reason> kRows[] = {{"secret", "", Reason::PasswordMissing},
                {"secret", "wrong", Reason::PasswordWrong},
                {"secret", "secret", Reason::None},
                {"PPMd", "", Reason::UnsupportedMethod},

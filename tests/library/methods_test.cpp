@@ -120,23 +120,20 @@ TEST_F(Methods, ContentsAreReadWholeAndInPieces) {
 TEST_F(Methods, WindowsHaveALimit) {
   shell("'" VESK_TEST_DATA "/../library/make-window-archives'");
 
-  const struct {
-    const char* name;
-    bool isBuilt;
-    Reason reason;
-  } kRows[] = {{"deflate64 16", true, Reason::None},
-               {"zstd 27", VESK_ZSTD != 0, Reason::None},
-               {"zstd 28", VESK_ZSTD != 0, Reason::UnsupportedMethod},
-               // Their content is shorter than their records say.
-               {"lzma 27", VESK_LZMA != 0, Reason::Damaged},
-               {"lzma 28", VESK_LZMA != 0, Reason::UnsupportedMethod},
-               {"xz 27", VESK_LZMA != 0, Reason::None},
-               {"xz 28", VESK_LZMA != 0, Reason::UnsupportedMethod}};
-  for (const auto& row : kRows) {
-    SCOPED_TRACE(row.name);
-    path_ = folder_.file(std::string(row.name) + ".zip");
+  const std::tuple<const char*, bool, Reason> kRows[] = {
+      {"deflate64 16", true, Reason::None},
+      {"zstd 27", VESK_ZSTD != 0, Reason::None},
+      {"zstd 28", VESK_ZSTD != 0, Reason::UnsupportedMethod},
+      // Their content is shorter than their records say.
+      {"lzma 27", VESK_LZMA != 0, Reason::Damaged},
+      {"lzma 28", VESK_LZMA != 0, Reason::UnsupportedMethod},
+      {"xz 27", VESK_LZMA != 0, Reason::None},
+      {"xz 28", VESK_LZMA != 0, Reason::UnsupportedMethod}};
+  for (const auto& [name, isBuilt, reason] : kRows) {
+    SCOPED_TRACE(name);
+    path_ = folder_.file(std::string(name) + ".zip");
     Bytes bytes;
-    EXPECT_EQ(readAll(bytes), row.isBuilt ? row.reason : Reason::UnsupportedMethod);
+    EXPECT_EQ(readAll(bytes), isBuilt ? reason : Reason::UnsupportedMethod);
   }
 }
 

@@ -88,11 +88,7 @@ TEST_F(Conformance, Searches) {
     write(std::string("s/") + name, "");
   }
   using Names = std::vector<std::string>;
-  struct {
-    const char* pattern;
-    Names names;
-    DWORD error;
-  } const cases[] = {
+  const std::tuple<const char*, Names, DWORD> cases[] = {
       {"s\\*.*", {".", "..", "a.tmp", "ab", "b.TMP", "x.tm"}, ERROR_NO_MORE_FILES},
       {"s\\*.tmp", {"a.tmp", "b.TMP"}, ERROR_NO_MORE_FILES},
       {"s\\ab", {"ab"}, ERROR_NO_MORE_FILES},
@@ -100,18 +96,18 @@ TEST_F(Conformance, Searches) {
       {"missing", {}, ERROR_FILE_NOT_FOUND},
       {"none\\*", {}, ERROR_PATH_NOT_FOUND},
   };
-  for (const auto& c : cases) {
-    Names names;
+  for (const auto& [pattern, names, error] : cases) {
+    Names found;
     WIN32_FIND_DATAA data{};
     SetLastError(ERROR_SUCCESS);
-    const platform::SearchHandle search(FindFirstFileA(at(c.pattern).c_str(), &data));
+    const platform::SearchHandle search(FindFirstFileA(at(pattern).c_str(), &data));
     for (bool isFound = static_cast<bool>(search); isFound;
          isFound = FindNextFileA(search.get(), &data) != FALSE) {
-      names.emplace_back(data.cFileName);
+      found.emplace_back(data.cFileName);
     }
-    EXPECT_EQ(GetLastError(), c.error) << c.pattern;
-    std::sort(names.begin(), names.end());
-    EXPECT_EQ(names, c.names) << c.pattern;
+    EXPECT_EQ(GetLastError(), error) << pattern;
+    std::sort(found.begin(), found.end());
+    EXPECT_EQ(found, names) << pattern;
   }
 }
 

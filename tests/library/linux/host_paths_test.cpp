@@ -15,16 +15,13 @@ using FileSystem::libraryPath;
 using FileSystem::nativePath;
 
 TEST(HostPaths, AreThoseThatTheLibraryUses) {
-  struct {
-    const char* text;
-    const char* native;
-  } const cases[] = {
+  const std::pair<const char*, const char*> cases[] = {
       {"C:\\data\\a.zip", "/data/a.zip"},
       {"\\\\?\\C:\\data\\", "/data/"},
       {"Q:\\unmapped", ""},
       {"", ""},
   };
-  for (const auto& c : cases) EXPECT_EQ(nativePath(c.text), c.native) << c.text;
+  for (const auto& [text, native] : cases) EXPECT_EQ(nativePath(text), native) << text;
   EXPECT_EQ(nativePath(std::string(PATH_MAX, 'x').c_str()), "");
 }
 

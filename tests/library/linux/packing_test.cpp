@@ -81,11 +81,7 @@ TEST_F(PackingOnLinux, AColleaguesArchiveKeepsItsFile) {
     return caller.wait();
   };
   const std::string source = in_ + "/a";
-  const struct {
-    const char* name;
-    std::function<bool()> work;
-    Names left;
-  } kRows[] = {
+  const std::tuple<const char*, std::function<bool()>, Names> kRows[] = {
       {"remove", [&] { return writable().remove("x") == 1; }, {"y", "z"}},
       {"replace",
        [&] { return writable().insert(bytesOf("new"), "x", "", 1) == 1; },
@@ -123,7 +119,7 @@ TEST_F(PackingOnLinux, AColleaguesArchiveKeepsItsFile) {
        },
        {"z"}},
   };
-  for (const auto& row : kRows) {
+  for (const auto& [name, work, left] : kRows) {
     std::filesystem::remove(path_);
     make({"x", "y", "z"});
     ASSERT_EQ(chown(path_.c_str(), kOwner, kGroup), 0);
@@ -131,16 +127,16 @@ TEST_F(PackingOnLinux, AColleaguesArchiveKeepsItsFile) {
     struct stat before {};
     struct stat after {};
     ASSERT_EQ(stat(path_.c_str(), &before), 0);
-    EXPECT_EQ(asCaller(row.work), 0) << row.name;
+    EXPECT_EQ(asCaller(work), 0) << name;
     ASSERT_EQ(stat(path_.c_str(), &after), 0);
-    EXPECT_EQ(after.st_ino, before.st_ino) << row.name;
-    EXPECT_EQ(after.st_uid, kOwner) << row.name;
-    EXPECT_EQ(after.st_mode, before.st_mode) << row.name;
-    EXPECT_EQ(names(), row.left) << row.name;
-    if (!row.left.empty()) {
+    EXPECT_EQ(after.st_ino, before.st_ino) << name;
+    EXPECT_EQ(after.st_uid, kOwner) << name;
+    EXPECT_EQ(after.st_mode, before.st_mode) << name;
+    EXPECT_EQ(names(), left) << name;
+    if (!left.empty()) {
       shell("7z t a.zip");
     }
-    EXPECT_EQ(writable().insert(bytesOf("more"), "more", "", 0), 1) << row.name;
+    EXPECT_EQ(writable().insert(bytesOf("more"), "more", "", 0), 1) << name;
   }
 }
 

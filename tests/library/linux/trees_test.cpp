@@ -92,15 +92,13 @@ TEST_F(TreesOnLinux, RootsOfDrivesStay) {
   const std::string mapped = folder_.file("mapped");
   const char* const devices[] = {"T:", "UNC\\s\\h"};
   for (const char* device : devices) ASSERT_TRUE(define(0, device, mapped.c_str()));
-  struct {
-    const char* path;
-    int removed;
-  } const cases[] = {{"T:\\", 0},        {"T:", 0},       {"T:\\a\\..", 0},          {"T:\\a", 1},
-                     {"\\\\s\\h\\a", 1}, {"\\\\s\\h", 0}, {"\\\\S\\h\\a\\..\\..", 0}};
-  for (const auto& c : cases) {
-    fs::create_directories(mapped + (c.removed != 0 ? "/a" : ""));
-    EXPECT_EQ(FileSystem::DeleteEmptyFolder(c.path), c.removed) << c.path;
-    EXPECT_TRUE(fs::is_empty(mapped)) << c.path;
+  const std::pair<const char*, int> cases[] = {
+      {"T:\\", 0},        {"T:", 0},       {"T:\\a\\..", 0},          {"T:\\a", 1},
+      {"\\\\s\\h\\a", 1}, {"\\\\s\\h", 0}, {"\\\\S\\h\\a\\..\\..", 0}};
+  for (const auto& [path, removed] : cases) {
+    fs::create_directories(mapped + (removed != 0 ? "/a" : ""));
+    EXPECT_EQ(FileSystem::DeleteEmptyFolder(path), removed) << path;
+    EXPECT_TRUE(fs::is_empty(mapped)) << path;
   }
   fs::create_directories(mapped + "/a");
   EXPECT_EQ(FileSystem::eraseOldFile("T:\\", 1), 0U);

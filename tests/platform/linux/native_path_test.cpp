@@ -11,11 +11,7 @@ namespace {
 using platform::native::NativePath;
 
 TEST(NativePath, MapsPathText) {
-  struct {
-    const char* text;
-    const char* native;
-    bool trailing;
-  } const cases[] = {
+  const std::tuple<const char*, const char*, bool> cases[] = {
       {"C:", "/", false},
       {"C:x", "x", false},
       {"\\etc\\", "/etc", true},
@@ -33,12 +29,12 @@ TEST(NativePath, MapsPathText) {
       {"\xFF\xFE", "\xFF\xFE", false},
       {"\\\\?\\C:\\x", "/x", false},
   };
-  for (const auto& c : cases) {
-    const NativePath path(c.text);
-    EXPECT_TRUE(path.valid()) << c.text;
-    EXPECT_STREQ(path.c_str(), c.native) << c.text;
-    EXPECT_EQ(path.size(), std::string(c.native).size()) << c.text;
-    EXPECT_EQ(path.hadTrailingSeparator(), c.trailing) << c.text;
+  for (const auto& [text, native, trailing] : cases) {
+    const NativePath path(text);
+    EXPECT_TRUE(path.valid()) << text;
+    EXPECT_STREQ(path.c_str(), native) << text;
+    EXPECT_EQ(path.size(), std::string(native).size()) << text;
+    EXPECT_EQ(path.hadTrailingSeparator(), trailing) << text;
   }
 }
 
