@@ -68,15 +68,4 @@ TEST_F(ArchiveOnLinux, SaysWhyAFileCannotBeWritten) {
   EXPECT_FALSE(support::exists(file));
 }
 
-// Reading the memory of a process from its first byte on is an error.
-TEST_F(ArchiveOnLinux, SaysThatAFileCannotBeRead) {
-  make({"a"});
-  ArchiveChange change;
-  change.insertFile("/proc/self/mem", "b");
-  const Report report = change.apply(path_.c_str());
-  EXPECT_EQ(report.reason, Reason::ReadFailed);
-  EXPECT_EQ(reasonsOf(report), (Reasons{{"b", Reason::ReadFailed}}));
-  EXPECT_EQ(names(), Names{"a"});
-}
-
 }  // namespace
