@@ -2,13 +2,7 @@
 
 #include "zip/engine/cipher/aes.h"
 
-#include <gtest/gtest.h>
-
-#include <string>
-
 #include "engine/entries.h"
-#include "support/programs.h"
-#include "support/temporary_folder.h"
 #include "zip/engine/container/entry_record.h"
 
 namespace {

@@ -1,13 +1,7 @@
 // The zip engine against itself, against other programs, and against damage.
 
-#include <gtest/gtest.h>
-
-#include <string>
-
 #include "engine/entries.h"
 #include "platform/code_page.h"
-#include "support/programs.h"
-#include "support/temporary_folder.h"
 #include "zip/engine/codec/codec.h"
 #include "zip/engine/container/entry_record.h"
 
@@ -279,7 +273,8 @@ TEST_F(Archive, DroppedEntriesLeaveNoTrace) {
 // Callers report progress between two parts.
 TEST_F(Archive, SlowLevelsDeflateSmallerParts) {
   const std::string content = repetitiveText(8 << 20);
-  const std::tuple<int, bool, std::uint32_t> kRows[] = {{6, true, 2}, {ZipLevelDefault, true, 4}, {ZipLevelDefault, false, 4}, {9, true, 8}};
+  const std::tuple<int, bool, std::uint32_t> kRows[] = {
+      {6, true, 2}, {ZipLevelDefault, true, 4}, {ZipLevelDefault, false, 4}, {9, true, 8}};
   for (const auto& [level, isSizeKnown, expected] : kRows) {
     std::uint32_t parts = 0;
     const auto run = [](std::uint32_t count, void (*)(std::uint32_t, const void*), const void*,

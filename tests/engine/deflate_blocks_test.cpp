@@ -7,7 +7,6 @@
 
 #include <memory>
 #include <random>
-#include <string>
 #include <utility>
 
 #include "support/noise.h"

@@ -1,13 +1,7 @@
 // Names that other programs write, and names that other programs read.
 
-#include <gtest/gtest.h>
-
-#include <string>
-
 #include "engine/entries.h"
 #include "platform/code_page.h"
-#include "support/programs.h"
-#include "support/temporary_folder.h"
 #include "zip/engine/container/cp437.h"
 #include "zip/engine/container/end_record.h"
 #include "zip/engine/container/entry_record.h"

@@ -1,14 +1,7 @@
 // An archive that holds another one as a stored entry, damaged in every bit and cut at every byte.
 
-#include <gtest/gtest.h>
-
-#include <filesystem>
-#include <string>
-
 #include "engine/entries.h"
-#include "support/programs.h"
 #include "support/sanitized.h"
-#include "support/temporary_folder.h"
 
 namespace {
 

@@ -1,12 +1,6 @@
 // The reading calls.
 
-#include <gtest/gtest.h>
-
-#include <string>
-
 #include "engine/entries.h"
-#include "support/programs.h"
-#include "support/temporary_folder.h"
 #include "zip/engine/cipher/aes.h"
 
 namespace {

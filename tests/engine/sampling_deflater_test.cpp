@@ -1,7 +1,5 @@
 #include "zip/engine/codec/sampling_deflater.h"
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 
 #include "engine/entries.h"

@@ -1,16 +1,6 @@
 // Entries with sizes of 64 bits, and those that may turn out to need them.
 
-#include <gtest/gtest.h>
-
-#include <cstdint>
-#include <filesystem>
-#include <fstream>
-#include <string>
-
 #include "engine/entries.h"
-#include "support/platform.h"
-#include "support/programs.h"
-#include "support/temporary_folder.h"
 #include "zip/engine/container/end_record.h"
 #include "zip/engine/container/entry_record.h"
 

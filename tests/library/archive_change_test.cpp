@@ -4,14 +4,12 @@
 #include <filesystem/archive_change.h>
 
 #include <algorithm>
-#include <functional>
 
 #include "library/executors.h"
 #include "library/reports.h"
 #include "library/zip.h"
 #include "support/noise.h"
 #include "support/open_file.h"
-#include "support/programs.h"
 
 namespace {
 

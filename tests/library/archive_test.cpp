@@ -1,17 +1,11 @@
 // Archive: records, reasons, progress and cancelling.
 
-#include <filesystem/archive.h>
-
 #include <algorithm>
-#include <filesystem>
-#include <map>
 #include <stdexcept>
 
 #include "library/reports.h"
 #include "library/zip.h"
 #include "support/open_file.h"
-#include "support/platform.h"
-#include "support/programs.h"
 
 namespace {
 
@@ -128,10 +122,10 @@ TEST_F(ArchiveReading, OpeningSaysWhyItFails) {
   write("part", std::string("PK\7\10", 4) + std::string(40, 'x'));
   std::filesystem::create_directory(folder_.file("folder"));
   const std::pair<const char*, Reason> kRows[] = {{"missing", Reason::Missing},
-               {"none/a.zip", Reason::Missing},
-               {"folder", Reason::IsAFolder},
-               {"text", Reason::NotAnArchive},
-               {"part", Reason::SplitArchive}};
+                                                  {"none/a.zip", Reason::Missing},
+                                                  {"folder", Reason::IsAFolder},
+                                                  {"text", Reason::NotAnArchive},
+                                                  {"part", Reason::SplitArchive}};
   for (const auto& [name, reason] : kRows) {
     Archive archive = openArchive();
     EXPECT_EQ(archive.open(folder_.file(name).c_str()), reason) << name;
@@ -164,12 +158,13 @@ data[data.rindex(b"PK\1\2", 0, data.rindex(b"strong")) + 8] |= 0x41
 data[data.index(b"PPMd") - 22] = data[data.rindex(b"PPMd") - 36] = 98
 open("a.zip", "wb").write(data))");
   damageLast();
-  const std::tuple<const char*, const char*, Reason> kRows[] = {{"secret", "", Reason::PasswordMissing},
-               {"secret", "wrong", Reason::PasswordWrong},
-               {"secret", "secret", Reason::None},
-               {"PPMd", "", Reason::UnsupportedMethod},
-               {"strong", "x", Reason::UnsupportedEncryption},
-               {"damaged", "", Reason::Damaged}};
+  const std::tuple<const char*, const char*, Reason> kRows[] = {
+      {"secret", "", Reason::PasswordMissing},
+      {"secret", "wrong", Reason::PasswordWrong},
+      {"secret", "secret", Reason::None},
+      {"PPMd", "", Reason::UnsupportedMethod},
+      {"strong", "x", Reason::UnsupportedEncryption},
+      {"damaged", "", Reason::Damaged}};
   const Archive archive = openArchive();
   for (const auto& [name, password, reason] : kRows) {
     SCOPED_TRACE(name);

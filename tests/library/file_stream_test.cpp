@@ -1,8 +1,6 @@
 #include <filesystem/file_stream.h>
 #include <filesystem/stream.h>
-#include <gtest/gtest.h>
 
-#include <string>
 #include <vector>
 
 #include "support/folder_test.h"

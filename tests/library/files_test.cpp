@@ -1,9 +1,6 @@
 // Probes, and creation and deletion of folders.
 
 #include <filesystem/files.h>
-#include <gtest/gtest.h>
-
-#include <string>
 
 #include "support/folder_test.h"
 #include "support/open_file.h"

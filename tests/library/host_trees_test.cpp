@@ -1,9 +1,7 @@
 // Trees that a host copies and deletes, with reasons and progress.
 
 #include <algorithm>
-#include <map>
 #include <set>
-#include <string>
 
 #include "library/host_trees.h"
 #include "support/open_file.h"

@@ -1,15 +1,12 @@
 // The compression methods: archives of other programs and of this library.
 
-#include <filesystem/archive.h>
 #include <filesystem/archive_change.h>
 #include <filesystem/zip.h>
 
 #include <algorithm>
-#include <filesystem>
 
 #include "library/zip.h"
 #include "support/noise.h"
-#include "support/programs.h"
 
 namespace {
 

@@ -1,7 +1,4 @@
 #include <filesystem/path.h>
-#include <gtest/gtest.h>
-
-#include <string>
 
 #include "support/temporary_folder.h"
 

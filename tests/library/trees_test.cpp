@@ -4,12 +4,9 @@
 #include <filesystem/temporary_storage.h>
 
 #include <cstring>
-#include <string>
 
 #include "library/host_trees.h"
 #include "support/open_file.h"
-#include "support/platform.h"
-#include "support/programs.h"
 
 namespace {
 

@@ -1,7 +1,4 @@
 #include <filesystem/files.h>
-#include <gtest/gtest.h>
-
-#include <string>
 
 #include "support/temporary_folder.h"
 

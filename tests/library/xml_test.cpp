@@ -1,9 +1,7 @@
 #include <filesystem/path.h>
 #include <filesystem/xml.h>
-#include <gtest/gtest.h>
 
 #include <random>
-#include <string>
 #include <utility>
 #include <vector>
 

@@ -9,12 +9,9 @@
 #include <filesystem/trees.h>
 #include <filesystem/xml.h>
 #include <filesystem/zip_archive.h>
-#include <gtest/gtest.h>
 
 #include <algorithm>
-#include <filesystem>
 #include <functional>
-#include <string>
 #include <vector>
 
 #include "support/temporary_folder.h"

@@ -2,7 +2,6 @@
 #include <filesystem/zip.h>
 
 #include <random>
-#include <utility>
 
 #include "library/zip.h"
 #include "support/noise.h"

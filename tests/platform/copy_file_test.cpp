@@ -1,7 +1,3 @@
-#include <gtest/gtest.h>
-
-#include <string>
-
 #include "support/folder_test.h"
 #include "support/open_file.h"
 

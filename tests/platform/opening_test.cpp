@@ -1,6 +1,5 @@
 // Opening files, and their handles.
 
-#include <string>
 #include <string_view>
 
 #include "platform/conformance.h"

@@ -9,17 +9,14 @@
 #include <atomic>
 #include <climits>
 #include <cstdlib>
-#include <functional>
 #include <list>
 #include <locale>
 #include <numeric>
 #include <optional>
 #include <random>
 #include <set>
-#include <string>
 #include <string_view>
 #include <thread>
-#include <vector>
 
 #include "failing_calls.h"
 #include "library/zip.h"
@@ -29,7 +26,6 @@
 #include "support/linux/temporary_variable.h"
 #include "support/noise.h"
 #include "support/open_file.h"
-#include "support/programs.h"
 #include "support/sanitized.h"
 
 namespace {

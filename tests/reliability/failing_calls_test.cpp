@@ -3,13 +3,9 @@
 
 #include <filesystem/files.h>
 #include <filesystem/zip.h>
-#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <csignal>
-#include <map>
-#include <string>
-#include <utility>
 
 #include "failing_calls.h"
 #include "library/zip.h"
@@ -18,7 +14,6 @@
 #include "support/linux/left_over.h"
 #include "support/linux/temporary_variable.h"
 #include "support/sanitized.h"
-#include "support/temporary_folder.h"
 
 namespace {
 

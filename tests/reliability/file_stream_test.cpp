@@ -2,12 +2,8 @@
 
 #include <filesystem/file_stream.h>
 #include <filesystem/stream.h>
-#include <gtest/gtest.h>
 
 #include <cstdint>
-#include <filesystem>
-#include <functional>
-#include <string>
 #include <vector>
 
 #include "failing_calls.h"

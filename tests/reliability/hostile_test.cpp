@@ -1,22 +1,17 @@
 // Hostile archives: each one fails as documented, in little time and memory, and nothing is written
 // outside the target directory.
 
-#include <filesystem/archive.h>
 #include <filesystem/zip.h>
 
 #include <algorithm>
 #include <cstdio>
 #include <ctime>
-#include <fstream>
 #include <ostream>
-#include <string>
-#include <vector>
 
 #include "library/zip.h"
 #include "support/linux/left_over.h"
 #include "support/linux/peak_memory.h"
 #include "support/linux/shared_memory.h"
-#include "support/programs.h"
 #include "support/sanitized.h"
 
 namespace {

@@ -1,18 +1,10 @@
 // Archives with an end record far from the end of the file.
 
-#include <gtest/gtest.h>
-
 #include <csignal>
-#include <cstdint>
-#include <filesystem>
-#include <fstream>
-#include <string>
 
 #include "engine/entries.h"
 #include "failing_calls.h"
-#include "support/folder_test.h"
 #include "support/linux/forked_process.h"
-#include "support/platform.h"
 #include "zip/engine/container/end_record.h"
 #include "zip/engine/container/entry_record.h"
 

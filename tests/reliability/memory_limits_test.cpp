@@ -1,7 +1,6 @@
 // The peak memory of the archive operations, which does not depend on the sizes of the files, and
 // that they start no thread.
 
-#include <filesystem/archive.h>
 #include <filesystem/archive_change.h>
 #include <filesystem/zip.h>
 #include <sys/resource.h>
@@ -10,10 +9,6 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <fstream>
-#include <functional>
-#include <string>
-#include <utility>
 
 #include "failing_calls.h"
 #include "library/executors.h"
@@ -22,7 +17,6 @@
 #include "support/linux/peak_memory.h"
 #include "support/linux/shared_memory.h"
 #include "support/noise.h"
-#include "support/programs.h"
 #include "support/sanitized.h"
 
 namespace {

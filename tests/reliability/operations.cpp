@@ -1,15 +1,11 @@
 #include "operations.h"
 
-#include <filesystem/archive.h>
 #include <filesystem/archive_change.h>
 #include <filesystem/enumeration.h>
 #include <filesystem/files.h>
 #include <filesystem/stream.h>
 #include <filesystem/temporary_storage.h>
 #include <filesystem/zip.h>
-
-#include <filesystem>
-#include <vector>
 
 #include "library/zip.h"
 #include "support/noise.h"

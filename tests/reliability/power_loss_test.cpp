@@ -1,14 +1,9 @@
 // The state of the disk after a power failure at any moment of each operation.
 
 #include <filesystem/zip_archive.h>
-#include <gtest/gtest.h>
 
-#include <functional>
 #include <iostream>
-#include <map>
-#include <string>
 #include <utility>
-#include <vector>
 
 #include "operations.h"
 #include "power_loss.h"

@@ -3,7 +3,6 @@
 #include <sys/stat.h>
 
 #include <climits>
-#include <filesystem>
 #include <utility>
 
 #include "support/temporary_folder.h"

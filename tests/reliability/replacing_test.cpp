@@ -10,8 +10,6 @@
 #include <sys/xattr.h>
 #include <unistd.h>
 
-#include <functional>
-#include <map>
 #include <ostream>
 
 #include "failing_calls.h"

@@ -2,11 +2,9 @@
 // the next files that are opened.
 
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <string>
 
 #include "failing_calls.h"
 #include "operations.h"

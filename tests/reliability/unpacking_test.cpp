@@ -1,10 +1,7 @@
 // Who may read unpacked files and folders before they are complete.
 
-#include <filesystem/archive.h>
 #include <filesystem/archive_change.h>
 #include <sys/stat.h>
-
-#include <filesystem>
 
 #include "failing_calls.h"
 #include "library/zip.h"

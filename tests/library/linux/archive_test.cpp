@@ -1,21 +1,16 @@
 // Archive: what only Linux can be made to do.
 
-#include <filesystem/archive.h>
 #include <filesystem/archive_change.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <csignal>
-#include <filesystem>
-#include <functional>
 
 #include "library/reports.h"
 #include "library/zip.h"
 #include "support/linux/forked_process.h"
 #include "support/open_file.h"
-#include "support/platform.h"
-#include "support/programs.h"
 
 namespace {
 

@@ -2,10 +2,8 @@
 
 #include <filesystem/stream.h>
 #include <filesystem/trees.h>
-#include <gtest/gtest.h>
 
 #include <climits>
-#include <string>
 
 #include "support/temporary_folder.h"
 

@@ -5,13 +5,11 @@
 #include <unistd.h>
 
 #include <set>
-#include <string>
 
 #include "library/host_trees.h"
 #include "platform/win32.h"
 #include "support/linux/forked_process.h"
 #include "support/open_file.h"
-#include "support/programs.h"
 
 namespace {
 

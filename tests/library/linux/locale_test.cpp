@@ -4,11 +4,9 @@
 #include <filesystem/file_stream.h>
 #include <filesystem/path.h>
 #include <filesystem/xml.h>
-#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <locale>
-#include <string>
 
 #include "support/folder_test.h"
 

@@ -1,15 +1,11 @@
 // Permissions, times, links and folders that come back from an archive.
 
-#include <filesystem/archive.h>
 #include <filesystem/archive_change.h>
 #include <filesystem/zip.h>
 #include <sys/stat.h>
 
-#include <string>
-
 #include "library/reports.h"
 #include "library/zip.h"
-#include "support/platform.h"
 
 namespace {
 

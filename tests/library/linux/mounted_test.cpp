@@ -2,7 +2,6 @@
 // letter case, times of seconds, and no modes. Each is an image that the superuser mounts, or the
 // directory that VESK_CASEFOLD names.
 
-#include <filesystem/archive.h>
 #include <filesystem/files.h>
 #include <filesystem/trees.h>
 #include <filesystem/zip.h>
@@ -11,11 +10,8 @@
 
 #include <cstdlib>
 #include <ostream>
-#include <string>
-#include <vector>
 
 #include "library/zip.h"
-#include "support/programs.h"
 
 namespace {
 

@@ -6,12 +6,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <functional>
-
 #include "library/zip.h"
 #include "support/linux/forked_process.h"
 #include "support/noise.h"
-#include "support/programs.h"
 
 namespace {
 

@@ -14,14 +14,11 @@
 #include <unistd.h>
 
 #include <atomic>
-#include <functional>
-#include <string>
 #include <thread>
 #include <vector>
 
 #include "library/host_trees.h"
 #include "platform/win32.h"
-#include "support/programs.h"
 
 namespace {
 

@@ -12,7 +12,6 @@
 #include "support/linux/forked_process.h"
 #include "support/linux/temporary_variable.h"
 #include "support/open_file.h"
-#include "support/programs.h"
 
 namespace {
 

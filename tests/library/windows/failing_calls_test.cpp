@@ -1,15 +1,10 @@
 // The order in which the library commits and renames, and calls that write and fail.
 
 #include <filesystem/zip.h>
-#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstdlib>
-#include <filesystem>
-#include <map>
 #include <set>
-#include <string>
-#include <vector>
 
 #include "library/windows/imports.h"
 #include "reliability/operations.h"

@@ -1,19 +1,14 @@
 // A process that changes archives and a file and is killed while it does so.
 
 #include <filesystem/zip.h>
-#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <atomic>
 #include <cstdint>
 #include <cstdlib>
-#include <filesystem>
 #include <functional>
-#include <map>
 #include <new>
 #include <random>
-#include <string>
-#include <utility>
 
 #include "library/zip.h"
 #include "support/noise.h"

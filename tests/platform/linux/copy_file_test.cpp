@@ -1,12 +1,9 @@
 // Copies: permissions, owners and links.
 
-#include <gtest/gtest.h>
 #include <sys/fsuid.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <fstream>
-#include <string>
 #include <thread>
 #include <vector>
 

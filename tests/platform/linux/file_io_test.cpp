@@ -1,13 +1,11 @@
 // Handles that are descriptors, and names that are no regular files.
 
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <sys/inotify.h>
 #include <sys/stat.h>
 
 #include <cstdlib>
 #include <functional>
-#include <string>
 
 #include "platform/linux/opening/descriptor.h"
 #include "platform/probe_open.h"

@@ -1,9 +1,5 @@
 #include "platform/linux/names/native_path.h"
 
-#include <gtest/gtest.h>
-
-#include <string>
-
 #include "support/temporary_folder.h"
 
 namespace {

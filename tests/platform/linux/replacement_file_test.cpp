@@ -3,13 +3,11 @@
 #include "platform/linux/replacing/replacement_file.h"
 
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <sys/syscall.h>
 #include <sys/vfs.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <string>
 #include <utility>
 
 #include "platform/linux/replacing/overwriting.h"

@@ -1,13 +1,11 @@
 // Every access and share mode against every other one, in one client and between two clients of a
 // file server.
 
-#include <gtest/gtest.h>
 #include <unistd.h>
 
 #include <cstdlib>
 #include <iostream>
 #include <sstream>
-#include <string>
 
 #include "platform/probe_open.h"
 #include "support/open_file.h"

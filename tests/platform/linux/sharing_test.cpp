@@ -1,6 +1,5 @@
 // Share modes between processes, and between threads that open a file at the same instant.
 
-#include <gtest/gtest.h>
 #include <sys/mman.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
@@ -9,10 +8,7 @@
 #include <atomic>
 #include <csignal>
 #include <cstdint>
-#include <fstream>
-#include <functional>
 #include <sstream>
-#include <string>
 #include <thread>
 #include <utility>
 #include <vector>

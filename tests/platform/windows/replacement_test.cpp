@@ -1,10 +1,7 @@
 // Files that are replaced: through replaceFile, NewVersion and ConfinedDirectory.
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <functional>
-#include <string>
 
 #include "platform/confined_directory.h"
 #include "platform/new_version.h"
@@ -13,7 +10,6 @@
 #include "platform/windows/replacement_file.h"
 #include "support/folder_test.h"
 #include "support/open_file.h"
-#include "support/programs.h"
 // After windows.h, which it needs.
 #include <sddl.h>
 

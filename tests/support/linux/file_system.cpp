@@ -5,7 +5,6 @@
 #include <unistd.h>
 
 #include "platform/linux/opening/descriptor.h"
-#include "support/platform.h"
 #include "support/temporary_folder.h"
 
 namespace support {

@@ -4,7 +4,6 @@
 #include "support/programs.h"
 
 #include <chrono>
-#include <fstream>
 #include <thread>
 
 #include "platform/win32.h"

@@ -2,7 +2,6 @@
 
 #include <dlfcn.h>
 #include <filesystem/dos_device.h>
-#include <gtest/gtest.h>
 #include <malloc.h>
 
 #include "support/linux/left_over.h"

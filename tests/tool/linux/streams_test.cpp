@@ -1,7 +1,5 @@
 // Standard input and output, and what passes through them.
 
-#include <gtest/gtest.h>
-
 #include "support/sanitized.h"
 #include "tool/vesk_fs.h"
 
