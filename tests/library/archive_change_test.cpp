@@ -1,15 +1,12 @@
 // Removals and insertions that are applied together: all of them or none, each failure with its
 // reason.
 
-#include <filesystem/archive_change.h>
-
 #include <algorithm>
 
 #include "library/executors.h"
 #include "library/reports.h"
 #include "library/zip.h"
 #include "support/noise.h"
-#include "support/open_file.h"
 
 namespace {
 

@@ -5,7 +5,6 @@
 
 #include "library/reports.h"
 #include "library/zip.h"
-#include "support/open_file.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 #pragma once
 // The fixture of the tests that list folders.
 
-#include <filesystem/enumeration.h>
+#include <filesystem/filesystem.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>

@@ -1,8 +1,6 @@
 // Packing and inserting with threads that the host lends: the archive has the same bytes, and
 // failures are those of a call without them.
 
-#include <filesystem/archive_change.h>
-
 #include "library/executors.h"
 #include "library/reports.h"
 #include "library/zip.h"

@@ -1,5 +1,4 @@
-#include <filesystem/file_stream.h>
-#include <filesystem/stream.h>
+#include <filesystem/filesystem.h>
 
 #include <vector>
 

@@ -1,7 +1,7 @@
 #pragma once
 // The fixture of the tests that copy and delete trees.
 
-#include <filesystem/trees.h>
+#include <filesystem/filesystem.h>
 #include <gtest/gtest.h>
 
 #include <ctime>
@@ -9,6 +9,7 @@
 
 #include "library/reports.h"
 #include "support/folder_test.h"
+#include "support/open_file.h"
 
 class HostTrees : public support::FolderTest {
  protected:

@@ -4,7 +4,6 @@
 #include <set>
 
 #include "library/host_trees.h"
-#include "support/open_file.h"
 
 namespace {
 

@@ -1,8 +1,5 @@
 // The compression methods: archives of other programs and of this library.
 
-#include <filesystem/archive_change.h>
-#include <filesystem/zip.h>
-
 #include <algorithm>
 
 #include "library/zip.h"

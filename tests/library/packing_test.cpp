@@ -1,11 +1,7 @@
 // Packing of directories: archives for other programs, and failures that change nothing.
 
-#include <filesystem/archive_change.h>
-#include <filesystem/zip.h>
-
 #include "library/reports.h"
 #include "library/zip.h"
-#include "support/open_file.h"
 
 namespace {
 

@@ -1,12 +1,8 @@
 // Copying, lock files, the sweep of old files, and temporary storage.
 
-#include <filesystem/files.h>
-#include <filesystem/temporary_storage.h>
-
 #include <cstring>
 
 #include "library/host_trees.h"
-#include "support/open_file.h"
 
 namespace {
 

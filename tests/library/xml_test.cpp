@@ -1,5 +1,4 @@
-#include <filesystem/path.h>
-#include <filesystem/xml.h>
+#include <filesystem/filesystem.h>
 
 #include <random>
 #include <utility>

@@ -1,14 +1,7 @@
 // Texts with a zero byte in them, such as a whole buffer: paths and names end there, other texts do
 // not.
 
-#include <filesystem/archive_change.h>
-#include <filesystem/files.h>
-#include <filesystem/path.h>
-#include <filesystem/stream.h>
-#include <filesystem/temporary_storage.h>
-#include <filesystem/trees.h>
-#include <filesystem/xml.h>
-#include <filesystem/zip_archive.h>
+#include <filesystem/filesystem.h>
 
 #include <algorithm>
 #include <functional>

@@ -1,8 +1,7 @@
 #pragma once
 // An archive in a folder of its own, for one test.
 
-#include <filesystem/archive.h>
-#include <filesystem/zip_archive.h>
+#include <filesystem/filesystem.h>
 #include <gtest/gtest.h>
 
 #include <map>
@@ -10,8 +9,8 @@
 #include <utility>
 #include <vector>
 
-#include "platform/win32.h"
 #include "support/folder_test.h"
+#include "support/open_file.h"
 
 using Names = std::vector<std::string>;
 using Bytes = std::vector<unsigned char>;

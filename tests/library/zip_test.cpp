@@ -1,6 +1,3 @@
-#include <filesystem/files.h>
-#include <filesystem/zip.h>
-
 #include <random>
 
 #include "library/zip.h"

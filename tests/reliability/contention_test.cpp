@@ -1,8 +1,5 @@
 // Several processes and threads on the same files, some of which are killed during their work.
 
-#include <filesystem/files.h>
-#include <filesystem/stream.h>
-#include <filesystem/zip.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -25,7 +22,6 @@
 #include "support/linux/shared_memory.h"
 #include "support/linux/temporary_variable.h"
 #include "support/noise.h"
-#include "support/open_file.h"
 #include "support/sanitized.h"
 
 namespace {

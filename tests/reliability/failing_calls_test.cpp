@@ -1,9 +1,6 @@
 // Every operation with each of its system calls failing in turn, and on a disk that is full from
 // some call on.
 
-#include <filesystem/files.h>
-#include <filesystem/zip.h>
-
 #include <algorithm>
 #include <csignal>
 

@@ -1,7 +1,6 @@
 // The system calls of a stream: that it writes when it should, and commits each write.
 
-#include <filesystem/file_stream.h>
-#include <filesystem/stream.h>
+#include <filesystem/filesystem.h>
 
 #include <cstdint>
 #include <vector>

@@ -1,8 +1,6 @@
 // Hostile archives: each one fails as documented, in little time and memory, and nothing is written
 // outside the target directory.
 
-#include <filesystem/zip.h>
-
 #include <algorithm>
 #include <cstdio>
 #include <ctime>

@@ -1,8 +1,6 @@
 // The peak memory of the archive operations, which does not depend on the sizes of the files, and
 // that they start no thread.
 
-#include <filesystem/archive_change.h>
-#include <filesystem/zip.h>
 #include <sys/resource.h>
 #include <unistd.h>
 

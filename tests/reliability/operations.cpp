@@ -1,12 +1,5 @@
 #include "operations.h"
 
-#include <filesystem/archive_change.h>
-#include <filesystem/enumeration.h>
-#include <filesystem/files.h>
-#include <filesystem/stream.h>
-#include <filesystem/temporary_storage.h>
-#include <filesystem/zip.h>
-
 #include "library/zip.h"
 #include "support/noise.h"
 

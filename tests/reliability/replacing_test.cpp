@@ -1,8 +1,6 @@
 // Who may access a replaced file, and its new version before that takes its place.
 
 #include <fcntl.h>
-#include <filesystem/files.h>
-#include <filesystem/zip.h>
 #include <grp.h>
 #include <sched.h>
 #include <sys/mount.h>

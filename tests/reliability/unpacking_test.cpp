@@ -1,6 +1,5 @@
 // Who may read unpacked files and folders before they are complete.
 
-#include <filesystem/archive_change.h>
 #include <sys/stat.h>
 
 #include "failing_calls.h"

@@ -1,6 +1,5 @@
 // Archive: what only Linux can be made to do.
 
-#include <filesystem/archive_change.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -10,7 +9,6 @@
 #include "library/reports.h"
 #include "library/zip.h"
 #include "support/linux/forked_process.h"
-#include "support/open_file.h"
 
 namespace {
 

@@ -1,7 +1,6 @@
 // Enumeration of links, unusual names, and directories with few permissions.
 
 #include <fcntl.h>
-#include <filesystem/files.h>
 #include <sys/fsuid.h>
 #include <sys/stat.h>
 

@@ -1,7 +1,6 @@
 // Paths of other programs, with drives and names of Linux.
 
-#include <filesystem/stream.h>
-#include <filesystem/trees.h>
+#include <filesystem/filesystem.h>
 
 #include <climits>
 

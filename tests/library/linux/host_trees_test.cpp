@@ -9,7 +9,6 @@
 #include "library/host_trees.h"
 #include "platform/win32.h"
 #include "support/linux/forked_process.h"
-#include "support/open_file.h"
 
 namespace {
 

@@ -1,9 +1,7 @@
 // Functions that depend on the global locale, which the program and the library
 // share on this platform.
 
-#include <filesystem/file_stream.h>
-#include <filesystem/path.h>
-#include <filesystem/xml.h>
+#include <filesystem/filesystem.h>
 
 #include <algorithm>
 #include <locale>

@@ -1,7 +1,5 @@
 // Permissions, times, links and folders that come back from an archive.
 
-#include <filesystem/archive_change.h>
-#include <filesystem/zip.h>
 #include <sys/stat.h>
 
 #include "library/reports.h"

@@ -2,9 +2,6 @@
 // letter case, times of seconds, and no modes. Each is an image that the superuser mounts, or the
 // directory that VESK_CASEFOLD names.
 
-#include <filesystem/files.h>
-#include <filesystem/trees.h>
-#include <filesystem/zip.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
 

@@ -1,7 +1,5 @@
 // Packing of directories with files that only Linux has, and on a full disk.
 
-#include <filesystem/archive_change.h>
-#include <filesystem/zip.h>
 #include <grp.h>
 #include <sys/stat.h>
 #include <unistd.h>

@@ -2,12 +2,6 @@
 
 #include <dlfcn.h>
 #include <fcntl.h>
-#include <filesystem/enumeration.h>
-#include <filesystem/files.h>
-#include <filesystem/stream.h>
-#include <filesystem/temporary_storage.h>
-#include <filesystem/zip.h>
-#include <filesystem/zip_archive.h>
 #include <stdio.h>
 #include <sys/resource.h>
 #include <sys/stat.h>

@@ -1,8 +1,6 @@
 // Archives with links, with temporary files, and on a full disk.
 
 #include <fcntl.h>
-#include <filesystem/archive_change.h>
-#include <filesystem/zip.h>
 
 #include <cstdio>
 #include <cstdlib>
@@ -11,7 +9,6 @@
 #include "platform/linux/replacing/version_name.h"
 #include "support/linux/forked_process.h"
 #include "support/linux/temporary_variable.h"
-#include "support/open_file.h"
 
 namespace {
 

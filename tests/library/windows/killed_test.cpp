@@ -1,7 +1,5 @@
 // A process that changes archives and a file and is killed while it does so.
 
-#include <filesystem/zip.h>
-
 #include <algorithm>
 #include <atomic>
 #include <cstdint>
@@ -12,7 +10,6 @@
 
 #include "library/zip.h"
 #include "support/noise.h"
-#include "support/open_file.h"
 
 namespace {
 
