@@ -1,7 +1,5 @@
 // The compression methods: archives of other programs and of this library.
 
-#include <algorithm>
-
 #include "library/zip.h"
 #include "support/noise.h"
 

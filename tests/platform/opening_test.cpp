@@ -1,7 +1,5 @@
 // Opening files, and their handles.
 
-#include <string_view>
-
 #include "platform/conformance.h"
 #include "platform/probe_open.h"
 

@@ -12,7 +12,6 @@
 #include <optional>
 #include <random>
 #include <set>
-#include <string_view>
 #include <thread>
 
 #include "failing_calls.h"

@@ -7,7 +7,6 @@
 
 #include "operations.h"
 #include "power_loss.h"
-#include "recorded_calls.h"
 #include "support/programs.h"
 #include "support/sanitized.h"
 #include "support/temporary_folder.h"

@@ -1,12 +1,10 @@
 // Archive: what only Linux can be made to do.
 
 #include <sys/resource.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <csignal>
 
-#include "library/reports.h"
 #include "library/zip.h"
 #include "support/linux/forked_process.h"
 

@@ -7,7 +7,6 @@
 #include <set>
 
 #include "library/host_trees.h"
-#include "platform/win32.h"
 #include "support/linux/forked_process.h"
 
 namespace {

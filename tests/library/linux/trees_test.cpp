@@ -12,7 +12,6 @@
 #include <vector>
 
 #include "library/host_trees.h"
-#include "platform/win32.h"
 
 namespace {
 

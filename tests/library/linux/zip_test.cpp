@@ -2,9 +2,6 @@
 
 #include <fcntl.h>
 
-#include <cstdio>
-#include <cstdlib>
-
 #include "library/zip.h"
 #include "platform/linux/replacing/version_name.h"
 #include "support/linux/forked_process.h"

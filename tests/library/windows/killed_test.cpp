@@ -5,7 +5,6 @@
 #include <cstdint>
 #include <cstdlib>
 #include <functional>
-#include <new>
 #include <random>
 
 #include "library/zip.h"

@@ -7,7 +7,6 @@
 #include <thread>
 #include <vector>
 
-#include "platform/win32.h"
 #include "support/folder_test.h"
 #include "support/open_file.h"
 

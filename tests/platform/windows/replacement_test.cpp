@@ -6,7 +6,6 @@
 #include "platform/confined_directory.h"
 #include "platform/new_version.h"
 #include "platform/replace_file.h"
-#include "platform/win32.h"
 #include "platform/windows/replacement_file.h"
 #include "support/folder_test.h"
 #include "support/open_file.h"
