@@ -5,6 +5,7 @@
 
 #include "library/reports.h"
 #include "library/zip.h"
+#include "support/noise.h"
 
 namespace {
 
@@ -290,10 +291,9 @@ class ArchiveProgress : public ArchiveReading {
   void SetUp() override {
     ZipArchive archive;
     ASSERT_EQ(archive.create(path_.c_str(), 1), 1);
-    std::string noise;
-    for (unsigned i = 0; noise.size() < 600'000; i = i * 1664525 + 1013904223)
-      noise += static_cast<char>(i >> 24);
-    contents_ = {{"noise", noise}, {"sub\\small", "small"}, {"zeros", std::string(3'000'000, '0')}};
+    contents_ = {{"noise", support::noise(600'000)},
+                 {"sub\\small", "small"},
+                 {"zeros", std::string(3'000'000, '0')}};
     for (const auto& [name, content] : contents_) {
       ASSERT_EQ(archive.insert(bytesOf(content), name, "", 0), 1);
     }

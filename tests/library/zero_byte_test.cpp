@@ -3,8 +3,8 @@
 
 #include <filesystem/filesystem.h>
 
-#include <algorithm>
 #include <functional>
+#include <set>
 #include <vector>
 
 #include "support/temporary_folder.h"
@@ -22,12 +22,6 @@ using Pass = std::string (*)(const std::string&);
 std::string plain(const std::string& text) { return text; }
 std::string withRest(const std::string& text) { return text + "\0:\\in\\rest"s; }
 std::string asBuffer(const std::string& text) { return text + std::string(260, '\0'); }
-
-std::string joined(const Strings& texts) {
-  std::string all;
-  for (const std::string& text : texts) all += text + '\n';
-  return all;
-}
 
 // The files of each export's trial, and what they became.
 class World {
@@ -60,21 +54,21 @@ class World {
   // Lists all files with their content, and the entries of the archive. The name of a temporary
   // storage is another one each time.
   std::string state() const {
-    Strings lines;
+    std::set<std::string> lines;
     for (const auto& entry : std::filesystem::recursive_directory_iterator(folder_.path())) {
       std::string name = support::textOf(entry.path().lexically_relative(folder_.path()));
       const std::size_t brace = name.find('{');
       if (brace != std::string::npos)
         name = name.substr(0, brace) + "{storage}" + name.substr(brace + 38);
       const bool isText = entry.is_regular_file() && entry.path().extension() != ".zip";
-      lines.push_back(name + ' ' +
-                      (isText ? support::readFile(support::textOf(entry.path())) : ""));
+      lines.insert(name + ' ' + (isText ? support::readFile(support::textOf(entry.path())) : ""));
     }
-    std::sort(lines.begin(), lines.end());
     std::vector<std::pair<std::string, std::string>> entries;
     archive().content(entries);
-    for (const auto& [name, comment] : entries) lines.push_back(name + '/' + comment);
-    return joined(lines);
+    for (const auto& [name, comment] : entries) lines.insert(name + '/' + comment);
+    std::string all;
+    for (const std::string& line : lines) all += line + '\n';
+    return all;
   }
 
  private:

@@ -240,8 +240,7 @@ TEST(FailingCall, ThatCommitsAnArchiveWrittenInPlaceIsReported) {
   EXPECT_FALSE(isPacked);
 }
 
-INSTANTIATE_TEST_SUITE_P(All, FailingCalls,
-                         testing::ValuesIn(operations::all().begin(), operations::all().end()),
+INSTANTIATE_TEST_SUITE_P(All, FailingCalls, testing::ValuesIn(operations::all()),
                          testing::PrintToStringParamName());
 
 }  // namespace

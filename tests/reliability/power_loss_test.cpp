@@ -156,8 +156,7 @@ TEST_P(PowerLoss, KeepsAllEntriesWhereLostBlocksShowOldContent) {
   checkShown();
 }
 
-INSTANTIATE_TEST_SUITE_P(All, PowerLoss,
-                         testing::ValuesIn(operations::all().begin(), operations::all().end()),
+INSTANTIATE_TEST_SUITE_P(All, PowerLoss, testing::ValuesIn(operations::all()),
                          testing::PrintToStringParamName());
 
 }  // namespace

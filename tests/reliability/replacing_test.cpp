@@ -112,22 +112,8 @@ const Operation kOperations[] = {
                 auto& target) { return FRT_ZIP_FOLDER((folder + "in").c_str(), target.c_str()); }},
 };
 
-struct Case {
-  const Target* target;
-  const Operation* operation;
-};
-
-void PrintTo(const Case& each, std::ostream* out) {
-  *out << each.operation->name << ", " << each.target->what;
-}
-
-std::vector<Case> cases() {
-  std::vector<Case> all;
-  for (const Target& target : kTargets) {
-    for (const Operation& operation : kOperations) all.push_back({&target, &operation});
-  }
-  return all;
-}
+void PrintTo(const Target& target, std::ostream* out) { *out << target.what; }
+void PrintTo(const Operation& operation, std::ostream* out) { *out << operation.name; }
 
 // Reports whether all but this user can do with one file at most what they can do with another.
 bool isWithin(const Access& access, const Access& limit) {
@@ -141,6 +127,8 @@ bool isWithin(const Access& access, const Access& limit) {
   return true;
 }
 
+using Case = std::tuple<Target, Operation>;
+
 class Replacing : public Zip, public testing::WithParamInterface<Case> {
  protected:
   Replacing() {
@@ -153,7 +141,7 @@ class Replacing : public Zip, public testing::WithParamInterface<Case> {
 
   // Runs the operation in a process of its own.
   bool run() const {
-    const Target& target = *GetParam().target;
+    const Target& target = std::get<Target>(GetParam());
     support::ForkedProcess process([&](const auto&) {
       if (!target.hasProc && (unshare(CLONE_NEWNS) != 0 ||
                               mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
@@ -161,7 +149,7 @@ class Replacing : public Zip, public testing::WithParamInterface<Case> {
         return 2;
       }
       if (!target.isCallersOwn && !becomeCaller()) return 2;
-      return GetParam().operation->run(folder_.path().string() + '/', target_) ? 0 : 1;
+      return std::get<Operation>(GetParam()).run(folder_.path().string() + '/', target_) ? 0 : 1;
     });
     return process.wait() == 0;
   }
@@ -204,7 +192,7 @@ class Replacing : public Zip, public testing::WithParamInterface<Case> {
 };
 
 TEST_P(Replacing, KeepsAccessButNoPrivileges) {
-  const Target& target = *GetParam().target;
+  const Target& target = std::get<Target>(GetParam());
   if (geteuid() != 0) GTEST_SKIP() << "needs the superuser";
   if (!target.prepare(folder_.path(), target_)) GTEST_SKIP() << "not on this file system";
   const auto accessBefore = access();
@@ -224,24 +212,26 @@ TEST_P(Replacing, KeepsAccessButNoPrivileges) {
 // The version is inspected before each system call.
 TEST_P(Replacing, IsAtNoInstantOpenToMore) {
   const auto& [target, operation] = GetParam();
-  if (!target->isCallersOwn || !target->hasProc) GTEST_SKIP() << "in another process";
+  if (!target.isCallersOwn || !target.hasProc) GTEST_SKIP() << "in another process";
   const std::string folder = folder_.path();
   for (const bool inherits : {false, true}) {
     SCOPED_TRACE(inherits ? "default list" : "no default list");
     std::filesystem::copy(folder_.file("source.zip"), target_,
                           std::filesystem::copy_options::overwrite_existing);
     if (inherits) support::setList(folder, support::kDefaultList, support::listFor(kGuest, 6, 6));
-    if (!target->prepare(folder, target_)) GTEST_SKIP() << "not on this file system";
+    if (!target.prepare(folder, target_)) GTEST_SKIP() << "not on this file system";
     const Access limit = access();
     int found = 0;
     const failing::Failing watcher(failing::Fault::Interruption, 1,
                                    [&] { found += inspect(limit); });
-    EXPECT_TRUE(operation->run(folder + '/', target_));
+    EXPECT_TRUE(operation.run(folder + '/', target_));
     EXPECT_GT(found, 5);
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(All, Replacing, testing::ValuesIn(cases()));
+INSTANTIATE_TEST_SUITE_P(All, Replacing,
+                         testing::Combine(testing::ValuesIn(kTargets),
+                                          testing::ValuesIn(kOperations)));
 
 // A network file system may return zeros for content that it has not stored.
 TEST_F(Zip, OnlyWhatIsStoredIsWrittenOverAColleaguesFile) {

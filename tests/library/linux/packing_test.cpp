@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "library/reports.h"
 #include "library/zip.h"
 #include "support/linux/forked_process.h"
 #include "support/noise.h"
@@ -23,13 +24,6 @@ class PackingOnLinux : public Zip {
   bool pack() {
     report_ = packFolder(in_.c_str(), path_.c_str());
     return report_.reason == Reason::None;
-  }
-  // The name that is reported for a reason; empty if there is none.
-  std::string reported(Reason reason) const {
-    for (const ItemResult& item : report_.items) {
-      if (item.reason == reason) return item.name;
-    }
-    return {};
   }
   bool isUnchanged() const { return support::readFile(path_) == before_; }
 
@@ -53,7 +47,8 @@ TEST_F(PackingOnLinux, UnreadableDirectory) {
   shell("mkdir in/private && chmod 0 in/private && chmod a+rw a.zip");
   support::ForkedProcess unprivileged([&](const auto&) {
     if (geteuid() == 0 && (setgid(1001) != 0 || setuid(1001) != 0)) return 2;
-    return !pack() && reported(Reason::NoPermission) == "private\\" ? 1 : 0;
+    const Reasons expected{{"private\\", Reason::NoPermission}};
+    return !pack() && reasonsOf(report_) == expected ? 1 : 0;
   });
   EXPECT_EQ(unprivileged.wait(), 1);
   EXPECT_TRUE(isUnchanged());
