@@ -92,10 +92,8 @@ with zipfile.ZipFile("a.zip", "w") as z:
 
 // Where the records seem to be in order.
 TEST_F(EngineReader, ReadsNoEntryThatReachesAnother) {
-  const struct {
-    const char* name;
-    const char* change;  // of the archive, which makes `bad` reach another entry
-  } kArchives[] = {
+  // Each change of the archive makes `bad` reach another entry.
+  const std::pair<const char*, const char*> kArchives[] = {
       {"into the next entry, with a longer extra field", R"(
 archive = bytearray(open("a.zip", "rb").read())
 local, central = archive.index(b"PK\3\4"), archive.index(b"PK\1\2")
@@ -114,11 +112,11 @@ with zipfile.ZipFile("a.zip", "w") as z:
     info.header_offset += zipfile.ZIP64_LIMIT + 35
     z.filelist.append(info))"},
   };
-  for (const auto& archive : kArchives) {
-    SCOPED_TRACE(archive.name);
+  for (const auto& [name, change] : kArchives) {
+    SCOPED_TRACE(name);
     write("make.py", R"(import io, struct, zipfile, zlib
 with zipfile.ZipFile("a.zip", "w") as z: z.writestr("bad", "0123456789"), z.writestr("good", "x"))"s +
-                         archive.change);
+                         change);
     shell("python3 make.py");
     const Reader reader(ZipOpenReader(path_.c_str()));
     std::string content;

@@ -251,18 +251,11 @@ TEST_F(Change, FailsForAReasonOfTheArchive) {
     std::filesystem::permissions(support::pathOf(path_), std::filesystem::perms::owner_write,
                                  std::filesystem::perm_options::add);
   }
-  const struct {
-    Reason reason;
-    std::string content;
-  } rows[] = {
-      {Reason::NotAnArchive, "just a text"},
-      {Reason::NotAnArchive, std::string(100000, 'x')},
-      {Reason::NotAnArchive, support::readFile(path_).substr(0, 100)},
-  };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(&row - rows);
-    support::writeFile(path_, row.content);
-    check(row.reason);
+  for (const std::string& content : {std::string("just a text"), std::string(100000, 'x'),
+                                     support::readFile(path_).substr(0, 100)}) {
+    SCOPED_TRACE(content.substr(0, 20));
+    support::writeFile(path_, content);
+    check(Reason::NotAnArchive);
   }
   {
     SCOPED_TRACE("split");

@@ -78,11 +78,7 @@ class HostExecutor : public Zip {
 };
 
 TEST_F(HostExecutor, ArchivesHaveTheSameBytes) {
-  const struct {
-    const char* name;
-    unsigned int workers;
-    Executor executor;
-  } rows[] = {
+  const std::tuple<const char*, unsigned int, Executor> rows[] = {
       {"1 worker", 1, runOnThreads},
       {"2 workers", 2, runOnThreads},
       {"4 workers", 4, runOnThreads},
@@ -92,9 +88,9 @@ TEST_F(HostExecutor, ArchivesHaveTheSameBytes) {
   };
   for (const Kind& kind : kinds()) {
     const std::string expected = archiveOf([&] { return pack(kind.options); });
-    for (const auto& row : rows) {
-      SCOPED_TRACE(std::string(kind.name) + ", " + row.name);
-      const Options options = Options(kind.options).setExecutor(row.executor, row.workers);
+    for (const auto& [name, workers, executor] : rows) {
+      SCOPED_TRACE(std::string(kind.name) + ", " + name);
+      const Options options = Options(kind.options).setExecutor(executor, workers);
       EXPECT_TRUE(archiveOf([&] { return pack(options); }) == expected);
     }
   }
@@ -185,11 +181,8 @@ TEST_F(HostExecutor, FilesThatChangeMeanwhile) {
 
 // As one that cannot start its threads, at each of its calls, before or after the tasks.
 TEST_F(HostExecutor, ItsExceptionLeavesTheOldArchive) {
-  const struct {
-    const char* name;
-    bool isNew;  // there is no archive
-    std::function<Report(const Options&)> call;
-  } rows[] = {
+  // A new archive has no older one that stays.
+  const std::tuple<const char*, bool, std::function<Report(const Options&)>> rows[] = {
       {"pack", true, [&](const Options& options) { return pack(options); }},
       {"pack over an archive", false, [&](const Options& options) { return pack(options); }},
       {"append", true, [&](const Options& options) { return insert(options); }},
@@ -198,15 +191,15 @@ TEST_F(HostExecutor, ItsExceptionLeavesTheOldArchive) {
   for (const char* name : {"in/noise", "in/part and a byte"}) {
     std::filesystem::remove(folder_.file(name));
   }
-  for (const auto& row : rows) {
+  for (const auto& [name, isNew, call] : rows) {
     for (const bool isAfter : {false, true}) {
       std::filesystem::remove(path_);
-      if (!row.isNew) make({"bytes"});
+      if (!isNew) make({"bytes"});
       const std::string before = support::readFile(path_);
       const std::size_t files = folder_.entries();
       bool isThrown = true;
       for (int last = 1; isThrown; ++last) {
-        SCOPED_TRACE(std::string(row.name) + " at call " + std::to_string(last));
+        SCOPED_TRACE(std::string(name) + " at call " + std::to_string(last));
         int count = 0;
         const auto executor = [&](const std::vector<Task>& tasks) {
           const bool throws = ++count == last;
@@ -216,7 +209,7 @@ TEST_F(HostExecutor, ItsExceptionLeavesTheOldArchive) {
         };
         isThrown = false;
         try {
-          EXPECT_TRUE(row.call(Options().setExecutor(executor, 2)));
+          EXPECT_TRUE(call(Options().setExecutor(executor, 2)));
         } catch (const Stop&) {
           isThrown = true;
           EXPECT_TRUE(support::readFile(path_) == before);

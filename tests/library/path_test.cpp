@@ -41,9 +41,7 @@ TEST(Path, Decomposition) {
 }
 
 TEST(Path, ReplacedExtension) {
-  struct {
-    const char *path, *extension, *result;
-  } const cases[] = {
+  const std::tuple<const char*, const char*, const char*> cases[] = {
       {"C:\\dir\\a.txt", ".doc", "C:\\dir\\a.doc"},
       {"C:\\dir\\a.txt", "", "C:\\dir\\a"},
       {"C:\\", "txt", "C:\\.txt"},
@@ -52,7 +50,9 @@ TEST(Path, ReplacedExtension) {
       {"\ta.b", "c\t", "\ta.c\t"},
       {"d.e/a", "c", "d.e/a.c"},
   };
-  for (const auto& c : cases) EXPECT_EQ(replaceExtension(c.path, c.extension), c.result) << c.path;
+  for (const auto& [path, extension, result] : cases) {
+    EXPECT_EQ(replaceExtension(path, extension), result) << path;
+  }
 }
 
 TEST(Path, LongPartsAreCut) {
@@ -74,9 +74,7 @@ TEST(Path, EqualityAndSubPath) {
   EXPECT_TRUE(pathEqual("", ""));
   EXPECT_TRUE(pathEqual("C:\\Data\\A.TXT", "c:\\data\\a.txt"));
   EXPECT_FALSE(pathEqual("C:\\a", "C:\\a\\"));
-  struct {
-    const char *base, *path, *result;
-  } const cases[] = {
+  const std::tuple<const char*, const char*, const char*> cases[] = {
       {"C:\\Data\\", "c:\\data\\sub\\F.txt", "sub\\F.txt"},
       {"C:\\Data", "C:\\Data\\x", "\\x"},
       {"C:\\ab", "C:\\abc\\d", "c\\d"},
@@ -84,7 +82,7 @@ TEST(Path, EqualityAndSubPath) {
       {"C:\\longer", "C:\\", "C:\\"},
       {"a", "C:\\a\\b", "C:\\a\\b"},
   };
-  for (const auto& c : cases) EXPECT_EQ(subPath(c.base, c.path), c.result) << c.path;
+  for (const auto& [base, path, result] : cases) EXPECT_EQ(subPath(base, path), result) << path;
 }
 
 TEST(Path, RootAndParent) {

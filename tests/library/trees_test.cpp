@@ -118,11 +118,7 @@ TEST_F(Trees, Sweep) {
   std::filesystem::create_directory(path("void"));
   EXPECT_EQ(FileSystem::eraseOldFile(folder_.text(), 4294967295U), 0U);
   EXPECT_FALSE(exists("void"));
-  struct {
-    const char* name;
-    std::time_t days;
-    bool stays;
-  } const cases[] = {
+  const std::tuple<const char*, std::time_t, bool> cases[] = {
       {".tmp", 10, false},
       {support::fileSystem().exactCase ? "top.TMP" : "other.TMP", 10, false},
       {"top.txt", 10, true},
@@ -132,9 +128,9 @@ TEST_F(Trees, Sweep) {
       {"mixed/old", 8, false},
       {"mixed/young", 6, true},
   };
-  for (const auto& c : cases) write(c.name, "", c.days);
+  for (const auto& [name, days, stays] : cases) write(name, "", days);
   EXPECT_EQ(FileSystem::eraseOldFile(folder_.text(), 7), 5U);
-  for (const auto& c : cases) EXPECT_EQ(exists(c.name), c.stays) << c.name;
+  for (const auto& [name, days, stays] : cases) EXPECT_EQ(exists(name), stays) << name;
   EXPECT_FALSE(exists("old"));
   write("future.tmp", "", -1);
   EXPECT_EQ(FileSystem::eraseOldFile(folder_.text(), 0), 2U);

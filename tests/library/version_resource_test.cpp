@@ -11,17 +11,15 @@ std::string data(const std::string& name) {
 }
 
 TEST(VersionResource, Texts) {
-  struct {
-    const char *name, *version;
-  } const cases[] = {
+  const std::pair<const char*, const char*> cases[] = {
       {"plain", "2.5.1"},      {"plain32", "2.5.1"},    {"special1", "2.5.1A"},
       {"special26", "2.5.1Z"}, {"special27", "2.5.1"},  {"special12x", "2.5.1L"},
       {"special0", "2.5.1"},   {"languages", "größer"},
   };
-  for (const auto& c : cases) {
+  for (const auto& [name, expected] : cases) {
     CString version("before");
-    EXPECT_EQ(FormatVersion(data(c.name).c_str(), version), 1) << c.name;
-    EXPECT_STREQ(version, support::text(c.version).c_str()) << c.name;
+    EXPECT_EQ(FormatVersion(data(name).c_str(), version), 1) << name;
+    EXPECT_STREQ(version, support::text(expected).c_str()) << name;
   }
 }
 

@@ -212,10 +212,7 @@ TEST(Xml, DefinitionAndExtraction) {
 
 TEST(Xml, ElementsOneAfterTheOther) {
   using Elements = std::vector<std::pair<std::string, std::string>>;  // whole, and their contents
-  struct {
-    const char *text, *tag;
-    Elements expected;
-  } const cases[] = {
+  const std::tuple<std::string, const char*, Elements> cases[] = {
       {"<a>1</a>-<a k=\"2\">&lt;</a>", "a", {{"<a>1</a>", "1"}, {"<a k=\"2\">&lt;</a>", "<"}}},
       {"<users><user>x</user></users>", "User", {{"<user>x</user>", "x"}}},
       {"<a/><a\n/><a></a>", "a", {{"<a/>", ""}, {"<a\n/>", ""}, {"<a></a>", ""}}},
@@ -229,13 +226,12 @@ TEST(Xml, ElementsOneAfterTheOther) {
       {"<a>1<a </a></a>", "a", {{"<a>1<a </a></a>", "1<a </a>"}}},
       {"", "a", {}},
   };
-  for (const auto& c : cases) {
-    const std::string text = c.text;
-    ElementCursor cursor(text, c.tag);
+  for (const auto& [text, tag, expected] : cases) {
+    ElementCursor cursor(text, tag);
     EXPECT_EQ(cursor.element(), "");
     Elements found;
     while (cursor.next()) found.emplace_back(cursor.element(), cursor.content());
-    EXPECT_EQ(found, c.expected) << text;
+    EXPECT_EQ(found, expected) << text;
     EXPECT_FALSE(cursor.next());
     EXPECT_EQ(cursor.element(), "");
   }

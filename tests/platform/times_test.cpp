@@ -18,10 +18,7 @@ TEST_F(Conformance, Times) {
 }
 
 TEST(Times, AutomationDates) {
-  struct {
-    SYSTEMTIME time;
-    double date;
-  } const cases[] = {
+  const std::pair<SYSTEMTIME, double> cases[] = {
       {{1899, 12, 6, 30, 0, 0, 0, 0}, 0.0},
       {{1899, 12, 0, 31, 12, 0, 0, 0}, 1.5},
       {{1899, 12, 5, 29, 6, 0, 0, 0}, -1.25},
@@ -29,13 +26,13 @@ TEST(Times, AutomationDates) {
       {{9999, 12, 5, 31, 0, 0, 0, 0}, 2958465.0},
   };
   double date = 0;
-  for (const auto& c : cases) {
-    SYSTEMTIME time = c.time;
-    ASSERT_TRUE(SystemTimeToVariantTime(&time, &date)) << c.date;
-    EXPECT_NEAR(date, c.date, 1e-9);
+  for (const auto& [time, expected] : cases) {
+    SYSTEMTIME copy = time;
+    ASSERT_TRUE(SystemTimeToVariantTime(&copy, &date)) << expected;
+    EXPECT_NEAR(date, expected, 1e-9);
     SYSTEMTIME back{};
     ASSERT_TRUE(VariantTimeToSystemTime(date, &back));
-    EXPECT_EQ(memcmp(&back, &c.time, sizeof(back)), 0) << c.date;
+    EXPECT_EQ(memcmp(&back, &time, sizeof(back)), 0) << expected;
   }
   // A file can have such a time.
   SYSTEMTIME late{10000, 1, 0, 1, 0, 0, 0, 0};

@@ -28,11 +28,8 @@ TEST_F(StreamOnLinux, WritesAndCommits) {
   FileStream closed;
   std::vector<char> block(4);
   std::vector<char> everything;
-  struct {
-    const char* name;
-    std::function<void(FileStream&)> action;  // with three bytes of ten pending
-    const char* calls;
-  } const cases[] = {
+  // Each acts on a stream with three bytes of ten pending.
+  const std::tuple<const char*, std::function<void(FileStream&)>, const char*> cases[] = {
       {"flush twice", [](FileStream& s) { s.flush(), s.flush(); }, "w3 c c c"},
       {"flush and close", [](FileStream& s) { s.flush(), s.close(); }, "w3 c c"},
       {"seek to the start", [](FileStream& s) { s.seekBOF(); }, "w3 c"},
@@ -55,31 +52,28 @@ TEST_F(StreamOnLinux, WritesAndCommits) {
       {"an empty stream", [&](FileStream& s) { s.append(empty); }, "c w3 c"},
       {"a closed stream", [&](FileStream& s) { s.append(closed); }, ""},
   };
-  for (const auto& c : cases) {
+  for (const auto& [name, action, calls] : cases) {
     FileStream stream(path_.c_str(), FileStream::OpenRead | FileStream::OpenWrite);
     stream.bufferSize(10);
     stream.write("abc");
     const Failing counted(Fault::OneCall, 0);
-    c.action(stream);
-    EXPECT_EQ(counted.writesAndCommits(), c.calls) << c.name;
+    action(stream);
+    EXPECT_EQ(counted.writesAndCommits(), calls) << name;
   }
 }
 
 TEST_F(StreamOnLinux, FailedWritesAreDropped) {
-  struct {
-    int failing;  // of the calls `w3 c w10 c`
-    bool result;
-    const char* content;
-  } const cases[] = {{1, true, "1234567890"}, {3, false, "abc"}};
-  for (const auto& c : cases) {
+  // The number of the failing one of the calls `w3 c w10 c`.
+  const std::tuple<int, bool, const char*> cases[] = {{1, true, "1234567890"}, {3, false, "abc"}};
+  for (const auto& [number, result, content] : cases) {
     FileStream stream(path_.c_str(), FileStream::OpenWrite | FileStream::OpenTruncate);
     stream.bufferSize(10);
     stream.write("abc");
-    const Failing failing(Fault::OneCall, c.failing);
-    EXPECT_EQ(stream.write("1234567890"), c.result) << c.failing;
+    const Failing failing(Fault::OneCall, number);
+    EXPECT_EQ(stream.write("1234567890"), result) << number;
     EXPECT_EQ(failing.writesAndCommits(), "w3 c w10 c");
     stream.close();
-    EXPECT_EQ(support::readFile(path_), c.content);
+    EXPECT_EQ(support::readFile(path_), content);
   }
 }
 

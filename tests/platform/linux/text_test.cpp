@@ -14,10 +14,7 @@
 namespace {
 
 TEST(Wildcard, Matches) {
-  struct {
-    const char *pattern, *name;
-    bool matches;
-  } const cases[] = {
+  const std::tuple<const char*, const char*, bool> cases[] = {
       {"*.*", "noext", true},     {"*.", "noext", true},      {"*.", "a.b", false},
       {"a?c", "abc", true},       {"a?c", "ac", false},       {"?.txt", ".txt", true},
       {"*.txt", "a.b.TXT", true}, {"a*b*c", "aXbYbZc", true}, {"a*b*c", "aXbYbZ", false},
@@ -29,9 +26,8 @@ TEST(Wildcard, Matches) {
       {"*.", "..a", true},        {"*.", ".a.b", false},      {"*.?", ".a.bc", false},
       {"a.?", "a.b", true},       {"a.?", "ab", false},
   };
-  for (const auto& c : cases) {
-    EXPECT_EQ(platform::native::Wildcard(c.pattern).matches(c.name), c.matches)
-        << c.pattern << ' ' << c.name;
+  for (const auto& [pattern, name, matches] : cases) {
+    EXPECT_EQ(platform::native::Wildcard(pattern).matches(name), matches) << pattern << ' ' << name;
   }
   // A pattern for which backtracking takes exponential time.
   std::string pattern;
@@ -40,17 +36,14 @@ TEST(Wildcard, Matches) {
 }
 
 TEST(Text, ComparisonIgnoresCase) {
-  struct {
-    const char *first, *second;
-    int order;
-  } const cases[] = {
+  const std::tuple<const char*, const char*, int> cases[] = {
       {"", "", 0},       {"ABC", "abc", 0},   {"Straße", "sTRAßE", 0}, {".ÄÖØÞ", ".äöøþ", 0},
       {"ЯБЛ", "ябл", 0}, {"a", "B", -1},      {"b", "A", 1},           {"a", "ab", -1},
       {"ab", "A", 1},    {"\xFF", "\xFE", 1}, {"ä", "\xC3", 1 - 2},
   };
-  for (const auto& c : cases) {
-    const int order = lstrcmpiA(c.first, c.second);
-    EXPECT_EQ((order > 0) - (order < 0), c.order) << c.first << ' ' << c.second;
+  for (const auto& [first, second, expected] : cases) {
+    const int order = lstrcmpiA(first, second);
+    EXPECT_EQ((order > 0) - (order < 0), expected) << first << ' ' << second;
   }
 }
 

@@ -15,10 +15,7 @@ constexpr std::span kTexts(kAllTexts, support::kSanitized ? 2 : std::size(kAllTe
 class VeskFsArguments : public VeskFs {
  protected:
   // A command with `TEXT` where the text under test is, and its output with `TEXT` as well.
-  struct TextRow {
-    std::string arguments;
-    std::string output;
-  };
+  using TextRow = std::pair<std::string, std::string>;
 
   static std::string replaced(std::string line, const std::string& text) {
     constexpr std::string_view kPlace = "TEXT";
@@ -30,9 +27,9 @@ class VeskFsArguments : public VeskFs {
 
   // Runs the rows for one text. Each succeeds, with no more output than its own.
   void checkText(const std::string& text, const std::vector<TextRow>& rows) const {
-    for (const TextRow& row : rows) {
-      const std::string arguments = replaced(row.arguments, '\'' + text + '\'');
-      EXPECT_EQ(run(arguments), replaced(row.output, text) + "[0]\n") << arguments;
+    for (const auto& [line, shown] : rows) {
+      const std::string arguments = replaced(line, '\'' + text + '\'');
+      EXPECT_EQ(run(arguments), replaced(shown, text) + "[0]\n") << arguments;
     }
   }
 
