@@ -13,9 +13,6 @@ int run(const std::filesystem::path& folder, const std::string& command);
 // Returns the standard output of a shell command that runs in a folder.
 std::string outputOf(const std::filesystem::path& folder, const std::string& command);
 
-// A path as the shell's programs know it.
-std::string shellPath(const std::filesystem::path& path);
-
 // Commands that take the zip archive apart whose path follows, and check all of it.
 inline constexpr const char* kCheckers[] = {
     "unzip -P secret -tqq ",

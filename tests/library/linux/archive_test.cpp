@@ -1,9 +1,6 @@
 // Archive: what only Linux can be made to do.
 
-#include <sys/resource.h>
 #include <unistd.h>
-
-#include <csignal>
 
 #include "library/zip.h"
 #include "support/linux/forked_process.h"
@@ -13,16 +10,6 @@ namespace {
 using namespace FileSystem;
 
 class ArchiveOnLinux : public Zip {};
-
-// Returns the result of `work` in a process with that limit of a resource.
-Reason reasonWithin(__rlimit_resource resource, rlim_t size, const std::function<Reason()>& work) {
-  support::ForkedProcess process([&](const auto&) {
-    const rlimit limit{size, size};
-    setrlimit(resource, &limit);
-    return static_cast<int>(work());
-  });
-  return static_cast<Reason>(process.wait());
-}
 
 int lowestFreeDescriptor() {
   const int descriptor = dup(STDIN_FILENO);
@@ -50,12 +37,12 @@ TEST_F(ArchiveOnLinux, SaysWhyAFileCannotBeWritten) {
   EXPECT_EQ(reasonNow(), Reason::NoPermission);
   std::filesystem::remove(file);
 
-  std::signal(SIGXFSZ, SIG_IGN);
-  EXPECT_EQ(reasonWithin(RLIMIT_FSIZE, 100'000, reasonNow), Reason::DiskFull);
+  EXPECT_TRUE(support::withinSize(100'000, [&] { return reasonNow() == Reason::DiskFull; }));
   EXPECT_FALSE(support::exists(file));
   // No descriptor is free for the file.
   const rlim_t open = static_cast<rlim_t>(lowestFreeDescriptor());
-  EXPECT_EQ(reasonWithin(RLIMIT_NOFILE, open, reasonNow), Reason::WriteFailed);
+  EXPECT_TRUE(
+      support::within(RLIMIT_NOFILE, open, [&] { return reasonNow() == Reason::WriteFailed; }));
   EXPECT_FALSE(support::exists(file));
 }
 

@@ -57,18 +57,22 @@ class ForkedProcess {
   int report_ = -1;
 };
 
-// Returns the result of `work` in a child process whose files cannot grow beyond a size, as on a disk
-// that is full.
-inline bool withinSize(rlim_t size, const std::function<bool()>& work) {
+// Returns the result of `work` in a child process that has a limit of a resource.
+inline bool within(__rlimit_resource resource, rlim_t size, const std::function<bool()>& work) {
   ForkedProcess process([&](const auto&) {
     std::signal(SIGXFSZ, SIG_IGN);
     const rlimit limit{size, size};
-    setrlimit(RLIMIT_FSIZE, &limit);
+    setrlimit(resource, &limit);
     return work() ? 1 : 0;
   });
   const int status = process.wait();
   EXPECT_GE(status, 0) << "killed";
   return status == 1;
+}
+
+// The same where files cannot grow beyond a size, as on a disk that is full.
+inline bool withinSize(rlim_t size, const std::function<bool()>& work) {
+  return within(RLIMIT_FSIZE, size, work);
 }
 
 }  // namespace support

@@ -27,6 +27,4 @@ std::string outputOf(const std::filesystem::path& folder, const std::string& com
   return output;
 }
 
-std::string shellPath(const std::filesystem::path& path) { return path.string(); }
-
 }  // namespace support

@@ -12,6 +12,18 @@
 namespace support {
 namespace {
 
+// Returns a path as the programs of the shell know it.
+std::string shellPath(const std::filesystem::path& path) {
+  using Converter = char* (*)(const wchar_t*);
+  const auto convert = reinterpret_cast<Converter>(reinterpret_cast<void*>(
+      GetProcAddress(GetModuleHandleA("kernel32"), "wine_get_unix_file_name")));
+  if (convert == nullptr) return path.string();
+  char* const converted = convert(path.c_str());
+  const std::string result = converted == nullptr ? "" : converted;
+  HeapFree(GetProcessHeap(), 0, converted);
+  return result;
+}
+
 struct Result {
   int status = -1;
   std::string output;
@@ -55,17 +67,6 @@ int run(const std::filesystem::path& folder, const std::string& command) {
 
 std::string outputOf(const std::filesystem::path& folder, const std::string& command) {
   return runShell(folder, command).output;
-}
-
-std::string shellPath(const std::filesystem::path& path) {
-  using Converter = char* (*)(const wchar_t*);
-  const auto convert = reinterpret_cast<Converter>(reinterpret_cast<void*>(
-      GetProcAddress(GetModuleHandleA("kernel32"), "wine_get_unix_file_name")));
-  if (convert == nullptr) return path.string();
-  char* const converted = convert(path.c_str());
-  const std::string result = converted == nullptr ? "" : converted;
-  HeapFree(GetProcessHeap(), 0, converted);
-  return result;
 }
 
 }  // namespace support
