@@ -27,9 +27,6 @@ struct FileSystem {
   // A file can be a symbolic link, or a FIFO.
   bool links;
   bool fifos;
-  // A file can have several names, and two files can exchange theirs.
-  bool hardLinks;
-  bool exchange;
   // A name can have any character but a slash.
   bool anyName;
   // Owners and all bits of the permissions are kept, not only whether a file is read-only.
@@ -38,6 +35,8 @@ struct FileSystem {
   bool largeFiles;
   // Write times are multiples of this number of nanoseconds.
   long timeStep;
+  // Two files can exchange their names.
+  bool exchange;
 };
 
 // Finds out by trying, in the first call.

@@ -13,12 +13,11 @@ const FileSystem& fileSystem() {
   static const FileSystem known{.exactCase = false,
                                 .links = false,
                                 .fifos = false,
-                                .hardLinks = false,
-                                .exchange = false,
                                 .anyName = false,
                                 .modes = false,
                                 .largeFiles = true,
-                                .timeStep = 100};
+                                .timeStep = 100,
+                                .exchange = false};
   return known;
 }
 
