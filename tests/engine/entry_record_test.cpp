@@ -37,6 +37,13 @@ TEST(EntryRecord, HasValuesPastFourGigabytes) {
   }
 }
 
+// The largest value of 32 bits means that the block has the value.
+TEST(EntryRecord, TheReservedValueNeedsTheBlock) {
+  EXPECT_FALSE(needsZip64(0xFFFF'FFFE, 0xFFFF'FFFE));
+  EXPECT_TRUE(needsZip64(0xFFFF'FFFF, 0));
+  EXPECT_TRUE(needsZip64(0, 0xFFFF'FFFF));
+}
+
 TEST(EntryRecord, DescriptorsHaveSizesOf64Bits) {
   EntryRecord record;
   record.uncompressedSize = 5ULL << 30;

@@ -111,12 +111,15 @@ TEST_F(Conformance, Searches) {
 }
 
 TEST_F(Conformance, PathSearchPointsAtTheName) {
-  char found[MAX_PATH];
-  char* name = nullptr;
-  EXPECT_EQ(SearchPathA(nullptr, at("file").c_str(), nullptr, MAX_PATH, found, &name),
-            at("file").size());
-  EXPECT_EQ(found, at("file"));
-  EXPECT_STREQ(name, "file");
+  std::string withBackslashes = at("file");
+  std::replace(withBackslashes.begin(), withBackslashes.end(), '/', '\\');
+  for (const std::string& path : {at("file"), withBackslashes}) {
+    char found[MAX_PATH];
+    char* name = nullptr;
+    EXPECT_EQ(SearchPathA(nullptr, path.c_str(), nullptr, MAX_PATH, found, &name), path.size());
+    EXPECT_EQ(found, path);
+    EXPECT_STREQ(name, "file");
+  }
 }
 
 TEST_F(Conformance, TemporaryNames) {
