@@ -18,6 +18,9 @@ using FileSystem::Detail::reasonForUnopened;
 
 namespace {
 
+// The progress is reported for so many bytes, in the least size that a part of an entry has.
+constexpr std::size_t kStep = 64 << 10;
+
 // A file read from its start to its end in blocks.
 class BlockReader {
  public:
@@ -198,7 +201,7 @@ Reason EntryAdder::addBytes(const std::vector<unsigned char>& bytes, const std::
 Reason EntryAdder::addPrepared(const PreparedEntry& entry) {
   if (!writer_.append(entry)) return failure();
   for (std::uint64_t left = entry.contentSize(); left > 0;) {
-    const std::uint64_t size = std::min<std::uint64_t>(left, kReadBlock);
+    const std::uint64_t size = std::min<std::uint64_t>(left, kStep);
     if (!progress_.advance(size)) return Reason::Cancelled;
     left -= size;
   }
@@ -230,8 +233,17 @@ Reason EntryAdder::addFrom(const FileSystem::ContentSource& source, const std::s
   }
 }
 
+// Writes in steps, since data that are hard to deflate take some 50 ms for each.
 bool EntryAdder::write(const unsigned char* data, std::size_t size) {
-  return writer_.write(data, static_cast<std::uint32_t>(size)) && progress_.advance(size);
+  while (size > 0) {
+    const std::size_t step = std::min(size, kStep);
+    if (!writer_.write(data, static_cast<std::uint32_t>(step)) || !progress_.advance(step)) {
+      return false;
+    }
+    data += step;
+    size -= step;
+  }
+  return true;
 }
 
 Reason EntryAdder::finish() { return writer_.finish() ? Reason::None : failure(); }

@@ -23,6 +23,15 @@ std::string textOf(std::size_t size, std::size_t seed = 0) {
   return text;
 }
 
+// The empty stored block between two parts of an entry.
+constexpr std::string_view kPartEnd("\0\0\xFF\xFF", 4);
+
+std::size_t countOf(std::string_view text, std::string_view sought) {
+  std::size_t count = 0;
+  for (std::size_t at = 0; (at = text.find(sought, at)) != text.npos; at += sought.size()) ++count;
+  return count;
+}
+
 struct Kind {
   const char* name;
   Options options;
@@ -93,6 +102,41 @@ TEST_F(HostExecutor, ArchivesHaveTheSameBytes) {
       const Options options = Options(kind.options).setExecutor(executor, workers);
       EXPECT_TRUE(archiveOf([&] { return pack(options); }) == expected);
     }
+  }
+}
+
+// Data that take long to deflate are cut into parts that take a limited time, usual data are not.
+TEST_F(HostExecutor, HardDataAreDeflatedInSmallParts) {
+  std::string letters = support::noise(1 << 20);
+  for (char& c : letters) c = "acgt"[c & 3];
+  const std::string text = textOf(1 << 20);
+  const struct {
+    const char* name;
+    std::string content;
+    int level;
+    std::size_t least, most;  // parts
+  } rows[] = {
+      {"text", text + text, -1, 1, 1},        {"zeros", std::string(2 << 20, '\0'), -1, 1, 1},
+      {"letters", letters, -1, 6, 12},        {"letters, best", letters, 9, 8, 16},
+      {"letters, fastest", letters, 1, 1, 1}, {"text and letters", text + letters, -1, 7, 13},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.name);
+    const std::string file = folder_.file("file");
+    support::writeFile(file, row.content);
+    const auto archiveWith = [&](const Options& options) {
+      return archiveOf([&] {
+        ArchiveChange change;
+        change.insertFile(file, "entry");
+        return change.apply(path_.c_str(), Options(options).setLevel(row.level));
+      });
+    };
+    const std::string archive = archiveWith({});
+    const std::size_t parts = 1 + countOf(archive, kPartEnd);
+    EXPECT_GE(parts, row.least);
+    EXPECT_LE(parts, row.most);
+    EXPECT_TRUE(archiveWith(Options().setExecutor(runOnThreads, 2)) == archive);
+    EXPECT_TRUE(contentOf("entry") == row.content);
   }
 }
 

@@ -1,7 +1,7 @@
 #pragma once
 // Joining deflate streams that were made one by one (RFC 1951, section 3.2).
 //
-// A large entry is deflated in parts of a few megabytes by a library that takes whole buffers. Each
+// A large entry is deflated in parts of 64 KiB to 4 MiB by a library that takes whole buffers. Each
 // part is a complete stream, but an entry must be one stream. Two streams cannot simply follow each
 // other: the last block of the first one is marked as the last, and it ends within a byte, while
 // the second one begins at its start. Deflating the whole entry in one call would need it in

@@ -16,26 +16,15 @@ constexpr std::size_t kLargestWhole = ZipLargestPrepared;
 // precede it.
 constexpr std::size_t kPartOverhead = 64 << 10;
 
-// The size of the parts of more. Callers report progress between two parts, so a slow level has
-// smaller ones. Deflating one takes 40 to 80 ms, up to 180 ms at level 9, and far longer for data that
-// have few different bytes and no repetitions. Still smaller parts would make level 9 larger than
-// level 8.
-std::size_t partSizeOf(int level) {
-  switch (level) {
-    case 9:
-    case 8:
-      return 1 << 20;
-    case 7:
-    case ZipLevelDefault:
-      return 2 << 20;
-    default:
-      return kLargestWhole;
-  }
-}
+// The parts of methods whose encoder keeps its window between them, so that small ones cost nothing.
+constexpr std::size_t kEncoderPart = 512 << 10;
+
+// Gathered bytes are checked for the end of a part after so many at most, which is what a part leaves.
+constexpr std::size_t kGatherStep = 64 << 10;
 
 // The default level is a faster one for data in one piece than for parts.
 std::size_t wholeSizeOf(int level) {
-  return level == ZipLevelDefault ? kLargestWhole : partSizeOf(level);
+  return level == ZipLevelDefault ? kLargestWhole : PartEnd(level).largest();
 }
 
 }  // namespace
@@ -55,7 +44,8 @@ NewEntry::NewEntry(EntryOutput& output, Encoders& encoders, EntryRecord record,
       record_(std::move(record)),
       start_(output.position()),
       level_(options.level),
-      partSize_(partSizeOf(options.level)),
+      partEnd_(options.level),
+      partSize_(partEnd_.largest()),
       wholeSize_(options.size > kLargestWhole ? partSize_ : wholeSizeOf(options.level)),
       raw_(options.raw),
       expectedCrc_(options.expectedCrc),
@@ -64,6 +54,8 @@ NewEntry::NewEntry(EntryOutput& output, Encoders& encoders, EntryRecord record,
   if (method_->makeEncoder != nullptr) {
     encoder_ = encoders.of(*method_);
     failed_ = encoder_ == nullptr;
+    partSize_ = kEncoderPart;
+    if (options.size > kLargestWhole) wholeSize_ = partSize_;
   }
   if (options.password != nullptr) beginEncryption(options);
   setMethod(*method_);
@@ -203,21 +195,36 @@ bool NewEntry::store(const unsigned char* data, std::size_t size) {
 
 // Keeps the bytes, and encodes each part of them that is complete.
 bool NewEntry::gather(const unsigned char* data, std::size_t size) {
-  // Data that come in blocks get all their memory in one allocation, so that no smaller one is left
-  // in the heap.
-  if (!gathered_.empty()) gathered_.reserve(gatherLimit());
-  while (gathered_.size() + size > gatherLimit()) {
-    const std::size_t count = gatherLimit() - gathered_.size();
+  const bool hasHardParts = encoder_ == nullptr && method_->isDeflate();
+  if (gathered_.empty()) gathered_.reserve(std::min(size, gatherLimit()));
+  while (size > 0) {
+    while (gathered_.size() >= gatherLimit()) {
+      if (!encodeFirst(partSize_)) return false;
+    }
+    const std::size_t count = std::min({size, kGatherStep, gatherLimit() - gathered_.size()});
+    // Data that come in blocks get all their memory in one allocation, so that no smaller one is left
+    // in the heap.
+    if (gathered_.capacity() - gathered_.size() < count) gathered_.reserve(gatherLimit());
     gathered_.insert(gathered_.end(), data, data + count);
-    const auto partEnd = gathered_.begin() + static_cast<std::ptrdiff_t>(partSize_);
-    const Bytes next(partEnd, gathered_.end());
-    gathered_.erase(partEnd, gathered_.end());
-    if (!encodePart(false)) return false;
-    gathered_.insert(gathered_.end(), next.begin(), next.end());
     data += count;
     size -= count;
+    while (hasHardParts) {
+      const std::size_t end = partEnd_.find(gathered_.data(), gathered_.size());
+      if (end == 0) break;
+      if (!encodeFirst(end)) return false;
+    }
   }
-  gathered_.insert(gathered_.end(), data, data + size);
+  return true;
+}
+
+// Encodes the first gathered bytes as a part, and keeps the others.
+bool NewEntry::encodeFirst(std::size_t size) {
+  partEnd_.begin();
+  const auto end = gathered_.begin() + static_cast<std::ptrdiff_t>(size);
+  const Bytes next(end, gathered_.end());
+  gathered_.erase(end, gathered_.end());
+  if (!encodePart(false)) return false;
+  gathered_.insert(gathered_.end(), next.begin(), next.end());
   return true;
 }
 

@@ -9,6 +9,7 @@
 #include "zip/engine/cipher/crypto.h"
 #include "zip/engine/codec/methods.h"
 #include "zip/engine/codec/part_deflater.h"
+#include "zip/engine/codec/part_end.h"
 #include "zip/engine/container/entry_record.h"
 #include "zip/engine/writing/entry_output.h"
 
@@ -72,6 +73,7 @@ class NewEntry {
   bool stored(std::size_t size);
   bool gather(const unsigned char* bytes, std::size_t size);
   bool store(const unsigned char* bytes, std::size_t size);
+  bool encodeFirst(std::size_t size);
   bool encodePart(bool last);
   bool gatherPart(bool last);
   bool deflateParts(bool last);
@@ -86,7 +88,8 @@ class NewEntry {
   EntryRecord record_;
   std::uint64_t start_;
   int level_;
-  std::size_t partSize_;
+  PartEnd partEnd_;
+  std::size_t partSize_;   // the largest
   std::size_t wholeSize_;  // the most plain data that is encoded in one piece
   bool raw_;
   std::uint32_t expectedCrc_;
