@@ -36,7 +36,7 @@ constexpr std::uint64_t kMostWork = 75'000'000;
 constexpr std::size_t kWorkSample = 3 << 10;
 // A position of a full window, which has 32 KiB, has so many times the candidates that one of a
 // sample has on average.
-constexpr std::uint32_t kWindowShare = 2 * (32 << 10) / kWorkSample;
+constexpr std::uint32_t kWindowShare = (64U << 10) / kWorkSample;
 
 constexpr std::size_t kPrefix = 4;
 constexpr std::size_t kLongestMatch = 258;
@@ -75,7 +75,7 @@ Matches matchesIn(const unsigned char* sample, const LevelWork& level) {
     ++matches.count;
     matches.bytes += length;
     if (length < level.nice) {
-      matches.visits += kSearches * std::min(count * kWindowShare, level.depth);
+      matches.visits += std::uint64_t{kSearches} * std::min(count * kWindowShare, level.depth);
     }
   }
   return matches;
