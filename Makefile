@@ -154,10 +154,10 @@ ifneq ($(wildcard $(MSVC_STL)/inc/yvals_core.h),)
 # Fails where a package cannot be had.
 msvc-packages: windows-packages
 	@scripts/install-packages $(MSVC_PACKAGES) $(MSVC_PARSE_PACKAGES)
-	@tests/msvc/runtime/fetch-zlib build/zlib
+	@packaging/windows/msvc-runtime/fetch-zlib build/zlib
 
 msvc-runtime-%: msvc-packages
-	cmake -G Ninja -S tests/msvc/runtime -B build/$@ --toolchain $(CURDIR)/cmake/msvc-clang.cmake \
+	cmake -G Ninja -S packaging/windows/msvc-runtime -B build/$@ --toolchain $(CURDIR)/cmake/msvc-clang.cmake \
 	  -DVESK_MSVC_ARCHITECTURE=$* -DVESK_MSVC_RUNTIME=$(CURDIR)/build/$@
 	cmake --build build/$@
 

@@ -1,6 +1,6 @@
 # Cross-compiles for 64-bit Windows in Visual C++'s binary interface, with clang and lld, Microsoft's
-# standard library, and mingw-w64's C headers. What Visual C++ has beside these is in tests/msvc/runtime,
-# which is built first, into VESK_MSVC_RUNTIME.
+# standard library, and mingw-w64's C headers. What Visual C++ has beside these is in
+# packaging/windows/msvc-runtime, which is built first, into VESK_MSVC_RUNTIME.
 
 set(CMAKE_SYSTEM_NAME Windows)
 set(VESK_MSVC_ARCHITECTURE x86_64 CACHE STRING "x86_64 or aarch64; what is built for the latter is not run")
@@ -20,8 +20,8 @@ set(CMAKE_TRY_COMPILE_TARGET_TYPE STATIC_LIBRARY)
 
 set(MSVC_STL "$ENV{MSVC_STL}" CACHE PATH "Microsoft's standard library: the folder with its inc and src")
 set(VESK_MSVC_RUNTIME "${CMAKE_BINARY_DIR}/../msvc-runtime-${VESK_MSVC_ARCHITECTURE}"
-  CACHE PATH "Where tests/msvc/runtime is built")
-set(runtime "${CMAKE_CURRENT_LIST_DIR}/../tests/msvc/runtime")
+  CACHE PATH "Where packaging/windows/msvc-runtime is built")
+set(runtime "${CMAKE_CURRENT_LIST_DIR}/../packaging/windows/msvc-runtime")
 
 # mingw-w64's headers need __GNUC__, which the library's sources do not use for this target. _UCRT selects
 # the functions of ucrtbase.dll. USE_NO_MINGW_SETJMP_TWO_ARGS leaves setjmp to clang's own headers. The last
