@@ -65,15 +65,12 @@ class BlockReader {
   std::vector<unsigned char> block_;
 };
 
-// Passes each piece of bytes to `use(data, size)`, until it returns false. Returns its last result.
-template <typename Use>
-bool forEachPiece(const std::vector<unsigned char>& bytes, Use use) {
+void addTo(Crc32& crc, const std::vector<unsigned char>& bytes) {
   constexpr std::size_t kPiece = 4 << 20;
   for (std::size_t done = 0; done < bytes.size(); done += kPiece) {
     const std::size_t size = std::min(kPiece, bytes.size() - done);
-    if (!use(bytes.data() + done, static_cast<std::uint32_t>(size))) return false;
+    crc.add(bytes.data() + done, static_cast<std::uint32_t>(size));
   }
-  return true;
 }
 
 SYSTEMTIME localTimeOf(const FILETIME& time) {
@@ -177,12 +174,7 @@ Reason EntryAdder::addBytes(const std::vector<unsigned char>& bytes, const std::
                             const char* comment, const EntryMetadata& metadata) {
   if (!writer_.accepts(bytes.size())) return Reason::TooLarge;
   Crc32 crc;
-  if (settings_.encryption.needsCrc()) {
-    forEachPiece(bytes, [&](const unsigned char* piece, std::uint32_t size) {
-      crc.add(piece, size);
-      return true;
-    });
-  }
+  if (settings_.encryption.needsCrc()) addTo(crc, bytes);
   if (!writer_.begin({.name = stored,
                       .comment = comment,
                       .metadata = metadata,
@@ -193,9 +185,7 @@ Reason EntryAdder::addBytes(const std::vector<unsigned char>& bytes, const std::
                       .level = settings_.level})) {
     return writer_.reason();
   }
-  const bool isWritten = forEachPiece(
-      bytes, [&](const unsigned char* piece, std::uint32_t size) { return write(piece, size); });
-  return isWritten ? finish() : failure();
+  return write(bytes.data(), bytes.size()) ? finish() : failure();
 }
 
 Reason EntryAdder::addPrepared(const PreparedEntry& entry) {
