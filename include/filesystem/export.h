@@ -4,17 +4,15 @@
 /// The build of the library and its CMake and pkg-config packages define the macros that they depend
 /// on; hosts need not.
 
+#include <string>  // with Visual C++, defines _ITERATOR_DEBUG_LEVEL
+
 /// @def FILESYSTEM_API
 /// Precedes each declaration that the library exports. With FILESYSTEM_STATIC the library is static
 /// and exports nothing. FILESYSTEM_BUILD is defined while the shared library itself is compiled.
 
-/// @def FILESYSTEM_ITERATOR_DEBUG_LEVEL
-/// With Visual C++, the _ITERATOR_DEBUG_LEVEL that the DLL was built with. Strings and vectors are made on
-/// one side of the DLL's boundary and freed on the other, so a host with another level or without the
-/// runtime's DLLs (/MD) is refused.
-
 #if defined(_MSC_VER) && !defined(FILESYSTEM_STATIC) && !defined(FILESYSTEM_BUILD)
-#include <string>  // defines _ITERATOR_DEBUG_LEVEL
+// The level that the DLL was built with. Strings and vectors are made on one side of the DLL's boundary and
+// freed on the other, so a host with another level or without the runtime's DLLs (/MD) is refused.
 #ifndef FILESYSTEM_ITERATOR_DEBUG_LEVEL
 #define FILESYSTEM_ITERATOR_DEBUG_LEVEL 0
 #endif
