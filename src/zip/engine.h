@@ -96,7 +96,8 @@ inline constexpr int ZipStatusNoMemory = -105;
 // missing or held without read sharing, or if that record does not lead to a sound directory.
 ZipReader* ZipOpenReader(const char* path);
 // Does the same, and makes the last entry of exactly that name the current one, in one pass over the
-// directory. Returns null also if there is none.
+// directory. Returns null also if there is none. Other entries, and positions of records, are not
+// known to this reader.
 ZipReader* ZipOpenReaderAt(const char* path, const char* name);
 void ZipCloseReader(ZipReader* reader);
 int ZipReadGlobalInfo(ZipReader* reader, ZipGlobalInfo* info);

@@ -113,7 +113,15 @@ inline bool readCurrent(ZipReader* reader, std::string& content, std::uint32_t s
   return count == 0;
 }
 
+// Reads one entry through a reader that knows no other. False if it fails.
+inline bool readAlone(const std::string& path, const std::string& name, std::string& content,
+                      std::uint32_t step) {
+  const Reader reader(ZipOpenReaderAt(path.c_str(), name.c_str()));
+  return readCurrent(reader.get(), content, step);
+}
+
 // Returns the content of all entries but directories; "<unreadable>" for those that cannot be read.
+// Each is the same if it is read alone.
 inline Entries readArchive(const std::string& path, std::uint32_t step = 1 << 14) {
   Entries entries;
   const Reader reader(ZipOpenReader(path.c_str()));
@@ -122,6 +130,11 @@ inline Entries readArchive(const std::string& path, std::uint32_t step = 1 << 14
     if (name.ends_with('/')) return;
     if (!readCurrent(reader.get(), entries[name], step)) entries[name] = "<unreadable>";
   });
+  for (const auto& [name, content] : entries) {
+    std::string alone;
+    if (!readAlone(path, name, alone, step)) alone = "<unreadable>";
+    EXPECT_TRUE(alone == content) << name;
+  }
   return entries;
 }
 

@@ -86,6 +86,7 @@ with zipfile.ZipFile("a.zip", "w") as z:
       std::string content;
       ASSERT_EQ(ZipLocateEntry(reader.get(), name.c_str(), 0), 0);
       EXPECT_EQ(readCurrent(reader.get(), content, 10), name < "a") << names[first] << name;
+      EXPECT_EQ(readAlone(path_, name, content, 10), name < "a") << name;
     }
   }
 }
@@ -124,6 +125,8 @@ with zipfile.ZipFile("a.zip", "w") as z: z.writestr("bad", "0123456789"), z.writ
     EXPECT_FALSE(readCurrent(reader.get(), content, 10));
     ASSERT_EQ(ZipLocateEntry(reader.get(), "good", 0), 0);
     EXPECT_TRUE(readCurrent(reader.get(), content, 10));
+    EXPECT_FALSE(readAlone(path_, "bad", content, 10));
+    EXPECT_TRUE(readAlone(path_, "good", content, 10));
   }
 }
 

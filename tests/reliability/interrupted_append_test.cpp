@@ -83,6 +83,26 @@ TEST(InterruptedAppend, OnlyItExplainsWhatFollowsTheEndRecord) {
   }
 }
 
+// A name may have lost a sector in the copy of the directory, which is sound otherwise.
+TEST(InterruptedAppend, ALostSectorOfANameIsNoticed) {
+  constexpr std::size_t kSector = 512;
+  const std::string name(3 * kSector, 'n');
+  std::string bytes = archiveWith(name, "content");
+  const std::string directory = directoryOf(bytes);
+  bytes.resize(8 * kSector);
+  zip_engine::Bytes end;
+  zip_engine::appendEndRecords(end, bytes.size(), directory.size(), 1, "");
+  std::string copy = directory;
+  copy.replace(kSector, kSector, kSector, '\0');
+  bytes += copy;
+  bytes.append(end.begin(), end.end());
+  const support::TemporaryFolder folder;
+  const std::string path = folder.file("a.zip");
+  support::writeFile(path, bytes);
+  std::string content;
+  EXPECT_TRUE(entries::readAlone(path, name, content, 10));
+}
+
 // An archive whose directory is just below 4 GiB, after an entry that is a hole. A copy of it lies
 // beyond, where the end record is longer.
 class NearFourGigabytes : public support::FolderTest {

@@ -28,6 +28,7 @@
 #include "zip/engine/container/entry_name.h"
 #include "zip/engine/container/extra_field.h"
 #include "zip/engine/container/local_header.h"
+#include "zip/engine/container/record_walk.h"
 #include "zip/engine/reading/interrupted_append.h"
 
 namespace zip_engine {
@@ -37,18 +38,8 @@ namespace {
 // costs no more memory than the records that are there.
 constexpr std::size_t kReadStep = 1 << 20;
 
-// Has the end record of an archive whose comment is not unusually long.
-constexpr std::size_t kUsualTail = 4 << 10;
-
 // Positions in a directory are counted with 32 bits.
 constexpr std::uint64_t kLargestDirectory = 0xFFFFFFF0;
-
-// Returns the size of the record at an offset, or 0 if there is no whole record.
-std::size_t recordSize(const Bytes& blob, std::size_t at) {
-  if (blob.size() - at < kCentralSize || load32(blob.data() + at) != kCentralSignature) return 0;
-  const CentralRecord record{.bytes = blob.data() + at};
-  return record.size() <= blob.size() - at ? record.size() : 0;
-}
 
 // Reports whether the bytes from an offset on are nothing, or the digital signature of a directory.
 bool endsDirectory(const Bytes& blob, std::size_t at) {
@@ -58,35 +49,16 @@ bool endsDirectory(const Bytes& blob, std::size_t at) {
                        load16(blob.data() + at + 4) == size - kHeader);
 }
 
-// Watches whether the entries of the records that it is given are in order.
-class OrderCheck {
- public:
-  void add(const CentralRecord& record) {
-    const std::uint32_t start = load32(record.bytes + 42);
-    const std::uint32_t compressedSize = load32(record.bytes + 20);
-    const bool isPlain = start != kSaturated32 && compressedSize != kSaturated32;
-    isInOrder_ = isInOrder_ && isPlain && start >= reached_;
-    reached_ = std::uint64_t{start} + kLocalSize + compressedSize;
-  }
-  bool isInOrder() const { return isInOrder_; }
-
- private:
-  bool isInOrder_ = true;
-  std::uint64_t reached_ = 0;
-};
-
 // Reads the directory of `size` bytes at its position and counts its records. Returns false if it
 // holds anything else but a digital signature at its end, which is left out of the blob.
-bool readRecords(const ArchiveFile& file, std::uint64_t size, CentralDirectory& directory,
-                 NameSearch* search) {
+bool readRecords(const ArchiveFile& file, std::uint64_t size, CentralDirectory& directory) {
   // Enough for any usual directory, so that it is not moved while it grows; memory for a false size
   // is reserved but not touched.
   constexpr std::uint64_t kUsual = 64 << 20;
   Bytes& blob = directory.blob;
   platform::reserveForFilling(blob, static_cast<std::size_t>(std::min(size, kUsual)));
   std::size_t checked = 0;
-  OrderCheck order;
-  if (search != nullptr) search->found = NameSearch::kNone;
+  RecordWalk walk;
   while (blob.size() < size) {
     // The rest may be the beginning of a record, which has fewer bytes than a step.
     if (blob.size() - checked >= kReadStep) return false;
@@ -95,17 +67,14 @@ bool readRecords(const ArchiveFile& file, std::uint64_t size, CentralDirectory& 
         static_cast<std::size_t>(std::min<std::uint64_t>(size - start, kReadStep));
     blob.resize(start + step);
     if (!file.readAt(directory.position + start, blob.data() + start, step)) return false;
-    while (const std::size_t length = recordSize(blob, checked)) {
-      const CentralRecord record{.bytes = blob.data() + checked};
-      order.add(record);
-      if (search != nullptr) search->add(record, checked);
+    while (const std::size_t length = walk.take(blob.data() + checked, blob.size() - checked)) {
       checked += length;
-      ++directory.entryCount;
     }
   }
   if (!endsDirectory(blob, checked)) return false;
   blob.resize(checked);
-  directory.isInOrder = order.isInOrder();
+  directory.entryCount = walk.count();
+  directory.isInOrder = walk.isInOrder();
   return true;
 }
 
@@ -124,35 +93,31 @@ bool firstEntryIsInPlace(const ArchiveFile& file, const CentralDirectory& direct
 // Reads the directory at a position; offsets count from `base`. Returns false if it is not exactly
 // as the end record says.
 bool readDirectory(const ArchiveFile& file, const EndRecord& end, std::uint64_t position,
-                   std::uint64_t base, CentralDirectory& directory, NameSearch* search) {
+                   std::uint64_t base, CentralDirectory& directory) {
   directory = {};
   directory.position = position;
   directory.base = base;
   directory.end = end.end;
-  if (!readRecords(file, end.directorySize, directory, search)) return false;
-  const std::uint64_t count = directory.entryCount;
-  return (end.countMayWrap ? count & 0xFFFF : count) == end.entryCount;
+  return readRecords(file, end.directorySize, directory) && end.hasCount(directory.entryCount);
 }
 
 // Reads the directory that precedes the end records. Some programs write zip64 records that no
 // value needs between the two. Returns false if it is not there; then its position is the one that
 // it would have without them.
-bool readPreceding(const ArchiveFile& file, const EndRecord& end, CentralDirectory& directory,
-                   NameSearch* search) {
+bool readPreceding(const ArchiveFile& file, const EndRecord& end, CentralDirectory& directory) {
   const auto readBefore = [&](std::uint64_t directoryEnd) {
     directory = {};
     if (end.directorySize > std::min(directoryEnd, kLargestDirectory)) return false;
     const std::uint64_t position = directoryEnd - end.directorySize;
     return position >= end.directoryOffset &&
-           readDirectory(file, end, position, position - end.directoryOffset, directory, search);
+           readDirectory(file, end, position, position - end.directoryOffset, directory);
   };
   return (end.equalEnd64 && readBefore(*end.equalEnd64)) || readBefore(end.directoryEnd);
 }
 
 // Reads the directory that an end record refers to and proves it as described above.
-bool proveDirectory(const ArchiveFile& file, const EndRecord& end, CentralDirectory& directory,
-                    NameSearch* search) {
-  const bool precedes = readPreceding(file, end, directory, search);
+bool proveDirectory(const ArchiveFile& file, const EndRecord& end, CentralDirectory& directory) {
+  const bool precedes = readPreceding(file, end, directory);
   const std::uint64_t base = directory.base;
   if (precedes && base == 0) return true;
   if (precedes && (directory.entryCount == 0 || firstEntryIsInPlace(file, directory))) {
@@ -160,22 +125,15 @@ bool proveDirectory(const ArchiveFile& file, const EndRecord& end, CentralDirect
   }
   CentralDirectory copy;
   if (precedes) copy = std::move(directory);
-  return base != 0 && readDirectory(file, end, end.directoryOffset, 0, directory, search) &&
+  return base != 0 && readDirectory(file, end, end.directoryOffset, 0, directory) &&
          directory.entryCount != 0 && firstEntryIsInPlace(file, directory) &&
          (!precedes || directory.blob == copy.blob);
-}
-
-// Reads the last bytes of a file of `size` bytes, `length` or all.
-bool readTail(const ArchiveFile& file, std::uint64_t size, std::size_t length, FilePiece& tail) {
-  tail.bytes.resize(static_cast<std::size_t>(std::min<std::uint64_t>(size, length)));
-  tail.position = size - tail.bytes.size();
-  return file.readAt(tail.position, tail.bytes.data(), tail.bytes.size());
 }
 
 }  // namespace
 
 bool isRecordAt(const CentralDirectory& directory, std::size_t offset) {
-  return recordSize(directory.blob, offset) != 0;
+  return RecordWalk().take(directory.blob.data() + offset, directory.blob.size() - offset) != 0;
 }
 
 CentralRecord recordAt(const CentralDirectory& directory, std::size_t offset) {
@@ -191,29 +149,18 @@ CentralRecord recordAt(const CentralDirectory& directory, std::size_t offset) {
   return record;
 }
 
-bool readCentralDirectory(const ArchiveFile& file, CentralDirectory& directory,
-                          NameSearch* search) {
-  const std::optional<std::uint64_t> size = file.size();
+bool readCentralDirectory(const ArchiveFile& file, CentralDirectory& directory) {
   FilePiece tail;
-  if (!size || !readTail(file, *size, kUsualTail, tail)) return false;
-  std::optional<std::size_t> at = findLastEndRecord(tail);
-  // A zip64 locator may precede the record.
-  if (!at || *at < kLocator64Size) {
-    if (!readTail(file, *size, kLongestTail, tail)) return false;
-    at = findLastEndRecord(tail);
-  }
-  EndRecord end;
-  const bool proved =
-      at && readEndRecord(file, tail, *at, end) && proveDirectory(file, end, directory, search);
-  if (proved) directory.comment = std::move(end.comment);
+  std::optional<EndRecord> end = readLastEndRecord(file, tail);
+  const bool proved = end && proveDirectory(file, *end, directory);
+  if (proved) directory.comment = std::move(end->comment);
   if (proved && !lacksSector(directory)) return true;
   CentralDirectory before;
   const auto prove = [&](const EndRecord& candidate, CentralDirectory& result) {
-    return proveDirectory(file, candidate, result, nullptr);
+    return proveDirectory(file, candidate, result);
   };
   if (!readInterruptedAppend(file, tail, prove, before)) return proved;
   directory = std::move(before);
-  if (search != nullptr) search->run(directory);
   return true;
 }
 

@@ -20,12 +20,8 @@ struct CentralDirectory {
   std::uint64_t base = 0;      // absolute position that offsets count from
   std::uint64_t end = 0;       // absolute, after the end record and its comment
   std::string comment;
-  // The entries are in the file in the order of their records, and by their records no one reaches
-  // the next one. False if a record has a zip64 field.
-  bool isInOrder = false;
+  bool isInOrder = false;  // as RecordWalk::isInOrder()
 };
-
-struct NameSearch;
 
 // One record of a central directory.
 struct CentralRecord {
@@ -62,8 +58,7 @@ CentralRecord recordAt(const CentralDirectory& directory, std::size_t offset);
 
 // Reads the directory that the last end record of the file refers to, if it is proved to be that of
 // the whole file, or the one that was there before an interrupted append. Returns false otherwise;
-// then `directory` is unspecified. A `search` is done in the same pass.
-bool readCentralDirectory(const ArchiveFile& file, CentralDirectory& directory,
-                          NameSearch* search = nullptr);
+// then `directory` is unspecified.
+bool readCentralDirectory(const ArchiveFile& file, CentralDirectory& directory);
 
 }  // namespace zip_engine

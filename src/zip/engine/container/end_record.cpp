@@ -57,6 +57,18 @@ void useEnd64(const End64& end64, bool isSaturated, EndRecord& record) {
   record.directoryEnd = end64.position;
 }
 
+// Has the end record of an archive whose comment is not unusually long.
+constexpr std::size_t kUsualTail = 4 << 10;
+
+// Reads the last bytes of a file of `size` bytes, `length` or all.
+bool readTail(const ArchiveFile& file, std::uint64_t size, std::size_t length, FilePiece& tail) {
+  tail.bytes.resize(static_cast<std::size_t>(std::min<std::uint64_t>(size, length)));
+  tail.position = size - tail.bytes.size();
+  if (file.readAt(tail.position, tail.bytes.data(), tail.bytes.size())) return true;
+  tail = {};
+  return false;
+}
+
 }  // namespace
 
 std::optional<std::size_t> findLastEndRecord(const FilePiece& piece) {
@@ -91,6 +103,20 @@ bool readEndRecord(const ArchiveFile& file, const FilePiece& piece, std::size_t 
     if (saturated) return end64.has_value();
   }
   return load16(end + 4) == 0 && load16(end + 6) == 0 && load16(end + 8) == load16(end + 10);
+}
+
+std::optional<EndRecord> readLastEndRecord(const ArchiveFile& file, FilePiece& tail) {
+  const std::optional<std::uint64_t> size = file.size();
+  if (!size || !readTail(file, *size, kUsualTail, tail)) return std::nullopt;
+  std::optional<std::size_t> at = findLastEndRecord(tail);
+  // A zip64 locator may precede the record.
+  if (!at || *at < kLocator64Size) {
+    if (!readTail(file, *size, kLongestTail, tail)) return std::nullopt;
+    at = findLastEndRecord(tail);
+  }
+  EndRecord end;
+  if (!at || !readEndRecord(file, tail, *at, end)) return std::nullopt;
+  return end;
 }
 
 bool mayHoldEndRecord(std::string_view comment) {

@@ -35,6 +35,11 @@ struct EndRecord {
   std::uint64_t end = 0;     // absolute, after the comment
   bool countMayWrap = true;  // some programs write the count modulo 65,536
   std::string comment;
+
+  // Reports whether the directory may have so many records.
+  bool hasCount(std::uint64_t count) const {
+    return (countMayWrap ? count & 0xFFFF : count) == entryCount;
+  }
 };
 
 // Returns the offset in the piece of the last whole end record. It is the only one that other
@@ -45,6 +50,10 @@ std::optional<std::size_t> findLastEndRecord(const FilePiece& piece);
 // there. Returns false for an archive of more than one disk and for a damaged zip64 record.
 bool readEndRecord(const ArchiveFile& file, const FilePiece& piece, std::size_t at,
                    EndRecord& record);
+
+// Reads the last end record of a file. Returns nothing if there is none that readEndRecord() accepts.
+// `tail` becomes the end of the file in either case, or is empty if that cannot be read.
+std::optional<EndRecord> readLastEndRecord(const ArchiveFile& file, FilePiece& tail);
 
 // Reports whether other programs may find an end record in the comment, and with it another
 // directory.

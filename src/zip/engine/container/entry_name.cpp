@@ -87,7 +87,7 @@ void NameSearch::run(const CentralDirectory& directory) {
   found = kNone;
   for (std::size_t offset = 0; offset < directory.blob.size();) {
     const CentralRecord record{.bytes = directory.blob.data() + offset};
-    add(record, offset);
+    if (matcher.matches(record)) found = offset;
     offset += record.size();
   }
 }

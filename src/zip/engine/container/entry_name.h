@@ -100,10 +100,6 @@ struct NameSearch {
   // The name is borrowed.
   explicit NameSearch(std::string_view oemName) : matcher(oemName) {}
 
-  // Takes the next record, whose offset in the blob is given.
-  void add(const CentralRecord& record, std::size_t offset) {
-    if (matcher.matches(record)) found = offset;
-  }
   // Searches the whole directory.
   void run(const CentralDirectory& directory);
 

@@ -14,6 +14,7 @@
 #include "zip/engine/reading/entry_data.h"
 #include "zip/engine/reading/entry_layout.h"
 #include "zip/engine/reading/entry_map.h"
+#include "zip/engine/reading/record_search.h"
 #include "zip/engine/reading/unused_bytes.h"
 
 using namespace zip_engine;
@@ -39,12 +40,11 @@ struct ZipReader {
 
 namespace {
 
-std::unique_ptr<ZipReader> openReader(const char* path, NameSearch* search) {
+std::unique_ptr<ZipReader> openFile(const char* path) {
   auto reader = std::make_unique<ZipReader>();
   constexpr DWORD kShare = FILE_SHARE_READ | FILE_SHARE_WRITE;
-  const bool isRead = reader->file.open(path, GENERIC_READ, kShare, OPEN_EXISTING) &&
-                      readCentralDirectory(reader->file, reader->directory, search);
-  return isRead ? std::move(reader) : nullptr;
+  const bool isOpen = reader->file.open(path, GENERIC_READ, kShare, OPEN_EXISTING);
+  return isOpen ? std::move(reader) : nullptr;
 }
 
 // Copies a text, cut at `capacity`, with a terminating zero if it is shorter.
@@ -71,15 +71,27 @@ ZipDateWords dateWords(std::uint32_t dosDate) {
 
 }  // namespace
 
-ZipReader* ZipOpenReader(const char* path) { return openReader(path, nullptr).release(); }
+ZipReader* ZipOpenReader(const char* path) {
+  std::unique_ptr<ZipReader> reader = openFile(path);
+  const bool isRead = reader != nullptr && readCentralDirectory(reader->file, reader->directory);
+  return isRead ? reader.release() : nullptr;
+}
 
 ZipReader* ZipOpenReaderAt(const char* path, const char* name) {
   if (name == nullptr) return nullptr;
-  NameSearch search(name);
-  std::unique_ptr<ZipReader> reader = openReader(path, &search);
-  if (reader == nullptr || search.found == NameSearch::kNone) return nullptr;
-  reader->moveTo(search.found);
-  return reader.release();
+  std::unique_ptr<ZipReader> reader = openFile(path);
+  if (reader == nullptr) return nullptr;
+  switch (findRecord(reader->file, name, reader->directory)) {
+    case RecordSearch::Found:
+      return reader.release();
+    case RecordSearch::Missing:
+      return nullptr;
+    case RecordSearch::Undecided:
+      break;
+  }
+  const bool isFound = readCentralDirectory(reader->file, reader->directory) &&
+                       ZipLocateEntry(reader.get(), name, 0) == kSuccess;
+  return isFound ? reader.release() : nullptr;
 }
 
 void ZipCloseReader(ZipReader* reader) { delete reader; }
