@@ -15,7 +15,8 @@ constexpr std::uint64_t kLargestGap = 16 << 10;
 
 bool ReadAhead::readAt(const ArchiveFile& file, std::uint64_t position, unsigned char* buffer,
                        std::size_t size) {
-  const bool follows = position >= lastStart_ && position <= lastEnd_ + kLargestGap;
+  const bool isFirst = lastEnd_ == 0;
+  const bool follows = !isFirst && position >= lastStart_ && position <= lastEnd_ + kLargestGap;
   lastStart_ = position;
   lastEnd_ = position + size;
   if (!holds(position, size) && follows && size <= kLargestPiece) fill(file, position);
