@@ -91,6 +91,10 @@ void ArchiveWriter::requireAll() { ZipSetAllOrNone(writer_); }
 
 void ArchiveWriter::makeDurable() { ZipSetDurable(writer_); }
 
+bool ArchiveWriter::has(const std::string& stored) const {
+  return ZipHasEntry(writer_, stored.c_str());
+}
+
 void ArchiveWriter::forEachName(const std::function<void(const std::string&)>& visit) const {
   const auto call = [](const char* name, void* context) {
     (*static_cast<const std::function<void(const std::string&)>*>(context))(name);

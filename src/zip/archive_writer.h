@@ -125,6 +125,8 @@ class ArchiveWriter {
   // Makes commit() commit the file to the disk in the mode Create too. Network file systems report
   // only then that they have not stored it.
   void makeDurable();
+  // Reports whether the archive that was opened has an entry of that stored name.
+  bool has(const std::string& stored) const;
   // Calls `visit(name)` with the stored name of each entry of the archive that was opened.
   void forEachName(const std::function<void(const std::string&)>& visit) const;
 

@@ -182,6 +182,8 @@ void ZipSetDurable(ZipWriter* writer);
 // One that was announced as smaller has less than 4 GiB - 1 bytes, both plain and stored, and so does
 // a raw one, or one whose extra fields leave no space for the block.
 void ZipSetSize(ZipWriter* writer, std::uint64_t size);
+// Reports whether the archive had an entry of exactly that name when it was opened.
+bool ZipHasEntry(ZipWriter* writer, const char* name);
 // Calls `visit` with the name of each entry that the archive had when it was opened.
 void ZipVisitNames(ZipWriter* writer, void (*visit)(const char* name, void* context),
                    void* context);

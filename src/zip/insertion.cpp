@@ -4,21 +4,24 @@
 
 #include "platform/new_version.h"
 #include "reporting/progress_relay.h"
-#include "zip/archive_reader.h"
 #include "zip/entry_names.h"
 #include "zip/rewrite.h"
 
 namespace zip {
 namespace {
 
+// Does not append to an archive that has an entry of that stored name.
+//
 // An append keeps the old state in a second directory past the new bytes. A file without bytes has
 // no state to keep, and a part of its first archive would be no archive. So that one is written
 // beside it.
-bool append(const std::string& path, const std::function<bool(ArchiveWriter&)>& add) {
+bool append(const std::string& path, const std::string& stored,
+            const std::function<bool(ArchiveWriter&)>& add) {
   std::optional<platform::NewVersion> version;
   if (isEmptyFile(path) && !version.emplace(path)) return false;
   ArchiveWriter writer((version ? version->create() : path).c_str(), ArchiveWriter::Mode::Append);
-  return writer && add(writer) && writer.commit(nullptr) == ArchiveWriter::Commit::Complete &&
+  return writer && !writer.has(stored) && add(writer) &&
+         writer.commit(nullptr) == ArchiveWriter::Commit::Complete &&
          (!version || version->putInPlace());
 }
 
@@ -35,6 +38,7 @@ bool insertEntry(const std::string& path, const std::string& name, bool overwrit
                  const std::function<bool()>& hasSource,
                  const std::function<bool(ArchiveWriter&)>& add) {
   const std::string stored = storedName(name);
+  // The replacement of an entry needs no rights but those of a reader and of a new file.
   if (overwrite) {
     Rewrite archive(path);
     if (archive.reader().locate(stored)) {
@@ -47,12 +51,8 @@ bool insertEntry(const std::string& path, const std::string& name, bool overwrit
       FileSystem::Detail::ProgressRelay progress;
       return archive.run(plan, progress) && isInserted;
     }
-    if (!archive.reader() && !isEmptyFile(path)) return false;
-  } else {
-    ArchiveReader archive(path.c_str());
-    if (archive.locate(stored) || (!archive && !isEmptyFile(path))) return false;
   }
-  return append(path, add);
+  return append(path, stored, add);
 }
 
 }  // namespace zip

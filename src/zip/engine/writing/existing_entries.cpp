@@ -10,6 +10,13 @@
 
 using namespace zip_engine;
 
+bool ZipHasEntry(ZipWriter* writer, const char* name) {
+  if (writer == nullptr || name == nullptr) return false;
+  NameSearch search(name);
+  search.run(writer->archive.before());
+  return search.found != NameSearch::kNone;
+}
+
 void ZipVisitNames(ZipWriter* writer, void (*visit)(const char* name, void* context),
                    void* context) {
   if (writer == nullptr) return;
