@@ -151,16 +151,20 @@ Workspace::Workspace(const std::string& folder, std::size_t scale)
     writeFile(texts_.back() + "/text.txt", text.substr(0, text.size() / 8 * part));
     noises_.push_back(place("noise"));
     writeFile(noises_.back() + "/noise.bin", noise.substr(0, noise.size() / 8 * part));
-    small_.push_back(place("small") + ".zip");
-    makeArchive(small_.back(), scaled(10'000) / 8 * part);
-    large_.push_back(place("large") + ".zip");
-    makeArchive(large_.back(), scaled(100'000) / 8 * part);
   }
 }
 
 Workspace::~Workspace() {
   std::error_code ignored;
   fs::remove_all(folder_, ignored);
+}
+
+const std::string& Workspace::archive(std::size_t entries, int eighths) const {
+  const std::size_t count = scaled(entries, eighths);
+  const auto [archive, isNew] =
+      archives_.try_emplace(count, path("of" + std::to_string(count) + ".zip"));
+  if (isNew) makeArchive(archive->second, count);
+  return archive->second;
 }
 
 std::string Workspace::fresh(const std::string& name) const {

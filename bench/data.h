@@ -1,6 +1,7 @@
 #pragma once
 // The files that the benchmarks work on, created once for each medium.
 
+#include <map>
 #include <string>
 #include <vector>
 
@@ -22,12 +23,16 @@ class Workspace {
   // A directory that contains one file of 100 MB, of text or of random bytes.
   const std::string& text(int eighths) const { return texts_.at(indexOf(eighths)); }
   const std::string& noise(int eighths) const { return noises_.at(indexOf(eighths)); }
-  // An archive of 10,000 or 100,000 entries of a few hundred bytes.
-  const std::string& smallArchive(int eighths) const { return small_.at(indexOf(eighths)); }
-  const std::string& largeArchive(int eighths) const { return large_.at(indexOf(eighths)); }
+  // An archive of so many entries of 500 bytes, at the scale of this workspace.
+  const std::string& archive(std::size_t entries, int eighths) const;
+  const std::string& smallArchive(int eighths) const { return archive(10'000, eighths); }
+  const std::string& largeArchive(int eighths) const { return archive(100'000, eighths); }
 
   // Returns an amount of work at the scale of this workspace.
   std::size_t scaled(std::size_t full) const { return full / scale_; }
+  std::size_t scaled(std::size_t full, int eighths) const {
+    return scaled(full) / 8 * static_cast<std::size_t>(eighths);
+  }
   // Returns a path in the workspace.
   std::string path(const std::string& name) const { return folder_ + '/' + name; }
   // As path(), after deleting a file or directory of that name.
@@ -44,7 +49,8 @@ class Workspace {
   std::size_t scale_;
   bool inMemory_ = false;
   mutable int renamed_ = 0;  // number of directories
-  std::vector<std::string> trees_, texts_, noises_, small_, large_;
+  std::vector<std::string> trees_, texts_, noises_;
+  mutable std::map<std::size_t, std::string> archives_;  // by the number of entries
 };
 
 // Returns text of a size, taken from source files.

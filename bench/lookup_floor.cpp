@@ -2,6 +2,8 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/sysmacros.h>
+#include <sys/vfs.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -12,8 +14,6 @@
 
 namespace bench {
 namespace {
-
-constexpr std::size_t kRecordSize = 46;
 
 template <typename Value>
 Value load(const unsigned char* bytes) {
@@ -39,12 +39,16 @@ void lock(int file, int command, short type, off_t first, off_t count) {
 
 }  // namespace
 
-bool LookupFloor::find(const std::string& name, std::vector<unsigned char>* stored) {
+LookupFloor::LookupFloor(const std::string& path)
+    : path_(path),
+      held_(open(kHeld)),
+      inflater_(libdeflate_alloc_decompressor(), libdeflate_free_decompressor) {}
+
+bool LookupFloor::find(const std::string& name, std::vector<unsigned char>* bytes) {
   close(held_);
   const int file = open(kRead);
-  const std::size_t at = search(file, name);
-  const bool isFound = at < directory_.size();
-  if (isFound && stored != nullptr) read(file, directory_.data() + at, *stored);
+  const bool isFound = search(file, name);
+  if (isFound && bytes != nullptr) readEntry(file, *bytes);
   close(file);
   held_ = open(kHeld);
   return isFound;
@@ -55,11 +59,16 @@ int LookupFloor::open(Use use) const {
   ::stat(path_.c_str(), &status);
   const int file = ::open(path_.c_str(), O_RDONLY | O_CLOEXEC);
   require(file >= 0, "open");
+  // Without a device it may be that of a network, where locks work differently.
+  struct statfs system;
+  if (major(status.st_dev) == 0) require(::fstatfs(file, &system) == 0, "fstatfs");
   if (use == kHeld) lock(file, F_OFD_SETLK, F_RDLCK, 6, 1);
   lock(file, F_OFD_SETLK, F_RDLCK, 0, 2);
   if (use == kHeld) lock(file, F_OFD_SETLK, F_RDLCK, 5, 1);
   lock(file, F_OFD_GETLK, F_WRLCK, 3, 2);
   if (use == kHeld) lock(file, F_OFD_SETLK, F_UNLCK, 6, 1);
+  // It may have been deleted before it was locked.
+  require(::fstat(file, &status) == 0 && status.st_nlink != 0, "fstat");
   return file;
 }
 
@@ -70,10 +79,9 @@ void LookupFloor::close(int file) {
   ::close(file);
 }
 
-std::size_t LookupFloor::search(int file, const std::string& name) {
+bool LookupFloor::search(int file, const std::string& name) {
   constexpr std::size_t kTail = 4096;
   constexpr std::size_t kEndSize = 22;
-  constexpr std::size_t kStep = 1 << 20;
   struct stat status;
   require(::fstat(file, &status) == 0, "fstat");
   unsigned char tail[kTail];
@@ -81,36 +89,48 @@ std::size_t LookupFloor::search(int file, const std::string& name) {
   const std::size_t tailSize = std::min(kTail, size);
   readAt(file, tail, tailSize, size - tailSize);
   const unsigned char* const end = tail + tailSize - kEndSize;
-  directory_.resize(load<std::uint32_t>(end + 12));
-  const std::size_t position = load<std::uint32_t>(end + 16);
-  std::size_t found = directory_.size();
-  for (std::size_t known = 0, at = 0; known < directory_.size();) {
-    const std::size_t step = std::min(directory_.size() - known, kStep);
-    readAt(file, directory_.data() + known, step, position + known);
+  std::size_t position = load<std::uint32_t>(end + 16);
+  const std::size_t directoryEnd = position + load<std::uint32_t>(end + 12);
+  bool isFound = false;
+  for (std::size_t known = 0; position < directoryEnd;) {
+    const std::size_t step = std::min(directoryEnd - position, kWindow - known);
+    readAt(file, window_ + known, step, position);
+    position += step;
     known += step;
+    std::size_t at = 0;
     while (at + kRecordSize <= known) {
-      const unsigned char* const record = directory_.data() + at;
+      const unsigned char* const record = window_ + at;
       const std::size_t nameLength = load<std::uint16_t>(record + 28);
       const std::size_t length = kRecordSize + nameLength + load<std::uint16_t>(record + 30) +
                                  load<std::uint16_t>(record + 32);
       if (at + length > known) break;
       if (nameLength == name.size() &&
           std::memcmp(record + kRecordSize, name.data(), nameLength) == 0) {
-        found = at;
+        std::memcpy(record_, record, kRecordSize);
+        isFound = true;
       }
       at += length;
     }
+    known -= at;
+    std::memmove(window_, window_ + at, known);
   }
-  return found;
+  return isFound;
 }
 
-void LookupFloor::read(int file, const unsigned char* record,
-                       std::vector<unsigned char>& stored) const {
+void LookupFloor::readEntry(int file, std::vector<unsigned char>& bytes) {
   constexpr std::size_t kLocalSize = 30;
   constexpr std::size_t kUsualExtra = 64;
-  const std::size_t nameLength = load<std::uint16_t>(record + 28);
-  stored.resize(kLocalSize + nameLength + kUsualExtra + load<std::uint32_t>(record + 20));
-  readAt(file, stored.data(), stored.size(), load<std::uint32_t>(record + 42));
+  const std::size_t storedSize = load<std::uint32_t>(record_ + 20);
+  stored_.resize(kLocalSize + load<std::uint16_t>(record_ + 28) + kUsualExtra + storedSize);
+  readAt(file, stored_.data(), stored_.size(), load<std::uint32_t>(record_ + 42));
+  const std::size_t data = kLocalSize + load<std::uint16_t>(stored_.data() + 26) +
+                           load<std::uint16_t>(stored_.data() + 28);
+  bytes.resize(load<std::uint32_t>(record_ + 24));
+  require(
+      libdeflate_deflate_decompress(inflater_.get(), stored_.data() + data, storedSize,
+                                    bytes.data(), bytes.size(), nullptr) == LIBDEFLATE_SUCCESS &&
+          libdeflate_crc32(0, bytes.data(), bytes.size()) == load<std::uint32_t>(record_ + 16),
+      "inflating");
 }
 
 }  // namespace bench

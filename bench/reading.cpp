@@ -50,17 +50,15 @@ struct Opened {
 // Opens the archives of all sizes once, when the first run needs them.
 class Archives {
  public:
-  Archives(const Workspace& workspace, std::size_t entries)
-      : workspace_(workspace), entries_(entries) {}
+  explicit Archives(const Workspace& workspace) : workspace_(workspace) {}
 
   const Opened& get(int eighths) {
-    const std::size_t entries = entries_ / 8 * static_cast<std::size_t>(eighths);
+    const std::size_t entries = workspace_.scaled(100'000, eighths);
     return opened_.try_emplace(eighths, workspace_.largeArchive(eighths), entries).first->second;
   }
 
  private:
   const Workspace& workspace_;
-  std::size_t entries_;
   std::map<int, Opened> opened_;
 };
 
@@ -141,61 +139,58 @@ struct Plain {
   std::vector<std::string> names;
 };
 
-using OpenPlain = std::function<std::shared_ptr<Plain>(int eighths)>;
-
-// `call` and `floor` make one call each, by name.
-Operation plainCalls(const std::string& name, const OpenPlain& open,
+// `call` and `floor` make one call each, by name, on an archive of so many entries.
+Operation plainCalls(const std::string& name, const Workspace& workspace, std::size_t entries,
                      const std::function<bool(Plain&, const std::string&)>& call,
                      const std::function<bool(Plain&, const std::string&)>& floor) {
-  const auto timedCalls = [=](int eighths, const auto& one) {
-    const std::shared_ptr<Plain> plain = open(eighths);
+  const auto timedCalls = [=, &workspace](int eighths, const auto& one) {
+    Plain plain(workspace.archive(entries, eighths), workspace.scaled(entries, eighths));
     return timed([&] {
-      for (const std::string& entry : plain->names) require(one(*plain, entry), name.c_str());
+      for (const std::string& entry : plain.names) require(one(plain, entry), name.c_str());
     });
   };
-  return {.name = name,
-          .target = 1.2,
-          .ours = [=](int eighths) { return timedCalls(eighths, call); },
-          .peers = {{"its system calls and a search", [=] { return timedCalls(8, floor); }}},
-          .note = {}};
+  return {
+      .name = name,
+      .target = 1.2,
+      .ours = [=](int eighths) { return timedCalls(eighths, call); },
+      .peers = {{"its system calls, a search and the codec", [=] { return timedCalls(8, floor); }}},
+      .note = {}};
 }
 
-Operation plainLookup(const std::string& entries, const OpenPlain& open) {
+Operation plainLookup(const Workspace& workspace, std::size_t entries, const std::string& count) {
   return plainCalls(
-      "exist, 20 calls on " + entries, open,
+      "exist, 20 calls on " + count, workspace, entries,
       [](Plain& plain, const std::string& name) { return plain.archive.exist(name.c_str()) != 0; },
       [](Plain& plain, const std::string& name) { return plain.floor.find(name); });
 }
 
-Operation plainReading(const std::string& entries, const OpenPlain& open) {
+Operation plainReading(const Workspace& workspace, std::size_t entries, const std::string& count) {
   return plainCalls(
-      "extract to memory, 20 calls on " + entries, open,
+      "extract to memory, 20 calls on " + count, workspace, entries,
       [bytes = std::vector<unsigned char>()](Plain& plain, const std::string& name) mutable {
         return plain.archive.extract(name.c_str(), bytes) != 0;
       },
-      [stored = std::vector<unsigned char>()](Plain& plain, const std::string& name) mutable {
-        return plain.floor.find(name, &stored);
+      [bytes = std::vector<unsigned char>()](Plain& plain, const std::string& name) mutable {
+        return plain.floor.read(name, bytes);
       });
 }
 
 }  // namespace
 
 std::vector<Operation> readingOperations(const Workspace& workspace) {
-  const auto archives = std::make_shared<Archives>(workspace, workspace.scaled(100'000));
-  const OpenPlain small = [&](int eighths) {
-    const std::size_t entries = workspace.scaled(10'000) / 8 * static_cast<std::size_t>(eighths);
-    return std::make_shared<Plain>(workspace.smallArchive(eighths), entries);
+  const auto archives = std::make_shared<Archives>(workspace);
+  std::vector<Operation> operations{lookup(archives), reading(archives)};
+  struct Size {
+    std::size_t entries;
+    const char* name;
   };
-  const OpenPlain large = [&](int eighths) {
-    const std::size_t entries = workspace.scaled(100'000) / 8 * static_cast<std::size_t>(eighths);
-    return std::make_shared<Plain>(workspace.largeArchive(eighths), entries);
-  };
-  return {lookup(archives),
-          reading(archives),
-          plainLookup("10,000", small),
-          plainReading("10,000", small),
-          plainLookup("100,000", large),
-          plainReading("100,000", large)};
+  constexpr Size kSizes[] = {
+      {100, "100"}, {10'000, "10,000"}, {100'000, "100,000"}, {1'000'000, "1,000,000"}};
+  for (const auto& [entries, count] : kSizes) {
+    operations.push_back(plainLookup(workspace, entries, count));
+    operations.push_back(plainReading(workspace, entries, count));
+  }
+  return operations;
 }
 
 }  // namespace bench
