@@ -1,9 +1,11 @@
 // Enumeration, copying and deleting of trees.
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <filesystem/enumeration.h>
 #include <filesystem/files.h>
 #include <filesystem/temporary_storage.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -11,6 +13,7 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <string_view>
 
 #include "benchmarks.h"
 #include "process.h"
@@ -110,8 +113,39 @@ void fill(const std::string& folder, std::size_t count) {
   }
 }
 
+// Deletes a tree with the calls that show whether another handle protects a file from deletion, and
+// no others.
+void deletePlainly(int parent, const char* name) {
+  DIR* const listing = fdopendir(openat(parent, name, O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  require(listing != nullptr, "fdopendir");
+  const int folder = dirfd(listing);
+  while (const dirent* const entry = readdir(listing)) {
+    const std::string_view below = entry->d_name;
+    if (below == "." || below == "..") continue;
+    if (entry->d_type == DT_DIR) {
+      deletePlainly(folder, entry->d_name);
+      continue;
+    }
+    const int file = openat(folder, entry->d_name, O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_CLOEXEC);
+    struct stat status;
+    struct flock lock {};
+    lock.l_type = F_WRLCK;
+    lock.l_len = 1;
+    require(fstat(file, &status) == 0 && fcntl(file, F_OFD_GETLK, &lock) == 0, "fcntl");
+    close(file);
+    require(unlinkat(folder, entry->d_name, 0) == 0, "unlinkat");
+  }
+  closedir(listing);
+  require(unlinkat(parent, name, AT_REMOVEDIR) == 0, "unlinkat");
+}
+
 Operation clearStorage(const Workspace& workspace) {
   const std::size_t count = workspace.scaled(10'000);
+  const auto filled = [=, &workspace] {
+    std::string folder = workspace.emptyFolder("storage");
+    fill(folder, count);
+    return folder;
+  };
   return {.name = "TemporaryStorage::clear, 10,000 files",
           .target = 1.15,
           .ours =
@@ -126,10 +160,14 @@ Operation clearStorage(const Workspace& workspace) {
                 return cost;
               },
           .peers = {{"std::filesystem::remove_all",
-                     [=, &workspace] {
-                       const std::string folder = workspace.emptyFolder("storage");
-                       fill(folder, count);
+                     [=] {
+                       const std::string folder = filled();
                        return timed([&] { fs::remove_all(folder); });
+                     }},
+                    {"its system calls",
+                     [=] {
+                       const std::string folder = filled();
+                       return timed([&] { deletePlainly(AT_FDCWD, folder.c_str()); });
                      }}},
           .note = {}};
 }
