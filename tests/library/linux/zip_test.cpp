@@ -97,6 +97,14 @@ TEST_F(ZipOnLinux, OpeningRemovesAnUnfinishedVersion) {
   readable();
   EXPECT_FALSE(exists(name));
   EXPECT_TRUE(exists(other));
+  // It is beside the file that a link leads to.
+  write(name, "a new version");
+  std::filesystem::create_directory(folder_.file("links"));
+  const std::string link = folder_.file("links/c.zip");
+  std::filesystem::create_symlink(path_, link);
+  ZipArchive archive;
+  EXPECT_EQ(archive.open(link.c_str(), GENERIC_READ), 1);
+  EXPECT_FALSE(exists(name));
 }
 
 }  // namespace
