@@ -97,7 +97,7 @@ TEST_F(ZipOnLinux, OpeningRemovesAnUnfinishedVersion) {
   readable();
   EXPECT_FALSE(exists(name));
   EXPECT_TRUE(exists(other));
-  // It is beside the file that a link leads to.
+  // It is beside the target of a link.
   write(name, "a new version");
   std::filesystem::create_directory(folder_.file("links"));
   const std::string link = folder_.file("links/c.zip");
