@@ -122,6 +122,15 @@ TEST_F(Conformance, PathSearchPointsAtTheName) {
   }
 }
 
+TEST_F(Conformance, PathSearchNeedsAName) {
+  char found[MAX_PATH];
+  for (const char* const name : {"", static_cast<const char*>(nullptr)}) {
+    SetLastError(ERROR_SUCCESS);
+    EXPECT_EQ(SearchPathA(nullptr, name, nullptr, MAX_PATH, found, nullptr), 0U);
+    EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
+  }
+}
+
 TEST_F(Conformance, TemporaryNames) {
   const std::string folder = folder_.name();
   char name[MAX_PATH];
