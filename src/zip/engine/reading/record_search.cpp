@@ -24,7 +24,7 @@ class Window {
         next_(position),
         end_(position + size),
         capacity_(static_cast<std::size_t>(std::min<std::uint64_t>(size, kLargest))),
-        buffer_(std::make_unique_for_overwrite<unsigned char[]>(capacity_)) {}
+        buffer_(new unsigned char[capacity_]) {}
 
   const unsigned char* bytes() const { return buffer_.get() + begin_; }
   std::size_t size() const { return size_; }
