@@ -150,7 +150,7 @@ TEST_F(Trees, Sweep) {
 TEST_F(Trees, SweepCountsWholeDaysInAnotherTimeZone) {
   const support::TwoHoursEast zone;
   constexpr std::time_t kHour = 3600;
-  const std::time_t limit = std::time(nullptr) - 7 * 24 * kHour;
+  const std::time_t limit = std::time(nullptr) - 7 * (24 * kHour);
   write("old.tmp", "");
   write("young.tmp", "");
   support::setWriteTime(path("old.tmp"), limit - kHour);
