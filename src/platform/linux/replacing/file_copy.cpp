@@ -25,17 +25,8 @@ namespace {
 
 constexpr mode_t kPermissions = 01777;  // without set-id bits
 
-// Finds the file itself, past all links. Most names are no links and need no
-// resolution.
 TargetState findTarget(const NativePath& path, Target& target) {
-  target.path = path.c_str();
-  char real[PATH_MAX];
-  bool found = lstat(path.c_str(), &target.status) == 0;
-  if (found && S_ISLNK(target.status.st_mode)) {
-    found = realpath(path.c_str(), real) != nullptr && stat(real, &target.status) == 0;
-    if (found) target.path = real;
-  }
-  if (found) return TargetState::Locked;
+  if (findFile(path, target.path, target.status)) return TargetState::Locked;
   if (errno == ENOENT) return TargetState::Missing;
   SetLastError(errorOnPath(path, errno));
   return TargetState::Failed;
@@ -110,6 +101,16 @@ bool lockAgain(Target& target) {
 }
 
 }  // namespace
+
+bool findFile(const NativePath& path, std::string& file, struct stat& status) {
+  file = path.c_str();
+  if (lstat(path.c_str(), &status) != 0) return false;
+  if (!S_ISLNK(status.st_mode)) return true;
+  char real[PATH_MAX];
+  if (realpath(path.c_str(), real) == nullptr || stat(real, &status) != 0) return false;
+  file = real;
+  return true;
+}
 
 bool openSource(const char* text, Source& source) {
   source.handle.reset(

@@ -18,6 +18,10 @@ struct Source {
   struct stat status {};
 };
 
+// Finds the file that a path leads to, past a link of its name: its native path and its status. Most
+// names are no links and need no resolution. False, with errno, on failure.
+bool findFile(const NativePath& path, std::string& file, struct stat& status);
+
 // Opens a file to be copied. False, with the error, on failure.
 bool openSource(const char* text, Source& source);
 

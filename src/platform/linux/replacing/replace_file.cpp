@@ -50,11 +50,8 @@ bool platform::canReplaceFile(HANDLE opened, const char* path) {
 
 void platform::removeUnfinishedVersion(HANDLE, const char* path) {
   const NativePath native(path);
+  std::string file;
   struct stat status;
-  if (!native.valid() || lstat(native.c_str(), &status) != 0) return;
-  const char* file = native.c_str();
-  // Most names are no links and need no resolution.
-  char real[PATH_MAX];
-  if (S_ISLNK(status.st_mode)) file = realpath(file, real);
-  if (file != nullptr) unlink((folderOf(file) + '/' + versionNameFor(nameOf(file))).c_str());
+  if (!native.valid() || !findFile(native, file, status)) return;
+  unlink((folderOf(file) + '/' + versionNameFor(nameOf(file.c_str()))).c_str());
 }

@@ -133,7 +133,7 @@ bool proveDirectory(const ArchiveFile& file, const EndRecord& end, CentralDirect
 }  // namespace
 
 bool isRecordAt(const CentralDirectory& directory, std::size_t offset) {
-  return RecordWalk().take(directory.blob.data() + offset, directory.blob.size() - offset) != 0;
+  return recordSize(directory.blob.data() + offset, directory.blob.size() - offset) != 0;
 }
 
 CentralRecord recordAt(const CentralDirectory& directory, std::size_t offset) {

@@ -83,15 +83,6 @@ std::string_view oemName(const CentralRecord& record, std::string& converted) {
 NameMatcher::NameMatcher(std::string_view oemName)
     : name_(oemName), isPlain_(GetOEMCP() == CP_UTF8 && platform::isAscii(oemName)) {}
 
-void NameSearch::run(const CentralDirectory& directory) {
-  found = kNone;
-  for (std::size_t offset = 0; offset < directory.blob.size();) {
-    const CentralRecord record{.bytes = directory.blob.data() + offset};
-    if (matcher.matches(record)) found = offset;
-    offset += record.size();
-  }
-}
-
 bool isSameName(std::string_view local, std::string_view central) {
   if (local == central) return true;
   // Takes a character; a run of bytes outside ASCII counts as one.

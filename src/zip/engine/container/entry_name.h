@@ -93,20 +93,6 @@ class NameMatcher {
   std::string converted_;
 };
 
-// The search for the last record of a name.
-struct NameSearch {
-  static constexpr std::size_t kNone = static_cast<std::size_t>(-1);
-
-  // The name is borrowed.
-  explicit NameSearch(std::string_view oemName) : matcher(oemName) {}
-
-  // Searches the whole directory.
-  void run(const CentralDirectory& directory);
-
-  NameMatcher matcher;
-  std::size_t found = kNone;  // the offset of the record
-};
-
 // Reports whether the names of a local header and of a central record are those of one entry: they
 // may differ in the direction of slashes and in the encoding of characters outside ASCII. The
 // central name is the one that counts.

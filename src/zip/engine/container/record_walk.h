@@ -9,16 +9,23 @@
 
 namespace zip_engine {
 
+// Returns the size of the record at the start of the bytes that are known of a directory, or 0 if
+// there is no whole record.
+inline std::size_t recordSize(const unsigned char* bytes, std::size_t known) {
+  if (known < kCentralSize || load32(bytes) != kCentralSignature) return 0;
+  const std::size_t size = CentralRecord{.bytes = bytes}.size();
+  return size <= known ? size : 0;
+}
+
 class RecordWalk {
  public:
-  // Takes the record at the start of the bytes that are known of a directory, and returns its size.
-  // Returns 0 if there is no whole record.
+  // Takes the record at the start of the bytes. Returns what recordSize() does.
   std::size_t take(const unsigned char* bytes, std::size_t known) {
-    if (known < kCentralSize || load32(bytes) != kCentralSignature) return 0;
-    const std::size_t size = CentralRecord{.bytes = bytes}.size();
-    if (size > known) return 0;
-    ++count_;
-    checkOrder(bytes);
+    const std::size_t size = recordSize(bytes, known);
+    if (size != 0) {
+      ++count_;
+      checkOrder(bytes);
+    }
     return size;
   }
 

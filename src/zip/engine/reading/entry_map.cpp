@@ -50,20 +50,24 @@ std::uint64_t leastEndOf(const CentralDirectory& directory, const CentralRecord&
 }  // namespace
 
 std::size_t NameIndex::find(const CentralDirectory& directory, std::string_view name) {
-  NameSearch search(name);
+  NameMatcher matcher(name);
   if (!lookedBefore_) {
     lookedBefore_ = true;
-    search.run(directory);
-    return search.found;
+    std::size_t found = kNone;
+    forEachName(directory, [&](const CentralRecord& record, std::size_t offset) {
+      if (matcher.matches(record)) found = offset;
+      return true;
+    });
+    return found;
   }
   if (slots_.empty()) build(directory);
   const std::size_t mask = slots_.size() - 1;
   std::size_t slot = std::hash<std::string_view>{}(name)&mask;
   for (; slots_[slot] != 0; slot = (slot + 1) & mask) {
     const std::size_t offset = slots_[slot] - 1;
-    if (search.matcher.matches(recordAt(directory, offset))) return offset;
+    if (matcher.matches(recordAt(directory, offset))) return offset;
   }
-  return NameSearch::kNone;
+  return kNone;
 }
 
 void NameIndex::build(const CentralDirectory& directory) {

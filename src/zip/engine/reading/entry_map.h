@@ -13,7 +13,9 @@ namespace zip_engine {
 // the second one builds an index.
 class NameIndex {
  public:
-  // Returns the offset in the blob of the last record of that name, or NameSearch::kNone.
+  static constexpr std::size_t kNone = static_cast<std::size_t>(-1);
+
+  // Returns the offset in the blob of the last record of that name, or kNone.
   std::size_t find(const CentralDirectory& directory, std::string_view name);
 
  private:

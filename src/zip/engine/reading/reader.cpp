@@ -121,7 +121,7 @@ int ZipNextEntry(ZipReader* reader) {
 int ZipLocateEntry(ZipReader* reader, const char* name, int) {
   if (reader == nullptr || name == nullptr) return kFailure;
   const std::size_t found = reader->names.find(reader->directory, name);
-  return found == NameSearch::kNone ? ZipStatusNoEntry : reader->moveTo(found);
+  return found == NameIndex::kNone ? ZipStatusNoEntry : reader->moveTo(found);
 }
 
 int ZipReadEntryInfo(ZipReader* reader, ZipEntryInfo* info, char* name, std::uint32_t nameCapacity,

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "zip/engine/container/entry_name.h"
+#include "zip/engine/reading/entry_map.h"
 #include "zip/engine/reading/reader.h"
 #include "zip/engine/writing/entry_copy.h"
 #include "zip/engine/writing/writer.h"
@@ -12,9 +13,7 @@ using namespace zip_engine;
 
 bool ZipHasEntry(ZipWriter* writer, const char* name) {
   if (writer == nullptr || name == nullptr) return false;
-  NameSearch search(name);
-  search.run(writer->archive.before());
-  return search.found != NameSearch::kNone;
+  return NameIndex().find(writer->archive.before(), name) != NameIndex::kNone;
 }
 
 void ZipVisitNames(ZipWriter* writer, void (*visit)(const char* name, void* context),
