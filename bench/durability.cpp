@@ -103,7 +103,7 @@ Operation copyOver(const Workspace& workspace) {
     return target;
   };
   return {.name = "CopyContent over 20,000 existing files",
-          .target = 2.0,
+          .target = 1.5,
           .ours =
               [=, &workspace](int eighths) {
                 return runProgram({BENCH_PROGRAMS "/bench-ours", "copy",

@@ -31,6 +31,11 @@ void TreeCall::end(Reason reason, std::uint64_t other) {
   relay_.end();
 }
 
+void TreeCall::fail(std::uint64_t id, Reason reason) {
+  --done_;
+  if (reports_) report_.items[id - 1].reason = reason;
+}
+
 void TreeCall::failFolder(std::string name, Reason reason) {
   if (!reports_) return;
   report_.items.push_back(

@@ -35,6 +35,8 @@ class TreeCall {
   bool moveTo(std::uint64_t position);
   // Ends with the file. With Reason::SameFile, `other` is the id of the other one.
   void end(Reason reason, std::uint64_t other = 0);
+  // Changes the result of a file that ended with Reason::None.
+  void fail(std::uint64_t id, Reason reason);
   // Adds a folder that failed.
   void failFolder(std::string name, Reason reason);
 

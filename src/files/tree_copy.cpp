@@ -13,6 +13,7 @@ namespace FileSystem::Detail {
 namespace {
 
 using platform::FileIdentity;
+using platform::GatheredCopies;
 using platform::OpenDirectory;
 using platform::WrittenFiles;
 
@@ -28,7 +29,10 @@ std::string withoutEnd(const std::string& name) {
 }  // namespace
 
 TreeCopy::TreeCopy(std::string source, std::string target, TreeCall& call)
-    : source_(std::move(source)), target_(std::move(target)), call_(call) {
+    : source_(std::move(source)),
+      target_(std::move(target)),
+      call_(call),
+      gathered_([this](const GatheredCopies::End& end) { endWaiting(end); }) {
   if (call_.reports()) progress_ = [this](std::uint64_t done) { return call_.moveTo(done); };
 }
 
@@ -53,6 +57,11 @@ void TreeCopy::run(const std::vector<std::string>& created) {
   for (const std::string& path : created) {
     if (platform::fileIdentity(path.c_str(), folder)) created_.add(folder, kCreated);
   }
+  copyAll();
+  gathered_.finish();
+}
+
+void TreeCopy::copyAll() {
   enterSource();
   while (!levels_.empty() && !call_.isCancelled()) {
     std::vector<Subfolder>& pending = levels_.back().pending;
@@ -65,6 +74,8 @@ void TreeCopy::run(const std::vector<std::string>& created) {
     enter(next);
   }
   if (call_.isCancelled()) return;
+  // The source may be in the target, and its files some of those that wait.
+  gathered_.finish();
   Folder whole{.name = {}, .from = OpenDirectory(source_, OpenDirectory::LastLink::Followed)};
   copyFiles(whole, nullptr);
 }
@@ -75,6 +86,7 @@ void TreeCopy::enterSource() {
   platform::fileIdentity((source_ + '.').c_str(), level.identity);
   level.from.emplace(source_, OpenDirectory::LastLink::Followed);
   level.to.emplace(target_, OpenDirectory::LastLink::Followed);
+  level.to->identity(targetFolder_);
   levels_.push_back(std::move(level));
 }
 
@@ -129,6 +141,9 @@ void TreeCopy::enter(const Subfolder& subfolder) {
   Level level{.name = name, .identity = {}, .pending = {}};
   const bool isKnown = folder.from.identity(level.identity);
   if (isKnown && isPassedOver(level.identity, subfolder.isLink)) return;
+  isInTarget_ = isInTarget_ || level.identity == targetFolder_;
+  // What waits may be among the files that are read next.
+  if (isInTarget_) gathered_.finish();
   level.pending = copyFiles(folder, &*above.to);
   std::reverse(level.pending.begin(), level.pending.end());
   if (levels_.size() < kOpenLevels) {
@@ -183,27 +198,54 @@ void TreeCopy::copyFile(Folder& folder, const File& file) {
 // Copies a file, whatever has its name in the target. A file whose name is that of an earlier one
 // in the target, because the file system there takes both names for one, is not copied.
 Reason TreeCopy::copyTo(Folder& folder, const File& file, std::uint64_t& other) {
+  DWORD error = tryToCopy(folder, file, other);
+  if (gathered_.mayCause(error)) {
+    gathered_.finish();
+    error = tryToCopy(folder, file, other);
+  }
+  if (error == ERROR_SUCCESS) return Reason::None;
+  if (other != WrittenFiles::kNone) return Reason::SameFile;
+  const bool isBlocked = error == ERROR_FILE_EXISTS && file.shown.empty();
+  return isBlocked ? Reason::Failed : failure(folder, file, error);
+}
+
+DWORD TreeCopy::tryToCopy(Folder& folder, const File& file, std::uint64_t& other) {
   OpenDirectory& to = *folder.to;
   if (file.isRegular && to) {
     if (to.copyNew(folder.from, file.stored, written_, call_.id(), progress_)) {
-      return Reason::None;
+      return ERROR_SUCCESS;
     }
     // After another error the second way would only fail again.
     const DWORD error = GetLastError();
-    if (error != ERROR_FILE_EXISTS) return failure(folder, file, error);
+    if (error != ERROR_FILE_EXISTS) return error;
   }
-  if (file.shown.empty()) return Reason::Failed;
+  if (file.shown.empty()) return ERROR_FILE_EXISTS;
   other = to.writtenAs(file.stored, written_);
-  if (other != WrittenFiles::kNone) return Reason::SameFile;
+  if (other == WrittenFiles::kNone) other = to.writtenAs(file.stored, gathered_.targets());
+  return other == WrittenFiles::kNone ? copyOver(folder, file) : DWORD{ERROR_FILE_EXISTS};
+}
+
+DWORD TreeCopy::copyOver(Folder& folder, const File& file) {
+  using Outcome = GatheredCopies::Outcome;
   boost::format path("%s%s%s");
   const std::string from = str(path % source_ % folder.name % file.shown);
   const std::string target = str(path % target_ % folder.name % file.shown);
   const bool keeps = call_.existing() == ExistingFiles::Keep;
-  if (!platform::copyFile(from.c_str(), target.c_str(), keeps, progress_)) {
-    return failure(folder, file, GetLastError());
+  const Outcome outcome =
+      gathered_.copy(from.c_str(), target.c_str(), keeps, progress_, call_.id());
+  if (outcome == Outcome::Failed) return GetLastError();
+  if (outcome == Outcome::Copied) folder.to->addWritten(file.stored, written_, call_.id());
+  return ERROR_SUCCESS;
+}
+
+void TreeCopy::endWaiting(const GatheredCopies::End& end) {
+  if (end.error == ERROR_SUCCESS) {
+    written_.add(end.file, end.id);
+  } else if (call_.reports()) {
+    call_.fail(end.id, copyFailure(end.from.c_str(), end.to.c_str(), true, end.error));
+  } else {
+    call_.fail(end.id, Reason::Failed);
   }
-  to.addWritten(file.stored, written_, call_.id());
-  return Reason::None;
 }
 
 Reason TreeCopy::failure(const Folder& folder, const File& file, DWORD error) const {

@@ -11,6 +11,7 @@
 #include "files/tree_call.h"
 #include "platform/copy_file.h"
 #include "platform/file_identity.h"
+#include "platform/gathered_copies.h"
 #include "platform/open_directory.h"
 #include "platform/win32.h"
 #include "platform/written_files.h"
@@ -69,19 +70,26 @@ class TreeCopy {
   std::vector<Subfolder> listTop();
   void enter(const Subfolder& subfolder);
   bool isPassedOver(const platform::FileIdentity& folder, bool isLink) const;
+  void copyAll();
   std::vector<Subfolder> copyFiles(Folder& folder, const OpenDirectory* above);
   void makeTarget(Folder& folder, const OpenDirectory* above);
   void copyFile(Folder& folder, const File& file);
   Reason copyTo(Folder& folder, const File& file, std::uint64_t& other);
+  DWORD tryToCopy(Folder& folder, const File& file, std::uint64_t& other);
+  DWORD copyOver(Folder& folder, const File& file);
+  void endWaiting(const platform::GatheredCopies::End& end);
   Reason failure(const Folder& folder, const File& file, DWORD error) const;
 
   const std::string source_;
   const std::string target_;
   TreeCall& call_;
   bool isTopListed_ = true;  // all folders directly in the source are known
+  platform::FileIdentity targetFolder_;
+  bool isInTarget_ = false;  // the target is in the source, and the copy has come to it
   std::vector<Level> levels_;
   platform::WrittenFiles created_;  // folders
   platform::WrittenFiles written_;
+  platform::GatheredCopies gathered_;
   platform::CopyProgress progress_;
 };
 

@@ -19,6 +19,7 @@
 #include <utility>
 
 #include "recorded_calls.h"
+#include "support/linux/idle_system.h"
 
 namespace failing {
 namespace {
@@ -153,6 +154,9 @@ CALL(off_t, lseek, (int fd, off_t at, int whence), (fd, at, whence), nullptr, fa
 CALL(int, ftruncate, (int fd, off_t size), (fd, size), nullptr, false, Recorder::contentChanged(fd))
 CALL(int, fsync, (int fd), (fd), nullptr, false, Recorder::fileCommitted(fd))
 CALL(int, fdatasync, (int fd), (fd), nullptr, false, Recorder::fileCommitted(fd))
+CALL(int, syncfs, (int fd), (fd), nullptr, false, Recorder::allCommitted())
+CALL(int, sync_file_range, (int fd, off_t at, off_t size, unsigned flags), (fd, at, size, flags),
+     nullptr, false, {})
 CALL(int, fstat, (int fd, struct stat* status), (fd, status), nullptr, false, {})
 CALL(int, stat, (const char* path, struct stat* status), (path, status), path, false, {})
 CALL(int, lstat, (const char* path, struct stat* status), (path, status), path, false, {})
@@ -208,7 +212,7 @@ int openAndRecord(const char* name, int folder, const char* path, int flags, mod
   if (failing::fails(name, path, creates(flags))) return -1;
   const bool isNew =
       creates(flags) && ((flags & O_CREAT) == 0 || faccessat(folder, path, F_OK, 0) != 0);
-  const int descriptor = static_cast<int>(syscall(SYS_openat, folder, path, flags, mode));
+  const int descriptor = support::openOnIdleSystem(folder, path, flags, mode);
   const int error = errno;
   if (descriptor >= 0 && isNew) Recorder::fileCreated(descriptor);
   if (descriptor >= 0 && (flags & O_TRUNC) != 0) Recorder::contentChanged(descriptor);

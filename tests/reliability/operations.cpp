@@ -34,8 +34,8 @@ bool packs(const std::string& folder, const char* archive) {
   return FRT_ZIP_FOLDER((folder + "in").c_str(), (folder + archive).c_str());
 }
 
-bool copies(const std::string& folder, const char* target) {
-  return FileSystem::CopyContent(folder + "in/", folder + target) == 2;
+bool copies(const std::string& folder, const char* target, long files = 2) {
+  return FileSystem::CopyContent(folder + "in/", folder + target) == files;
 }
 
 bool applies(ArchiveChange& change, const std::string& folder, const char* archive) {
@@ -147,6 +147,7 @@ const Operation kOperations[] = {
     {"pack", [](In in) { return packs(in, "b.zip"); }, kInParts | kPassesOver},
     {"pack_over_an_archive", [](In in) { return packs(in, "a.zip"); }, kInParts | kPassesOver},
     {"copy_over_files", [](In in) { return copies(in, "out/"); }, kInParts},
+    {"copy_over_many_files", [](In in) { return copies(in, "out/", 10); }, kInParts | kManyFiles},
     {"copy_to_new_files", [](In in) { return copies(in, "new/"); }, kInParts},
     {"copy_a_file",
      [](In in) {
@@ -214,6 +215,10 @@ void prepare(const std::string& folder, const Operation& operation) {
   support::writeFile(folder + "out/deep/large", "old");
   support::writeFile(folder + "out/deep/old", "old");
   if (operation.is(kEmpty)) support::writeFile(folder + "empty.zip", "");
+  for (int i = 0; operation.is(kManyFiles) && i < 8; ++i) {
+    support::writeFile(folder + "in/" + std::to_string(i), "new");
+    support::writeFile(folder + "out/" + std::to_string(i), "old");
+  }
   ZipArchive archive;
   ASSERT_EQ(archive.create((folder + "a.zip").c_str(), 0), 1);
   ASSERT_EQ(archive.insert(bytesOf("kept"), "kept", "", 0), 1);

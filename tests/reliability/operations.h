@@ -16,6 +16,7 @@ enum Traits : unsigned {
   kMany = 4,        // the central directory of the archive is longer than a page
   kLarge = 8,       // writes more than a megabyte
   kEmpty = 16,      // there is a file without bytes, empty.zip
+  kManyFiles = 32,  // both trees have eight more small files
 };
 
 struct Operation {

@@ -99,4 +99,12 @@ void Recorder::fileCommitted(int descriptor) {
   });
 }
 
+void Recorder::allCommitted() {
+  record([](Recorder& recorder) {
+    for (int file = kTree; file < recorder.files_; ++file) {
+      recorder.events_.push_back({.file = file, .committed = true, .content = {}, .names = {}});
+    }
+  });
+}
+
 }  // namespace recording

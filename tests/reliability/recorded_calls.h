@@ -36,6 +36,7 @@ class Recorder {
   static void fileCreated(int descriptor);
   static void namesChanged();
   static void fileCommitted(int descriptor);
+  static void allCommitted();
 
  private:
   void addContent(int file, const std::string& path);

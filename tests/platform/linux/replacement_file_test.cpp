@@ -1,4 +1,4 @@
-// Replacing a file where the rename does not do what it should.
+// Replacing files where the system does not do what it should.
 
 #include "platform/linux/replacing/replacement_file.h"
 
@@ -8,12 +8,15 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <set>
 #include <utility>
 
+#include "platform/gathered_copies.h"
 #include "platform/linux/replacing/overwriting.h"
 #include "platform/linux/replacing/version_name.h"
 #include "support/folder_test.h"
 #include "support/linux/forked_process.h"
+#include "support/linux/idle_system.h"
 
 namespace {
 
@@ -26,6 +29,8 @@ struct FileSystemModel {
   bool isFullNfs = false;
   bool refusedPage = false;  // an NFS client holds a page that the server refused
   bool sentAgain = false;
+  bool losesUnnoticed = false;  // what is lost shows only in the files, as in older kernels
+  int lost = 0;                 // files of a common commit that the disk cannot store
 };
 FileSystemModel model;
 
@@ -40,6 +45,11 @@ void sendRefusedPage(int file) {
 
 // The library's calls resolve to these functions of the program.
 
+extern "C" int open(const char* path, int flags, ...) {
+  constexpr mode_t kForAll = 0666;
+  return support::openOnIdleSystem(AT_FDCWD, path, flags, kForAll);
+}
+
 extern "C" int fstatfs(int file, struct statfs* status) noexcept {
   const int result = static_cast<int>(syscall(SYS_fstatfs, file, status));
   if (model.isSmb) status->f_type = 0xFE534D42;
@@ -52,8 +62,22 @@ extern "C" int fallocate(int file, int mode, off_t at, off_t size) {
   return static_cast<int>(syscall(SYS_fallocate, file, mode, at, size));
 }
 
+extern "C" int syncfs(int file) noexcept {
+  errno = EIO;
+  if (model.lost > 0 && !model.losesUnnoticed) return -1;
+  return static_cast<int>(syscall(SYS_syncfs, file));
+}
+
+extern "C" int sync_file_range(int file, off_t at, off_t size, unsigned flags) {
+  errno = EIO;
+  if (model.lost > 0 && model.losesUnnoticed) return -1;
+  return static_cast<int>(syscall(SYS_sync_file_range, file, at, size, flags));
+}
+
 extern "C" int fdatasync(int file) {
   sendRefusedPage(file);
+  errno = EIO;
+  if (model.lost > 0 && model.lost-- > 0) return -1;
   if (!model.isFullNfs) return static_cast<int>(syscall(SYS_fdatasync, file));
   model.isFullNfs = false;
   model.refusedPage = true;
@@ -109,6 +133,22 @@ class ReplacementFiles : public support::FolderTest {
     errno = error;
     return isDone;
   }
+  // Replaces ten files, and returns the numbers of those that are reported as failed.
+  std::set<std::uint64_t> replaceTogether() const {
+    std::set<std::uint64_t> failed;
+    platform::GatheredCopies copies([&](const platform::GatheredCopies::End& end) {
+      if (end.error != ERROR_SUCCESS) failed.insert(end.id);
+    });
+    for (std::uint64_t id = 1; id <= 10; ++id) {
+      const std::string name = "target" + std::to_string(id);
+      write(name, "old");
+      EXPECT_EQ(
+          copies.copy(folder_.file("source").c_str(), folder_.file(name).c_str(), false, {}, id),
+          platform::GatheredCopies::Outcome::PutOff);
+    }
+    copies.finish();
+    return failed;
+  }
   std::string contentOf(const char* name) const { return read(name); }
 };
 
@@ -157,6 +197,18 @@ TEST_F(ReplacementFiles, GetTheirOldSizeBackOnAServerThatIsFull) {
   EXPECT_FALSE(overwrite(3000));
   EXPECT_EQ(errno, ENOSPC);
   EXPECT_EQ(contentOf("target"), "old");
+}
+
+TEST_F(ReplacementFiles, AreNotPutInPlaceIfTheyMayNotBeOnTheDisk) {
+  write("source", "new");
+  for (const bool losesUnnoticed : {false, true}) {
+    SCOPED_TRACE(losesUnnoticed);
+    model = {.losesUnnoticed = losesUnnoticed, .lost = 1};
+    EXPECT_EQ(replaceTogether(), (std::set<std::uint64_t>{1}));
+    EXPECT_EQ(contentOf("target1"), "old");
+    EXPECT_EQ(contentOf("target2"), "new");
+    EXPECT_EQ(contentOf("target10"), "new");
+  }
 }
 
 TEST_F(ReplacementFiles, HoldTheTargetUnlessItIsOnAServer) {

@@ -15,8 +15,8 @@
 #include "platform/linux/opening/new_file.h"
 #include "platform/linux/opening/remote_file.h"
 #include "platform/linux/opening/share_lock.h"
+#include "platform/linux/replacing/durability.h"
 #include "platform/linux/replacing/overwriting.h"
-#include "platform/linux/replacing/replacement_file.h"
 #include "platform/linux/system/last_error.h"
 #include "platform/linux/trees/copy_content.h"
 
@@ -49,26 +49,10 @@ mode_t removedBy(const Source& source) { return isReadOnly(source.status.st_mode
 
 // Replaces the target by a complete copy. With Refused it may have been closed.
 Replaced replaceWhole(const Source& source, Target& target, const CopyProgress& progress) {
-  const Descriptor folder(
-      openRetrying(AT_FDCWD, folderOf(target.path).c_str(), O_PATH | O_DIRECTORY));
-  if (!folder) return isRefusal(errno) ? Replaced::Refused : Replaced::No;
-  ReplacementFile file({.directory = folder.get(),
-                        .name = nameOf(target.path.c_str()),
-                        .status = target.status,
-                        .held = &target.held},
-                       ReplacementFile::Named::AtTheEnd);
-  if (!file) return isRefusal(errno) ? Replaced::Refused : Replaced::No;
-  if (!file.keepsOwner()) return Replaced::Refused;
-  const int descriptor = file.descriptor();
-  if (!copyContent(source.descriptor, source.status, descriptor, progress)) return Replaced::No;
-  const Replaced completed = file.complete(removedBy(source));
-  if (completed != Replaced::Yes) return completed;
-  if (!setWriteTime(descriptor, source.status.st_mtim, target.status.st_mtim)) return Replaced::No;
-  // Another process may have opened the target during the copying.
-  if (target.whenHeld == HeldTarget::Overwrite && !holdExclusively(target.held.get())) {
-    return Replaced::Refused;
-  }
-  return file.putInPlace();
+  WholeCopy copy(target);
+  const Replaced made = copy.make(source, progress);
+  if (made != Replaced::Yes) return made;
+  return commitContent(copy.descriptor()) ? copy.putInPlace() : Replaced::No;
 }
 
 bool overwrite(const Source& source, Target& target, const CopyProgress& progress) {
@@ -142,8 +126,52 @@ TargetState lockTarget(const NativePath& path, const Source& source, Target& tar
   return isCurrent ? TargetState::Locked : TargetState::Changed;
 }
 
+Replaced WholeCopy::make(const Source& source, const CopyProgress& progress) {
+  folder_ =
+      Descriptor(openRetrying(AT_FDCWD, folderOf(target_.path).c_str(), O_PATH | O_DIRECTORY));
+  if (!folder_) return isRefusal(errno) ? Replaced::Refused : Replaced::No;
+  file_.emplace(Place{.directory = folder_.get(),
+                      .name = nameOf(target_.path.c_str()),
+                      .status = target_.status,
+                      .held = &target_.held},
+                ReplacementFile::Named::AtTheEnd);
+  if (!*file_) return isRefusal(errno) ? Replaced::Refused : Replaced::No;
+  if (!file_->keepsOwner()) return Replaced::Refused;
+  if (!copyContent(source.descriptor, source.status, descriptor(), progress)) return Replaced::No;
+  const Replaced prepared = file_->prepare(removedBy(source));
+  if (prepared != Replaced::Yes) return prepared;
+  const bool isTimeSet = setWriteTime(descriptor(), source.status.st_mtim, target_.status.st_mtim);
+  return isTimeSet ? Replaced::Yes : Replaced::No;
+}
+
+Replaced WholeCopy::putInPlace() {
+  // Another process may have opened the target during the copying.
+  if (target_.whenHeld == HeldTarget::Overwrite && !holdExclusively(target_.held.get())) {
+    return Replaced::Refused;
+  }
+  return file_->putInPlace();
+}
+
+FileIdentity WholeCopy::identity() const {
+  struct stat status {};
+  fstat(descriptor(), &status);
+  return identityOf(status);
+}
+
+// The copy has the owner, the permissions and the attributes that the target had.
+bool WholeCopy::lockTargetAgain() {
+  struct stat now;
+  const struct stat& old = target_.status;
+  return lockAgain(target_) && isReplaceable(target_) && lstat(target_.path.c_str(), &now) == 0 &&
+         isSameFile(now, old) && now.st_mode == old.st_mode && now.st_uid == old.st_uid &&
+         now.st_gid == old.st_gid && now.st_ctim.tv_sec == old.st_ctim.tv_sec &&
+         now.st_ctim.tv_nsec == old.st_ctim.tv_nsec;
+}
+
+bool isReplaceable(const Target& target) { return !target.isShared && target.status.st_nlink == 1; }
+
 bool copyOver(const Source& source, Target& target, const CopyProgress& progress) {
-  if (!target.isShared && target.status.st_nlink == 1) {
+  if (isReplaceable(target)) {
     const Replaced result = replaceWhole(source, target, progress);
     if (result != Replaced::Refused) return result == Replaced::Yes;
     if (!lockAgain(target)) return false;

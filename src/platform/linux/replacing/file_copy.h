@@ -3,11 +3,14 @@
 
 #include <sys/stat.h>
 
+#include <optional>
 #include <string>
 
 #include "platform/copy_file.h"
+#include "platform/file_identity.h"
 #include "platform/linux/names/native_path.h"
 #include "platform/linux/opening/descriptor.h"
+#include "platform/linux/replacing/replacement_file.h"
 #include "platform/unique_handle.h"
 
 namespace platform::native {
@@ -46,6 +49,42 @@ enum class TargetState { Locked, Missing, Changed, Failed };
 // Opens and locks the file that the path leads to, if a copy of the source may
 // take its place. Changed if another process replaced the file at the same time.
 TargetState lockTarget(const NativePath& path, const Source& source, Target& target);
+
+// A complete copy of a file beside the one that it is to replace.
+class WholeCopy {
+ public:
+  // `target` is locked. It must outlive the object, and be locked when that goes in its place.
+  explicit WholeCopy(Target& target) : target_(target) {}
+  WholeCopy(const WholeCopy&) = delete;
+  WholeCopy& operator=(const WholeCopy&) = delete;
+
+  // Makes the copy, with all that it takes over from the target. Its write time is that of the
+  // source.
+  Replaced make(const Source& source, const CopyProgress& progress);
+  int descriptor() const { return file_->descriptor(); }
+  FileIdentity identity() const;
+  // Takes the place of the target, once the copy is on the disk. With Refused the target may have
+  // been closed.
+  Replaced putInPlace();
+  // Deletes the copy and unlocks the target.
+  void drop() {
+    file_.reset();
+    unlockTarget();
+  }
+
+  // Closes the target, for a copy that waits before it goes in its place.
+  void unlockTarget() { target_.held = Descriptor(); }
+  // Opens and locks the target again. False if it is not as it was, or if others hold it.
+  bool lockTargetAgain();
+
+ private:
+  Target& target_;
+  Descriptor folder_;
+  std::optional<ReplacementFile> file_;
+};
+
+// Reports whether a complete copy may take the place of the target.
+bool isReplaceable(const Target& target);
 
 // Gives the target the content and the write time of the source. The target keeps
 // its owner, permissions and access control list, but becomes read-only if the

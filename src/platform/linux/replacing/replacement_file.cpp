@@ -126,7 +126,7 @@ bool ReplacementFile::setAccess(const struct stat& now, mode_t removed) {
   return applyMode(file_.get(), place_.mode, kOwnerOnly);
 }
 
-Replaced ReplacementFile::complete(mode_t removed) {
+Replaced ReplacementFile::prepare(mode_t removed) {
   struct stat now {};
   if (hasOld()) {
     // A program that does not use the locks may have put another file there.
@@ -140,6 +140,12 @@ Replaced ReplacementFile::complete(mode_t removed) {
   if (!setAccess(now, removed)) {
     return cannotCarry(errno) ? Replaced::Refused : Replaced::No;
   }
+  return Replaced::Yes;
+}
+
+Replaced ReplacementFile::complete(mode_t removed) {
+  const Replaced prepared = prepare(removed);
+  if (prepared != Replaced::Yes) return prepared;
   return commitContent(file_.get()) ? Replaced::Yes : Replaced::No;
 }
 

@@ -75,8 +75,10 @@ class ReplacementFile {
   // Reports whether it can have the access control list of the old one too.
   bool keepsAccess() const;
 
-  // Gives the file all that it takes over from the old one, less the permissions `removed`, and
-  // commits it to the disk. Returns No, with EBUSY, if the name is no longer that of the old file.
+  // Gives the file all that it takes over from the old one, less the permissions `removed`. Returns
+  // No, with EBUSY, if the name is no longer that of the old file.
+  Replaced prepare(mode_t removed = 0);
+  // Does that, and commits the file to the disk.
   Replaced complete(mode_t removed = 0);
   // Closes the file and gives it the name of the old one. After a power failure either the old file
   // is there or the new one. On a network file system this closes the old file, also if the outcome
