@@ -31,6 +31,7 @@ struct FileSystemModel {
   bool sentAgain = false;
   bool losesUnnoticed = false;  // what is lost shows only in the files, as in older kernels
   int lost = 0;                 // files of a common commit that the disk cannot store
+  int commits = 0;
 };
 FileSystemModel model;
 
@@ -76,6 +77,7 @@ extern "C" int sync_file_range(int file, off_t at, off_t size, unsigned flags) {
 
 extern "C" int fdatasync(int file) {
   sendRefusedPage(file);
+  ++model.commits;
   errno = EIO;
   if (model.lost > 0 && model.lost-- > 0) return -1;
   if (!model.isFullNfs) return static_cast<int>(syscall(SYS_fdatasync, file));
@@ -209,6 +211,12 @@ TEST_F(ReplacementFiles, AreNotPutInPlaceIfTheyMayNotBeOnTheDisk) {
     EXPECT_EQ(contentOf("target2"), "new");
     EXPECT_EQ(contentOf("target10"), "new");
   }
+}
+
+TEST_F(ReplacementFiles, AreCommittedTogether) {
+  write("source", "new");
+  EXPECT_EQ(replaceTogether(), (std::set<std::uint64_t>{}));
+  EXPECT_EQ(model.commits, 1);
 }
 
 TEST_F(ReplacementFiles, HoldTheTargetUnlessItIsOnAServer) {
