@@ -59,9 +59,15 @@ class Methods : public Zip {
     return archive.readAll(archive.entries().at(0), bytes, secret_);
   }
 
+  // Returns text that every method compresses, with repetitions.
   static std::string textOfSize(std::size_t size) {
     std::string text = support::noise(size);
     for (char& c : text) c = "0123456789 \n"[static_cast<unsigned char>(c) % 12];
+    // Matches of every length that has a code of its own.
+    constexpr std::size_t kLongest = 300;
+    for (std::size_t at = 2 * kLongest; at + kLongest < size; at += 2 * kLongest + 1) {
+      text.replace(at, at % kLongest, text, at - kLongest, at % kLongest);
+    }
     return text;
   }
 

@@ -160,14 +160,14 @@ TEST_F(HostTreesOnLinux, ProgressCountsHoles) {
   if (!support::fileSystem().largeFiles) GTEST_SKIP() << "no holes here";
   shell(
       "mkdir in && truncate -s 50M in/sparse && printf x >>in/sparse &&"
-      " truncate -s 80M in/sparse");
+      " truncate -s 80M in/sparse && printf x >in/begun && truncate -s 20M in/begun");
   std::uint64_t done = 0;
   EXPECT_TRUE(copy(Options().setProgress([&](const Progress& progress) {
     done = progress.bytesDone;
     return true;
   })));
-  EXPECT_EQ(done, std::uint64_t{80} << 20);
-  shell("cmp in/sparse out/sparse");
+  EXPECT_EQ(done, std::uint64_t{100} << 20);
+  shell("cmp in/sparse out/sparse && cmp in/begun out/begun");
 }
 
 TEST_F(HostTreesOnLinux, DeletionStaysInItsTree) {

@@ -12,8 +12,8 @@
 #include <utility>
 
 #include "platform/gathered_copies.h"
+#include "platform/linux/opening/remote_file.h"
 #include "platform/linux/replacing/overwriting.h"
-#include "platform/linux/replacing/version_name.h"
 #include "support/folder_test.h"
 #include "support/linux/forked_process.h"
 #include "support/linux/idle_system.h"
@@ -173,8 +173,9 @@ TEST_F(ReplacementFiles, StayBesideATargetThatIsLost) {
   EXPECT_EQ(contentOf("target.new2"), "new");
 }
 
+// Also a process that runs another release.
 TEST_F(ReplacementFiles, TakeTheNameThatAKilledProcessLeft) {
-  write(platform::native::versionNameFor("target"), "killed");
+  write(".~copy16f3e46051eee3e8.tmp", "killed");
   EXPECT_EQ(replace(false, 0), Replaced::Yes);
   EXPECT_EQ(contentOf("target"), "new");
   EXPECT_EQ(folder_.entries(), 1U);
@@ -199,6 +200,24 @@ TEST_F(ReplacementFiles, GetTheirOldSizeBackOnAServerThatIsFull) {
   EXPECT_FALSE(overwrite(3000));
   EXPECT_EQ(errno, ENOSPC);
   EXPECT_EQ(contentOf("target"), "old");
+}
+
+// An SMB client takes two openings with the same flags for one, and their locks for those of one.
+TEST_F(ReplacementFiles, AreLockedThroughAnOpeningOfTheirOwnOnAnSmbServer) {
+  constexpr int kKept = O_ACCMODE | O_APPEND;
+  write("target", "old");
+  for (const int flags : {O_RDONLY, O_RDWR, O_RDWR | O_APPEND}) {
+    SCOPED_TRACE(flags);
+    Descriptor file(open(folder_.file("target").c_str(), flags | O_CLOEXEC));
+    const int first = file.get();
+    model.isSmb = false;
+    platform::native::openApart(file);
+    EXPECT_EQ(file.get(), first);
+    model.isSmb = true;
+    platform::native::openApart(file);
+    EXPECT_NE(file.get(), first);
+    EXPECT_EQ(fcntl(file.get(), F_GETFL) & kKept, flags);
+  }
 }
 
 TEST_F(ReplacementFiles, AreNotPutInPlaceIfTheyMayNotBeOnTheDisk) {
