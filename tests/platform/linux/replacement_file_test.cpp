@@ -32,6 +32,7 @@ struct FileSystemModel {
   bool losesUnnoticed = false;  // what is lost shows only in the files, as in older kernels
   int lost = 0;                 // files of a common commit that the disk cannot store
   int commits = 0;
+  bool needsNames = false;  // as in an overlay of an older kernel
 };
 FileSystemModel model;
 
@@ -46,9 +47,19 @@ void sendRefusedPage(int file) {
 
 // The library's calls resolve to these functions of the program.
 
-extern "C" int open(const char* path, int flags, ...) {
-  constexpr mode_t kForAll = 0666;
-  return support::openOnIdleSystem(AT_FDCWD, path, flags, kForAll);
+// The last argument of the next two may be missing. It is in a register then as well, and the kernel
+// does not read it. Their names are others in C++, because headers declare them otherwise.
+
+extern "C" int openFile(const char* path, int flags, mode_t mode) __asm__("open");
+extern "C" int openFile(const char* path, int flags, mode_t mode) {
+  return support::openOnIdleSystem(AT_FDCWD, path, flags, mode);
+}
+
+extern "C" int openFileAt(int folder, const char* path, int flags, mode_t mode) __asm__("openat");
+extern "C" int openFileAt(int folder, const char* path, int flags, mode_t mode) {
+  errno = EOPNOTSUPP;
+  if (model.needsNames && (flags & O_TMPFILE) == O_TMPFILE) return -1;
+  return support::openOnIdleSystem(folder, path, flags, mode);
 }
 
 extern "C" int fstatfs(int file, struct statfs* status) noexcept {
@@ -230,6 +241,21 @@ TEST_F(ReplacementFiles, AreNotPutInPlaceIfTheyMayNotBeOnTheDisk) {
     EXPECT_EQ(contentOf("target2"), "new");
     EXPECT_EQ(contentOf("target10"), "new");
   }
+}
+
+// A killed process would leave all that wait.
+TEST_F(ReplacementFiles, DoNotWaitIfTheyHaveNames) {
+  using platform::GatheredCopies;
+  model.needsNames = true;
+  write("source", "new");
+  write("first", "old");
+  write("second", "old");
+  GatheredCopies copies([](const GatheredCopies::End&) {});
+  const std::string source = folder_.file("source");
+  copies.copy(source.c_str(), folder_.file("first").c_str(), false, {}, 1);
+  EXPECT_EQ(copies.copy(source.c_str(), folder_.file("second").c_str(), false, {}, 2),
+            GatheredCopies::Outcome::Copied);
+  EXPECT_EQ(contentOf("first"), "new");
 }
 
 TEST_F(ReplacementFiles, AreCommittedTogether) {

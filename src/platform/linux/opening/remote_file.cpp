@@ -13,7 +13,6 @@
 namespace platform::native {
 namespace {
 
-constexpr std::uint32_t kSmb = 0x517B;
 constexpr std::uint32_t kCifs = 0xFF534D42;
 constexpr std::uint32_t kSmb2 = 0xFE534D42;
 
@@ -40,7 +39,6 @@ bool isRemoteFile(int descriptor) {
   const std::optional<std::uint32_t> system = fileSystemOf(descriptor);
   if (!system) return true;
   switch (*system) {
-    case kSmb:
     case kCifs:
     case kSmb2:
     case 0x6969:      // NFS
@@ -61,7 +59,7 @@ bool isRemoteFile(int descriptor) {
 // that it was joined with.
 void openApart(Descriptor& file) {
   const std::optional<std::uint32_t> system = fileSystemOf(file.get());
-  if (system != kSmb && system != kCifs && system != kSmb2) return;
+  if (system != kCifs && system != kSmb2) return;
   const int flags = fcntl(file.get(), F_GETFL) & (O_ACCMODE | O_APPEND);
   const std::string name = "/proc/self/fd/" + std::to_string(file.get());
   Descriptor apart(::open(name.c_str(), flags | O_CLOEXEC | anyHarmlessFlags()));

@@ -29,6 +29,7 @@ bool isLittleUnwritten(std::uint64_t most) {
   if (size <= 0) return false;
   const std::string lines(text, static_cast<std::size_t>(size));
   std::uint64_t bytes = 0;
+  // The numbers are in KiB.
   for (const std::string name : {"Dirty:", "Writeback:"}) {
     const std::size_t at = lines.find(name);
     if (at == std::string::npos) return false;

@@ -62,6 +62,8 @@ class WholeCopy {
   // source.
   Replaced make(const Source& source, const CopyProgress& progress);
   int descriptor() const { return file_->descriptor(); }
+  // True if the copy has a name, which a killed process leaves.
+  bool isNamed() const { return !file_->temporaryName().empty(); }
   FileIdentity identity() const;
   // Takes the place of the target, once the copy is on the disk. With Refused the target may have
   // been closed.

@@ -86,7 +86,9 @@ struct GatheredCopies::State {
   void add(std::unique_ptr<Waiting> waiting, off_t size) {
     waiting->copy.unlockTarget();
     bytes += size;
-    isFull = copies.size() + 1 >= kMostFiles || bytes >= kMostBytes ||
+    // A killed process leaves no more than one file with a name.
+    gathers = !waiting->copy.isNamed();
+    isFull = !gathers || copies.size() + 1 >= kMostFiles || bytes >= kMostBytes ||
              isScarce(waiting->copy.descriptor());
     targets.add(identityOf(waiting->target.status), waiting->id);
     copies.push_back(std::move(waiting));
@@ -97,7 +99,9 @@ struct GatheredCopies::State {
   }
 
   OnEnd onEnd;
-  bool gathers = true;     // until the first target on a file system that has no common commit
+  // False from the first target on a file system that has no common commit, or no files without
+  // a name.
+  bool gathers = true;
   WaitingCopies copies{};  // all on one volume
   off_t bytes = 0;
   bool isFull = false;
