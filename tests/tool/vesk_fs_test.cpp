@@ -244,6 +244,7 @@ TEST_F(VeskFs, CopiesSweepsAndReads) {
   write("f.xml", "<a k=\"&lt;1\">x &amp; y</a>");
   check({
       {"copy in/ out/new/", 0, "copied 2 files\n"},
+      {"copy in '" + folder_.file("rooted") + "'", 0, "copied 2 files\n"},
       {"copy in/b.tmp single/place", 0, ""},
       {"copy in blocked", 1, "copied 1 file\n", "cannot copy 'b.tmp': a directory has its name"},
       {"copy none out", 1, "", "cannot copy 'none' to '.\\out\\': it does not exist"},
@@ -257,7 +258,7 @@ TEST_F(VeskFs, CopiesSweepsAndReads) {
       {"xml get f.xml a b", 1, "", "'f.xml' has no attribute 'b' of element 'a', or it is empty"},
       {"xml get none a", 1, "", "cannot read the file 'none'"},
   });
-  shell("diff -r in out/new && cmp in/b.tmp single/place/b.tmp");
+  shell("diff -r in out/new && diff -r in rooted && cmp in/b.tmp single/place/b.tmp");
 
   shell("touch -d '3 days ago' in/sub/a in/b.tmp");
   const std::string separator(1, static_cast<char>(std::filesystem::path::preferred_separator));
