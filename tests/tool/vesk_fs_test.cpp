@@ -103,7 +103,7 @@ def add(name, data, method, comment=b""):
     info.compress_type, info.comment = method, comment
     z.writestr(info, data)
 add("dir/", "", 0)
-add("a\"b", "x" * 1000, 8, "\u00e9\n".encode())
+add("a\"b", "x" * 1000, 8, "\u00e9\n".encode() + b"\x80")
 add("c", "abc", 0)
 z.comment = b"PK\5\6" + b"x" * 17
 z.close()
@@ -121,7 +121,7 @@ open("a.zip", "wb").write(data))");
        {"list a.zip 'a*' --json", 0,
         "[\n  {\"name\": \"a\\\"b\", \"directory\": false, \"size\": 1000, \"packedSize\": 11, "
         "\"modified\": \"2024-02-29T12:34:56\", \"crc32\": \"3b41c9e6\", \"method\": \"deflate\", "
-        "\"encryption\": \"none\", \"comment\": \"\u00e9\\u000a\"}\n]\n"},
+        "\"encryption\": \"none\", \"comment\": \"\u00e9\\u000a\\ufffd\"}\n]\n"},
        {"test a.zip", 1, "tested 3 entries of a.zip: 1 error\n",
         "'c': its compression method, PPMd"}});
 }
@@ -183,6 +183,9 @@ TEST_F(VeskFs, CompressesAsAsked) {
     std::filesystem::remove(folder_.file("a.zip"));
     return size;
   };
+  for (const char level : std::string_view("0123456789")) {
+    check({{std::string("pack -q in a.zip -") + level, 0, ""}});
+  }
   for (const std::string command : {"pack in a.zip ", "add a.zip in/text "}) {
     const auto stored = sizeAfter(command + "-0");
     const auto fastest = sizeAfter(command + "-1");
