@@ -37,6 +37,26 @@ TEST_F(VeskFs, PacksWithAnyNumberOfThreads) {
   shell("ulimit -s 1000000; ulimit -v 600000; " VESK_FS " pack -q in c.zip -j4 && cmp a.zip c.zip");
 }
 
+// By default as many threads as there are processors which the program may use.
+TEST_F(VeskFs, UsesAsManyThreadsAsAsked) {
+  if (support::kFewSteps) GTEST_SKIP() << "a sanitizer and an emulator have threads of their own";
+  python(R"(
+import os, subprocess
+def check(expected, *options):
+    add = subprocess.Popen([")" VESK_FS R"(", "add", "a.zip", "-", "--name", "x", *options],
+                           stdin=subprocess.PIPE)
+    add.stdin.write(bytes(30 << 20))
+    used = len(os.listdir(f"/proc/{add.pid}/task"))
+    add.communicate()
+    assert used == expected, (used, expected, options)
+usable = sorted(os.sched_getaffinity(0))
+for processors in usable[:1], usable[:2]:
+    os.sched_setaffinity(0, processors)
+    check(len(processors))
+check(1, "-j1")
+check(3, "-j3"))");
+}
+
 // Whatever a command leaves out is named, and the status is 1.
 TEST_F(VeskFs, NamesWhatItLeavesOut) {
   if (!support::fileSystem().links || !support::fileSystem().fifos) GTEST_SKIP() << "no links here";
