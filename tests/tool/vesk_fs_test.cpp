@@ -44,6 +44,8 @@ TEST_F(VeskFs, ChangesEntries) {
       {"add a.zip one --name named/it", 0, ""},
       {"printf 12 | add a.zip - --name input", 0, ""},
       {"printf 12 | add a.zip -", 2, "", "standard input (-) is added alone and needs --name"},
+      {"add a.zip one --password-file empty.zip", 1, "",
+       "the first line of the password file 'empty.zip' is empty"},
       {"add empty.zip one", 0, ""},
       {"list empty.zip", 0, "one\n"},
       {"list a.zip", 0,

@@ -205,6 +205,11 @@ TEST_F(VeskFsOnATerminal, AsksForAPassword) {
   write("one", "1");
   EXPECT_EQ(typed("add a.zip one -q --encrypt traditional"),
             "new password: \nthe same again: \n[0]\n");
+  EXPECT_EQ(typed("add b.zip one --encrypt traditional", "TYPED=$(printf 'a\\n|b\\n|') "),
+            "new password: \nthe same again: \nvesk-fs: the two passwords differ\n[1]\n");
+  EXPECT_EQ(typed("add b.zip one --encrypt traditional", "TYPED=$(printf '\\n|\\n|') "),
+            "new password: \nvesk-fs: no password was given\n[1]\n");
+  EXPECT_FALSE(exists("b.zip"));
   EXPECT_EQ(typed("extract a.zip one - -q"), "password for 'one': \n1[0]\n");
   shell("unzip -P secret -tqq a.zip");
 
