@@ -11,7 +11,8 @@ TEST_F(VeskFs, FailsOnUnreadableInput) {
          {"add a.zip - --name in </", 1, "", "cannot read standard input"},
          {"add a.zip - --name in <&-", 1, "", "cannot read standard input"},
          {"add new.zip - --name in </", 1, "", "cannot read standard input"},
-         {"list a.zip", 0, "file\n"}});
+         {"list a.zip", 0, "file\n"},
+         {"list a.zip >/dev/full", 1, "", "cannot write to standard output"}});
   EXPECT_FALSE(exists("new.zip"));
   // Without a standard output the archive is not written to in its place, by more than a buffer
   // has.
