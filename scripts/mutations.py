@@ -1,4 +1,4 @@
-"""Small faults in C++ text: one operator, constant, condition or statement changed at a time.
+"""Small faults in C++ text: one operator, constant, condition, call or statement changed at a time.
 
 Nothing here parses C++. The text is cut into tokens, and the code is expected to be formatted as
 .clang-format says: a binary operator has a space on both sides, which template brackets, pointers
@@ -6,7 +6,7 @@ and references do not have. A change that does not compile costs time and no mor
 """
 
 import re
-from typing import Iterator, List, NamedTuple
+from typing import Dict, Iterator, List, NamedTuple
 
 TOKEN = re.compile(
     r'''
@@ -37,6 +37,12 @@ KEYWORDS = {'return', 'if', 'else', 'for', 'while', 'do', 'switch', 'case', 'def
             'inline', 'extern', 'explicit', 'virtual', 'operator', 'friend', 'auto', 'try',
             'catch', 'throw', 'delete', 'new'}
 CLOSING = {'(': ')', '[': ']', '{': '}'}
+# What an operand of `&&` or `||` ends at.
+LIMITS = {',', ';', '?', ':', '&&', '||', 'return', '{', '}'} | ASSIGNMENTS
+CONSTANT = re.compile(r'\bconstexpr ([\w:<> ]+?) (k[A-Z]\w*)\b')
+FUNCTION = re.compile(r'^ *(?:static |inline |constexpr )*([\w:][\w:<>*& ]*?)[ ]([a-z]\w*)\(([^()]*)\)[\w ]* \{',
+                      re.MULTILINE)
+PLAIN_ARGUMENT = re.compile(r'[&*]?[A-Za-z_]\w*(?:(?:\.|->|::)\w+)*(?:\(\))?')
 
 
 class Token(NamedTuple):
@@ -144,6 +150,81 @@ def condition_mutations(text: str, tokens: List[Token], i: int) -> Iterator[Muta
     yield Mutation(start, end, f'false && ({condition})')
     if tokens[i].text == 'if':
         yield Mutation(start, end, f'true || ({condition})')
+    if any(is_call(tokens, at) for at in range(i + 2, last)):
+        # The call is made, and its result ignored.
+        yield Mutation(start, end, f'({condition}) && false')
+
+
+def is_call(tokens: List[Token], i: int) -> bool:
+    return (tokens[i].kind == 'word' and tokens[i].text not in KEYWORDS and
+            i + 1 < len(tokens) and tokens[i + 1].text == '(')
+
+
+def operand_limit(tokens: List[Token], i: int, step: int) -> int:
+    """Index of the token beside the operand on one side of the operator at `i`."""
+    depth = 0
+    opening, closing = (set(CLOSING), set(CLOSING.values()))[::step]
+    while True:
+        i += step
+        if i < 0 or i >= len(tokens) or depth == 0 and tokens[i].text in LIMITS | closing:
+            return i
+        if tokens[i].kind == 'mark':
+            depth += (tokens[i].text in opening) - (tokens[i].text in closing)
+
+
+def conjunct_mutations(text: str, tokens: List[Token], i: int) -> Iterator[Mutation]:
+    """Leaves out one of the two operands of the operator at `i`, or the result of the first."""
+    first, last = operand_limit(tokens, i, -1) + 1, operand_limit(tokens, i, 1) - 1
+    if not first < i < last:
+        return
+    start, end = tokens[first].start, tokens[last].end
+    yield Mutation(start, tokens[i + 1].start, '')
+    yield Mutation(tokens[i - 1].end, end, '')
+    if any(is_call(tokens, at) for at in range(first, i)):
+        before, after = text[start:tokens[i - 1].end], text[tokens[i + 1].start:end]
+        yield Mutation(start, end, f'(({before}), ({after}))')
+
+
+def argument_mutations(text: str, tokens: List[Token], i: int) -> Iterator[Mutation]:
+    """Swaps two arguments of the call at token `i`."""
+    last = matching(tokens, i + 1)
+    starts = [i + 2]
+    depth = 0
+    for at in range(i + 2, last):
+        depth += (tokens[at].text in CLOSING) - (tokens[at].text in CLOSING.values())
+        if depth == 0 and tokens[at].text == ',':
+            starts.append(at + 1)
+    ends = [at - 1 for at in starts[1:]] + [last]
+    spans = [(tokens[s].start, tokens[e - 1].end) for s, e in zip(starts, ends) if s < e]
+    for (start, middle), (follow, end) in zip(spans, spans[1:]):
+        one, other = text[start:middle], text[follow:end]
+        if one != other and PLAIN_ARGUMENT.fullmatch(one) and PLAIN_ARGUMENT.fullmatch(other):
+            yield Mutation(start, end, other + text[middle:follow] + one)
+
+
+def siblings_of(text: str) -> Dict[str, str]:
+    """For each constant and function of a file another one of the same type."""
+    groups: Dict[tuple, List[str]] = {}
+    for found in CONSTANT.finditer(text):
+        groups.setdefault((found[1],), []).append(found[2])
+    for found in FUNCTION.finditer(text):
+        parameters = tuple(re.sub(r'\s*\b\w+$', '', p.strip()) for p in found[3].split(','))
+        if found[1] not in KEYWORDS | {'else'}:
+            groups.setdefault((found[1], parameters), []).append(found[2])
+    others = {}
+    for names in groups.values():
+        names = list(dict.fromkeys(names))
+        others.update(zip(names, names[1:] + names[:1]))
+    return {name: other for name, other in others.items() if name != other}
+
+
+def sibling_mutations(tokens: List[Token], i: int, others: Dict[str, str]) -> Iterator[Mutation]:
+    """Replaces the name at token `i` by that of another constant or function of the same type."""
+    token = tokens[i]
+    before = tokens[i - 1] if i > 0 else token
+    is_defined = before.kind == 'word' and before.text != 'return' or before.text in ('>', '&', '*')
+    if token.text in others and not is_defined and (token.text[0] == 'k' or is_call(tokens, i)):
+        yield Mutation(token.start, token.end, others[token.text])
 
 
 def is_expression(tokens: List[Token], first: int, last: int) -> bool:
@@ -227,6 +308,7 @@ def mutations_of(text: str) -> List[Mutation]:
     """All changes of a source file, in the order of their place."""
     tokens = tokens_of(text)
     skip = skipped(tokens)
+    others = siblings_of(text)
     found = []
     code = [False]  # for each brace that is open, whether it holds statements
     nested = [0]    # for each, how many parentheses are open inside it
@@ -245,6 +327,12 @@ def mutations_of(text: str) -> List[Mutation]:
             continue
         nested[-1] += {'(': 1, ')': -1}.get(token.text, 0)
         found.extend(token_mutations(text, tokens, i))
+        if token.kind == 'word':
+            found.extend(sibling_mutations(tokens, i, others))
+        if code[-1] and is_call(tokens, i):
+            found.extend(argument_mutations(text, tokens, i))
+        if token.text in ('&&', '||') and text[token.start - 1].isspace():
+            found.extend(conjunct_mutations(text, tokens, i))
         if token.text in ('if', 'while'):
             found.extend(condition_mutations(text, tokens, i))
         starts = before in (';', '{', '}', ')', 'else', 'do') and token.text not in CLOSING.values()
