@@ -4,7 +4,7 @@ BUILD_PACKAGES = cmake g++ ninja-build libboost-dev zlib1g-dev libdeflate-dev li
                  libzstd-dev libbz2-dev liblzma-dev libgtest-dev
 CLANG_PACKAGES = clang libclang-rt-dev
 TEST_PACKAGES = zip unzip p7zip-full libarchive-tools busybox python3 coreutils diffutils \
-                pkg-config binutils $(CLANG_PACKAGES)
+                pkg-config binutils e2fsprogs xfsprogs $(CLANG_PACKAGES)
 COMPILER_PACKAGES = $(CLANG_PACKAGES) clang-19 libc++-dev libc++abi-dev googletest
 LINT_PACKAGES = clang clang-format clang-tidy python3
 FUZZ_PACKAGES = $(CLANG_PACKAGES)
