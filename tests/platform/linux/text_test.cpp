@@ -1,13 +1,17 @@
 // Wildcards, letter case, file times, and code pages that are UTF-8.
 
 #include <gtest/gtest.h>
+#include <locale.h>
+#include <wctype.h>
 
 #include <cstdint>
 #include <limits>
 #include <random>
+#include <set>
 #include <string>
 
 #include "platform/linux/metadata/file_time.h"
+#include "platform/linux/names/case_folding.h"
 #include "platform/linux/names/wildcard.h"
 #include "platform/win32.h"
 
@@ -45,6 +49,24 @@ TEST(Text, ComparisonIgnoresCase) {
     const int order = lstrcmpiA(first, second);
     EXPECT_EQ((order > 0) - (order < 0), expected) << first << ' ' << second;
   }
+}
+
+// Three capitals stay as they are: their small letters are several, in another block, or were added
+// later.
+TEST(Text, CapitalsAreFoldedAsInTheCLibrary) {
+  using platform::native::foldCase;
+  const std::set<char32_t> kept{0x130, 0x4C0, 0x1E9E};
+  const locale_t locale = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
+  ASSERT_NE(locale, nullptr);
+  const std::pair<char32_t, char32_t> blocks[] = {
+      {0, 0x17F}, {0x386, 0x3AB}, {0x400, 0x556}, {0x1E00, 0x1EFF}, {0xFF00, 0xFF5A}};
+  for (const auto& [first, last] : blocks) {
+    for (char32_t c = first; c <= last; ++c) {
+      const auto small = static_cast<char32_t>(towlower_l(static_cast<wint_t>(c), locale));
+      EXPECT_EQ(foldCase(c), kept.count(c) != 0 ? c : small) << std::hex << std::uint32_t{c};
+    }
+  }
+  freelocale(locale);
 }
 
 TEST(TimesOnLinux, HaveLimits) {
