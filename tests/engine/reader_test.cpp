@@ -130,4 +130,57 @@ with zipfile.ZipFile("a.zip", "w") as z: z.writestr("bad", "0123456789"), z.writ
   }
 }
 
+TEST_F(EngineReader, NoCallTakesANullReaderOrWriter) {
+  ZipReader* const noReader = nullptr;
+  ZipWriter* const noWriter = nullptr;
+  writeArchive(path_, {{"e", "x"}}, ZipModeCreate);
+  const Reader reader = first();
+  ZipGlobalInfo global;
+  ZipEntryDetails details;
+  char byte = 0;
+  EXPECT_NE(ZipReadGlobalInfo(noReader, &global), 0);
+  EXPECT_NE(ZipReadGlobalInfo(reader.get(), nullptr), 0);
+  EXPECT_LT(ZipReadGlobalComment(noReader, &byte, 1), 0);
+  EXPECT_NE(ZipFirstEntry(noReader), 0);
+  EXPECT_NE(ZipNextEntry(noReader), 0);
+  EXPECT_NE(ZipLocateEntry(noReader, "e", 0), 0);
+  EXPECT_NE(ZipLocateEntry(reader.get(), nullptr, 0), 0);
+  EXPECT_NE(ZipReadEntryInfo(noReader, nullptr, nullptr, 0, nullptr, 0, nullptr, 0), 0);
+  EXPECT_NE(ZipReadEntryDetails(noReader, &details), 0);
+  EXPECT_NE(ZipReadEntryDetails(reader.get(), nullptr), 0);
+  EXPECT_NE(ZipMoveToEntry(noReader, 0), 0);
+  EXPECT_EQ(ZipUnusedBytes(noReader), 0U);
+  EXPECT_NE(ZipOpenEntry(noReader, nullptr, nullptr, 0, nullptr), 0);
+  EXPECT_LT(ZipReadEntry(noReader, &byte, 1), 0);
+  EXPECT_LT(ZipReadLocalExtra(noReader, &byte, 1), 0);
+  EXPECT_EQ(ZipOpenReader(nullptr), nullptr);
+  ZipCloseEntry(noReader);
+  ZipCloseReader(noReader);
+
+  ZipWriter* const writer = ZipOpenWriter((path_ + ".other").c_str(), ZipModeCreate);
+  EXPECT_NE(ZipSetEncryption(noWriter, ZipEncryptTraditional), 0);
+  ZipSetSlashes(noWriter, 1);
+  ZipSetOrigin(noWriter, 1, 0);
+  ZipSetUnknownCrc(noWriter, 1);
+  ZipSetAllOrNone(noWriter);
+  ZipSetDurable(noWriter);
+  ZipSetSize(noWriter, 1);
+  EXPECT_FALSE(ZipHasEntry(noWriter, "e"));
+  EXPECT_FALSE(ZipHasEntry(writer, nullptr));
+  ZipVisitNames(noWriter, nullptr, nullptr);
+  EXPECT_FALSE(addEntry(noWriter, "f", "x"));
+  EXPECT_NE(ZipWriteEntry(noWriter, &byte, 1), 0);
+  EXPECT_NE(ZipCloseNewEntry(noWriter), 0);
+  EXPECT_NE(ZipCloseRawEntry(noWriter, 0, 0), 0);
+  EXPECT_NE(ZipCancelNewEntry(noWriter), 0);
+  EXPECT_EQ(ZipDropEntries(noWriter, nullptr, nullptr), 0U);
+  EXPECT_NE(ZipCopyEntry(noWriter, reader.get(), nullptr, nullptr), 0);
+  EXPECT_NE(ZipCopyEntry(writer, noReader, nullptr, nullptr), 0);
+  ZipSetWorkers(noWriter, 1, nullptr, nullptr);
+  EXPECT_EQ(ZipTakePrepared(noWriter), nullptr);
+  ZipAbandonWriter(noWriter);
+  EXPECT_NE(ZipCloseWriter(noWriter, nullptr), 0);
+  EXPECT_EQ(ZipCloseWriter(writer, nullptr), 0);
+}
+
 }  // namespace

@@ -1,9 +1,12 @@
 // Copies: permissions, owners and links.
 
+#include <spawn.h>
 #include <sys/fsuid.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <thread>
 #include <vector>
 
@@ -48,6 +51,21 @@ TEST_F(CopyingOnLinux, ModesAreTheTargetsOrTheSources) {
     EXPECT_EQ(status.st_mode & 07777, c.expected);
   }
   umask(before);
+}
+
+TEST_F(CopyingOnLinux, NeverReplacesAProgramThatRuns) {
+  support::writeFile(source_, "new");
+  std::filesystem::copy_file("/bin/sleep", target_);
+  std::string name = "sleep";
+  std::string seconds = "100";
+  char* const arguments[] = {name.data(), seconds.data(), nullptr};
+  pid_t program = 0;
+  ASSERT_EQ(posix_spawn(&program, target_.c_str(), nullptr, nullptr, arguments, environ), 0);
+  EXPECT_FALSE(copy());
+  EXPECT_EQ(GetLastError(), ERROR_SHARING_VIOLATION);
+  kill(program, SIGKILL);
+  waitpid(program, nullptr, 0);
+  EXPECT_NE(support::readFile(target_), "new");
 }
 
 TEST_F(CopyingOnLinux, ThroughALinkTheLinkStays) {

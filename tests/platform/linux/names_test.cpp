@@ -79,7 +79,10 @@ TEST_F(NamesOnLinux, UmaskMakesNoFileReadOnly) {
 TEST_F(NamesOnLinux, TemporaryFolder) {
   char path[MAX_PATH];
   const support::TemporaryVariable variable(folder_.name());
-  EXPECT_EQ(GetTempPathA(sizeof(path), path), folder_.text().size());
+  const auto length = static_cast<DWORD>(folder_.text().size());
+  EXPECT_EQ(GetTempPathA(sizeof(path), path), length);
+  EXPECT_EQ(GetTempPathA(length + 1, path), length);
+  EXPECT_EQ(GetTempPathA(length, path), length + 1);
   EXPECT_EQ(path, folder_.text());
   setenv("TMPDIR", "/no/such/folder", 1);
   GetTempPathA(sizeof(path), path);
