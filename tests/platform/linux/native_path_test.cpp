@@ -58,6 +58,10 @@ TEST(NativePath, FollowsDefinedDevices) {
   EXPECT_EQ(NativePath("\\\\SRV\\Share\\x").c_str(), native + "/deep/x");
   EXPECT_EQ(NativePath("\\\\?\\UNC\\srv\\share\\x").c_str(), native + "/deep/x");
 
+  ASSERT_TRUE(DefineDosDeviceA(DDD_RAW_TARGET_PATH, "U:", "\\??\\UNC\\srv\\share\\in"));
+  EXPECT_EQ(NativePath("U:\\x").c_str(), native + "/deep/in/x");
+  EXPECT_TRUE(DefineDosDeviceA(DDD_REMOVE_DEFINITION, "U:", nullptr));
+
   // A later definition hides the earlier one until it is removed.
   ASSERT_TRUE(DefineDosDeviceA(0, "T:", "/other"));
   EXPECT_STREQ(NativePath("T:\\a").c_str(), "/other/a");
