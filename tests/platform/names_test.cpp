@@ -122,8 +122,9 @@ TEST_F(Conformance, PathSearchPointsAtTheName) {
   }
 }
 
-TEST_F(Conformance, PathSearchNeedsAName) {
+TEST_F(Conformance, PathSearchNeedsTheNameOfAFile) {
   char found[MAX_PATH];
+  EXPECT_EQ(SearchPathA(nullptr, at("missing").c_str(), nullptr, MAX_PATH, found, nullptr), 0U);
   for (const char* const name : {"", static_cast<const char*>(nullptr)}) {
     SetLastError(ERROR_SUCCESS);
     EXPECT_EQ(SearchPathA(nullptr, name, nullptr, MAX_PATH, found, nullptr), 0U);

@@ -3,6 +3,9 @@
 #include "platform/linux/replacing/replacement_file.h"
 
 #include <fcntl.h>
+#include <linux/fs.h>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/vfs.h>
 #include <unistd.h>
@@ -14,6 +17,7 @@
 #include "platform/gathered_copies.h"
 #include "platform/linux/opening/remote_file.h"
 #include "platform/linux/replacing/overwriting.h"
+#include "platform/linux/trees/new_link.h"
 #include "support/folder_test.h"
 #include "support/linux/forked_process.h"
 #include "support/linux/idle_system.h"
@@ -32,7 +36,10 @@ struct FileSystemModel {
   bool losesUnnoticed = false;  // what is lost shows only in the files, as in older kernels
   int lost = 0;                 // files of a common commit that the disk cannot store
   int commits = 0;
+  int unwritten = 0;        // KiB that wait for being written to a disk
   bool needsNames = false;  // as in an overlay of an older kernel
+  int cloneError = 0;
+  int timeError = 0;
 };
 FileSystemModel model;
 
@@ -52,7 +59,7 @@ void sendRefusedPage(int file) {
 
 extern "C" int openFile(const char* path, int flags, mode_t mode) __asm__("open");
 extern "C" int openFile(const char* path, int flags, mode_t mode) {
-  return support::openOnIdleSystem(AT_FDCWD, path, flags, mode);
+  return support::openOnIdleSystem(AT_FDCWD, path, flags, mode, model.unwritten);
 }
 
 extern "C" int openFileAt(int folder, const char* path, int flags, mode_t mode) __asm__("openat");
@@ -96,6 +103,18 @@ extern "C" int fdatasync(int file) {
   model.refusedPage = true;
   errno = ENOSPC;
   return -1;
+}
+
+extern "C" int ioctl(int file, unsigned long request, ...) noexcept {
+  errno = model.cloneError;
+  return request == FICLONE ? -1 : static_cast<int>(syscall(SYS_ioctl, file, request, nullptr));
+}
+
+extern "C" int utimensat(int folder, const char* path, const struct timespec* times,
+                         int flags) noexcept {
+  errno = model.timeError;
+  if (model.timeError != 0) return -1;
+  return static_cast<int>(syscall(SYS_utimensat, folder, path, times, flags));
 }
 
 // An SMB client deletes the target before it reports that it cannot be replaced.
@@ -258,10 +277,56 @@ TEST_F(ReplacementFiles, DoNotWaitIfTheyHaveNames) {
   EXPECT_EQ(contentOf("first"), "new");
 }
 
-TEST_F(ReplacementFiles, AreCommittedTogether) {
+// A common commit would wait for what all programs have written.
+TEST_F(ReplacementFiles, AreCommittedTogetherUnlessMuchIsUnwritten) {
   write("source", "new");
-  EXPECT_EQ(replaceTogether(), (std::set<std::uint64_t>{}));
-  EXPECT_EQ(model.commits, 1);
+  for (const auto& [unwritten, commits] : {std::pair(0, 1), {5120, 1}, {5121, 10}}) {
+    SCOPED_TRACE(unwritten);
+    model = {.unwritten = unwritten};
+    EXPECT_EQ(replaceTogether(), (std::set<std::uint64_t>{}));
+    EXPECT_EQ(model.commits, commits);
+  }
+}
+
+TEST_F(ReplacementFiles, TakeLimitedSpaceWhileTheyWait) {
+  constexpr std::uintmax_t kMost = 16 << 20;
+  write("source", "new");
+  write("first", "old");
+  write("second", "old");
+  platform::GatheredCopies copies([](const platform::GatheredCopies::End&) {});
+  const std::string source = folder_.file("source");
+  std::filesystem::resize_file(source, kMost);
+  copies.copy(source.c_str(), folder_.file("first").c_str(), false, {}, 1);
+  copies.copy(source.c_str(), folder_.file("second").c_str(), false, {}, 2);
+  EXPECT_EQ(std::filesystem::file_size(folder_.file("first")), kMost);
+}
+
+TEST_F(ReplacementFiles, KeepHolesWhereBlocksCannotBeShared) {
+  if (!support::fileSystem().largeFiles) GTEST_SKIP() << "no holes here";
+  write("source", "new");
+  std::filesystem::resize_file(folder_.file("source"), 1 << 20);
+  for (const int error : {EOPNOTSUPP, EINVAL}) {
+    SCOPED_TRACE(error);
+    model.cloneError = error;
+    write("target", "old");
+    EXPECT_TRUE(CopyFileA(folder_.file("source").c_str(), folder_.file("target").c_str(), FALSE));
+    struct stat status {};
+    ASSERT_EQ(stat(folder_.file("target").c_str(), &status), 0);
+    EXPECT_LT(status.st_blocks, 100);
+  }
+}
+
+TEST_F(ReplacementFiles, ThatAreLinksNeedTheirTimesOnlyWhereThePlaceHasThem) {
+  const Descriptor directory(open(folder_.path().c_str(), O_PATH | O_CLOEXEC));
+  platform::native::NewLink link{.target = "nothing", .metadata = {}};
+  link.metadata.lastWrite = FILETIME{};
+  for (const auto& [error, isMade] : {std::pair(EPERM, true), {EOPNOTSUPP, true}, {EIO, false}}) {
+    SCOPED_TRACE(error);
+    model.timeError = error;
+    std::filesystem::remove(folder_.file("link"));
+    EXPECT_EQ(platform::native::createLink(directory.get(), "link", link), isMade);
+    EXPECT_EQ(std::filesystem::is_symlink(folder_.file("link")), isMade);
+  }
 }
 
 TEST_F(ReplacementFiles, HoldTheTargetUnlessItIsOnAServer) {
