@@ -117,6 +117,12 @@ extern "C" int utimensat(int folder, const char* path, const struct timespec* ti
   return static_cast<int>(syscall(SYS_utimensat, folder, path, times, flags));
 }
 
+extern "C" int futimens(int file, const struct timespec* times) noexcept {
+  errno = model.timeError;
+  if (model.timeError != 0) return -1;
+  return static_cast<int>(syscall(SYS_utimensat, file, nullptr, times, 0));
+}
+
 // An SMB client deletes the target before it reports that it cannot be replaced.
 extern "C" int renameat(int from, const char* old, int to, const char* path) noexcept {
   model.wasHeldAtRename = model.held >= 0 && fcntl(model.held, F_GETFD) >= 0;
@@ -314,6 +320,14 @@ TEST_F(ReplacementFiles, KeepHolesWhereBlocksCannotBeShared) {
     ASSERT_EQ(stat(folder_.file("target").c_str(), &status), 0);
     EXPECT_LT(status.st_blocks, 100);
   }
+}
+
+TEST_F(ReplacementFiles, NeedTheTimesOfTheirSources) {
+  write("source", "new");
+  write("target", "old");
+  model.timeError = EIO;
+  EXPECT_FALSE(CopyFileA(folder_.file("source").c_str(), folder_.file("target").c_str(), FALSE));
+  EXPECT_EQ(contentOf("target"), "old");
 }
 
 TEST_F(ReplacementFiles, ThatAreLinksNeedTheirTimesOnlyWhereThePlaceHasThem) {
