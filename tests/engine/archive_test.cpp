@@ -296,6 +296,7 @@ TEST_F(Archive, SlowLevelsDeflateSmallerParts) {
     };
     ZipWriter* const writer = ZipOpenWriter(path_.c_str(), ZipModeCreate);
     ZipSetWorkers(writer, 16, run, &parts);
+    EXPECT_FALSE(addEntry(writer, "no level", content, nullptr, 10));
     ASSERT_TRUE(addEntry(writer, "e", content, nullptr, level, isSizeKnown));
     ASSERT_EQ(ZipCloseWriter(writer, nullptr), 0);
     EXPECT_EQ(parts, expected) << level;

@@ -114,12 +114,14 @@ TEST_F(Methods, ContentsAreReadWholeAndInPieces) {
   }
 }
 
-// Entries of a megabyte and of four gigabytes, and the window that they ask for.
-TEST_F(Methods, WindowsHaveALimit) {
+// Entries of a megabyte and of four gigabytes, and the window that they ask for; and codes.
+TEST_F(Methods, WindowsAndCodesHaveALimit) {
   shell("'" VESK_TEST_DATA "/../library/make-window-archives'");
 
   const std::tuple<const char*, bool, Reason> kRows[] = {
       {"deflate64 16", true, Reason::None},
+      {"deflate64 lengths", true, Reason::None},
+      {"deflate64 too many lengths", true, Reason::Damaged},
       {"zstd 27", VESK_ZSTD != 0, Reason::None},
       {"zstd 28", VESK_ZSTD != 0, Reason::UnsupportedMethod},
       // Their content is shorter than their records say.

@@ -243,6 +243,8 @@ TEST_F(VeskFsOnATerminal, ShowsProgressOfWhatTakesLong) {
   EXPECT_NE(shown("0", std::string(80, 'n')).find(" to " + std::string(62, 'n') + ", "),
             std::string::npos);
   EXPECT_NE(shown("80", "a.zip", "head -c 4000000 /dev/zero").find(" MB/s, "), std::string::npos);
+  // Only the numbers fit, and all of them.
+  EXPECT_EQ(shown("8", "a.zip").find(", "), std::string::npos);
   EXPECT_EQ(shown("80", "-q a.zip"), "");
 }
 
