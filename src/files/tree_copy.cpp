@@ -209,9 +209,13 @@ Reason TreeCopy::copyTo(Folder& folder, const File& file, std::uint64_t& other) 
   return isBlocked ? Reason::Failed : failure(folder, file, error);
 }
 
+// Takes the name for a free one, unless the file before had none.
 DWORD TreeCopy::tryToCopy(Folder& folder, const File& file, std::uint64_t& other) {
   OpenDirectory& to = *folder.to;
-  if (file.isRegular && to) {
+  OpenDirectory::Named named;
+  if (folder.hasExisting) named = to.find(file.stored);
+  folder.hasExisting = named.exists;
+  if (file.isRegular && to && !named.exists) {
     if (to.copyNew(folder.from, file.stored, written_, call_.id(), progress_)) {
       return ERROR_SUCCESS;
     }
@@ -219,10 +223,18 @@ DWORD TreeCopy::tryToCopy(Folder& folder, const File& file, std::uint64_t& other
     const DWORD error = GetLastError();
     if (error != ERROR_FILE_EXISTS) return error;
   }
+  if (!named.exists) named = to.find(file.stored);
+  folder.hasExisting = named.exists;
   if (file.shown.empty()) return ERROR_FILE_EXISTS;
-  other = to.writtenAs(file.stored, written_);
-  if (other == WrittenFiles::kNone) other = to.writtenAs(file.stored, gathered_.targets());
+  other = writtenAs(named);
   return other == WrittenFiles::kNone ? copyOver(folder, file) : DWORD{ERROR_FILE_EXISTS};
+}
+
+// Returns the id of the file of this call that has the name, or will be replaced there.
+std::uint64_t TreeCopy::writtenAs(const OpenDirectory::Named& named) const {
+  if (!named.file) return WrittenFiles::kNone;
+  const std::uint64_t other = written_.nameOf(*named.file);
+  return other != WrittenFiles::kNone ? other : gathered_.targets().nameOf(*named.file);
 }
 
 DWORD TreeCopy::copyOver(Folder& folder, const File& file) {

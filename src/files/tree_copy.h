@@ -53,6 +53,7 @@ class TreeCopy {
     OpenDirectory from;
     std::optional<OpenDirectory> to{};
     DWORD targetError = ERROR_SUCCESS;
+    bool hasExisting = false;  // the file before had its name in the target already
   };
   // A folder of the source that the copy is in. Its own stack serves trees that are deeper than the
   // call stack.
@@ -76,6 +77,7 @@ class TreeCopy {
   void copyFile(Folder& folder, const File& file);
   Reason copyTo(Folder& folder, const File& file, std::uint64_t& other);
   DWORD tryToCopy(Folder& folder, const File& file, std::uint64_t& other);
+  std::uint64_t writtenAs(const OpenDirectory::Named& named) const;
   DWORD copyOver(Folder& folder, const File& file);
   void endWaiting(const platform::GatheredCopies::End& end);
   Reason failure(const Folder& folder, const File& file, DWORD error) const;

@@ -9,6 +9,7 @@
 // system does not follow the path of the directory once more for each entry.
 
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "platform/copy_file.h"
@@ -80,10 +81,15 @@ class OpenDirectory {
   // with ERROR_FILE_EXISTS if the name is in use.
   bool copyNew(const OpenDirectory& source, const std::string& storedName, WrittenFiles& written,
                WrittenFiles::Name id, const CopyProgress& progress);
-  // Returns which of these files has the name here, by another name, because the file system takes
-  // the two for one; otherwise kNone. That is also the result for a link, and for a file with
-  // several hard links, and always on Windows: source and target distinguish the same names there.
-  WrittenFiles::Name writtenAs(const std::string& storedName, const WrittenFiles& written) const;
+  // What has a name in the directory.
+  struct Named {
+    bool exists = false;
+    // Of a file without other hard links, which can be one that was written under another name,
+    // because the file system takes the two for one. Never known on Windows: source and target
+    // distinguish the same names there.
+    std::optional<FileIdentity> file{};
+  };
+  Named find(const std::string& storedName) const;
   // Adds the file of that name to the files.
   void addWritten(const std::string& storedName, WrittenFiles& written,
                   WrittenFiles::Name id) const;

@@ -181,8 +181,9 @@ bool OpenDirectory::copyNew(const OpenDirectory& source, const std::string& stor
                   true, progress);
 }
 
-WrittenFiles::Name OpenDirectory::writtenAs(const std::string&, const WrittenFiles&) const {
-  return WrittenFiles::kNone;
+OpenDirectory::Named OpenDirectory::find(const std::string& storedName) const {
+  return {.exists =
+              GetFileAttributesA(state_->pathOf(storedName).c_str()) != INVALID_FILE_ATTRIBUTES};
 }
 
 void OpenDirectory::addWritten(const std::string&, WrittenFiles&, WrittenFiles::Name) const {}

@@ -75,7 +75,7 @@ bool platform::copyFile(const char* sourceText, const char* targetText, bool fai
     Target target;
     const TargetState state = lockTarget(path, source, target);
     if (state == TargetState::Failed) return false;
-    if (state == TargetState::Locked)
+    if (state == TargetState::Ready)
       return copyOverLocked(source, target, path, isNew, progress) != FALSE;
     if (state != TargetState::Missing) continue;
     isNew = createThroughLink(source, path);

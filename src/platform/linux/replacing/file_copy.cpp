@@ -25,11 +25,30 @@ namespace {
 
 constexpr mode_t kPermissions = 01777;  // without set-id bits
 
-TargetState findTarget(const NativePath& path, Target& target) {
-  if (findFile(path, target.path, target.status)) return TargetState::Locked;
-  if (errno == ENOENT) return TargetState::Missing;
-  SetLastError(errorOnPath(path, errno));
+TargetState failed(DWORD error) {
+  SetLastError(error);
   return TargetState::Failed;
+}
+
+// Finds the file that the path leads to, and opens it if a copy of the source may take its place.
+TargetState openFound(const NativePath& path, const Source& source, Target& target) {
+  if (!findFile(path, target.path, target.status)) {
+    return errno == ENOENT ? TargetState::Missing : failed(errorOnPath(path, errno));
+  }
+  if (isSameFile(target.status, source.status)) return failed(ERROR_SHARING_VIOLATION);
+  if (!isOpenable(target.status, true)) return failed(ERROR_ACCESS_DENIED);
+  target.held = openRegular(AT_FDCWD, target.path.c_str(), FILE_WRITE_DATA);
+  if (target.held) return TargetState::Ready;
+  return errno == ENOENT ? TargetState::Changed : failed(errorOnPath(path, errno));
+}
+
+// Reads the status of the open target. Its former holder may have put another file in its place.
+TargetState confirm(Target& target) {
+  struct stat current;
+  if (fstat(target.held.get(), &target.status) != 0) return failed(errorFromErrno(errno));
+  const bool isCurrent =
+      lstat(target.path.c_str(), &current) == 0 && isSameFile(current, target.status);
+  return isCurrent ? TargetState::Ready : TargetState::Changed;
 }
 
 // Takes the locks of a writer. False if the holders do not permit that.
@@ -105,25 +124,15 @@ bool openSource(const char* text, Source& source) {
 }
 
 TargetState lockTarget(const NativePath& path, const Source& source, Target& target) {
-  const auto failed = [](DWORD error) {
-    SetLastError(error);
-    return TargetState::Failed;
-  };
-  const TargetState found = findTarget(path, target);
-  if (found != TargetState::Locked) return found;
-  if (isSameFile(target.status, source.status)) return failed(ERROR_SHARING_VIOLATION);
-  if (!isOpenable(target.status, true)) return failed(ERROR_ACCESS_DENIED);
-  target.held = openRegular(AT_FDCWD, target.path.c_str(), FILE_WRITE_DATA);
-  if (!target.held) {
-    return errno == ENOENT ? TargetState::Changed : failed(errorOnPath(path, errno));
-  }
-  if (!lockForWriting(target)) return failed(ERROR_SHARING_VIOLATION);
-  // The holder before may have put another file in its place.
-  struct stat current;
-  if (fstat(target.held.get(), &target.status) != 0) return failed(errorFromErrno(errno));
-  const bool isCurrent =
-      lstat(target.path.c_str(), &current) == 0 && isSameFile(current, target.status);
-  return isCurrent ? TargetState::Locked : TargetState::Changed;
+  const TargetState opened = openFound(path, source, target);
+  if (opened != TargetState::Ready) return opened;
+  return lockForWriting(target) ? confirm(target) : failed(ERROR_SHARING_VIOLATION);
+}
+
+TargetState openTarget(const NativePath& path, const Source& source, Target& target) {
+  const TargetState opened = openFound(path, source, target);
+  if (opened != TargetState::Ready) return opened;
+  return isHeldByOthers(target.held.get()) ? TargetState::Changed : confirm(target);
 }
 
 Replaced WholeCopy::make(const Source& source, const CopyProgress& progress) {

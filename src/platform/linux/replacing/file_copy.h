@@ -43,17 +43,20 @@ struct Target {
   bool isShared = false;  // must be overwritten in place, because others hold it
 };
 
-// The outcome of locking a target. With Failed the error is set.
-enum class TargetState { Locked, Missing, Changed, Failed };
+// The outcome of opening a target. With Failed the error is set.
+enum class TargetState { Ready, Missing, Changed, Failed };
 
 // Opens and locks the file that the path leads to, if a copy of the source may
 // take its place. Changed if another process replaced the file at the same time.
 TargetState lockTarget(const NativePath& path, const Source& source, Target& target);
 
+// Does the same without locking it. Changed also if others hold it.
+TargetState openTarget(const NativePath& path, const Source& source, Target& target);
+
 // A complete copy of a file beside the one that it is to replace.
 class WholeCopy {
  public:
-  // `target` is locked. It must outlive the object, and be locked when that goes in its place.
+  // `target` is open. It must outlive the object, and be locked when that goes in its place.
   explicit WholeCopy(Target& target) : target_(target) {}
   WholeCopy(const WholeCopy&) = delete;
   WholeCopy& operator=(const WholeCopy&) = delete;
@@ -68,14 +71,14 @@ class WholeCopy {
   // Takes the place of the target, once the copy is on the disk. With Refused the target may have
   // been closed.
   Replaced putInPlace();
-  // Deletes the copy and unlocks the target.
+  // Deletes the copy and closes the target.
   void drop() {
     file_.reset();
-    unlockTarget();
+    closeTarget();
   }
 
   // Closes the target, for a copy that waits before it goes in its place.
-  void unlockTarget() { target_.held = Descriptor(); }
+  void closeTarget() { target_.held = Descriptor(); }
   // Opens and locks the target again. False if it is not as it was, or if others hold it.
   bool lockTargetAgain();
 

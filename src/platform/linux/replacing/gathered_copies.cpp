@@ -45,12 +45,9 @@ bool commitAll(const WaitingCopies& copies) {
   return descriptors.size() >= kFewestTogether && commitTogether(descriptors);
 }
 
-// The lowest free descriptor is used first, so a high one shows that many are in use. Half of them
-// are left to the program.
-bool isScarce(int descriptor) {
+rlim_t mostDescriptors() {
   struct rlimit limit {};
-  return getrlimit(RLIMIT_NOFILE, &limit) != 0 ||
-         static_cast<rlim_t>(descriptor) >= limit.rlim_cur / 2;
+  return getrlimit(RLIMIT_NOFILE, &limit) == 0 ? limit.rlim_cur : 0;
 }
 
 // Locks the target again and puts the copy in its place. If the target is no longer as it was, or if
@@ -72,19 +69,21 @@ bool putInPlace(Waiting& waiting, FileIdentity& file) {
 }  // namespace
 
 struct GatheredCopies::State {
-  // Opens and locks both files. Null, with nothing changed, if the target has to be copied at once.
+  // Opens both files. Null, with nothing changed, if the target has to be copied at once.
   std::unique_ptr<Waiting> begin(const char* from, const char* to, Id id, Source& source) {
     const NativePath path(to);
     if (!path.valid() || path.hadTrailingSeparator() || !openSource(from, source)) return nullptr;
     auto waiting = std::make_unique<Waiting>(from, to, id);
     Target& target = waiting->target;
-    if (lockTarget(path, source, target) != TargetState::Locked) return nullptr;
-    gathers = canCommitTogether(target.held.get());
+    if (openTarget(path, source, target) != TargetState::Ready) return nullptr;
+    if (copies.empty() || isOnOtherVolume(*waiting)) {
+      gathers = canCommitTogether(target.held.get());
+    }
     return gathers && isReplaceable(target) ? std::move(waiting) : nullptr;
   }
 
   void add(std::unique_ptr<Waiting> waiting, off_t size) {
-    waiting->copy.unlockTarget();
+    waiting->copy.closeTarget();
     bytes += size;
     // A killed process leaves no more than one file with a name.
     gathers = !waiting->copy.isNamed();
@@ -94,11 +93,16 @@ struct GatheredCopies::State {
     copies.push_back(std::move(waiting));
   }
 
+  // The lowest free descriptor is used first, so a high one shows that many are in use. Half of them
+  // are left to the program.
+  bool isScarce(int descriptor) const { return static_cast<rlim_t>(descriptor) >= descriptors / 2; }
+
   bool isOnOtherVolume(const Waiting& waiting) const {
     return !copies.empty() && copies.back()->target.status.st_dev != waiting.target.status.st_dev;
   }
 
   OnEnd onEnd;
+  const rlim_t descriptors = mostDescriptors();
   // False from the first target on a file system that has no common commit, or no files without
   // a name.
   bool gathers = true;

@@ -30,7 +30,7 @@ bool platform::replaceFile(FileHandle& opened, const char* path, const char* ver
   const TargetState state = lockTarget(native, source, target);
   if (state == TargetState::Failed) return false;
   struct stat original;
-  if (state != TargetState::Locked || fstat(descriptorOf(opened.get()), &original) != 0 ||
+  if (state != TargetState::Ready || fstat(descriptorOf(opened.get()), &original) != 0 ||
       !isSameFile(original, target.status)) {
     return fail(ERROR_SHARING_VIOLATION) != FALSE;
   }

@@ -260,14 +260,14 @@ bool OpenDirectory::copyNew(const OpenDirectory& source, const std::string& stor
   return true;
 }
 
-WrittenFiles::Name OpenDirectory::writtenAs(const std::string& storedName,
-                                            const WrittenFiles& written) const {
+OpenDirectory::Named OpenDirectory::find(const std::string& storedName) const {
   struct stat status;
-  const bool isAlone =
-      *this &&
-      fstatat(state_->directory.get(), storedName.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0 &&
-      status.st_nlink == 1;
-  return isAlone ? written.nameOf(identityOf(status)) : WrittenFiles::kNone;
+  if (!*this ||
+      fstatat(state_->directory.get(), storedName.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
+    return {};
+  }
+  if (status.st_nlink != 1) return {.exists = true};
+  return {.exists = true, .file = identityOf(status)};
 }
 
 void OpenDirectory::addWritten(const std::string& storedName, WrittenFiles& written,
