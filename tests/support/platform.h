@@ -37,6 +37,8 @@ struct FileSystem {
   long timeStep;
   // Two files can exchange their names.
   bool exchange;
+  // New versions of several files wait for one commit.
+  bool commonCommit;
 };
 
 // Finds out by trying, in the first call.

@@ -257,6 +257,7 @@ TEST_F(ReplacementFiles, AreLockedThroughAnOpeningOfTheirOwnOnAnSmbServer) {
 }
 
 TEST_F(ReplacementFiles, AreNotPutInPlaceIfTheyMayNotBeOnTheDisk) {
+  if (!support::fileSystem().commonCommit) GTEST_SKIP() << "each has a commit here";
   write("source", "new");
   for (const bool losesUnnoticed : {false, true}) {
     SCOPED_TRACE(losesUnnoticed);
@@ -285,6 +286,7 @@ TEST_F(ReplacementFiles, DoNotWaitIfTheyHaveNames) {
 
 // A common commit would wait for what all programs have written.
 TEST_F(ReplacementFiles, AreCommittedTogetherUnlessMuchIsUnwritten) {
+  if (!support::fileSystem().commonCommit) GTEST_SKIP() << "each has a commit here";
   write("source", "new");
   for (const auto& [unwritten, commits] : {std::pair(0, 1), {5120, 1}, {5121, 10}}) {
     SCOPED_TRACE(unwritten);
@@ -305,6 +307,22 @@ TEST_F(ReplacementFiles, TakeLimitedSpaceWhileTheyWait) {
   copies.copy(source.c_str(), folder_.file("first").c_str(), false, {}, 1);
   copies.copy(source.c_str(), folder_.file("second").c_str(), false, {}, 2);
   EXPECT_EQ(std::filesystem::file_size(folder_.file("first")), kMost);
+}
+
+TEST_F(ReplacementFiles, GoToTheFolderThatHasThePathNow) {
+  write("source", "new");
+  write("folder/first", "old");
+  write("folder/second", "old");
+  platform::GatheredCopies copies([](const platform::GatheredCopies::End&) {});
+  const std::string source = folder_.file("source");
+  copies.copy(source.c_str(), folder_.file("folder/first").c_str(), false, {}, 1);
+  std::filesystem::rename(folder_.file("folder"), folder_.file("moved"));
+  write("folder/second", "old");
+  copies.copy(source.c_str(), folder_.file("folder/second").c_str(), false, {}, 2);
+  copies.finish();
+  EXPECT_EQ(contentOf("folder/first"), "new");
+  EXPECT_EQ(contentOf("folder/second"), "new");
+  EXPECT_EQ(contentOf("moved/second"), "old");
 }
 
 TEST_F(ReplacementFiles, KeepHolesWhereBlocksCannotBeShared) {
@@ -331,6 +349,7 @@ TEST_F(ReplacementFiles, NeedTheTimesOfTheirSources) {
 }
 
 TEST_F(ReplacementFiles, ThatAreLinksNeedTheirTimesOnlyWhereThePlaceHasThem) {
+  if (!support::fileSystem().links) GTEST_SKIP() << "no links here";
   const Descriptor directory(open(folder_.path().c_str(), O_PATH | O_CLOEXEC));
   platform::native::NewLink link{.target = "nothing", .metadata = {}};
   link.metadata.lastWrite = FILETIME{};

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include "platform/linux/opening/descriptor.h"
+#include "platform/linux/replacing/durability.h"
 #include "support/temporary_folder.h"
 
 namespace support {
@@ -37,6 +38,11 @@ bool keepsLargeFiles(const std::string& path) {
          status.st_blocks < 1000;
 }
 
+bool commitsTogether(const std::string& path) {
+  const platform::native::Descriptor folder(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  return platform::native::canCommitTogether(folder.get());
+}
+
 FileSystem tryAll() {
   const TemporaryFolder folder;
   const std::string file = folder.file("file");
@@ -51,7 +57,8 @@ FileSystem tryAll() {
           .largeFiles = keepsLargeFiles(folder.file("large")),
           .timeStep = timeStepOf(file),
           .exchange = renameat2(AT_FDCWD, file.c_str(), AT_FDCWD, folder.file("link").c_str(),
-                                RENAME_EXCHANGE) == 0};
+                                RENAME_EXCHANGE) == 0,
+          .commonCommit = commitsTogether(folder.name())};
 }
 
 }  // namespace

@@ -17,7 +17,8 @@ const FileSystem& fileSystem() {
                                 .modes = false,
                                 .largeFiles = true,
                                 .timeStep = 100,
-                                .exchange = false};
+                                .exchange = false,
+                                .commonCommit = false};
   return known;
 }
 
