@@ -209,7 +209,7 @@ Reason TreeCopy::copyTo(Folder& folder, const File& file, std::uint64_t& other) 
   return isBlocked ? Reason::Failed : failure(folder, file, error);
 }
 
-// Takes the name for a free one, unless the file before had none.
+// The name is taken for a free one, which needs no check, unless that of the file before was in use.
 DWORD TreeCopy::tryToCopy(Folder& folder, const File& file, std::uint64_t& other) {
   OpenDirectory& to = *folder.to;
   OpenDirectory::Named named;

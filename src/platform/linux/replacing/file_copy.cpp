@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <climits>
 #include <cstdlib>
+#include <utility>
 
 #include "platform/linux/metadata/attributes.h"
 #include "platform/linux/metadata/write_time.h"
@@ -136,10 +137,13 @@ TargetState openTarget(const NativePath& path, const Source& source, Target& tar
 }
 
 Replaced WholeCopy::make(const Source& source, const CopyProgress& progress) {
-  folder_ =
-      Descriptor(openRetrying(AT_FDCWD, folderOf(target_.path).c_str(), O_PATH | O_DIRECTORY));
-  if (!folder_) return isRefusal(errno) ? Replaced::Refused : Replaced::No;
-  file_.emplace(Place{.directory = folder_.get(),
+  const std::string folder = folderOf(target_.path);
+  if (folder_ == nullptr || folder_->path != folder) {
+    Descriptor opened(openRetrying(AT_FDCWD, folder.c_str(), O_PATH | O_DIRECTORY));
+    folder_ = std::make_shared<const Folder>(Folder{folder, std::move(opened)});
+  }
+  if (!folder_->descriptor) return isRefusal(errno) ? Replaced::Refused : Replaced::No;
+  file_.emplace(Place{.directory = folder_->descriptor.get(),
                       .name = nameOf(target_.path.c_str()),
                       .status = target_.status,
                       .held = &target_.held},

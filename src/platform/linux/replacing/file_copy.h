@@ -3,6 +3,7 @@
 
 #include <sys/stat.h>
 
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -53,6 +54,12 @@ TargetState lockTarget(const NativePath& path, const Source& source, Target& tar
 // Does the same without locking it. Changed also if others hold it.
 TargetState openTarget(const NativePath& path, const Source& source, Target& target);
 
+// An open folder.
+struct Folder {
+  std::string path;
+  Descriptor descriptor;
+};
+
 // A complete copy of a file beside the one that it is to replace.
 class WholeCopy {
  public:
@@ -61,6 +68,8 @@ class WholeCopy {
   WholeCopy(const WholeCopy&) = delete;
   WholeCopy& operator=(const WholeCopy&) = delete;
 
+  // Takes the open folder of another copy, before make(), if the target is in it too.
+  void shareFolderOf(const WholeCopy& other) { folder_ = other.folder_; }
   // Makes the copy, with all that it takes over from the target. Its write time is that of the
   // source.
   Replaced make(const Source& source, const CopyProgress& progress);
@@ -84,7 +93,7 @@ class WholeCopy {
 
  private:
   Target& target_;
-  Descriptor folder_;
+  std::shared_ptr<const Folder> folder_;
   std::optional<ReplacementFile> file_;
 };
 

@@ -18,8 +18,8 @@ using namespace platform::native;
 namespace platform {
 namespace {
 
-// Each file takes two descriptors while it waits.
-constexpr std::size_t kMostFiles = 128;
+// Each file takes a descriptor while it waits, and so does each of their folders.
+constexpr std::size_t kMostFiles = 256;
 // The space that new versions may take while the old ones still have theirs.
 constexpr off_t kMostBytes = off_t{16} << 20;
 // Fewer files are committed one by one, since a common commit also waits for what other programs
@@ -76,6 +76,7 @@ struct GatheredCopies::State {
     auto waiting = std::make_unique<Waiting>(from, to, id);
     Target& target = waiting->target;
     if (openTarget(path, source, target) != TargetState::Ready) return nullptr;
+    if (!copies.empty()) waiting->copy.shareFolderOf(copies.back()->copy);
     if (copies.empty() || isOnOtherVolume(*waiting)) {
       gathers = canCommitTogether(target.held.get());
     }
@@ -125,11 +126,13 @@ GatheredCopies::Outcome GatheredCopies::copy(const char* from, const char* to, b
   if (!failIfExists && state_->gathers) waiting = state_->begin(from, to, id, source);
   const Replaced made =
       waiting != nullptr ? waiting->copy.make(source, progress) : Replaced::Refused;
-  if (made == Replaced::No) {
+  // Another folder can have the path since the one before was opened.
+  const bool isElsewhere = made == Replaced::No && errno == EBUSY;
+  if (made == Replaced::No && !isElsewhere) {
     fail(errorOnPath(NativePath(to), errno));
     return Outcome::Failed;
   }
-  if (made == Replaced::Refused) {
+  if (made != Replaced::Yes) {
     waiting.reset();
     return copyFile(from, to, failIfExists, progress) ? Outcome::Copied : Outcome::Failed;
   }
