@@ -5,7 +5,7 @@
 // is most of what replacing a small file costs. It takes hardly longer for many files than for one.
 // So the new versions wait, complete and without a name, until there are many of them. Then all are
 // committed at once and each is put in place. At any time each target is the old file or the new
-// one. Nobody is kept from a target while its new version waits.
+// one. A target is not locked while its new version waits.
 
 #include <cstdint>
 #include <functional>
