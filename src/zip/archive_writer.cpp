@@ -87,8 +87,6 @@ void ArchiveWriter::useWorkers(HostWorkers& workers) {
   ZipSetWorkers(writer_, static_cast<std::uint32_t>(workers.count()), run, &workers);
 }
 
-void ArchiveWriter::requireAll() { ZipSetAllOrNone(writer_); }
-
 void ArchiveWriter::makeDurable() { ZipSetDurable(writer_); }
 
 bool ArchiveWriter::has(const std::string& stored) const {
@@ -186,14 +184,9 @@ bool ArchiveWriter::copy(ArchiveReader& from, const std::function<bool(std::uint
                                 const_cast<std::function<bool(std::uint64_t)>*>(&advance)));
 }
 
-ArchiveWriter::Commit ArchiveWriter::commit(const char* globalComment) {
+bool ArchiveWriter::commit(const char* globalComment) {
   SetLastError(ERROR_SUCCESS);
-  const int status = ZipCloseWriter(std::exchange(writer_, nullptr), globalComment);
-  if (status > 0) {
-    reason_ = Reason::DiskFull;
-    return Commit::Partial;
-  }
-  return succeeded(status) ? Commit::Complete : Commit::Failed;
+  return succeeded(ZipCloseWriter(std::exchange(writer_, nullptr), globalComment));
 }
 
 }  // namespace zip

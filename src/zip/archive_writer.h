@@ -88,11 +88,6 @@ class ArchiveWriter {
     Create,  // a new archive, in the place of an existing file
     Append,  // an archive, or a file without bytes
   };
-  enum class Commit {
-    Complete,
-    Partial,  // the disk had space for the first entries only; the others are missing
-    Failed,   // the file is byte for byte unchanged, and of no use in the mode Create
-  };
 
   // The most bytes of content of an entry that is prepared.
   static constexpr std::uint64_t kLargestPrepared = 4 << 20;
@@ -120,8 +115,6 @@ class ArchiveWriter {
   // False if the file could not be opened, or, in the mode Append, is no archive.
   explicit operator bool() const { return writer_ != nullptr; }
 
-  // Makes commit() have the space for all entries or fail.
-  void requireAll();
   // Makes commit() commit the file to the disk in the mode Create too. Network file systems report
   // only then that they have not stored it.
   void makeDurable();
@@ -161,8 +154,9 @@ class ArchiveWriter {
   // not get the entry.
   bool copy(ArchiveReader& from, const std::function<bool(std::uint64_t)>& advance);
 
-  // Ends the archive with its directory and closes it. A null comment keeps the archive's comment.
-  Commit commit(const char* globalComment);
+  // Ends the archive with its directory and closes it. A null comment keeps the archive's comment. On
+  // failure the file is byte for byte unchanged, and of no use in the mode Create.
+  bool commit(const char* globalComment);
 
  private:
   bool fail(FileSystem::Reason reason);

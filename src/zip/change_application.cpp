@@ -97,7 +97,6 @@ void ChangeApplication::create() {
   if (!canApply() || !canOpenFiles()) return;
   NewArchive archive(path_, NewArchive::Existing::Refuse);
   if (!archive || !archive.begin()) return failArchive(archive.reason());
-  archive.writer().requireAll();
   expect(0);
   if (!addAll(archive.writer())) return;
   if (!archive.complete()) return failArchive(archive.reason());
@@ -106,12 +105,9 @@ void ChangeApplication::create() {
 
 void ChangeApplication::append(ArchiveWriter& writer) {
   if (!canOpenFiles()) return;
-  writer.requireAll();
   expect(0);
   if (!addAll(writer)) return;
-  if (writer.commit(nullptr) != ArchiveWriter::Commit::Complete) {
-    return failArchive(writer.reason());
-  }
+  if (!writer.commit(nullptr)) return failArchive(writer.reason());
   report_.items = std::move(items_);
 }
 

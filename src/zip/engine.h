@@ -172,8 +172,6 @@ void ZipSetOrigin(ZipWriter* writer, int isUnix, std::uint64_t lastWrite);
 // They then get a data descriptor, and readers check their password against the time. At first it
 // is used.
 void ZipSetUnknownCrc(ZipWriter* writer, int isUnknown);
-// Chooses that the commit has the space for all entries or fails. At first the first ones remain.
-void ZipSetAllOrNone(ZipWriter* writer);
 // Chooses that the commit of an archive that was created reaches the disk, or fails. That of an
 // archive that was there does so anyway.
 void ZipSetDurable(ZipWriter* writer);
@@ -249,9 +247,8 @@ int ZipAppendPrepared(ZipWriter* writer, const ZipPreparedEntry& entry);
 void ZipAbandonWriter(ZipWriter* writer);
 // Commits and frees the writer. A null comment keeps the archive's comment in modes 1 and 2; one of
 // more than 65,535 bytes, or one that other programs may take for an end record, is refused;
-// without a new entry either, the file is left as it was. Negative: nothing could be committed, and
-// the archive is byte for byte what it was. Positive: the disk had space for the first entries
-// only. What was committed in modes 1 and 2 survives a power failure.
+// without a new entry either, the file is left as it was. On failure nothing is committed, and the
+// archive is byte for byte what it was. What was committed in modes 1 and 2 survives a power failure.
 int ZipCloseWriter(ZipWriter* writer, const char* globalComment);
 
 // Continues the CRC-32 (ISO 3309) of the preceding data; returns the start value for (0, null, 0).

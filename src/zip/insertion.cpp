@@ -20,8 +20,7 @@ bool append(const std::string& path, const std::string& stored,
   std::optional<platform::NewVersion> version;
   if (isEmptyFile(path) && !version.emplace(path)) return false;
   ArchiveWriter writer((version ? version->create() : path).c_str(), ArchiveWriter::Mode::Append);
-  return writer && !writer.has(stored) && add(writer) &&
-         writer.commit(nullptr) == ArchiveWriter::Commit::Complete &&
+  return writer && !writer.has(stored) && add(writer) && writer.commit(nullptr) &&
          (!version || version->putInPlace());
 }
 

@@ -54,7 +54,7 @@ bool NewArchive::beginInPlace() {
 
 bool NewArchive::complete() {
   // The old comment is not that of the new archive.
-  if (writer_->commit("") != ArchiveWriter::Commit::Complete) {
+  if (!writer_->commit("")) {
     reason_ = writer_->reason();
     return false;
   }

@@ -78,9 +78,7 @@ bool Rewrite::run(const Plan& plan, ProgressRelay& progress) {
   if (!writer) return fail(writer.reason());
   if (!copyEntries(writer, plan, progress) || (plan.add && !plan.add(writer))) return false;
   if (!keepsAny_ && !plan.add && !plan.mayBeEmpty) return false;
-  if (writer.commit(reader_->globalComment().c_str()) != ArchiveWriter::Commit::Complete) {
-    return fail(writer.reason());
-  }
+  if (!writer.commit(reader_->globalComment().c_str())) return fail(writer.reason());
   reader_->close();
   return putInPlace(copy, progress);
 }
@@ -134,7 +132,7 @@ bool Rewrite::changeInPlace(const Plan& plan) {
       writer.drop([&](const std::string& stored) { return plan.drops(callerName(stored)); });
   if (kept == 0 && !plan.add && !plan.mayBeEmpty) return false;
   if (plan.add && !plan.add(writer)) return false;
-  return writer.commit(nullptr) == ArchiveWriter::Commit::Complete || fail(writer.reason());
+  return writer.commit(nullptr) || fail(writer.reason());
 }
 
 std::function<bool(const std::string&)> dropping(const NameSet& names) {

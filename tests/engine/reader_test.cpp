@@ -162,7 +162,6 @@ TEST_F(EngineReader, NoCallTakesANullReaderOrWriter) {
   ZipSetSlashes(noWriter, 1);
   ZipSetOrigin(noWriter, 1, 0);
   ZipSetUnknownCrc(noWriter, 1);
-  ZipSetAllOrNone(noWriter);
   ZipSetDurable(noWriter);
   ZipSetSize(noWriter, 1);
   EXPECT_FALSE(ZipHasEntry(noWriter, "e"));

@@ -17,8 +17,6 @@ using namespace zip_engine;
 
 namespace {
 
-constexpr int kIncomplete = 1;
-
 Bytes bytesOf(const void* data, std::uint32_t size) {
   const auto* const bytes = static_cast<const unsigned char*>(data);
   return bytes == nullptr ? Bytes() : Bytes(bytes, bytes + size);
@@ -136,10 +134,6 @@ void ZipSetSize(ZipWriter* writer, std::uint64_t size) {
   if (writer != nullptr) writer->nextSize = size;
 }
 
-void ZipSetAllOrNone(ZipWriter* writer) {
-  if (writer != nullptr) writer->isAllOrNone = true;
-}
-
 void ZipSetDurable(ZipWriter* writer) {
   if (writer != nullptr) writer->archive.makeDurable();
 }
@@ -240,15 +234,7 @@ int ZipCloseWriter(ZipWriter* writer, const char* globalComment) {
     writer->archive.moveToStart(std::move(writer->records), writer->completed.size(), comment);
     return kSuccess;
   }
-  // The disk may still have space for the first of many entries.
   const DWORD error = GetLastError();
-  while (!writer->completed.empty() && !writer->kept && !writer->isAllOrNone) {
-    constexpr std::size_t kShare = 16;
-    for (std::size_t count = writer->completed.size() / kShare + 1; count > 0; --count) {
-      writer->dropLast();
-    }
-    if (!writer->completed.empty() && commit(*writer, comment)) return kIncomplete;
-  }
   writer->archive.restore();
   SetLastError(error);
   return kFailure;

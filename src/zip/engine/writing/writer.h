@@ -56,7 +56,6 @@ struct ZipWriter {
   bool isUnix = false;                    // the host of new entries
   std::uint64_t lastWrite = 0;            // of new entries
   bool knowsCrc = true;                   // of new entries with the traditional encryption
-  bool isAllOrNone = false;               // at the commit
   std::optional<std::uint64_t> nextSize;  // of the content of the next new entry
   zip_engine::Encoders encoders;
   std::optional<zip_engine::NewEntry> entry;
