@@ -130,6 +130,17 @@ with zipfile.ZipFile("a.zip", "w") as z: z.writestr("bad", "0123456789"), z.writ
   }
 }
 
+// The directory is several times as long as what is read of it at once.
+TEST_F(EngineReader, KeepsNoRecordsButThoseOfItsEntry) {
+  Entries many;
+  for (int i = 0; i < 3000; ++i) many.emplace(std::to_string(i), "");
+  writeArchive(path_, many);
+  const Reader reader(ZipOpenReaderAt(path_.c_str(), "1500"));
+  std::vector<std::string> kept;
+  forEachEntry(reader.get(), [&](const std::string& name) { kept.push_back(name); });
+  EXPECT_EQ(kept, (std::vector<std::string>{"1500", "1501"}));
+}
+
 TEST_F(EngineReader, NoCallTakesANullReaderOrWriter) {
   ZipReader* const noReader = nullptr;
   ZipWriter* const noWriter = nullptr;
