@@ -200,6 +200,17 @@ TEST_F(Archive, HoldsMoreEntriesThanThePlainFormatCounts) {
   }
 }
 
+// What two contents have in common would otherwise show.
+TEST_F(Archive, EachEntryHasKeysOfItsOwn) {
+  for (const int encryption : {ZipEncryptTraditional, ZipEncryptAes256}) {
+    if (encryption == ZipEncryptAes256 && VESK_AES == 0) continue;
+    writeArchive(path_, {{"e", "content"}}, ZipModeCreate, "secret", encryption);
+    const std::string first = support::readFile(path_);
+    writeArchive(path_, {{"e", "content"}}, ZipModeCreate, "secret", encryption);
+    EXPECT_NE(support::readFile(path_), first) << encryption;
+  }
+}
+
 TEST_F(Archive, WrongPasswordGivesNothing) {
   writeArchive(path_, {{"e", repetitiveText(5000)}}, ZipModeCreate, "secret");
   const Reader reader(ZipOpenReader(path_.c_str()));
