@@ -39,11 +39,11 @@ std::string helpOf(const Program& program) {
 }  // namespace
 
 std::string CommandLine::help() const {
-  // The first words of a longer name describe the first such command.
+  // The first words of a longer name describe the first such command; no words, the program.
   const auto command = std::find_if(
       program_.commands.begin(), program_.commands.end(),
       [&](const Command& c) { return c.name == words_ || c.name.starts_with(words_ + ' '); });
-  if (words_.empty() || command == program_.commands.end()) return helpOf(program_);
+  if (command == program_.commands.end()) return helpOf(program_);
   std::string text =
       command->summary + "\nUsage: " + program_.name + ' ' + command->name + " [OPTIONS]";
   for (const Argument& argument : command->arguments) text += ' ' + usageOf(argument);

@@ -25,7 +25,7 @@ void report(const Report& report, const std::string& zip, Output& output) {
     const std::string name = item.name.empty() ? "." : nativePath(item.name);
     const char* const action = item.reason == Reason::NotAFile ? "left out " : "cannot pack ";
     output.fail(action + inQuotes(name) + ": " + FileSystem::reasonText(item.reason));
-    isNamed = isNamed || item.reason != Reason::NotAFile;
+    if (item.reason != Reason::NotAFile) isNamed = true;
   }
   if (report.reason == Reason::None) return;
   if (isNamed) throw Failure("nothing was packed, and " + inQuotes(zip) + " is unchanged");

@@ -7,9 +7,9 @@ namespace {
 
 bool actsOnTerminal(char32_t c) {
   const bool isControl = c < 0x20 || (c >= 0x7F && c < 0xA0);
-  const bool isLineBreak = c == 0x2028 || c == 0x2029;
-  const bool setsDirection = (c >= 0x202A && c <= 0x202E) || (c >= 0x2066 && c <= 0x2069);
-  return isControl || isLineBreak || setsDirection;
+  const bool breaksLineOrSetsDirection =
+      (c >= 0x2028 && c <= 0x202E) || (c >= 0x2066 && c <= 0x2069);
+  return isControl || breaksLineOrSetsDirection;
 }
 
 }  // namespace

@@ -32,7 +32,7 @@ bool matches(const std::string& pattern, const std::string& name) {
       n += pattern[p] == '?' ? characterLength(name, n) : 1;
       ++p;
     } else if (star != std::string::npos) {
-      p = star + 1;
+      p = star;
       n = ++starName;
     } else {
       return false;
