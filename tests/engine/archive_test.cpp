@@ -293,6 +293,17 @@ TEST_F(Archive, DroppedEntriesLeaveNoTrace) {
   EXPECT_TRUE(support::readFile(path_) == support::readFile(wanted));
 }
 
+// Python's table also has 7, which was never used.
+TEST_F(Archive, MethodsHaveTheirNames) {
+  std::string names;
+  for (std::uint32_t n = 0; n < 99; ++n) names += std::string(ZipMethodName(n)) + '\n';
+  write("names", names);
+  shell(
+      "python3 -c 'import zipfile; ours = open(\"names\").read().lower().splitlines();"
+      " wrong = [n for n, name in zipfile.compressor_names.items() if name not in ours[n]];"
+      " assert wrong == [7], wrong'");
+}
+
 // Callers report progress between two parts.
 TEST_F(Archive, SlowLevelsDeflateSmallerParts) {
   const std::string content = repetitiveText(8 << 20);
