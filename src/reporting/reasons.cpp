@@ -51,6 +51,7 @@ Reason reasonOfError(DWORD error, Reason other) {
   switch (error) {
     case ERROR_FILE_NOT_FOUND:
     case ERROR_PATH_NOT_FOUND:
+    case ERROR_BAD_NETPATH:
       return Reason::Missing;
     case ERROR_ACCESS_DENIED:
     case ERROR_WRITE_PROTECT:

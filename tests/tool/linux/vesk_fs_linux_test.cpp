@@ -111,7 +111,9 @@ TEST_F(VeskFs, FindsFilesAsTheLibraryDoes) {
          {"list -l C:a.zip >table", 0, ""},
          {"test -q C:a.zip", 0, ""},
          {"unpack a.zip link/../out", 0, "unpacked 2 files into link/../out\n"},
-         {"unpack a.zip link/../out --no-overwrite -q", 0, ""}});
+         {"unpack a.zip link/../out --no-overwrite -q", 0, ""},
+         {"copy in '\\\\none\\share\\out'", 1, "",
+          "cannot copy to the directory '\\\\none\\share\\out\\': it does not exist"}});
   shell("diff -r in out && test ! -e elsewhere/out");
 }
 
@@ -209,6 +211,9 @@ TEST_F(VeskFsOnATerminal, AsksForAPassword) {
             "new password: \nthe same again: \nvesk-fs: the two passwords differ\n[1]\n");
   EXPECT_EQ(typed("add b.zip one --encrypt traditional", "TYPED=$(printf '\\n|\\n|') "),
             "new password: \nvesk-fs: no password was given\n[1]\n");
+  EXPECT_EQ(typed("add b.zip one --encrypt traditional", "TYPED=$(printf 'a^@b\\n|') "),
+            "new password: \nvesk-fs: the password that was typed has a zero byte, which no "
+            "password can have\n[1]\n");
   EXPECT_FALSE(exists("b.zip"));
   EXPECT_EQ(typed("extract a.zip one - -q"), "password for 'one': \n1[0]\n");
   shell("unzip -P secret -tqq a.zip");
