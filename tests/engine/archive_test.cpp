@@ -336,6 +336,7 @@ TEST_F(Archive, CommentsHoldNoEndRecord) {
     const bool isTaken = comment.size() != 65536 && comment != end;
     EXPECT_EQ(ZipCloseWriter(writer, comment.c_str()) == 0, isTaken);
     EXPECT_EQ(std::filesystem::file_size(path_), 22U + (comment.size() == 22 ? 22U : 65535U));
+    EXPECT_EQ(ZipUnusedBytes(Reader(ZipOpenReader(path_.c_str())).get()), 0U);
   }
 }
 

@@ -126,6 +126,7 @@ open("a.zip", "wb").write(data))");
         "\"encryption\": \"none\", \"comment\": \"\u00e9\\u000a\ud7ff\\ufffd\"}\n]\n"},
        {"test a.zip", 1, "tested 3 entries of a.zip: 1 error\n",
         "'c': its compression method, PPMd"}});
+  shell(VESK_FS " list -l a.zip c | grep -q '1 file, 0 directories'");
 }
 
 // A change of the help has to be made in help.txt too, where it is reviewed.
