@@ -69,6 +69,7 @@ TEST_F(Enumeration, FilesOfATree) {
   EXPECT_EQ(EnumFilesWithPath(records, (text_ + "a").c_str(), "*"), 1U);
   EXPECT_STREQ(records[0].cFileName, "one.txt");
   EXPECT_EQ(records[0].dwFileAttributes, FILE_ATTRIBUTE_ARCHIVE);
+  EXPECT_STREQ(records[0].cAlternateFileName, "");
   if (!support::fileSystem().largeFiles) return;
   std::filesystem::resize_file(folder_.file("a/one.txt"), 5ULL << 30 | 7);
   EXPECT_EQ(EnumFilesWithPath(records, (text_ + "a").c_str(), "*"), 1U);

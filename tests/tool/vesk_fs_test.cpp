@@ -125,7 +125,7 @@ open("a.zip", "wb").write(data))");
         "\"modified\": \"2024-02-29T12:34:56\", \"crc32\": \"3b41c9e6\", \"method\": \"deflate\", "
         "\"encryption\": \"none\", \"comment\": \"\u00e9\\u000a\ud7ff\\ufffd\"}\n]\n"},
        {"test a.zip", 1, "tested 3 entries of a.zip: 1 error\n",
-        "'c': its compression method, PPMd"}});
+        "'c': its compression method, PPMd, is not supported"}});
   shell(VESK_FS " list -l a.zip c | grep -q '1 file, 0 directories'");
 }
 
