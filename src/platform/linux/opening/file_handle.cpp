@@ -71,8 +71,8 @@ HANDLE makeFileHandle(int descriptor, DWORD rights) {
   const auto index = static_cast<std::size_t>(descriptor);
   if (index >= kDescriptors) return invalidHandle(ERROR_TOO_MANY_OPEN_FILES);
   const std::uint64_t opening = entries[index].opening.fetch_add(1, std::memory_order_relaxed) + 1U;
-  const std::uint64_t value = index | std::uint64_t{rights & kRights} << kRightsShift | kMarker |
-                              (opening & 0xFFFFFFFF) << kOpeningShift;
+  const std::uint64_t value =
+      index | std::uint64_t{rights & kRights} << kRightsShift | kMarker | opening << kOpeningShift;
   return reinterpret_cast<HANDLE>(value);
 }
 

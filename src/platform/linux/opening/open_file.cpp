@@ -27,12 +27,8 @@ struct Opening {
   DWORD disposition;
   bool makesReadOnly;  // a new file
 
-  bool creates() const {
-    return disposition == CREATE_NEW || disposition == CREATE_ALWAYS || disposition == OPEN_ALWAYS;
-  }
-  bool truncates() const {
-    return disposition == CREATE_ALWAYS || disposition == TRUNCATE_EXISTING;
-  }
+  bool creates() const { return disposition != OPEN_EXISTING; }
+  bool truncates() const { return disposition == CREATE_ALWAYS; }
   bool changes() const { return writes(rights) || truncates(); }
 };
 
@@ -175,13 +171,7 @@ HANDLE openFile(const NativePath& path, const Opening& opening) {
 HANDLE CreateFileA(const char* path, DWORD access, DWORD share, SECURITY_ATTRIBUTES*,
                    DWORD disposition, DWORD attributes, HANDLE) {
   using namespace platform::native;
-  if (disposition < CREATE_NEW || disposition > TRUNCATE_EXISTING) {
-    return invalidHandle(ERROR_INVALID_PARAMETER);
-  }
   const DWORD rights = specificRights(access);
-  if (disposition == TRUNCATE_EXISTING && (rights & FILE_WRITE_DATA) == 0) {
-    return invalidHandle(ERROR_INVALID_PARAMETER);
-  }
   if (isNullDevice(path)) return openNullDevice(rights);
   const NativePath native(path);
   if (!native.valid()) return invalidHandle(native.error());

@@ -143,8 +143,8 @@ Replaced ReplacementFile::prepare(mode_t removed) {
   return Replaced::Yes;
 }
 
-Replaced ReplacementFile::complete(mode_t removed) {
-  const Replaced prepared = prepare(removed);
+Replaced ReplacementFile::complete() {
+  const Replaced prepared = prepare(0);
   if (prepared != Replaced::Yes) return prepared;
   return commitContent(file_.get()) ? Replaced::Yes : Replaced::No;
 }

@@ -77,9 +77,9 @@ class ReplacementFile {
 
   // Gives the file all that it takes over from the old one, less the permissions `removed`. Returns
   // No, with EBUSY, if the name is no longer that of the old file.
-  Replaced prepare(mode_t removed = 0);
-  // Does that, and commits the file to the disk.
-  Replaced complete(mode_t removed = 0);
+  Replaced prepare(mode_t removed);
+  // Does that without removing any permission, and commits the file to the disk.
+  Replaced complete();
   // Closes the file and gives it the name of the old one. After a power failure either the old file
   // is there or the new one. On a network file system this closes the old file, also if the outcome
   // is Refused.
