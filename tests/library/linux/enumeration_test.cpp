@@ -45,8 +45,11 @@ TEST_F(EnumerationOnLinux, BackslashInANameComesBack) {
   ASSERT_EQ(EnumFilesWithPath(paths, path_, "*", true), 1U);
   EXPECT_EQ(below(paths), Names{"sub\\a\uF05Cb"});
   EXPECT_EQ(FileExists(paths[0].c_str()), 1);
-  // No path can name a file whose name has that character itself.
+  // No path can name a file whose name has that character itself, or becomes too long with it.
   make({"sub/a\uF05C"});
+  for (std::size_t length = 90; length < 110; ++length) {
+    support::writeFile(folder_.file("sub/" + std::string(length, '\\')), "");
+  }
   EXPECT_EQ(EnumFiles(paths, (text_ + "sub\\").c_str(), "*"), 1U);
 }
 
