@@ -10,6 +10,7 @@ TEST(NativePath, MapsPathText) {
   const std::tuple<const char*, const char*, bool> cases[] = {
       {"C:", "/", false},
       {"C:x", "x", false},
+      {"{:x", "{:x", false},
       {"\\etc\\", "/etc", true},
       {"/", "/", false},
       {"a\\\\b//c\\", "a/b/c", true},
