@@ -154,8 +154,7 @@ OpenDirectory OpenDirectory::make(const std::string& path, const OpenDirectory* 
 OpenDirectory::OpenDirectory(OpenDirectory&&) noexcept = default;
 
 OpenDirectory::~OpenDirectory() {
-  if (!state_ || !state_->directory || state_->parent == nullptr || state_->parent->directory)
-    return;
+  if (!state_ || state_->parent == nullptr || state_->parent->directory) return;
   state_->parent->resume(state_->directory.get());
 }
 
