@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "platform/conformance.h"
+#include "platform/local_time.h"
 
 namespace {
 
@@ -15,6 +16,14 @@ TEST_F(Conformance, Times) {
   WIN32_FIND_DATAA found{};
   const platform::SearchHandle search(FindFirstFileA(file.c_str(), &found));
   EXPECT_EQ(memcmp(&found.ftLastWriteTime, &data.ftLastWriteTime, sizeof(FILETIME)), 0);
+}
+
+// The fields of a date in an archive have room for them.
+TEST(Times, ImpossibleDates) {
+  for (const auto& [month, day] : {std::pair(0, 1), {13, 1}, {15, 31}, {1, 0}, {1, 32}}) {
+    const SYSTEMTIME time{2026, static_cast<WORD>(month), 0, static_cast<WORD>(day), 0, 0, 0, 0};
+    EXPECT_FALSE(platform::timeOfLocal(time)) << month << ' ' << day;
+  }
 }
 
 TEST(Times, AutomationDates) {

@@ -1,5 +1,6 @@
 // Several processes and threads on the same files, some of which are killed during their work.
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -17,6 +18,7 @@
 #include "failing_calls.h"
 #include "library/zip.h"
 #include "operations.h"
+#include "platform/linux/opening/descriptor.h"
 #include "support/linux/forked_process.h"
 #include "support/linux/shared_memory.h"
 #include "support/linux/temporary_variable.h"
@@ -229,6 +231,28 @@ TEST_F(Contention, ProbesBlockNoOpening) {
   }));
 }
 
+// Another process has the locks of a writer that is in transit, and withdraws before one of the calls.
+TEST_F(Contention, OpeningsThatWithdrawRefuseNoOther) {
+  constexpr off_t kFirst = off_t{1} << 62;
+  for (int call = 2; call <= 10; ++call) {
+    const platform::native::Descriptor other(open(path_.c_str(), O_RDWR | O_CLOEXEC));
+    const auto lock = [&](off_t byte, short type) {
+      struct flock range {};
+      range.l_type = type;
+      range.l_whence = SEEK_SET;
+      range.l_start = kFirst + byte;
+      range.l_len = 1;
+      return fcntl(other.get(), F_OFD_SETLK, &range);
+    };
+    const off_t bytes[] = {2, 6};  // of writers, and of those in transit
+    for (const off_t byte : bytes) ASSERT_EQ(lock(byte, F_RDLCK), 0);
+    const failing::Failing failing(failing::Fault::Interruption, call, [&] {
+      for (const off_t byte : bytes) lock(byte, F_UNLCK);
+    });
+    EXPECT_TRUE(support::openFile(path_, kReadWrite)) << call;
+  }
+}
+
 TEST_F(Contention, ProbingWritingAndDeletingTerminates) {
   const std::string path = folder_.file("tmp/file");
   EXPECT_TRUE(inProcesses([&](unsigned) {
@@ -271,7 +295,6 @@ TEST_F(Contention, ForkedChildrenKeepNoFile) {
   EXPECT_EQ(done, names.size());
 }
 
-// Threads that use objects and files of their own.
 // Fills the table in which libstdc++ keeps the characters that it has narrowed. Threads that are the
 // first to do so write the same values, which ThreadSanitizer takes for a race.
 void narrowAllCharacters() {
@@ -280,6 +303,7 @@ void narrowAllCharacters() {
   std::use_facet<std::ctype<char>>(std::locale()).narrow(all, std::end(all), '?', all);
 }
 
+// Threads that use objects and files of their own.
 TEST_F(Contention, ThreadsDoNotDisturbEachOther) {
   narrowAllCharacters();
   std::vector<std::thread> threads;
