@@ -15,6 +15,7 @@
 #include "support/linux/access_list.h"
 #include "support/linux/forked_process.h"
 #include "support/linux/left_over.h"
+#include "support/linux/temporary_variable.h"
 
 namespace {
 
@@ -226,6 +227,28 @@ TEST_P(Replacing, IsAtNoInstantOpenToMore) {
                                    [&] { found += inspect(limit); });
     EXPECT_TRUE(operation.run(folder + '/', target_));
     EXPECT_GT(found, 5);
+  }
+}
+
+// The version could inherit the folder's list where a call fails that takes it away.
+TEST_P(Replacing, IsOpenToNoMoreAfterACallHasFailed) {
+  const auto& [target, operation] = GetParam();
+  if (!target.isCallersOwn || !target.hasProc) GTEST_SKIP() << "in another process";
+  const std::string folder = folder_.path();
+  const support::TemporaryVariable temporary(folder);  // for what a failing call leaves
+  support::setList(folder, support::kDefaultList, support::listFor(kGuest, 6, 6));
+  std::string failed = "none yet";
+  for (int number = 1; !failed.empty(); ++number) {
+    std::filesystem::copy(folder_.file("source.zip"), target_,
+                          std::filesystem::copy_options::overwrite_existing);
+    if (!target.prepare(folder, target_)) GTEST_SKIP() << "not on this file system";
+    const Access limit = access();
+    {
+      const failing::Failing failing(failing::Fault::OneCall, number);
+      operation.run(folder + '/', target_);
+      failed = failing.failed();
+    }
+    EXPECT_TRUE(isWithin(access(), limit)) << number << ' ' << failed;
   }
 }
 
