@@ -94,6 +94,7 @@ TEST(CodePages, EveryTextComesBack) {
     const int size = WideCharToMultiByte(CP_OEMCP, 0, wide, units, back, 64, nullptr, nullptr);
     ASSERT_EQ(std::string(back, static_cast<std::size_t>(size)), text);
   }
+  EXPECT_EQ(MultiByteToWideChar(CP_ACP, 0, nullptr, -1, nullptr, 0), 0);
   char16_t pair[3];
   EXPECT_EQ(MultiByteToWideChar(CP_ACP, 0, "😀", -1, pair, 3), 3);
   EXPECT_EQ(pair[0], 0xD83D);
