@@ -141,6 +141,11 @@ void TreeCopy::enter(const Subfolder& subfolder) {
   Level level{.name = name, .identity = {}, .pending = {}};
   const bool isKnown = folder.from.identity(level.identity);
   if (isKnown && isPassedOver(level.identity, subfolder.isLink)) return;
+  // A link to an unknown folder could lead back without end.
+  if (folder.from && !isKnown && subfolder.isLink) {
+    call_.failFolder(withoutEnd(name), Reason::ReadFailed);
+    return;
+  }
   isInTarget_ = isInTarget_ || level.identity == targetFolder_;
   // What waits may be among the files that are read next.
   if (isInTarget_) gathered_.finish();
