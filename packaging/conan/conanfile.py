@@ -11,7 +11,7 @@ from conan.tools.files import copy, rmdir
 
 class VeskFileSystem(ConanFile):
     name = "vesk-filesystem"
-    version = "1.0.0"
+    version = "1.1.0"
     description = "Paths, files, enumeration, streams, XML text and zip archives"
     topics = ("filesystem", "zip", "xml")
     package_type = "library"
