@@ -1,5 +1,6 @@
-// Copies: permissions, owners and links.
+// Copies: permissions, owners, times and links.
 
+#include <fcntl.h>
 #include <spawn.h>
 #include <sys/fsuid.h>
 #include <sys/stat.h>
@@ -10,6 +11,8 @@
 #include <thread>
 #include <vector>
 
+#include "platform/linux/metadata/write_time.h"
+#include "platform/linux/opening/descriptor.h"
 #include "support/folder_test.h"
 #include "support/open_file.h"
 
@@ -140,6 +143,23 @@ TEST_F(CopyingOnLinux, HolesStayHoles) {
 }
 
 // A target that cannot be replaced is overwritten, and keeps its other names.
+// FAT stores even seconds, exFAT hundredths of one. A copy that was older would be copied again.
+TEST_F(CopyingOnLinux, TimesAreNeverRoundedDown) {
+  support::writeFile(target_, "x");
+  const platform::native::Descriptor file(open(target_.c_str(), O_RDWR | O_CLOEXEC));
+  struct stat status {};
+  ASSERT_EQ(fstat(file.get(), &status), 0);
+  for (const struct timespec time :
+       {timespec{1600000000, 0}, {1600000001, 0}, {1600000001, 5000}}) {
+    ASSERT_TRUE(platform::native::setWriteTime(file.get(), time, status.st_mtim));
+    struct stat now {};
+    ASSERT_EQ(fstat(file.get(), &now), 0);
+    const auto stored = std::pair(now.st_mtim.tv_sec, now.st_mtim.tv_nsec);
+    EXPECT_GE(stored, std::pair(time.tv_sec, time.tv_nsec));
+    EXPECT_LE(stored, std::pair(time.tv_sec + 2, time.tv_nsec));
+  }
+}
+
 TEST_F(CopyingOnLinux, NeedsOnlyTheRightToWriteTheTarget) {
   if (!support::fileSystem().modes) GTEST_SKIP() << "no modes here";
   constexpr uid_t kWriter = 65534;
