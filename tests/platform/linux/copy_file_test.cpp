@@ -142,7 +142,6 @@ TEST_F(CopyingOnLinux, HolesStayHoles) {
   }
 }
 
-// A target that cannot be replaced is overwritten, and keeps its other names.
 // FAT stores even seconds, exFAT hundredths of one. A copy that was older would be copied again.
 TEST_F(CopyingOnLinux, TimesAreNeverRoundedDown) {
   support::writeFile(target_, "x");
@@ -160,6 +159,7 @@ TEST_F(CopyingOnLinux, TimesAreNeverRoundedDown) {
   }
 }
 
+// A target that cannot be replaced is overwritten, and keeps its other names.
 TEST_F(CopyingOnLinux, NeedsOnlyTheRightToWriteTheTarget) {
   if (!support::fileSystem().modes) GTEST_SKIP() << "no modes here";
   constexpr uid_t kWriter = 65534;
