@@ -21,9 +21,10 @@ std::string usageOf(const Argument& argument) {
 std::string helpOf(const std::vector<Option>& options) {
   std::string text;
   for (const Option& option : options) {
-    const std::string letter = option.letter == '\0' ? "" : std::string{'-', option.letter, ','};
-    const std::string value = option.value.empty() ? "" : ' ' + option.value;
-    text += helpLine(letter + "--" + option.name + value, option.help);
+    std::string usage = option.letter == '\0' ? "" : std::string{'-', option.letter, ','};
+    usage.append("--").append(option.name);
+    if (!option.value.empty()) usage.append(1, ' ').append(option.value);
+    text += helpLine(usage, option.help);
   }
   return text;
 }
